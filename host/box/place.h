@@ -1,0 +1,36 @@
+// Where things lie in a box: a folder that is a service processor.
+#pragma once
+
+#include <cstdint>
+#include <filesystem>
+#include <string_view>
+#include <string>
+#include <utility>
+
+namespace box {
+
+// The databases: ids 0 to 5 are the configuration databases, and the box has one of its own for what a real service
+// processor keeps in its hardware: LEDs, maintenance flags, fan speeds, and how its control programs are bent.
+inline constexpr std::uint32_t kDatabaseCount = 6;
+
+class Place {
+ public:
+  // `root` is the box's folder; inside the root of a running command it is "/".
+  explicit Place(std::filesystem::path root) : root_(std::move(root)) {}
+
+  // The box in which this process runs: the folder in the environment variable SPBOX_ROOT, or "/".
+  static Place here();
+
+  const std::filesystem::path &root() const { return root_; }
+  std::filesystem::path database(std::uint32_t db_id) const { return root_ / "mgb/db" / std::to_string(db_id); }
+  std::filesystem::path hardware() const { return root_ / "mgb/db/box"; }
+  std::filesystem::path trace() const { return root_ / "mgb/log/trace"; }
+  std::filesystem::path events() const { return root_ / "mgb/log/events"; }
+  std::filesystem::path etc() const { return root_ / "mgb/cli/etc"; }
+  std::filesystem::path tmp() const { return root_ / "tmp"; }
+
+ private:
+  std::filesystem::path root_;
+};
+
+}  // namespace box
