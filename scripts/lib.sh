@@ -1,0 +1,41 @@
+# shellcheck shell=bash
+# What the commands of ./dev share. They run in the root of the source tree.
+set -euo pipefail
+
+jobs=$(nproc)
+
+say() { printf '%s\n' "$*"; }
+die() {
+  printf './dev: %s\n' "$*" >&2
+  exit 1
+}
+
+# configure PRESET [OPTION...]: makes build/PRESET what the preset says. Quiet unless it fails.
+configure() {
+  local preset=$1 log
+  shift
+  log=build/$preset.configure.log
+  mkdir -p build
+  local launcher=()
+  if command -v ccache >/dev/null; then
+    launcher=(-DCMAKE_C_COMPILER_LAUNCHER=ccache -DCMAKE_CXX_COMPILER_LAUNCHER=ccache)
+  fi
+  if ! cmake --preset "$preset" "${launcher[@]}" "$@" >"$log" 2>&1; then
+    cat "$log" >&2
+    return 1
+  fi
+}
+
+# compile PRESET [TARGET...]: brings targets up to date, all of them when none is named.
+compile() {
+  local preset=$1
+  shift
+  local targets=()
+  if (($#)); then targets=(--target "$@"); fi
+  cmake --build "build/$preset" --parallel "$jobs" "${targets[@]}"
+}
+
+# sources: every C and C++ file of ours, NUL-separated.
+sources() {
+  find include src host examples tests bench \( -name '*.h' -o -name '*.c' -o -name '*.cpp' \) -print0 2>/dev/null
+}
