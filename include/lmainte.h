@@ -12,8 +12,8 @@
  *
  * Rules that hold for every function:
  *
- * - One thread. The library runs on the caller's thread, starts no other, and guards none of its state. Control programs
- *   and the pager are child processes that are waited for before the call returns.
+ * - One thread. The library runs on the caller's thread, starts no other, and guards none of its state. Control
+ * programs and the pager are child processes that are waited for before the call returns.
  * - Records and buffers are the caller's. The library allocates only for itself and frees before it returns; the two
  *   exceptions say so (lmainte_db_make_access_table, and the record buffers of the database client).
  * - Readers write only what the database holds: they never clear a record first. Clear it where you rely on the rest.
@@ -28,6 +28,11 @@
 
 #ifdef __cplusplus
 extern "C" {
+#endif
+
+/* What this header declares is what the library exports. */
+#ifdef __GNUC__
+#pragma GCC visibility push(default)
 #endif
 
 /* ---- Results ----------------------------------------------------------------------------------------------------- */
@@ -71,9 +76,10 @@ typedef struct lmainte_unit_slot {
 
 /* What server this is. */
 typedef struct lmainte_model_data {
-  uint32_t model;             /* LMAINTE_MODEL_... */
-  uint32_t system_flags;      /* byte 148 of the record "current_system_info", widened; bit 7: all power supplies count */
-  lmainte_unit_slot unit[13]; /* by LMAINTE_SLOT_...; slot 11 is never written, slot 12 has a count on the high end only */
+  uint32_t model;        /* LMAINTE_MODEL_... */
+  uint32_t system_flags; /* byte 148 of the record "current_system_info", widened; bit 7: all power supplies count */
+  lmainte_unit_slot
+      unit[13]; /* by LMAINTE_SLOT_...; slot 11 is never written, slot 12 has a count on the high end only */
 } lmainte_model_data;
 
 #define LMAINTE_CMDTIME_END 0xFFFFFFFFu /* cmd_id that ends a list of command times */
@@ -160,8 +166,8 @@ extern const lmainte_unit_name convert_unit_no_qa_fanbp[], convert_unit_no_qb1_f
 #define LMAINTE_DB_RESERVED 5u /* holds no record that the library knows */
 
 /*
- * Sessions and locks. The process counts its users of each database, so nested users open and lock it once; the last one
- * to leave closes or unlocks it. Open and lock in ascending order of the ids, unlock and close in descending order:
+ * Sessions and locks. The process counts its users of each database, so nested users open and lock it once; the last
+ * one to leave closes or unlocks it. Open and lock in ascending order of the ids, unlock and close in descending order:
  * the first lock and the last unlock of a database are refused while one with a higher id is locked.
  *
  * db_id  LMAINTE_DB_...
@@ -177,10 +183,11 @@ int32_t lmainte_scdb_unlock(uint32_t db_id);
 
 /* One record of a run. A table of them ends with an entry whose index is negative. */
 typedef struct lmainte_access_entry {
-  int32_t index;    /* the record's number in the run; -1 in the end entry */
-  int32_t size;     /* bytes that the record must have; after the read, bytes that it has */
-  const char *name; /* pattern of the record's name, such as "setup_xsb_info_%02d", or a name; the caller's, not copied */
-  void *data;       /* the record; null until it is read. The table owns it. */
+  int32_t index; /* the record's number in the run; -1 in the end entry */
+  int32_t size;  /* bytes that the record must have; after the read, bytes that it has */
+  const char
+      *name;  /* pattern of the record's name, such as "setup_xsb_info_%02d", or a name; the caller's, not copied */
+  void *data; /* the record; null until it is read. The table owns it. */
 } lmainte_access_entry;
 
 /*
@@ -189,7 +196,8 @@ typedef struct lmainte_access_entry {
  * first  first index, 0 or above; count  number of records, 1 or above; size  bytes of each, 1 or above
  * name   pattern with one integer conversion for the index, or none; must outlive the table
  *
- * Returns the table, to be given back with lmainte_db_free_access_table, or null: an argument out of range, or no memory.
+ * Returns the table, to be given back with lmainte_db_free_access_table, or null: an argument out of range, or no
+ * memory.
  */
 lmainte_access_entry *lmainte_db_make_access_table(int32_t first, int32_t count, int32_t size, const char *name);
 
@@ -198,8 +206,9 @@ lmainte_access_entry *lmainte_db_make_access_table(int32_t first, int32_t count,
  *
  * Not while a database with a higher id is locked, unless this one is locked too. Read a table once only.
  *
- * Returns 0 when every record was read and had its size; -1 for a null table, a failed open, lock, unlock or close, or at
- * the first record that is missing or of another size. Free the table all the same: it owns what was read until then.
+ * Returns 0 when every record was read and had its size; -1 for a null table, a failed open, lock, unlock or close, or
+ * at the first record that is missing or of another size. Free the table all the same: it owns what was read until
+ * then.
  */
 int32_t lmainte_db_get_data(uint32_t db_id, lmainte_access_entry *table);
 
@@ -213,7 +222,8 @@ void lmainte_db_free_access_table(lmainte_access_entry *table);
 #define LMAINTE_STATUS_FAULTED 0x20000000u
 #define LMAINTE_STATUS_DEGRADED 0x10000000u
 
-/* Bits of a unit's flag byte, for units that have one. They are merged into the status word, faulted before degraded. */
+/* Bits of a unit's flag byte, for units that have one. They are merged into the status word, faulted before degraded.
+ */
 #define LMAINTE_FLAG_FAULTED 0x20u
 #define LMAINTE_FLAG_DEGRADED 0x10u
 
@@ -271,8 +281,8 @@ enum {
  *
  * command_id  LMAINTE_CMD_...
  * time_limit  seconds that the program may take, above 0
- * format      the argument line, as for printf, cut at 1023 characters. White space separates the arguments; there is no
- *             quoting.
+ * format      the argument line, as for printf, cut at 1023 characters. White space separates the arguments; there is
+ * no quoting.
  *
  * The program gets no standard input, output or error, and an environment of LC_ALL=C and the caller's LD_LIBRARY_PATH
  * and PRIV, empty where the caller has none. At its limit it is asked to end with SIGTERM, three times five seconds
@@ -285,8 +295,8 @@ enum {
 int32_t lmainte_exec(int32_t command_id, int32_t time_limit, const char *format, ...);
 
 /*
- * The unit that an operation works on, filled by the command itself. Only the first two words and the name up to its NUL
- * are read, so a record of the caller's own with this beginning will do. No inventory record may stand in for it.
+ * The unit that an operation works on, filled by the command itself. Only the first two words and the name up to its
+ * NUL are read, so a record of the caller's own with this beginning will do. No inventory record may stand in for it.
  */
 typedef struct UnitRecord {
   int32_t type;      /* LMAINTE_TYPE_...; recorded in the trace */
@@ -319,8 +329,8 @@ int32_t lmainte_control_mainte(int32_t mode, int32_t time_limit);
  * vantamainte. LMAINTE_REPORT_FAILED for every exit status but 0, 8 and 127. */
 int32_t lmainte_report_vanta(int32_t mode, int32_t time_limit);
 
-/* Sets the speed of all fans, or of the unit whose location name is given; LMAINTE_FAN_FULL needs a name. Program ctlfan.
- * Also LMAINTE_FAN_FAILED (exit status 128 or 219). */
+/* Sets the speed of all fans, or of the unit whose location name is given; LMAINTE_FAN_FULL needs a name. Program
+ * ctlfan. Also LMAINTE_FAN_FAILED (exit status 128 or 219). */
 int32_t lmainte_control_fan(int32_t mode, int32_t time_limit, const char *unit_name);
 
 /* Switches a unit's LED (LMAINTE_LED_...). Program ctlled. Also LMAINTE_LED_FAILED (exit status 128 or 206). */
@@ -352,8 +362,8 @@ enum {
 };
 
 /*
- * Changes one attribute of the terminal and leaves all others as they are. The attributes are those of standard output's
- * terminal; LMAINTE_TTY_FLUSH works on standard input's.
+ * Changes one attribute of the terminal and leaves all others as they are. The attributes are those of standard
+ * output's terminal; LMAINTE_TTY_FLUSH works on standard input's.
  *
  * Returns 0, or LMAINTE_FAILED and changes nothing: an unknown mode, a stream that is no terminal, a failed call.
  */
@@ -396,8 +406,8 @@ int32_t lmainte_show_file(const char *path);
 /*
  * Shows the lines up to the end mark as a menu.
  *
- * Returns 0, or LMAINTE_FAILED: lines null, the list file "/tmp/mainte_fru_list.%d" (the process id) cannot be created or
- * removed, the pager cannot be started.
+ * Returns 0, or LMAINTE_FAILED: lines null, the list file "/tmp/mainte_fru_list.%d" (the process id) cannot be created
+ * or removed, the pager cannot be started.
  */
 int32_t lmainte_show_menu(const ListLine *lines);
 
@@ -410,6 +420,10 @@ int32_t lmainte_show_menu(const ListLine *lines);
  */
 int32_t lmainte_show_psu_list(int32_t unused, uint32_t count, const PsuData *psus, const ListLine *lines);
 int32_t lmainte_show_psu_status(int32_t unused, const PsuData *psu, const ListLine *lines);
+
+#ifdef __GNUC__
+#pragma GCC visibility pop
+#endif
 
 #ifdef __cplusplus
 }

@@ -1,9 +1,9 @@
 /*
  * lmainte_platform.h - what the service processor gives to liblmainte
  *
- * liblmainte calls these functions and defines none of them: the service processor's own libraries do on the target, the
- * host platform does on a workstation, and a test brings doubles. Put the library on another platform by giving it all
- * of them.
+ * liblmainte calls these functions and defines none of them: the service processor's own libraries do on the target,
+ * the host platform does on a workstation, and a test brings doubles. Put the library on another platform by giving it
+ * all of them.
  *
  * All functions run on the thread of the maintenance command that called liblmainte. Unless a comment says otherwise a
  * function may block, need not be safe in a signal handler, and may set errno.
@@ -52,8 +52,8 @@ int32_t mgblog_save(const uint32_t *head, const void *record);
 /* ---- Configuration database -------------------------------------------------------------------------------------- */
 
 /*
- * The databases are numbered: 0 general, 1 setup, 2 current, 3 local, 4 FRU, 5 reserved. liblmainte counts its own users
- * of each, so that the client sees one open, one lock, one unlock and one close, however deep the calls nest.
+ * The databases are numbered: 0 general, 1 setup, 2 current, 3 local, 4 FRU, 5 reserved. liblmainte counts its own
+ * users of each, so that the client sees one open, one lock, one unlock and one close, however deep the calls nest.
  *
  * Each returns 0 on success and any other value on failure. A failed call changes nothing.
  */
@@ -110,9 +110,8 @@ int32_t lcmn_close(int32_t fd);
 /*
  * Shows the prompt on the terminal and reads the operator's choice.
  *
- * first, second  the caller's, passed on by lmainte_ask_select unread; what they mean is the platform's to say. second is
- *                never null.
- * prompt         the text to show, at most 1023 characters
+ * first, second  the caller's, passed on by lmainte_ask_select unread; what they mean is the platform's to say. second
+ * is never null. prompt         the text to show, at most 1023 characters
  *
  * Returns a result that lmainte_ask_select hands to its caller unchanged.
  */

@@ -1,0 +1,53 @@
+// The list file: the text that a list, a status table or a menu shows through the pager, and that is gone afterwards.
+#pragma once
+
+#include <libintl.h>
+#include <locale.h>
+#include <cstddef>
+#include <cstdint>
+#include <cstdio>
+
+#include "include/lmainte.h"
+#include "src/frame/trace.h"
+
+namespace lmainte {
+
+// The error events of a list file: it cannot be created, the pager fails, it cannot be removed.
+struct ListFileEvents {
+  Point open, show, remove;
+};
+
+class ListFile {
+ public:
+  ListFile(const Call &call, const ListFileEvents &events);
+  ListFile(const ListFile &) = delete;
+  ListFile &operator=(const ListFile &) = delete;
+  ~ListFile();
+
+  bool open();
+  void write(const char *text) { fputs(text, file_); }
+
+  // Closes the file, shows it unless `good` is false, and removes it. True when all of it succeeded.
+  bool finish(bool good);
+
+ private:
+  const Call &call_;
+  const ListFileEvents &events_;
+  char path_[128] = {};
+  FILE *file_ = nullptr;
+};
+
+// Formats a caller's line with all ten of its values into a buffer that cuts it.
+template <size_t Size>
+void format_line(char (&buffer)[Size], const ListLine &line) {
+  const uintptr_t *a = line.args;
+  // NOLINTNEXTLINE(clang-diagnostic-format-nonliteral): the caller's format
+  snprintf(buffer, Size, line.format, a[0], a[1], a[2], a[3], a[4], a[5], a[6], a[7], a[8], a[9]);
+}
+
+// The message catalogue's text for one of the library's line formats: the format is the message's name.
+inline const char *translated(const char *format) {
+  return dcgettext("cli_cmn_msg", format, LC_MESSAGES);
+}
+
+}  // namespace lmainte

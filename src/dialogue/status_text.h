@@ -1,0 +1,28 @@
+// The words for a unit's state: chosen here for every list and table, and never translated.
+#pragma once
+
+#include <cstdint>
+
+#include "include/lmainte.h"
+#include "src/model/unit_status.h"
+
+namespace lmainte {
+
+// The word for an installed unit, by the bits that say how it fares.
+constexpr const char *condition_text(uint32_t status) {
+  if ((status & LMAINTE_STATUS_FAULTED) != 0) return "Faulted";
+  if ((status & LMAINTE_STATUS_DEGRADED) != 0) return "Degraded";
+  return "Normal";
+}
+
+// The word for a unit with a flag byte: one of the two sources is enough, the status word of the maintenance or the
+// flags.
+constexpr const char *flagged_status_text(int32_t status, int32_t mainte_status, uint8_t flags) {
+  if (!is_installed(static_cast<uint32_t>(status))) return "Not installed";
+  uint32_t condition = static_cast<uint32_t>(mainte_status);
+  if ((flags & LMAINTE_FLAG_FAULTED) != 0) condition |= LMAINTE_STATUS_FAULTED;
+  if ((flags & LMAINTE_FLAG_DEGRADED) != 0) condition |= LMAINTE_STATUS_DEGRADED;
+  return condition_text(condition);
+}
+
+}  // namespace lmainte

@@ -1,0 +1,72 @@
+// The frame of all lists and status tables: the caller's head lines, the unit lines, the caller's foot lines.
+//
+// What differs is the unit lines. They are written by a callable that takes the Table and returns false where a unit
+// has no name: the foot lines are skipped then, and nothing is shown.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <cstdio>
+
+#include "include/lmainte.h"
+#include "src/dialogue/list_file.h"
+#include "src/frame/trace.h"
+
+namespace lmainte {
+
+// A unit's location name without its leading slash, as lists and tables show it.
+class UnitName {
+ public:
+  const char *shown() const { return text_[0] == '/' ? text_ + 1 : text_; }
+  const char *whole() const { return text_; }
+
+ private:
+  friend class Table;
+  char text_[128] = {};
+};
+
+// Which of its names a unit is shown by.
+enum class NameForm : int32_t { kLocation = 0, kStatusTable = 1 };
+
+// The error events of a table: those of its list file, and a unit id without a name.
+struct TableEvents {
+  ListFileEvents file;
+  Point name;
+};
+
+class Table {
+ public:
+  Table(const Call &call, const TableEvents &events) : call_(call), events_(events), file_(call, events.file) {}
+
+  template <class WriteUnits>
+  int32_t show(const ListLine *lines, WriteUnits write_units) {
+    if (!file_.open()) return LMAINTE_FAILED;
+    const ListLine *rest = write_lines(lines, LMAINTE_LINE_HEAD);
+    const bool good = write_units(*this);
+    if (good) write_lines(rest, LMAINTE_LINE_FOOT);
+    return file_.finish(good) ? LMAINTE_OK : LMAINTE_FAILED;
+  }
+
+  // Writes one unit line in a format of the library's, as the message catalogue words it.
+  template <class... Values>
+  void write_unit(const char *format, Values... values) {
+    char text[kLineSize] = {};
+    // NOLINTNEXTLINE(clang-diagnostic-format-nonliteral): the format is looked up in the message catalogue
+    snprintf(text, sizeof text, translated(format), values...);
+    file_.write(text);
+  }
+
+  bool find_name(const uint32_t *unit_id, NameForm form, UnitName &name);
+
+ private:
+  static constexpr size_t kLineSize = 128;
+
+  // Writes the lines of one position and returns the first line of another.
+  const ListLine *write_lines(const ListLine *line, int32_t position);
+
+  const Call &call_;
+  const TableEvents &events_;
+  ListFile file_;
+};
+
+}  // namespace lmainte

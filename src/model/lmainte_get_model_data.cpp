@@ -1,0 +1,227 @@
+#include "include/lmainte.h"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <cerrno>
+
+#include "include/lmainte_platform.h"
+#include "src/db/access_table.h"
+#include "src/frame/trace.h"
+#include "src/model/model_family.h"
+
+namespace {
+
+using lmainte::AccessTable;
+using lmainte::Block;
+using lmainte::Call;
+using lmainte::Family;
+using lmainte::RecordView;
+
+lmainte::Trace trace;
+constexpr Block kGetModelData = lmainte::plain_block(0x044);
+constexpr Block kFindModel = lmainte::plain_block(0x045);
+constexpr Block kReadTimeFile = lmainte::plain_block(0x046);
+
+struct Marker {
+  const char *path;
+  uint32_t model;
+};
+
+constexpr Marker kEntryMarkers[] = {{"/tmp/.qa", LMAINTE_MODEL_QA}, {nullptr, LMAINTE_MODEL_NONE}};
+constexpr Marker kOtherMarkers[] = {
+    {"/tmp/.qb1", LMAINTE_MODEL_QB1}, {"/tmp/.qb2", LMAINTE_MODEL_QB2}, {"/tmp/.qe1", LMAINTE_MODEL_QE1},
+    {"/tmp/.qe2", LMAINTE_MODEL_QE2}, {"/tmp/.qe3", LMAINTE_MODEL_QE3}, {nullptr, LMAINTE_MODEL_NONE},
+};
+
+uint32_t lmainte_model_cache = LMAINTE_MODEL_NONE;
+uint32_t lmainte_model_cache_2 = LMAINTE_MODEL_NONE;
+
+// An inode too large for this build's struct is a file that exists.
+bool exists(const char *path) {
+  struct stat unused;
+  return stat(path, &unused) == 0 || errno == EOVERFLOW;
+}
+
+uint32_t first_marked(const Marker *marker) {
+  while (marker->path != nullptr && !exists(marker->path)) ++marker;
+  return marker->model;
+}
+
+// A model once found stays; the absence of every marker is looked up again each time.
+uint32_t find_model() {
+  Call call(trace, kFindModel);
+  if (lmainte_model_cache == LMAINTE_MODEL_NONE) lmainte_model_cache = first_marked(kEntryMarkers);
+  if (lmainte_model_cache == LMAINTE_MODEL_NONE) {
+    if (lmainte_model_cache_2 == LMAINTE_MODEL_NONE) lmainte_model_cache_2 = first_marked(kOtherMarkers);
+    lmainte_model_cache = lmainte_model_cache_2;
+  }
+  return lmainte_model_cache;
+}
+
+// What one family of models has of its own.
+struct FamilyRow {
+  Family family;
+  const char *control_times;
+  const char *command_times;
+};
+
+constexpr FamilyRow kFamilies[] = {
+    {Family::kQb, "/mgb/cli/etc/controltime_qb", "/mgb/cli/etc/cmdtime_qb"},
+    {Family::kQe, "/mgb/cli/etc/controltime_qe", "/mgb/cli/etc/cmdtime_qe"},
+    {Family::kQa, "/mgb/cli/etc/controltime_qa", "/mgb/cli/etc/cmdtime_qa"},
+};
+
+const FamilyRow *row_of(uint32_t model) {
+  for (const FamilyRow &row : kFamilies)
+    if (row.family == lmainte::family_of(model)) return &row;
+  return nullptr;
+}
+
+// A file of 32-bit times, in the service processor's own byte order on every machine.
+template <size_t Words>
+class TimeFile {
+ public:
+  uint32_t word(size_t n) const {
+    const uint8_t *bytes = bytes_ + n * 4;
+    return uint32_t{bytes[0]} << 24 | uint32_t{bytes[1]} << 16 | uint32_t{bytes[2]} << 8 | bytes[3];
+  }
+  bool is_read() const { return is_read_; }
+
+  // True when the file was opened, read in full and closed. A file that fails to close has been read all the same.
+  bool read(const char *path) {
+    Call call(trace, kReadTimeFile);
+    const int32_t fd = lcmn_lopen(path, O_RDONLY, 0444);
+    if (fd < 0) {
+      call.system_error(1, fd, errno);
+      return false;
+    }
+    const int32_t got = lcmn_read(fd, bytes_, sizeof bytes_);
+    is_read_ = got == static_cast<int32_t>(sizeof bytes_);
+    if (!is_read_) call.system_error(2, got, errno);
+    const int32_t closed = lcmn_close(fd);
+    if (closed != 0) call.system_error(3, closed, errno);
+    return is_read_ && closed == 0;
+  }
+
+ private:
+  uint8_t bytes_[Words * 4];
+  bool is_read_ = false;
+};
+
+// The file has twelve times a half. The twelfth is that of slot 12: slot 11 takes none.
+constexpr size_t kControlWords = 64;
+constexpr size_t kSecondHalf = 32;
+constexpr size_t kPlainSlots = 11;
+constexpr size_t kLastSlot = 12;
+
+void take_control_times(const TimeFile<kControlWords> &file, lmainte_model_data &model_data) {
+  for (size_t i = 0; i <= kPlainSlots; ++i) {
+    lmainte_unit_slot &slot = model_data.unit[i < kPlainSlots ? i : kLastSlot];
+    slot.control_time_1 = file.word(i);
+    slot.control_time_2 = file.word(kSecondHalf + i);
+  }
+}
+
+constexpr size_t kCommands = 16;
+constexpr size_t kCommandWords = 32;
+
+bool fill_command_times(const Call &call, uint32_t model, lmainte_cmdtime *cmdtimes) {
+  const FamilyRow *row = row_of(model);
+  if (row == nullptr) {
+    call.error(6, model);
+    return false;
+  }
+  TimeFile<kCommandWords> file;
+  if (!file.read(row->command_times)) return false;
+  for (lmainte_cmdtime *entry = cmdtimes; entry->cmd_id != LMAINTE_CMDTIME_END; ++entry)
+    entry->time = entry->cmd_id < kCommands ? file.word(entry->cmd_id) : 0;
+  return true;
+}
+
+// Bit 7 says that all power supplies count, not half of them.
+constexpr uint32_t kAllPowerSupplies = 0x80;
+constexpr size_t kSystemFlagsByte = 148;
+
+uint32_t slot_10_of_high_end(const Call &call, uint32_t model) {
+  switch (model) {
+    case LMAINTE_MODEL_QE1:
+    case LMAINTE_MODEL_QE2:
+      return 2;
+    case LMAINTE_MODEL_QE3:
+      return 4;
+    default:
+      call.error(5, model);
+      return 0;
+  }
+}
+
+void fill_counts(const Call &call, Family family, const RecordView &general, lmainte_model_data &model_data) {
+  const bool is_high_end = family == Family::kQe;
+  const uint32_t power_supplies = general.word(8);
+  const bool all_count = !is_high_end || (model_data.system_flags & kAllPowerSupplies) != 0;
+  lmainte_unit_slot *unit = model_data.unit;
+  unit[LMAINTE_SLOT_CMU].max_count = general.word(0);
+  unit[LMAINTE_SLOT_IOU].max_count = general.word(1);
+  unit[2].max_count = 8;
+  unit[LMAINTE_SLOT_FAN].max_count = general.word(6);
+  unit[LMAINTE_SLOT_PSU].max_count = all_count ? power_supplies : power_supplies >> 1;
+  unit[5].max_count = 1;
+  unit[6].max_count = 8;
+  unit[7].max_count = 2;
+  unit[8].max_count = 2;
+  unit[9].max_count = 14;
+  unit[10].max_count = is_high_end ? slot_10_of_high_end(call, model_data.model) : 1;
+  if (is_high_end) unit[LMAINTE_SLOT_BP32].max_count = 2;
+}
+
+// One record of the whole system, found or not.
+const void *read_system_record(AccessTable &table, uint32_t db_id) {
+  return table.fetch(db_id) ? table.find(0) : nullptr;
+}
+
+bool fill_model_data(const Call &call, uint32_t model, const RecordView &current, lmainte_model_data &model_data) {
+  model_data.model = model;
+  AccessTable setup(0, 1, 248, "setup_system_info");
+  if (read_system_record(setup, LMAINTE_DB_SETUP) == nullptr) {
+    call.error(3);
+    return false;
+  }
+  model_data.system_flags = current.byte(kSystemFlagsByte);
+  AccessTable general(0, 1, 1408, "gen_system_info");
+  const void *record = read_system_record(general, LMAINTE_DB_GEN);
+  if (record == nullptr) {
+    call.error(4);
+    return false;
+  }
+  const FamilyRow *row = row_of(model);
+  if (row == nullptr) {
+    call.error(6, model);
+    return false;
+  }
+  fill_counts(call, row->family, RecordView(record), model_data);
+  TimeFile<kControlWords> file;
+  const bool good = file.read(row->control_times);
+  if (file.is_read()) take_control_times(file, model_data);
+  return good;
+}
+
+}  // namespace
+
+int32_t lmainte_get_model_data(lmainte_model_data *model_data, lmainte_cmdtime *cmdtimes) {
+  Call call(trace, kGetModelData);
+  if (model_data == nullptr && cmdtimes == nullptr) {
+    call.error(1);
+    return LMAINTE_FAILED;
+  }
+  AccessTable current(0, 1, 176, "current_system_info");
+  const void *record = read_system_record(current, LMAINTE_DB_CURRENT);
+  if (record == nullptr) {
+    call.error(2);
+    return LMAINTE_FAILED;
+  }
+  const uint32_t model = find_model();
+  call.point(2, model);
+  if (model_data != nullptr && !fill_model_data(call, model, RecordView(record), *model_data)) return LMAINTE_FAILED;
+  if (cmdtimes != nullptr && !fill_command_times(call, model, cmdtimes)) return LMAINTE_FAILED;
+  return LMAINTE_OK;
+}

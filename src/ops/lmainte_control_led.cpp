@@ -1,0 +1,26 @@
+#include "include/lmainte.h"
+
+#include "src/ops/operation.h"
+
+namespace {
+
+lmainte::Trace trace;
+constexpr lmainte::Block kBlock = lmainte::plain_block(0x033);
+
+constexpr lmainte::ModeLine kLines[] = {
+    {LMAINTE_LED_ON, "-u %s -c on"},
+    {LMAINTE_LED_OFF, "-u %s -c off"},
+    {LMAINTE_LED_BLINK, "-u %s -c blink"},
+    {LMAINTE_LED_SYNC, "-u %s -c sync"},
+};
+
+constexpr lmainte::StatusMeaning kMeanings[] = {{128, LMAINTE_LED_FAILED}, {206, LMAINTE_LED_FAILED}};
+
+constexpr lmainte::Operation kOperation = {LMAINTE_CMD_CTLLED, kLines, kMeanings};
+
+}  // namespace
+
+int32_t lmainte_control_led(int32_t mode, int32_t time_limit, const UnitRecord *unit) {
+  const lmainte::Call call(trace, kBlock);
+  return lmainte::operate_on_unit(call, kOperation, mode, time_limit, unit);
+}

@@ -1,0 +1,53 @@
+#include "src/ops/operation.h"
+
+namespace lmainte {
+
+int32_t judge(const Call &call, const Operation &operation, Point status_point, Point error_point, int32_t mode,
+              int32_t status) {
+  call.point(status_point, status);
+  const int32_t result = operation.meaning_of(status);
+  if (result != LMAINTE_OK) call.error(error_point, mode, status);
+  return result;
+}
+
+int32_t operate(const Call &call, const Operation &operation, int32_t mode, int32_t time_limit) {
+  if (time_limit <= 0) {
+    call.error(1);
+    return LMAINTE_FAILED;
+  }
+  call.point(2, operation.command_id, mode);
+  const char *line = operation.line_of(mode);
+  if (line == nullptr) {
+    call.error(2, mode);
+    return LMAINTE_FAILED;
+  }
+  return judge(call, operation, 3, 3, mode, lmainte_exec(operation.command_id, time_limit, line));
+}
+
+int32_t operate_on_unit(const Call &call, const Operation &operation, int32_t mode, int32_t time_limit,
+                        const UnitRecord *unit) {
+  if (time_limit <= 0) {
+    call.error(1);
+    return LMAINTE_FAILED;
+  }
+  if (unit == nullptr) {
+    call.error(2);
+    return LMAINTE_FAILED;
+  }
+  call.point(2, operation.command_id, mode);
+  call.point(3, unit->type, unit->number);
+  const char *line = operation.line_of(mode);
+  if (line == nullptr) {
+    call.error(3, mode);
+    return LMAINTE_FAILED;
+  }
+  return judge(call, operation, 4, 4, mode, lmainte_exec(operation.command_id, time_limit, line, unit->name));
+}
+
+int32_t operate_on_expansion(const Operation &operation, int32_t mode, int32_t time_limit, const UnitRecord *unit) {
+  const char *line = operation.line_of(mode);
+  if (time_limit == 0 || unit == nullptr || line == nullptr) return LMAINTE_FAILED;
+  return operation.meaning_of(lmainte_exec(operation.command_id, time_limit, line, unit->name));
+}
+
+}  // namespace lmainte

@@ -1,0 +1,56 @@
+// A maintenance operation as a row: its control program, the argument line of each mode, what each exit status means.
+#pragma once
+
+#include <cstdint>
+#include <span>
+
+#include "include/lmainte.h"
+#include "src/frame/trace.h"
+
+namespace lmainte {
+
+// The argument line of a mode: a format for lmainte_exec, with the unit's name as its value where it has one.
+struct ModeLine {
+  int32_t mode;
+  const char *line;
+};
+
+// An exit status that means something of its own.
+struct StatusMeaning {
+  int32_t status;
+  int32_t result;
+};
+
+struct Operation {
+  int32_t command_id;
+  std::span<const ModeLine> lines;
+  std::span<const StatusMeaning> meanings;
+  int32_t otherwise = LMAINTE_FAILED;  // of every exit status but 0 that has no meaning of its own
+
+  constexpr const char *line_of(int32_t mode) const {
+    for (const ModeLine &row : lines)
+      if (row.mode == mode) return row.line;
+    return nullptr;
+  }
+
+  constexpr int32_t meaning_of(int32_t status) const {
+    if (status == 0) return LMAINTE_OK;
+    for (const StatusMeaning &row : meanings)
+      if (row.status == status) return row.result;
+    return otherwise;
+  }
+};
+
+// Records an exit status at a point, and as an error with the mode where it means a failure. Returns what it means.
+int32_t judge(const Call &call, const Operation &operation, Point status_point, Point error_point, int32_t mode,
+              int32_t status);
+
+// An operation on the whole system, and one on a unit.
+int32_t operate(const Call &call, const Operation &operation, int32_t mode, int32_t time_limit);
+int32_t operate_on_unit(const Call &call, const Operation &operation, int32_t mode, int32_t time_limit,
+                        const UnitRecord *unit);
+
+// An operation on an I/O expansion unit. These leave no trace, and hand a negative time limit to the runner.
+int32_t operate_on_expansion(const Operation &operation, int32_t mode, int32_t time_limit, const UnitRecord *unit);
+
+}  // namespace lmainte
