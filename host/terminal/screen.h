@@ -1,0 +1,36 @@
+// What a terminal shows: bytes in, lines of text out.
+#pragma once
+
+#include <functional>
+#include <memory>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace terminal {
+
+struct Size {
+  int rows = 24;
+  int columns = 80;
+};
+
+class Screen {
+ public:
+  // `answer` takes what the terminal itself replies, such as its cursor's position.
+  Screen(Size size, std::function<void(std::string_view)> answer);
+  ~Screen();
+  Screen(const Screen &) = delete;
+  Screen &operator=(const Screen &) = delete;
+
+  void feed(std::string_view bytes);
+  std::vector<std::string> rows() const;                                     // Without blanks at their ends.
+  const std::vector<std::string> &scrolled_off() const { return history_; }  // What left the screen at its top.
+
+ private:
+  struct Machine;
+  std::function<void(std::string_view)> answer_;
+  std::vector<std::string> history_;
+  std::unique_ptr<Machine> machine_;
+};
+
+}  // namespace terminal

@@ -1,0 +1,188 @@
+#include "host/terminal/session.h"
+
+#include <fcntl.h>
+#include <poll.h>
+#include <sys/ioctl.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <csignal>
+#include <cstdlib>
+#include <cstring>
+#include <filesystem>
+#include <fstream>
+#include <system_error>
+
+namespace terminal {
+
+// What the leader tells: first the command's process id, then its wait status. One write each, so never torn.
+struct Session::Report {
+  int value;
+};
+
+namespace {
+
+volatile pid_t g_command = 0;
+
+void pass_on(int signal) {
+  const int saved = errno;
+  if (g_command > 0) kill(-g_command, signal);
+  errno = saved;
+}
+
+void keep_only(int first, int second) {
+  const auto low = static_cast<unsigned>(std::min(first, second));
+  const auto high = static_cast<unsigned>(std::max(first, second));
+  if (low > 3) close_range(3, low - 1, 0);
+  if (high > low + 1) close_range(low + 1, high - 1, 0);
+  close_range(high + 1, ~0U, 0);
+}
+
+void default_signals() {
+  for (int number = 1; number < NSIG; ++number) signal(number, SIG_DFL);
+  sigset_t none;
+  sigemptyset(&none);
+  sigprocmask(SIG_SETMASK, &none, nullptr);
+}
+
+// The terminal belongs to the group that runs in its foreground; taking it from the background raises SIGTTOU.
+void take_foreground(pid_t group) {
+  signal(SIGTTOU, SIG_IGN);
+  tcsetpgrp(STDIN_FILENO, group);
+  signal(SIGTTOU, SIG_DFL);
+}
+
+[[noreturn]] void become_command(std::vector<char *> &arguments, int exec_error) {
+  setpgid(0, 0);
+  take_foreground(getpid());
+  setenv("TERM", "xterm", 1);
+  unsetenv("LINES");
+  unsetenv("COLUMNS");
+  execvp(arguments[0], arguments.data());
+  const int error = errno;
+  if (write(exec_error, &error, sizeof error) < 0) _exit(126);
+  _exit(127);
+}
+
+[[noreturn]] void lead(const char *terminal_path, std::vector<char *> &arguments, int reports, int exec_error) {
+  keep_only(reports, exec_error);
+  default_signals();
+  setsid();
+  const int tty = open(terminal_path, O_RDWR);
+  if (tty < 0 || ioctl(tty, TIOCSCTTY, 0) != 0) _exit(126);
+  for (int fd = STDIN_FILENO; fd <= STDERR_FILENO; ++fd) dup2(tty, fd);
+  if (tty > STDERR_FILENO) close(tty);
+
+  const pid_t command = fork();
+  if (command == 0) become_command(arguments, exec_error);
+  close(exec_error);
+  g_command = command;
+  signal(SIGHUP, pass_on);  // A shell whose terminal is gone tells its command, too.
+
+  int status = 0;
+  if (write(reports, &command, sizeof command) < 0) _exit(126);
+  while (waitpid(command, &status, 0) < 0 && errno == EINTR) continue;
+  take_foreground(getpid());
+  if (write(reports, &status, sizeof status) < 0) _exit(126);
+  for (;;) pause();
+}
+
+struct Stat {
+  std::string name;
+  char state;
+  pid_t session;
+};
+
+std::optional<Stat> stat_of(const std::filesystem::path &process) {
+  std::ifstream file(process / "stat");
+  std::string line;
+  if (!std::getline(file, line)) return {};
+  const auto open = line.find('(');
+  const auto close = line.rfind(')');  // The name may hold parentheses itself.
+  if (open == std::string::npos || close == std::string::npos) return {};
+  char state = 0;
+  int parent = 0, group = 0, session = 0;
+  if (std::sscanf(line.c_str() + close + 1, " %c %d %d %d", &state, &parent, &group, &session) != 4) return {};
+  return Stat{line.substr(open + 1, close - open - 1), state, session};
+}
+
+}  // namespace
+
+std::string text(const Ending &ending) {
+  const auto number = std::to_string(ending.number);
+  return ending.by_signal ? "signal " + number + " (" + strsignal(ending.number) + ")" : "exit status " + number;
+}
+
+Session::Session(const std::string &terminal_path, const std::vector<std::string> &command) {
+  std::vector<std::string> copy = command;
+  std::vector<char *> arguments;
+  for (auto &argument : copy) arguments.push_back(argument.data());
+  arguments.push_back(nullptr);
+
+  int reports[2], exec_error[2];
+  if (pipe2(reports, O_CLOEXEC) != 0) throw std::system_error(errno, std::generic_category(), "pipe");
+  if (pipe2(exec_error, O_CLOEXEC) != 0) throw std::system_error(errno, std::generic_category(), "pipe");
+  leader_ = fork();
+  if (leader_ == 0) lead(terminal_path.c_str(), arguments, reports[1], exec_error[1]);
+  close(reports[1]);
+  close(exec_error[1]);
+  reports_ = reports[0];
+
+  int error = 0;
+  const bool failed =
+      read(exec_error[0], &error, sizeof error) == sizeof error;  // Nothing comes where execve succeeds.
+  close(exec_error[0]);
+  command_ = next_report().value;
+  if (failed || command_ <= 0) {
+    end();
+    throw std::system_error(failed ? error : EIO, std::generic_category(), "cannot run " + command.at(0));
+  }
+}
+
+Session::~Session() {
+  end();
+}
+
+void Session::end() noexcept {
+  for (int round = 0; round < 100 && !processes().empty(); ++round) {
+    for (const auto &process : processes()) kill(process.pid, SIGKILL);
+    usleep(10'000);
+  }
+  if (leader_ > 0) {
+    kill(leader_, SIGKILL);
+    waitpid(leader_, nullptr, 0);
+  }
+  close(reports_);
+}
+
+Session::Report Session::next_report() const {
+  Report report{-1};
+  if (read(reports_, &report, sizeof report) != sizeof report) report.value = -1;
+  return report;
+}
+
+std::optional<Ending> Session::ending() {
+  pollfd wait{reports_, POLLIN, 0};
+  if (!ending_ && poll(&wait, 1, 0) > 0) {
+    const int status = next_report().value;
+    ending_ = WIFSIGNALED(status) ? Ending{true, WTERMSIG(status)} : Ending{false, WEXITSTATUS(status)};
+  }
+  return ending_;
+}
+
+std::vector<Process> Session::processes() const {
+  std::vector<Process> found;
+  for (const auto &entry : std::filesystem::directory_iterator("/proc")) {
+    const pid_t pid = std::atoi(entry.path().filename().c_str());
+    if (pid <= 0 || pid == leader_) continue;
+    const auto stat = stat_of(entry.path());
+    if (stat && stat->session == leader_ && stat->state != 'Z' && stat->state != 'X') {
+      found.push_back({pid, stat->name});
+    }
+  }
+  return found;
+}
+
+}  // namespace terminal

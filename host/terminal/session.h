@@ -1,0 +1,54 @@
+// A command as an operator's shell starts it: in a session of its own, in the foreground of a terminal.
+#pragma once
+
+#include <sys/types.h>
+
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace terminal {
+
+// How a command ended: by itself with an exit status, or by a signal.
+struct Ending {
+  bool by_signal;
+  int number;
+
+  bool operator==(const Ending &) const = default;
+};
+
+// "exit status 0", "signal 2 (Interrupt)"
+std::string text(const Ending &ending);
+
+struct Process {
+  pid_t pid;
+  std::string name;
+};
+
+// A small process leads the session in the shell's place. It lives until the Session is destroyed, so that what the
+// command leaves behind stays visible: the end of a session's leader would take it along.
+class Session {
+ public:
+  // Starts `command`, found by the environment variable PATH. Throws std::system_error when it cannot be run.
+  Session(const std::string &terminal_path, const std::vector<std::string> &command);
+  ~Session();  // Kills what is left.
+  Session(const Session &) = delete;
+  Session &operator=(const Session &) = delete;
+
+  std::optional<Ending> ending();        // Nothing while the command runs.
+  int news() const { return reports_; }  // A descriptor that becomes readable when the command ends.
+  pid_t command() const { return command_; }
+  std::vector<Process> processes() const;  // The command, its children, and what they left behind.
+
+ private:
+  struct Report;
+  Report next_report() const;
+  void end() noexcept;
+
+  pid_t leader_ = -1;
+  pid_t command_ = -1;
+  int reports_ = -1;
+  std::optional<Ending> ending_;
+};
+
+}  // namespace terminal

@@ -1,0 +1,149 @@
+#include "host/terminal/terminal.h"
+
+#include <fcntl.h>
+#include <poll.h>
+#include <sys/ioctl.h>
+#include <termios.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <array>
+#include <cerrno>
+#include <cstdlib>
+#include <system_error>
+
+namespace terminal {
+namespace {
+
+using Clock = std::chrono::steady_clock;
+
+// A screen is drawn in several writes; nobody reads it before it stands still. One that never does is read all the
+// same.
+constexpr milliseconds kStandsStill{30};
+constexpr milliseconds kNeverStandsStill{1000};
+
+milliseconds left_until(Clock::time_point deadline) {
+  return std::max(milliseconds{0}, std::chrono::duration_cast<milliseconds>(deadline - Clock::now()));
+}
+
+[[noreturn]] void fail(const char *what) {
+  throw std::system_error(errno, std::generic_category(), what);
+}
+
+void write_all(int fd, std::string_view bytes) {
+  while (!bytes.empty()) {
+    const auto written = write(fd, bytes.data(), bytes.size());
+    if (written < 0 && errno == EINTR) continue;
+    if (written < 0) fail("cannot type on the terminal");
+    bytes.remove_prefix(static_cast<std::size_t>(written));
+  }
+}
+
+}  // namespace
+
+Terminal::Terminal(Size size) : screen_(size, [this](std::string_view answer) { write_all(master_, answer); }) {
+  master_ = posix_openpt(O_RDWR | O_NOCTTY | O_CLOEXEC);
+  if (master_ < 0 || grantpt(master_) != 0 || unlockpt(master_) != 0) fail("cannot make a terminal");
+  std::array<char, 64> path{};
+  if (ptsname_r(master_, path.data(), path.size()) != 0) fail("cannot make a terminal");
+  path_ = path.data();
+  // Held open so that the terminal and its mode outlive the command.
+  slave_ = open(path_.c_str(), O_RDWR | O_NOCTTY | O_CLOEXEC);
+  winsize window{};
+  window.ws_row = static_cast<unsigned short>(size.rows);
+  window.ws_col = static_cast<unsigned short>(size.columns);
+  if (slave_ < 0 || ioctl(slave_, TIOCSWINSZ, &window) != 0) fail("cannot make a terminal");
+}
+
+Terminal::~Terminal() {
+  session_.reset();
+  close(slave_);
+  if (master_ >= 0) close(master_);
+}
+
+void Terminal::start(const std::vector<std::string> &command) {
+  session_.reset();
+  session_.emplace(path_, command);
+}
+
+void Terminal::type(std::string_view keys) {
+  write_all(master_, keys);
+}
+
+// Takes in what the command writes; false when nothing came.
+bool Terminal::read_output(milliseconds patience) {
+  std::array<pollfd, 2> wait{pollfd{master_, POLLIN, 0}, pollfd{session_ ? session_->news() : -1, POLLIN, 0}};
+  if (session_ && session_->ending()) wait[1].fd = -1;
+  if (poll(wait.data(), wait.size(), static_cast<int>(patience.count())) <= 0) return false;
+  if ((wait[0].revents & POLLIN) == 0) return wait[1].revents != 0;
+  std::array<char, 4096> bytes;
+  const auto length = read(master_, bytes.data(), bytes.size());
+  if (length <= 0) return false;
+  screen_.feed({bytes.data(), static_cast<std::size_t>(length)});
+  return true;
+}
+
+void Terminal::settle() {
+  const auto deadline = Clock::now() + kNeverStandsStill;
+  while (Clock::now() < deadline && read_output(kStandsStill)) continue;
+}
+
+bool Terminal::shows(std::string_view text) const {
+  const auto rows = screen_.rows();
+  return std::any_of(rows.begin(), rows.end(), [&](const auto &row) { return row.find(text) != std::string::npos; });
+}
+
+bool Terminal::wait_for(std::string_view text, milliseconds patience) {
+  const auto deadline = Clock::now() + patience;
+  while (!shows(text)) {
+    const bool ended = !session_ || session_->ending();
+    const bool news = read_output(ended ? kStandsStill : left_until(deadline));
+    if (!news && (ended || Clock::now() >= deadline)) return false;
+  }
+  settle();
+  return true;
+}
+
+std::vector<std::string> Terminal::screen() {
+  settle();
+  return screen_.rows();
+}
+
+std::vector<std::string> Terminal::everything_shown() {
+  settle();
+  auto lines = screen_.scrolled_off();
+  const auto rows = screen_.rows();
+  lines.insert(lines.end(), rows.begin(), rows.end());
+  return lines;
+}
+
+std::optional<Ending> Terminal::wait_for_exit(milliseconds patience) {
+  const auto deadline = Clock::now() + patience;
+  while (session_ && !session_->ending() && Clock::now() < deadline) read_output(left_until(deadline));
+  settle();
+  return session_ ? session_->ending() : std::nullopt;
+}
+
+Mode Terminal::mode() const {
+  termios attributes{};
+  if (tcgetattr(slave_, &attributes) != 0) fail("cannot read the terminal's mode");
+  return {(attributes.c_lflag & ECHO) != 0, (attributes.c_lflag & ICANON) != 0, (attributes.c_lflag & ISIG) != 0};
+}
+
+void Terminal::hang_up() {
+  close(master_);
+  master_ = -1;
+}
+
+std::vector<Process> Terminal::processes() const {
+  return session_ ? session_->processes() : std::vector<Process>{};
+}
+
+std::optional<pid_t> Terminal::process(std::string_view name) const {
+  for (const auto &process : processes()) {
+    if (process.name == name) return process.pid;
+  }
+  return {};
+}
+
+}  // namespace terminal

@@ -1,0 +1,65 @@
+// An operator's terminal: a pseudo-terminal on which a command runs, and the screen that it shows.
+#pragma once
+
+#include <chrono>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "host/terminal/screen.h"
+#include "host/terminal/session.h"
+
+namespace terminal {
+
+using std::chrono::milliseconds;
+
+// The terminal's mode, as far as commands change it.
+struct Mode {
+  bool echo;       // what is typed appears
+  bool lines;      // input comes line by line
+  bool interrupt;  // Ctrl-C interrupts
+
+  bool operator==(const Mode &) const = default;
+};
+
+class Terminal {
+ public:
+  explicit Terminal(Size size = {});  // Throws std::system_error.
+  ~Terminal();
+  Terminal(const Terminal &) = delete;
+  Terminal &operator=(const Terminal &) = delete;
+
+  // Starts a command, found by the environment variable PATH, in the terminal's foreground. What an earlier one left is
+  // killed; the screen stays. Throws std::system_error when the command cannot be run.
+  void start(const std::vector<std::string> &command);
+
+  // What the operator does and sees. wait_for says whether the text came up within one line of the screen; it gives up
+  // early when the command ends without it.
+  void type(std::string_view keys);
+  bool wait_for(std::string_view text, milliseconds patience);
+  std::vector<std::string> screen();            // The lines of the screen, 24 of them, without blanks at their ends.
+  std::vector<std::string> everything_shown();  // The lines that scrolled away, then the screen.
+
+  std::optional<Ending> wait_for_exit(milliseconds patience);  // Nothing when the command still runs then.
+  Mode mode() const;
+  void
+  hang_up();  // The line is cut: the command gets SIGHUP and reads an end of input. Nothing comes through after it.
+
+  pid_t command() const { return session_->command(); }
+  std::vector<Process> processes() const;                     // The command, its children, and what they left behind.
+  std::optional<pid_t> process(std::string_view name) const;  // One of them by its program's name.
+
+ private:
+  bool shows(std::string_view text) const;
+  bool read_output(milliseconds patience);
+  void settle();
+
+  int master_ = -1;
+  int slave_ = -1;
+  std::string path_;
+  Screen screen_;
+  std::optional<Session> session_;
+};
+
+}  // namespace terminal
