@@ -78,8 +78,7 @@ typedef struct lmainte_unit_slot {
 typedef struct lmainte_model_data {
   uint32_t model;        /* LMAINTE_MODEL_... */
   uint32_t system_flags; /* byte 148 of the record "current_system_info", widened; bit 7: all power supplies count */
-  lmainte_unit_slot
-      unit[13]; /* by LMAINTE_SLOT_...; slot 11 is never written, slot 12 has a count on the high end only */
+  lmainte_unit_slot unit[13]; /* by LMAINTE_SLOT_...; 11 is never written, 12 has a count on the high end only */
 } lmainte_model_data;
 
 #define LMAINTE_CMDTIME_END 0xFFFFFFFFu /* cmd_id that ends a list of command times */

@@ -111,7 +111,8 @@ int32_t lcmn_close(int32_t fd);
  * Shows the prompt on the terminal and reads the operator's choice.
  *
  * first, second  the caller's, passed on by lmainte_ask_select unread; what they mean is the platform's to say. second
- * is never null. prompt         the text to show, at most 1023 characters
+ *                is never null.
+ * prompt         the text to show, at most 1023 characters
  *
  * Returns a result that lmainte_ask_select hands to its caller unchanged.
  */

@@ -15,7 +15,7 @@ struct Absence {
 class AccessTable {
  public:
   AccessTable(int32_t first, int32_t count, int32_t size, const char *name)
-      : entries_(lmainte_db_make_access_table(first, count, size, name)) {}
+      : entries_(lmainte_db_make_access_table(first, count, size, name)), first_(first), count_(count) {}
   AccessTable(const AccessTable &) = delete;
   AccessTable &operator=(const AccessTable &) = delete;
   ~AccessTable() {
@@ -25,15 +25,16 @@ class AccessTable {
   // True once the table could be made and every record was read, but for tolerated absences.
   bool fetch(uint32_t db_id, const Absence &absence = {});
 
-  // The record of an index, or null where the table has none.
+  // The record of an index, or null where the fetched table has none: the entries stand in the order of their indices.
   const void *find(int32_t index) const {
-    for (const lmainte_access_entry *entry = entries_; entry->index >= 0; ++entry)
-      if (entry->index == index) return entry->data;
-    return nullptr;
+    const int64_t place = int64_t{index} - first_;
+    return place >= 0 && place < count_ ? entries_[place].data : nullptr;
   }
 
  private:
   lmainte_access_entry *entries_;
+  int32_t first_;
+  int32_t count_;
 };
 
 }  // namespace lmainte

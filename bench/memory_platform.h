@@ -1,0 +1,30 @@
+// A platform in memory: records as a client hands them over, and a trace that keeps the last record.
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+namespace bench {
+
+// What a call of the library asked of the platform. Its floor makes the same calls, and nothing else.
+struct Requests {
+  struct Read {
+    std::uint32_t db_id;
+    std::string key;
+  };
+  std::vector<Read> reads;
+  std::uint64_t sessions = 0;  // opens, locks, unlocks and closes
+  std::uint64_t records = 0;   // of the trace
+};
+
+void put(std::uint32_t db_id, const std::string &key, const std::vector<std::uint8_t> &record);
+
+// Runs a call once and tells what it asked for.
+Requests watch(void (*call)());
+
+// Makes the requests with nothing in between: the platform's calls, a free for each record, and for each trace record the
+// process id, taken afresh, and the write.
+void replay(const Requests &requests);
+
+}  // namespace bench
