@@ -48,7 +48,8 @@ enum {
   LMAINTE_LED_FAILED = 206,      /* lmainte_control_led: the LED was not switched */
   LMAINTE_IOXLED_FAILED = 217,   /* lmainte_control_ioxled: the expansion unit's LED was not switched */
   LMAINTE_IOXPOWER_FAILED = 218, /* lmainte_control_ioxpower: the expansion unit's power was not switched */
-  LMAINTE_FAN_FAILED = 219       /* lmainte_control_fan: the fans' speed was not set */
+  LMAINTE_FAN_FAILED = 219,      /* lmainte_control_fan: the fans' speed was not set */
+  LMAINTE_POSITION_UNKNOWN = 222 /* lmainte_get_unit_position_id: the model has no such location */
 };
 
 /* ---- Server models ----------------------------------------------------------------------------------------------- */
@@ -155,6 +156,60 @@ extern const lmainte_unit_name convert_unit_no_qa_mem[], convert_unit_no_qb1_mem
 extern const lmainte_unit_name convert_unit_no_qa_fanbp[], convert_unit_no_qb1_fanbp[], convert_unit_no_qb2_fanbp[],
     convert_unit_no_qe1_fanbp[], convert_unit_no_qe2_fanbp[], convert_unit_no_qe3_fanbp[];
 
+/* A location as bytes. */
+typedef struct lmainte_unit_position {
+  uint8_t type;  /* by mode: unit type code of the database records, or position code */
+  uint8_t count; /* parts of the location */
+  uint8_t id[6]; /* by mode: place in the database's records, or the unit's own number, of each part; 0 past count */
+} lmainte_unit_position;
+
+/* The same in words, for the unit type codes of the database records. */
+typedef struct lmainte_fru_type {
+  uint32_t type, count;
+  uint32_t id[6];
+} lmainte_fru_type;
+
+/* One part of a location. Texts end with a NUL and are cut to their room. */
+typedef struct lmainte_path_component {
+  char name[16];   /* up to and with its "#", or the whole text where it has none */
+  char number[16]; /* behind the "#", or "0" where it has none */
+  char whole[32];
+} lmainte_path_component;
+
+enum { LMAINTE_POSITION_FRU = 0, LMAINTE_POSITION_UNIT = 1 };
+
+/*
+ * Turns a unit's location, such as "/CMU#2/MEM#13A", into its position on this model.
+ *
+ * mode      LMAINTE_POSITION_FRU: type of the database records, ids counted from 0; LMAINTE_POSITION_UNIT: position code,
+ *           own numbers
+ * path      the location: one to six parts, each begun by "/", numbers in decimal without leading zeros
+ * position  receives the position; written on success only
+ *
+ * Reads the model with lmainte_get_model_data, under its conditions, but for a path that no model could have.
+ *
+ * Returns 0; LMAINTE_FAILED for an unknown mode, a null argument or a model that is unknown or cannot be read;
+ * LMAINTE_POSITION_UNKNOWN for a path that is malformed or names no location of the model, and with LMAINTE_POSITION_FRU
+ * for a location that has no type in the database records.
+ */
+int32_t lmainte_get_unit_position_id(uint32_t mode, const char *path, lmainte_unit_position *position);
+
+/* The same with LMAINTE_POSITION_FRU, in words: type, count and count ids are written on success only, the rest never. */
+int32_t lmainte_convert_strtofrutype(const char *path, lmainte_fru_type *result);
+
+/*
+ * Rewrite the parts of a memory module's location as the name tables have them. components has room for three parts.
+ *
+ * replace_mem_location     puts the second part before the third: "MEMB#5" and "MEM#2B" become "MEMB#5/MEM#2B", cut at 31
+ *                          characters
+ * replace_mem_location_qa  makes three parts of two: the second moves to the third place, and a part numbered "0" with
+ *                          empty texts takes its place; *count becomes 3
+ *
+ * Each returns 0, or LMAINTE_FAILED for a null argument.
+ */
+int32_t replace_mem_location(lmainte_path_component *components);
+int32_t replace_mem_location_qa(lmainte_path_component *components, uint32_t *count);
+
 /* ---- Configuration database -------------------------------------------------------------------------------------- */
 
 #define LMAINTE_DB_GEN 0u      /* general system record */
@@ -179,6 +234,27 @@ int32_t lmainte_scdb_open(uint32_t db_id);
 int32_t lmainte_scdb_close(uint32_t db_id);
 int32_t lmainte_scdb_lock(uint32_t db_id);
 int32_t lmainte_scdb_unlock(uint32_t db_id);
+
+/*
+ * Read and write one record of a unit, named by four coordinates.
+ *
+ * db_id      LMAINTE_DB_SETUP to LMAINTE_DB_FRU
+ * model      LMAINTE_MODEL_...; it matters for the FRU record of an IOU only
+ * unit_type  LMAINTE_TYPE_...
+ * unit_no    the unit's number, where the record's name has one
+ * buf        receives a record from malloc. Set it to null first and free it whatever the result: a read that fails may
+ *            hand over a record all the same. It is not written where no read is made.
+ * data       a record of the kind's size
+ *
+ * lmainte_scdb_get wants the database open and locked, lmainte_scdb_lget open only: it locks around the read.
+ * lmainte_scdb_put takes no lock of its own.
+ *
+ * Each returns 0 or LMAINTE_FAILED: a database and a unit type that have no record together; a record that is missing or
+ * of another size; a failed lock or unlock; data null. A record stays the caller's when the unlock after its read fails.
+ */
+uint32_t lmainte_scdb_get(uint32_t db_id, uint32_t model, int32_t unit_type, uint32_t unit_no, void **buf);
+uint32_t lmainte_scdb_lget(uint32_t db_id, uint32_t model, int32_t unit_type, uint32_t unit_no, void **buf);
+uint32_t lmainte_scdb_put(uint32_t db_id, uint32_t model, int32_t unit_type, uint32_t unit_no, const void *data);
 
 /* One record of a run. A table of them ends with an entry whose index is negative. */
 typedef struct lmainte_access_entry {
@@ -225,6 +301,271 @@ void lmainte_db_free_access_table(lmainte_access_entry *table);
  */
 #define LMAINTE_FLAG_FAULTED 0x20u
 #define LMAINTE_FLAG_DEGRADED 0x10u
+
+/* A CPU module or a memory module of a system board. */
+typedef struct UnitData {
+  int32_t type;          /* LMAINTE_TYPE_CPUM or LMAINTE_TYPE_DIMM */
+  int32_t number;        /* position 0 to 3 of the CPU module, number 0 to 31 of the memory module */
+  uint32_t unit_id[2];   /* for api_conv_unit_name_get */
+  int32_t status;        /* status word */
+  int32_t mainte_status; /* the same */
+  char fru_name[20]; /* when installed. CPU module: FRU name, not terminated, 18 bytes at most. Memory module: the four
+                            bytes at byte 95 of its FRU record; the other sixteen are not written. */
+  int32_t xsb;       /* extended system board to which the module belongs */
+} UnitData;
+
+/* The CMU of a system board. Source: the records "setup_cmu_info_%02d", "current_cmu_info_%02d", "fru_cmu_info_%02d" and
+ * those of its modules, by the board's number. */
+typedef struct CmuData {
+  int32_t type;   /* LMAINTE_TYPE_CMU */
+  int32_t number; /* board number */
+  uint32_t unit_id[2];
+  int32_t status;        /* status word */
+  int32_t mainte_status; /* the same */
+  uint32_t parts_status; /* status words of the installed modules: the faulted one wins, then the degraded one */
+  uint32_t cur_info_6;   /* words 6 and 7 of the current record, passed through */
+  uint32_t cur_info_7;
+  uint32_t setup_info_0; /* words 0 and 1 of the setup record, passed through */
+  uint32_t setup_info_1;
+  int32_t xsb_mode;     /* 1: the board is one extended system board; any other value: four */
+  uint32_t cur_info_11; /* word 11 of the current record, passed through */
+  UnitData cpum[4];
+  UnitData dimm[32]; /* in the order of the operator's list, not of the numbers */
+  char fru_name[20]; /* when installed: FRU name, not terminated, 18 bytes at most */
+  int32_t xsb[4];    /* extended system boards of the board, board number * 4 on; all alike when it is one */
+} CmuData;
+
+/* The IOU of a system board. Source: the records "current_iou_info_%02d" and "fru_iou_qb_info_%02d", on the high end
+ * "fru_iou_qe_info_%02d", by the board's number. */
+typedef struct IouData {
+  int32_t type;   /* LMAINTE_TYPE_IOU */
+  int32_t number; /* board number */
+  uint32_t unit_id[2];
+  int32_t status;         /* status word */
+  uint32_t mainte_status; /* always installed and normal: an IOU's own fault shows in parts_status */
+  int32_t parts_status;   /* the status word again */
+  char fru_name[20];      /* when installed: FRU name, not terminated, 18 bytes at most */
+  uint32_t reserved[80]; /* eight PCI slots of ten words each, filled by the caller: unit id in words 2 and 3 of a slot,
+                             status in 4, number in 6, power in bit 30 of 7 */
+  int32_t xsb[4];        /* as in CmuData */
+} IouData;
+
+/* A system board. */
+typedef struct SbData {
+  CmuData cmu;
+  IouData iou;
+} SbData;
+
+/*
+ * Reads system boards.
+ *
+ * sb     a number: that board only, into out[0]; -1: boards 0 to count - 1
+ * count  above 0; with -1, the records that out holds
+ * model  LMAINTE_MODEL_QB1 to LMAINTE_MODEL_QA
+ *
+ * Databases 1, 2 and 4 are opened and locked, so no higher one may be locked. All CMUs are read before the first IOU.
+ * Every record must be there, that of a module which is not installed too.
+ *
+ * Returns 0 or LMAINTE_FAILED: count not above 0, out null or an unknown model (no database is touched then); a record
+ * missing or of the wrong size; a failed open, lock, unlock or close. Parts read before the failure stay filled.
+ */
+int32_t lmainte_get_sb_data(int32_t sb, int32_t count, int32_t model, SbData *out);
+
+/* An extended system board. Source: the records "setup_xsb_info_%02d" and "current_xsb_info_%02d" of its number. */
+typedef struct XsbData {
+  int32_t number;      /* board number * 4 + 0 to 3 */
+  uint32_t cur_info_0; /* words 0 and 13 of the current record, passed through */
+  uint32_t cur_info_13;
+  int32_t current_domain; /* domain to which it belongs while it is active */
+  int32_t setup_domain;   /* domain for which it is set up */
+  uint8_t active;         /* 1: active */
+} XsbData;
+
+/*
+ * Reads extended system boards; high-end models only.
+ *
+ * xsb    a number: count boards from that number on; -1: count boards from 0 on. A number does not limit the read to one.
+ * count  not 0; the records that out holds
+ *
+ * Returns 0 or LMAINTE_FAILED: count 0, out null or a model that is no high-end one (no database is touched then); a
+ * record missing or of the wrong size (nothing is written then); a failed open, lock, unlock or close.
+ */
+int32_t lmainte_get_xsb_data(int32_t xsb, int32_t count, int32_t model, XsbData *out);
+
+/* A fan of a fan tray. */
+typedef struct FanData {
+  int32_t status; /* status word with the flag byte merged in */
+  uint8_t flags;  /* the flag byte */
+} FanData;
+
+/* A fan tray. Source: its entry in the record "current_fantray_info"; its name, on the high end only, from
+ * "fru_fan_qe_info_%02d". */
+typedef struct FantrayData {
+  int32_t type;   /* LMAINTE_TYPE_FANTRAY */
+  int32_t number; /* fan tray number, counted from 0 */
+  uint32_t unit_id[2];
+  int32_t status;        /* status word with the flag byte merged in */
+  int32_t mainte_status; /* the same */
+  int32_t fan_count;     /* fans of the tray on this model; only so many of fan are written */
+  FanData fan[3];
+  char fru_name[18]; /* FRU name on the high end, not terminated; written only when installed */
+  uint8_t flags;     /* the flag byte */
+} FantrayData;
+
+/* The number of fans of a tray. A table of them ends with tray 255. */
+typedef struct lmainte_fan_count {
+  uint8_t tray;
+  uint8_t fans;
+} lmainte_fan_count;
+
+/* The fan trays of each model. Read only, for the life of the library. */
+extern const lmainte_fan_count max_fan_num_qa[], max_fan_num_qb1[], max_fan_num_qb2[], max_fan_num_qe1[],
+    max_fan_num_qe2[], max_fan_num_qe3[];
+
+/*
+ * Reads fan trays.
+ *
+ * tray   a number: that tray only, into out[0]; -1: count trays, in the order of the operator's list. On qe1 that order
+ *        is 2, 3, 4, 5, 0, 1, 6, 7 and so on, and the fans of the first six records are those of trays 0 to 5.
+ * count  not 0; with -1, the records that out holds
+ * model  LMAINTE_MODEL_QB1 to LMAINTE_MODEL_QA
+ *
+ * A tray that is not installed needs no FRU record.
+ *
+ * Returns 0 or LMAINTE_FAILED: count 0, out null or an unknown model (no database is touched then); a tray that the
+ * model lacks; a record missing or of the wrong size; a failed open, lock, unlock or close.
+ */
+int32_t lmainte_get_fantray_data(int32_t tray, int32_t count, int32_t model, FantrayData *out);
+
+/* The cooling group of a unit: units with the same mask are cooled together. */
+typedef struct CoolgrpData {
+  uint32_t coolgrp_mask[2]; /* high word, low word */
+} CoolgrpData;
+
+/*
+ * Tells the cooling group of a power supply or a fan tray on qa, qb1 or qb2.
+ *
+ * unit_type  LMAINTE_TYPE_PSU or LMAINTE_TYPE_FANTRAY; unit_no  its number
+ *
+ * Returns 0, or LMAINTE_FAILED and writes nothing: out null, another model, a unit without a cooling group.
+ */
+int32_t lmainte_get_coolgrp_data(int32_t unit_type, int32_t unit_no, int32_t model, CoolgrpData *out);
+
+/* A domain. Source: its record "current_domain_info_%02d". */
+typedef struct DomainData {
+  int32_t number;
+  uint32_t dom_info_0; /* word 0 of the record, passed through */
+  uint8_t dom_byte_44; /* byte 44 of the record, passed through */
+} DomainData;
+
+/*
+ * Reads domains.
+ *
+ * domain  a number: that domain only, into out[0]; -1: domains 0 to count - 1
+ * count   not 0; with -1, the records that out holds
+ * model   LMAINTE_MODEL_QB1 to LMAINTE_MODEL_QA
+ *
+ * Returns 0 or LMAINTE_FAILED: count 0, out null or an unknown model (no database is touched then); a record missing or
+ * of the wrong size (nothing is written then); a failed open, lock, unlock or close.
+ */
+int32_t lmainte_get_domain_data(int32_t domain, int32_t count, int32_t model, DomainData *out);
+
+/* The state of the whole system. Source: words 2 and 8 of the record "current_system_info". */
+typedef struct SystemStatus {
+  uint32_t system_status; /* bit 15: units are marked for replacement */
+  uint32_t system_info_8; /* passed through */
+} SystemStatus;
+
+/* Reads the state of the system. Returns 0, or LMAINTE_FAILED and writes nothing: out null, the record missing or of the
+ * wrong size, a failed open, lock, unlock or close. */
+int32_t lmainte_get_system_status(SystemStatus *out);
+
+/* The database holds nothing of the I/O expansion units: reads and writes nothing, leaves no trace, returns 0. */
+int32_t lmainte_get_iox_data(void);
+
+/* The backplane of qe1, or one of its two DDC units. Source: the record "current_bp32_info"; the name from "fru_bpa_info"
+ * or "fru_ddca_info_%02d". */
+typedef struct BpUnitData {
+  int32_t type;   /* LMAINTE_TYPE_BP or LMAINTE_TYPE_DDC */
+  int32_t number; /* 0; the DDC unit's number 0 or 1 */
+  uint32_t unit_id[2];
+  int32_t status;        /* status word as stored */
+  int32_t mainte_status; /* the same */
+  char fru_name[20];     /* when installed: FRU name, not terminated, 18 bytes at most */
+} BpUnitData;
+
+/* The backplane with its DDC units. */
+typedef struct Bp32Data {
+  BpUnitData bp;
+  BpUnitData ddc[2];
+} Bp32Data;
+
+/*
+ * Reads the backplane and its DDC units into one record; qe1 only. The first argument is not read, count must not be 0.
+ *
+ * Returns 0 or LMAINTE_FAILED: count 0, out null or another model (no database is touched then); a record missing or of
+ * the wrong size; a failed open, lock, unlock or close.
+ */
+int32_t lmainte_get_bp32_data(int32_t ignored, int32_t count, int32_t model, Bp32Data *out);
+
+/*
+ * Reads DDC units of the backplane; qe1 only. Whole records are written, with zero bytes behind a name.
+ *
+ * ddc    0 or 1: that unit only, into out[0]; -1: units 0 to count - 1
+ * count  above 0; with -1, at most 2
+ *
+ * Returns 0, or LMAINTE_FAILED and writes nothing: an argument out of its range, and all that fails
+ * lmainte_get_bp32_data.
+ */
+int32_t lmainte_get_ddca_data(int32_t ddc, int32_t count, int32_t model, BpUnitData *out);
+
+/* A service processor unit. Source: its entry in the record "current_mgb_info" or "current_mgbr_info", its name from
+ * "fru_emgbu_info_%02d", and the record "local_mgb_info" of the unit on which the process runs. */
+typedef struct EmgbUnitData {
+  int32_t type;   /* LMAINTE_TYPE_EMGBU or LMAINTE_TYPE_EMGBR */
+  int32_t number; /* unit number */
+  uint32_t unit_id[2];
+  uint32_t local_word;  /* a word of the local record, passed through: EMGBU word 0 for the process's own unit, else 1;
+                            EMGBR word 3 for the own number, else 4 */
+  uint32_t fault_flags; /* 0x10000 when faulted, 0x8000 when degraded */
+  int32_t status;       /* status word as stored */
+  uint32_t role_flag; /* of an installed unit: EMGBU 0x80000000 unless it is the process's own; EMGBR 0x40000000 for the
+                            own number, else 0x20000000. Otherwise 0 */
+  uint32_t local_number; /* number of the unit on which the process runs */
+  char name[20];         /* FRU name, installed or not: not terminated, 18 bytes at most */
+} EmgbUnitData;
+
+/*
+ * Read service processor units: EMGBU units, or on qe3 EMGBR units, or by type.
+ *
+ * unit   a number: that unit only, into out[0]; -1: units 0 to count - 1
+ * count  above 0; with -1, the records that out holds
+ * model  LMAINTE_MODEL_QB1 to LMAINTE_MODEL_QA
+ *
+ * Databases 2, 3 and 4 are opened and locked, so no higher one may be locked.
+ *
+ * Return 0 or LMAINTE_FAILED: count not above 0, out null, an unknown type or model, EMGBR units on another model than qe3
+ * (no database is touched then); a record missing or of the wrong size; a unit that the record has no entry for; a failed
+ * open, lock, unlock or close. Records filled before the failure stay filled.
+ */
+int32_t lmainte_get_emgbu_data(int32_t unit, int32_t count, int32_t model, EmgbUnitData *out);
+int32_t lmainte_get_emgbr_data(int32_t unit, int32_t count, int32_t model, EmgbUnitData *out);
+int32_t lmainte_get_emgb_data(int32_t type, int32_t unit, int32_t count, int32_t model, EmgbUnitData *out);
+
+/* Reads every service processor unit of the model: one record on qa, qb1 and qb2; EMGBU 0 and 1 on qe1 and qe2; EMGBU 0
+ * and 1, then EMGBR 0 and 1 on qe3. Results as above. */
+int32_t lmainte_get_emgb_data_all(int32_t model, EmgbUnitData *out);
+
+/*
+ * Reads service processor units in pairs; high-end models only. Whole records are written, with zero bytes behind a name.
+ *
+ * unit  a number: on qe3 the EMGBU and the EMGBR of that number, on qe1 and qe2 the EMGBU; -1: all, on qe3 EMGBU 0,
+ *       EMGBR 0, EMGBU 1, EMGBR 1
+ *
+ * A unit that does not exist is skipped: its record stays as it was. Results as above; also LMAINTE_FAILED when memory
+ * runs out.
+ */
+int32_t lmainte_get_emgb_data_pair(int32_t unit, int32_t model, EmgbUnitData *out);
 
 /* A power supply. Source: its entry in the record "current_psu_info", its name from "fru_psu_qb_info_%02d" on qb1 and
  * qb2, "fru_psu_qe_info_%02d" on the other models. */

@@ -36,3 +36,26 @@ static_assert(sizeof(UnitRecord) == 148 && offsetof(UnitRecord, ident) == 12 && 
 
 static_assert(sizeof(ListLine) == by_width(52, 104) && offsetof(ListLine, format) == by_width(4, 8) &&
               offsetof(ListLine, reserved) == by_width(8, 16) && offsetof(ListLine, args) == by_width(12, 24));
+
+static_assert(sizeof(lmainte_unit_position) == 8 && offsetof(lmainte_unit_position, id) == 2);
+static_assert(sizeof(lmainte_fru_type) == 32 && offsetof(lmainte_fru_type, id) == 8);
+static_assert(sizeof(lmainte_path_component) == 64 && offsetof(lmainte_path_component, number) == 16 &&
+              offsetof(lmainte_path_component, whole) == 32);
+
+static_assert(sizeof(UnitData) == 48 && offsetof(UnitData, fru_name) == 24 && offsetof(UnitData, xsb) == 44);
+static_assert(sizeof(CmuData) == 1816 && offsetof(CmuData, parts_status) == 24 && offsetof(CmuData, xsb_mode) == 44 &&
+              offsetof(CmuData, cpum) == 52 && offsetof(CmuData, dimm) == 244 && offsetof(CmuData, fru_name) == 1780 &&
+              offsetof(CmuData, xsb) == 1800);
+static_assert(sizeof(IouData) == 384 && offsetof(IouData, parts_status) == 24 && offsetof(IouData, fru_name) == 28 &&
+              offsetof(IouData, reserved) == 48 && offsetof(IouData, xsb) == 368);
+static_assert(sizeof(SbData) == 2200 && offsetof(SbData, iou) == 1816);
+static_assert(sizeof(XsbData) == 24 && offsetof(XsbData, setup_domain) == 16 && offsetof(XsbData, active) == 20);
+static_assert(sizeof(FanData) == 8 && offsetof(FanData, flags) == 4);
+static_assert(sizeof(FantrayData) == 72 && offsetof(FantrayData, fan_count) == 24 && offsetof(FantrayData, fan) == 28 &&
+              offsetof(FantrayData, fru_name) == 52 && offsetof(FantrayData, flags) == 70);
+static_assert(sizeof(CoolgrpData) == 8 && sizeof(lmainte_fan_count) == 2);
+static_assert(sizeof(DomainData) == 12 && offsetof(DomainData, dom_byte_44) == 8);
+static_assert(sizeof(SystemStatus) == 8 && offsetof(SystemStatus, system_info_8) == 4);
+static_assert(sizeof(BpUnitData) == 44 && offsetof(BpUnitData, fru_name) == 24);
+static_assert(sizeof(Bp32Data) == 132 && offsetof(Bp32Data, ddc) == 44);
+static_assert(sizeof(EmgbUnitData) == 56 && offsetof(EmgbUnitData, status) == 24 && offsetof(EmgbUnitData, name) == 36);

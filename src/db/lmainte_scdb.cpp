@@ -1,6 +1,9 @@
 #include "include/lmainte.h"
 
+#include <cstdio>
+
 #include "include/lmainte_platform.h"
+#include "src/db/record_kinds.h"
 #include "src/frame/trace.h"
 
 // The database module: the sessions, and the records that are read and written within them.
@@ -13,6 +16,10 @@ using lmainte::Call;
 lmainte::Trace trace;
 constexpr Block kFindSession = lmainte::second_block(0x005);
 constexpr Block kCheckLockOrder = lmainte::second_block(0x006);
+constexpr Block kMakeKey = lmainte::second_block(0x007);
+constexpr Block kGet = lmainte::second_block(0x008);
+constexpr Block kLockedGet = lmainte::second_block(0x009);
+constexpr Block kPut = lmainte::second_block(0x01D);
 
 struct Session {
   uint32_t db_id;
@@ -97,6 +104,43 @@ int32_t perform(const Step &step, uint32_t db_id) {
   return LMAINTE_OK;
 }
 
+struct Key {
+  char name[128] = {};
+  int32_t size = 0;
+};
+
+uint32_t lmainte_scdb_make_key(const lmainte::Coordinates &at, Key &key) {
+  Call call(trace, kMakeKey);
+  const lmainte::RecordKind *kind = lmainte::kind_of(at);
+  if (kind == nullptr) {
+    call.error(1, at.db_id, at.model);
+    call.error(2, at.unit_type, at.unit_no);
+    return LMAINTE_FAILED;
+  }
+  // NOLINTNEXTLINE(clang-diagnostic-format-nonliteral): the record's name is a pattern for the unit's number
+  snprintf(key.name, sizeof key.name, kind->name, static_cast<int>(at.unit_no + kind->first_number));
+  key.size = kind->size;
+  return LMAINTE_OK;
+}
+
+// Makes the record's key, or records at the function's first error why there is none.
+bool make_key(const Call &call, const lmainte::Coordinates &at, Key &key) {
+  const uint32_t result = lmainte_scdb_make_key(at, key);
+  if (result != LMAINTE_OK) call.error(1, result);
+  return result == LMAINTE_OK;
+}
+
+// Whatever the client hands over is the caller's, also when the read fails.
+uint32_t read_record(const Call &call, lmainte::Point client_event, lmainte::Point size_event, uint32_t db_id,
+                     const Key &key, void **buf) {
+  int32_t size = 0;
+  const int32_t result = scdb_get(db_id, key.name, buf, &size, 0);
+  if (result == LMAINTE_OK && size == key.size) return LMAINTE_OK;
+  call.system_error(client_event, result, db_id);
+  call.error(size_event, key.size, size);
+  return LMAINTE_FAILED;
+}
+
 }  // namespace
 
 int32_t lmainte_scdb_open(uint32_t db_id) {
@@ -113,4 +157,38 @@ int32_t lmainte_scdb_lock(uint32_t db_id) {
 
 int32_t lmainte_scdb_unlock(uint32_t db_id) {
   return perform(kUnlockSession, db_id);
+}
+
+uint32_t lmainte_scdb_get(uint32_t db_id, uint32_t model, int32_t unit_type, uint32_t unit_no, void **buf) {
+  Call call(trace, kGet);
+  Key key;
+  if (!make_key(call, {db_id, model, unit_type, unit_no}, key)) return LMAINTE_FAILED;
+  return read_record(call, 2, 3, db_id, key, buf);
+}
+
+uint32_t lmainte_scdb_lget(uint32_t db_id, uint32_t model, int32_t unit_type, uint32_t unit_no, void **buf) {
+  Call call(trace, kLockedGet);
+  Key key;
+  if (!make_key(call, {db_id, model, unit_type, unit_no}, key)) return LMAINTE_FAILED;
+  const int32_t locked = lmainte_scdb_lock(db_id);
+  if (locked != LMAINTE_OK) {
+    call.error(2, locked, db_id);
+    return LMAINTE_FAILED;
+  }
+  const uint32_t result = read_record(call, 3, 4, db_id, key, buf);
+  const int32_t unlocked = lmainte_scdb_unlock(db_id);
+  if (unlocked == LMAINTE_OK) return result;
+  call.error(5, unlocked, db_id);
+  return LMAINTE_FAILED;
+}
+
+uint32_t lmainte_scdb_put(uint32_t db_id, uint32_t model, int32_t unit_type, uint32_t unit_no, const void *data) {
+  Call call(trace, kPut);
+  Key key;
+  if (!make_key(call, {db_id, model, unit_type, unit_no}, key)) return LMAINTE_FAILED;
+  const int32_t result = lcmn_scdb_put(db_id, key.name, data, key.size, 0);
+  // The client is asked with a null record too, and must cope with it.
+  if (result == LMAINTE_OK && data != nullptr) return LMAINTE_OK;
+  call.system_error(2, result, db_id);
+  return LMAINTE_FAILED;
 }

@@ -2,6 +2,7 @@
 
 #include "src/db/access_table.h"
 #include "src/frame/trace.h"
+#include "src/inventory/unit_range.h"
 #include "src/model/model_family.h"
 #include "src/model/unit_status.h"
 
@@ -12,6 +13,7 @@ using lmainte::Block;
 using lmainte::Call;
 using lmainte::Family;
 using lmainte::RecordView;
+using lmainte::UnitRange;
 
 lmainte::Trace trace;
 constexpr Block kGetPsuData = lmainte::plain_block(0x040);
@@ -85,12 +87,8 @@ void fill(const Entries &entries, int32_t number, const FamilyRow &family, PsuDa
   out.flags = entry.byte(kFlagByte);
 }
 
-struct Range {
-  int32_t first;
-  int32_t count;
-};
-
-bool read(const Range &range, const FamilyRow &family, const Entries &entries, const AccessTable &names, PsuData *out) {
+bool read(const UnitRange &range, const FamilyRow &family, const Entries &entries, const AccessTable &names,
+          PsuData *out) {
   Call call(trace, kRead);
   for (int32_t i = 0; i < range.count; ++i) {
     const int32_t number = range.first + i;
@@ -110,7 +108,7 @@ bool read(const Range &range, const FamilyRow &family, const Entries &entries, c
   return true;
 }
 
-bool fetch_and_read(const Range &range, const FamilyRow &family, PsuData *out) {
+bool fetch_and_read(const UnitRange &range, const FamilyRow &family, PsuData *out) {
   Call call(trace, kFetch);
   AccessTable current(0, 1, kRecordSize, "current_psu_info");
   if (!current.fetch(LMAINTE_DB_CURRENT)) {
@@ -140,7 +138,7 @@ int32_t lmainte_get_psu_data(int32_t psu, int32_t count, int32_t model, PsuData 
     call.error(1, count, model);
     return LMAINTE_FAILED;
   }
-  const Range range = psu == -1 ? Range{0, count} : Range{psu, 1};
+  const UnitRange range = lmainte::range_of(psu, count);
   if (!fetch_and_read(range, *family, out)) {
     call.error(2, range.first, range.count);
     return LMAINTE_FAILED;

@@ -25,4 +25,11 @@ constexpr Family family_of(uint32_t model) {
   }
 }
 
+constexpr bool is_model(int32_t model) {
+  return family_of(static_cast<uint32_t>(model)) != Family::kNone;
+}
+constexpr bool is_high_end(int32_t model) {
+  return family_of(static_cast<uint32_t>(model)) == Family::kQe;
+}
+
 }  // namespace lmainte

@@ -1,0 +1,69 @@
+#include "include/lmainte.h"
+
+#include <span>
+
+#include "src/frame/trace.h"
+
+namespace {
+
+lmainte::Trace trace;
+constexpr lmainte::Block kBlock = lmainte::plain_block(0x056);
+
+// Units of a type that are cooled together.
+struct CoolingGroup {
+  int32_t type;
+  int32_t number;
+  uint32_t mask[2];
+};
+
+constexpr CoolingGroup kGroupsQa[] = {
+    {LMAINTE_TYPE_PSU, 0, {0, 3}},
+    {LMAINTE_TYPE_PSU, 1, {0, 3}},
+    {LMAINTE_TYPE_FANTRAY, 0, {0, 3}},
+    {LMAINTE_TYPE_FANTRAY, 1, {0, 3}},
+};
+constexpr CoolingGroup kGroupsQb1[] = {
+    {LMAINTE_TYPE_PSU, 0, {0, 3}},     {LMAINTE_TYPE_PSU, 1, {0, 3}},      {LMAINTE_TYPE_FANTRAY, 0, {0, 3}},
+    {LMAINTE_TYPE_FANTRAY, 1, {0, 3}}, {LMAINTE_TYPE_FANTRAY, 2, {0, 12}}, {LMAINTE_TYPE_FANTRAY, 3, {0, 12}},
+};
+constexpr CoolingGroup kGroupsQb2[] = {
+    {LMAINTE_TYPE_PSU, 0, {0, 3}},      {LMAINTE_TYPE_PSU, 1, {0, 3}},      {LMAINTE_TYPE_PSU, 2, {0, 12}},
+    {LMAINTE_TYPE_PSU, 3, {0, 12}},     {LMAINTE_TYPE_FANTRAY, 0, {0, 3}},  {LMAINTE_TYPE_FANTRAY, 1, {0, 3}},
+    {LMAINTE_TYPE_FANTRAY, 2, {0, 12}}, {LMAINTE_TYPE_FANTRAY, 3, {0, 12}},
+};
+
+std::span<const CoolingGroup> groups_of(int32_t model) {
+  switch (model) {
+    case LMAINTE_MODEL_QA:
+      return kGroupsQa;
+    case LMAINTE_MODEL_QB1:
+      return kGroupsQb1;
+    case LMAINTE_MODEL_QB2:
+      return kGroupsQb2;
+    default:
+      return {};
+  }
+}
+
+}  // namespace
+
+int32_t lmainte_get_coolgrp_data(int32_t unit_type, int32_t unit_no, int32_t model, CoolgrpData *out) {
+  const lmainte::Call call(trace, kBlock);
+  if (out == nullptr) {
+    call.error(1);
+    return LMAINTE_FAILED;
+  }
+  const std::span<const CoolingGroup> groups = groups_of(model);
+  if (groups.empty()) {
+    call.error(2, model);
+    return LMAINTE_FAILED;
+  }
+  for (const CoolingGroup &group : groups) {
+    if (group.type != unit_type || group.number != unit_no) continue;
+    out->coolgrp_mask[0] = group.mask[0];
+    out->coolgrp_mask[1] = group.mask[1];
+    return LMAINTE_OK;
+  }
+  call.error(3, unit_no);
+  return LMAINTE_FAILED;
+}

@@ -1,0 +1,219 @@
+#include "include/lmainte.h"
+
+#include <cerrno>
+#include <cstdlib>
+
+#include "src/db/record.h"
+#include "src/db/record_view.h"
+#include "src/db/session_bracket.h"
+#include "src/frame/trace.h"
+#include "src/inventory/unit_range.h"
+#include "src/model/model_family.h"
+#include "src/model/unit_status.h"
+
+namespace {
+
+using lmainte::Block;
+using lmainte::BracketEvents;
+using lmainte::Call;
+using lmainte::Record;
+using lmainte::RecordView;
+using lmainte::UnitRange;
+
+lmainte::Trace trace;
+constexpr Block kGetEmgbu = lmainte::second_block(0x021);
+constexpr Block kGetEmgbr = lmainte::second_block(0x022);
+constexpr Block kGetByType = lmainte::second_block(0x022, 8);
+constexpr Block kReadUnits = lmainte::second_block(0x023);
+constexpr Block kMergeLocal = lmainte::second_block(0x024);
+constexpr Block kGetSeveral = lmainte::second_block(0x02E);
+
+constexpr uint32_t kDatabases[] = {LMAINTE_DB_CURRENT, LMAINTE_DB_LOCAL, LMAINTE_DB_FRU};
+constexpr BracketEvents kBracketEvents = {.open = 2, .lock = 3, .unlock = 6, .close = 7};
+
+constexpr size_t kNameLengthByte = 6187;
+constexpr size_t kLocalNumberByte = 20;
+constexpr int32_t kUnitsOfAKind = 2;
+
+// What one kind of service processor unit has of its own: the words of an entry in its current record; the words of the
+// local record, and the roles of an installed unit, for the unit on which the process runs and for any other.
+struct Kind {
+  int32_t type;
+  size_t entry_words;
+  size_t own_word;
+  size_t other_word;
+  uint32_t own_role;
+  uint32_t other_role;
+};
+
+constexpr Kind kEmgbu = {LMAINTE_TYPE_EMGBU, 20, 0, 1, 0, 0x80000000};
+constexpr Kind kEmgbr = {LMAINTE_TYPE_EMGBR, 6, 3, 4, 0x40000000, 0x20000000};
+
+bool read_unit(const Call &call, const Kind &kind, int32_t model, const RecordView &current, int32_t number,
+               EmgbUnitData &out) {
+  if (number < 0 || number >= kUnitsOfAKind) {
+    call.error(2, number);
+    return false;
+  }
+  Record fru;
+  if (!fru.read(LMAINTE_DB_FRU, model, kind.type, number)) {
+    call.error(3, number);
+    return false;
+  }
+  const RecordView entry = current.at(static_cast<size_t>(number) * kind.entry_words * sizeof(uint32_t));
+  out.type = kind.type;
+  out.number = number;
+  out.unit_id[0] = entry.word(0);
+  out.unit_id[1] = entry.word(1);
+  out.status = static_cast<int32_t>(entry.word(2));
+  fru.view().copy_name(kNameLengthByte, out.name);
+  return true;
+}
+
+bool read_units(const Kind &kind, const UnitRange &range, int32_t model, EmgbUnitData *out) {
+  const Call call(trace, kReadUnits);
+  Record current;
+  if (!current.read(LMAINTE_DB_CURRENT, model, kind.type, 0)) {
+    call.error(1, kind.type);
+    return false;
+  }
+  for (int32_t i = 0; i < range.count; ++i)
+    if (!read_unit(call, kind, model, current.view(), range.first + i, out[i])) return false;
+  return true;
+}
+
+uint32_t fault_flags_of(uint32_t status) {
+  const uint32_t faulted = (status & LMAINTE_STATUS_FAULTED) != 0 ? 0x10000 : 0;
+  const uint32_t degraded = (status & LMAINTE_STATUS_DEGRADED) != 0 ? 0x8000 : 0;
+  return faulted | degraded;
+}
+
+// Adds what the unit on which the process runs says of itself and of the others.
+bool merge_local(const Kind &kind, int32_t model, int32_t count, EmgbUnitData *out) {
+  const Call call(trace, kMergeLocal);
+  Record local;
+  if (!local.read(LMAINTE_DB_LOCAL, model, kind.type, 0)) {
+    call.error(1, kind.type);
+    return false;
+  }
+  const uint32_t local_number = local.view().byte(kLocalNumberByte);
+  for (int32_t i = 0; i < count; ++i) {
+    EmgbUnitData &unit = out[i];
+    const auto status = static_cast<uint32_t>(unit.status);
+    const bool is_own = local_number == static_cast<uint32_t>(unit.number);
+    const uint32_t role = is_own ? kind.own_role : kind.other_role;
+    unit.local_word = local.view().word(is_own ? kind.own_word : kind.other_word);
+    unit.fault_flags = fault_flags_of(status);
+    unit.role_flag = lmainte::is_installed(status) ? role : 0;
+    unit.local_number = local_number;
+  }
+  return true;
+}
+
+int32_t read_kind(const Block &block, const Kind &kind, int32_t unit, int32_t count, int32_t model, EmgbUnitData *out) {
+  Call call(trace, block);
+  const bool is_kind_of_model = kind.type == LMAINTE_TYPE_EMGBU || model == LMAINTE_MODEL_QE3;
+  if (count <= 0 || out == nullptr || !is_kind_of_model || !lmainte::is_model(model)) {
+    call.error(1, count, model);
+    return call.returns(LMAINTE_FAILED);
+  }
+  const UnitRange range = lmainte::range_of(unit, count);
+  lmainte::SessionBracket bracket(call, kBracketEvents, kDatabases, lmainte::Hold::kLocked);
+  const bool good =
+      bracket.run([&] { return read_units(kind, range, model, out) && merge_local(kind, model, range.count, out); });
+  return call.returns(good ? LMAINTE_OK : LMAINTE_FAILED);
+}
+
+bool read_all(const Call &call, int32_t model, EmgbUnitData *out) {
+  const int32_t count = lmainte::is_high_end(model) ? kUnitsOfAKind : 1;
+  const int32_t result = lmainte_get_emgbu_data(lmainte::kAllUnits, count, model, out);
+  if (result != LMAINTE_OK) {
+    call.error(4, result);
+    return false;
+  }
+  if (model != LMAINTE_MODEL_QE3) return true;
+  const int32_t second = lmainte_get_emgbr_data(lmainte::kAllUnits, kUnitsOfAKind, model, out + kUnitsOfAKind);
+  if (second != LMAINTE_OK) call.error(5, second);
+  return second == LMAINTE_OK;
+}
+
+// A unit that does not exist leaves its slot as it was.
+void copy_unit(const EmgbUnitData *units, int32_t count, int32_t type, int64_t number, EmgbUnitData &out) {
+  for (int32_t i = 0; i < count; ++i) {
+    if (units[i].type != type || units[i].number != number) continue;
+    out = units[i];
+    return;
+  }
+}
+
+// On the model with both kinds the units alternate: a pair is the two of one number.
+void copy_pairs(const EmgbUnitData *units, int32_t count, int32_t unit, int32_t model, EmgbUnitData *out) {
+  const bool is_all = unit == lmainte::kAllUnits;
+  const int64_t first = is_all ? 0 : unit;
+  const int32_t wanted = is_all ? count : count / 2;
+  for (int32_t k = 0; k < wanted; ++k) {
+    if (model == LMAINTE_MODEL_QE3)
+      copy_unit(units, count, k % 2 == 0 ? LMAINTE_TYPE_EMGBU : LMAINTE_TYPE_EMGBR, first + k / 2, out[k]);
+    else
+      copy_unit(units, count, LMAINTE_TYPE_EMGBU, first + k, out[k]);
+  }
+}
+
+}  // namespace
+
+int32_t lmainte_get_emgbu_data(int32_t unit, int32_t count, int32_t model, EmgbUnitData *out) {
+  return read_kind(kGetEmgbu, kEmgbu, unit, count, model, out);
+}
+
+int32_t lmainte_get_emgbr_data(int32_t unit, int32_t count, int32_t model, EmgbUnitData *out) {
+  return read_kind(kGetEmgbr, kEmgbr, unit, count, model, out);
+}
+
+int32_t lmainte_get_emgb_data(int32_t type, int32_t unit, int32_t count, int32_t model, EmgbUnitData *out) {
+  const Call call(trace, kGetByType);
+  if (type != LMAINTE_TYPE_EMGBU && type != LMAINTE_TYPE_EMGBR) {
+    call.error(1, type);
+    return LMAINTE_FAILED;
+  }
+  const int32_t result = type == LMAINTE_TYPE_EMGBU ? lmainte_get_emgbu_data(unit, count, model, out)
+                                                    : lmainte_get_emgbr_data(unit, count, model, out);
+  if (result == LMAINTE_OK) return LMAINTE_OK;
+  call.error(2, type, result);
+  return LMAINTE_FAILED;
+}
+
+int32_t lmainte_get_emgb_data_all(int32_t model, EmgbUnitData *out) {
+  const Call call(trace, kGetSeveral);
+  if (out == nullptr) {
+    call.error(1);
+    return LMAINTE_FAILED;
+  }
+  lmainte::SessionBracket bracket(call, kBracketEvents, kDatabases, lmainte::Hold::kLocked);
+  return bracket.run([&] { return read_all(call, model, out); }) ? LMAINTE_OK : LMAINTE_FAILED;
+}
+
+int32_t lmainte_get_emgb_data_pair(int32_t unit, int32_t model, EmgbUnitData *out) {
+  const Call call(trace, kGetSeveral);
+  if (out == nullptr) {
+    call.error(1);
+    return LMAINTE_FAILED;
+  }
+  const lmainte::Family family = lmainte::family_of(static_cast<uint32_t>(model));
+  if (family == lmainte::Family::kQa || family == lmainte::Family::kQb) {
+    call.error(8, model);
+    return LMAINTE_FAILED;
+  }
+  const int32_t count = model == LMAINTE_MODEL_QE3 ? 2 * kUnitsOfAKind : kUnitsOfAKind;
+  auto *units = static_cast<EmgbUnitData *>(calloc(static_cast<size_t>(count), sizeof(EmgbUnitData)));
+  if (units == nullptr) {
+    call.system_error(9, errno);
+    return LMAINTE_FAILED;
+  }
+  const int32_t result = lmainte_get_emgb_data_all(model, units);
+  if (result == LMAINTE_OK)
+    copy_pairs(units, count, unit, model, out);
+  else
+    call.error(10, result);
+  free(units);
+  return result;
+}

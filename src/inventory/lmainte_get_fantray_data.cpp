@@ -1,0 +1,177 @@
+#include "include/lmainte.h"
+
+#include "src/db/access_table.h"
+#include "src/frame/trace.h"
+#include "src/inventory/unit_range.h"
+#include "src/model/model_family.h"
+#include "src/model/unit_status.h"
+
+namespace {
+
+using lmainte::AccessTable;
+using lmainte::Block;
+using lmainte::Call;
+using lmainte::RecordView;
+using lmainte::UnitRange;
+
+lmainte::Trace trace;
+constexpr Block kGetFantrayData = lmainte::plain_block(0x03E);
+constexpr Block kRead = lmainte::plain_block(0x03F);
+
+// The record "current_fantray_info": thirty-two entries, each with the tray's own words and those of three fans.
+constexpr int32_t kRecordSize = 6912;
+constexpr int32_t kEntrySize = 216;
+constexpr int32_t kEntries = kRecordSize / kEntrySize;
+constexpr size_t kStatusByte = 8;
+constexpr size_t kFlagByte = 20;
+constexpr size_t kFanStatusByte = 32;
+constexpr size_t kFanFlagByte = 44;
+constexpr size_t kFanSize = 56;
+
+constexpr int32_t kFruRecordSize = 256;
+constexpr size_t kNameLengthByte = 43;
+constexpr uint8_t kEndOfTrays = 255;
+
+// What one model has of its own.
+struct ModelRow {
+  int32_t model;
+  const lmainte_fan_count *fans;
+};
+
+constexpr ModelRow kModels[] = {
+    {LMAINTE_MODEL_QA, max_fan_num_qa},   {LMAINTE_MODEL_QB1, max_fan_num_qb1}, {LMAINTE_MODEL_QB2, max_fan_num_qb2},
+    {LMAINTE_MODEL_QE1, max_fan_num_qe1}, {LMAINTE_MODEL_QE2, max_fan_num_qe2}, {LMAINTE_MODEL_QE3, max_fan_num_qe3},
+};
+
+const ModelRow *row_of(int32_t model) {
+  for (const ModelRow &row : kModels)
+    if (row.model == model) return &row;
+  return nullptr;
+}
+
+// The number of fans of a tray; 0 for a tray that the model lacks.
+int32_t fans_of(const ModelRow &model, int32_t tray) {
+  for (const lmainte_fan_count *row = model.fans; row->tray != kEndOfTrays; ++row)
+    if (row->tray == tray) return row->fans;
+  return 0;
+}
+
+bool has_entry(int32_t tray) {
+  return tray >= 0 && tray < kEntries;
+}
+
+RecordView entry_of(const void *current, int32_t tray) {
+  return RecordView(current).at(static_cast<size_t>(tray) * static_cast<size_t>(kEntrySize));
+}
+
+uint32_t status_of(const RecordView &entry) {
+  return lmainte::merged_status(entry.at(kStatusByte).word(0), entry.byte(kFlagByte));
+}
+
+// A tray that is not installed may lack its FRU record.
+bool may_lack_fru(const void *current, int32_t tray) {
+  return has_entry(tray) && !lmainte::is_installed(status_of(entry_of(current, tray)));
+}
+
+void fill_head(int32_t tray, const RecordView &entry, FantrayData &out) {
+  const auto status = static_cast<int32_t>(status_of(entry));
+  out.type = LMAINTE_TYPE_FANTRAY;
+  out.number = tray;
+  out.unit_id[0] = entry.word(0);
+  out.unit_id[1] = entry.word(1);
+  out.status = status;
+  out.mainte_status = status;
+  out.flags = entry.byte(kFlagByte);
+}
+
+void fill_fans(int32_t count, const RecordView &entry, FantrayData &out) {
+  out.fan_count = count;
+  for (int32_t i = 0; i < count; ++i) {
+    const RecordView fan = entry.at(kFanSize * static_cast<size_t>(i));
+    const uint8_t flags = fan.byte(kFanFlagByte);
+    out.fan[i].status = static_cast<int32_t>(lmainte::merged_status(fan.at(kFanStatusByte).word(0), flags));
+    out.fan[i].flags = flags;
+  }
+}
+
+// What a read works with. The FRU records exist on the high end only.
+struct Source {
+  const ModelRow &model;
+  const void *current;
+  const AccessTable *names;
+};
+
+// Reads tray `tray` into a record whose fans are those of the entry of `fan_tray`.
+bool read_tray(const Call &call, const Source &source, int32_t tray, int32_t fan_tray, FantrayData &out) {
+  if (!has_entry(tray)) {
+    call.error(1, tray);
+    return false;
+  }
+  fill_head(tray, entry_of(source.current, tray), out);
+  const int32_t fans = fans_of(source.model, tray);
+  if (fans == 0) {
+    call.error(2, tray);
+    return false;
+  }
+  fill_fans(fans, entry_of(source.current, fan_tray), out);
+  if (source.names == nullptr || !lmainte::is_installed(static_cast<uint32_t>(out.status))) return true;
+  const void *fru = source.names->find(tray);
+  if (fru == nullptr) {
+    call.error(3, tray);
+    return false;
+  }
+  RecordView(fru).copy_name(kNameLengthByte, out.fru_name);
+  return true;
+}
+
+// The list of the smallest high-end model shows trays 2 to 5 before trays 0 and 1.
+int32_t listed_tray(int32_t position) {
+  if (position < 4) return position + 2;
+  if (position < 6) return position - 4;
+  return position;
+}
+
+bool read(const Source &source, bool is_list, const UnitRange &range, FantrayData *out) {
+  const Call call(trace, kRead);
+  if (source.current == nullptr) {
+    call.error(4);
+    return false;
+  }
+  for (int32_t i = 0; i < range.count; ++i) {
+    // In the list a record has its head from the tray shown and its fans from the tray of the position. Its readers have
+    // always had them so.
+    const int32_t place = range.first + i;
+    if (!read_tray(call, source, is_list ? listed_tray(place) : place, place, out[i])) return false;
+  }
+  return true;
+}
+
+bool fetch_and_read(const Call &call, const ModelRow &model, bool is_list, const UnitRange &range, FantrayData *out) {
+  AccessTable current(0, 1, kRecordSize, "current_fantray_info");
+  if (!current.fetch(LMAINTE_DB_CURRENT)) {
+    call.error(2);
+    return false;
+  }
+  const void *record = current.find(0);
+  if (!lmainte::is_high_end(model.model)) return read({model, record, nullptr}, false, range, out);
+  AccessTable names(range.first, range.count, kFruRecordSize, "fru_fan_qe_info_%02d");
+  const bool fetched = names.fetch(LMAINTE_DB_FRU, {record != nullptr ? may_lack_fru : nullptr, record});
+  if (!fetched) {
+    call.error(3);
+    return false;
+  }
+  return read({model, record, &names}, is_list && model.model == LMAINTE_MODEL_QE1, range, out);
+}
+
+}  // namespace
+
+int32_t lmainte_get_fantray_data(int32_t tray, int32_t count, int32_t model, FantrayData *out) {
+  const Call call(trace, kGetFantrayData);
+  const ModelRow *row = row_of(model);
+  if (count == 0 || out == nullptr || row == nullptr) {
+    call.error(1, count, model);
+    return LMAINTE_FAILED;
+  }
+  const bool is_list = tray == lmainte::kAllUnits;
+  return fetch_and_read(call, *row, is_list, lmainte::range_of(tray, count), out) ? LMAINTE_OK : LMAINTE_FAILED;
+}

@@ -1,0 +1,62 @@
+#include "include/lmainte.h"
+
+#include "src/db/access_table.h"
+#include "src/frame/trace.h"
+#include "src/inventory/unit_range.h"
+#include "src/model/model_family.h"
+
+namespace {
+
+using lmainte::AccessTable;
+using lmainte::Call;
+using lmainte::RecordView;
+using lmainte::UnitRange;
+
+lmainte::Trace trace;
+constexpr lmainte::Block kBlock = lmainte::second_block(0x000);
+
+void fill(int32_t number, const RecordView &setup, const RecordView &current, XsbData &out) {
+  out.number = number;
+  out.cur_info_0 = current.word(0);
+  out.cur_info_13 = current.word(13);
+  out.current_domain = static_cast<int32_t>(current.word(14));
+  out.setup_domain = static_cast<int32_t>(setup.word(32));
+  out.active = current.byte(61);
+}
+
+bool read(const Call &call, const UnitRange &range, XsbData *out) {
+  AccessTable setup(range.first, range.count, 192, "setup_xsb_info_%02d");
+  if (!setup.fetch(LMAINTE_DB_SETUP)) {
+    call.error(2);
+    return false;
+  }
+  AccessTable current(range.first, range.count, 152, "current_xsb_info_%02d");
+  if (!current.fetch(LMAINTE_DB_CURRENT)) {
+    call.error(3);
+    return false;
+  }
+  for (int32_t i = 0; i < range.count; ++i) {
+    const int32_t number = range.first + i;
+    const void *setup_record = setup.find(number);
+    const void *current_record = current.find(number);
+    if (setup_record == nullptr || current_record == nullptr) {
+      call.error(4, number, i);
+      return false;
+    }
+    fill(number, RecordView(setup_record), RecordView(current_record), out[i]);
+  }
+  return true;
+}
+
+}  // namespace
+
+int32_t lmainte_get_xsb_data(int32_t xsb, int32_t count, int32_t model, XsbData *out) {
+  const Call call(trace, kBlock);
+  if (count == 0 || out == nullptr || !lmainte::is_high_end(model)) {
+    call.error(1, count, model);
+    return LMAINTE_FAILED;
+  }
+  // A number does not limit the read to one record: count of them are read from it on.
+  const UnitRange range = {xsb == lmainte::kAllUnits ? 0 : xsb, count};
+  return read(call, range, out) ? LMAINTE_OK : LMAINTE_FAILED;
+}
