@@ -1,8 +1,6 @@
 // The list file: the text that a list, a status table or a menu shows through the pager, and that is gone afterwards.
 #pragma once
 
-#include <libintl.h>
-#include <locale.h>
 #include <cstddef>
 #include <cstdint>
 #include <cstdio>
@@ -43,11 +41,6 @@ void format_line(char (&buffer)[Size], const ListLine &line) {
   const uintptr_t *a = line.args;
   // NOLINTNEXTLINE(clang-diagnostic-format-nonliteral): the caller's format
   snprintf(buffer, Size, line.format, a[0], a[1], a[2], a[3], a[4], a[5], a[6], a[7], a[8], a[9]);
-}
-
-// The message catalogue's text for one of the library's line formats: the format is the message's name.
-inline const char *translated(const char *format) {
-  return dcgettext("cli_cmn_msg", format, LC_MESSAGES);
 }
 
 }  // namespace lmainte

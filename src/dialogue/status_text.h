@@ -25,4 +25,25 @@ constexpr const char *flagged_status_text(int32_t status, int32_t mainte_status,
   return condition_text(condition);
 }
 
+// A status word whose condition is taken from another word of the unit's record.
+constexpr uint32_t with_condition_of(uint32_t status, uint32_t source) {
+  constexpr uint32_t kCondition = LMAINTE_STATUS_FAULTED | LMAINTE_STATUS_DEGRADED;
+  return (status & ~kCondition) | (source & kCondition);
+}
+constexpr uint32_t with_condition_of(int32_t status, int32_t source) {
+  return with_condition_of(static_cast<uint32_t>(status), static_cast<uint32_t>(source));
+}
+
+// A status word of all ones says nothing of the unit.
+inline constexpr uint32_t kUnknownStatus = 0xFFFFFFFF;
+
+// The word for a unit by its status word alone, or `unknown` where it says nothing.
+constexpr const char *status_text(uint32_t status, const char *unknown) {
+  if (status == kUnknownStatus) return unknown;
+  return is_installed(status) ? condition_text(status) : "Not installed";
+}
+
+// A null text, as the target's formatting routine prints it.
+inline constexpr char kNullText[] = "(null)";
+
 }  // namespace lmainte

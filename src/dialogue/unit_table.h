@@ -9,6 +9,7 @@
 #include <cstdio>
 
 #include "include/lmainte.h"
+#include "src/dialogue/catalogue.h"
 #include "src/dialogue/list_file.h"
 #include "src/frame/trace.h"
 

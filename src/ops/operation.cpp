@@ -10,6 +10,18 @@ int32_t judge(const Call &call, const Operation &operation, Point status_point, 
   return result;
 }
 
+int32_t judge(const Call &call, const Operation &operation, Point status_point, Point error_point, int32_t status) {
+  call.point(status_point, status);
+  const int32_t result = operation.meaning_of(status);
+  if (result != LMAINTE_OK) call.error(error_point, status);
+  return result;
+}
+
+void record_board(const Call &call, const Operation &operation, const UnitRecord &unit) {
+  call.point(2, unit.type, unit.number);
+  call.point(3, operation.command_id);
+}
+
 int32_t operate(const Call &call, const Operation &operation, int32_t mode, int32_t time_limit) {
   if (time_limit <= 0) {
     call.error(1);
@@ -24,16 +36,18 @@ int32_t operate(const Call &call, const Operation &operation, int32_t mode, int3
   return judge(call, operation, 3, 3, mode, lmainte_exec(operation.command_id, time_limit, line));
 }
 
-int32_t operate_on_unit(const Call &call, const Operation &operation, int32_t mode, int32_t time_limit,
-                        const UnitRecord *unit) {
+bool is_ready(const Call &call, int32_t time_limit, const void *unit) {
   if (time_limit <= 0) {
     call.error(1);
-    return LMAINTE_FAILED;
+    return false;
   }
-  if (unit == nullptr) {
-    call.error(2);
-    return LMAINTE_FAILED;
-  }
+  if (unit == nullptr) call.error(2);
+  return unit != nullptr;
+}
+
+int32_t operate_on_unit(const Call &call, const Operation &operation, int32_t mode, int32_t time_limit,
+                        const UnitRecord *unit) {
+  if (!is_ready(call, time_limit, unit)) return LMAINTE_FAILED;
   call.point(2, operation.command_id, mode);
   call.point(3, unit->type, unit->number);
   const char *line = operation.line_of(mode);
@@ -42,6 +56,18 @@ int32_t operate_on_unit(const Call &call, const Operation &operation, int32_t mo
     return LMAINTE_FAILED;
   }
   return judge(call, operation, 4, 4, mode, lmainte_exec(operation.command_id, time_limit, line, unit->name));
+}
+
+int32_t operate_on_fru(const Call &call, const Operation &operation, int32_t mode, int32_t time_limit,
+                       const UnitRecord *unit) {
+  if (!is_ready(call, time_limit, unit)) return LMAINTE_FAILED;
+  call.point(2, unit->type, unit->number);
+  const char *line = operation.line_of(mode);
+  if (line == nullptr) {
+    call.error(3, mode);
+    return LMAINTE_FAILED;
+  }
+  return judge(call, operation, 3, 4, lmainte_exec(operation.command_id, time_limit, line, unit->name));
 }
 
 int32_t operate_on_expansion(const Operation &operation, int32_t mode, int32_t time_limit, const UnitRecord *unit) {

@@ -45,10 +45,23 @@ struct Operation {
 int32_t judge(const Call &call, const Operation &operation, Point status_point, Point error_point, int32_t mode,
               int32_t status);
 
+// The same for an operation whose error carries the exit status alone.
+int32_t judge(const Call &call, const Operation &operation, Point status_point, Point error_point, int32_t status);
+
+// Records the unit and the control program of an operation on a system board, as the block's points 2 and 3.
+void record_board(const Call &call, const Operation &operation, const UnitRecord &unit);
+
+// Checks what every operation on a unit needs, as the block's errors 1 and 2.
+bool is_ready(const Call &call, int32_t time_limit, const void *unit);
+
 // An operation on the whole system, and one on a unit.
 int32_t operate(const Call &call, const Operation &operation, int32_t mode, int32_t time_limit);
 int32_t operate_on_unit(const Call &call, const Operation &operation, int32_t mode, int32_t time_limit,
                         const UnitRecord *unit);
+
+// An operation on a field-replaceable unit: the unit alone is recorded.
+int32_t operate_on_fru(const Call &call, const Operation &operation, int32_t mode, int32_t time_limit,
+                       const UnitRecord *unit);
 
 // An operation on an I/O expansion unit. These leave no trace, and hand a negative time limit to the runner.
 int32_t operate_on_expansion(const Operation &operation, int32_t mode, int32_t time_limit, const UnitRecord *unit);

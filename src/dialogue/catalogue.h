@@ -1,0 +1,11 @@
+// The message catalogue of the operator's dialogue: what is translated, a text or a format, is its own name there.
+#pragma once
+
+#include <libintl.h>
+#include <locale.h>
+
+namespace lmainte {
+
+inline const char *translated(const char *text) { return dcgettext("cli_cmn_msg", text, LC_MESSAGES); }
+
+}  // namespace lmainte

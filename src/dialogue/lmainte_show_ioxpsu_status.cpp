@@ -1,0 +1,20 @@
+#include "include/lmainte.h"
+
+#include <cstdio>
+#include <cstdlib>
+#include <unistd.h>
+
+// A placeholder that has never shown anything: it leaves the file "tmp" in the current directory, which tools look for,
+// tries out a scratch file, and leaves no trace.
+int32_t lmainte_show_ioxpsu_status(int32_t, const void *record) {
+  if (record == nullptr) return LMAINTE_FAILED;
+  const int ignored = system("ps | grep ps > tmp");
+  static_cast<void>(ignored);
+  char scratch[128];
+  snprintf(scratch, sizeof scratch, "/tmp/mainte_fru_list.%d", static_cast<int>(getpid()));
+  FILE *file = fopen(scratch, "w");
+  if (file == nullptr) return LMAINTE_FAILED;
+  fclose(file);
+  remove(scratch);
+  return LMAINTE_OK;
+}

@@ -1,0 +1,21 @@
+#include "include/lmainte.h"
+
+#include "src/ops/operation.h"
+
+namespace {
+
+lmainte::Trace trace;
+constexpr lmainte::Block kBlock = lmainte::plain_block(0x035);
+
+constexpr lmainte::ModeLine kLines[] = {{LMAINTE_JUDGE_ADD, "-u %s -c add"}, {LMAINTE_JUDGE_DELETE, "-u %s -c del"}};
+
+constexpr lmainte::StatusMeaning kMeanings[] = {{128, LMAINTE_FRU_REFUSED}, {203, LMAINTE_FRU_REFUSED}, {232, LMAINTE_FRU_REFUSED_2}};
+
+constexpr lmainte::Operation kOperation = {LMAINTE_CMD_JUDGECTLFRU, kLines, kMeanings};
+
+}  // namespace
+
+int32_t lmainte_judge_control_fru(int32_t mode, int32_t time_limit, const UnitRecord *unit) {
+  const lmainte::Call call(trace, kBlock);
+  return lmainte::operate_on_fru(call, kOperation, mode, time_limit, unit);
+}
