@@ -39,17 +39,28 @@ extern "C" {
 
 enum {
   LMAINTE_OK = 0,
-  LMAINTE_FAILED = 8,            /* a bad argument, a failed system or database call, a status that says no more */
-  LMAINTE_NOT_RUN = 127,         /* lmainte_exec: the program did not run, or left no exit status of its own */
-  LMAINTE_BUSY = 128,            /* lmainte_control_mainte, lmainte_set_mainteflag: the program's own status 128 */
-  LMAINTE_MODE_REFUSED = 200,    /* lmainte_control_mainte: the program's own status 200 */
-  LMAINTE_REPORT_FAILED = 202,   /* lmainte_report_vanta: the notification failed */
-  LMAINTE_FLAG_REFUSED = 204,    /* lmainte_set_mainteflag: the flag was refused */
-  LMAINTE_LED_FAILED = 206,      /* lmainte_control_led: the LED was not switched */
-  LMAINTE_IOXLED_FAILED = 217,   /* lmainte_control_ioxled: the expansion unit's LED was not switched */
-  LMAINTE_IOXPOWER_FAILED = 218, /* lmainte_control_ioxpower: the expansion unit's power was not switched */
-  LMAINTE_FAN_FAILED = 219,      /* lmainte_control_fan: the fans' speed was not set */
-  LMAINTE_POSITION_UNKNOWN = 222 /* lmainte_get_unit_position_id: the model has no such location */
+  LMAINTE_FAILED = 8,               /* a bad argument, a failed system or database call, a status that says no more */
+  LMAINTE_NOT_RUN = 127,            /* lmainte_exec: the program did not run, or left no exit status of its own */
+  LMAINTE_BUSY = 128,               /* lmainte_control_mainte, lmainte_set_mainteflag: the program's own status 128 */
+  LMAINTE_NO_REPLY = 128,           /* lmainte_ipc_communicate: no reply within the limit */
+  LMAINTE_MODE_REFUSED = 200,       /* lmainte_control_mainte: the program's own status 200 */
+  LMAINTE_REPORT_FAILED = 202,      /* lmainte_report_vanta: the notification failed */
+  LMAINTE_FRU_REFUSED = 203,        /* lmainte_judge_control_fru: the unit may not be added or removed now */
+  LMAINTE_FLAG_REFUSED = 204,       /* lmainte_set_mainteflag: the flag was refused */
+  LMAINTE_DETACH_FAILED = 205,      /* lmainte_detach_fru: the unit was not detached */
+  LMAINTE_LED_FAILED = 206,         /* lmainte_control_led: the LED was not switched */
+  LMAINTE_TEST_FAILED = 208,        /* lmainte_test_fru, lmainte_test_sb: the test failed */
+  LMAINTE_SETUP_FAILED = 209,       /* lmainte_set_xsb: the board was not set up */
+  LMAINTE_CLEAR_FAILED = 210,       /* lmainte_clear_xsb: the board was not deleted */
+  LMAINTE_IOXLED_FAILED = 217,      /* lmainte_control_ioxled: the expansion unit's LED was not switched */
+  LMAINTE_IOXPOWER_FAILED = 218,    /* lmainte_control_ioxpower: the expansion unit's power was not switched */
+  LMAINTE_FAN_FAILED = 219,         /* lmainte_control_fan: the fans' speed was not set */
+  LMAINTE_STATUS_NOT_CLEARED = 220, /* lmainte_clear_status: the status was not cleared */
+  LMAINTE_POSITION_UNKNOWN = 222,   /* lmainte_get_unit_position_id: the model has no such location */
+  LMAINTE_NOT_REACHED = 224,        /* lmainte_chk_fru_install: the state was not reached, or not kept */
+  LMAINTE_FANSPEED_FAILED = 225,    /* lmainte_check_fanspeed: the fans do not run as they should */
+  LMAINTE_LINK_FAILED = 226,        /* lmainte_link_board: the unit was not linked */
+  LMAINTE_FRU_REFUSED_2 = 232       /* lmainte_judge_control_fru: the program's second refusal */
 };
 
 /* ---- Server models ----------------------------------------------------------------------------------------------- */
@@ -112,16 +123,19 @@ int32_t lmainte_get_model_data(lmainte_model_data *model_data, lmainte_cmdtime *
 
 /* Unit type codes of the database records. */
 enum {
-  LMAINTE_TYPE_OPNL = 2,      /* operator panel */
-  LMAINTE_TYPE_CMU = 16,      /* CPU/memory unit, a system board's main part */
-  LMAINTE_TYPE_CPUM = 32,     /* CPU module */
-  LMAINTE_TYPE_DIMM = 40,     /* memory module */
-  LMAINTE_TYPE_BP = 51,       /* backplane */
-  LMAINTE_TYPE_IOU = 80,      /* I/O unit */
-  LMAINTE_TYPE_PCI = 104,     /* PCI slot */
-  LMAINTE_TYPE_EMGBU = 128,   /* service processor unit */
-  LMAINTE_TYPE_EMGBR = 130,   /* service processor unit of the second kind */
-  LMAINTE_TYPE_PSU = 161,     /* power supply */
+  LMAINTE_TYPE_OPNL = 2,        /* operator panel */
+  LMAINTE_TYPE_CMU = 16,        /* CPU/memory unit, a system board's main part */
+  LMAINTE_TYPE_CPUM = 32,       /* CPU module */
+  LMAINTE_TYPE_DIMM = 40,       /* memory module */
+  LMAINTE_TYPE_BP = 51,         /* backplane */
+  LMAINTE_TYPE_IOU = 80,        /* I/O unit */
+  LMAINTE_TYPE_PCI = 104,       /* PCI slot */
+  LMAINTE_TYPE_EMGBU = 128,     /* service processor unit */
+  LMAINTE_TYPE_EMGBR = 130,     /* service processor unit of the second kind */
+  LMAINTE_TYPE_PSU = 161,       /* power supply */
+  LMAINTE_TYPE_PSU_2 = 162,     /* power supply of the second kind */
+  LMAINTE_TYPE_FANTRAY_2 = 176, /* fan trays of the second and third kind */
+  LMAINTE_TYPE_FANTRAY_3 = 178,
   LMAINTE_TYPE_FANTRAY = 180, /* fan tray */
   LMAINTE_TYPE_DDC = 212      /* DDC unit of the backplane */
 };
@@ -594,6 +608,63 @@ typedef struct PsuData {
  */
 int32_t lmainte_get_psu_data(int32_t psu, int32_t count, int32_t model, PsuData *out);
 
+/*
+ * Reads the record of any kind of unit through the reader that serves its type: LMAINTE_TYPE_CMU and _IOU an SbData, the
+ * PSU types a PsuData, the fan tray types a FantrayData, LMAINTE_TYPE_DDC a BpUnitData. index, count, model and out are
+ * handed to that reader.
+ *
+ * Returns 0 or LMAINTE_FAILED: count 0, out null, an unknown model or type, a type that no reader serves here (the service
+ * processor units), and all that fails the reader.
+ */
+int32_t lmainte_get_fru_data(int32_t type, int32_t index, int32_t count, int32_t model, void *out);
+
+/*
+ * Waits until a unit is in place or gone, and has been so for a while.
+ *
+ * expectation  0 or 1: installed; above: not installed
+ * type         as for lmainte_get_fru_data
+ * index        the unit's number, not -1
+ * record       room for one record of the type, overwritten on every look
+ *
+ * Waits five seconds, then looks up to five times a second apart until the state is there, then four times more, a second
+ * apart, while it must stay.
+ *
+ * Returns 0; LMAINTE_NOT_REACHED when the state was not reached or not kept; LMAINTE_FAILED for index -1, record null, an
+ * unknown model or type, a read that fails, a failed open or close.
+ */
+int32_t lmainte_chk_fru_install(uint32_t expectation, int32_t type, int32_t index, int32_t model, void *record);
+
+/* ---- Signals and processes --------------------------------------------------------------------------------------- */
+
+/* A handler to install, or SIG_DFL or SIG_IGN. A table ends with signo -1. */
+typedef struct lmainte_signal_entry {
+  int32_t signo;
+  void (*handler)(int);
+} lmainte_signal_entry;
+
+/* A signal to block or unblock: how is SIG_BLOCK, SIG_UNBLOCK, or SIG_SETMASK, which leaves this signal as the only one in
+ * the mask. A table ends with signo -1. */
+typedef struct lmainte_mask_entry {
+  int32_t signo;
+  int32_t how;
+} lmainte_mask_entry;
+
+/* Installs the handlers, without flags and with an empty mask. Returns 0, or LMAINTE_FAILED for a null table or at the
+ * first entry that fails: those before it stay installed, those after it are not tried. */
+int32_t lmainte_signal(const lmainte_signal_entry *table);
+
+/* Applies the entries one by one to the end of the table, whatever becomes of each. Returns 0, or LMAINTE_FAILED for a
+ * null table. */
+int32_t lmainte_signal_mask(const lmainte_mask_entry *table);
+
+/*
+ * Reads the process id from a procedure information text: a decimal number at its start, up to its end or a comma.
+ *
+ * Returns the number; 0 for an empty text, which says that no procedure is under way; -1 for text null or one that does
+ * not begin with a number. Whether there is such a process is the caller's to find out.
+ */
+int32_t lmainte_get_pid(const char *text);
+
 /* ---- Control programs and operations ----------------------------------------------------------------------------- */
 
 /* Numbers of the control programs. */
@@ -688,6 +759,50 @@ int32_t lmainte_control_ioxled(int32_t mode, int32_t time_limit, const UnitRecor
  * status 128). Leaves no trace of its own. */
 int32_t lmainte_control_ioxpower(int32_t mode, int32_t time_limit, const UnitRecord *unit);
 
+enum { LMAINTE_JUDGE_ADD = 0, LMAINTE_JUDGE_DELETE = 1 };
+enum { LMAINTE_LINK_DOWN = 0, LMAINTE_LINK_UP = 1 };
+
+/* Asks whether the unit may be added (LMAINTE_JUDGE_ADD) or removed now. Program judgectlfru. Also LMAINTE_FRU_REFUSED
+ * (exit status 128 or 203) and LMAINTE_FRU_REFUSED_2 (232). */
+int32_t lmainte_judge_control_fru(int32_t mode, int32_t time_limit, const UnitRecord *unit);
+
+/* Detaches the unit from the running system. Program detachfru. Also LMAINTE_DETACH_FAILED (exit status 128 or 205). */
+int32_t lmainte_detach_fru(int32_t time_limit, const UnitRecord *unit);
+
+/* Tests the unit. Program testfru. Also LMAINTE_TEST_FAILED (exit status 128 or 208). */
+int32_t lmainte_test_fru(int32_t time_limit, const UnitRecord *unit);
+
+/* Tests the system board of the record's number. Program testsb. LMAINTE_TEST_FAILED for every exit status but 0, 1, 3, 8
+ * and 127. */
+int32_t lmainte_test_sb(int32_t time_limit, const UnitRecord *unit);
+
+/* Sets up the system board of the record's number as one extended system board (division 1), mirrored (mirror 1) or not
+ * (0), or as four (division 4, mirror 0). Program setupfru. Also LMAINTE_SETUP_FAILED (exit status 6, 136 or 137). */
+int32_t lmainte_set_xsb(int32_t division, int32_t mirror, int32_t time_limit, const UnitRecord *unit);
+
+/* Unassigns the extended system boards of the system board of the record's number: one (division 1) or all four (division
+ * 4). Program deleteboard. Also LMAINTE_CLEAR_FAILED (exit status 6, 7, 128, 131, 132, 133 or 136). */
+int32_t lmainte_clear_xsb(int32_t division, int32_t time_limit, const UnitRecord *unit);
+
+/* Links a CMU or an IOU up (LMAINTE_LINK_UP) or down. Program linkboard. Also LMAINTE_LINK_FAILED (exit status 128 or
+ * 226), and LMAINTE_FAILED for a record of another type. The name is cut where the argument line exceeds 127 characters,
+ * and a percent sign in it is a conversion. */
+int32_t lmainte_link_board(int32_t mode, int32_t time_limit, const UnitRecord *unit);
+
+/* Checks the speed of the fans of the unit with this location name. Program chkfanspeed. Also LMAINTE_FANSPEED_FAILED
+ * (exit status 128 or 225). */
+int32_t lmainte_check_fanspeed(int32_t time_limit, const char *unit_name);
+
+/* What lmainte_clear_status is asked for, filled by the command itself. */
+typedef struct ClearRequest {
+  uint32_t unit_id[2];  /* recorded in the trace */
+  uint32_t reserved[3]; /* not read */
+  char arguments[1024]; /* argument line for the program, up to its NUL; a percent sign in it is a conversion */
+} ClearRequest;
+
+/* Clears the PCI status of a unit. Program clearpci. Also LMAINTE_STATUS_NOT_CLEARED (exit status 128 or 220). */
+int32_t lmainte_clear_status(int32_t time_limit, const ClearRequest *request);
+
 /* ---- Operator dialogue ------------------------------------------------------------------------------------------- */
 
 /* What lmainte_tty_control changes. On is the setting 1, off every other one. */
@@ -758,8 +873,185 @@ int32_t lmainte_show_menu(const ListLine *lines);
  * Each returns 0, or LMAINTE_FAILED: a null record or lines (no file is made then); the list file cannot be created or
  * removed; a unit id that has no name (nothing is shown then); the pager cannot be started.
  */
+enum { LMAINTE_BOARD_CMU = 0, LMAINTE_BOARD_IOU = 1, LMAINTE_BOARD_BOTH = 2 };
+
+/* A line per board: the CMU, the IOU or both (kind), its four domains, its power and its state. xsbs is indexed by the
+ * number of the extended system board. LMAINTE_FAILED also for an unknown kind. */
+int32_t lmainte_show_cmu_iou_list(int32_t unused, uint32_t kind, uint32_t count, const SbData *boards,
+                                  const XsbData *xsbs, const ListLine *lines);
+int32_t lmainte_show_fantray_list(int32_t unused, uint32_t count, const FantrayData *trays, const ListLine *lines);
+
+/* An I/O boat of an I/O expansion unit, filled by the caller: words 11 on of it, that is word 3 on of word, are its PCI
+ * slots of ten words each, as in IouData. */
+typedef struct IoxBoatData {
+  int32_t type;
+  int32_t number;
+  uint32_t unit_id[2];
+  int32_t status;
+  int32_t mainte_status;
+  uint32_t word[75];
+} IoxBoatData;
+
+/* An I/O expansion unit with its two boats, filled by the caller. */
+typedef struct IoxListData {
+  Bp32Data head; /* not read */
+  IoxBoatData boat[2];
+} IoxListData;
+
+/* A line per IOU of a board, then two per I/O expansion unit. Both record pointers must be given. */
+int32_t lmainte_show_iounit_list(int32_t unused, uint32_t boards, uint32_t expansions, const SbData *sb,
+                                 const IoxListData *iox, const ListLine *lines);
+
+/* A line per installed PCI slot of the board's IOU; of an I/O boat, after a line for the boat itself. Slots that are not
+ * installed take no number. */
+int32_t lmainte_show_ioupci_list(int32_t unused, uint32_t slots, const SbData *board, const ListLine *lines);
+int32_t lmainte_show_ioxpci_list(int32_t unused, uint32_t slots, const IoxBoatData *boat, const ListLine *lines);
+
+/* The empty lists of I/O expansion units and their power supplies: an empty file in the current directory is shown. Each
+ * returns 0, whatever happens. units may be null. */
+int32_t lmainte_show_iox_list(int32_t unused, const void *units, const ListLine *lines);
+int32_t lmainte_show_ioxpsu_list(int32_t unused, const void *units, const ListLine *lines);
+
 int32_t lmainte_show_psu_list(int32_t unused, uint32_t count, const PsuData *psus, const ListLine *lines);
+int32_t lmainte_show_ddca_list(int32_t unused, uint32_t count, const BpUnitData *ddcs, const ListLine *lines);
+int32_t lmainte_show_fantray_status(int32_t unused, const FantrayData *tray, const ListLine *lines);
 int32_t lmainte_show_psu_status(int32_t unused, const PsuData *psu, const ListLine *lines);
+int32_t lmainte_show_ddca_status(int32_t unused, const BpUnitData *ddc, const ListLine *lines);
+
+/* The CMU with its installed CPU modules and memory modules, the IOU, or both (kind). LMAINTE_FAILED also for an unknown
+ * kind. */
+int32_t lmainte_show_sb_status(int32_t unused, uint32_t kind, const SbData *board, const ListLine *lines);
+
+/* Shows nothing, leaves no trace, and leaves a file "tmp" in the current directory. Returns 0, or LMAINTE_FAILED when
+ * record is null or no file can be made in /tmp. */
+int32_t lmainte_show_ioxpsu_status(int32_t unused, const void *record);
+
+/* A progress indicator. */
+typedef struct DotParam {
+  int32_t enable;      /* not 0 */
+  const char *message; /* printed first, or null */
+  int32_t seconds;     /* the longest time that it runs by itself, 1 or above */
+} DotParam;
+
+/*
+ * Starts a child process that shows the seconds that pass: a dot every five, the number every thirty, a new line every 240,
+ * and "done" at the end. The caller prints nothing until lmainte_dot_end.
+ *
+ * Returns the child's process id, or -1: request null, enable 0, seconds below 1, no child could be made.
+ */
+int32_t lmainte_dot_start(const DotParam *request);
+
+/* Stops the indicator and waits for its end, when the line on the terminal is finished. A pid of 0 or below is refused. */
+void lmainte_dot_end(int32_t pid);
+
+/* The indicator's handler of SIGTERM: sets sig_catch, at which the indicator ends. */
+void disp_done(int signo);
+extern int sig_catch;
+
+/* ---- Messages and the state of a procedure ----------------------------------------------------------------------- */
+
+/* The event code of a kind of FRU. A table of them ends with two bytes of 255. */
+typedef struct lmainte_event_code {
+  uint8_t kind;
+  uint8_t code;
+} lmainte_event_code;
+
+/* The codes for a replacement, an addition and a removal. Read only, for the life of the library. */
+extern const lmainte_event_code rep_code[], add_code[], del_code[];
+
+/*
+ * Sends a request to a daemon and waits for its reply.
+ *
+ * request, reply  message buffers of the common interface; the request's second and third word are recorded in the trace,
+ *                 the reply is written by lcmn_receive alone
+ * descriptor      the daemon's descriptor of the common interface
+ * time_limit      seconds to wait, above 0
+ *
+ * Returns 0; LMAINTE_NO_REPLY when nothing came within the limit; LMAINTE_FAILED for a null buffer or a time limit not
+ * above 0 (nothing is sent then), when the request cannot be sent, the wait or the receipt fails, or something came for
+ * another descriptor.
+ */
+int32_t lmainte_ipc_communicate(const void *request, int32_t descriptor, int32_t time_limit, void *reply);
+
+/* The unit that an event is about, filled by the command itself. */
+typedef struct EventUnit {
+  uint32_t head[3];      /* not read */
+  uint32_t ident[2];     /* the unit's identifying words */
+  uint32_t detail[4];    /* more on it; left out when the first byte in memory is 0 */
+  uint16_t detail_value; /* belongs to the detail */
+} EventUnit;
+
+enum { LMAINTE_EVENT_REPLACED = 0, LMAINTE_EVENT_ADDED = 1, LMAINTE_EVENT_REMOVED = 2 };
+
+/*
+ * Saves the event that a unit was replaced, added or removed in the service processor's log.
+ *
+ * action    LMAINTE_EVENT_...
+ * fru_kind  0 to 7, as in the tables of codes; of kind 7 nothing of the unit is saved
+ *
+ * Returns 0, or LMAINTE_FAILED: unit null, an unknown action, a kind that has no code for the action, or the log fails.
+ */
+int32_t lmainte_send_event(int32_t action, int32_t fru_kind, const EventUnit *unit);
+
+/* A unit that is marked for replacement. The library's: walk by next, never free. */
+typedef struct lmainte_swap_fru {
+  uint32_t order;     /* class by which the list is sorted: 1 CMU, 2 IOU, 3 fan tray, 4 PSU, 6 DDC unit */
+  uint32_t unit_type; /* LMAINTE_TYPE_... */
+  uint32_t unit_no;
+  uint32_t ident[2]; /* the unit id */
+  struct lmainte_swap_fru *prev;
+  struct lmainte_swap_fru *next;
+} lmainte_swap_fru;
+
+/*
+ * The list of units that are marked for replacement: one in the process, sorted by class and number, no unit twice. A unit
+ * is marked when bit 15 of its status word is set.
+ *
+ * lmainte_init_swap_fru_list        makes the list anew from the inventory; empty when bit 15 of the system's status is
+ *                                   clear. model_data as lmainte_get_model_data fills it.
+ * lmainte_add_swap_fru_to_list      reads one unit and adds it if it is marked
+ * lmainte_delete_swap_fru_from_list takes a unit out, if it is in
+ *
+ * They return the number of units in the list. The first two return -1 when model_data is null, the model or the type is
+ * unknown, a reader fails or memory runs out; what was added before stays.
+ */
+int32_t lmainte_init_swap_fru_list(const lmainte_model_data *model_data);
+int32_t lmainte_add_swap_fru_to_list(uint32_t unit_type, uint32_t unit_no);
+int32_t lmainte_delete_swap_fru_from_list(uint32_t unit_type, uint32_t unit_no);
+
+/* Stores the first unit of the list, or null, where head_out is not null. Returns 0. */
+int32_t lmainte_get_swap_fru_list(lmainte_swap_fru **head_out);
+
+/* Returns 1 when the unit is in the list, else 0. */
+int32_t lmainte_check_swap_fru(uint32_t unit_type, uint32_t unit_no);
+
+/* Empties the list; only the next lmainte_init_swap_fru_list counts from 0 again. Returns 0. */
+int32_t lmainte_free_swap_fru_list(void);
+
+/* Appends an item to text, which holds size bytes with its NUL. Returns 0, any other value when it cannot. */
+typedef int32_t (*lmainte_pinfo_provider)(char *text, int32_t size);
+
+/* The items of the procedure information, ended by null: as delivered, the process id. A command may put its own in. */
+extern lmainte_pinfo_provider pinfo_t[8];
+
+/*
+ * The procedure information: a text of at most 255 characters, the items of pinfo_t with commas between them, that tells
+ * other commands who works. An empty file says that nobody does.
+ *
+ * put    replaces the file's content by the text; clear empties it; get reads up to 256 bytes from the descriptor's
+ *        position. buffer holds 256 bytes: clear it first, no NUL is written.
+ * f...   do the same with a file by its path, between lcmn_lopen and lcmn_close; only lmainte_fput_pinfo makes the file,
+ *        with the permission bits in mode.
+ *
+ * Each returns 0, or LMAINTE_FAILED: path or buffer null, a provider that fails (the file stays as it was), a file that
+ * cannot be opened, cut, written, read or closed.
+ */
+int32_t lmainte_put_pinfo(int32_t fd);
+int32_t lmainte_clear_pinfo(int32_t fd);
+int32_t lmainte_get_pinfo(int32_t fd, char *buffer);
+int32_t lmainte_fput_pinfo(const char *path, uint32_t mode);
+int32_t lmainte_fclear_pinfo(const char *path);
+int32_t lmainte_fget_pinfo(const char *path, char *buffer);
 
 #ifdef __GNUC__
 #pragma GCC visibility pop

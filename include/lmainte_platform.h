@@ -12,6 +12,8 @@
 #define LMAINTE_PLATFORM_H
 
 #include <stdint.h>
+#include <sys/select.h>
+#include <sys/time.h>
 
 #ifdef __cplusplus
 extern "C" {
@@ -104,6 +106,28 @@ int32_t lcmn_write(int32_t fd, const void *buffer, int32_t size);
 
 /* Ends the exclusion and closes the descriptor. Returns 0, or another value with errno set. */
 int32_t lcmn_close(int32_t fd);
+
+/* ---- Messages ---------------------------------------------------------------------------------------------------- */
+
+/* Sends a message to, and receives one from, a daemon's descriptor of the common interface. Return a negative value on
+ * failure. */
+int32_t lcmn_send(int32_t fd, const void *message);
+int32_t lcmn_receive(int32_t fd, void *message);
+
+/*
+ * Waits until a descriptor of the common interface is ready, or the limit has passed.
+ *
+ * status_1, status_2  receive the interface's status; 1 in the first says that nothing came
+ * readable            empty on entry; receives the descriptors that are ready
+ * writable, exceptional  null
+ *
+ * Returns a negative value on failure.
+ */
+int32_t lcmn_select(uint8_t *status_1, uint8_t *status_2, fd_set *readable, fd_set *writable, fd_set *exceptional,
+                    struct timeval *limit);
+
+/* Returns a value other than 0 when the set is empty. */
+int32_t lcmn_process_iszero(const fd_set *set);
 
 /* ---- Operator ---------------------------------------------------------------------------------------------------- */
 

@@ -59,3 +59,16 @@ static_assert(sizeof(SystemStatus) == 8 && offsetof(SystemStatus, system_info_8)
 static_assert(sizeof(BpUnitData) == 44 && offsetof(BpUnitData, fru_name) == 24);
 static_assert(sizeof(Bp32Data) == 132 && offsetof(Bp32Data, ddc) == 44);
 static_assert(sizeof(EmgbUnitData) == 56 && offsetof(EmgbUnitData, status) == 24 && offsetof(EmgbUnitData, name) == 36);
+
+static_assert(sizeof(lmainte_signal_entry) == by_width(8, 16) &&
+              offsetof(lmainte_signal_entry, handler) == by_width(4, 8));
+static_assert(sizeof(lmainte_mask_entry) == 8);
+static_assert(sizeof(IoxBoatData) == 324 && offsetof(IoxBoatData, word) == 24);
+static_assert(sizeof(IoxListData) == 780 && offsetof(IoxListData, boat) == 132);
+static_assert(sizeof(DotParam) == by_width(12, 24) && offsetof(DotParam, message) == by_width(4, 8) &&
+              offsetof(DotParam, seconds) == by_width(8, 16));
+static_assert(sizeof(ClearRequest) == 1044 && offsetof(ClearRequest, arguments) == 20);
+static_assert(sizeof(EventUnit) == 40 && offsetof(EventUnit, ident) == 12 && offsetof(EventUnit, detail) == 20 &&
+              offsetof(EventUnit, detail_value) == 36);
+static_assert(sizeof(lmainte_swap_fru) == by_width(28, 40) && offsetof(lmainte_swap_fru, ident) == 12 &&
+              offsetof(lmainte_swap_fru, prev) == by_width(20, 24));

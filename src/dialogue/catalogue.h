@@ -6,6 +6,8 @@
 
 namespace lmainte {
 
-inline const char *translated(const char *text) { return dcgettext("cli_cmn_msg", text, LC_MESSAGES); }
+inline const char *translated(const char *text) {
+  return dcgettext("cli_cmn_msg", text, LC_MESSAGES);
+}
 
 }  // namespace lmainte

@@ -1,9 +1,9 @@
 #include "src/dialogue/empty_list.h"
 
+#include <unistd.h>
 #include <cerrno>
 #include <cstdio>
 #include <cstdlib>
-#include <unistd.h>
 
 namespace lmainte {
 

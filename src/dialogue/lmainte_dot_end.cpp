@@ -1,9 +1,9 @@
 #include "include/lmainte.h"
 
-#include <cerrno>
-#include <csignal>
 #include <sys/types.h>
 #include <sys/wait.h>
+#include <cerrno>
+#include <csignal>
 
 #include "src/frame/trace.h"
 

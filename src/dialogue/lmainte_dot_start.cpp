@@ -1,11 +1,11 @@
 #include "include/lmainte.h"
 
+#include <sys/types.h>
+#include <unistd.h>
 #include <cerrno>
 #include <csignal>
 #include <cstdio>
 #include <ctime>
-#include <sys/types.h>
-#include <unistd.h>
 
 #include "src/dialogue/catalogue.h"
 #include "src/frame/trace.h"
@@ -28,7 +28,9 @@ constexpr unsigned long kSecondsANumber = 30;
 constexpr unsigned long kSecondsALine = 240;
 
 // Written by the signal handler while the loop reads it.
-int caught() { return __atomic_load_n(&sig_catch, __ATOMIC_RELAXED); }
+int caught() {
+  return __atomic_load_n(&sig_catch, __ATOMIC_RELAXED);
+}
 
 // The clock in a width that no sum of it can leave. A clock that fails reads -1.
 int64_t read_clock(const Call &call) {

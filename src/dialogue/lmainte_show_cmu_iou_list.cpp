@@ -18,8 +18,12 @@ constexpr lmainte::Block kBlock = lmainte::second_block(0x015);
 constexpr uint32_t kXsbsOfABoard = 4;
 constexpr uint32_t kLastDomain = 23;
 
-bool shows_cmu(uint32_t kind) { return kind != LMAINTE_BOARD_IOU; }
-bool shows_iou(uint32_t kind) { return kind != LMAINTE_BOARD_CMU; }
+bool shows_cmu(uint32_t kind) {
+  return kind != LMAINTE_BOARD_IOU;
+}
+bool shows_iou(uint32_t kind) {
+  return kind != LMAINTE_BOARD_CMU;
+}
 
 // The name of the CMU, of the IOU, or of both joined.
 struct BoardName {

@@ -17,8 +17,8 @@ const char *status_of(int32_t status, int32_t condition) {
 
 }  // namespace
 
-int32_t lmainte_show_iounit_list(int32_t, uint32_t boards, uint32_t expansions, const SbData *sb, const IoxListData *iox,
-                                 const ListLine *lines) {
+int32_t lmainte_show_iounit_list(int32_t, uint32_t boards, uint32_t expansions, const SbData *sb,
+                                 const IoxListData *iox, const ListLine *lines) {
   lmainte::Call call(trace, kBlock);
   if (!lmainte::is_given(call, 1, sb) || !lmainte::is_given(call, 2, iox) || !lmainte::is_given(call, 3, lines))
     return call.returns(LMAINTE_FAILED);

@@ -1,8 +1,8 @@
 #include "include/lmainte.h"
 
+#include <unistd.h>
 #include <cstdio>
 #include <cstdlib>
-#include <unistd.h>
 
 // A placeholder that has never shown anything: it leaves the file "tmp" in the current directory, which tools look for,
 // tries out a scratch file, and leaves no trace.

@@ -1,10 +1,10 @@
 #include "include/lmainte.h"
 
+#include <unistd.h>
 #include <cerrno>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
-#include <unistd.h>
 
 #include "src/frame/process_id_provider.h"
 #include "src/frame/trace.h"

@@ -77,7 +77,9 @@ const Timing &timing_of(int32_t type) {
 }
 
 // What the operator is expected to have done: 0 and 1 mean inserted, all else pulled.
-bool expects_installed(uint32_t expectation) { return expectation <= 1; }
+bool expects_installed(uint32_t expectation) {
+  return expectation <= 1;
+}
 
 struct Check {
   uint32_t expectation;

@@ -9,7 +9,8 @@ constexpr lmainte::Block kBlock = lmainte::plain_block(0x035);
 
 constexpr lmainte::ModeLine kLines[] = {{LMAINTE_JUDGE_ADD, "-u %s -c add"}, {LMAINTE_JUDGE_DELETE, "-u %s -c del"}};
 
-constexpr lmainte::StatusMeaning kMeanings[] = {{128, LMAINTE_FRU_REFUSED}, {203, LMAINTE_FRU_REFUSED}, {232, LMAINTE_FRU_REFUSED_2}};
+constexpr lmainte::StatusMeaning kMeanings[] = {
+    {128, LMAINTE_FRU_REFUSED}, {203, LMAINTE_FRU_REFUSED}, {232, LMAINTE_FRU_REFUSED_2}};
 
 constexpr lmainte::Operation kOperation = {LMAINTE_CMD_JUDGECTLFRU, kLines, kMeanings};
 

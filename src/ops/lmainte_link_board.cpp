@@ -31,7 +31,7 @@ int32_t lmainte_link_board(int32_t mode, int32_t time_limit, const UnitRecord *u
     return LMAINTE_FAILED;
   }
   char line[128];
-  snprintf(line, sizeof line, "-u %s -c %s", unit->name, direction);
+  if (snprintf(line, sizeof line, "-u %s -c %s", unit->name, direction) < 0) line[0] = '\0';
   // The line itself is the runner's format: a percent sign in a unit's name is a conversion there.
   return lmainte::judge(call, kOperation, 4, 3, lmainte_exec(kOperation.command_id, time_limit, line));
 }

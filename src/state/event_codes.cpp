@@ -16,9 +16,9 @@ constexpr bool ends_once(const lmainte_event_code (&table)[Rows]) {
 }  // namespace
 
 // Kinds 4 to 6 share one code for replacement and addition, and cannot be removed.
-constexpr lmainte_event_code rep_code[] = {{0, 1}, {1, 13}, {2, 4}, {3, 10},     {4, 7},
+constexpr lmainte_event_code rep_code[] = {{0, 1}, {1, 13}, {2, 4},  {3, 10},     {4, 7},
                                            {5, 8}, {6, 9},  {7, 16}, {kEnd, kEnd}};
-constexpr lmainte_event_code add_code[] = {{0, 2}, {1, 14}, {2, 5}, {3, 11},     {4, 7},
+constexpr lmainte_event_code add_code[] = {{0, 2}, {1, 14}, {2, 5},  {3, 11},     {4, 7},
                                            {5, 8}, {6, 9},  {7, 17}, {kEnd, kEnd}};
 constexpr lmainte_event_code del_code[] = {{0, 3}, {1, 15}, {2, 6}, {3, 12}, {7, 18}, {kEnd, kEnd}};
 

@@ -1,9 +1,9 @@
 #include "include/lmainte.h"
 
-#include <cerrno>
-#include <cstring>
 #include <fcntl.h>
 #include <unistd.h>
+#include <cerrno>
+#include <cstring>
 
 #include "include/lmainte_platform.h"
 #include "src/frame/process_id_provider.h"

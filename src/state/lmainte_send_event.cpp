@@ -35,7 +35,9 @@ class Event {
   uint8_t bytes_[48] = {};
 };
 
-bool has_detail(const EventUnit &unit) { return *reinterpret_cast<const uint8_t *>(unit.detail) != 0; }
+bool has_detail(const EventUnit &unit) {
+  return *reinterpret_cast<const uint8_t *>(unit.detail) != 0;
+}
 
 void put_unit(const EventUnit &unit, Event &event) {
   event.put_word(19, unit.ident[0]);

@@ -43,8 +43,12 @@ Found found(const Unit &unit) {
   return {static_cast<uint32_t>(unit.number), static_cast<uint32_t>(unit.status), unit.unit_id};
 }
 
-Found cmu_at(const void *records, int32_t i) { return found(static_cast<const SbData *>(records)[i].cmu); }
-Found iou_at(const void *records, int32_t i) { return found(static_cast<const SbData *>(records)[i].iou); }
+Found cmu_at(const void *records, int32_t i) {
+  return found(static_cast<const SbData *>(records)[i].cmu);
+}
+Found iou_at(const void *records, int32_t i) {
+  return found(static_cast<const SbData *>(records)[i].iou);
+}
 template <class Unit>
 Found unit_at(const void *records, int32_t i) {
   return found(static_cast<const Unit *>(records)[i]);
