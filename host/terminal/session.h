@@ -43,7 +43,7 @@ class Session {
  private:
   struct Report;
   Report next_report() const;
-  void end() noexcept;
+  void end() const noexcept;
 
   pid_t leader_ = -1;
   pid_t command_ = -1;
