@@ -102,7 +102,7 @@ int32_t show_list(const std::vector<PsuData> &psus) {
 }
 
 int32_t show_status(const PsuData &psu) {
-  const ListLine lines[] = {{LMAINTE_LINE_HEAD, "\nUnit          State\n", 0, {}},
+  const ListLine lines[] = {{LMAINTE_LINE_HEAD, "Unit          State\n", 0, {}},
                             {LMAINTE_LINE_FOOT, "\n", 0, {}},
                             {LMAINTE_LINE_END, nullptr, 0, {}}};
   return lmainte_show_psu_status(0, &psu, lines);
@@ -179,7 +179,7 @@ Outcome replace(const Server &server, const PsuData &psu) {
   Marked marked(server, unit);
   int32_t result = marked.mark();
   if (result != LMAINTE_OK) return failed("The unit could not be marked", result, way_out_of(result));
-  std::printf("The LED of %s blinks, its maintenance flag is set.\n", unit.name);
+  std::printf("The LED of %s blinks, its maintenance flag is set.\n\n", unit.name);
 
   result = show_status(psu);
   if (result != LMAINTE_OK) return failed("The unit's state could not be shown", result, kCheckPager);
