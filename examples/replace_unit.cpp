@@ -56,6 +56,8 @@ const char *way_out_of(int32_t result) {
 
 // ---- The server and its units --------------------------------------------------------------------------------------
 
+constexpr uint32_t kNotRead = 0xFFFFFFFF;  // stays where the reader fails before it looks for the model
+
 struct Server {
   lmainte_model_data model{};
   int32_t led_time = 0;  // seconds that the control programs may take
@@ -63,6 +65,7 @@ struct Server {
 };
 
 int32_t read_server(Server &server) {
+  server.model.model = kNotRead;
   lmainte_cmdtime times[] = {{LMAINTE_CMD_CTLLED, 0}, {LMAINTE_CMD_SETMAINTEFLAG, 0}, {LMAINTE_CMDTIME_END, 0}};
   const int32_t result = lmainte_get_model_data(&server.model, times);
   server.led_time = static_cast<int32_t>(times[0].time);
