@@ -43,10 +43,9 @@ enum {
   LMAINTE_HOST_CHOSEN = 0,       /* second holds the choice */
   LMAINTE_HOST_GAVE_UP = 1,      /* the operator answered q */
   LMAINTE_HOST_END_OF_INPUT = 2, /* the input ended before an answer: Ctrl-D, or the terminal is gone */
-  LMAINTE_HOST_INTERRUPTED = 3,  /* a signal handler ran: look at what it left, then clean up or ask again */
-  LMAINTE_HOST_ASK_FAILED =
-      -1 /* a bad argument; the prompt cannot be written, or the answer not be read. lmainte_ask_select
-                                    says the same where the terminal cannot be prepared */
+  LMAINTE_HOST_INTERRUPTED = 3,  /* a signal handler without SA_RESTART ran: clean up, or ask again */
+  LMAINTE_HOST_ASK_FAILED = -1   /* a bad argument; the prompt cannot be written, or the answer not be read.
+                                    lmainte_ask_select says the same where it cannot prepare the terminal */
 };
 
 /* ---- Results of the configuration database ----------------------------------------------------------------------- */
