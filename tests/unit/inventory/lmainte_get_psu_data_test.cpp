@@ -85,9 +85,9 @@ TEST_F(LmainteGetPsuData, FillsEveryField) {
 
 TEST_F(LmainteGetPsuData, ReadsTheCurrentRecordThenTheFruRecords) {
   lmainte_get_psu_data(-1, 2, 3, out_);
-  EXPECT_EQ(client_calls(), (Lines{"open 2", "lock 2", "get 2 current_psu_info", "unlock 2", "close 2", "open 4",
-                                   "lock 4", "get 4 fru_psu_qe_info_00", "get 4 fru_psu_qe_info_01", "unlock 4",
-                                   "close 4"}));
+  EXPECT_EQ(client_calls(),
+            (Lines{"open 2", "lock 2", "get 2 current_psu_info", "unlock 2", "close 2", "open 4", "lock 4",
+                   "get 4 fru_psu_qe_info_00", "get 4 fru_psu_qe_info_01", "unlock 4", "close 4"}));
 }
 
 TEST_F(LmainteGetPsuData, RecordsItsSteps) {
@@ -114,8 +114,8 @@ TEST_F(LmainteGetPsuData, EveryModelHasItsFruRecordsAndItsInfoByte) {
   for (const auto &row : kRows) {
     machine().calls.clear();
     EXPECT_EQ(lmainte_get_psu_data(7, 1, row.model, out_), 0) << row.model;
-    EXPECT_EQ(machine().calls_of({"get"}),
-              (Lines{"get 2 current_psu_info", "get 4 " + fru_name(row.family, 7)})) << row.model;
+    EXPECT_EQ(machine().calls_of({"get"}), (Lines{"get 2 current_psu_info", "get 4 " + fru_name(row.family, 7)}))
+        << row.model;
     EXPECT_EQ(name(0, std::strlen(row.name)), row.name) << row.model;
     EXPECT_EQ(out_[0].info_byte, row.has_info ? 107 : 255) << row.model;
   }
@@ -174,12 +174,9 @@ struct ArgumentRow {
 
 TEST_F(LmainteGetPsuData, RefusesBadArgumentsBeforeAnyDatabase) {
   constexpr ArgumentRow kRows[] = {
-      {"count 0", 0, 3, true},
-      {"no records to fill", 1, 3, false},
-      {"model 0", 1, 0, true},
-      {"model 7", 1, 7, true},
-      {"a negative model", 1, -1, true},
-      {"a model that looks like 3 in its low byte", 1, 259, true},
+      {"count 0", 0, 3, true},           {"no records to fill", 1, 3, false},
+      {"model 0", 1, 0, true},           {"model 7", 1, 7, true},
+      {"a negative model", 1, -1, true}, {"a model that looks like 3 in its low byte", 1, 259, true},
   };
   for (const auto &row : kRows) {
     machine().start();
@@ -240,9 +237,14 @@ struct NameRow {
 
 TEST_F(LmainteGetPsuData, CopiesTheNameAsLongAsItIs) {
   constexpr NameRow kRows[] = {
-      {"no name", 0, 0},           {"one letter", 1, 1},         {"seventeen letters", 17, 17},
-      {"eighteen letters", 18, 18}, {"one letter more", 19, 18}, {"the most that six bits say", 63, 18},
-      {"the high bits are not the length's", 0xC5, 5},           {"no letter, with high bits", 0x40, 0},
+      {"no name", 0, 0},
+      {"one letter", 1, 1},
+      {"seventeen letters", 17, 17},
+      {"eighteen letters", 18, 18},
+      {"one letter more", 19, 18},
+      {"the most that six bits say", 63, 18},
+      {"the high bits are not the length's", 0xC5, 5},
+      {"no letter, with high bits", 0x40, 0},
   };
   const std::string letters = "ABCDEFGHIJKLMNOPQRSTUVWXYZ";
   for (const auto &row : kRows) {
@@ -343,8 +345,7 @@ TEST_F(LmainteGetPsuData, WorksInsideTheCallersOwnSessions) {
     lmainte_scdb_lock(id);
   }
   EXPECT_EQ(lmainte_get_psu_data(-1, 1, 3, out_), 0);
-  EXPECT_EQ(machine().calls_of({"open", "lock", "unlock", "close"}),
-            (Lines{"open 2", "lock 2", "open 4", "lock 4"}));
+  EXPECT_EQ(machine().calls_of({"open", "lock", "unlock", "close"}), (Lines{"open 2", "lock 2", "open 4", "lock 4"}));
   for (const uint32_t id : {4U, 2U}) {
     lmainte_scdb_unlock(id);
     lmainte_scdb_close(id);
