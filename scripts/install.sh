@@ -13,14 +13,11 @@ missing_among() {
   done
 }
 
-as_root() {
-  if ((EUID == 0)); then
-    "$@"
-  elif command -v sudo >/dev/null; then
-    sudo "$@"
-  else
-    die "this needs root, and there is no sudo. As root, run: $*"
-  fi
+# apt_get ARGUMENT...: apt-get as root, asking nothing.
+apt_get() {
+  local sudo=()
+  if ((EUID != 0)); then sudo=(sudo); fi
+  "${sudo[@]}" env DEBIAN_FRONTEND=noninteractive apt-get -qq "$@"
 }
 
 # need PACKAGE...: the packages are there afterwards. DEV_NO_INSTALL=1 goes on with what the machine has.
@@ -33,9 +30,13 @@ need() {
   local missing
   mapfile -t missing < <(missing_among "$@")
   if ((${#missing[@]} == 0)); then return 0; fi
+  if ((EUID != 0)) && ! command -v sudo >/dev/null; then
+    die "packages are missing, and installing needs root or sudo. As root, run:
+       apt-get update && apt-get install --no-install-recommends ${missing[*]}"
+  fi
   say "Installing: ${missing[*]}"
-  as_root apt-get update -qq
-  as_root env DEBIAN_FRONTEND=noninteractive apt-get install -y -qq --no-install-recommends "${missing[@]}" </dev/null
+  apt_get update
+  apt_get install -y --no-install-recommends "${missing[@]}"
 }
 
 need_for() {

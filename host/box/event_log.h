@@ -20,7 +20,8 @@ class EventLog {
   // Appends one entry and waits until it is on disk; whole also when several processes append. False on failure, errno set.
   static bool append(const std::filesystem::path &file, const LogEntry &entry) noexcept;
 
-  // The entries, oldest first. What a crash left of an unfinished entry at the end is left out. Throws.
+  // The entries, oldest first; none where nothing was ever saved. What a crash left of an unfinished entry is left out.
+  // Throws.
   static std::vector<LogEntry> read(const std::filesystem::path &file);
 };
 

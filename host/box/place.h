@@ -3,8 +3,8 @@
 
 #include <cstdint>
 #include <filesystem>
-#include <string_view>
 #include <string>
+#include <string_view>
 #include <utility>
 
 namespace box {

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <array>
+#include <atomic>
 #include <cstdint>
 #include <filesystem>
 #include <vector>
@@ -9,8 +10,8 @@
 namespace box {
 
 struct TraceEntry {
-  std::uint64_t number;   // counted from 0 since the ring was made
-  std::int64_t time_ns;   // wall clock
+  std::uint64_t number;  // counted from 0 since the ring was made
+  std::int64_t time_ns;  // wall clock
   std::uint32_t module, level, kind, event;
   std::uint32_t word_count;
   std::array<std::uint32_t, 4> words;
@@ -23,8 +24,8 @@ class TraceRing {
   // Makes an empty ring in `file`, in place of what is there. Throws.
   static void create(const std::filesystem::path &file);
 
-  // Maps the ring. Uses system calls only: may be called in a signal handler and between fork and execve. Keeps errno.
-  // False when the file is missing or is no ring.
+  // Maps the ring, for the life of the process. Uses system calls only: may be called in a signal handler and between
+  // fork and execve. Keeps errno. False when the file is missing or is no ring.
   bool map(const char *file) noexcept;
 
   // Appends a record; the oldest is overwritten when the ring is full. As safe as map. False when not mapped.
@@ -35,7 +36,7 @@ class TraceRing {
   static std::vector<TraceEntry> read(const std::filesystem::path &file);
 
  private:
-  void *memory_ = nullptr;
+  std::atomic<void *> memory_ = nullptr;
 };
 
 }  // namespace box

@@ -8,12 +8,16 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <charconv>
 #include <csignal>
 #include <cstdlib>
 #include <cstring>
 #include <filesystem>
 #include <fstream>
+#include <sstream>
 #include <system_error>
+
+#include "host/terminal/argument_vector.h"
 
 namespace terminal {
 
@@ -54,19 +58,19 @@ void take_foreground(pid_t group) {
   signal(SIGTTOU, SIG_DFL);
 }
 
-[[noreturn]] void become_command(std::vector<char *> &arguments, int exec_error) {
+[[noreturn]] void become_command(const ArgumentVector &arguments, int exec_error) {
   setpgid(0, 0);
   take_foreground(getpid());
   setenv("TERM", "xterm", 1);
   unsetenv("LINES");
   unsetenv("COLUMNS");
-  execvp(arguments[0], arguments.data());
+  execvp(arguments.program(), arguments.data());
   const int error = errno;
   if (write(exec_error, &error, sizeof error) < 0) _exit(126);
   _exit(127);
 }
 
-[[noreturn]] void lead(const char *terminal_path, std::vector<char *> &arguments, int reports, int exec_error) {
+[[noreturn]] void lead(const char *terminal_path, const ArgumentVector &arguments, int reports, int exec_error) {
   keep_only(reports, exec_error);
   default_signals();
   setsid();
@@ -95,17 +99,26 @@ struct Stat {
   pid_t session;
 };
 
+// The line reads: pid (name) state parent group session ... The name may hold blanks and parentheses itself.
 std::optional<Stat> stat_of(const std::filesystem::path &process) {
   std::ifstream file(process / "stat");
   std::string line;
-  if (!std::getline(file, line)) return {};
+  std::getline(file, line);
   const auto open = line.find('(');
-  const auto close = line.rfind(')');  // The name may hold parentheses itself.
+  const auto close = line.rfind(')');
   if (open == std::string::npos || close == std::string::npos) return {};
-  char state = 0;
-  int parent = 0, group = 0, session = 0;
-  if (std::sscanf(line.c_str() + close + 1, " %c %d %d %d", &state, &parent, &group, &session) != 4) return {};
-  return Stat{line.substr(open + 1, close - open - 1), state, session};
+  Stat stat{line.substr(open + 1, close - open - 1), 0, 0};
+  int parent = 0, group = 0;
+  std::istringstream rest(line.substr(close + 1));
+  if (!(rest >> stat.state >> parent >> group >> stat.session)) return {};
+  return stat;
+}
+
+pid_t pid_of(const std::filesystem::path &process) {
+  const std::string name = process.filename();
+  pid_t pid = 0;
+  const auto result = std::from_chars(name.data(), name.data() + name.size(), pid);
+  return result.ec == std::errc{} ? pid : 0;
 }
 
 }  // namespace
@@ -116,11 +129,7 @@ std::string text(const Ending &ending) {
 }
 
 Session::Session(const std::string &terminal_path, const std::vector<std::string> &command) {
-  std::vector<std::string> copy = command;
-  std::vector<char *> arguments;
-  for (auto &argument : copy) arguments.push_back(argument.data());
-  arguments.push_back(nullptr);
-
+  const ArgumentVector arguments(command);
   int reports[2], exec_error[2];
   if (pipe2(reports, O_CLOEXEC) != 0) throw std::system_error(errno, std::generic_category(), "pipe");
   if (pipe2(exec_error, O_CLOEXEC) != 0) throw std::system_error(errno, std::generic_category(), "pipe");
@@ -145,7 +154,7 @@ Session::~Session() {
   end();
 }
 
-void Session::end() noexcept {
+void Session::end() const noexcept {
   for (int round = 0; round < 100 && !processes().empty(); ++round) {
     for (const auto &process : processes()) kill(process.pid, SIGKILL);
     usleep(10'000);
@@ -175,7 +184,7 @@ std::optional<Ending> Session::ending() {
 std::vector<Process> Session::processes() const {
   std::vector<Process> found;
   for (const auto &entry : std::filesystem::directory_iterator("/proc")) {
-    const pid_t pid = std::atoi(entry.path().filename().c_str());
+    const pid_t pid = pid_of(entry.path());
     if (pid <= 0 || pid == leader_) continue;
     const auto stat = stat_of(entry.path());
     if (stat && stat->session == leader_ && stat->state != 'Z' && stat->state != 'X') {

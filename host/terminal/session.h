@@ -4,6 +4,7 @@
 #include <sys/types.h>
 
 #include <optional>
+#include <ostream>
 #include <string>
 #include <vector>
 
@@ -19,6 +20,7 @@ struct Ending {
 
 // "exit status 0", "signal 2 (Interrupt)"
 std::string text(const Ending &ending);
+inline std::ostream &operator<<(std::ostream &out, const Ending &ending) { return out << text(ending); }
 
 struct Process {
   pid_t pid;
@@ -43,7 +45,7 @@ class Session {
  private:
   struct Report;
   Report next_report() const;
-  void end() noexcept;
+  void end() const noexcept;
 
   pid_t leader_ = -1;
   pid_t command_ = -1;

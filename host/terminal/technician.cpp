@@ -9,12 +9,14 @@
 #include <cerrno>
 #include <system_error>
 
+#include "host/terminal/argument_vector.h"
+
 namespace terminal {
 namespace {
 
 std::string read_to_end(int fd) {
   std::string text;
-  std::array<char, 4096> bytes;
+  std::array<char, 4096> bytes{};
   for (;;) {
     const auto length = read(fd, bytes.data(), bytes.size());
     if (length < 0 && errno == EINTR) continue;
@@ -32,11 +34,7 @@ int wait_for(pid_t pid) {
 }  // namespace
 
 Done run(const std::vector<std::string> &command) {
-  std::vector<std::string> copy = command;
-  std::vector<char *> arguments;
-  for (auto &argument : copy) arguments.push_back(argument.data());
-  arguments.push_back(nullptr);
-
+  const ArgumentVector arguments(command);
   int output[2];
   if (pipe2(output, O_CLOEXEC) != 0) throw std::system_error(errno, std::generic_category(), "pipe");
   posix_spawn_file_actions_t actions;
@@ -45,7 +43,7 @@ Done run(const std::vector<std::string> &command) {
   posix_spawn_file_actions_adddup2(&actions, output[1], STDOUT_FILENO);
   posix_spawn_file_actions_adddup2(&actions, output[1], STDERR_FILENO);
   pid_t pid = -1;
-  const int error = posix_spawnp(&pid, arguments[0], &actions, nullptr, arguments.data(), environ);
+  const int error = posix_spawnp(&pid, arguments.program(), &actions, nullptr, arguments.data(), environ);
   posix_spawn_file_actions_destroy(&actions);
   close(output[1]);
   Done done{0, error == 0 ? read_to_end(output[0]) : ""};

@@ -41,8 +41,9 @@ void write_all(int fd, std::string_view bytes) {
 
 }  // namespace
 
-Terminal::Terminal(Size size) : screen_(size, [this](std::string_view answer) { write_all(master_, answer); }) {
-  master_ = posix_openpt(O_RDWR | O_NOCTTY | O_CLOEXEC);
+Terminal::Terminal(Size size)
+    : master_(posix_openpt(O_RDWR | O_NOCTTY | O_CLOEXEC)),
+      screen_(size, [this](std::string_view answer) { write_all(master_, answer); }) {
   if (master_ < 0 || grantpt(master_) != 0 || unlockpt(master_) != 0) fail("cannot make a terminal");
   std::array<char, 64> path{};
   if (ptsname_r(master_, path.data(), path.size()) != 0) fail("cannot make a terminal");
@@ -66,7 +67,7 @@ void Terminal::start(const std::vector<std::string> &command) {
   session_.emplace(path_, command);
 }
 
-void Terminal::type(std::string_view keys) {
+void Terminal::type(std::string_view keys) const {
   write_all(master_, keys);
 }
 
@@ -76,7 +77,7 @@ bool Terminal::read_output(milliseconds patience) {
   if (session_ && session_->ending()) wait[1].fd = -1;
   if (poll(wait.data(), wait.size(), static_cast<int>(patience.count())) <= 0) return false;
   if ((wait[0].revents & POLLIN) == 0) return wait[1].revents != 0;
-  std::array<char, 4096> bytes;
+  std::array<char, 4096> bytes{};
   const auto length = read(master_, bytes.data(), bytes.size());
   if (length <= 0) return false;
   screen_.feed({bytes.data(), static_cast<std::size_t>(length)});

@@ -36,7 +36,7 @@ class Terminal {
 
   // What the operator does and sees. wait_for says whether the text came up within one line of the screen; it gives up
   // early when the command ends without it.
-  void type(std::string_view keys);
+  void type(std::string_view keys) const;
   bool wait_for(std::string_view text, milliseconds patience);
   std::vector<std::string> screen();            // The lines of the screen, 24 of them, without blanks at their ends.
   std::vector<std::string> everything_shown();  // The lines that scrolled away, then the screen.
@@ -55,7 +55,7 @@ class Terminal {
   bool read_output(milliseconds patience);
   void settle();
 
-  int master_ = -1;
+  int master_;
   int slave_ = -1;
   std::string path_;
   Screen screen_;

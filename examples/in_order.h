@@ -1,0 +1,91 @@
+// Ending in order: a signal ends the wait for the operator, the command goes back the way it came, and the terminal is
+// left as it was found. Copy it with the command.
+#pragma once
+
+#include <sys/wait.h>
+#include <termios.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <csignal>
+
+#include "lmainte.h"
+
+namespace in_order {
+
+inline volatile std::sig_atomic_t g_signal = 0;
+inline pid_t g_self = 0;
+
+// The signal that asks the command to end, or 0.
+inline int signal() {
+  return g_signal;
+}
+
+inline void end_waiting(int number) {
+  const int saved = errno;
+  if (getpid() != g_self) _exit(LMAINTE_NOT_RUN);  // a child that had no time yet to become the program that it runs
+  if (number != SIGALRM) g_signal = number;
+  const pid_t pager = g_show_file_pid;
+  if (pager > 0 && waitpid(pager, nullptr, WNOHANG) == 0) {
+    kill(pager, SIGTERM);  // It puts the terminal back itself.
+    waitpid(pager, nullptr, 0);
+  }
+  alarm(1);  // and once more, in case the wait was only about to begin
+  errno = saved;
+}
+
+inline void catch_signals() {
+  g_self = getpid();
+  struct sigaction action {};
+  action.sa_handler = end_waiting;  // without SA_RESTART: a read must end
+  for (const int number : {SIGINT, SIGQUIT, SIGTERM, SIGHUP, SIGALRM}) sigaction(number, &action, nullptr);
+}
+
+// At the very end: dies of the signal that came, if one did, so that a shell sees what happened.
+inline void die_of_signal() {
+  alarm(0);
+  if (g_signal == 0) return;
+  std::signal(g_signal, SIG_DFL);
+  raise(g_signal);
+}
+
+// Ctrl-C and a lost terminal reach the control programs, too. While one runs, these signals wait.
+class Undisturbed {
+ public:
+  Undisturbed() {
+    sigset_t signals;
+    sigemptyset(&signals);
+    for (const int number : {SIGINT, SIGQUIT, SIGHUP}) sigaddset(&signals, number);
+    sigprocmask(SIG_BLOCK, &signals, &before_);
+  }
+  ~Undisturbed() { sigprocmask(SIG_SETMASK, &before_, nullptr); }
+  Undisturbed(const Undisturbed &) = delete;
+  Undisturbed &operator=(const Undisturbed &) = delete;
+
+ private:
+  sigset_t before_{};
+};
+
+// Between questions the operator's typing is not shown. The library sees to the echo at its questions; to put back the
+// terminal's mode as a whole is the command's part.
+class Dialogue {
+ public:
+  Dialogue() = default;
+  ~Dialogue() {
+    if (begun_) tcsetattr(STDOUT_FILENO, TCSADRAIN, &before_);
+  }
+  Dialogue(const Dialogue &) = delete;
+  Dialogue &operator=(const Dialogue &) = delete;
+
+  bool begin() {  // False where standard input or output is no terminal.
+    begun_ = isatty(STDIN_FILENO) != 0 && tcgetattr(STDOUT_FILENO, &before_) == 0 &&
+             lmainte_tty_control(LMAINTE_TTY_ECHO, 0) == LMAINTE_OK;
+    return begun_;
+  }
+
+ private:
+  termios before_{};
+  bool begun_ = false;
+};
+
+}  // namespace in_order

@@ -1,0 +1,115 @@
+#include "host/box/event_log.h"
+
+#include <fcntl.h>
+#include <sys/file.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstring>
+#include <stdexcept>
+#include <string>
+#include <type_traits>
+
+namespace box {
+namespace {
+
+constexpr std::uint32_t kMagic = 0x31545645;  // "EVT1" in little-endian order
+
+struct Record {
+  std::uint32_t magic;
+  std::uint32_t check;
+  LogEntry entry;
+};
+static_assert(sizeof(LogEntry) == 64 && sizeof(Record) == 72 && std::is_trivially_copyable_v<Record>);
+
+constexpr off_t kRecordSize = sizeof(Record);
+
+// FNV-1a: tells an entry from what a crash left of one.
+std::uint32_t check_of(const LogEntry &entry) {
+  std::array<std::uint8_t, sizeof entry> bytes{};
+  std::memcpy(bytes.data(), &entry, sizeof entry);
+  std::uint32_t check = 2166136261U;
+  for (std::uint8_t byte : bytes) check = (check ^ byte) * 16777619U;
+  return check;
+}
+
+// A descriptor that is closed without a change to errno.
+class File {
+ public:
+  explicit File(int fd) : fd_(fd) {}
+  ~File() {
+    const int kept_errno = errno;
+    if (fd_ >= 0) close(fd_);
+    errno = kept_errno;
+  }
+  File(const File &) = delete;
+  File &operator=(const File &) = delete;
+  int get() const { return fd_; }
+
+ private:
+  int fd_;
+};
+
+template <typename Call>
+auto uninterrupted(Call call) {
+  auto result = call();
+  while (result < 0 && errno == EINTR) result = call();
+  return result;
+}
+
+// The name of a new file is durable when its folder is.
+bool sync_folder_of(const std::filesystem::path &file) {
+  const File folder(open(file.parent_path().c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+  return folder.get() >= 0 && fsync(folder.get()) == 0;
+}
+
+// Writes the record behind the whole records of the file, and takes it back when that fails. The caller has the lock.
+bool write_whole(int fd, const Record &record, off_t end) {
+  const ssize_t written = uninterrupted([&] { return pwrite(fd, &record, sizeof record, end); });
+  if (written == kRecordSize && uninterrupted([&] { return fdatasync(fd); }) == 0) return true;
+  const int reason = written >= 0 && written < kRecordSize ? ENOSPC : errno;
+  if (ftruncate(fd, end) != 0) errno = reason;  // the check tells an unfinished record all the same
+  errno = reason;
+  return false;
+}
+
+bool append_record(const std::filesystem::path &file, const Record &record) {
+  const File log(open(file.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0666));
+  if (log.get() < 0) return false;
+  // Closing the file gives the lock back, and so does dying.
+  if (uninterrupted([&] { return flock(log.get(), LOCK_EX); }) != 0) return false;
+  struct stat status {};
+  if (fstat(log.get(), &status) != 0) return false;
+  const off_t end = status.st_size - status.st_size % kRecordSize;  // an unfinished record is overwritten
+  return write_whole(log.get(), record, end) && (end != 0 || sync_folder_of(file));
+}
+
+}  // namespace
+
+bool EventLog::append(const std::filesystem::path &file, const LogEntry &entry) noexcept {
+  try {
+    return append_record(file, {kMagic, check_of(entry), entry});
+  } catch (...) {
+    errno = ENOMEM;
+    return false;
+  }
+}
+
+std::vector<LogEntry> EventLog::read(const std::filesystem::path &file) {
+  const File log(open(file.c_str(), O_RDONLY | O_CLOEXEC));
+  if (log.get() < 0) {
+    if (errno == ENOENT && std::filesystem::is_directory(file.parent_path())) return {};
+    throw std::runtime_error("log " + file.string() + ": cannot read it: " + std::strerror(errno));
+  }
+  std::vector<LogEntry> entries;
+  Record record{};
+  ssize_t size = 0;
+  for (off_t at = 0; (size = pread(log.get(), &record, sizeof record, at)) == kRecordSize; at += kRecordSize) {
+    if (record.magic == kMagic && record.check == check_of(record.entry)) entries.push_back(record.entry);
+  }
+  if (size < 0) throw std::runtime_error("log " + file.string() + ": cannot read it: " + std::strerror(errno));
+  return entries;
+}
+
+}  // namespace box

@@ -1,0 +1,86 @@
+// What the control programs of a box share: their names, how they are bent for a test, and the hardware that they move.
+#pragma once
+
+#include <array>
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <string_view>
+
+#include "host/box/database.h"
+#include "host/box/place.h"
+
+namespace box {
+
+// Where every control program is, seen by a command in the box; the program's own paths are links to it.
+inline constexpr std::string_view kControlProgram = "/mgb/lib/control_program";
+
+struct Program {
+  std::string_view name;
+  std::string_view path;
+};
+
+// In the order of their numbers (LMAINTE_CMD_...).
+inline constexpr std::array<Program, 16> kPrograms{{
+    {"ctlmainte", "/mgb/bin/ctlmainte"},
+    {"ctlfan", "/mgb/bin/ctlfan"},
+    {"judgectlfru", "/mgb/bin/judgectlfru"},
+    {"testfru", "/mgb/bin/testfru"},
+    {"detachfru", "/mgb/bin/detachfru"},
+    {"ctlled", "/mgb/bin/ctlled"},
+    {"waitmgbready", "/mgb/bin/waitmgbready"},
+    {"setmainteflag", "/mgb/bin/setmainteflag"},
+    {"setupfru", "/mgb/cli/usr/bin/setupfru"},
+    {"ioadm", "/mgb/cli/usr/bin/ioadm"},
+    {"clearpci", "/mgb/bin/clearpci"},
+    {"vantamainte", "/mgb/bin/vantamainte"},
+    {"testsb", "/mgb/cli/usr/bin/testsb"},
+    {"deleteboard", "/mgb/cli/usr/bin/deleteboard"},
+    {"chkfanspeed", "/mgb/bin/chkfanspeed"},
+    {"linkboard", "/mgb/bin/linkboard"},
+}};
+
+// How a control program is bent. What is set acts in this order: ignore_term, delay, hang, die, exit.
+struct Bend {
+  bool ignore_term = false;
+  std::uint32_t delay = 0;  // seconds before the program does anything
+  bool hang = false;        // does nothing for ever
+  std::optional<int> die;   // dies by this signal instead of acting
+  std::optional<int> exit;  // ends with this exit status instead of acting
+
+  bool straight() const { return !ignore_term && delay == 0 && !hang && !die && !exit; }
+};
+
+// The last run of a control program.
+struct Run {
+  std::int64_t time_ns = 0;
+  std::int32_t pid = 0;
+  std::optional<int> status;  // none: it has not ended, or it was killed
+  std::string arguments;
+};
+
+// The hardware of a box, in a database of its own. What it does not hold has its state after power-on.
+class Hardware {
+ public:
+  explicit Hardware(const Place &place, bool create = false);
+
+  void prepare(bool expansions);  // a new box; with I/O expansion units where the model takes them
+
+  // Readable keys with readable values, such as "led /PSU#0" and "blink". Throws.
+  std::optional<std::string> get(const std::string &key) const;
+  void set(const std::string &key, const std::string &value);
+  void clear(const std::string &key);
+
+  std::string led(const std::string &unit) const;   // "off", "on" or "blink"
+  std::string flag(const std::string &unit) const;  // "start" while the unit is under maintenance, else empty
+
+  Bend bend(std::string_view program) const;
+  void set_bend(std::string_view program, const Bend &bend);
+  std::optional<Run> last_run(std::string_view program) const;
+  void set_last_run(std::string_view program, const Run &run);
+
+ private:
+  Database database_;
+};
+
+}  // namespace box

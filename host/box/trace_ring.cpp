@@ -1,0 +1,183 @@
+#include "host/box/trace_ring.h"
+
+#include <fcntl.h>
+#include <sys/mman.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <cstring>
+#include <ctime>
+#include <stdexcept>
+#include <string>
+#include <system_error>
+
+namespace box {
+namespace {
+
+using Word = std::atomic<std::uint64_t>;
+static_assert(Word::is_always_lock_free, "the ring is shared by processes and signal handlers");
+
+constexpr std::uint64_t kMagic = 0x31474E4952584253;  // "SBXRING1" in little-endian order
+constexpr std::size_t kBodyWords = 6;
+
+// The ring in the file and in memory: a head, then the slots, each on a cache line of its own.
+struct alignas(64) Head {
+  std::uint64_t magic;
+  std::uint64_t slots;
+  Word next;  // number of the next record
+};
+
+// A record n stands in slot n modulo the number of slots. Its state is 2n + 1 while it is written and 2n + 2 afterwards;
+// an odd state that stays is a writer that died. The check tells a whole record from one that two writers mixed, the
+// slower one a whole ring behind the other.
+struct alignas(64) Slot {
+  Word state;
+  Word check;
+  std::array<Word, kBodyWords> body;
+};
+static_assert(sizeof(Head) == 64 && sizeof(Slot) == 64);
+
+struct Ring {
+  Head head;
+  std::array<Slot, TraceRing::kSlots> slots;
+};
+
+using Body = std::array<std::uint64_t, kBodyWords>;
+
+std::uint64_t pair(std::uint32_t low, std::uint32_t high) {
+  return low | static_cast<std::uint64_t>(high) << 32U;
+}
+std::uint32_t low(std::uint64_t word) {
+  return static_cast<std::uint32_t>(word);
+}
+std::uint32_t high(std::uint64_t word) {
+  return static_cast<std::uint32_t>(word >> 32U);
+}
+
+std::uint64_t check_of(std::uint64_t number, const Body &body) {
+  std::uint64_t check = number ^ kMagic;
+  for (std::uint64_t word : body) {
+    check = (check ^ word) * 0x9E3779B97F4A7C15;
+    check ^= check >> 32U;
+  }
+  return check;
+}
+
+std::int64_t wall_clock() {
+  timespec now{};
+  clock_gettime(CLOCK_REALTIME, &now);
+  return static_cast<std::int64_t>(now.tv_sec) * 1'000'000'000 + now.tv_nsec;
+}
+
+TraceEntry entry_of(std::uint64_t number, const Body &body) {
+  return {number,       static_cast<std::int64_t>(body[0]),
+          low(body[1]), high(body[1]),
+          low(body[2]), high(body[2]),
+          low(body[5]), {low(body[3]), high(body[3]), low(body[4]), high(body[4])}};
+}
+
+// Maps a ring of this program's making, or nothing.
+Ring *map_ring(int fd, int protection) noexcept {
+  struct stat status {};
+  if (fstat(fd, &status) != 0 || status.st_size != static_cast<off_t>(sizeof(Ring))) return nullptr;
+  void *memory = mmap(nullptr, sizeof(Ring), protection, MAP_SHARED, fd, 0);
+  if (memory == MAP_FAILED) return nullptr;
+  auto *ring = static_cast<Ring *>(memory);
+  if (ring->head.magic == kMagic && ring->head.slots == TraceRing::kSlots) return ring;
+  munmap(memory, sizeof(Ring));
+  return nullptr;
+}
+
+// Copies the record that stands in the slot, unless it is unfinished or changes under the copy.
+bool take(const Slot &slot, std::uint64_t *number, Body *body) {
+  const std::uint64_t state = slot.state.load(std::memory_order_acquire);
+  if (state == 0 || state % 2 != 0) return false;
+  for (std::size_t i = 0; i < kBodyWords; ++i) (*body)[i] = slot.body[i].load(std::memory_order_relaxed);
+  const std::uint64_t check = slot.check.load(std::memory_order_relaxed);
+  std::atomic_thread_fence(std::memory_order_acquire);
+  *number = state / 2 - 1;
+  return slot.state.load(std::memory_order_relaxed) == state && check == check_of(*number, *body);
+}
+
+std::runtime_error failure(const std::filesystem::path &file, const char *what, const std::string &reason) {
+  return std::runtime_error("trace " + file.string() + ": cannot " + what + ": " + reason);
+}
+
+}  // namespace
+
+void TraceRing::create(const std::filesystem::path &file) {
+  // A new file takes the old one's place, because a process may still have the old ring mapped. Its room on the disk is
+  // taken at once: a full disk must not kill a process that writes a record.
+  const std::filesystem::path fresh = file.string() + ".new";
+  const int fd = open(fresh.c_str(), O_RDWR | O_CREAT | O_TRUNC | O_CLOEXEC, 0666);
+  if (fd < 0) throw failure(file, "make it", std::strerror(errno));
+  Head head{};
+  head.magic = kMagic;
+  head.slots = kSlots;
+  int error = posix_fallocate(fd, 0, sizeof(Ring));
+  if (error == 0 && pwrite(fd, &head, sizeof head, 0) != static_cast<ssize_t>(sizeof head)) error = errno;
+  close(fd);
+  if (error == 0 && rename(fresh.c_str(), file.c_str()) != 0) error = errno;
+  if (error != 0) {
+    unlink(fresh.c_str());
+    throw failure(file, "make it", std::strerror(error));
+  }
+}
+
+bool TraceRing::map(const char *file) noexcept {
+  const int kept_errno = errno;
+  const int fd = open(file, O_RDWR | O_CLOEXEC);
+  if (fd >= 0) {
+    if (Ring *ring = map_ring(fd, PROT_READ | PROT_WRITE)) memory_.store(ring, std::memory_order_release);
+    close(fd);
+  }
+  errno = kept_errno;
+  return fd >= 0 && memory_.load(std::memory_order_relaxed) != nullptr;
+}
+
+bool TraceRing::append(std::uint32_t module, std::uint32_t level, std::uint32_t kind, std::uint32_t event,
+                       const std::uint32_t *words, std::uint32_t word_count) noexcept {
+  auto *ring = static_cast<Ring *>(memory_.load(std::memory_order_acquire));
+  if (ring == nullptr) return false;
+  std::array<std::uint32_t, 4> values{};
+  const std::uint32_t count = words == nullptr ? 0 : std::min<std::uint32_t>(word_count, values.size());
+  std::copy_n(words, count, values.begin());
+  const std::uint64_t number = ring->head.next.fetch_add(1, std::memory_order_relaxed);
+  const Body body{static_cast<std::uint64_t>(wall_clock()),
+                  pair(module, level),
+                  pair(kind, event),
+                  pair(values[0], values[1]),
+                  pair(values[2], values[3]),
+                  count};
+  Slot &slot = ring->slots[number % kSlots];
+  if (slot.state.load(std::memory_order_relaxed) > 2 * number + 1)
+    return true;  // overtaken: the ring went round meanwhile
+  slot.state.store(2 * number + 1, std::memory_order_relaxed);
+  std::atomic_thread_fence(std::memory_order_release);
+  for (std::size_t i = 0; i < kBodyWords; ++i) slot.body[i].store(body[i], std::memory_order_relaxed);
+  slot.check.store(check_of(number, body), std::memory_order_relaxed);
+  slot.state.store(2 * number + 2, std::memory_order_release);
+  return true;
+}
+
+std::vector<TraceEntry> TraceRing::read(const std::filesystem::path &file) {
+  const int fd = open(file.c_str(), O_RDONLY | O_CLOEXEC);
+  if (fd < 0) throw failure(file, "read it", std::strerror(errno));
+  Ring *ring = map_ring(fd, PROT_READ);
+  close(fd);
+  if (ring == nullptr) throw failure(file, "read it", "the file holds no trace ring");
+  std::vector<TraceEntry> entries;
+  std::uint64_t number = 0;
+  Body body{};
+  for (const Slot &slot : ring->slots) {
+    if (take(slot, &number, &body)) entries.push_back(entry_of(number, body));
+  }
+  munmap(ring, sizeof(Ring));
+  std::sort(entries.begin(), entries.end(),
+            [](const TraceEntry &a, const TraceEntry &b) { return a.number < b.number; });
+  return entries;
+}
+
+}  // namespace box

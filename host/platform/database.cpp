@@ -1,0 +1,99 @@
+#include "host/box/database.h"
+
+#include <array>
+#include <climits>
+#include <cstdlib>
+#include <cstring>
+#include <memory>
+
+#include "host/box/place.h"
+#include "host/include/lmainte_host.h"
+#include "host/platform/exported.h"
+
+namespace {
+
+constexpr std::size_t kKeyRoom = 128;
+
+// The process's sessions, by database id.
+std::array<std::unique_ptr<box::Database>, box::kDatabaseCount> sessions;
+
+// Runs one step on the session of a database. What is thrown on the way is a failure of the files.
+template <typename Step>
+int32_t with_session(uint32_t db_id, Step step) noexcept {
+  if (db_id >= sessions.size()) return LMAINTE_HOST_DB_ARGUMENT;
+  try {
+    if (!sessions[db_id]) return LMAINTE_HOST_DB_SESSION;
+    return step(*sessions[db_id]);
+  } catch (...) {
+    return LMAINTE_HOST_DB_STORAGE;
+  }
+}
+
+// The record's name: the key without its padding. Empty when it is no name.
+std::string_view name_in(const char *key) {
+  const std::size_t length = key == nullptr ? 0 : strnlen(key, kKeyRoom);
+  return length < kKeyRoom ? std::string_view(key, length) : std::string_view();
+}
+
+int32_t hand_over(const box::Bytes &found, void **record, int32_t *size) {
+  if (found.size() > INT_MAX) return LMAINTE_HOST_DB_STORAGE;
+  void *copy = std::malloc(found.empty() ? 1 : found.size());
+  if (copy == nullptr) return LMAINTE_HOST_DB_STORAGE;
+  if (!found.empty()) std::memcpy(copy, found.data(), found.size());
+  *record = copy;
+  *size = static_cast<int32_t>(found.size());
+  return 0;
+}
+
+}  // namespace
+
+int32_t scdb_open(uint32_t db_id) {
+  if (db_id >= sessions.size()) return LMAINTE_HOST_DB_ARGUMENT;
+  if (sessions[db_id]) return LMAINTE_HOST_DB_SESSION;
+  try {
+    sessions[db_id] = std::make_unique<box::Database>(box::Place::here().database(db_id));
+    return 0;
+  } catch (...) {
+    return LMAINTE_HOST_DB_STORAGE;
+  }
+}
+
+// A lock still held is given back, and what was put under it is dropped.
+int32_t scdb_close(uint32_t db_id) {
+  if (db_id >= sessions.size()) return LMAINTE_HOST_DB_ARGUMENT;
+  if (!sessions[db_id]) return LMAINTE_HOST_DB_SESSION;
+  sessions[db_id].reset();
+  return 0;
+}
+
+int32_t scdb_lock(uint32_t db_id) {
+  return with_session(db_id, [](box::Database &database) -> int32_t {
+    if (database.locked()) return LMAINTE_HOST_DB_SESSION;
+    return database.lock() ? 0 : LMAINTE_HOST_DB_BUSY;
+  });
+}
+
+int32_t scdb_unlock(uint32_t db_id) {
+  return with_session(db_id, [](box::Database &database) -> int32_t {
+    if (!database.locked()) return LMAINTE_HOST_DB_SESSION;
+    return database.unlock() ? 0 : LMAINTE_HOST_DB_STORAGE;
+  });
+}
+
+int32_t scdb_get(uint32_t db_id, const char *key, void **record, int32_t *size, uint32_t flags) {
+  const std::string_view name = name_in(key);
+  if (name.empty() || record == nullptr || size == nullptr || flags != 0) return LMAINTE_HOST_DB_ARGUMENT;
+  return with_session(db_id, [&](box::Database &database) -> int32_t {
+    const auto found = database.get(name);
+    return found ? hand_over(*found, record, size) : LMAINTE_HOST_DB_ABSENT;
+  });
+}
+
+int32_t lcmn_scdb_put(uint32_t db_id, const char *key, const void *data, int32_t size, uint32_t flags) {
+  const std::string_view name = name_in(key);
+  if (name.empty() || data == nullptr || size < 0 || flags != 0) return LMAINTE_HOST_DB_ARGUMENT;
+  return with_session(db_id, [&](box::Database &database) {
+    database.put(name, {static_cast<const std::uint8_t *>(data), static_cast<std::size_t>(size)});
+    return 0;
+  });
+}

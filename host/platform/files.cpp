@@ -1,0 +1,53 @@
+#include <fcntl.h>
+#include <sys/file.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <cstddef>
+
+#include "host/platform/exported.h"
+
+namespace {
+
+constexpr mode_t kPermissions = 07777;
+
+// The number of bytes, or -1 for a size that read and write would take for a huge one.
+int32_t checked(int32_t size) {
+  if (size >= 0) return size;
+  errno = EINVAL;
+  return -1;
+}
+
+}  // namespace
+
+int32_t lcmn_lopen(const char *path, int32_t flags, uint32_t mode) {
+  const int fd = open(path, flags | O_CLOEXEC, mode & kPermissions);
+  if (fd < 0) return -1;
+  // This lock, unlike a record lock, can be had on a descriptor for reading, and it keeps out a second lcmn_lopen in the same
+  // process too. A signal ends the wait, so that an operator can leave a command that waits for another.
+  if (flock(fd, LOCK_EX) == 0) return fd;
+  const int reason = errno;
+  close(fd);
+  errno = reason;
+  return -1;
+}
+
+int32_t lcmn_read(int32_t fd, void *buffer, int32_t size) {
+  if (checked(size) < 0) return -1;
+  return static_cast<int32_t>(read(fd, buffer, static_cast<std::size_t>(size)));
+}
+
+int32_t lcmn_write(int32_t fd, const void *buffer, int32_t size) {
+  if (checked(size) < 0) return -1;
+  return static_cast<int32_t>(write(fd, buffer, static_cast<std::size_t>(size)));
+}
+
+int32_t lcmn_close(int32_t fd) {
+  // The lock would outlive close in a child of fork that still has the descriptor.
+  const int unlocked = flock(fd, LOCK_UN);
+  const int reason = errno;
+  const int closed = close(fd);
+  if (closed == 0 && unlocked != 0) errno = reason;
+  return unlocked == 0 && closed == 0 ? 0 : -1;
+}

@@ -1,0 +1,28 @@
+#include <cstring>
+
+#include "host/box/place.h"
+#include "host/box/unit_name.h"
+#include "host/platform/exported.h"
+
+namespace {
+
+constexpr int32_t kWholeLocation = 0;
+constexpr int32_t kLastComponent = 1;
+constexpr std::size_t kNameRoom = 128;
+
+}  // namespace
+
+int32_t api_conv_unit_name_get(const uint32_t *unit_id, int32_t form, char *name, int32_t unused_1, int32_t unused_2) {
+  if (unit_id == nullptr || name == nullptr || unused_1 != 0 || unused_2 != 0) return -1;
+  if (form != kWholeLocation && form != kLastComponent) return -1;
+  try {
+    auto found = box::unit_name(box::model_in(box::Place::here()), {unit_id[0], unit_id[1]});
+    if (!found) return -1;
+    if (form == kLastComponent) found->erase(0, found->rfind('/') + 1);
+    if (found->size() >= kNameRoom) return -1;
+    std::memcpy(name, found->c_str(), found->size() + 1);
+    return 0;
+  } catch (...) {
+    return -1;
+  }
+}

@@ -1,0 +1,93 @@
+#include <poll.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <charconv>
+#include <cstdio>
+#include <string_view>
+
+#include "host/include/lmainte_host.h"
+#include "host/platform/exported.h"
+
+namespace {
+
+constexpr int kNoAnswer = -2;  // the line is neither a choice nor q
+constexpr std::size_t kLineRoom = 64;
+
+struct Line {
+  char text[kLineRoom];
+  std::size_t length;  // of the line, however much of it there is room for
+
+  bool whole() const { return length <= kLineRoom; }
+  std::string_view view() const { return {text, length}; }
+};
+
+// Reads one byte, waiting for it also where another program left the terminal's descriptor in non-blocking mode.
+ssize_t read_byte(char *byte) {
+  ssize_t got = read(STDIN_FILENO, byte, 1);
+  while (got < 0 && (errno == EAGAIN || errno == EWOULDBLOCK)) {
+    pollfd input{STDIN_FILENO, POLLIN, 0};
+    if (poll(&input, 1, -1) < 0) return -1;
+    got = read(STDIN_FILENO, byte, 1);
+  }
+  return got;
+}
+
+// Reads a line byte by byte, so that what follows it stays for the next reader. An input that ends without a newline ends
+// with a line all the same.
+int read_line(Line *line) {
+  line->length = 0;
+  char byte = 0;
+  ssize_t got = 0;
+  while ((got = read_byte(&byte)) == 1 && byte != '\n') {
+    if (line->length < kLineRoom) line->text[line->length] = byte;
+    if (line->whole()) ++line->length;
+  }
+  if (got < 0) return errno == EINTR ? LMAINTE_HOST_INTERRUPTED : LMAINTE_HOST_ASK_FAILED;
+  return got == 0 && line->length == 0 ? LMAINTE_HOST_END_OF_INPUT : LMAINTE_HOST_CHOSEN;
+}
+
+std::string_view trimmed(std::string_view text) {
+  constexpr std::string_view kBlanks = " \t\r";
+  const std::size_t first = text.find_first_not_of(kBlanks);
+  if (first == std::string_view::npos) return {};
+  return text.substr(first, text.find_last_not_of(kBlanks) - first + 1);
+}
+
+int answer_in(const Line &line, int32_t choices, int32_t *choice) {
+  if (!line.whole()) return kNoAnswer;
+  const std::string_view text = trimmed(line.view());
+  if (text == "q" || text == "Q") return LMAINTE_HOST_GAVE_UP;
+  uint32_t number = 0;
+  const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
+  if (error != std::errc() || end != text.data() + text.size()) return kNoAnswer;
+  if (number < 1 || number > static_cast<uint32_t>(choices)) return kNoAnswer;
+  *choice = static_cast<int32_t>(number);
+  return LMAINTE_HOST_CHOSEN;
+}
+
+bool show(const char *prompt) {
+  return std::fputs(prompt, stdout) >= 0 && std::fflush(stdout) == 0;
+}
+
+void show_hint(int32_t choices) {
+  if (choices == 1) {
+    std::fputs("Type 1, or q to give up.\n", stdout);
+  } else {
+    std::printf("Type a number from 1 to %d, or q to give up.\n", choices);
+  }
+}
+
+}  // namespace
+
+int32_t cli_ask_select(int32_t first, void *second, const char *prompt) {
+  if (first < 1 || second == nullptr || prompt == nullptr) return LMAINTE_HOST_ASK_FAILED;
+  Line line{};
+  while (true) {
+    if (!show(prompt)) return LMAINTE_HOST_ASK_FAILED;
+    if (int read = read_line(&line); read != LMAINTE_HOST_CHOSEN) return read;
+    const int answer = answer_in(line, first, static_cast<int32_t *>(second));
+    if (answer != kNoAnswer) return answer;
+    show_hint(first);
+  }
+}

@@ -1,0 +1,37 @@
+#include <climits>
+#include <cstdlib>
+#include <cstring>
+
+#include "host/box/trace_ring.h"
+#include "host/platform/exported.h"
+
+namespace {
+
+constexpr char kRing[] = "/mgb/log/trace";
+constexpr std::uint32_t kHeadLength = 8;
+constexpr std::uint32_t kMaxLength = kHeadLength + 4 * sizeof(std::uint32_t);
+
+constinit box::TraceRing ring;
+
+// Here no memory may be allocated: the caller may be a signal handler, or a child between fork and execve.
+bool map_ring() {
+  char path[PATH_MAX];
+  const char *root = std::getenv("SPBOX_ROOT");
+  const std::size_t length = root == nullptr ? 0 : std::strlen(root);
+  if (length > sizeof path - sizeof kRing) return false;
+  if (length != 0) std::memcpy(path, root, length);
+  std::memcpy(path + length, kRing, sizeof kRing);
+  return ring.map(path);
+}
+
+}  // namespace
+
+// A ring that is missing is looked for again by the next record.
+int32_t mgb_trace_write(uint32_t module, uint32_t level, uint32_t kind, uint32_t event, const uint32_t *words,
+                        uint32_t length) {
+  if (length < kHeadLength || length > kMaxLength || length % sizeof(uint32_t) != 0) return -1;
+  const auto count = static_cast<uint32_t>((length - kHeadLength) / sizeof(uint32_t));
+  if (words == nullptr && count != 0) return -1;
+  if (ring.append(module, level, kind, event, words, count)) return 0;
+  return map_ring() && ring.append(module, level, kind, event, words, count) ? 0 : -1;
+}

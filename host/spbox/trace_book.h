@@ -1,0 +1,28 @@
+// What the library's trace records say, in words.
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+#include "host/box/trace_ring.h"
+
+namespace spbox {
+
+struct TraceValue {
+  std::string meaning;  // "time limit"
+  std::string text;     // "10", "-1 (no such process)"
+  std::uint32_t word;
+};
+
+struct TraceLine {
+  std::string function;  // "lmainte_exec", with an internal step behind it where the record is of one
+  std::string event;     // "entry", "exit", "a child was started"
+  std::string level;     // "progress", "error", "process", "system error"
+  std::vector<TraceValue> values;
+  bool is_known;  // false for an event that no function of the library writes
+};
+
+TraceLine words_of(const box::TraceEntry &entry);
+
+}  // namespace spbox

@@ -1,0 +1,146 @@
+#include <gtest/gtest.h>
+#include <sys/resource.h>
+
+#include <cerrno>
+#include <fstream>
+
+#include "host/box/event_log.h"
+#include "tests/host/box/child.h"
+#include "tests/host/box/scratch.h"
+
+namespace {
+
+using box::EventLog;
+using box::LogEntry;
+
+LogEntry numbered(std::uint32_t number) {
+  LogEntry entry{1'000'000'000LL * number, number, 0x00030000, {}};
+  for (std::size_t i = 0; i < entry.event.size(); ++i) entry.event[i] = static_cast<std::uint8_t>(number + i);
+  return entry;
+}
+
+bool same(const LogEntry &a, const LogEntry &b) {
+  return a.time_ns == b.time_ns && a.pid == b.pid && a.head == b.head && a.event == b.event;
+}
+
+class EventLogTest : public testing::Test {
+ protected:
+  void save(std::uint32_t first, std::uint32_t last) const {
+    for (std::uint32_t number = first; number <= last; ++number) {
+      ASSERT_TRUE(EventLog::append(file, numbered(number)));
+    }
+  }
+  void expect_entries(const std::vector<std::uint32_t> &numbers) const {
+    const auto entries = EventLog::read(file);
+    ASSERT_EQ(entries.size(), numbers.size());
+    for (std::size_t i = 0; i < numbers.size(); ++i) EXPECT_TRUE(same(entries[i], numbered(numbers[i]))) << numbers[i];
+  }
+
+  Scratch scratch;
+  std::filesystem::path file = scratch / "events";
+};
+
+TEST_F(EventLogTest, GivesBackWhatWasSavedOldestFirst) {
+  save(1, 3);
+  expect_entries({1, 2, 3});
+}
+
+TEST_F(EventLogTest, IsEmptyBeforeTheFirstEntry) {
+  EXPECT_TRUE(EventLog::read(file).empty());
+}
+
+TEST_F(EventLogTest, AnUnfinishedEntryIsLeftOutAndWrittenOver) {
+  save(1, 2);
+  const auto whole = std::filesystem::file_size(file);
+  for (std::uintmax_t cut : {std::uintmax_t{1}, whole / 4, whole / 2 - 1}) {
+    std::filesystem::resize_file(file, whole - cut);
+    expect_entries({1});
+    save(2, 2);
+    expect_entries({1, 2});
+    EXPECT_EQ(std::filesystem::file_size(file), whole);
+  }
+}
+
+TEST_F(EventLogTest, AnEntryThatNeverReachedTheDiskIsLeftOut) {
+  save(1, 2);
+  std::filesystem::resize_file(file, std::filesystem::file_size(file) / 2 * 3);  // zeros in place of a third entry
+  save(3, 3);
+  expect_entries({1, 2, 3});
+}
+
+TEST_F(EventLogTest, AnEntryWithAChangedByteIsLeftOut) {
+  save(1, 3);
+  const auto size = static_cast<std::streamoff>(std::filesystem::file_size(file));
+  std::fstream(file).seekp(size / 3 + 40).put('\x7F');
+  expect_entries({1, 3});
+}
+
+TEST_F(EventLogTest, EntriesOfSeveralProcessesStayWhole) {
+  constexpr std::uint32_t kEach = 40;
+  auto save_all = [&](std::uint32_t first) {
+    return [this, first](const auto &) {
+      for (std::uint32_t i = 0; i < kEach; ++i) {
+        if (!EventLog::append(file, numbered(first + i))) return 1;
+      }
+      return 0;
+    };
+  };
+  Child a(save_all(1000));
+  Child b(save_all(2000));
+  Child c(save_all(3000));
+  EXPECT_EQ(a.end(), 0);
+  EXPECT_EQ(b.end(), 0);
+  EXPECT_EQ(c.end(), 0);
+  std::vector<std::uint32_t> next{0, 1000, 2000, 3000};
+  const auto entries = EventLog::read(file);
+  EXPECT_EQ(entries.size(), 3 * kEach);
+  for (const LogEntry &entry : entries) {
+    ASSERT_LT(entry.pid / 1000, next.size());
+    EXPECT_TRUE(same(entry, numbered(next[entry.pid / 1000]++))) << entry.pid;
+  }
+}
+
+TEST_F(EventLogTest, AWriterThatDiesLeavesWholeEntries) {
+  std::size_t before = 0;
+  for (int round = 0; round < 5; ++round) {
+    Child writer([&](const auto &say_ready) {
+      say_ready();
+      for (std::uint32_t number = 1;; ++number) EventLog::append(file, numbered(number));
+      return 0;
+    });
+    ASSERT_TRUE(writer.is_ready());
+    while (EventLog::read(file).size() < before + 3) usleep(500);
+    writer.die();
+    ASSERT_TRUE(EventLog::append(file, numbered(7)));
+    const auto entries = EventLog::read(file);
+    EXPECT_TRUE(same(entries.back(), numbered(7)));
+    EXPECT_EQ(std::filesystem::file_size(file) % entries.size(), 0U) << "an entry was lost";
+    before = entries.size();
+  }
+}
+
+TEST_F(EventLogTest, AFullDiskIsAFailureAndLeavesTheLogWhole) {
+  save(1, 2);
+  EXPECT_EQ(in_child([&] {
+              signal(SIGXFSZ, SIG_IGN);
+              const auto size = std::filesystem::file_size(file) + 10;
+              const rlimit limit{size, size};
+              if (setrlimit(RLIMIT_FSIZE, &limit) != 0) return 1;
+              errno = 0;
+              return !EventLog::append(file, numbered(3)) && errno != 0 ? 0 : 2;
+            }),
+            0);
+  expect_entries({1, 2});
+  save(3, 3);
+  expect_entries({1, 2, 3});
+}
+
+TEST_F(EventLogTest, AFolderThatIsMissingIsAFailure) {
+  const std::filesystem::path lost = scratch / "log/events";
+  errno = 0;
+  EXPECT_FALSE(EventLog::append(lost, numbered(1)));
+  EXPECT_EQ(errno, ENOENT);
+  EXPECT_THROW(EventLog::read(lost), std::runtime_error);
+}
+
+}  // namespace

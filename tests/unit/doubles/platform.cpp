@@ -1,0 +1,170 @@
+// The service processor's own functions, over the machine in memory.
+
+#include "include/lmainte_platform.h"
+
+#include <unistd.h>
+
+#include <algorithm>
+#include <cstdlib>
+#include <cstring>
+
+#include <gtest/gtest.h>
+
+#include "tests/unit/doubles/machine.h"
+
+using doubles::machine;
+
+namespace {
+
+constexpr int32_t kNoSuchRecord = 3;
+constexpr int32_t kNoSuchName = 4;
+constexpr int32_t kFirstDescriptor = 40;
+
+std::string with_id(const char *verb, uint32_t db_id) {
+  return std::string(verb) + " " + std::to_string(db_id);
+}
+
+bool is_known(uint32_t db_id) {
+  if (db_id < std::size(machine().databases)) return true;
+  ADD_FAILURE() << "the client is asked for database " << db_id;
+  return false;
+}
+
+// Notes what no user of a database may do. The client would wait for itself, or for another process for ever.
+void require(bool holds, const std::string &what) {
+  if (!holds) ADD_FAILURE() << what;
+}
+
+bool any_locked_above(uint32_t db_id) {
+  for (uint32_t id = db_id + 1; id < std::size(machine().databases); ++id)
+    if (machine().databases[id].locked) return true;
+  return false;
+}
+
+bool is_padded(const char *key) {
+  const char *end = std::find(key, key + 128, '\0');
+  return end != key + 128 && std::all_of(end, key + 128, [](char c) { return c == '\0'; });
+}
+
+}  // namespace
+
+int32_t mgb_trace_write(uint32_t module, uint32_t level, uint32_t kind, uint32_t event, const uint32_t *words,
+                        uint32_t length) {
+  static int rubbish = 7000;
+  doubles::TraceRecord record = {module, level, kind, event, length, {}, machine().in_child};
+  std::memcpy(record.words, words, std::min<size_t>(length - 8, sizeof record.words));
+  machine().add_trace(record);
+  errno = ++rubbish;
+  return machine().trace_result;
+}
+
+int32_t scdb_open(uint32_t db_id) {
+  if (!is_known(db_id)) return -1;
+  require(!machine().databases[db_id].open, with_id("an open of the open database", db_id));
+  if (const auto *failure = machine().enter(with_id("open", db_id))) return failure->result;
+  machine().databases[db_id].open = true;
+  return 0;
+}
+
+int32_t scdb_close(uint32_t db_id) {
+  if (!is_known(db_id)) return -1;
+  require(machine().databases[db_id].open, with_id("a close of the closed database", db_id));
+  if (const auto *failure = machine().enter(with_id("close", db_id))) return failure->result;
+  machine().databases[db_id].open = false;
+  return 0;
+}
+
+int32_t scdb_lock(uint32_t db_id) {
+  if (!is_known(db_id)) return -1;
+  require(!machine().databases[db_id].locked, with_id("a lock of the locked database", db_id));
+  require(!any_locked_above(db_id), with_id("a lock below a locked database, of", db_id));
+  if (const auto *failure = machine().enter(with_id("lock", db_id))) return failure->result;
+  machine().databases[db_id].locked = true;
+  return 0;
+}
+
+int32_t scdb_unlock(uint32_t db_id) {
+  if (!is_known(db_id)) return -1;
+  require(machine().databases[db_id].locked, with_id("an unlock of the unlocked database", db_id));
+  require(!any_locked_above(db_id), with_id("an unlock below a locked database, of", db_id));
+  if (const auto *failure = machine().enter(with_id("unlock", db_id))) return failure->result;
+  machine().databases[db_id].locked = false;
+  return 0;
+}
+
+int32_t scdb_get(uint32_t db_id, const char *key, void **record, int32_t *size, uint32_t flags) {
+  require(is_padded(key), "a key that is not padded with zero bytes");
+  require(flags == 0, "flags in a read");
+  require(machine().databases[db_id].open && machine().databases[db_id].locked, "a read outside open and lock");
+  if (const auto *failure = machine().enter(with_id("get", db_id) + " " + key)) return failure->result;
+  const auto found = machine().records.find({db_id, key});
+  if (found == machine().records.end()) return kNoSuchRecord;
+  const auto &stored = found->second;
+  if (stored.hands_over) {
+    *record = std::malloc(std::max<size_t>(stored.bytes.size(), 1));
+    std::copy(stored.bytes.begin(), stored.bytes.end(), static_cast<uint8_t *>(*record));
+    machine().own(*record);
+  }
+  *size = static_cast<int32_t>(stored.bytes.size());
+  return stored.result;
+}
+
+int32_t lcmn_lopen(const char *path, int32_t flags, uint32_t mode) {
+  require(flags == 0 && mode == 0444, "an open that is not for reading alone");
+  if (const auto *failure = machine().enter(std::string("lopen ") + path)) {
+    errno = failure->error;
+    return failure->result;
+  }
+  if (machine().files.count(path) == 0) {
+    errno = ENOENT;
+    return -1;
+  }
+  int32_t fd = kFirstDescriptor;
+  while (machine().descriptors.count(fd) != 0) ++fd;
+  machine().descriptors[fd] = {path, 0};
+  return fd;
+}
+
+int32_t lcmn_read(int32_t fd, void *buffer, int32_t size) {
+  require(machine().descriptors.count(fd) == 1, "a read from a closed descriptor");
+  if (const auto *failure = machine().enter("lread " + std::to_string(size))) {
+    errno = failure->error;
+    return failure->result;
+  }
+  auto &descriptor = machine().descriptors[fd];
+  const auto &bytes = machine().files[descriptor.path];
+  const auto rest = static_cast<int32_t>(bytes.size() - descriptor.position);
+  const auto count = static_cast<size_t>(std::min({size, rest, machine().read_at_most}));
+  std::copy_n(bytes.begin() + static_cast<ptrdiff_t>(descriptor.position), count, static_cast<uint8_t *>(buffer));
+  descriptor.position += count;
+  errno = EINTR;
+  return static_cast<int32_t>(count);
+}
+
+int32_t lcmn_close(int32_t fd) {
+  require(machine().descriptors.count(fd) == 1, "a second close of a descriptor");
+  if (const auto *failure = machine().enter("lclose")) {
+    errno = failure->error;
+    return failure->result;
+  }
+  machine().descriptors.erase(fd);
+  return 0;
+}
+
+int32_t cli_ask_select(int32_t first, void *second, const char *prompt) {
+  machine().note("ask");
+  machine().asked.push_back({first, second, prompt});
+  if (machine().speaks) std::printf("<ask>");
+  return machine().answer;
+}
+
+int32_t api_conv_unit_name_get(const uint32_t *unit_id, int32_t form, char *name, int32_t unused_1, int32_t unused_2) {
+  require(unused_1 == 0 && unused_2 == 0, "unused arguments of a name that are not 0");
+  require(std::all_of(name, name + 128, [](char c) { return c == '\0'; }), "a name's room that is not cleared");
+  const std::string id = std::to_string(unit_id[0]) + ":" + std::to_string(unit_id[1]);
+  if (const auto *failure = machine().enter("name " + id + " form " + std::to_string(form))) return failure->result;
+  const auto found = machine().names.find({unit_id[0], unit_id[1]});
+  if (found == machine().names.end()) return kNoSuchName;
+  found->second.copy(name, 128);
+  return 0;
+}

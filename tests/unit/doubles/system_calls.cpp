@@ -1,0 +1,271 @@
+#include "tests/unit/doubles/system_calls.h"
+
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <clocale>
+#include <cstring>
+
+#include <gtest/gtest.h>
+
+#include "include/lmainte.h"
+#include "tests/unit/doubles/machine.h"
+#include "tests/unit/doubles/shared.h"
+
+using doubles::Machine;
+using doubles::machine;
+using doubles::Program;
+
+// Functions of the system that the library calls by name. Where no machine is running they are the system's own.
+
+namespace {
+
+// A failing system call's result, with errno set.
+int failed(const doubles::Failure &failure) {
+  errno = failure.error;
+  return failure.result;
+}
+
+pid_t fork_in_earnest() {
+  const pid_t child = __real_fork();
+  if (child == 0) {
+    machine().in_child = true;
+    ++machine().pid;
+  }
+  return child;
+}
+
+int end_of(int now, int seconds) {
+  return seconds == Program::kNever ? Program::kNever : now + seconds;
+}
+
+// Copies a vector of texts, one a line, and returns how many there are.
+template <size_t Size>
+uint32_t copy_lines(char *const *texts, char (&lines)[Size]) {
+  uint32_t count = 0;
+  size_t used = 0;
+  for (; texts[count] != nullptr; ++count)
+    used += static_cast<size_t>(std::snprintf(lines + used, Size - used, "%s\n", texts[count]));
+  return count;
+}
+
+pid_t wait_for_played(pid_t pid, int *status, bool no_hang) {
+  auto &children = machine().children;
+  const auto found = children.find(pid);
+  if (found == children.end()) {
+    errno = ECHILD;
+    return -1;
+  }
+  auto &child = found->second;
+  if (child.ends_at > machine().clock) {
+    if (no_hang) return 0;
+    if (child.ends_at == Program::kNever) ADD_FAILURE() << "a wait for ever";
+    machine().clock = child.ends_at;
+  }
+  *status = child.status;
+  children.erase(found);
+  return pid;
+}
+
+void signal_played(Machine::Child &child, int signal) {
+  const int now = machine().clock;
+  if (child.ends_at <= now) return;
+  const bool polite = signal == SIGTERM;
+  const int ends_at = polite ? end_of(now, child.program.seconds_after_sigterm) : now;
+  if (ends_at >= child.ends_at) return;
+  child.ends_at = ends_at;
+  child.status = polite ? child.program.status_after_sigterm : signal;
+}
+
+// A mark between what the library prints: who had the terminal when.
+void speak(const char *mark) {
+  if (machine().speaks) std::printf("<%s>", mark);
+}
+
+bool refuses_terminal(int fd) {
+  const bool refused = fd < 0 || fd > 2 || !machine().is_terminal[fd];
+  if (refused) errno = ENOTTY;
+  return refused;
+}
+
+}  // namespace
+
+extern "C" {
+
+pid_t __wrap_getpid() {
+  return machine().active ? machine().pid : __real_getpid();
+}
+
+pid_t __wrap_fork() {
+  if (!machine().active) return __real_fork();
+  for (const auto &[path, text] : machine().disk) {
+    machine().pages.push_back(text);
+    machine().pages_path = path;
+  }
+  if (const auto *failure = machine().enter("fork")) return failed(*failure);
+  if (machine().children_are_real) return fork_in_earnest();
+  Program program;
+  if (!machine().programs.empty()) {
+    program = machine().programs.front();
+    machine().programs.pop_front();
+  }
+  const pid_t child = machine().next_child++;
+  machine().children[child] = {program, end_of(machine().clock, program.seconds), program.status};
+  return child;
+}
+
+int __wrap_execve(const char *path, char *const arguments[], char *const environment[]) {
+  if (!machine().active) return __real_execve(path, arguments, environment);
+  if (const auto *failure = machine().enter(std::string("execve ") + path)) return failed(*failure);
+  auto &executed = doubles::shared().executed;
+  std::snprintf(executed.path, sizeof executed.path, "%s", path);
+  executed.arguments_end = copy_lines(arguments, executed.arguments);
+  copy_lines(environment, executed.environment);
+  executed.happened = true;
+  __real__exit(machine().child_exits_with);
+}
+
+void __wrap__exit(int status) {
+  if (machine().active && machine().in_child) {
+    doubles::shared().left_by_exit = true;
+    doubles::shared().blocks_left = static_cast<uint32_t>(machine().blocks());
+  }
+  __real__exit(status);
+}
+
+// A child that runs in earnest ends at once, so a wait for it need not be repeated.
+pid_t __wrap_waitpid(pid_t pid, int *status, int options) {
+  if (!machine().active) return __real_waitpid(pid, status, options);
+  const bool no_hang = (options & WNOHANG) != 0;
+  machine().seen_pids.push_back(g_show_file_pid);
+  const std::string who = machine().children_are_real ? "child" : std::to_string(pid);
+  if (const auto *failure = machine().enter("waitpid " + who + (no_hang ? " nohang" : ""))) return failed(*failure);
+  if (machine().children_are_real) return __real_waitpid(pid, status, 0);
+  return wait_for_played(pid, status, no_hang);
+}
+
+int __wrap_kill(pid_t pid, int signal) {
+  if (!machine().active) return __real_kill(pid, signal);
+  const auto *failure = machine().enter("kill " + std::to_string(pid) + " " + std::to_string(signal));
+  if (failure != nullptr) return failed(*failure);
+  const auto found = machine().children.find(pid);
+  if (found == machine().children.end()) {
+    ADD_FAILURE() << "a signal to the process " << pid;
+    return -1;
+  }
+  signal_played(found->second, signal);
+  errno = EAGAIN;
+  return 0;
+}
+
+// One that fails is interrupted at once.
+unsigned __wrap_sleep(unsigned seconds) {
+  if (!machine().active) return __real_sleep(seconds);
+  if (machine().enter("sleep " + std::to_string(seconds)) != nullptr) return seconds;
+  machine().clock += static_cast<int>(seconds);
+  errno = EAGAIN;
+  return 0;
+}
+
+int __wrap_close(int fd) {
+  if (machine().active && machine().in_child) machine().note("close " + std::to_string(fd));
+  return __real_close(fd);
+}
+
+void *__wrap_calloc(size_t count, size_t size) {
+  if (!machine().active) return __real_calloc(count, size);
+  if (const auto *failure = machine().enter("calloc")) {
+    errno = failure->error;
+    return nullptr;
+  }
+  void *block = __real_calloc(count, size);
+  machine().own(block);
+  return block;
+}
+
+void __wrap_free(void *block) {
+  if (machine().active && block != nullptr) machine().disown(block);
+  __real_free(block);
+}
+
+FILE *__wrap_fopen(const char *path, const char *mode) {
+  if (!machine().active) return __real_fopen(path, mode);
+  if (const auto *failure = machine().enter(std::string("fopen ") + path + " " + mode)) {
+    errno = failure->error;
+    return nullptr;
+  }
+  auto stream = std::make_unique<Machine::Stream>();
+  stream->path = path;
+  FILE *file = open_memstream(&stream->text, &stream->size);
+  machine().streams[file] = std::move(stream);
+  return file;
+}
+
+int __wrap_fclose(FILE *file) {
+  const auto found = machine().streams.find(file);
+  if (!machine().active || found == machine().streams.end()) return __real_fclose(file);
+  const auto stream = std::move(found->second);
+  machine().streams.erase(found);
+  __real_fclose(file);
+  machine().disk[stream->path] = std::string(stream->text, stream->size);
+  __real_free(stream->text);
+  const auto *failure = machine().enter("fclose " + stream->path);
+  return failure != nullptr ? failed(*failure) : 0;
+}
+
+int __wrap_remove(const char *path) {
+  if (!machine().active) return __real_remove(path);
+  if (const auto *failure = machine().enter(std::string("remove ") + path)) return failed(*failure);
+  if (machine().disk.erase(path) == 1) return 0;
+  errno = ENOENT;
+  return -1;
+}
+
+int __wrap_stat(const char *path, struct stat *result) {
+  if (!machine().active) return __real_stat(path, result);
+  if (const auto *failure = machine().enter(std::string("stat ") + path)) return failed(*failure);
+  if (machine().markers.count(path) == 1) return 0;
+  errno = ENOENT;
+  return -1;
+}
+
+int __wrap_tcgetattr(int fd, termios *attributes) {
+  if (!machine().active) return __real_tcgetattr(fd, attributes);
+  if (const auto *failure = machine().enter("tcgetattr " + std::to_string(fd))) return failed(*failure);
+  if (machine().terminal_is_real) return __real_tcgetattr(fd, attributes);
+  if (refuses_terminal(fd)) return -1;
+  *attributes = machine().terminal;
+  return 0;
+}
+
+int __wrap_tcsetattr(int fd, int actions, const termios *attributes) {
+  if (!machine().active) return __real_tcsetattr(fd, actions, attributes);
+  const std::string when = actions == TCSANOW ? " now" : " later";
+  if (const auto *failure = machine().enter("tcsetattr " + std::to_string(fd) + when)) return failed(*failure);
+  if (machine().terminal_is_real) return __real_tcsetattr(fd, actions, attributes);
+  if (refuses_terminal(fd)) return -1;
+  speak((attributes->c_lflag & ECHO) != 0 ? "echo on" : "echo off");
+  machine().terminal = *attributes;
+  return 0;
+}
+
+int __wrap_tcflush(int fd, int queue) {
+  if (!machine().active) return __real_tcflush(fd, queue);
+  const std::string which = queue == TCIFLUSH ? " input" : queue == TCOFLUSH ? " output" : " another queue";
+  if (const auto *failure = machine().enter("tcflush " + std::to_string(fd) + which)) return failed(*failure);
+  if (machine().terminal_is_real) return __real_tcflush(fd, queue);
+  if (refuses_terminal(fd)) return -1;
+  speak("flush");
+  return 0;
+}
+
+char *__wrap_dcgettext(const char *domain, const char *message, int category) {
+  if (!machine().active) return __real_dcgettext(domain, message, category);
+  machine().looked_up.push_back(std::string(domain) + (category == LC_MESSAGES ? " messages " : " ? ") + message);
+  const auto found = machine().catalogue.find(message);
+  return const_cast<char *>(found == machine().catalogue.end() ? message : found->second.c_str());
+}
+
+}  // extern "C"
