@@ -6,7 +6,7 @@
 
 #include "host/box/database.h"
 #include "host/box/inventory_records.h"
-#include "lmainte.h"
+#include "include/lmainte.h"
 
 namespace box {
 namespace {

@@ -8,7 +8,7 @@
 #include "host/box/inventory_records.h"
 #include "host/box/programs.h"
 #include "host/box/trace_ring.h"
-#include "lmainte.h"
+#include "include/lmainte.h"
 
 namespace box {
 namespace {

@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <optional>
 
-#include "lmainte.h"
+#include "include/lmainte.h"
 
 namespace box {
 namespace {

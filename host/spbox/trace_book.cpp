@@ -1,10 +1,14 @@
 #include "host/spbox/trace_book.h"
 
 #include <algorithm>
+#include <array>
 #include <cstdio>
 #include <cstring>
 #include <iterator>
 #include <span>
+
+#include "host/box/inventory_kinds.h"
+#include "host/box/programs.h"
 
 namespace spbox {
 namespace {
@@ -77,8 +81,7 @@ constexpr std::uint32_t error_2(std::uint32_t block, std::uint32_t number) {
   return point_2(block, number) + kSecondErrorBits;
 }
 
-// Values whose meaning ends in "errno" are shown with the error's text, "wait status" with what it says, and "unit id" and
-// "event" in hexadecimal.
+// The meaning of a value also says how it is shown: see value_text.
 constexpr Phrase kPhrases[] = {
     {point(0x000, 2), "the operator answered", "result"},
     {error(0x000, 1), "the second argument is null"},
@@ -278,12 +281,28 @@ std::string wait_status_text(std::uint32_t status) {
   return format("%u (exit status %u)", status, status >> 8 & 0xFF);
 }
 
+std::string named(std::uint32_t word, std::string_view name) {
+  const std::string number = std::to_string(static_cast<int>(word));
+  return name.empty() ? number : number + " (" + std::string(name) + ")";
+}
+
+template <std::size_t Size>
+std::string_view name_in(const std::array<std::string_view, Size> &names, std::uint32_t word) {
+  return word < Size ? names[word] : std::string_view();
+}
+
+constexpr std::array<std::string_view, 6> kDatabases{"general", "setup", "current", "local", "FRU", "reserved"};
+
 std::string value_text(const std::string &meaning, std::uint32_t word) {
   const int number = static_cast<int>(word);
-  if (meaning.ends_with("errno")) return format("%d (%s)", number, std::strerror(number));
+  // NOLINTNEXTLINE(concurrency-mt-unsafe): one thread
+  if (meaning.ends_with("errno")) return named(word, std::strerror(number));
   if (meaning == "wait status") return wait_status_text(word);
   if (meaning == "unit id") return format("%08X", word);
-  return std::to_string(number);
+  if (meaning == "model") return named(word, box::model_name(word));
+  if (meaning.ends_with("database")) return named(word, name_in(kDatabases, word));
+  if (meaning == "command") return named(word, word < box::kPrograms.size() ? box::kPrograms[word].name : "");
+  return named(word, "");
 }
 
 TraceValue value_of(const char *meaning, std::uint32_t word) {
@@ -309,7 +328,7 @@ TraceLine words_of(const box::TraceEntry &entry) {
   const Phrase *phrase = phrase_of(entry.event);
   const bool is_bound = function != nullptr && !place.is_error && place.number < function->first + 2;
   line.is_known = function != nullptr && (phrase != nullptr || is_bound);
-  line.function = function != nullptr ? function->name : format("block %03X", place.block);
+  line.function = function != nullptr ? function->name : "?";
   if (phrase != nullptr) {
     line.event = phrase->text;
     const char *const meanings[] = {phrase->first, phrase->second};
@@ -320,7 +339,8 @@ TraceLine words_of(const box::TraceEntry &entry) {
   if (is_bound)
     line.event = place.number == function->first ? "entry" : "exit";
   else
-    line.event = format("event %08X", entry.event);
+    line.event = format("event %08X (block %03X, %s %u)", entry.event, place.block, place.is_error ? "error" : "point",
+                        place.number);
   add_values(entry, result, line);
   return line;
 }

@@ -40,6 +40,10 @@ struct Operation {
   std::vector<int32_t> refused_modes;
 };
 
+void PrintTo(const Operation &operation, std::ostream *out) {
+  *out << operation.name;
+}
+
 const std::vector<Operation> &operations() {
   static const std::vector<Operation> kRows = {
       {"control_mainte",

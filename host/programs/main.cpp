@@ -1,0 +1,82 @@
+// The control programs of a box. Nobody reads their output: they are run without standard input, output and error, and
+// say all with their exit status.
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <chrono>
+#include <csignal>
+#include <exception>
+#include <string>
+
+#include "host/box/place.h"
+#include "host/programs/control_programs.h"
+
+namespace programs {
+namespace {
+
+// The databases would be opened on descriptors 0 to 2 otherwise, where any stray message would be written into them.
+bool fill_standard_descriptors() {
+  int fd = 0;
+  while ((fd = open("/dev/null", O_RDWR | O_CLOEXEC)) >= 0 && fd <= STDERR_FILENO) {
+  }
+  if (fd < 0) return false;
+  close(fd);
+  return true;
+}
+
+std::string joined(int argc, char **argv) {
+  std::string line;
+  for (int i = 1; i < argc; ++i) line += (i > 1 ? " " : "") + std::string(argv[i]);
+  return line;
+}
+
+std::int64_t now_ns() {
+  const auto since_epoch = std::chrono::system_clock::now().time_since_epoch();
+  return std::chrono::duration_cast<std::chrono::nanoseconds>(since_epoch).count();
+}
+
+void sleep_whole(unsigned seconds) {
+  while (seconds > 0) seconds = sleep(seconds);
+}
+
+// What comes before the program's own work; returns the exit status that takes its place, if any.
+std::optional<int> bent(const box::Bend &bend) {
+  sleep_whole(bend.delay);
+  while (bend.hang) pause();
+  if (bend.die) {
+    std::signal(*bend.die, SIG_DFL);
+    std::raise(*bend.die);
+  }
+  return bend.exit;
+}
+
+int run(int argc, char **argv, const ControlProgram &program) {
+  const box::Place place = box::Place::here();
+  box::Hardware hardware(place);
+  const box::Bend bend = hardware.bend(program.name);
+  if (bend.ignore_term) std::signal(SIGTERM, SIG_IGN);
+  box::Run record{now_ns(), getpid(), std::nullopt, joined(argc, argv)};
+  hardware.set_last_run(program.name, record);
+  record.status = bent(bend);
+  if (!record.status) {
+    Machine machine{place, box::model_in(place), hardware};
+    const std::optional<Arguments> arguments = parse(argc, argv, program.options);
+    record.status = arguments ? program.act(*arguments, machine) : kUsage;
+  }
+  hardware.set_last_run(program.name, record);
+  return *record.status;
+}
+
+}  // namespace
+}  // namespace programs
+
+int main(int argc, char **argv) {
+  if (!programs::fill_standard_descriptors() || argc < 1) return programs::kFailed;
+  try {
+    const std::string path = argv[0];
+    const programs::ControlProgram *program = programs::find_program(path.substr(path.rfind('/') + 1));
+    return program == nullptr ? programs::kUsage : programs::run(argc, argv, *program);
+  } catch (const std::exception &) {
+    return programs::kFailed;
+  }
+}

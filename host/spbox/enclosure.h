@@ -1,0 +1,51 @@
+// The root of a command in a box: the workstation read only, with the box's own /mgb and /tmp, made by bubblewrap.
+#pragma once
+
+#include <filesystem>
+#include <set>
+#include <string>
+#include <vector>
+
+#include "host/box/place.h"
+
+namespace spbox {
+
+// What a root is made for.
+struct Visit {
+  box::Place box;
+  std::filesystem::path spbox;            // this program
+  std::filesystem::path control_program;  // mounted where the control programs' names lead
+  std::filesystem::path program;          // the command's program, as far as it is found
+  std::filesystem::path folder;           // the working folder
+  bool pager = true;                      // false: the pager cannot be run
+};
+
+// The workstation's own things in /tmp that the command must see: what holds the program, the working folder or spbox.
+std::set<std::string> guests_in_tmp(const Visit &visit);
+
+// The arguments of bwrap up to the command that it is to start.
+std::vector<std::string> bwrap_arguments(const Visit &visit);
+
+// Where spbox itself can be started inside the root.
+inline constexpr const char *kSpboxInside = "/mgb/lib/spbox";
+
+// The empty files and folders in the box's tmp folder on which the workstation's things are mounted. Those that had to
+// be made are removed by the last command that leaves the box.
+class MountPoints {
+ public:
+  explicit MountPoints(const box::Place &place);  // throws
+  ~MountPoints();
+  MountPoints(const MountPoints &) = delete;
+  MountPoints &operator=(const MountPoints &) = delete;
+
+  void make(const std::string &name, bool folder);  // throws
+
+ private:
+  void remove_all() const;
+
+  std::filesystem::path tmp_;
+  std::filesystem::path list_;
+  int fd_;
+};
+
+}  // namespace spbox

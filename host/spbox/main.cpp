@@ -1,0 +1,73 @@
+// spbox: a service processor in a folder, for people.
+#include <CLI/CLI.hpp>
+#include <algorithm>
+#include <cstdio>
+#include <exception>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "host/spbox/verbs.h"
+
+namespace {
+
+constexpr const char *kDescription =
+    "A service processor in a folder: make one, run maintenance commands in it, look after its units.";
+constexpr const char *kExamples =
+    "Examples:\n"
+    "  spbox create box --model qe1          a full, healthy server\n"
+    "  spbox run box -- ./replace_unit       a maintenance command in it, on this terminal\n"
+    "  spbox fault box /PSU#3                what a technician finds ...\n"
+    "  spbox pull box /PSU#3                 ... and does\n"
+    "  spbox program box ctlled --exit 206   a control program that fails\n"
+    "  spbox trace box --last 20             what the command left in the trace\n\n"
+    "Exit status: 0 done, 1 it could not be done, 2 the command line makes no sense; of `run`, the command's own.\n"
+    "`spbox VERB --help` says more.";
+
+// The command that `run` is given after "--" is nobody else's to read.
+std::vector<std::string> take_command(std::vector<std::string> &arguments) {
+  const auto mark = std::find(arguments.begin(), arguments.end(), "--");
+  if (mark == arguments.end()) return {};
+  std::vector<std::string> command(mark + 1, arguments.end());
+  arguments.erase(mark, arguments.end());
+  return command;
+}
+
+int run(int argc, char **argv) {
+  std::vector<std::string> arguments(argv + 1, argv + argc);
+  const bool is_run = !arguments.empty() && arguments.front() == "run";
+  const std::vector<std::string> command = is_run ? take_command(arguments) : std::vector<std::string>{};
+
+  CLI::App app(kDescription, "spbox");
+  app.require_subcommand(1);
+  app.footer(kExamples);
+  spbox::Action action;
+  spbox::add_create(app, action);
+  spbox::add_run(app, action, command);
+  spbox::add_units(app, action);
+  spbox::add_show(app, action);
+  spbox::add_changes(app, action);
+  spbox::add_program(app, action);
+  spbox::add_trace(app, action);
+  spbox::add_log(app, action);
+  try {
+    std::reverse(arguments.begin(), arguments.end());  // as the parser takes them
+    app.parse(arguments);
+  } catch (const CLI::ParseError &error) {
+    return app.exit(error) == 0 ? 0 : spbox::kUsage;
+  }
+  return action();
+}
+
+}  // namespace
+
+int main(int argc, char **argv) {
+  try {
+    if (argc > 1 && std::string_view(argv[1]) == spbox::kEnter) return spbox::enter_box(argc - 2, argv + 2);
+    return run(argc, argv);
+  } catch (const std::exception &error) {
+    std::fflush(stdout);
+    std::fprintf(stderr, "spbox: %s\n", error.what());
+    return spbox::kFailure;
+  }
+}

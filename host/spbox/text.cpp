@@ -1,0 +1,93 @@
+#include "host/spbox/text.h"
+
+#include <algorithm>
+#include <charconv>
+#include <csignal>
+#include <cstdio>
+#include <cstring>
+#include <ctime>
+
+namespace spbox {
+namespace {
+
+constexpr std::int64_t kSecond = 1000000000;
+
+std::string formatted(const std::tm &time, const char *format) {
+  char text[64] = {};
+  const std::size_t length = std::strftime(text, sizeof text, format, &time);
+  return {text, length};
+}
+
+std::tm local(std::int64_t time_ns) {
+  const auto seconds = static_cast<std::time_t>(time_ns / kSecond);
+  std::tm time{};
+  localtime_r(&seconds, &time);
+  return time;
+}
+
+std::string microseconds(std::int64_t time_ns) {
+  char text[16] = {};
+  std::snprintf(text, sizeof text, ".%06lld", static_cast<long long>(time_ns % kSecond / 1000));
+  return text;
+}
+
+}  // namespace
+
+std::string hexadecimal(std::uint32_t number, int digits) {
+  char text[16] = {};
+  std::snprintf(text, sizeof text, "0x%0*X", digits, number);
+  return text;
+}
+
+std::string signal_name(int signal) {
+  const char *name = sigabbrev_np(signal);
+  return name == nullptr ? "signal " + std::to_string(signal) : std::string("SIG") + name;
+}
+
+int signal_number(std::string_view text) {
+  int number = 0;
+  const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
+  if (error == std::errc() && end == text.data() + text.size()) return number > 0 && number < NSIG ? number : 0;
+  if (text.starts_with("SIG")) text.remove_prefix(3);
+  for (int signal = 1; signal < NSIG; ++signal) {
+    const char *name = sigabbrev_np(signal);
+    if (name != nullptr && text == name) return signal;
+  }
+  return 0;
+}
+
+std::string time_of_day(std::int64_t time_ns) {
+  return formatted(local(time_ns), "%H:%M:%S") + microseconds(time_ns);
+}
+
+std::string date_and_time(std::int64_t time_ns) {
+  return formatted(local(time_ns), "%Y-%m-%d %H:%M:%S");
+}
+
+std::string utc(std::int64_t time_ns) {
+  const auto seconds = static_cast<std::time_t>(time_ns / kSecond);
+  std::tm time{};
+  gmtime_r(&seconds, &time);
+  return formatted(time, "%Y-%m-%dT%H:%M:%S") + microseconds(time_ns) + "Z";
+}
+
+std::string aligned(const std::vector<std::vector<std::string>> &lines) {
+  std::vector<std::size_t> widths;
+  for (const auto &line : lines) {
+    widths.resize(std::max(widths.size(), line.size()));
+    for (std::size_t i = 0; i < line.size(); ++i) widths[i] = std::max(widths[i], line[i].size());
+  }
+  std::string text;
+  for (const auto &line : lines) {
+    std::string out;
+    for (std::size_t i = 0; i < line.size(); ++i) {
+      out += line[i];
+      out.append(widths[i] - line[i].size() + 2, ' ');
+    }
+    out.erase(out.find_last_not_of(' ') + 1);
+    text += out + '\n';
+  }
+  return text;
+}
+
+}  // namespace spbox

@@ -1,0 +1,24 @@
+// Numbers, times and tables as people read them.
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace spbox {
+
+std::string hexadecimal(std::uint32_t number, int digits = 8);  // "0x110C02F0"
+std::string signal_name(int signal);                            // "SIGTERM", "signal 99"
+
+// A signal by its number or its name, with or without "SIG"; 0 when there is no such signal.
+int signal_number(std::string_view text);
+
+std::string time_of_day(std::int64_t time_ns);    // local: "05:40:12.123456"
+std::string date_and_time(std::int64_t time_ns);  // local: "2026-11-21 05:40:12"
+std::string utc(std::int64_t time_ns);            // for scripts: "2026-11-21T05:40:12.123456Z"
+
+// Lines of cells, each column as wide as its widest cell. Nothing is left at the end of a line.
+std::string aligned(const std::vector<std::vector<std::string>> &lines);
+
+}  // namespace spbox

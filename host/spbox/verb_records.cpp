@@ -1,0 +1,147 @@
+// What commands left behind in the box: the trace and the log.
+#include <CLI/CLI.hpp>
+#include <cstdio>
+#include <memory>
+#include <nlohmann/json.hpp>
+
+#include "host/box/inventory.h"
+#include "host/spbox/log_book.h"
+#include "host/spbox/text.h"
+#include "host/spbox/trace_book.h"
+#include "host/spbox/verbs.h"
+
+namespace spbox {
+namespace {
+
+using nlohmann::json;
+
+struct Options {
+  std::filesystem::path box;
+  std::size_t last = 0;  // 0: all
+  bool as_json = false, errors = false;
+};
+
+template <typename Entry>
+void keep_last(std::vector<Entry> &entries, std::size_t last) {
+  if (last > 0 && entries.size() > last) entries.erase(entries.begin(), entries.end() - static_cast<long>(last));
+}
+
+std::uint32_t pid_of(const box::TraceEntry &entry) {
+  return entry.words[0];
+}
+
+std::uint32_t line_of(const box::TraceEntry &entry) {
+  return entry.words[1];
+}
+
+json json_of(const box::TraceEntry &entry) {
+  const TraceLine line = words_of(entry);
+  json values = json::array();
+  for (const TraceValue &value : line.values) {
+    values.push_back(
+        {{"meaning", value.meaning}, {"number", static_cast<std::int32_t>(value.word)}, {"text", value.text}});
+  }
+  return {{"number", entry.number},    {"time", utc(entry.time_ns)},       {"pid", pid_of(entry)},
+          {"function", line.function}, {"line", line_of(entry)},           {"level", line.level},
+          {"event", line.event},       {"code", hexadecimal(entry.event)}, {"known", line.is_known},
+          {"values", values}};
+}
+
+// "a child was started: time limit 10, child 4711"
+std::string text_of(const TraceLine &line) {
+  std::string text = line.event;
+  for (const TraceValue &value : line.values) {
+    text += (&value == &line.values.front() ? ": " : ", ") + value.meaning + " " + value.text;
+  }
+  return text;
+}
+
+std::vector<std::string> cells_of(const box::TraceEntry &entry) {
+  const TraceLine line = words_of(entry);
+  return {time_of_day(entry.time_ns), std::to_string(pid_of(entry)), line.level, line.function, text_of(line)};
+}
+
+bool is_error(const box::TraceEntry &entry) {
+  const std::string level = words_of(entry).level;
+  return level != "progress" && level != "process";
+}
+
+int trace(const Options &options) {
+  const box::Place place(options.box);
+  const box::Inventory inventory(place);  // says what is wrong where this is no box
+  std::vector<box::TraceEntry> entries = box::TraceRing::read(place.trace());
+  if (options.errors) std::erase_if(entries, [](const box::TraceEntry &entry) { return !is_error(entry); });
+  keep_last(entries, options.last);
+  if (options.as_json) {
+    json list = json::array();
+    for (const box::TraceEntry &entry : entries) list.push_back(json_of(entry));
+    std::puts(list.dump(2).c_str());
+    return 0;
+  }
+  std::vector<std::vector<std::string>> lines{{"Time", "Pid", "Level", "Function", "Event"}};
+  for (const box::TraceEntry &entry : entries) lines.push_back(cells_of(entry));
+  if (entries.empty()) {
+    std::puts(options.errors ? "The trace holds no error." : "The trace is empty: no command ran in the box yet.");
+  } else {
+    std::fputs(aligned(lines).c_str(), stdout);
+  }
+  return 0;
+}
+
+int log(const Options &options) {
+  const box::Place place(options.box);
+  const box::Inventory inventory(place);
+  std::vector<box::LogEntry> entries = box::EventLog::read(place.events());
+  keep_last(entries, options.last);
+  json list = json::array();
+  std::vector<std::vector<std::string>> lines{{"Time", "Pid", "Event", "Kind", "Unit", "Detail"}};
+  for (const box::LogEntry &entry : entries) {
+    const LogLine line = decode(inventory.model(), entry);
+    lines.push_back(
+        {date_and_time(entry.time_ns), std::to_string(entry.pid), line.what, line.kind, line.unit, line.detail});
+    list.push_back({{"time", utc(entry.time_ns)},
+                    {"pid", entry.pid},
+                    {"head", hexadecimal(entry.head)},
+                    {"code", line.code},
+                    {"what", line.what},
+                    {"kind", line.kind},
+                    {"unit", line.unit},
+                    {"detail", line.detail}});
+  }
+  if (options.as_json) {
+    std::puts(list.dump(2).c_str());
+  } else if (entries.empty()) {
+    std::puts("The log is empty.");
+  } else {
+    std::fputs(aligned(lines).c_str(), stdout);
+  }
+  return 0;
+}
+
+std::shared_ptr<Options> add_common(CLI::App *verb) {
+  auto options = std::make_shared<Options>();
+  verb->add_option("DIR", options->box, "Folder of the box")->required();
+  verb->add_option("--last", options->last, "The last so many only")->check(CLI::PositiveNumber);
+  verb->add_flag("--json", options->as_json, "For scripts");
+  return options;
+}
+
+}  // namespace
+
+void add_trace(CLI::App &app, Action &action) {
+  CLI::App *verb = app.add_subcommand("trace", "Show what the library recorded, in words");
+  auto options = add_common(verb);
+  verb->add_flag("--errors", options->errors, "Errors only");
+  verb->footer("The ring holds the last 65536 records of all commands.\n\nExamples:\n  spbox trace box --last 20\n" +
+               std::string("  spbox trace box --errors"));
+  verb->callback([options, &action] { action = [options] { return trace(*options); }; });
+}
+
+void add_log(CLI::App &app, Action &action) {
+  CLI::App *verb = app.add_subcommand("log", "Show the service processor's log, in words");
+  auto options = add_common(verb);
+  verb->footer("Example:\n  spbox log box --json");
+  verb->callback([options, &action] { action = [options] { return log(*options); }; });
+}
+
+}  // namespace spbox

@@ -1,0 +1,239 @@
+#include <fcntl.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <CLI/CLI.hpp>
+#include <array>
+#include <cerrno>
+#include <csignal>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <fstream>
+#include <memory>
+#include <sstream>
+#include <system_error>
+
+#include "host/box/inventory.h"
+#include "host/spbox/enclosure.h"
+#include "host/spbox/verbs.h"
+
+namespace spbox {
+namespace {
+
+namespace fs = std::filesystem;
+
+// What may end a command. The terminal sends these to every process of its foreground group, spbox and bwrap included:
+// those two stay until the command has ended in its own way.
+constexpr std::array<int, 4> kEnding{SIGINT, SIGQUIT, SIGTERM, SIGHUP};
+
+volatile sig_atomic_t command_pid = 0;
+volatile sig_atomic_t early_signal = 0;  // came before the command was there
+
+// A signal for spbox alone is passed on. When the terminal goes, only the leader of its session hears of it.
+void pass_on(int signal, siginfo_t *info, void * /*context*/) {
+  const int error = errno;
+  const bool for_all = info->si_code > 0 && !(signal == SIGHUP && getsid(0) == getpid());
+  if (!for_all) {
+    if (command_pid > 0) {
+      kill(command_pid, signal);
+    } else {
+      early_signal = signal;
+    }
+  }
+  errno = error;
+}
+
+[[noreturn]] void system_failure(const std::string &what) {
+  throw std::system_error(errno, std::generic_category(), what);
+}
+
+// A program as the shell finds it; as it was given where it is not found, so that the failure is reported inside.
+fs::path find_program(const std::string &name) {
+  std::error_code error;
+  if (name.find('/') != name.npos) return fs::absolute(name, error);
+  const char *path = std::getenv("PATH");
+  std::istringstream folders(path == nullptr ? "/usr/bin:/bin" : path);
+  for (std::string folder; std::getline(folders, folder, ':');) {
+    const fs::path candidate = fs::absolute(folder.empty() ? "." : folder, error) / name;
+    if (access(candidate.c_str(), X_OK) == 0) return candidate;
+  }
+  return {};
+}
+
+fs::path find_control_program(const fs::path &spbox) {
+  for (const fs::path &folder : {spbox.parent_path(), spbox.parent_path().parent_path() / "programs"}) {
+    if (access((folder / "control_program").c_str(), X_OK) == 0) return folder / "control_program";
+  }
+  throw std::runtime_error("control_program is neither beside " + spbox.string() +
+                           " nor in ../programs. Build it, or " + "put it beside spbox.");
+}
+
+std::string first_word_of(const char *file) {
+  std::ifstream in(file);
+  std::string word;
+  in >> word;
+  return word;
+}
+
+// Why the kernel may have refused a root of its own, as far as that can be told.
+std::string namespace_hint() {
+  if (first_word_of("/proc/sys/user/max_user_namespaces") == "0") {
+    return "This system allows no user namespaces: raise the sysctl user.max_user_namespaces";
+  }
+  if (first_word_of("/proc/sys/kernel/unprivileged_userns_clone") == "0") {
+    return "This system keeps user namespaces from ordinary users: set the sysctl kernel.unprivileged_userns_clone to "
+           "1";
+  }
+  if (first_word_of("/proc/sys/kernel/apparmor_restrict_unprivileged_userns") == "1") {
+    return "This system keeps user namespaces from programs without a profile: set the sysctl "
+           "kernel.apparmor_restrict_unprivileged_userns to 0";
+  }
+  return "In a container, let it make namespaces (docker run --privileged or --security-opt seccomp=unconfined)";
+}
+
+std::vector<char *> vector_of(std::vector<std::string> &words) {
+  std::vector<char *> pointers;
+  for (std::string &word : words) pointers.push_back(word.data());
+  pointers.push_back(nullptr);
+  return pointers;
+}
+
+// The signals that were ignored already when spbox was started, and are to stay so: one letter each.
+std::string ignored_now() {
+  std::string letters;
+  for (const int signal : kEnding) {
+    struct sigaction old = {};
+    sigaction(signal, nullptr, &old);
+    letters += old.sa_handler == SIG_IGN ? 'i' : 'd';
+  }
+  return letters;
+}
+
+[[noreturn]] void become_bwrap(std::vector<std::string> arguments) {
+  for (const int signal : kEnding) std::signal(signal, SIG_IGN);
+  execvp("bwrap", vector_of(arguments).data());
+  std::fprintf(stderr, "spbox: bwrap cannot be run: %s. Install bubblewrap (apt install bubblewrap).\n",
+               std::strerror(errno));  // NOLINT(concurrency-mt-unsafe): one thread
+  _exit(kFailure);
+}
+
+void listen_for_signals() {
+  for (const int signal : kEnding) {
+    struct sigaction action = {};
+    action.sa_sigaction = pass_on;
+    action.sa_flags = SA_SIGINFO | SA_RESTART;
+    sigemptyset(&action.sa_mask);
+    sigaction(signal, &action, nullptr);
+  }
+}
+
+// The command's process id, once it is inside; 0 when it never got there.
+pid_t read_pid(int fd) {
+  std::string text;
+  char character = 0;
+  for (ssize_t got = 0; (got = read(fd, &character, 1)) == 1 || (got < 0 && errno == EINTR);) {
+    if (got == 1) text += character;
+  }
+  return text.empty() ? 0 : std::atoi(text.c_str());
+}
+
+int wait_for(pid_t child) {
+  int status = 0;
+  while (waitpid(child, &status, 0) < 0) {
+    if (errno != EINTR) system_failure("waiting for bwrap");
+  }
+  return WIFSIGNALED(status) ? 128 + WTERMSIG(status) : WEXITSTATUS(status);
+}
+
+// Starts bwrap as a child and stays until it has ended. Returns the command's exit status.
+int visit(std::vector<std::string> arguments, const std::vector<std::string> &command) {
+  std::array<int, 2> ends{};
+  if (pipe2(ends.data(), O_CLOEXEC) != 0) system_failure("pipe");
+  fcntl(ends[1], F_SETFD, 0);
+  arguments.insert(arguments.end(), {"--", kSpboxInside, kEnter, std::to_string(ends[1]), ignored_now()});
+  arguments.insert(arguments.end(), command.begin(), command.end());
+  listen_for_signals();
+  std::fflush(nullptr);
+  const pid_t child = fork();
+  if (child < 0) system_failure("fork");
+  if (child == 0) become_bwrap(std::move(arguments));
+  close(ends[1]);
+  command_pid = read_pid(ends[0]);
+  close(ends[0]);
+  if (command_pid > 0 && early_signal > 0) kill(command_pid, early_signal);
+  const bool entered = command_pid > 0;
+  const int status = wait_for(child);
+  command_pid = 0;
+  if (!entered) {
+    throw std::runtime_error("the command was not run: no root of its own could be made for it (see above). " +
+                             namespace_hint() + ", or run spbox as root.");
+  }
+  return status;
+}
+
+void check_pager() {
+  if (access("/bin/busybox", X_OK) == 0) return;
+  throw std::runtime_error("/bin/busybox is missing: lists are shown through its pager. Install it (apt install " +
+                           std::string("busybox), or see with --no-pager what a command does without."));
+}
+
+int run(const fs::path &folder, bool pager, const std::vector<std::string> &command) {
+  const box::Place place(fs::absolute(folder));
+  const box::Inventory inventory(box::Place{folder});  // says what is wrong where this is no box
+  if (pager) check_pager();
+  Visit guest{.box = place,
+              .spbox = fs::read_symlink("/proc/self/exe"),
+              .control_program = {},
+              .program = find_program(command.front()),
+              .folder = fs::current_path(),
+              .pager = pager};
+  guest.control_program = find_control_program(guest.spbox);
+  MountPoints mount_points(place);
+  for (const std::string &name : guests_in_tmp(guest)) mount_points.make(name, fs::is_directory("/tmp/" + name));
+  return visit(bwrap_arguments(guest), command);
+}
+
+}  // namespace
+
+// Arguments: the descriptor that waits for the process id, a letter for each signal, and the command.
+int enter_box(int argc, char **argv) {
+  if (argc < 3) return kUsage;
+  const int fd = std::atoi(argv[0]);
+  for (std::size_t i = 0; i < kEnding.size(); ++i) {
+    if (argv[1][i] == 'd') std::signal(kEnding[i], SIG_DFL);
+  }
+  dprintf(fd, "%d", static_cast<int>(getpid()));
+  close(fd);
+  execvp(argv[2], argv + 2);
+  const int error = errno;
+  std::fprintf(stderr, "spbox: %s cannot be run in the box: %s.\n", argv[2],
+               std::strerror(error));  // NOLINT(concurrency-mt-unsafe): one thread
+  return error == ENOENT ? 127 : 126;
+}
+
+void add_run(CLI::App &app, Action &action, const std::vector<std::string> &command) {
+  CLI::App *verb = app.add_subcommand("run", "Run a command in the box, on this terminal: run DIR -- COMMAND...");
+  struct Options {
+    fs::path box;
+    bool no_pager = false;
+  };
+  auto options = std::make_shared<Options>();
+  verb->add_option("DIR", options->box, "Folder of the box")->required();
+  verb->add_flag("--no-pager", options->no_pager, "With a /bin/busybox that cannot be run");
+  verb->footer(
+      "The command sees the workstation read only, the box's databases, programs and times as /mgb, and the box's own\n"
+      "/tmp. Of the workstation's /tmp only what holds the program, the working folder or spbox is there. The exit "
+      "status\n"
+      "is the command's own; 128 and the signal's number when a signal ended it.\n\n"
+      "Examples:\n"
+      "  spbox run box -- ./replace_unit\n"
+      "  spbox run box -- /mgb/bin/ctlled -u /PSU#0 -c blink\n"
+      "  spbox run box -- sh                      look around");
+  verb->callback([options, &action, &command] {
+    if (command.empty()) throw CLI::RequiredError("a command after \"--\": spbox run DIR -- COMMAND...");
+    action = [options, &command] { return run(options->box, !options->no_pager, command); };
+  });
+}
+
+}  // namespace spbox

@@ -1,0 +1,204 @@
+// Every function, with its first, second, third ... call of the platform or the system failing, until it needs no more
+// calls than that. Whatever fails: the result is one that the header lists, and nothing is left behind but what could
+// not be given back.
+
+#include <sys/mman.h>
+
+#include <algorithm>
+#include <functional>
+#include <set>
+
+#include <gtest/gtest.h>
+
+#include "tests/unit/doubles/library_test.h"
+
+namespace {
+
+using doubles::Bytes;
+using doubles::Lines;
+using doubles::machine;
+
+struct Row {
+  std::string name;
+  std::function<int32_t()> call;
+  std::set<int32_t> results;       // that the header lists, but for the one of a call in which nothing fails
+  std::set<std::string> harmless;  // calls whose failure need not be one of the function
+  uint32_t entry = 0;              // its entry record, 0 where it has none of its own
+  std::function<void()> prepare = [] {};
+};
+
+void put_inventory() {
+  machine().records[{2, "current_system_info"}] = {Bytes(176)};
+  machine().records[{1, "setup_system_info"}] = {Bytes(248)};
+  machine().records[{0, "gen_system_info"}] = {Bytes(1408, 1)};
+  machine().records[{2, "current_psu_info"}] = {Bytes(3360, 0xFF)};
+  for (const char *name : {"fru_psu_qe_info_00", "fru_psu_qe_info_01"}) machine().records[{4, name}] = {Bytes(320, 4)};
+  machine().files["/mgb/cli/etc/controltime_qb"] = Bytes(256, 1);
+  machine().files["/mgb/cli/etc/cmdtime_qb"] = Bytes(128, 1);
+  machine().markers = {"/tmp/.qb1"};
+  machine().names[{0, 0}] = "/PSU#0";
+}
+
+int32_t use_a_session() {
+  int32_t result = lmainte_scdb_open(2);
+  if (result != 0) return result;
+  result = lmainte_scdb_lock(2);
+  if (result == 0) result = lmainte_scdb_unlock(2);
+  return lmainte_scdb_close(2) == 0 ? result : -1;
+}
+
+int32_t read_a_table() {
+  lmainte_access_entry *table = lmainte_db_make_access_table(0, 2, 320, "fru_psu_qe_info_%02d");
+  if (table == nullptr) return -1;
+  const int32_t result = lmainte_db_get_data(4, table);
+  lmainte_db_free_access_table(table);
+  return result;
+}
+
+int32_t get_model() {
+  lmainte_model_data data = {};
+  lmainte_cmdtime times[] = {{3, 0}, {0xFFFFFFFF, 0}};
+  return lmainte_get_model_data(&data, times);
+}
+
+int32_t get_psus() {
+  PsuData psus[2] = {};
+  return lmainte_get_psu_data(-1, 2, 3, psus);
+}
+
+int32_t ask() {
+  int32_t choice = 0;
+  int32_t result = 0;
+  doubles::printed_by([&] { result = lmainte_ask_select(1, &choice, "? "); });
+  return result;
+}
+
+const UnitRecord kUnit = {161, 0, 0, {0, 0}, "/PSU#0"};
+const PsuData kPsus[2] = {};
+const ListLine kLines[] = {doubles::head("h\n"), doubles::foot("f\n"), doubles::end_mark()};
+const std::set<std::string> kPager = {"waitpid", "fclose"};
+
+void hang() {
+  machine().programs = {doubles::ignores_sigterm()};
+}
+
+const std::vector<Row> &rows() {
+  static const std::vector<Row> kRows = {
+      {"scdb", use_a_session, {-1}, {}},
+      {"access_table", read_a_table, {-1}, {}},
+      {"get_model_data", get_model, {8}, {"stat"}, 0x110C0440},
+      {"get_psu_data", get_psus, {8}, {}, 0x110C0400},
+      {"exec", [] { return lmainte_exec(0, 2, "-c lock"); }, {127}, {}, 0x110C0020},
+      {"exec_of_a_hung_program", [] { return lmainte_exec(0, 2, "-c lock") - 127; }, {0}, {}, 0x110C0020, hang},
+      {"control_mainte", [] { return lmainte_control_mainte(1, 2); }, {8}, {}, 0x110C02F0},
+      {"report_vanta", [] { return lmainte_report_vanta(0, 2); }, {8}, {}, 0x110C0300},
+      {"control_fan", [] { return lmainte_control_fan(2, 2, "/FAN_A#0"); }, {8}, {}, 0x110C0310},
+      {"control_led", [] { return lmainte_control_led(1, 2, &kUnit); }, {8}, {}, 0x110C0330},
+      {"set_mainteflag", [] { return lmainte_set_mainteflag(1, 2, &kUnit); }, {8}, {}, 0x110C0340},
+      {"control_ioxled", [] { return lmainte_control_ioxled(1, 2, &kUnit); }, {8}, {}},
+      {"control_ioxpower", [] { return lmainte_control_ioxpower(1, 2, &kUnit); }, {8}, {}},
+      {"tty_control", [] { return lmainte_tty_control(0, 1); }, {8}, {}, 0x110C0010},
+      {"tty_control_flush", [] { return lmainte_tty_control(2, 1); }, {8}, {}, 0x110C0010},
+      {"ask_select", ask, {-1}, {}, 0x110C0000},
+      {"show_file", [] { return lmainte_show_file("/tmp/text"); }, {8}, kPager, 0x110C02E0},
+      {"show_menu", [] { return lmainte_show_menu(kLines); }, {8}, kPager, 0x110C8170},
+      {"show_psu_list", [] { return lmainte_show_psu_list(0, 2, kPsus, kLines); }, {8}, kPager, 0x110C0130},
+      {"show_psu_status", [] { return lmainte_show_psu_status(0, kPsus, kLines); }, {8}, kPager, 0x110C0230},
+  };
+  return kRows;
+}
+
+// A number that a child process leaves for its parent.
+int &number_of_calls() {
+  static void *const memory = mmap(nullptr, sizeof(int), PROT_READ | PROT_WRITE, MAP_SHARED | MAP_ANONYMOUS, -1, 0);
+  return *static_cast<int *>(memory);
+}
+
+void PrintTo(const Row &row, std::ostream *out) {
+  *out << row.name;
+}
+
+class FailureSweep : public doubles::LibraryTest, public ::testing::WithParamInterface<Row> {
+ protected:
+  void SetUp() override {
+    LibraryTest::SetUp();
+    number_of_calls() = 1;
+  }
+
+  const Row &row() { return GetParam(); }
+
+  // A new machine on which the call at this place fails, and the row's result there.
+  int32_t run(int fail_at) {
+    machine().start();
+    put_inventory();
+    row().prepare();
+    machine().fail_at = fail_at;
+    return row().call();
+  }
+};
+
+INSTANTIATE_TEST_SUITE_P(Of, FailureSweep, ::testing::ValuesIn(rows()), [](const auto &row) { return row.param.name; });
+
+std::string verb_of(const std::string &call) {
+  return call.substr(0, call.find(' '));
+}
+
+// What cannot be given back when this call has failed.
+Lines stays_behind(const std::string &failed) {
+  const std::string verb = verb_of(failed);
+  const std::string rest = failed.substr(std::min(verb.size() + 1, failed.size()));
+  if (verb == "unlock") return {"database " + rest + " locked"};
+  if (verb == "close") return {"database " + rest + " open"};
+  if (verb == "remove") return {"file " + rest};
+  if (verb == "waitpid") return {"child " + rest.substr(0, rest.find(' '))};
+  return {};
+}
+
+// A file that fails to close counts as open; which one it is the call does not say.
+bool may_stay(const std::string &what, const std::string &failed) {
+  if (verb_of(failed) == "lclose") return what.rfind("descriptor of ", 0) == 0;
+  const auto staying = stays_behind(failed);
+  return std::find(staying.begin(), staying.end(), what) != staying.end();
+}
+
+TEST_P(FailureSweep, NothingFails) {
+  doubles::in_a_process_of_its_own([this] {
+    EXPECT_EQ(run(0), 0);
+    EXPECT_EQ(machine().left_behind(), Lines{});
+    number_of_calls() = machine().steps + 1;
+  });
+  EXPECT_GT(number_of_calls(), 1);
+}
+
+TEST_P(FailureSweep, EachCallFailsInTurn) {
+  for (int n = 1; n <= number_of_calls() && !HasFailure(); ++n) {
+    doubles::in_a_process_of_its_own([this, n] {
+      const int32_t result = run(n);
+      const std::string failed = machine().failed_call;
+      SCOPED_TRACE("call " + std::to_string(n) + " fails: " + failed);
+      if (failed.empty()) return;
+      number_of_calls() = n + 1;
+      const bool is_harmless = row().harmless.count(verb_of(failed)) == 1 && result == 0;
+      EXPECT_TRUE(is_harmless || row().results.count(result) == 1) << "result " << result;
+      for (const auto &left : machine().left_behind()) EXPECT_TRUE(may_stay(left, failed)) << left;
+      if (row().entry == 0) return;
+      const auto trace = machine().trace_records();
+      EXPECT_EQ(trace.front().event, row().entry);
+      EXPECT_EQ(trace.back().event, row().entry + 1);
+    });
+  }
+  EXPECT_GT(number_of_calls(), 1);
+}
+
+TEST_P(FailureSweep, TraceThatFailsChangesNothing) {
+  doubles::in_a_process_of_its_own([this] {
+    machine().start();
+    put_inventory();
+    row().prepare();
+    machine().trace_result = -1;
+    EXPECT_EQ(row().call(), 0);
+    EXPECT_EQ(machine().left_behind(), Lines{});
+  });
+}
+
+}  // namespace
