@@ -92,6 +92,9 @@ bool refuses_terminal(int fd) {
 
 }  // namespace
 
+// Only the linker knows these names, so no header declares them.
+#pragma GCC diagnostic ignored "-Wmissing-declarations"
+
 extern "C" {
 
 pid_t __wrap_getpid() {
