@@ -59,7 +59,7 @@ void fill_component(const char *text, size_t length, lmainte_path_component &com
 }
 
 // The path of an I/O expansion unit stays whole: with no component it matches no location.
-bool split(const Call &position_call, uint32_t mode, const char *path, Path &parts) {
+bool split(uint32_t mode, const char *path, Path &parts) {
   const Call call(trace, kSplit);
   if (strncmp(path, kExpansionPrefix, strlen(kExpansionPrefix)) == 0) return true;
   while (*path == '/') {
@@ -67,7 +67,6 @@ bool split(const Call &position_call, uint32_t mode, const char *path, Path &par
     lmainte_path_component &component = parts.components[parts.count];
     if (length >= sizeof component.whole) {
       call.error(1, mode, static_cast<uint32_t>(length));
-      position_call.error(5, mode, LMAINTE_POSITION_UNKNOWN);
       return false;
     }
     fill_component(path, length, component);
@@ -207,7 +206,10 @@ int32_t lmainte_get_unit_position_id(uint32_t mode, const char *path, lmainte_un
     return LMAINTE_FAILED;
   }
   Path parts;
-  if (!split(call, mode, path, parts)) return LMAINTE_POSITION_UNKNOWN;
+  if (!split(mode, path, parts)) {
+    call.error(5, mode, LMAINTE_POSITION_UNKNOWN);
+    return LMAINTE_POSITION_UNKNOWN;
+  }
   return find_position(call, mode, model_data.model, parts, *position);
 }
 
