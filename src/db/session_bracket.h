@@ -8,9 +8,10 @@
 
 namespace lmainte {
 
-// The error events of a bracket; each carries the failing result and the database id.
+// The error events of a bracket; each carries the failing result and the database id, or these the other way round.
 struct BracketEvents {
   Point open, lock, unlock, close;
+  bool database_first = false;
 };
 
 // How the bracket holds its databases. Some work only needs them open.
@@ -40,7 +41,7 @@ class SessionBracket {
     while (held < N) {
       const int32_t result = step(db_ids_[held]);
       if (result != LMAINTE_OK) {
-        call_.error(event, result, db_ids_[held]);
+        record(event, result, db_ids_[held]);
         return false;
       }
       ++held;
@@ -54,11 +55,18 @@ class SessionBracket {
       const uint32_t db_id = db_ids_[--held];
       const int32_t result = step(db_id);
       if (result != LMAINTE_OK) {
-        call_.error(event, result, db_id);
+        record(event, result, db_id);
         good = false;
       }
     }
     return good;
+  }
+
+  void record(const Point &event, int32_t result, uint32_t db_id) const {
+    if (events_.database_first)
+      call_.error(event, db_id, result);
+    else
+      call_.error(event, result, db_id);
   }
 
   const Call &call_;

@@ -11,7 +11,7 @@ constexpr lmainte::Block kBlock = lmainte::second_block(0x012);
 constexpr int32_t kDdcUnits = 2;
 
 bool exist(const lmainte::UnitRange &range) {
-  return range.first >= 0 && range.first + range.count <= kDdcUnits;
+  return range.first >= 0 && range.first < kDdcUnits && range.count <= kDdcUnits - range.first;
 }
 
 }  // namespace

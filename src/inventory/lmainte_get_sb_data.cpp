@@ -28,7 +28,7 @@ constexpr Block kReadCpuModules = lmainte::plain_block(0x005);
 constexpr Block kReadIou = lmainte::second_block(0x00A);
 constexpr Block kReadDimms = lmainte::second_block(0x00B);
 
-constexpr BracketEvents kBracketEvents = {.open = 1, .lock = 2, .unlock = 3, .close = 4};
+constexpr BracketEvents kBracketEvents = {.open = 1, .lock = 2, .unlock = 3, .close = 4, .database_first = true};
 constexpr uint32_t kBoardDatabases[] = {LMAINTE_DB_SETUP, LMAINTE_DB_CURRENT, LMAINTE_DB_FRU};
 constexpr uint32_t kUnitDatabases[] = {LMAINTE_DB_CURRENT, LMAINTE_DB_FRU};
 

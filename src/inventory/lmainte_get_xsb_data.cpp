@@ -36,7 +36,8 @@ bool read(const Call &call, const UnitRange &range, XsbData *out) {
     return false;
   }
   for (int32_t i = 0; i < range.count; ++i) {
-    const int32_t number = range.first + i;
+    // Behind the highest number there is none, and no record.
+    const auto number = static_cast<int32_t>(static_cast<uint32_t>(range.first) + static_cast<uint32_t>(i));
     const void *setup_record = setup.find(number);
     const void *current_record = current.find(number);
     if (setup_record == nullptr || current_record == nullptr) {
