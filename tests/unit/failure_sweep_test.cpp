@@ -5,6 +5,7 @@
 #include <sys/mman.h>
 
 #include <algorithm>
+#include <cstdlib>
 #include <functional>
 #include <set>
 
@@ -27,12 +28,49 @@ struct Row {
   std::function<void()> prepare = [] {};
 };
 
+void put_numbered(uint32_t db_id, const char *pattern, int count, size_t size) {
+  for (int n = 0; n < count; ++n) {
+    char name[64];
+    std::snprintf(name, sizeof name, pattern, n);
+    machine().records[{db_id, name}] = {Bytes(size, 0x84)};
+  }
+}
+
+void put_board() {
+  put_numbered(1, "setup_cmu_info_%02d", 1, 256);
+  put_numbered(2, "current_cmu_info_%02d", 1, 1760);
+  put_numbered(2, "current_cpu_module_info_%02d", 1, 2976);
+  put_numbered(2, "current_dimm_info_%02d", 1, 1792);
+  put_numbered(2, "current_iou_info_%02d", 1, 2016);
+  put_numbered(4, "fru_cmu_info_%02d", 1, 8192);
+  put_numbered(4, "fru_cpu_info_%02d", 4, 8192);
+  put_numbered(4, "fru_dimm_info_%03d", 32, 256);
+  put_numbered(4, "fru_iou_qe_info_%02d", 1, 8192);
+  put_numbered(1, "setup_xsb_info_%02d", 2, 192);
+  put_numbered(2, "current_xsb_info_%02d", 2, 152);
+}
+
+void put_other_units() {
+  put_numbered(2, "current_fantray_info", 1, 6912);
+  put_numbered(4, "fru_fan_qe_info_%02d", 2, 256);
+  put_numbered(2, "current_domain_info_%02d", 2, 1464);
+  put_numbered(2, "current_bp32_info", 1, 1008);
+  put_numbered(4, "fru_bpa_info", 1, 8192);
+  put_numbered(4, "fru_ddca_info_%02d", 2, 320);
+  put_numbered(2, "current_mgb_info", 1, 160);
+  put_numbered(2, "current_mgbr_info", 1, 48);
+  put_numbered(3, "local_mgb_info", 1, 280);
+  put_numbered(4, "fru_emgbu_info_%02d", 4, 8192);
+}
+
 void put_inventory() {
   machine().records[{2, "current_system_info"}] = {Bytes(176)};
   machine().records[{1, "setup_system_info"}] = {Bytes(248)};
   machine().records[{0, "gen_system_info"}] = {Bytes(1408, 1)};
   machine().records[{2, "current_psu_info"}] = {Bytes(3360, 0xFF)};
   for (const char *name : {"fru_psu_qe_info_00", "fru_psu_qe_info_01"}) machine().records[{4, name}] = {Bytes(320, 4)};
+  put_board();
+  put_other_units();
   machine().files["/mgb/cli/etc/controltime_qb"] = Bytes(256, 1);
   machine().files["/mgb/cli/etc/cmdtime_qb"] = Bytes(128, 1);
   machine().markers = {"/tmp/.qb1"};
@@ -66,6 +104,68 @@ int32_t get_psus() {
   return lmainte_get_psu_data(-1, 2, 3, psus);
 }
 
+// Into as many records as any row reads.
+template <class Record, class Reader>
+int32_t read(Reader reader) {
+  Record records[4] = {};
+  return reader(records);
+}
+
+int32_t read_one_record() {
+  if (lmainte_scdb_open(2) != 0) return 8;
+  void *record = nullptr;
+  const uint32_t result = lmainte_scdb_lget(2, 3, 16, 0, &record);
+  free(record);
+  return lmainte_scdb_close(2) == 0 ? static_cast<int32_t>(result) : 8;
+}
+
+int32_t get_position() {
+  lmainte_unit_position position = {};
+  return lmainte_get_unit_position_id(0, "/PSU#1", &position);
+}
+
+int32_t convert() {
+  lmainte_fru_type type = {};
+  return lmainte_convert_strtofrutype("/PSU#1", &type);
+}
+
+int32_t get_boards() {
+  return read<SbData>([](SbData *out) { return lmainte_get_sb_data(-1, 1, 3, out); });
+}
+int32_t get_xsbs() {
+  return read<XsbData>([](XsbData *out) { return lmainte_get_xsb_data(-1, 2, 3, out); });
+}
+int32_t get_fantrays() {
+  return read<FantrayData>([](FantrayData *out) { return lmainte_get_fantray_data(-1, 2, 5, out); });
+}
+int32_t get_domains() {
+  return read<DomainData>([](DomainData *out) { return lmainte_get_domain_data(-1, 2, 3, out); });
+}
+int32_t get_system_status() {
+  return read<SystemStatus>([](SystemStatus *out) { return lmainte_get_system_status(out); });
+}
+int32_t get_backplane() {
+  return read<Bp32Data>([](Bp32Data *out) { return lmainte_get_bp32_data(0, 1, 3, out); });
+}
+int32_t get_ddcs() {
+  return read<BpUnitData>([](BpUnitData *out) { return lmainte_get_ddca_data(-1, 2, 3, out); });
+}
+int32_t get_emgbus() {
+  return read<EmgbUnitData>([](EmgbUnitData *out) { return lmainte_get_emgbu_data(-1, 2, 5, out); });
+}
+int32_t get_emgbrs() {
+  return read<EmgbUnitData>([](EmgbUnitData *out) { return lmainte_get_emgbr_data(-1, 2, 5, out); });
+}
+int32_t get_emgbs() {
+  return read<EmgbUnitData>([](EmgbUnitData *out) { return lmainte_get_emgb_data(130, -1, 2, 5, out); });
+}
+int32_t get_all_emgbs() {
+  return read<EmgbUnitData>([](EmgbUnitData *out) { return lmainte_get_emgb_data_all(5, out); });
+}
+int32_t get_emgb_pairs() {
+  return read<EmgbUnitData>([](EmgbUnitData *out) { return lmainte_get_emgb_data_pair(-1, 5, out); });
+}
+
 int32_t ask() {
   int32_t choice = 0;
   int32_t result = 0;
@@ -73,6 +173,7 @@ int32_t ask() {
   return result;
 }
 
+const uint8_t kRecord[256] = {};
 const UnitRecord kUnit = {161, 0, 0, {0, 0}, "/PSU#0"};
 const PsuData kPsus[2] = {};
 const ListLine kLines[] = {doubles::head("h\n"), doubles::foot("f\n"), doubles::end_mark()};
@@ -88,6 +189,22 @@ const std::vector<Row> &rows() {
       {"access_table", read_a_table, {-1}, {}},
       {"get_model_data", get_model, {8}, {"stat"}, 0x110C0440},
       {"get_psu_data", get_psus, {8}, {}, 0x110C0400},
+      {"scdb_lget", read_one_record, {8}, {}},
+      {"scdb_put", [] { return static_cast<int32_t>(lmainte_scdb_put(1, 3, 16, 0, &kRecord)); }, {8}, {}, 0x110C81D0},
+      {"get_unit_position_id", get_position, {8}, {"stat"}, 0x110C04A0},
+      {"convert_strtofrutype", convert, {8}, {"stat"}, 0x110C0520},
+      {"get_sb_data", get_boards, {8}, {}, 0x110C0030},
+      {"get_xsb_data", get_xsbs, {8}, {}, 0x110C8000},
+      {"get_fantray_data", get_fantrays, {8}, {}, 0x110C03E0},
+      {"get_domain_data", get_domains, {8}, {}, 0x110C0420},
+      {"get_system_status", get_system_status, {8}, {}, 0x110C0410},
+      {"get_bp32_data", get_backplane, {8}, {}, 0x110C8110},
+      {"get_ddca_data", get_ddcs, {8}, {}, 0x110C8120},
+      {"get_emgbu_data", get_emgbus, {8}, {}, 0x110C8210},
+      {"get_emgbr_data", get_emgbrs, {8}, {}, 0x110C8220},
+      {"get_emgb_data", get_emgbs, {8}, {}, 0x110C8228},
+      {"get_emgb_data_all", get_all_emgbs, {8}, {}, 0x110C82E0},
+      {"get_emgb_data_pair", get_emgb_pairs, {8}, {}, 0x110C82E0},
       {"exec", [] { return lmainte_exec(0, 2, "-c lock"); }, {127}, {}, 0x110C0020},
       {"exec_of_a_hung_program", [] { return lmainte_exec(0, 2, "-c lock") - 127; }, {0}, {}, 0x110C0020, hang},
       {"control_mainte", [] { return lmainte_control_mainte(1, 2); }, {8}, {}, 0x110C02F0},
@@ -143,11 +260,18 @@ std::string verb_of(const std::string &call) {
   return call.substr(0, call.find(' '));
 }
 
+// A database that stays locked keeps those below it locked too: they are not unlocked before it.
+Lines locked_up_to(const std::string &db_id) {
+  Lines locked;
+  for (int id = 0; id <= std::stoi(db_id); ++id) locked.push_back("database " + std::to_string(id) + " locked");
+  return locked;
+}
+
 // What cannot be given back when this call has failed.
 Lines stays_behind(const std::string &failed) {
   const std::string verb = verb_of(failed);
   const std::string rest = failed.substr(std::min(verb.size() + 1, failed.size()));
-  if (verb == "unlock") return {"database " + rest + " locked"};
+  if (verb == "unlock") return locked_up_to(rest);
   if (verb == "close") return {"database " + rest + " open"};
   if (verb == "remove") return {"file " + rest};
   if (verb == "waitpid") return {"child " + rest.substr(0, rest.find(' '))};

@@ -1,0 +1,125 @@
+// What the tests of the readers have in common: records whose untouched bytes can be told, the calls of the database
+// client, the arguments that are refused and the lengths that a name can have.
+#pragma once
+
+#include <cstring>
+#include <functional>
+#include <string>
+#include <utility>
+
+#include <gtest/gtest.h>
+
+#include "tests/unit/doubles/library_test.h"
+
+namespace doubles {
+
+constexpr uint8_t kUntouched = 0x5A;
+
+template <class Record>
+Record untouched() {
+  Record record;
+  std::memset(&record, kUntouched, sizeof record);
+  return record;
+}
+
+// Compares records byte for byte, their padding too.
+template <class Record>
+::testing::AssertionResult is_same(const Record &expected, const Record &record) {
+  const auto *left = reinterpret_cast<const uint8_t *>(&expected);
+  const auto *right = reinterpret_cast<const uint8_t *>(&record);
+  for (size_t i = 0; i < sizeof expected; ++i)
+    if (left[i] != right[i])
+      return ::testing::AssertionFailure() << "byte " << i << " is " << +right[i] << " instead of " << +left[i];
+  return ::testing::AssertionSuccess();
+}
+
+// Lines from every list, one after the other.
+inline Lines joined(const std::vector<Lines> &lists) {
+  Lines all;
+  for (const auto &list : lists) all.insert(all.end(), list.begin(), list.end());
+  return all;
+}
+
+// The calls of one access table: records of a database, between open and close.
+inline Lines fetch_of(uint32_t db_id, const Lines &names) {
+  const std::string id = std::to_string(db_id);
+  Lines calls = {"open " + id, "lock " + id};
+  for (const auto &name : names) calls.push_back("get " + id + " " + name);
+  calls.push_back("unlock " + id);
+  calls.push_back("close " + id);
+  return calls;
+}
+
+inline Lines client_calls() {
+  return machine().calls_of({"open", "lock", "get", "unlock", "close"});
+}
+
+inline std::string numbered(const char *stem, uint32_t number, int digits = 2) {
+  char name[64];
+  std::snprintf(name, sizeof name, "%s%0*u", stem, digits, number);
+  return name;
+}
+
+struct NameLength {
+  const char *says;
+  uint8_t stored;
+  size_t copied;
+};
+
+constexpr NameLength kNameLengths[] = {
+    {"no name", 0, 0},
+    {"one letter", 1, 1},
+    {"seventeen letters", 17, 17},
+    {"eighteen letters", 18, 18},
+    {"one letter more", 19, 18},
+    {"the most that six bits say", 63, 18},
+    {"the high bits are not the length's", 0xC5, 5},
+    {"no letter, with high bits", 0x40, 0},
+    {"all bits", 0xFF, 18},
+};
+
+// Reads a record whose name has each of the lengths: `read` stores the record and gives back the name's room, which was
+// filled with `fill` before.
+inline void expect_names(const std::function<std::string(uint8_t length, const std::string &text)> &read,
+                         char fill = static_cast<char>(kUntouched)) {
+  const std::string letters = "ABCDEFGHIJKLMNOPQRSTUVWXYZ";
+  for (const auto &row : kNameLengths) {
+    const std::string room = read(row.stored, letters);
+    ASSERT_GE(room.size(), 18u);
+    EXPECT_EQ(room, letters.substr(0, row.copied) + std::string(room.size() - row.copied, fill)) << row.says;
+  }
+}
+
+// The caller's own sessions around a body.
+inline void within_sessions(const std::vector<uint32_t> &db_ids, const std::function<void()> &body) {
+  for (const uint32_t id : db_ids) {
+    EXPECT_EQ(lmainte_scdb_open(id), 0);
+    EXPECT_EQ(lmainte_scdb_lock(id), 0);
+  }
+  machine().calls.clear();
+  body();
+  EXPECT_EQ(machine().calls_of({"open", "lock", "unlock", "close"}), Lines{});
+  for (auto id = db_ids.rbegin(); id != db_ids.rend(); ++id) {
+    EXPECT_EQ(lmainte_scdb_unlock(*id), 0);
+    EXPECT_EQ(lmainte_scdb_close(*id), 0);
+  }
+}
+
+// A reader's test, with records for it to fill.
+template <class Record, size_t Size>
+class ReaderTest : public LibraryTest {
+ protected:
+  ReaderTest() { wipe(); }
+
+  void wipe() { std::memset(out_, kUntouched, sizeof out_); }
+  ::testing::AssertionResult is_untouched(size_t i) { return is_same(untouched<Record>(), out_[i]); }
+  ::testing::AssertionResult all_untouched() {
+    for (size_t i = 0; i < Size; ++i)
+      if (auto same = is_untouched(i); !same) return same << ", of record " << i;
+    return ::testing::AssertionSuccess();
+  }
+
+  Record out_[Size];
+};
+
+}  // namespace doubles
