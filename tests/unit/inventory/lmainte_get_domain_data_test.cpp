@@ -22,11 +22,11 @@ class LmainteGetDomainData : public doubles::ReaderTest<DomainData, 25> {
     }
   }
 
-  static DomainData expected(uint32_t n) {
-    auto record = doubles::untouched<DomainData>();
-    record.number = static_cast<int32_t>(n);
-    record.dom_info_0 = 0x81020300 + n;
-    record.dom_byte_44 = static_cast<uint8_t>(0xE0 + n);
+  static doubles::Image<DomainData> expected(uint32_t n) {
+    doubles::Image<DomainData> record;
+    record->number = static_cast<int32_t>(n);
+    record->dom_info_0 = 0x81020300 + n;
+    record->dom_byte_44 = static_cast<uint8_t>(0xE0 + n);
     return record;
   }
 };

@@ -60,10 +60,10 @@ class EmgbTest : public doubles::ReaderTest<EmgbUnitData, 5> {
     machine().records[{4, identity(kind, n)}] = {RecordBytes(8192).byte(6187, length).text(6188, name)};
   }
 
-  // Words 0, 1, 3 and 4 of the local record tell themselves apart; all others are the number's.
+  // Every word of the local record tells which one it is, but for the byte with the number.
   static void run_on(uint8_t number) {
     RecordBytes local(280);
-    for (uint32_t n = 0; n < 70; ++n) local.word(4 * n, 0x90000000 + n);
+    for (uint32_t n = 0; n < 70; ++n) local.word(size_t{4} * n, 0x90000000 + n);
     machine().records[{3, "local_mgb_info"}] = {local.byte(20, number)};
   }
 

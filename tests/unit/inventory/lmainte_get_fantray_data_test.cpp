@@ -72,12 +72,12 @@ class LmainteGetFantrayData : public doubles::ReaderTest<FantrayData, 34> {
   }
 
   void put_head(uint32_t n, uint32_t status, uint8_t flags) {
-    const size_t at = 216 * n;
+    const size_t at = size_t{216} * n;
     current_.word(at, 0xC0000000 + n).word(at + 4, 0xD0000000 + n).word(at + 8, status).byte(at + 20, flags);
     machine().records[{2, "current_fantray_info"}] = {current_};
   }
   void put_fan(uint32_t n, uint32_t fan, uint32_t status, uint8_t flags) {
-    const size_t at = 216 * n + 56 * fan;
+    const size_t at = size_t{216} * n + size_t{56} * fan;
     current_.word(at + 32, status).byte(at + 44, flags);
     machine().records[{2, "current_fantray_info"}] = {current_};
   }
@@ -88,25 +88,25 @@ class LmainteGetFantrayData : public doubles::ReaderTest<FantrayData, 34> {
   }
 
   // The record of tray n, with the fans of the entry `fans_of`.
-  static FantrayData expected(int32_t model, uint32_t n, uint32_t fans_of) {
-    auto record = doubles::untouched<FantrayData>();
-    record.type = 180;
-    record.number = static_cast<int32_t>(n);
-    record.unit_id[0] = 0xC0000000 + n;
-    record.unit_id[1] = 0xD0000000 + n;
-    record.status = static_cast<int32_t>(kInstalled);
-    record.mainte_status = static_cast<int32_t>(kInstalled);
-    record.fan_count = model_of(model).fans.at(n);
-    for (uint32_t fan = 0; fan < static_cast<uint32_t>(record.fan_count); ++fan) {
-      record.fan[fan].status = static_cast<int32_t>(fan_status(fans_of, fan));
-      record.fan[fan].flags = fan_flags(fans_of, fan);
+  static doubles::Image<FantrayData> expected(int32_t model, uint32_t n, uint32_t fans_of) {
+    doubles::Image<FantrayData> record;
+    record->type = 180;
+    record->number = static_cast<int32_t>(n);
+    record->unit_id[0] = 0xC0000000 + n;
+    record->unit_id[1] = 0xD0000000 + n;
+    record->status = static_cast<int32_t>(kInstalled);
+    record->mainte_status = static_cast<int32_t>(kInstalled);
+    record->fan_count = model_of(model).fans.at(n);
+    for (uint32_t fan = 0; fan < static_cast<uint32_t>(record->fan_count); ++fan) {
+      record->fan[fan].status = static_cast<int32_t>(fan_status(fans_of, fan));
+      record->fan[fan].flags = fan_flags(fans_of, fan);
     }
     const std::string name = "TRAY-" + std::to_string(n);
-    if (is_high_end(model)) name.copy(record.fru_name, sizeof record.fru_name);
-    record.flags = 0;
+    if (is_high_end(model)) name.copy(record->fru_name, sizeof record->fru_name);
+    record->flags = 0;
     return record;
   }
-  static FantrayData expected(int32_t model, uint32_t n) { return expected(model, n, n); }
+  static doubles::Image<FantrayData> expected(int32_t model, uint32_t n) { return expected(model, n, n); }
 
   static Lines fru_names(uint32_t first, uint32_t count) {
     Lines names;

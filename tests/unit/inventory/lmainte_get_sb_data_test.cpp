@@ -48,8 +48,8 @@ class LmainteGetSbData : public doubles::ReaderTest<SbData, 3> {
   }
 
   // The entries of the two kinds of modules in their current records.
-  static size_t cpum_at(uint32_t k) { return 744 * k; }
-  static size_t dimm_at(uint32_t d) { return 56 * d; }
+  static size_t cpum_at(uint32_t k) { return size_t{744} * k; }
+  static size_t dimm_at(uint32_t d) { return size_t{56} * d; }
 
   void put_board(uint32_t n, uint32_t xsb_mode) {
     Board &board = boards_[n];

@@ -26,14 +26,14 @@ class LmainteGetXsbData : public doubles::ReaderTest<XsbData, 64> {
     }
   }
 
-  static XsbData expected(uint32_t n) {
-    auto record = doubles::untouched<XsbData>();
-    record.number = static_cast<int32_t>(n);
-    record.cur_info_0 = 0x02020200 + n;
-    record.cur_info_13 = 0x03030300 + n;
-    record.current_domain = static_cast<int32_t>(0x84040400 + n);
-    record.setup_domain = static_cast<int32_t>(0x01010100 + n);
-    record.active = static_cast<uint8_t>(0x80 + n);
+  static doubles::Image<XsbData> expected(uint32_t n) {
+    doubles::Image<XsbData> record;
+    record->number = static_cast<int32_t>(n);
+    record->cur_info_0 = 0x02020200 + n;
+    record->cur_info_13 = 0x03030300 + n;
+    record->current_domain = static_cast<int32_t>(0x84040400 + n);
+    record->setup_domain = static_cast<int32_t>(0x01010100 + n);
+    record->active = static_cast<uint8_t>(0x80 + n);
     return record;
   }
 };

@@ -5,6 +5,7 @@
 #include <cstring>
 #include <functional>
 #include <string>
+#include <type_traits>
 #include <utility>
 
 #include <gtest/gtest.h>
@@ -15,6 +16,7 @@ namespace doubles {
 
 constexpr uint8_t kUntouched = 0x5A;
 
+// A record as the caller left it.
 template <class Record>
 Record untouched() {
   Record record;
@@ -22,15 +24,35 @@ Record untouched() {
   return record;
 }
 
-// Compares records byte for byte, their padding too.
+// The same for a record with padding, which a copy of the record itself need not keep.
 template <class Record>
-::testing::AssertionResult is_same(const Record &expected, const Record &record) {
-  const auto *left = reinterpret_cast<const uint8_t *>(&expected);
-  const auto *right = reinterpret_cast<const uint8_t *>(&record);
-  for (size_t i = 0; i < sizeof expected; ++i)
+class Image {
+ public:
+  Record *operator->() { return reinterpret_cast<Record *>(bytes_.data()); }
+  const Bytes &bytes() const { return bytes_; }
+
+ private:
+  Bytes bytes_ = Bytes(sizeof(Record), kUntouched);
+};
+
+inline ::testing::AssertionResult are_same_bytes(const void *expected, const void *record, size_t size) {
+  const auto *left = static_cast<const uint8_t *>(expected);
+  const auto *right = static_cast<const uint8_t *>(record);
+  for (size_t i = 0; i < size; ++i)
     if (left[i] != right[i])
       return ::testing::AssertionFailure() << "byte " << i << " is " << +right[i] << " instead of " << +left[i];
   return ::testing::AssertionSuccess();
+}
+
+// Compare records byte for byte, their padding too.
+template <class Record>
+::testing::AssertionResult is_same(const Record &expected, const Record &record) {
+  static_assert(std::has_unique_object_representations_v<Record>, "a record with padding needs an image");
+  return are_same_bytes(&expected, &record, sizeof record);
+}
+template <class Record>
+::testing::AssertionResult is_same(const Image<Record> &expected, const Record &record) {
+  return are_same_bytes(expected.bytes().data(), &record, sizeof record);
 }
 
 // Lines from every list, one after the other.
@@ -44,7 +66,8 @@ inline Lines joined(const std::vector<Lines> &lists) {
 inline Lines fetch_of(uint32_t db_id, const Lines &names) {
   const std::string id = std::to_string(db_id);
   Lines calls = {"open " + id, "lock " + id};
-  for (const auto &name : names) calls.push_back("get " + id + " " + name);
+  const std::string get = "get " + id + " ";
+  for (const auto &name : names) calls.push_back(get + name);
   calls.push_back("unlock " + id);
   calls.push_back("close " + id);
   return calls;
@@ -99,9 +122,10 @@ inline void within_sessions(const std::vector<uint32_t> &db_ids, const std::func
   machine().calls.clear();
   body();
   EXPECT_EQ(machine().calls_of({"open", "lock", "unlock", "close"}), Lines{});
-  for (auto id = db_ids.rbegin(); id != db_ids.rend(); ++id) {
-    EXPECT_EQ(lmainte_scdb_unlock(*id), 0);
-    EXPECT_EQ(lmainte_scdb_close(*id), 0);
+  const std::vector<uint32_t> descending(db_ids.rbegin(), db_ids.rend());
+  for (const uint32_t id : descending) {
+    EXPECT_EQ(lmainte_scdb_unlock(id), 0);
+    EXPECT_EQ(lmainte_scdb_close(id), 0);
   }
 }
 
@@ -112,7 +136,7 @@ class ReaderTest : public LibraryTest {
   ReaderTest() { wipe(); }
 
   void wipe() { std::memset(out_, kUntouched, sizeof out_); }
-  ::testing::AssertionResult is_untouched(size_t i) { return is_same(untouched<Record>(), out_[i]); }
+  ::testing::AssertionResult is_untouched(size_t i) { return is_same(Image<Record>(), out_[i]); }
   ::testing::AssertionResult all_untouched() {
     for (size_t i = 0; i < Size; ++i)
       if (auto same = is_untouched(i); !same) return same << ", of record " << i;
