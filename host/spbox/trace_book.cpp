@@ -327,6 +327,7 @@ TraceLine words_of(const box::TraceEntry &entry) {
   const Function *function = entry.event >= kFirstEvent ? function_of(place) : nullptr;
   const Phrase *phrase = phrase_of(entry.event);
   const bool is_bound = function != nullptr && !place.is_error && place.number < function->first + 2;
+  line.is_error = place.is_error;
   line.is_known = function != nullptr && (phrase != nullptr || is_bound);
   line.function = function != nullptr ? function->name : "?";
   if (phrase != nullptr) {

@@ -62,8 +62,7 @@ std::vector<std::string> cells_of(const box::TraceEntry &entry) {
 }
 
 bool is_error(const box::TraceEntry &entry) {
-  const std::string level = words_of(entry).level;
-  return level != "progress" && level != "process";
+  return words_of(entry).is_error;
 }
 
 int trace(const Options &options) {

@@ -113,8 +113,8 @@ std::string ignored_now() {
 [[noreturn]] void become_bwrap(std::vector<std::string> arguments) {
   for (const int signal : kEnding) std::signal(signal, SIG_IGN);
   execvp("bwrap", vector_of(arguments).data());
-  std::fprintf(stderr, "spbox: bwrap cannot be run: %s. Install bubblewrap (apt install bubblewrap).\n",
-               std::strerror(errno));  // NOLINT(concurrency-mt-unsafe): one thread
+  // NOLINTNEXTLINE(concurrency-mt-unsafe): one thread
+  std::fprintf(stderr, "spbox: bwrap cannot be run: %s.\n", std::strerror(errno));
   _exit(kFailure);
 }
 
@@ -172,6 +172,12 @@ int visit(std::vector<std::string> arguments, const std::vector<std::string> &co
   return status;
 }
 
+void check_bwrap() {
+  if (!find_program("bwrap").empty()) return;
+  throw std::runtime_error(
+      "bwrap is missing: it gives a command a root of its own. Install it (apt install bubblewrap).");
+}
+
 void check_pager() {
   if (access("/bin/busybox", X_OK) == 0) return;
   throw std::runtime_error("/bin/busybox is missing: lists are shown through its pager. Install it (apt install " +
@@ -181,6 +187,7 @@ void check_pager() {
 int run(const fs::path &folder, bool pager, const std::vector<std::string> &command) {
   const box::Place place(fs::absolute(folder));
   const box::Inventory inventory(box::Place{folder});  // says what is wrong where this is no box
+  check_bwrap();
   if (pager) check_pager();
   Visit guest{.box = place,
               .spbox = fs::read_symlink("/proc/self/exe"),
@@ -231,7 +238,7 @@ void add_run(CLI::App &app, Action &action, const std::vector<std::string> &comm
       "  spbox run box -- /mgb/bin/ctlled -u /PSU#0 -c blink\n"
       "  spbox run box -- sh                      look around");
   verb->callback([options, &action, &command] {
-    if (command.empty()) throw CLI::RequiredError("a command after \"--\": spbox run DIR -- COMMAND...");
+    if (command.empty()) throw CLI::ValidationError("no command is given: spbox run DIR -- COMMAND...");
     action = [options, &command] { return run(options->box, !options->no_pager, command); };
   });
 }
