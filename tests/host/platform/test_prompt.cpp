@@ -141,8 +141,7 @@ TEST(Prompt, AnInputThatCannotBeReadIsAFailure) {
 // A process that asks on a terminal of its own, and an operator at its other end.
 class Terminal {
  public:
-  explicit Terminal(bool non_blocking = false) {
-    pid_ = forkpty(&operator_, nullptr, nullptr, nullptr);
+  explicit Terminal(bool non_blocking = false) : pid_(forkpty(&operator_, nullptr, nullptr, nullptr)) {
     if (pid_ == 0) {
       struct sigaction action {};
       action.sa_handler = [](int) {};
@@ -182,7 +181,7 @@ class Terminal {
 
  private:
   int operator_ = -1;
-  pid_t pid_ = 0;
+  pid_t pid_;
   std::string screen_;
 };
 
