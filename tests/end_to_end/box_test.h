@@ -23,10 +23,13 @@ constexpr seconds kLater{30};  // for what runs several control programs or wait
 using Words = std::vector<std::string>;
 
 class BoxTest : public testing::Test {
- protected:
+ public:
   BoxTest();
   ~BoxTest() override;
+  BoxTest(const BoxTest &) = delete;
+  BoxTest &operator=(const BoxTest &) = delete;
 
+ protected:
   void make_box(const std::string &model);
   std::filesystem::path box() const { return folder_ / "box"; }
 
