@@ -231,7 +231,7 @@ int __wrap_remove(const char *path) {
 int __wrap_stat(const char *path, struct stat *result) {
   if (!machine().active) return __real_stat(path, result);
   if (const auto *failure = machine().enter(std::string("stat ") + path)) return failed(*failure);
-  if (machine().markers.count(path) == 1) return 0;
+  if (machine().markers.contains(path)) return 0;
   errno = ENOENT;
   return -1;
 }
