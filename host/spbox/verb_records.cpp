@@ -120,7 +120,7 @@ int log(const Options &options) {
 std::shared_ptr<Options> add_common(CLI::App *verb) {
   auto options = std::make_shared<Options>();
   verb->add_option("DIR", options->box, "Folder of the box")->required();
-  verb->add_option("--last", options->last, "The last so many only")->check(CLI::PositiveNumber);
+  verb->add_option("--last", options->last, "The last so many only")->check(CLI::Range(1, 65536));
   verb->add_flag("--json", options->as_json, "For scripts");
   return options;
 }

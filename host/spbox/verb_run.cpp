@@ -167,7 +167,7 @@ int visit(std::vector<std::string> arguments, const std::vector<std::string> &co
   command_pid = 0;
   if (!entered) {
     throw std::runtime_error("the command was not run: no root of its own could be made for it (see above). " +
-                             namespace_hint() + ", or run spbox as root.");
+                             namespace_hint() + (geteuid() == 0 ? "." : ", or run spbox as root."));
   }
   return status;
 }

@@ -162,12 +162,12 @@ TEST_P(EveryModel, IsReadAndItsPowerSuppliesAreListed) {
 
 INSTANTIATE_TEST_SUITE_P(
     Walk, EveryModel,
-    testing::Values(Model{"qa", 2, "model qa: 1 system boards, 1 I/O units, 2 fans, 2 power supplies\n"},
-                    Model{"qb1", 2, "model qb1: 1 system boards, 1 I/O units, 4 fans, 2 power supplies\n"},
-                    Model{"qb2", 4, "model qb2: 1 system boards, 2 I/O units, 4 fans, 4 power supplies\n"},
-                    Model{"qe1", 18, "model qe1: 4 system boards, 4 I/O units, 12 fans, 18 power supplies\n"},
-                    Model{"qe2", 30, "model qe2: 8 system boards, 8 I/O units, 16 fans, 30 power supplies\n"},
-                    Model{"qe3", 60, "model qe3: 16 system boards, 16 I/O units, 32 fans, 60 power supplies\n"}),
+    testing::Values(Model{"qa", 2, "model qa: 1 system boards, 1 I/O units, 2 fan trays, 2 power supplies\n"},
+                    Model{"qb1", 2, "model qb1: 1 system boards, 1 I/O units, 4 fan trays, 2 power supplies\n"},
+                    Model{"qb2", 4, "model qb2: 1 system boards, 2 I/O units, 4 fan trays, 4 power supplies\n"},
+                    Model{"qe1", 18, "model qe1: 4 system boards, 4 I/O units, 12 fan trays, 18 power supplies\n"},
+                    Model{"qe2", 30, "model qe2: 8 system boards, 8 I/O units, 16 fan trays, 30 power supplies\n"},
+                    Model{"qe3", 60, "model qe3: 16 system boards, 16 I/O units, 32 fan trays, 60 power supplies\n"}),
     [](const auto &model) { return std::string(model.param.name); });
 
 }  // namespace

@@ -83,6 +83,7 @@ TEST(Prompt, TakesAnAnswerAndAsksAgainUntilItIsOne) {
       {"a zero byte is no choice", std::string("2\0\n1\n", 5), "0, choice 1", 1, ""},
       {"a line too long is one bad answer", std::string(500, '2') + "\n" + std::string(65, ' ') + "\n3\n",
        "0, choice 3", 2, ""},
+      {"a line too long is not cut down to an answer", "3" + std::string(64, ' ') + "\n2\n", "0, choice 2", 1, ""},
       {"a line that just fits is read whole", std::string(63, ' ') + "3\n", "0, choice 3", 0, ""},
       {"what follows the answer stays for the next reader", "3\nnext\n", "0, choice 3", 0, "next\n"},
       {"what follows giving up stays too", "q\nnext\n", "1", 0, "next\n"},

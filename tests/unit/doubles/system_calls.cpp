@@ -9,6 +9,7 @@
 #include <cstring>
 
 #include <gtest/gtest.h>
+#include <utility>
 
 #include "include/lmainte.h"
 #include "tests/unit/doubles/machine.h"
@@ -95,7 +96,9 @@ bool refuses_terminal(int fd) {
 extern "C" {
 
 pid_t __wrap_getpid() {
-  return machine().active ? machine().pid : __real_getpid();
+  if (!machine().active) return __real_getpid();
+  if (const auto handler = std::exchange(machine().interruption, nullptr)) handler();
+  return machine().pid;
 }
 
 pid_t __wrap_fork() {
