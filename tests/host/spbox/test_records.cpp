@@ -33,7 +33,7 @@ class Records : public SpboxTest {
 };
 
 TEST_F(Records, AreNoneInANewBox) {
-  EXPECT_EQ(done({"trace", "box"}), "The trace is empty: no command ran in the box yet.\n");
+  EXPECT_EQ(done({"trace", "box"}), "The trace is empty: the library has recorded nothing in this box yet.\n");
   EXPECT_EQ(done({"trace", "box", "--errors"}), "The trace holds no error.\n");
   EXPECT_EQ(done({"log", "box"}), "The log is empty.\n");
   EXPECT_EQ(json::parse(done({"trace", "box", "--json"})), json::array());
