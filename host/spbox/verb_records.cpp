@@ -80,7 +80,8 @@ int trace(const Options &options) {
   std::vector<std::vector<std::string>> lines{{"Time", "Pid", "Level", "Function", "Event"}};
   for (const box::TraceEntry &entry : entries) lines.push_back(cells_of(entry));
   if (entries.empty()) {
-    std::puts(options.errors ? "The trace holds no error." : "The trace is empty: the library has recorded nothing in this box yet.");
+    std::puts(options.errors ? "The trace holds no error."
+                             : "The trace is empty: the library has recorded nothing in this box yet.");
   } else {
     std::fputs(aligned(lines).c_str(), stdout);
   }

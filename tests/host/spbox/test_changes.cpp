@@ -1,3 +1,4 @@
+#include <cstring>
 #include <nlohmann/json.hpp>
 
 #include "host/box/database.h"
@@ -44,8 +45,9 @@ TEST_F(Changes, LeaveTheOtherBitsOfAStatusWord) {
   box::Database current(place().database(2));
   box::Bytes psus = record(2, "current_psu_info");
   const std::uint32_t marked = 0x80008000;
-  std::copy_n(reinterpret_cast<const std::uint8_t *>(&marked), 4, psus.begin() + 56 * 3 + 8);
-  psus[56 * 3 + 20] = 0x41;
+  constexpr std::size_t kThird = 168;
+  std::memcpy(psus.data() + kThird + 8, &marked, 4);
+  psus.at(kThird + 20) = 0x41;
   current.put("current_psu_info", psus);
   done({"fault", "box", "/PSU#3"});
   EXPECT_EQ(psu_status(3), 0x80008000u);

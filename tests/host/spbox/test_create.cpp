@@ -113,7 +113,7 @@ TEST_P(Create, CountsTheUnits) {
 TEST_P(Create, FillsEveryPowerSupplyAndFanTray) {
   const box::Bytes psus = record(2, "current_psu_info");
   for (std::uint32_t n = 0; n < GetParam().psus; ++n) {
-    const std::size_t at = 56 * n;
+    const std::size_t at = std::size_t{56} * n;
     const auto name = box::unit_name(GetParam().code, {word(psus, at), word(psus, at + 4)});
     EXPECT_TRUE(name && name->starts_with("/PSU#")) << n;
     EXPECT_EQ(word(psus, at + 8), 0x80000000u) << n;
@@ -121,7 +121,7 @@ TEST_P(Create, FillsEveryPowerSupplyAndFanTray) {
   }
   const box::Bytes trays = record(2, "current_fantray_info");
   for (std::uint32_t t = 0; t < GetParam().trays; ++t) {
-    const std::size_t at = 216 * t;
+    const std::size_t at = std::size_t{216} * t;
     const auto name = box::unit_name(GetParam().code, {word(trays, at), word(trays, at + 4)});
     EXPECT_TRUE(name && name->starts_with("/FAN_")) << t;
     EXPECT_EQ(word(trays, at + 8), 0x80000000u) << t;
