@@ -11,6 +11,7 @@
 #include "bench/memory_platform.h"
 #include "include/lmainte.h"
 
+extern "C" int __wrap_execve(const char *, char *const *, char *const *);
 extern "C" int __wrap_execve(const char *, char *const *, char *const *) {
   _exit(0);
 }

@@ -49,16 +49,21 @@ inline void die_of_signal() {
   raise(g_signal);
 }
 
-// Ctrl-C and a lost terminal reach the control programs, too. While one runs, these signals wait.
+// Ctrl-C and a lost terminal reach the control programs, too. While one runs, these signals wait; and the library, which
+// gives a program its time by sleeping, is not woken.
 class Undisturbed {
  public:
   Undisturbed() {
+    alarm(0);
     sigset_t signals;
     sigemptyset(&signals);
     for (const int number : {SIGINT, SIGQUIT, SIGHUP}) sigaddset(&signals, number);
     sigprocmask(SIG_BLOCK, &signals, &before_);
   }
-  ~Undisturbed() { sigprocmask(SIG_SETMASK, &before_, nullptr); }
+  ~Undisturbed() {
+    sigprocmask(SIG_SETMASK, &before_, nullptr);
+    if (g_signal != 0) alarm(1);
+  }
   Undisturbed(const Undisturbed &) = delete;
   Undisturbed &operator=(const Undisturbed &) = delete;
 

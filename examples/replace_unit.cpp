@@ -86,7 +86,8 @@ int32_t read_psu(const Server &server, int32_t number, PsuData &psu) {
 
 bool works(const PsuData &psu) {
   const auto status = static_cast<uint32_t>(psu.status);
-  return (status & LMAINTE_STATUS_INSTALLED) != 0 && (status & LMAINTE_STATUS_FAULTED) == 0;
+  const uint32_t condition = LMAINTE_STATUS_FAULTED | LMAINTE_STATUS_DEGRADED;
+  return (status & LMAINTE_STATUS_INSTALLED) != 0 && (status & condition) == 0;
 }
 
 // The operations take a unit by its name.

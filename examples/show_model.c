@@ -10,7 +10,7 @@ int main(void) {
     fputs("show_model: the model could not be read. The trace names the reason.\n", stderr);
     return 1;
   }
-  printf("model %s: %u system boards, %u I/O units, %u fans, %u power supplies\n", names[model.model],
+  printf("model %s: %u system boards, %u I/O units, %u fan trays, %u power supplies\n", names[model.model],
          model.unit[LMAINTE_SLOT_CMU].max_count, model.unit[LMAINTE_SLOT_IOU].max_count,
          model.unit[LMAINTE_SLOT_FAN].max_count, model.unit[LMAINTE_SLOT_PSU].max_count);
   return 0;

@@ -13,7 +13,7 @@
  * Rules that hold for every function:
  *
  * - One thread. The library runs on the caller's thread, starts no other, and guards none of its state. Control
- * programs and the pager are child processes that are waited for before the call returns.
+ *   programs and the pager are child processes that are waited for before the call returns.
  * - Records and buffers are the caller's. The library allocates only for itself and frees before it returns; the two
  *   exceptions say so (lmainte_db_make_access_table, and the record buffers of the database client).
  * - Readers write only what the database holds: they never clear a record first. Clear it where you rely on the rest.
@@ -242,7 +242,8 @@ int32_t replace_mem_location_qa(lmainte_path_component *components, uint32_t *co
  *
  * Each returns 0, or -1 and changes nothing: an unknown id; lmainte_scdb_close without an open or lmainte_scdb_unlock
  * without a lock; a higher database locked; a failure of the database client. After a failed close the database counts
- * as open, and the next close tries again.
+ * as open, and the next close tries again. After a failed unlock it counts as locked, and every lower database is
+ * refused until an unlock succeeds: a command that cannot unlock should end.
  */
 int32_t lmainte_scdb_open(uint32_t db_id);
 int32_t lmainte_scdb_close(uint32_t db_id);
@@ -272,11 +273,10 @@ uint32_t lmainte_scdb_put(uint32_t db_id, uint32_t model, int32_t unit_type, uin
 
 /* One record of a run. A table of them ends with an entry whose index is negative. */
 typedef struct lmainte_access_entry {
-  int32_t index; /* the record's number in the run; -1 in the end entry */
-  int32_t size;  /* bytes that the record must have; after the read, bytes that it has */
-  const char
-      *name;  /* pattern of the record's name, such as "setup_xsb_info_%02d", or a name; the caller's, not copied */
-  void *data; /* the record; null until it is read. The table owns it. */
+  int32_t index;    /* the record's number in the run; -1 in the end entry */
+  int32_t size;     /* bytes that the record must have; after the read, bytes that it has */
+  const char *name; /* the record's name, or its pattern such as "setup_xsb_info_%02d"; the caller's, not copied */
+  void *data;       /* the record; null until it is read. The table owns it. */
 } lmainte_access_entry;
 
 /*
@@ -693,11 +693,12 @@ enum {
  * command_id  LMAINTE_CMD_...
  * time_limit  seconds that the program may take, above 0
  * format      the argument line, as for printf, cut at 1023 characters. White space separates the arguments; there is
- * no quoting.
+ *             no quoting
  *
  * The program gets no standard input, output or error, and an environment of LC_ALL=C and the caller's LD_LIBRARY_PATH
- * and PRIV, empty where the caller has none. At its limit it is asked to end with SIGTERM, three times five seconds
- * apart, and then killed.
+ * and PRIV, empty where the caller has none, each cut at 1023 characters with its name. At its limit it is asked to end
+ * with SIGTERM, three times five seconds apart, and then killed. The limit is measured by sleeping: a signal handler of
+ * the caller's that runs in between shortens it, and where it comes in the last wait the program stays a zombie.
  *
  * Returns the program's exit status, 0 to 255, also when it ended by itself in answer to SIGTERM; LMAINTE_NOT_RUN when
  * format is null, time_limit is not above 0, command_id is unknown, memory or fork fails, the program is missing, it
@@ -855,6 +856,9 @@ extern int g_show_file_pid;
  *
  * Returns 0, also when the operator leaves early or the pager is killed; LMAINTE_FAILED when path is null or the pager
  * cannot be started. A path is cut at 1023 characters.
+ *
+ * A signal handler of the caller's, installed without SA_RESTART, ends the wait with 0 while the pager still runs: let
+ * the handler stop the pager by g_show_file_pid and wait for it.
  */
 int32_t lmainte_show_file(const char *path);
 

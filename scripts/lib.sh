@@ -12,15 +12,16 @@ die() {
 
 # configure PRESET [OPTION...]: makes build/PRESET what the preset says. Quiet unless it fails.
 configure() {
-  local preset=$1 log
+  local preset=$1 log options=()
   shift
   log=build/$preset.configure.log
   mkdir -p build
-  local launcher=()
   if command -v ccache >/dev/null; then
-    launcher=(-DCMAKE_C_COMPILER_LAUNCHER=ccache -DCMAKE_CXX_COMPILER_LAUNCHER=ccache)
+    options+=(-DCMAKE_C_COMPILER_LAUNCHER=ccache -DCMAKE_CXX_COMPILER_LAUNCHER=ccache)
   fi
-  if ! cmake --preset "$preset" "${launcher[@]}" "$@" >"$log" 2>&1; then
+  # Another compiler than ours may know other warnings; with ours there are none.
+  if [[ $(g++ -dumpversion) == 12 ]]; then options+=(-DLMAINTE_WERROR=ON); fi
+  if ! cmake --preset "$preset" "${options[@]}" "$@" >"$log" 2>&1; then
     cat "$log" >&2
     return 1
   fi

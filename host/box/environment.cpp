@@ -70,7 +70,7 @@ Environment::Environment(std::filesystem::path folder, bool create) : folder_(st
 }
 
 Environment::~Environment() {
-  // In a child of fork the environment is the parent's: closing it here would clear the parent's slots in the lock table.
+  // A child of fork leaves the environment alone: only the process that opened it may use it, closing included.
   if (!foreign()) release();
 }
 

@@ -147,7 +147,7 @@ class Walk {
   std::vector<UnitPlace> units() {
     for (const lmainte_unit_code *row = location_table(model_); row && row->pattern[0]; ++row) {
       const std::string_view pattern = row->pattern;
-      if (pattern.find('/', 1) != pattern.npos) continue;
+      if (pattern.find('/', 1) != std::string_view::npos) continue;
       for (const std::string &last : last_components(*row, pattern.substr(1))) add("", *row, last);
     }
     return std::move(units_);
@@ -166,7 +166,8 @@ class Walk {
 
   static std::vector<std::string> named(const lmainte_unit_name *names, std::string_view last) {
     // A memory board's number is part of its modules' names.
-    const std::string_view first = last.substr(0, last.find('#') == last.npos ? last.size() : last.find('#') + 1);
+    const std::string_view first =
+        last.substr(0, last.find('#') == std::string_view::npos ? last.size() : last.find('#') + 1);
     std::vector<std::string> result;
     for (; names->name[0]; ++names) {
       if (std::string_view(names->name).starts_with(first)) result.emplace_back(names->name);
@@ -240,9 +241,9 @@ std::uint32_t model_code(std::string_view name) {
 
 std::string numbered(std::string_view pattern, std::uint32_t number) {
   const std::size_t at = pattern.find('%');
-  if (at == pattern.npos) return std::string(pattern);
+  if (at == std::string_view::npos) return std::string(pattern);
   std::string digits = std::to_string(number);
-  const std::size_t width = static_cast<std::size_t>(pattern[at + 2] - '0');
+  const auto width = static_cast<std::size_t>(pattern[at + 2] - '0');
   if (digits.size() < width) digits.insert(0, width - digits.size(), '0');
   return std::string(pattern.substr(0, at)) + digits + std::string(pattern.substr(at + 4));
 }

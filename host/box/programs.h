@@ -40,13 +40,13 @@ inline constexpr std::array<Program, 16> kPrograms{{
     {"linkboard", "/mgb/bin/linkboard"},
 }};
 
-// How a control program is bent. What is set acts in this order: ignore_term, delay, hang, die, exit.
+// How a control program is bent, in the order in which it acts.
 struct Bend {
   bool ignore_term = false;
-  std::uint32_t delay = 0;  // seconds before the program does anything
-  bool hang = false;        // does nothing for ever
-  std::optional<int> die;   // dies by this signal instead of acting
-  std::optional<int> exit;  // ends with this exit status instead of acting
+  std::uint32_t delay = 0;    // seconds before the program does anything
+  bool hang = false;          // does nothing for ever; with an exit status, until SIGTERM
+  std::optional<int> die{};   // dies by this signal instead of acting
+  std::optional<int> exit{};  // ends with this exit status instead of acting
 
   bool straight() const { return !ignore_term && delay == 0 && !hang && !die && !exit; }
 };

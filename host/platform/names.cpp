@@ -16,11 +16,12 @@ int32_t api_conv_unit_name_get(const uint32_t *unit_id, int32_t form, char *name
   if (unit_id == nullptr || name == nullptr || unused_1 != 0 || unused_2 != 0) return -1;
   if (form != kWholeLocation && form != kLastComponent) return -1;
   try {
-    auto found = box::unit_name(box::model_in(box::Place::here()), {unit_id[0], unit_id[1]});
+    const auto found = box::unit_name(box::model_in(box::Place::here()), {unit_id[0], unit_id[1]});
     if (!found) return -1;
-    if (form == kLastComponent) found->erase(0, found->rfind('/') + 1);
-    if (found->size() >= kNameRoom) return -1;
-    std::memcpy(name, found->c_str(), found->size() + 1);
+    const char *text = found->c_str() + (form == kLastComponent ? found->rfind('/') + 1 : 0);
+    const std::size_t size = std::strlen(text) + 1;
+    if (size > kNameRoom) return -1;
+    std::memcpy(name, text, size);
     return 0;
   } catch (...) {
     return -1;

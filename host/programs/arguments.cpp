@@ -2,6 +2,8 @@
 
 #include <unistd.h>
 
+#include <algorithm>
+
 namespace programs {
 
 std::string Arguments::value(char option) const {
@@ -10,11 +12,7 @@ std::string Arguments::value(char option) const {
 }
 
 bool Arguments::only(const std::string &letters) const {
-  if (options.size() != letters.size()) return false;
-  for (const char letter : letters) {
-    if (!has(letter)) return false;
-  }
-  return true;
+  return options.size() == letters.size() && std::ranges::all_of(letters, [this](char letter) { return has(letter); });
 }
 
 std::optional<Arguments> parse(int argc, char **argv, const char *options) {

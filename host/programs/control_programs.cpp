@@ -159,7 +159,8 @@ int deleteboard(const Arguments &arguments, Machine &machine) {
   if (arguments.value('q') != "y" || arguments.value('c') != "unassign" || arguments.words.empty()) return kUsage;
   for (const std::string_view word : arguments.words) {
     const std::size_t dash = word.find('-');
-    if (dash < 2 || dash == word.npos || !one_of(word.substr(dash), {"-0", "-1", "-2", "-3"})) return kUsage;
+    if (dash < 2 || dash == std::string_view::npos || !one_of(word.substr(dash), {"-0", "-1", "-2", "-3"}))
+      return kUsage;
     if (!board_exists(machine, word.substr(0, dash))) return kBadBoard;
   }
   return kDone;

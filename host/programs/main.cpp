@@ -39,10 +39,22 @@ void sleep_whole(unsigned seconds) {
   while (seconds > 0) seconds = sleep(seconds);
 }
 
+volatile sig_atomic_t asked_to_end = 0;
+
+void hang(const box::Bend &bend) {
+  // SIGTERM may come at any time but while it is looked for.
+  sigset_t all, before;
+  sigfillset(&all);
+  sigprocmask(SIG_BLOCK, &all, &before);
+  if (bend.exit && !bend.ignore_term) std::signal(SIGTERM, [](int) { asked_to_end = 1; });
+  while (asked_to_end == 0) sigsuspend(&before);
+  sigprocmask(SIG_SETMASK, &before, nullptr);
+}
+
 // What comes before the program's own work; returns the exit status that takes its place, if any.
 std::optional<int> bent(const box::Bend &bend) {
   sleep_whole(bend.delay);
-  while (bend.hang) pause();
+  if (bend.hang) hang(bend);
   if (bend.die) {
     std::signal(*bend.die, SIG_DFL);
     std::raise(*bend.die);

@@ -84,7 +84,8 @@ std::vector<std::string> bwrap_arguments(const Visit &visit) {
   add_devices(arguments);
   add_box(visit, arguments);
   if (!visit.pager) add(arguments, {"--ro-bind", "/dev/null", fs::canonical("/bin/busybox")});
-  add(arguments, {"--remount-ro", "/", "--unsetenv", "SPBOX_ROOT"});
+  // Root, too, could mount the workstation's folders anew and write there, had it the right to.
+  add(arguments, {"--remount-ro", "/", "--cap-drop", "ALL", "--die-with-parent", "--unsetenv", "SPBOX_ROOT"});
   add(arguments, {"--chdir", seen_inside(visit.folder) ? visit.folder.string() : "/"});
   return arguments;
 }

@@ -1,6 +1,7 @@
 #include "host/spbox/log_book.h"
 
 #include <algorithm>
+#include <span>
 
 #include "host/box/unit_name.h"
 #include "host/spbox/text.h"
@@ -41,10 +42,10 @@ std::string unit_of(std::uint32_t model, const box::LogEntry &entry) {
 }
 
 std::string detail_of(const box::LogEntry &entry) {
-  const auto first = entry.event.begin() + kDetailAt;
-  if (std::all_of(first, first + kDetailSize, [](std::uint8_t byte) { return byte == 0; })) return "";
+  const auto detail = std::span(entry.event).subspan(kDetailAt, kDetailSize);
+  if (std::ranges::all_of(detail, [](std::uint8_t byte) { return byte == 0; })) return "";
   std::string text;
-  for (auto byte = first; byte != first + kDetailSize; ++byte) text += hexadecimal(*byte, 2).substr(2);
+  for (const std::uint8_t byte : detail) text += hexadecimal(byte, 2).substr(2);
   return text;
 }
 

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cstdio>
 #include <exception>
+#include <filesystem>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -33,6 +34,11 @@ std::vector<std::string> take_command(std::vector<std::string> &arguments) {
   return command;
 }
 
+bool has_verb(const CLI::App &app, const std::string &name) {
+  const auto verbs = app.get_subcommands({});
+  return std::any_of(verbs.begin(), verbs.end(), [&](const CLI::App *verb) { return verb->get_name() == name; });
+}
+
 int run(int argc, char **argv) {
   std::vector<std::string> arguments(argv + 1, argv + argc);
   const bool is_run = !arguments.empty() && arguments.front() == "run";
@@ -50,7 +56,12 @@ int run(int argc, char **argv) {
   spbox::add_program(app, action);
   spbox::add_trace(app, action);
   spbox::add_log(app, action);
+  app.failure_message([](const CLI::App *, const CLI::Error &error) {
+    return std::string("spbox: ") + error.what() + ". `spbox --help` and `spbox VERB --help` say more.\n";
+  });
+  const bool is_verb = arguments.empty() || arguments.front().starts_with('-') || has_verb(app, arguments.front());
   try {
+    if (!is_verb) throw CLI::ValidationError("there is no verb " + arguments.front());
     std::reverse(arguments.begin(), arguments.end());  // as the parser takes them
     app.parse(arguments);
   } catch (const CLI::ParseError &error) {
@@ -65,6 +76,9 @@ int main(int argc, char **argv) {
   try {
     if (argc > 1 && std::string_view(argv[1]) == spbox::kEnter) return spbox::enter_box(argc - 2, argv + 2);
     return run(argc, argv);
+  } catch (const std::filesystem::filesystem_error &error) {
+    std::fprintf(stderr, "spbox: %s: %s.\n", error.path1().c_str(), error.code().message().c_str());
+    return spbox::kFailure;
   } catch (const std::exception &error) {
     std::fflush(stdout);
     std::fprintf(stderr, "spbox: %s\n", error.what());

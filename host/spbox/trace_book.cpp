@@ -83,7 +83,7 @@ constexpr std::uint32_t error_2(std::uint32_t block, std::uint32_t number) {
 
 // The meaning of a value also says how it is shown: see value_text.
 constexpr Phrase kPhrases[] = {
-    {point(0x000, 2), "the operator answered", "result"},
+    {point(0x000, 2), "the prompt returned", "result"},
     {error(0x000, 1), "the second argument is null"},
     {error(0x000, 2), "the format is null"},
     {error(0x000, 3), "typed-ahead input was not discarded", "result"},
@@ -327,6 +327,7 @@ TraceLine words_of(const box::TraceEntry &entry) {
   const Function *function = entry.event >= kFirstEvent ? function_of(place) : nullptr;
   const Phrase *phrase = phrase_of(entry.event);
   const bool is_bound = function != nullptr && !place.is_error && place.number < function->first + 2;
+  line.is_error = place.is_error;
   line.is_known = function != nullptr && (phrase != nullptr || is_bound);
   line.function = function != nullptr ? function->name : "?";
   if (phrase != nullptr) {

@@ -21,6 +21,7 @@ struct TraceLine {
   std::string level;     // "progress", "error", "process", "system error"
   std::vector<TraceValue> values;
   bool is_known;  // false for an event that no function of the library writes
+  bool is_error;  // by the event's number: some points are recorded at the level of errors and are none
 };
 
 TraceLine words_of(const box::TraceEntry &entry);

@@ -27,7 +27,7 @@ std::string bend_text(const box::Bend &bend) {
   const auto add = [&text](const std::string &part) { text += (text.empty() ? "" : ", ") + part; };
   if (bend.ignore_term) add("ignores SIGTERM");
   if (bend.delay > 0) add("waits " + std::to_string(bend.delay) + " s");
-  if (bend.hang) add("hangs");
+  if (bend.hang) add(bend.exit ? "hangs until SIGTERM" : "hangs");
   if (bend.die) add("dies by " + signal_name(*bend.die));
   if (bend.exit) add("exits with " + std::to_string(*bend.exit));
   return text.empty() ? "straight" : text;
@@ -68,6 +68,12 @@ void print(const box::Hardware &hardware, const std::vector<std::string> &names,
   std::fputs(as_json ? (list.dump(2) + "\n").c_str() : aligned(lines).c_str(), stdout);
 }
 
+std::vector<std::string> program_names() {
+  std::vector<std::string> names;
+  for (const box::Program &row : box::kPrograms) names.emplace_back(row.name);
+  return names;
+}
+
 int program(const Options &options) {
   const box::Place place(options.box);
   const box::Inventory inventory(place);  // says what is wrong where this is no box
@@ -79,23 +85,19 @@ int program(const Options &options) {
     throw box::InventoryError("no program is named. `spbox program " + place.root().string() + "` lists them.");
   }
   if (changes) hardware.set_bend(options.name, bend);
-  std::vector<std::string> names{options.name};
-  if (options.name.empty()) {
-    names.clear();
-    for (const box::Program &row : box::kPrograms) names.emplace_back(row.name);
-  }
-  print(hardware, names, options.as_json);
+  print(hardware, options.name.empty() ? program_names() : std::vector{options.name}, options.as_json);
   return 0;
 }
 
-std::vector<std::string> program_names() {
-  std::vector<std::string> names;
-  for (const box::Program &row : box::kPrograms) names.emplace_back(row.name);
-  return names;
+// Validators: what is wrong, or nothing.
+std::string no_program(const std::string &text) {
+  const std::vector<std::string> names = program_names();
+  if (std::find(names.begin(), names.end(), text) != names.end()) return "";
+  return "there is no control program " + text + ". `spbox program DIR` lists them";
 }
 
 std::string no_signal(const std::string &text) {
-  return signal_number(text) > 0 ? "" : "there is no signal " + text + "; a name such as TERM or a number";
+  return signal_number(text) > 0 ? "" : "there is no signal " + text + ". Give a name such as TERM, or a number";
 }
 
 }  // namespace
@@ -104,9 +106,9 @@ void add_program(CLI::App &app, Action &action) {
   CLI::App *verb = app.add_subcommand("program", "Show a control program, or bend what it does");
   auto options = std::make_shared<Options>();
   verb->add_option("DIR", options->box, "Folder of the box")->required();
-  verb->add_option("NAME", options->name, "Control program; without it, all are shown")
-      ->check(CLI::IsMember(program_names()));
-  auto *exit = verb->add_option("--exit", options->bend.exit, "Ends with this status instead of acting");
+  verb->add_option("NAME", options->name, "Control program; without it, all are shown")->check(no_program);
+  auto *exit = verb->add_option("--exit", options->bend.exit,
+                                "Ends with this status instead of acting; with --hang, at SIGTERM");
   exit->check(CLI::Range(0, 255));
   auto *delay = verb->add_option("--delay", options->bend.delay, "Waits so many seconds first");
   delay->check(CLI::Range(1, 86400));
@@ -115,6 +117,8 @@ void add_program(CLI::App &app, Action &action) {
   auto *die = verb->add_option("--die", options->die, "Dies by this signal instead of acting")->check(no_signal);
   auto *reset = verb->add_flag("--reset", options->reset, "Makes it straight again");
   for (CLI::Option *option : {exit, delay, hang, term, die}) reset->excludes(option);
+  die->excludes(exit);
+  die->excludes(hang);
   verb->add_flag("--json", options->as_json, "For scripts");
   verb->footer(
       "What is given replaces how the program was bent before; several may be given together.\n\n"

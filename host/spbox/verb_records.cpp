@@ -62,8 +62,7 @@ std::vector<std::string> cells_of(const box::TraceEntry &entry) {
 }
 
 bool is_error(const box::TraceEntry &entry) {
-  const std::string level = words_of(entry).level;
-  return level != "progress" && level != "process";
+  return words_of(entry).is_error;
 }
 
 int trace(const Options &options) {
@@ -81,7 +80,8 @@ int trace(const Options &options) {
   std::vector<std::vector<std::string>> lines{{"Time", "Pid", "Level", "Function", "Event"}};
   for (const box::TraceEntry &entry : entries) lines.push_back(cells_of(entry));
   if (entries.empty()) {
-    std::puts(options.errors ? "The trace holds no error." : "The trace is empty: no command ran in the box yet.");
+    std::puts(options.errors ? "The trace holds no error."
+                             : "The trace is empty: the library has recorded nothing in this box yet.");
   } else {
     std::fputs(aligned(lines).c_str(), stdout);
   }
@@ -121,7 +121,7 @@ int log(const Options &options) {
 std::shared_ptr<Options> add_common(CLI::App *verb) {
   auto options = std::make_shared<Options>();
   verb->add_option("DIR", options->box, "Folder of the box")->required();
-  verb->add_option("--last", options->last, "The last so many only")->check(CLI::PositiveNumber);
+  verb->add_option("--last", options->last, "The last so many only")->check(CLI::Range(1, 65536));
   verb->add_flag("--json", options->as_json, "For scripts");
   return options;
 }

@@ -5,6 +5,7 @@
 #include <CLI/CLI.hpp>
 #include <array>
 #include <cerrno>
+#include <charconv>
 #include <csignal>
 #include <cstdio>
 #include <cstdlib>
@@ -12,6 +13,7 @@
 #include <fstream>
 #include <memory>
 #include <sstream>
+#include <string_view>
 #include <system_error>
 
 #include "host/box/inventory.h"
@@ -51,11 +53,11 @@ void pass_on(int signal, siginfo_t *info, void * /*context*/) {
 // A program as the shell finds it; as it was given where it is not found, so that the failure is reported inside.
 fs::path find_program(const std::string &name) {
   std::error_code error;
-  if (name.find('/') != name.npos) return fs::absolute(name, error);
+  if (name.find('/') != std::string::npos) return fs::absolute(name, error);
   const char *path = std::getenv("PATH");
   std::istringstream folders(path == nullptr ? "/usr/bin:/bin" : path);
   for (std::string folder; std::getline(folders, folder, ':');) {
-    const fs::path candidate = fs::absolute(folder.empty() ? "." : folder, error) / name;
+    fs::path candidate = fs::absolute(folder.empty() ? "." : folder, error) / name;
     if (access(candidate.c_str(), X_OK) == 0) return candidate;
   }
   return {};
@@ -113,8 +115,8 @@ std::string ignored_now() {
 [[noreturn]] void become_bwrap(std::vector<std::string> arguments) {
   for (const int signal : kEnding) std::signal(signal, SIG_IGN);
   execvp("bwrap", vector_of(arguments).data());
-  std::fprintf(stderr, "spbox: bwrap cannot be run: %s. Install bubblewrap (apt install bubblewrap).\n",
-               std::strerror(errno));  // NOLINT(concurrency-mt-unsafe): one thread
+  // NOLINTNEXTLINE(concurrency-mt-unsafe): one thread
+  std::fprintf(stderr, "spbox: bwrap cannot be run: %s.\n", std::strerror(errno));
   _exit(kFailure);
 }
 
@@ -128,6 +130,13 @@ void listen_for_signals() {
   }
 }
 
+// The number that a text is; 0 where it is none.
+int number_in(std::string_view text) {
+  int number = 0;
+  std::from_chars(text.data(), text.data() + text.size(), number);
+  return number;
+}
+
 // The command's process id, once it is inside; 0 when it never got there.
 pid_t read_pid(int fd) {
   std::string text;
@@ -135,7 +144,7 @@ pid_t read_pid(int fd) {
   for (ssize_t got = 0; (got = read(fd, &character, 1)) == 1 || (got < 0 && errno == EINTR);) {
     if (got == 1) text += character;
   }
-  return text.empty() ? 0 : std::atoi(text.c_str());
+  return number_in(text);
 }
 
 int wait_for(pid_t child) {
@@ -167,9 +176,15 @@ int visit(std::vector<std::string> arguments, const std::vector<std::string> &co
   command_pid = 0;
   if (!entered) {
     throw std::runtime_error("the command was not run: no root of its own could be made for it (see above). " +
-                             namespace_hint() + ", or run spbox as root.");
+                             namespace_hint() + (geteuid() == 0 ? "." : ", or run spbox as root."));
   }
   return status;
+}
+
+void check_bwrap() {
+  if (!find_program("bwrap").empty()) return;
+  throw std::runtime_error(
+      "bwrap is missing: it gives a command a root of its own. Install it (apt install bubblewrap).");
 }
 
 void check_pager() {
@@ -181,6 +196,7 @@ void check_pager() {
 int run(const fs::path &folder, bool pager, const std::vector<std::string> &command) {
   const box::Place place(fs::absolute(folder));
   const box::Inventory inventory(box::Place{folder});  // says what is wrong where this is no box
+  check_bwrap();
   if (pager) check_pager();
   Visit guest{.box = place,
               .spbox = fs::read_symlink("/proc/self/exe"),
@@ -199,7 +215,7 @@ int run(const fs::path &folder, bool pager, const std::vector<std::string> &comm
 // Arguments: the descriptor that waits for the process id, a letter for each signal, and the command.
 int enter_box(int argc, char **argv) {
   if (argc < 3) return kUsage;
-  const int fd = std::atoi(argv[0]);
+  const int fd = number_in(argv[0]);
   for (std::size_t i = 0; i < kEnding.size(); ++i) {
     if (argv[1][i] == 'd') std::signal(kEnding[i], SIG_DFL);
   }
@@ -231,7 +247,7 @@ void add_run(CLI::App &app, Action &action, const std::vector<std::string> &comm
       "  spbox run box -- /mgb/bin/ctlled -u /PSU#0 -c blink\n"
       "  spbox run box -- sh                      look around");
   verb->callback([options, &action, &command] {
-    if (command.empty()) throw CLI::RequiredError("a command after \"--\": spbox run DIR -- COMMAND...");
+    if (command.empty()) throw CLI::ValidationError("no command is given: spbox run DIR -- COMMAND...");
     action = [options, &command] { return run(options->box, !options->no_pager, command); };
   });
 }

@@ -204,7 +204,9 @@ void add_changes(CLI::App &app, Action &action) {
     auto options = add_box(verb);
     verb->add_option("UNIT", options->units, "Their locations, such as /PSU#3 or /CMU#0/MEM#03A")->required();
     verb->footer(
-        "All of the units are changed or none is. A command that runs in the box sees the whole change.\n\n"
+        "Where a unit cannot be changed none is. A command that reads several databases one after the other may read "
+        "in\n"
+        "between.\n\n"
         "Example:\n  spbox " +
         std::string(row.verb) + " box /PSU#3 /FAN_A#0");
     verb->callback([options, &row, &action] { action = [options, &row] { return change(*options, row.change); }; });

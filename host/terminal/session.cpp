@@ -3,6 +3,7 @@
 #include <fcntl.h>
 #include <poll.h>
 #include <sys/ioctl.h>
+#include <sys/prctl.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -73,6 +74,7 @@ void take_foreground(pid_t group) {
 [[noreturn]] void lead(const char *terminal_path, const ArgumentVector &arguments, int reports, int exec_error) {
   keep_only(reports, exec_error);
   default_signals();
+  prctl(PR_SET_PDEATHSIG, SIGKILL);  // A leader whose session is gone, killed perhaps, would wait for ever.
   setsid();
   const int tty = open(terminal_path, O_RDWR);
   if (tty < 0 || ioctl(tty, TIOCSCTTY, 0) != 0) _exit(126);

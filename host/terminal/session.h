@@ -20,7 +20,9 @@ struct Ending {
 
 // "exit status 0", "signal 2 (Interrupt)"
 std::string text(const Ending &ending);
-inline std::ostream &operator<<(std::ostream &out, const Ending &ending) { return out << text(ending); }
+inline std::ostream &operator<<(std::ostream &out, const Ending &ending) {
+  return out << text(ending);
+}
 
 struct Process {
   pid_t pid;

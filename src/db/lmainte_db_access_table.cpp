@@ -72,7 +72,7 @@ lmainte_access_entry *lmainte_db_make_access_table(int32_t first, int32_t count,
     call.error(2, size);
     return nullptr;
   }
-  const size_t records = static_cast<size_t>(count);
+  const auto records = static_cast<size_t>(count);
   auto *table = static_cast<lmainte_access_entry *>(calloc(records + 1, sizeof(lmainte_access_entry)));
   if (table == nullptr) {
     call.system_error(3, errno);

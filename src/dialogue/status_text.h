@@ -19,7 +19,7 @@ constexpr const char *condition_text(uint32_t status) {
 // flags.
 constexpr const char *flagged_status_text(int32_t status, int32_t mainte_status, uint8_t flags) {
   if (!is_installed(static_cast<uint32_t>(status))) return "Not installed";
-  uint32_t condition = static_cast<uint32_t>(mainte_status);
+  auto condition = static_cast<uint32_t>(mainte_status);
   if ((flags & LMAINTE_FLAG_FAULTED) != 0) condition |= LMAINTE_STATUS_FAULTED;
   if ((flags & LMAINTE_FLAG_DEGRADED) != 0) condition |= LMAINTE_STATUS_DEGRADED;
   return condition_text(condition);

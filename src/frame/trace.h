@@ -105,9 +105,10 @@ class Call {
   Call(const Call &) = delete;
   Call &operator=(const Call &) = delete;
   ~Call() {
-    trace_.begin(block_.line);
-    if (exit_has_result_) trace_.add(result_);
-    trace_.write(Level::kProgress, block_.point(1));
+    if (exit_has_result_)
+      record(Level::kProgress, block_.point(1), block_.line, Word(result_));
+    else
+      record(Level::kProgress, block_.point(1), block_.line);
   }
 
   // Records at a point of the block: normal progress, or at another level where the function says so.
@@ -138,11 +139,15 @@ class Call {
   }
 
  private:
+  // A signal handler of the maintenance command may call the library in the middle of this: what it finds half built in
+  // the module's record it leaves so.
   template <class... Words>
   void record(Level level, uint32_t event, uint32_t line, Words... words) const {
+    const Trace interrupted = trace_;
     trace_.begin(line);
     (trace_.add(words), ...);
     trace_.write(level, event);
+    trace_ = interrupted;
   }
 
   Trace &trace_;

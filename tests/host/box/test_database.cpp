@@ -10,6 +10,7 @@
 
 #include "host/box/database.h"
 #include "tests/host/box/child.h"
+#include "tests/host/box/disk.h"
 #include "tests/host/box/scratch.h"
 
 namespace {
@@ -193,6 +194,15 @@ TEST_F(DatabaseTest, WaitsForALockThatIsGivenBack) {
   EXPECT_EQ(holder.end(), 0);
 }
 
+TEST_F(DatabaseTest, WaitsForTheDiskAtUnlock) {
+  Database database(folder);
+  ASSERT_TRUE(database.lock());
+  database.put("key", bytes("text"));
+  const int before = disk_waits();
+  ASSERT_TRUE(database.unlock());
+  EXPECT_GT(disk_waits(), before);
+}
+
 TEST_F(DatabaseTest, LosesNothingBetweenTwoProcessesThatCount) {
   auto count_to = [&](int times) {
     Database database(folder);
@@ -246,16 +256,44 @@ TEST_F(DatabaseTest, AHolderThatEndsWithoutUnlockLeavesNothing) {
 }
 
 TEST_F(DatabaseTest, ReadersThatDieDoNotUseUpTheDatabase) {
+  Database database(folder);  // the last user to leave would clear the table of readers
+  database.put("key", bytes("text"));
   for (int i = 0; i < 200; ++i) {
-    Child reader([&](const auto &) -> int {
-      Database database(folder);
-      database.each([](auto, auto) {});
-      raise(SIGKILL);
+    Child reader([&](const auto &) {
+      Database(folder).each([](auto, auto) { raise(SIGKILL); });
       return 0;
     });
     ASSERT_EQ(reader.end(), -SIGKILL);
   }
-  EXPECT_NO_THROW(Database(folder).get("key"));
+  EXPECT_EQ(database.get("key"), bytes("text"));
+  EXPECT_EQ(seen_elsewhere("key", "text"), 0);
+}
+
+TEST_F(DatabaseTest, ShowsOneStateToAReaderWhateverOthersDo) {
+  constexpr int kRecords = 300;
+  auto write_all = [&](const char *text) {
+    Database database(folder);
+    if (!database.lock()) return 1;
+    for (int i = 0; i < kRecords; ++i) database.put("key " + std::to_string(i), bytes(text));
+    return database.unlock() ? 0 : 1;
+  };
+  ASSERT_EQ(in_child([&] { return write_all("old"); }), 0);
+  auto database = std::make_unique<Database>(folder);
+  int seen = 0;
+  database->each([&](std::string_view key, std::span<const std::uint8_t> record) {
+    if (seen++ == 0) {
+      // A child that ends orderly must not give its parent's place among the readers away.
+      ASSERT_EQ(in_child([&] {
+                  database.reset();
+                  return 0;
+                }),
+                0);
+      for (int i = 0; i < 10; ++i) ASSERT_EQ(in_child([&] { return write_all("new"); }), 0);
+    }
+    EXPECT_EQ(Bytes(record.begin(), record.end()), bytes("old")) << key;
+  });
+  EXPECT_EQ(seen, kRecords);
+  EXPECT_EQ(database->get("key 0"), bytes("new"));
 }
 
 TEST_F(DatabaseTest, AChildThatLivesOnDoesNotKeepItsParentsLock) {

@@ -6,6 +6,7 @@
 
 #include "host/box/event_log.h"
 #include "tests/host/box/child.h"
+#include "tests/host/box/disk.h"
 #include "tests/host/box/scratch.h"
 
 namespace {
@@ -76,9 +77,14 @@ TEST_F(EventLogTest, AnEntryWithAChangedByteIsLeftOut) {
 }
 
 TEST_F(EventLogTest, EntriesOfSeveralProcessesStayWhole) {
-  constexpr std::uint32_t kEach = 40;
+  constexpr std::uint32_t kEach = 250;
+  int start[2];
+  ASSERT_EQ(pipe(start), 0);
   auto save_all = [&](std::uint32_t first) {
-    return [this, first](const auto &) {
+    return [this, first, &start](const auto &) {
+      close(start[1]);
+      char byte = 0;
+      if (read(start[0], &byte, 1) != 0) return 2;  // all begin together, when the pipe is closed
       for (std::uint32_t i = 0; i < kEach; ++i) {
         if (!EventLog::append(file, numbered(first + i))) return 1;
       }
@@ -88,6 +94,8 @@ TEST_F(EventLogTest, EntriesOfSeveralProcessesStayWhole) {
   Child a(save_all(1000));
   Child b(save_all(2000));
   Child c(save_all(3000));
+  close(start[0]);
+  close(start[1]);
   EXPECT_EQ(a.end(), 0);
   EXPECT_EQ(b.end(), 0);
   EXPECT_EQ(c.end(), 0);
@@ -133,6 +141,24 @@ TEST_F(EventLogTest, AFullDiskIsAFailureAndLeavesTheLogWhole) {
   expect_entries({1, 2});
   save(3, 3);
   expect_entries({1, 2, 3});
+}
+
+TEST_F(EventLogTest, WaitsForTheDisk) {
+  for (std::uint32_t number = 1; number < 4; ++number) {
+    const int before = disk_waits();
+    save(number, number);
+    EXPECT_GT(disk_waits(), before);
+  }
+}
+
+TEST_F(EventLogTest, AnEntryThatDoesNotReachTheDiskIsAFailure) {
+  save(1, 1);
+  fail_disk_waits(true);
+  errno = 0;
+  EXPECT_FALSE(EventLog::append(file, numbered(2)));
+  EXPECT_EQ(errno, EIO);
+  fail_disk_waits(false);
+  expect_entries({1});
 }
 
 TEST_F(EventLogTest, AFolderThatIsMissingIsAFailure) {

@@ -203,7 +203,7 @@ void every_id(Visit visit) {
     }
     for (std::uint32_t a = 0; a < 3; ++a) {
       for (std::uint32_t b = 0; b < 10; ++b) {
-        for (std::uint32_t c = 0; c < 66; ++c) visit({type << 24U | 0x030000U | a << 8U | b, c << 24U});
+        for (std::uint32_t c = 0; c < 34; ++c) visit({type << 24U | 0x030000U | a << 8U | b, c << 24U});
       }
     }
   }

@@ -15,7 +15,7 @@
 
 class BoxTest : public testing::Test {
  protected:
-  BoxTest() {
+  void SetUp() override {
     for (const auto &folder : {place.tmp(), place.etc(), place.trace().parent_path()}) {
       std::filesystem::create_directories(folder);
     }
@@ -26,7 +26,7 @@ class BoxTest : public testing::Test {
     });
     setenv("SPBOX_ROOT", scratch.path().c_str(), 1);
   }
-  ~BoxTest() override { unsetenv("SPBOX_ROOT"); }
+  void TearDown() override { unsetenv("SPBOX_ROOT"); }
 
   void mark(const char *model) const { std::ofstream(place.tmp() / model).close(); }
 

@@ -16,8 +16,9 @@ struct Key {
 
 class PlatformDatabase : public BoxTest {
  protected:
-  ~PlatformDatabase() override {
+  void TearDown() override {
     for (std::uint32_t id = 0; id < 6; ++id) scdb_close(id);
+    BoxTest::TearDown();
   }
 
   // The record as text, or "result N".

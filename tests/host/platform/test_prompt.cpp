@@ -83,6 +83,7 @@ TEST(Prompt, TakesAnAnswerAndAsksAgainUntilItIsOne) {
       {"a zero byte is no choice", std::string("2\0\n1\n", 5), "0, choice 1", 1, ""},
       {"a line too long is one bad answer", std::string(500, '2') + "\n" + std::string(65, ' ') + "\n3\n",
        "0, choice 3", 2, ""},
+      {"a line too long is not cut down to an answer", "3" + std::string(64, ' ') + "\n2\n", "0, choice 2", 1, ""},
       {"a line that just fits is read whole", std::string(63, ' ') + "3\n", "0, choice 3", 0, ""},
       {"what follows the answer stays for the next reader", "3\nnext\n", "0, choice 3", 0, "next\n"},
       {"what follows giving up stays too", "q\nnext\n", "1", 0, "next\n"},
@@ -141,8 +142,7 @@ TEST(Prompt, AnInputThatCannotBeReadIsAFailure) {
 // A process that asks on a terminal of its own, and an operator at its other end.
 class Terminal {
  public:
-  explicit Terminal(bool non_blocking = false) {
-    pid_ = forkpty(&operator_, nullptr, nullptr, nullptr);
+  explicit Terminal(bool non_blocking = false) : pid_(forkpty(&operator_, nullptr, nullptr, nullptr)) {
     if (pid_ == 0) {
       struct sigaction action {};
       action.sa_handler = [](int) {};
@@ -182,7 +182,7 @@ class Terminal {
 
  private:
   int operator_ = -1;
-  pid_t pid_ = 0;
+  pid_t pid_;
   std::string screen_;
 };
 

@@ -215,6 +215,8 @@ TEST_F(ShowPsu, UnitLineIsCutAt127Characters) {
 TEST_F(ShowPsu, NameWithoutAnEndIsCutAt127Characters) {
   machine().names[{0, 1}] = std::string(200, 'n');
   EXPECT_EQ(tabled({end_mark()}), std::string(127, 'n'));
+  machine().names[{0, 1}] = "/" + std::string(200, 'n');
+  EXPECT_EQ(tabled({end_mark()}), std::string(126, 'n') + "N");
 }
 
 // ---- the message catalogue

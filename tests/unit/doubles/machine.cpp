@@ -86,7 +86,7 @@ void Machine::disown(void *block) {
 Lines Machine::calls_of(const std::set<std::string> &verbs) const {
   Lines some;
   for (const auto &call : calls)
-    if (verbs.count(call.substr(0, call.find(' '))) != 0) some.push_back(call);
+    if (verbs.contains(call.substr(0, call.find(' ')))) some.push_back(call);
   return some;
 }
 

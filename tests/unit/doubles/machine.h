@@ -12,6 +12,7 @@
 #include <cstdint>
 #include <cstdio>
 #include <deque>
+#include <functional>
 #include <map>
 #include <memory>
 #include <set>
@@ -87,6 +88,7 @@ class Machine {
   int32_t trace_result = 0;      // of the trace facility
   int32_t read_at_most = 65536;  // bytes that one read gives
   pid_t pid = 4711;
+  std::function<void()> interruption;  // a signal handler that runs once, when the process id is asked for next
   std::vector<Failure> failures;
   int fail_at = 0;  // the place of a call, counted from 1, that fails whatever it is
 

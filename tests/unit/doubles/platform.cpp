@@ -127,18 +127,18 @@ int32_t lcmn_lopen(const char *path, int32_t flags, uint32_t mode) {
     errno = failure->error;
     return failure->result;
   }
-  if (machine().files.count(path) == 0) {
+  if (!machine().files.contains(path)) {
     errno = ENOENT;
     return -1;
   }
   int32_t fd = kFirstDescriptor;
-  while (machine().descriptors.count(fd) != 0) ++fd;
+  while (machine().descriptors.contains(fd)) ++fd;
   machine().descriptors[fd] = {path, 0};
   return fd;
 }
 
 int32_t lcmn_read(int32_t fd, void *buffer, int32_t size) {
-  require(machine().descriptors.count(fd) == 1, "a read from a closed descriptor");
+  require(machine().descriptors.contains(fd), "a read from a closed descriptor");
   if (const auto *failure = machine().enter("lread " + std::to_string(size))) {
     errno = failure->error;
     return failure->result;
@@ -154,7 +154,7 @@ int32_t lcmn_read(int32_t fd, void *buffer, int32_t size) {
 }
 
 int32_t lcmn_close(int32_t fd) {
-  require(machine().descriptors.count(fd) == 1, "a second close of a descriptor");
+  require(machine().descriptors.contains(fd), "a second close of a descriptor");
   if (const auto *failure = machine().enter("lclose")) {
     errno = failure->error;
     return failure->result;

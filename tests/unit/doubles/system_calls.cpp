@@ -9,6 +9,7 @@
 #include <cstring>
 
 #include <gtest/gtest.h>
+#include <utility>
 
 #include "include/lmainte.h"
 #include "tests/unit/doubles/machine.h"
@@ -98,7 +99,9 @@ bool refuses_terminal(int fd) {
 extern "C" {
 
 pid_t __wrap_getpid() {
-  return machine().active ? machine().pid : __real_getpid();
+  if (!machine().active) return __real_getpid();
+  if (const auto handler = std::exchange(machine().interruption, nullptr)) handler();
+  return machine().pid;
 }
 
 pid_t __wrap_fork() {
@@ -234,7 +237,7 @@ int __wrap_remove(const char *path) {
 int __wrap_stat(const char *path, struct stat *result) {
   if (!machine().active) return __real_stat(path, result);
   if (const auto *failure = machine().enter(std::string("stat ") + path)) return failed(*failure);
-  if (machine().markers.count(path) == 1) return 0;
+  if (machine().markers.contains(path)) return 0;
   errno = ENOENT;
   return -1;
 }

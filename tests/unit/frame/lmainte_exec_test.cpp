@@ -79,7 +79,7 @@ TEST_F(LmainteExec, SplitsTheLineIntoArguments) {
       {"every white space separates", "a\tb\nc\vd\fe\rf", "/mgb/bin/ctlmainte\na\nb\nc\nd\ne\nf\n", 7},
       {"white space at both ends is dropped", "  -s  ", "/mgb/bin/ctlmainte\n-s\n", 2},
       {"one letter is a word", "x", "/mgb/bin/ctlmainte\nx\n", 2},
-      {"nothing is quoted", "'a b' \"c\" d\\ e", "/mgb/bin/ctlmainte\n'a\nb'\n\"c\"\nd\\\ne\n", 6},
+      {"nothing is quoted", R"('a b' "c" d\ e)", "/mgb/bin/ctlmainte\n'a\nb'\n\"c\"\nd\\\ne\n", 6},
       {"a letter above 127 is no white space", "\xA0\x85 \xE4", "/mgb/bin/ctlmainte\n\xA0\x85\n\xE4\n", 3},
   };
   for (const auto &row : kRows) {

@@ -45,6 +45,17 @@ TEST_F(TraceTest, CallRecordsItsEntryFirstAndItsExitLast) {
   EXPECT_EQ(doubles::trace(), (doubles::Lines{"100 110C02F0", "100 110C02F2 7", "100 110C02F1"}));
 }
 
+TEST_F(TraceTest, RecordIsWholeWhenASignalHandlerTracesThroughTheSameModuleMeanwhile) {
+  const Call call(trace_, kPlain);
+  machine().interruption = [this] {
+    const Call of_handler(trace_, kSecond);
+    of_handler.point(2, 5, 6);
+  };
+  call.point(2, 7, 8);
+  EXPECT_EQ(doubles::trace(),
+            (doubles::Lines{"100 110C02F0", "100 110C81D0", "100 110C81D2 5 6", "100 110C81D1", "100 110C02F2 7 8"}));
+}
+
 TEST_F(TraceTest, RecordNamesModuleKindProcessAndLine) {
   const uint32_t line = __LINE__ + 1;
   { const Call call(trace_, kPlain); }

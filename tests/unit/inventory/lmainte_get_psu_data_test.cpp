@@ -31,7 +31,7 @@ class LmainteGetPsuData : public doubles::LibraryTest {
   }
 
   void entry(uint32_t n, uint32_t status, uint8_t flags) {
-    const size_t at = 56 * n;
+    const size_t at = size_t{56} * n;
     current_.word(at, 0xC0000000 + n).word(at + 4, 0xD0000000 + n).word(at + 8, status);
     current_.byte(at + 20, flags).byte(at + 24, static_cast<uint8_t>(100 + n));
     machine().records[{2, "current_psu_info"}] = {current_};

@@ -45,8 +45,8 @@ class LmainteGetModelData : public doubles::LibraryTest {
   }
   void put_general(uint32_t power_supplies) {
     RecordBytes record(1408);
-    for (uint32_t n = 0; n < 12; ++n) record.word(4 * n, 50 + n);
-    record.word(4 * 8, power_supplies);
+    for (uint32_t n = 0; n < 12; ++n) record.word(size_t{4} * n, 50 + n);
+    record.word(32, power_supplies);
     machine().records[{0, "gen_system_info"}] = {record};
   }
 

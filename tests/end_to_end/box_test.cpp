@@ -1,0 +1,126 @@
+#include "tests/end_to_end/box_test.h"
+
+#include <algorithm>
+#include <csignal>
+#include <cstdlib>
+#include <fstream>
+
+#include "host/box/database.h"
+#include "host/box/place.h"
+#include "host/box/programs.h"
+
+namespace end_to_end {
+namespace fs = std::filesystem;
+
+terminal::Ending died_of(int signal) {
+  return {false, 128 + signal};
+}
+
+BoxTest::BoxTest() : mode_before_(terminal_.mode()) {
+  auto pattern = (fs::temp_directory_path() / "lmainte.XXXXXX").string();
+  if (mkdtemp(pattern.data()) == nullptr) throw std::runtime_error("cannot make a folder: " + pattern);
+  folder_ = pattern;
+}
+
+BoxTest::~BoxTest() {
+  std::error_code ignored;
+  fs::remove_all(folder_, ignored);
+}
+
+Words BoxTest::in_box(const Words &command) const {
+  Words words{SPBOX, "run", box(), "--"};
+  words.insert(words.end(), command.begin(), command.end());
+  return words;
+}
+
+void BoxTest::make_box(const std::string &model) {
+  spbox({"create", "--model", model});
+}
+
+void BoxTest::start(const Words &command) {
+  terminal_.start(in_box(command));
+}
+
+void BoxTest::start_replace_unit(const std::string &model) {
+  make_box(model);
+  start({REPLACE_UNIT});
+}
+
+bool BoxTest::was_shown(std::string_view text) {
+  return lines_with(text) > 0;
+}
+
+bool BoxTest::comes_up_again(std::string_view text, int times) {
+  const auto deadline = std::chrono::steady_clock::now() + kSoon;
+  while (lines_with(text) < times && std::chrono::steady_clock::now() < deadline) continue;
+  return lines_with(text) == times;
+}
+
+std::ptrdiff_t BoxTest::lines_with(std::string_view text) {
+  const auto lines = terminal_.everything_shown();
+  return std::count_if(lines.begin(), lines.end(), [&](const auto &line) { return line.find(text) != line.npos; });
+}
+
+void BoxTest::send(int signal, const char *program) {
+  const auto pid = terminal_.process(program);
+  ASSERT_TRUE(pid) << program << " does not run";
+  ASSERT_EQ(kill(*pid, signal), 0);
+}
+
+terminal::Done BoxTest::spbox(const Words &words) {
+  Words command{SPBOX, words[0], box()};
+  command.insert(command.end(), words.begin() + 1, words.end());
+  auto done = terminal::run(command);
+  EXPECT_EQ(done.exit_status, 0) << "spbox " << words[0] << ": " << done.output;
+  return done;
+}
+
+std::string BoxTest::led(const std::string &unit) const {
+  return box::Hardware(box::Place(box())).led(unit);
+}
+
+std::string BoxTest::flag(const std::string &unit) const {
+  return box::Hardware(box::Place(box())).flag(unit);
+}
+
+void BoxTest::bend(const std::string &program, const Words &how) {
+  Words words{"program", program};
+  words.insert(words.end(), how.begin(), how.end());
+  spbox(words);
+}
+
+void BoxTest::set_time_limits(std::uint32_t limit) const {
+  for (const char *family : {"qa", "qb", "qe"}) {
+    const auto path = box() / "mgb/cli/etc" / (std::string("cmdtime_") + family);
+    if (!fs::exists(path)) continue;
+    std::fstream file(path, std::ios::in | std::ios::out | std::ios::binary);
+    for (int command = 0; command < 16; ++command) {
+      for (int shift = 24; shift >= 0; shift -= 8) file.put(static_cast<char>(limit >> shift));
+    }
+  }
+}
+
+void BoxTest::put_record(std::uint32_t db_id, const std::string &name, std::size_t size) const {
+  box::Database(box::Place(box()).database(db_id)).put(name, box::Bytes(size));
+}
+
+std::string BoxTest::call(const Words &words) const {
+  Words command{CALL};
+  command.insert(command.end(), words.begin(), words.end());
+  return terminal::run(in_box(command)).output;
+}
+
+void BoxTest::expect_nothing_left() {
+  EXPECT_EQ(terminal_.mode(), mode_before_);
+  expect_no_process();
+  for (const auto &file : fs::directory_iterator(box() / "tmp")) {
+    EXPECT_EQ(file.path().filename().string().find("mainte_fru_list"), std::string::npos) << file.path();
+  }
+  EXPECT_EQ(call({"locks"}), "result 0\n");
+}
+
+void BoxTest::expect_no_process() {
+  for (const auto &process : terminal_.processes()) ADD_FAILURE() << process.name << " still runs";
+}
+
+}  // namespace end_to_end

@@ -1,0 +1,74 @@
+// A test with a box of its own, and an operator's terminal on it.
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include <chrono>
+#include <filesystem>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "host/terminal/technician.h"
+#include "host/terminal/terminal.h"
+
+namespace end_to_end {
+
+using std::chrono::seconds;
+
+constexpr seconds kSoon{10};
+constexpr seconds kLater{30};  // for what runs several control programs or waits for a lock
+
+using Words = std::vector<std::string>;
+
+class BoxTest : public testing::Test {
+ public:
+  BoxTest();
+  ~BoxTest() override;
+  BoxTest(const BoxTest &) = delete;
+  BoxTest &operator=(const BoxTest &) = delete;
+
+ protected:
+  void make_box(const std::string &model);
+  std::filesystem::path box() const { return folder_ / "box"; }
+
+  // The operator.
+  void start(const Words &command);                   // in the box
+  void start_replace_unit(const std::string &model);  // makes the box, too
+  bool sees(std::string_view text, seconds patience = kSoon) { return terminal_.wait_for(text, patience); }
+  void types(std::string_view keys) { terminal_.type(keys); }
+  bool was_shown(std::string_view text);                  // on the screen or above it
+  bool comes_up_again(std::string_view text, int times);  // on so many lines
+  std::optional<terminal::Ending> ending() { return terminal_.wait_for_exit(kLater); }
+  void send(int signal, const char *program);
+
+  // The technician.
+  terminal::Done spbox(const Words &words);  // spbox VERB BOX ...; must succeed
+  std::string led(const std::string &unit) const;
+  std::string flag(const std::string &unit) const;
+  void bend(const std::string &program, const Words &how);
+  void set_time_limits(std::uint32_t limit) const;  // of every control program, in seconds
+  void put_record(std::uint32_t db_id, const std::string &name, std::size_t size) const;
+
+  // A function of the library called in the box by a command without a terminal: its output, "result 0\n" at the end.
+  std::string call(const Words &words) const;
+
+  // After every end: the terminal as it was, no process, no list file, no lock.
+  void expect_nothing_left();
+  void expect_no_process();
+
+  terminal::Terminal terminal_;
+
+ private:
+  Words in_box(const Words &command) const;
+  std::ptrdiff_t lines_with(std::string_view text);
+
+  std::filesystem::path folder_;
+  terminal::Mode mode_before_;
+};
+
+// How spbox passes on that the command in the box died of a signal.
+terminal::Ending died_of(int signal);
+
+}  // namespace end_to_end

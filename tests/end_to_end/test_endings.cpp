@@ -1,0 +1,105 @@
+// Whatever ends a maintenance command, it leaves the terminal, the units and the box as it found them.
+
+#include <csignal>
+
+#include "tests/end_to_end/box_test.h"
+
+namespace end_to_end {
+namespace {
+
+using terminal::Ending;
+
+struct End {
+  const char *name;
+  int signal;
+  bool key;  // typed as Ctrl-C, which reaches all processes in the foreground, instead of sent to the command alone
+};
+
+std::ostream &operator<<(std::ostream &out, const End &end) {
+  return out << end.name;
+}
+
+class Endings : public BoxTest, public testing::WithParamInterface<End> {
+ protected:
+  void strike() {
+    if (GetParam().key) {
+      types("\003");
+    } else {
+      send(GetParam().signal, "replace_unit");
+    }
+  }
+};
+
+TEST_P(Endings, AtTheQuestionLeaveNothingBehind) {
+  start_replace_unit("qa");
+  ASSERT_TRUE(sees("Which power supply"));
+  strike();
+  EXPECT_EQ(ending(), died_of(GetParam().signal));
+  EXPECT_TRUE(was_shown("Interrupted."));
+  expect_nothing_left();
+}
+
+TEST_P(Endings, InThePagerLeaveNothingBehind) {
+  start_replace_unit("qe2");
+  ASSERT_TRUE(sees("--More--"));
+  EXPECT_TRUE(terminal_.process("busybox"));
+  strike();
+  EXPECT_EQ(ending(), died_of(GetParam().signal));
+  EXPECT_TRUE(was_shown("Interrupted."));
+  expect_nothing_left();
+}
+
+TEST_P(Endings, AtTheMarkedUnitTakeTheMarksBack) {
+  start_replace_unit("qa");
+  ASSERT_TRUE(sees("Which power supply"));
+  types("1\n");
+  ASSERT_TRUE(sees("Replace /PSU#0 now"));
+  EXPECT_EQ(led("/PSU#0"), "blink");
+  strike();
+  EXPECT_EQ(ending(), died_of(GetParam().signal));
+  EXPECT_EQ(led("/PSU#0"), "off");
+  EXPECT_EQ(flag("/PSU#0"), "");
+  expect_nothing_left();
+}
+
+INSTANTIATE_TEST_SUITE_P(By, Endings,
+                         testing::Values(End{"CtrlC", SIGINT, true}, End{"Sigint", SIGINT, false},
+                                         End{"Sigterm", SIGTERM, false}, End{"Sighup", SIGHUP, false}),
+                         [](const auto &end) { return std::string(end.param.name); });
+
+class LineCut : public BoxTest {};
+
+TEST_F(LineCut, TakesTheMarksBack) {
+  start_replace_unit("qa");
+  ASSERT_TRUE(sees("Which power supply"));
+  types("1\n");
+  ASSERT_TRUE(sees("Replace /PSU#0 now"));
+  terminal_.hang_up();
+  EXPECT_TRUE(ending());
+  EXPECT_EQ(led("/PSU#0"), "off");
+  EXPECT_EQ(flag("/PSU#0"), "");
+  expect_no_process();
+  EXPECT_EQ(call({"locks"}), "result 0\n");
+}
+
+class CtrlC : public BoxTest {};
+
+// The programs are in the terminal's foreground, too, but Ctrl-C waits until they are done.
+TEST_F(CtrlC, DoesNotTearAControlProgramAway) {
+  make_box("qa");
+  bend("ctlled", {"--delay", "1"});
+  start({REPLACE_UNIT});
+  ASSERT_TRUE(sees("Which power supply"));
+  types("1\n");
+  for (int i = 0; i < 100 && !terminal_.process("ctlled"); ++i) usleep(10'000);
+  ASSERT_TRUE(terminal_.process("ctlled"));
+  types("\003");
+  EXPECT_EQ(ending(), died_of(SIGINT));
+  EXPECT_TRUE(was_shown("The LED of /PSU#0 blinks"));
+  EXPECT_EQ(led("/PSU#0"), "off");
+  EXPECT_EQ(flag("/PSU#0"), "");
+  expect_nothing_left();
+}
+
+}  // namespace
+}  // namespace end_to_end

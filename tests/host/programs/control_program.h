@@ -1,0 +1,70 @@
+// A box, and its control programs run as the library runs them: without standard descriptors, with three variables.
+#pragma once
+
+#include <gtest/gtest.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <chrono>
+#include <filesystem>
+#include <sstream>
+#include <string>
+#include <vector>
+
+#include "host/box/inventory.h"
+#include "host/box/programs.h"
+#include "include/lmainte.h"
+#include "tests/host/box/scratch.h"
+
+class ControlProgram : public testing::Test {
+ protected:
+  explicit ControlProgram(std::uint32_t model = LMAINTE_MODEL_QE1) {
+    box::create_box(place_, model);
+    hardware_.emplace(place_);
+  }
+
+  // Starts a program by its name with the words of an argument line.
+  pid_t start(const std::string &name, const std::string &line) const {
+    const std::string path = (place_.root() / name).string();
+    std::error_code exists_already;
+    std::filesystem::create_symlink(CONTROL_PROGRAM, path, exists_already);
+    std::vector<std::string> words{path};
+    std::istringstream in(line);
+    for (std::string word; in >> word;) words.push_back(word);
+    std::vector<std::string> variables{"LC_ALL=C", "LD_LIBRARY_PATH=", "PRIV=", "SPBOX_ROOT=" + place_.root().string()};
+    std::vector<char *> argv = pointers(words), environment = pointers(variables);
+    const pid_t pid = fork();
+    if (pid == 0) {
+      for (int fd = 0; fd < 3; ++fd) close(fd);
+      execve(path.c_str(), argv.data(), environment.data());
+      _exit(127);
+    }
+    return pid;
+  }
+
+  static int wait_status(pid_t pid) {
+    int status = -1;
+    return waitpid(pid, &status, 0) == pid ? status : -1;
+  }
+
+  // The exit status of a program that must end by itself.
+  int run(const std::string &name, const std::string &line) const {
+    const int status = wait_status(start(name, line));
+    EXPECT_TRUE(WIFEXITED(status)) << name << ' ' << line << " ended with wait status " << status;
+    return WEXITSTATUS(status);
+  }
+
+  std::string hardware(const std::string &key) const { return hardware_->get(key).value_or(""); }
+
+  Scratch scratch_;
+  box::Place place_{scratch_ / "box"};
+  std::optional<box::Hardware> hardware_;
+
+ private:
+  static std::vector<char *> pointers(std::vector<std::string> &words) {
+    std::vector<char *> result;
+    for (std::string &word : words) result.push_back(word.data());
+    result.push_back(nullptr);
+    return result;
+  }
+};

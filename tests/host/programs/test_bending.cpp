@@ -1,0 +1,121 @@
+#include <signal.h>
+
+#include <thread>
+
+#include "tests/host/programs/control_program.h"
+
+namespace {
+
+using namespace std::chrono_literals;
+
+class Bending : public ControlProgram {
+ protected:
+  void bend(const box::Bend &bend) { hardware_->set_bend("ctlled", bend); }
+
+  pid_t start_blinking() const { return start("ctlled", "-u /PSU#3 -c blink"); }
+
+  // Waits until the program has noted that it runs: what it does about signals is settled then.
+  void await_start() const {
+    for (int i = 0; i < 500 && !hardware_->last_run("ctlled"); ++i) std::this_thread::sleep_for(10ms);
+    ASSERT_TRUE(hardware_->last_run("ctlled"));
+    std::this_thread::sleep_for(50ms);
+  }
+
+  static bool runs(pid_t pid) { return waitpid(pid, nullptr, WNOHANG) == 0; }
+
+  static bool ends_within(pid_t pid, std::chrono::milliseconds limit, int *status) {
+    const auto deadline = std::chrono::steady_clock::now() + limit;
+    while (std::chrono::steady_clock::now() < deadline) {
+      if (waitpid(pid, status, WNOHANG) == pid) return true;
+      std::this_thread::sleep_for(10ms);
+    }
+    return false;
+  }
+};
+
+TEST_F(Bending, ExitStatusTakesThePlaceOfTheWork) {
+  bend({.exit = 206});
+  EXPECT_EQ(run("ctlled", "-u /PSU#3 -c blink"), 206);
+  EXPECT_EQ(hardware("led /PSU#3"), "");
+  EXPECT_EQ(hardware_->last_run("ctlled")->status, 206);
+}
+
+TEST_F(Bending, ExitStatusZeroDoesNothingAndSaysThatItDid) {
+  bend({.exit = 0});
+  EXPECT_EQ(run("ctlled", "-u /PSU#3 -c blink"), 0);
+  EXPECT_EQ(hardware("led /PSU#3"), "");
+}
+
+TEST_F(Bending, OneProgramOnly) {
+  bend({.exit = 206});
+  EXPECT_EQ(run("ctlfan", "-c high"), 0);
+}
+
+TEST_F(Bending, DelayComesBeforeTheWork) {
+  bend({.delay = 1});
+  const auto start = std::chrono::steady_clock::now();
+  EXPECT_EQ(run("ctlled", "-u /PSU#3 -c blink"), 0);
+  EXPECT_GE(std::chrono::steady_clock::now() - start, 1s);
+  EXPECT_EQ(hardware("led /PSU#3"), "blink");
+}
+
+TEST_F(Bending, HangingEndsAtSigterm) {
+  bend({.hang = true});
+  const pid_t pid = start_blinking();
+  await_start();
+  EXPECT_TRUE(runs(pid));
+  kill(pid, SIGTERM);
+  const int status = wait_status(pid);
+  EXPECT_TRUE(WIFSIGNALED(status));
+  EXPECT_EQ(WTERMSIG(status), SIGTERM);
+  EXPECT_FALSE(hardware_->last_run("ctlled")->status);
+}
+
+TEST_F(Bending, HangingWithAnExitStatusEndsWithItAtSigterm) {
+  bend({.hang = true, .exit = 1});
+  const pid_t pid = start_blinking();
+  await_start();
+  EXPECT_TRUE(runs(pid));
+  kill(pid, SIGTERM);
+  const int status = wait_status(pid);
+  EXPECT_TRUE(WIFEXITED(status));
+  EXPECT_EQ(WEXITSTATUS(status), 1);
+}
+
+TEST_F(Bending, IgnoringSigtermIsEndedBySigkillAlone) {
+  bend({.ignore_term = true, .hang = true, .exit = 1});
+  const pid_t pid = start_blinking();
+  await_start();
+  kill(pid, SIGTERM);
+  int status = 0;
+  EXPECT_FALSE(ends_within(pid, 300ms, &status));
+  kill(pid, SIGKILL);
+  EXPECT_TRUE(ends_within(pid, 5s, &status));
+  EXPECT_EQ(WTERMSIG(status), SIGKILL);
+}
+
+TEST_F(Bending, DyingIsByTheSignalThatIsSet) {
+  for (const int signal : {SIGKILL, SIGSEGV, SIGTERM}) {
+    bend({.ignore_term = signal == SIGTERM, .die = signal});
+    const int status = wait_status(start_blinking());
+    EXPECT_TRUE(WIFSIGNALED(status)) << signal;
+    EXPECT_EQ(WTERMSIG(status), signal);
+  }
+  EXPECT_EQ(hardware("led /PSU#3"), "");
+}
+
+TEST_F(Bending, IsKeptWholeInTheBox) {
+  bend({.ignore_term = true, .delay = 7, .hang = true, .die = 9, .exit = 3});
+  const box::Bend kept = box::Hardware(place_).bend("ctlled");
+  EXPECT_TRUE(kept.ignore_term);
+  EXPECT_EQ(kept.delay, 7u);
+  EXPECT_TRUE(kept.hang);
+  EXPECT_EQ(kept.die, 9);
+  EXPECT_EQ(kept.exit, 3);
+  EXPECT_TRUE(box::Hardware(place_).bend("ctlfan").straight());
+  bend({});
+  EXPECT_TRUE(box::Hardware(place_).bend("ctlled").straight());
+  EXPECT_EQ(run("ctlled", "-u /PSU#3 -c blink"), 0);
+}
+
+}  // namespace

@@ -1,0 +1,174 @@
+#include "tests/host/programs/control_program.h"
+
+namespace {
+
+struct Row {
+  const char *says;
+  const char *name;
+  const char *line;
+  int status;
+  const char *key = "";    // of the hardware, where the run is to leave a trace there
+  const char *value = "";  // empty: nothing under the key
+};
+
+// Run one after the other on one box.
+class EveryProgram : public ControlProgram {
+ protected:
+  void expect(const std::vector<Row> &rows) {
+    for (const Row &row : rows) {
+      EXPECT_EQ(run(row.name, row.line), row.status) << row.says;
+      if (*row.key != '\0') {
+        EXPECT_EQ(hardware(row.key), row.value) << row.says;
+      }
+    }
+  }
+};
+
+TEST_F(EveryProgram, SwitchesMaintenanceModeOnceEachWay) {
+  expect({{"a box is not in maintenance mode", "ctlmainte", "-c unlock", 200, "maintenance", "unlock"},
+          {"mode is entered", "ctlmainte", "-c lock", 0, "maintenance", "lock"},
+          {"mode is entered once", "ctlmainte", "-c lock", 128, "maintenance", "lock"},
+          {"mode is left", "ctlmainte", "-c unlock", 0, "maintenance", "unlock"},
+          {"there is no other mode", "ctlmainte", "-c open", 1, "maintenance", "unlock"},
+          {"a mode is needed", "ctlmainte", "", 1},
+          {"a mode has its option", "ctlmainte", "lock", 1},
+          {"an option comes once", "ctlmainte", "-c lock -c lock", 1, "maintenance", "unlock"}});
+}
+
+TEST_F(EveryProgram, SetsTheFans) {
+  expect({{"all fans", "ctlfan", "-c high", 0, "fan", "high"},
+          {"all fans slower", "ctlfan", "-c low", 0, "fan", "low"},
+          {"full speed is for one unit", "ctlfan", "-c full", 1, "fan", "low"},
+          {"one unit", "ctlfan", "-u /FAN_A#0 -c full", 0, "fan /FAN_A#0", "full"},
+          {"a unit of another model", "ctlfan", "-u /FAN_A#9 -c low", 219, "fan /FAN_A#9", ""},
+          {"there is no other speed", "ctlfan", "-u /FAN_A#0 -c slow", 1, "fan /FAN_A#0", "full"}});
+}
+
+TEST_F(EveryProgram, SwitchesLeds) {
+  expect({{"blink", "ctlled", "-u /PSU#3 -c blink", 0, "led /PSU#3", "blink"},
+          {"on", "ctlled", "-u /PSU#3 -c on", 0, "led /PSU#3", "on"},
+          {"off", "ctlled", "-u /PSU#3 -c off", 0, "led /PSU#3", "off"},
+          {"of a unit below another", "ctlled", "-u /CMU#0/MEM#03A -c on", 0, "led /CMU#0/MEM#03A", "on"},
+          {"of a unit that is not in the databases", "ctlled", "-u /FANBP_C#0 -c on", 0, "led /FANBP_C#0", "on"},
+          {"of a unit that the model lacks", "ctlled", "-u /PSU#9 -c on", 206, "led /PSU#9", ""},
+          {"of no unit", "ctlled", "-c on", 1},
+          {"to no state", "ctlled", "-u /PSU#3 -c dim", 1, "led /PSU#3", "off"},
+          {"with a word too many", "ctlled", "-u /PSU#3 -c on now", 1, "led /PSU#3", "off"},
+          {"with an unknown option", "ctlled", "-u /PSU#3 -x -c on", 1, "led /PSU#3", "off"}});
+}
+
+TEST_F(EveryProgram, LightsTheLedOfAUnitThatWantsServiceOnSync) {
+  const box::Inventory inventory(place_);
+  inventory.change(box::Change::kFault, {"/PSU#3"});
+  inventory.change(box::Change::kDegrade, {"/CMU#1"});
+  expect({{"faulted", "ctlled", "-u /PSU#3 -c sync", 0, "led /PSU#3", "on"},
+          {"degraded", "ctlled", "-u /CMU#1 -c sync", 0, "led /CMU#1", "on"},
+          {"normal", "ctlled", "-u /PSU#4 -c sync", 0, "led /PSU#4", "off"}});
+  inventory.change(box::Change::kRepair, {"/PSU#3"});
+  expect({{"repaired", "ctlled", "-u /PSU#3 -c sync", 0, "led /PSU#3", "off"}});
+}
+
+TEST_F(EveryProgram, SetsMaintenanceFlagsOnceEachWay) {
+  expect({{"not under maintenance", "setmainteflag", "-u /PSU#3 -c end", 204, "flag /PSU#3", ""},
+          {"start", "setmainteflag", "-u /PSU#3 -c start", 0, "flag /PSU#3", "start"},
+          {"start once", "setmainteflag", "-u /PSU#3 -c start", 128, "flag /PSU#3", "start"},
+          {"another unit", "setmainteflag", "-u /PSU#4 -c start", 0, "flag /PSU#4", "start"},
+          {"end", "setmainteflag", "-u /PSU#3 -c end", 0, "flag /PSU#3", ""},
+          {"a unit that the model lacks", "setmainteflag", "-u /PSU#9 -c start", 204, "flag /PSU#9", ""},
+          {"no such flag", "setmainteflag", "-u /PSU#3 -c stop", 1}});
+}
+
+TEST_F(EveryProgram, ReportsMaintenance) {
+  expect({{"start", "vantamainte", "-s", 0, "report", "start"},
+          {"end", "vantamainte", "-e", 0, "report", "end"},
+          {"one of the two", "vantamainte", "-s -e", 1, "report", "end"},
+          {"one at least", "vantamainte", "", 1}});
+}
+
+TEST_F(EveryProgram, DrivesExpansionUnits) {
+  expect({{"power off", "ioadm", "poweroff /IOX@0A21", 0, "power /IOX@0A21", "off"},
+          {"power on", "ioadm", "poweron /IOX@0A21", 0, "power /IOX@0A21", "on"},
+          {"LED", "ioadm", "-u /IOX@0A22 -c blink", 0, "led /IOX@0A22", "blink"},
+          {"a part of a unit", "ioadm", "-u /IOX@0A22/PSU#0 -c on", 0, "led /IOX@0A22/PSU#0", "on"},
+          {"no such unit", "ioadm", "poweron /IOX@FFFF", 128, "power /IOX@FFFF", ""},
+          {"no expansion unit", "ioadm", "-u /PSU#0 -c on", 128},
+          {"no such LED mode", "ioadm", "-u /IOX@0A22 -c sync", 1},
+          {"both at once", "ioadm", "-c on poweron /IOX@0A22", 1}});
+}
+
+TEST_F(EveryProgram, RefusesLinesThatMakeNoSense) {
+  expect({{"judge", "judgectlfru", "-u /PSU#0 -c add", 0},
+          {"judge del", "judgectlfru", "-u /PSU#0 -c del", 0},
+          {"judge what", "judgectlfru", "-u /PSU#0", 1},
+          {"judge nothing", "judgectlfru", "-u /PSU#9 -c add", 203},
+          {"test", "testfru", "-u /PSU#0", 0},
+          {"test nothing", "testfru", "-u /PSU#9", 208},
+          {"test what", "testfru", "", 1},
+          {"detach", "detachfru", "-u /PSU#0", 0},
+          {"detach nothing", "detachfru", "-u /NOPE", 205},
+          {"fan speed", "chkfanspeed", "-u /FAN_B#7", 0},
+          {"speed of no fan", "chkfanspeed", "-u /PSU#0", 225},
+          {"link", "linkboard", "-u /CMU#0 -c up", 0},
+          {"unlink", "linkboard", "-u /IOU#3 -c down", 0},
+          {"link no board", "linkboard", "-u /PSU#0 -c up", 226},
+          {"link where to", "linkboard", "-u /CMU#0 -c left", 1},
+          {"ready", "waitmgbready", "", 0},
+          {"clear", "clearpci", "-u /IOU#0/PCI#1", 0},
+          {"clear nothing", "clearpci", "-u /IOU#9/PCI#1", 220},
+          {"clear what", "clearpci", "", 1}});
+}
+
+TEST_F(EveryProgram, KnowsTheBoards) {
+  expect({{"test a board", "testsb", "-q -y 3", 0},
+          {"test no board", "testsb", "-q -y 4", 208},
+          {"test not a number", "testsb", "-q -y 3x", 208},
+          {"test what", "testsb", "-q", 1},
+          {"one part", "setupfru", "-m n -x 1 sb 0", 0},
+          {"mirrored", "setupfru", "-m y -x 1 sb 0", 0},
+          {"four parts", "setupfru", "-m n -x 4 sb 3", 0},
+          {"mirrored in four", "setupfru", "-m y -x 4 sb 3", 1},
+          {"no board", "setupfru", "-m n -x 4 sb 4", 136},
+          {"delete", "deleteboard", "-q y -c unassign 03-0 03-1 03-2 03-3", 0},
+          {"delete no board", "deleteboard", "-q y -c unassign 04-0", 131},
+          {"delete no part", "deleteboard", "-q y -c unassign 03-4", 1},
+          {"delete nothing", "deleteboard", "-q y -c unassign", 1}});
+}
+
+TEST_F(EveryProgram, LeavesARecordOfItsLastRun) {
+  EXPECT_FALSE(hardware_->last_run("ctlled"));
+  run("ctlled", "-u /PSU#3 -c blink");
+  run("ctlled", "-u /PSU#9 -c on");
+  const auto last = hardware_->last_run("ctlled");
+  ASSERT_TRUE(last);
+  EXPECT_EQ(last->arguments, "-u /PSU#9 -c on");
+  EXPECT_EQ(last->status, 206);
+  EXPECT_GT(last->pid, 0);
+  EXPECT_FALSE(hardware_->last_run("ctlfan"));
+}
+
+TEST_F(EveryProgram, FailsWhereThereIsNoBox) {
+  std::filesystem::remove_all(place_.root() / "mgb");
+  EXPECT_EQ(run("ctlled", "-u /PSU#3 -c blink"), 8);
+}
+
+TEST_F(EveryProgram, IsNoneUnderAnotherName) {
+  EXPECT_EQ(run("ctlother", "-c on"), 1);
+}
+
+TEST(ControlPrograms, AreLinkedWhereTheLibraryLooks) {
+  const Scratch scratch;
+  const box::Place place(scratch / "box");
+  box::create_box(place, LMAINTE_MODEL_QA);
+  int links = 0;
+  for (const char *folder : {"mgb/bin", "mgb/cli/usr/bin"}) {
+    for (const auto &entry : std::filesystem::directory_iterator(place.root() / folder)) {
+      EXPECT_EQ(std::filesystem::read_symlink(entry.path()), "/mgb/lib/control_program");
+      ++links;
+    }
+  }
+  EXPECT_EQ(links, 16);
+  EXPECT_TRUE(std::filesystem::is_symlink(place.root() / "mgb/bin/linkboard"));
+  EXPECT_TRUE(std::filesystem::is_symlink(place.root() / "mgb/cli/usr/bin/ioadm"));
+}
+
+}  // namespace

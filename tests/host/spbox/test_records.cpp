@@ -1,0 +1,94 @@
+#include <nlohmann/json.hpp>
+
+#include "host/box/event_log.h"
+#include "host/box/trace_ring.h"
+#include "tests/host/spbox/spbox_test.h"
+
+namespace {
+
+using nlohmann::json;
+
+class Records : public SpboxTest {
+ protected:
+  void SetUp() override { make_box("qe1"); }
+
+  void trace(std::uint32_t level, std::uint32_t event, const std::vector<std::uint32_t> &values) {
+    std::vector<std::uint32_t> words{4711, 57};
+    words.insert(words.end(), values.begin(), values.end());
+    box::TraceRing ring;
+    ASSERT_TRUE(ring.map(place().trace().c_str()));
+    ASSERT_TRUE(ring.append(14, level, 15, event, words.data(), static_cast<std::uint32_t>(words.size())));
+  }
+
+  void log(std::uint8_t code) {
+    box::LogEntry entry{.time_ns = 0, .pid = 4711, .head = 0x00030000, .event = {}};
+    entry.event[8] = 215;
+    entry.event[9] = 2;
+    entry.event[11] = code;
+    entry.event[19] = 0x59;
+    entry.event[20] = 0x01;
+    entry.event[21] = 0x29;
+    ASSERT_TRUE(box::EventLog::append(place().events(), entry));
+  }
+};
+
+TEST_F(Records, AreNoneInANewBox) {
+  EXPECT_EQ(done({"trace", "box"}), "The trace is empty: the library has recorded nothing in this box yet.\n");
+  EXPECT_EQ(done({"trace", "box", "--errors"}), "The trace holds no error.\n");
+  EXPECT_EQ(done({"log", "box"}), "The log is empty.\n");
+  EXPECT_EQ(json::parse(done({"trace", "box", "--json"})), json::array());
+  EXPECT_EQ(json::parse(done({"log", "box", "--json"})), json::array());
+}
+
+TEST_F(Records, OfTheTraceAreInWords) {
+  trace(256, 0x110C0020, {});
+  trace(32769, 0x110C0024, {10, 4712});
+  trace(32778, 0x110C1025, {0xFFFFFFFF, 10});
+  const std::string text = done({"trace", "box"});
+  EXPECT_NE(text.find("4711  progress      lmainte_exec  entry\n"), text.npos) << text;
+  EXPECT_NE(text.find("4711  process       lmainte_exec  a child was started: time limit 10, child 4712\n"), text.npos);
+  EXPECT_NE(text.find("4711  system error  lmainte_exec  the wait for the child failed: result -1, errno 10 (No child "
+                      "processes)\n"),
+            text.npos);
+}
+
+TEST_F(Records, OfTheTraceAreCutToTheLastOrToErrors) {
+  trace(256, 0x110C0020, {});
+  trace(2053, 0x110C0022, {5, 4});
+  trace(32778, 0x110C1025, {0xFFFFFFFF, 10});
+  trace(256, 0x110C0021, {});
+  EXPECT_EQ(json::parse(done({"trace", "box", "--json"})).size(), 4u);
+  const json last = json::parse(done({"trace", "box", "--json", "--last", "2"}));
+  ASSERT_EQ(last.size(), 2u);
+  EXPECT_EQ(last[0]["number"], 2);
+  const json errors = json::parse(done({"trace", "box", "--json", "--errors"}));
+  ASSERT_EQ(errors.size(), 1u) << "what the runner records at the level of errors is none";
+  EXPECT_EQ(errors[0]["event"], "the wait for the child failed");
+  EXPECT_EQ(errors[0]["code"], "0x110C1025");
+  EXPECT_EQ(errors[0]["pid"], 4711);
+  EXPECT_EQ(errors[0]["line"], 57);
+  EXPECT_EQ(errors[0]["function"], "lmainte_exec");
+  EXPECT_EQ(errors[0]["level"], "system error");
+  EXPECT_EQ(errors[0]["known"], true);
+  EXPECT_EQ(errors[0]["values"][0], json({{"meaning", "result"}, {"number", -1}, {"text", "-1"}}));
+}
+
+TEST_F(Records, OfTheLogAreInWords) {
+  log(10);
+  log(99);
+  const std::string text = done({"log", "box"});
+  EXPECT_NE(text.find("4711  unit replaced  kind 3  /PSU#41\n"), text.npos) << text;
+  EXPECT_NE(text.find("4711  event 99               /PSU#41\n"), text.npos) << text;
+  const json entries = json::parse(done({"log", "box", "--json", "--last", "1"}));
+  ASSERT_EQ(entries.size(), 1u);
+  EXPECT_EQ(entries[0]["code"], 99);
+  EXPECT_EQ(entries[0]["head"], "0x00030000");
+  EXPECT_EQ(entries[0]["unit"], "/PSU#41");
+}
+
+TEST_F(Records, OfADamagedTraceAreRefused) {
+  std::filesystem::resize_file(place().trace(), 100);
+  EXPECT_TRUE(refused({"trace", "box"}).starts_with("spbox: "));
+}
+
+}  // namespace

@@ -1,0 +1,119 @@
+#include "host/spbox/trace_book.h"
+
+#include <gtest/gtest.h>
+
+namespace {
+
+struct Row {
+  std::uint32_t event, level;
+  std::vector<std::uint32_t> values;
+  const char *function, *what, *words, *level_word;
+  bool known, error;
+};
+
+box::TraceEntry entry_of(std::uint32_t event, std::uint32_t level, const std::vector<std::uint32_t> &values = {}) {
+  box::TraceEntry entry{};
+  entry.level = level;
+  entry.event = event;
+  entry.words[0] = 4711;
+  entry.words[1] = 123;
+  entry.word_count = 2;
+  for (const std::uint32_t value : values) entry.words.at(entry.word_count++) = value;
+  return entry;
+}
+
+TEST(TraceBook, PutsEventsIntoWords) {
+  const std::vector<Row> rows{
+      {0x110C0020, 256, {}, "lmainte_exec", "entry", "", "progress", true, false},
+      {0x110C0021, 256, {}, "lmainte_exec", "exit", "", "progress", true, false},
+      {0x110C0022,
+       2053,
+       {5, 4},
+       "lmainte_exec",
+       "run a control program",
+       "command 5 (ctlled), arguments 4",
+       "error",
+       true,
+       false},
+      {0x110C0024,
+       32769,
+       {10, 4711},
+       "lmainte_exec",
+       "a child was started",
+       "time limit 10, child 4711",
+       "process",
+       true,
+       false},
+      {0x110C1025,
+       32778,
+       {0xFFFFFFFF, 10},
+       "lmainte_exec",
+       "the wait for the child failed",
+       "result -1, errno 10 (No child processes)",
+       "system error",
+       true,
+       true},
+      {0x110C1027,
+       2053,
+       {9},
+       "lmainte_exec",
+       "the program was killed",
+       "wait status 9 (signal 9, Killed)",
+       "error",
+       true,
+       true},
+      {0x110C02E1, 256, {0}, "lmainte_show_file", "exit", "result 0", "progress", true, false},
+      {0x110C0011, 256, {8}, "lmainte_tty_control", "exit", "result 8", "progress", true, false},
+      {0x110C8012, 256, {1}, "lmainte_scdb_open", "one user more", "users 1", "progress", true, false},
+      {0x110CB034,
+       32778,
+       {0xFFFFFFFF, 2},
+       "lmainte_scdb_lock",
+       "the client did not lock it",
+       "client's result -1, database 2 (current)",
+       "system error",
+       true,
+       true},
+      {0x110C0442, 256, {5}, "lmainte_get_model_data", "the model is known", "model 5 (qe3)", "progress", true, false},
+      {0x110C12F3,
+       2053,
+       {1, 200},
+       "lmainte_control_mainte",
+       "maintenance mode was not switched",
+       "mode 1, exit status 200",
+       "error",
+       true,
+       true},
+  };
+  for (const Row &row : rows) {
+    const spbox::TraceLine line = spbox::words_of(entry_of(row.event, row.level, row.values));
+    std::string words;
+    for (const spbox::TraceValue &value : line.values) {
+      words += (words.empty() ? "" : ", ") + value.meaning + " " + value.text;
+    }
+    EXPECT_EQ(line.function, row.function);
+    EXPECT_EQ(line.event, row.what);
+    EXPECT_EQ(words, row.words);
+    EXPECT_EQ(line.level, row.level_word);
+    EXPECT_EQ(line.is_known, row.known);
+    EXPECT_EQ(line.is_error, row.error) << line.event;
+  }
+}
+
+TEST(TraceBook, ShowsHonestlyWhatItDoesNotHave) {
+  const spbox::TraceLine nowhere = spbox::words_of(entry_of(0x110CBFF3, 7, {0xFFFFFFFE}));
+  EXPECT_FALSE(nowhere.is_known);
+  EXPECT_EQ(nowhere.function, "?");
+  EXPECT_EQ(nowhere.event, "event 110CBFF3 (block 0FF, error 3)");
+  ASSERT_EQ(nowhere.values.size(), 1u);
+  EXPECT_EQ(nowhere.values[0].text, "-2");
+  EXPECT_EQ(nowhere.level, "level 0x7");
+  const spbox::TraceLine between = spbox::words_of(entry_of(0x110C002F, 256));
+  EXPECT_FALSE(between.is_known);
+  EXPECT_EQ(between.function, "lmainte_exec");
+  EXPECT_EQ(between.event, "event 110C002F (block 002, point 15)");
+  EXPECT_FALSE(spbox::words_of(entry_of(0x00000020, 256)).is_known);
+  EXPECT_FALSE(spbox::words_of(entry_of(0x220C0020, 256)).is_known);
+}
+
+}  // namespace
