@@ -26,6 +26,7 @@ class Place {
   std::filesystem::path hardware() const { return root_ / "mgb/db/box"; }
   std::filesystem::path trace() const { return root_ / "mgb/log/trace"; }
   std::filesystem::path events() const { return root_ / "mgb/log/events"; }
+  std::filesystem::path daemons() const { return root_ / "mgb/run"; }
   std::filesystem::path etc() const { return root_ / "mgb/cli/etc"; }
   std::filesystem::path tmp() const { return root_ / "tmp"; }
 

@@ -11,11 +11,14 @@
  *   mgb/db/0 .. mgb/db/5   the configuration databases
  *   mgb/log/trace          the trace: the last 65536 records
  *   mgb/log/events         the log
+ *   mgb/run                the daemons' sockets
  *   mgb/cli/etc            the time files
  *   tmp/.qe3               the marker file of the box's model
  */
 #ifndef LMAINTE_HOST_H
 #define LMAINTE_HOST_H
+
+#include <stdint.h>
 
 #ifdef __cplusplus
 extern "C" {
@@ -46,6 +49,69 @@ enum {
   LMAINTE_HOST_INTERRUPTED = 3,  /* a signal handler without SA_RESTART ran: clean up, or ask again */
   LMAINTE_HOST_ASK_FAILED = -1   /* a bad argument; the prompt cannot be written, or the answer not be read.
                                     lmainte_ask_select says the same where it cannot prepare the terminal */
+};
+
+/* ---- Messages to daemons ----------------------------------------------------------------------------------------- */
+
+/*
+ * What lcmn_send, lcmn_receive and lmainte_ipc_communicate take for a message: a head in the machine's byte order, and
+ * behind it what the command says.
+ *
+ *   struct { lmainte_host_message head; uint32_t unit_id[2]; } request = {{sizeof request, ...}, ...};
+ *   union { lmainte_host_message head; uint8_t bytes[LMAINTE_HOST_MESSAGE_MOST]; } reply;
+ *   const int32_t channel = lmainte_host_open_channel("monitor");
+ *   if (lmainte_ipc_communicate(&request, channel, 5, &reply) == LMAINTE_OK) ...
+ *   lmainte_host_close_channel(channel);
+ */
+typedef struct lmainte_host_message {
+  uint32_t size;    /* bytes of the whole message, this head included: from 16 to LMAINTE_HOST_MESSAGE_MOST */
+  uint32_t daemon;  /* the daemon's number; liblmainte records it with the command */
+  uint32_t command; /* what is asked for; in a reply, what was */
+  uint32_t
+      sequence; /* the asker's count; its reply has the same. Count up, and a reply that comes when the next request
+                        has been sent is dropped instead of being taken for the next one's */
+} lmainte_host_message;
+
+/* The most bytes of a message. lcmn_receive knows no size: its buffer has room for these. */
+#define LMAINTE_HOST_MESSAGE_MOST 1024
+
+/* How many channels a process may have open at a time. */
+#define LMAINTE_HOST_CHANNELS_MOST 16
+
+/*
+ * Opens a channel to the daemon of a name, such as "monitor", for lcmn_send, lcmn_receive and lmainte_ipc_communicate.
+ *
+ * Returns its descriptor, which execve closes; end it with lmainte_host_close_channel, not with close. Or -1 with errno:
+ *   EINVAL        a null pointer; an empty name, one with a slash or a dot in front, one of 64 characters or more
+ *   ENOENT, ECONNREFUSED  no such daemon runs
+ *   EAGAIN        too many wait for it
+ *   EMFILE        LMAINTE_HOST_CHANNELS_MOST channels are open, or the descriptors have come to the end of an fd_set
+ */
+int32_t lmainte_host_open_channel(const char *daemon);
+
+/* Closes a channel; what was sent to it is lost. Returns 0, or -1 with errno EBADF where the descriptor is no channel. */
+int32_t lmainte_host_close_channel(int32_t fd);
+
+/*
+ * Of the functions of lmainte_platform.h, none of which ends the process when a daemon is gone:
+ *
+ * lcmn_send     does not wait. Returns the bytes sent, or -1 with errno: EINVAL a null message; EBADF no channel; EMSGSIZE
+ *               a size out of range; EAGAIN the daemon has read none of the many messages before; EPIPE it is gone
+ * lcmn_receive  does not wait. Returns the message's bytes, or -1 with errno, the buffer untouched: EINVAL a null buffer;
+ *               EBADF no channel; EAGAIN nothing has come; EBADMSG what came is no message or not as long as it says;
+ *               ECONNRESET the daemon is gone
+ * lcmn_select   watches all channels of the process. A signal does not shorten the wait; limit is not changed. Returns how
+ *               many are ready, 0 when the time is over, or -1 with errno: EINVAL a null pointer, a set for writing or
+ *               exceptions, a limit below 0; ENOTCONN no channel is open; EBADF one was closed behind the platform's back
+ *
+ * lcmn_select's two status bytes:
+ */
+enum {
+  LMAINTE_HOST_READY = 0,     /* first: a channel is ready */
+  LMAINTE_HOST_TIME_OVER = 1, /* first: nothing came in time */
+  LMAINTE_HOST_ALL_THERE = 0, /* second: every channel still has its daemon */
+  LMAINTE_HOST_ONE_GONE = 1 /* second: a daemon has gone. Its channel counts as ready, and receiving from it fails once
+                                 its last words are read */
 };
 
 /* ---- Results of the configuration database ----------------------------------------------------------------------- */

@@ -1,7 +1,9 @@
 #!/usr/bin/env bash
-# The platform exports the functions that lmainte_platform.h declares, and no others: exports.sh LIBRARY HEADER
+# The platform exports the functions that its headers declare, and no others: exports.sh LIBRARY HEADER...
 set -euo pipefail
 export LC_ALL=C
-diff --label "exported by ${1##*/}" --label "declared in ${2##*/}" -U0 \
-  <(nm -D --defined-only "$1" | awk '$2 != "A" { sub(/@.*/, "", $3); print $3 }' | sort) \
-  <(grep -oE '^[a-z0-9_]+ \*?[a-z0-9_]+\(' "$2" | sed -E 's/.* \*?//; s/\(//' | sort)
+library=$1
+shift
+diff --label "exported by ${library##*/}" --label "declared in ${*##*/}" -U0 \
+  <(nm -D --defined-only "$library" | awk '$2 != "A" { sub(/@.*/, "", $3); print $3 }' | sort) \
+  <(grep -ohE '^[a-z0-9_]+ \*?[a-z0-9_]+\(' "$@" | sed -E 's/.* \*?//; s/\(//' | sort)
