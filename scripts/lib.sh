@@ -10,6 +10,11 @@ die() {
   exit 1
 }
 
+# no_arguments ARGUMENT...: for a command that takes none.
+no_arguments() {
+  if (($#)); then die "'${0##*/}' takes no arguments, and was given: $*"; fi
+}
+
 # configure PRESET [OPTION...]: makes build/PRESET what the preset says. Quiet unless it fails.
 configure() {
   local preset=$1 log options=()
