@@ -169,7 +169,7 @@ int32_t lmainte_chk_fru_install(uint32_t expectation, int32_t type, int32_t inde
     return LMAINTE_FAILED;
   }
   const uint32_t databases[] = {LMAINTE_DB_SETUP, LMAINTE_DB_CURRENT, LMAINTE_DB_LOCAL, LMAINTE_DB_FRU};
-  const lmainte::BracketEvents events = {.open = 2, .lock = 3, .unlock = 4, .close = 5};
+  const lmainte::BracketEvents events = {.open = 2, .lock = 3, .unlock = 4, .close = 5, .database_first = true};
   int32_t result = LMAINTE_FAILED;
   lmainte::SessionBracket bracket(call, events, databases, lmainte::Hold::kOpen);
   const bool released = bracket.run([&] {

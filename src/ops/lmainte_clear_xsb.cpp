@@ -32,9 +32,9 @@ int32_t lmainte_clear_xsb(int32_t division, int32_t time_limit, const UnitRecord
   lmainte::record_board(call, kOperation, *unit);
   char names[128];
   if (!name_xsbs(division, unit->number, names)) {
-    call.error(4, division);
+    call.error(3, division);
     return LMAINTE_FAILED;
   }
   const int32_t status = lmainte_exec(kOperation.command_id, time_limit, "-q y -c unassign %s", names);
-  return lmainte::judge(call, kOperation, 4, 3, status);
+  return lmainte::judge(call, kOperation, 4, 4, status);
 }

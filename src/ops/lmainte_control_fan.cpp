@@ -40,5 +40,5 @@ int32_t lmainte_control_fan(int32_t mode, int32_t time_limit, const char *unit_n
     call.error(3, mode);
     return LMAINTE_FAILED;
   }
-  return lmainte::judge(call, kOperation, 3, 4, mode, run(time_limit, unit_name, speed));
+  return lmainte::judge(call, kOperation, 3, 4, run(time_limit, unit_name, speed), mode);
 }

@@ -22,16 +22,16 @@ int32_t lmainte_link_board(int32_t mode, int32_t time_limit, const UnitRecord *u
   if (!lmainte::is_ready(call, time_limit, unit)) return LMAINTE_FAILED;
   lmainte::record_board(call, kOperation, *unit);
   if (unit->type != LMAINTE_TYPE_CMU && unit->type != LMAINTE_TYPE_IOU) {
-    call.error(4, unit->type);
+    call.error(3, unit->type);
     return LMAINTE_FAILED;
   }
   const char *direction = kOperation.line_of(mode);
   if (direction == nullptr) {
-    call.error(5, mode);
+    call.error(4, mode);
     return LMAINTE_FAILED;
   }
   char line[128];
   if (snprintf(line, sizeof line, "-u %s -c %s", unit->name, direction) < 0) line[0] = '\0';
   // The line itself is the runner's format: a percent sign in a unit's name is a conversion there.
-  return lmainte::judge(call, kOperation, 4, 3, lmainte_exec(kOperation.command_id, time_limit, line));
+  return lmainte::judge(call, kOperation, 4, 5, lmainte_exec(kOperation.command_id, time_limit, line));
 }

@@ -30,9 +30,9 @@ int32_t lmainte_set_xsb(int32_t division, int32_t mirror, int32_t time_limit, co
   lmainte::record_board(call, kOperation, *unit);
   const char *line = line_of(division, mirror);
   if (line == nullptr) {
-    call.error(4, division, mirror);
+    call.error(3, division, mirror);
     return LMAINTE_FAILED;
   }
   const long board = unit->number;
-  return lmainte::judge(call, kOperation, 4, 3, lmainte_exec(kOperation.command_id, time_limit, line, board));
+  return lmainte::judge(call, kOperation, 4, 4, lmainte_exec(kOperation.command_id, time_limit, line, board));
 }

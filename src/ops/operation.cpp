@@ -2,19 +2,13 @@
 
 namespace lmainte {
 
-int32_t judge(const Call &call, const Operation &operation, Point status_point, Point error_point, int32_t mode,
-              int32_t status) {
-  call.point(status_point, status);
-  const int32_t result = operation.meaning_of(status);
-  if (result != LMAINTE_OK) call.error(error_point, mode, status);
-  return result;
-}
-
-int32_t judge(const Call &call, const Operation &operation, Point status_point, Point error_point, int32_t status) {
-  call.point(status_point, status);
-  const int32_t result = operation.meaning_of(status);
-  if (result != LMAINTE_OK) call.error(error_point, status);
-  return result;
+bool is_ready(const Call &call, int32_t time_limit, const void *unit) {
+  if (time_limit <= 0) {
+    call.error(1);
+    return false;
+  }
+  if (unit == nullptr) call.error(2);
+  return unit != nullptr;
 }
 
 void record_board(const Call &call, const Operation &operation, const UnitRecord &unit) {
@@ -33,16 +27,7 @@ int32_t operate(const Call &call, const Operation &operation, int32_t mode, int3
     call.error(2, mode);
     return LMAINTE_FAILED;
   }
-  return judge(call, operation, 3, 3, mode, lmainte_exec(operation.command_id, time_limit, line));
-}
-
-bool is_ready(const Call &call, int32_t time_limit, const void *unit) {
-  if (time_limit <= 0) {
-    call.error(1);
-    return false;
-  }
-  if (unit == nullptr) call.error(2);
-  return unit != nullptr;
+  return judge(call, operation, 3, 3, lmainte_exec(operation.command_id, time_limit, line), mode);
 }
 
 int32_t operate_on_unit(const Call &call, const Operation &operation, int32_t mode, int32_t time_limit,
@@ -55,7 +40,8 @@ int32_t operate_on_unit(const Call &call, const Operation &operation, int32_t mo
     call.error(3, mode);
     return LMAINTE_FAILED;
   }
-  return judge(call, operation, 4, 4, mode, lmainte_exec(operation.command_id, time_limit, line, unit->name));
+  const int32_t status = lmainte_exec(operation.command_id, time_limit, line, unit->name);
+  return judge(call, operation, 4, 4, status, mode);
 }
 
 int32_t operate_on_fru(const Call &call, const Operation &operation, int32_t mode, int32_t time_limit,
@@ -67,7 +53,8 @@ int32_t operate_on_fru(const Call &call, const Operation &operation, int32_t mod
     call.error(3, mode);
     return LMAINTE_FAILED;
   }
-  return judge(call, operation, 3, 4, lmainte_exec(operation.command_id, time_limit, line, unit->name));
+  const int32_t status = lmainte_exec(operation.command_id, time_limit, line, unit->name);
+  return judge(call, operation, 3, 4, status);
 }
 
 int32_t operate_on_expansion(const Operation &operation, int32_t mode, int32_t time_limit, const UnitRecord *unit) {

@@ -41,18 +41,22 @@ struct Operation {
   }
 };
 
-// Records an exit status at a point, and as an error with the mode where it means a failure. Returns what it means.
-int32_t judge(const Call &call, const Operation &operation, Point status_point, Point error_point, int32_t mode,
-              int32_t status);
-
-// The same for an operation whose error carries the exit status alone.
-int32_t judge(const Call &call, const Operation &operation, Point status_point, Point error_point, int32_t status);
-
-// Records the unit and the control program of an operation on a system board, as the block's points 2 and 3.
-void record_board(const Call &call, const Operation &operation, const UnitRecord &unit);
+// Records an exit status at a point, and where it means a failure as an error too: after the mode, for the operations
+// whose error tells it. Returns what the status means.
+template <class... Mode>
+int32_t judge(const Call &call, const Operation &operation, Point status_point, Point error_point, int32_t status,
+              Mode... mode) {
+  call.point(status_point, status);
+  const int32_t result = operation.meaning_of(status);
+  if (result != LMAINTE_OK) call.error(error_point, mode..., status);
+  return result;
+}
 
 // Checks what every operation on a unit needs, as the block's errors 1 and 2.
 bool is_ready(const Call &call, int32_t time_limit, const void *unit);
+
+// Records the unit and the control program of an operation on a system board, as the block's points 2 and 3.
+void record_board(const Call &call, const Operation &operation, const UnitRecord &unit);
 
 // An operation on the whole system, and one on a unit.
 int32_t operate(const Call &call, const Operation &operation, int32_t mode, int32_t time_limit);

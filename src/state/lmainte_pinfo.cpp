@@ -25,10 +25,11 @@ constexpr Block kFileClear = lmainte::plain_block(0x074);
 constexpr Block kFileGet = lmainte::plain_block(0x075);
 
 constexpr int32_t kTextSize = 256;
+constexpr int32_t kMostProviders = sizeof pinfo_t / sizeof pinfo_t[0];
 
 // Assembles the items of all providers, a comma between two of them.
 bool assemble(const Call &call, char (&text)[kTextSize]) {
-  for (int32_t i = 0; pinfo_t[i] != nullptr; ++i) {
+  for (int32_t i = 0; i < kMostProviders && pinfo_t[i] != nullptr; ++i) {
     if (i > 0) strncat(text, ",", sizeof text - 1 - strlen(text));
     const int32_t status = pinfo_t[i](text, kTextSize);
     text[kTextSize - 1] = '\0';

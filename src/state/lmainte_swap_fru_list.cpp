@@ -4,6 +4,7 @@
 #include <cstdlib>
 
 #include "src/frame/trace.h"
+#include "src/state/swap_kinds.h"
 
 // The swap list's functions share its head, its count and its model, and so one file.
 
@@ -11,6 +12,7 @@ namespace {
 
 using lmainte::Block;
 using lmainte::Call;
+using lmainte::SwapType;
 
 lmainte::Trace trace;
 constexpr Block kInit = lmainte::plain_block(0x060);
@@ -31,97 +33,11 @@ constexpr int32_t kFailed = -1;
 constexpr uint32_t kMarked = 0x8000;
 constexpr int32_t kAllUnits = -1;
 
-// What the list takes from a unit's record.
-struct Found {
-  uint32_t number;
-  uint32_t status;
-  const uint32_t *ident;
-};
-
-template <class Unit>
-Found found(const Unit &unit) {
-  return {static_cast<uint32_t>(unit.number), static_cast<uint32_t>(unit.status), unit.unit_id};
-}
-
-Found cmu_at(const void *records, int32_t i) {
-  return found(static_cast<const SbData *>(records)[i].cmu);
-}
-Found iou_at(const void *records, int32_t i) {
-  return found(static_cast<const SbData *>(records)[i].iou);
-}
-template <class Unit>
-Found unit_at(const void *records, int32_t i) {
-  return found(static_cast<const Unit *>(records)[i]);
-}
-
-template <class Unit, int32_t (*Get)(int32_t, int32_t, int32_t, Unit *)>
-int32_t get(int32_t number, int32_t count, int32_t model, void *records) {
-  return Get(number, count, model, static_cast<Unit *>(records));
-}
-
-// What the list does with one type of unit: where it sorts, and how units of the type are read and looked at.
-struct TypeRow {
-  uint32_t type;
-  uint32_t order;
-  size_t record_size;
-  int32_t (*get)(int32_t number, int32_t count, int32_t model, void *records);
-  Found (*at)(const void *records, int32_t i);
-};
-
-constexpr auto kGetBoards = get<SbData, lmainte_get_sb_data>;
-constexpr auto kGetPsus = get<PsuData, lmainte_get_psu_data>;
-constexpr auto kGetTrays = get<FantrayData, lmainte_get_fantray_data>;
-constexpr auto kGetDdcs = get<BpUnitData, lmainte_get_ddca_data>;
-
-// Service processor units have a place in the order and no reader here.
-constexpr TypeRow kTypes[] = {
-    {LMAINTE_TYPE_CMU, 1, sizeof(SbData), kGetBoards, cmu_at},
-    {LMAINTE_TYPE_IOU, 2, sizeof(SbData), kGetBoards, iou_at},
-    {LMAINTE_TYPE_FANTRAY_2, 3, sizeof(FantrayData), kGetTrays, unit_at<FantrayData>},
-    {LMAINTE_TYPE_FANTRAY_3, 3, sizeof(FantrayData), kGetTrays, unit_at<FantrayData>},
-    {LMAINTE_TYPE_FANTRAY, 3, sizeof(FantrayData), kGetTrays, unit_at<FantrayData>},
-    {LMAINTE_TYPE_PSU, 4, sizeof(PsuData), kGetPsus, unit_at<PsuData>},
-    {LMAINTE_TYPE_PSU_2, 4, sizeof(PsuData), kGetPsus, unit_at<PsuData>},
-    {LMAINTE_TYPE_EMGBU, 5, 0, nullptr, nullptr},
-    {LMAINTE_TYPE_EMGBR, 5, 0, nullptr, nullptr},
-    {LMAINTE_TYPE_DDC, 6, sizeof(BpUnitData), kGetDdcs, unit_at<BpUnitData>},
-};
-constexpr uint32_t kOrderOfOthers = 15;
-
-const TypeRow *row_of(uint32_t type) {
-  for (const TypeRow &row : kTypes)
-    if (row.type == type) return &row;
-  return nullptr;
-}
-
 uint32_t order_of(uint32_t type) {
   const Call call(trace, kFindOrder);
-  const TypeRow *row = row_of(type);
-  return row != nullptr ? row->order : kOrderOfOthers;
+  const SwapType *row = lmainte::swap_type_of(type);
+  return row != nullptr ? row->order : lmainte::kOrderOfOtherTypes;
 }
-
-// The kinds of unit that are collected on a model, a bit each. Bits 0x10 and 0x40 collect nothing.
-struct ModelKinds {
-  uint32_t model;
-  uint32_t kinds;
-};
-
-constexpr ModelKinds kModelKinds[] = {
-    {LMAINTE_MODEL_QA, 0x0C},  {LMAINTE_MODEL_QB1, 0x0C}, {LMAINTE_MODEL_QB2, 0x0C},
-    {LMAINTE_MODEL_QE1, 0x3F}, {LMAINTE_MODEL_QE2, 0x1F}, {LMAINTE_MODEL_QE3, 0x5F},
-};
-
-struct Kind {
-  uint32_t bit;
-  uint32_t type;
-  size_t slot;
-};
-
-constexpr Kind kKinds[] = {
-    {0x01, LMAINTE_TYPE_CMU, LMAINTE_SLOT_CMU},     {0x02, LMAINTE_TYPE_IOU, LMAINTE_SLOT_IOU},
-    {0x04, LMAINTE_TYPE_FANTRAY, LMAINTE_SLOT_FAN}, {0x08, LMAINTE_TYPE_PSU, LMAINTE_SLOT_PSU},
-    {0x20, LMAINTE_TYPE_DDC, LMAINTE_SLOT_BP32},
-};
 
 lmainte_swap_fru *find_node(uint32_t type, uint32_t number) {
   lmainte_swap_fru *node = lmainte_swap_fru_head;
@@ -162,9 +78,9 @@ int32_t lmainte_swap_fru_insert(uint32_t type, uint32_t number, const uint32_t *
   return ++lmainte_swap_fru_count;
 }
 
-bool insert_marked(const Call &call, const TypeRow &row, const void *records, int32_t count) {
+bool insert_marked(const Call &call, const SwapType &row, const void *records, int32_t count) {
   for (int32_t i = 0; i < count; ++i) {
-    const Found unit = row.at(records, i);
+    const lmainte::SwapUnit unit = row.at(records, i);
     if ((unit.status & kMarked) == 0) continue;
     const int32_t result = lmainte_swap_fru_insert(row.type, unit.number, unit.ident);
     if (result == kFailed) {
@@ -178,8 +94,8 @@ bool insert_marked(const Call &call, const TypeRow &row, const void *records, in
 // Reads units of a type and lists those that are marked. Returns the list's count.
 int32_t lmainte_swap_fru_collect(uint32_t type, int32_t number, int32_t count) {
   const Call call(trace, kCollect);
-  const TypeRow *row = row_of(type);
-  if (row == nullptr || row->get == nullptr) {
+  const SwapType *row = lmainte::swap_type_of(type);
+  if (row == nullptr || row->read == nullptr) {
     call.error(1, type);
     return kFailed;
   }
@@ -189,26 +105,20 @@ int32_t lmainte_swap_fru_collect(uint32_t type, int32_t number, int32_t count) {
     return kFailed;
   }
   const int32_t first = count > 1 ? kAllUnits : number;
-  const int32_t result = row->get(first, count, static_cast<int32_t>(lmainte_swap_fru_model), records);
+  const int32_t result = row->read(first, count, static_cast<int32_t>(lmainte_swap_fru_model), records);
   if (result != LMAINTE_OK) call.error(3, type, result);
   const bool good = result == LMAINTE_OK && insert_marked(call, *row, records, count);
   free(records);
   return good ? lmainte_swap_fru_count : kFailed;
 }
 
-const ModelKinds *kinds_of(uint32_t model) {
-  for (const ModelKinds &row : kModelKinds)
-    if (row.model == model) return &row;
-  return nullptr;
-}
-
 int32_t collect_kinds(const Call &call, const lmainte_model_data &model_data) {
-  const ModelKinds *model = kinds_of(model_data.model);
+  const lmainte::SwapModel *model = lmainte::swap_model_of(model_data.model);
   if (model == nullptr) {
     call.error(4, model_data.model);
     return kFailed;
   }
-  for (const Kind &kind : kKinds) {
+  for (const lmainte::SwapKind &kind : lmainte::kSwapKinds) {
     if ((model->kinds & kind.bit) == 0) continue;
     const auto count = static_cast<int32_t>(model_data.unit[kind.slot].max_count);
     const int32_t result = lmainte_swap_fru_collect(kind.type, kAllUnits, count);
