@@ -58,6 +58,22 @@ struct Executed {
   uint32_t arguments_end;  // place of the null entry
 };
 
+// A daemon at the other end of a descriptor of the common interface.
+struct Daemon {
+  std::set<int32_t> ready;  // descriptors, once the wait is over
+  uint8_t status_1 = 0;     // of the wait
+  uint8_t status_2 = 0;
+  Bytes reply;                 // what a receipt writes
+  int32_t result = 0;          // of a call that succeeds
+  const void *sent = nullptr;  // where the message that was sent lies
+};
+
+// An event in the log.
+struct Saved {
+  uint32_t head;
+  Bytes event;
+};
+
 struct Asked {
   int32_t first = 0;
   void *second = nullptr;
@@ -86,7 +102,11 @@ class Machine {
   int32_t answer = 0;            // of the operator
   bool speaks = false;           // the prompt and the terminal leave marks on standard output
   int32_t trace_result = 0;      // of the trace facility
-  int32_t read_at_most = 65536;  // bytes that one read gives
+  int32_t read_at_most = 65536;  // bytes that one read gives, and one write takes
+  int32_t write_at_most = 65536;
+  bool files_are_real = false;  // those of the common helpers
+  Daemon daemon;
+  int32_t log_result = 0;  // of an event that is saved
   pid_t pid = 4711;
   std::function<void()> interruption;  // a signal handler that runs once, when the process id is asked for next
   std::vector<Failure> failures;
@@ -102,6 +122,7 @@ class Machine {
   std::string pages_path;      // and its path
   std::vector<Asked> asked;    // prompts
   Lines looked_up;             // in the message catalogue
+  std::vector<Saved> saved;    // in the log
   std::vector<int> seen_pids;  // g_show_file_pid, at each wait
   int steps = 0;               // calls that could have failed
   std::string failed_call;     // the one at fail_at

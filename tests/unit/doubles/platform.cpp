@@ -2,9 +2,11 @@
 
 #include "include/lmainte_platform.h"
 
+#include <fcntl.h>
 #include <unistd.h>
 
 #include <algorithm>
+#include <cstdio>
 #include <cstdlib>
 #include <cstring>
 
@@ -39,6 +41,17 @@ bool any_locked_above(uint32_t db_id) {
   for (uint32_t id = db_id + 1; id < std::size(machine().databases); ++id)
     if (machine().databases[id].locked) return true;
   return false;
+}
+
+// A failing call's result, with errno set.
+int32_t failed(const doubles::Failure &failure) {
+  errno = failure.error;
+  return failure.result;
+}
+
+int32_t opened(const char *path, int32_t fd) {
+  if (fd >= 0) machine().descriptors[fd] = {path, 0};
+  return fd;
 }
 
 bool is_padded(const char *key) {
@@ -121,33 +134,49 @@ int32_t lcmn_scdb_put(uint32_t db_id, const char *key, const void *data, int32_t
   return 0;
 }
 
+// Opens for reading alone, or for reading and writing with or without making the file.
 int32_t lcmn_lopen(const char *path, int32_t flags, uint32_t mode) {
-  require(flags == 0 && mode == 0444, "an open that is not for reading alone");
-  if (const auto *failure = machine().enter(std::string("lopen ") + path)) {
-    errno = failure->error;
-    return failure->result;
-  }
+  require((flags == 0 && mode == 0444) || (flags == 2 && mode == 0) || flags == 66, "an open of another kind");
+  char how[16] = "";
+  if (flags == 2) std::snprintf(how, sizeof how, " rw");
+  if (flags == 66) std::snprintf(how, sizeof how, " create %o", mode);
+  if (const auto *failure = machine().enter(std::string("lopen ") + path + how)) return failed(*failure);
+  if (machine().files_are_real) return opened(path, open(path, flags | O_CLOEXEC, mode));
+  if (flags == 66) machine().files.try_emplace(path);
   if (!machine().files.contains(path)) {
     errno = ENOENT;
     return -1;
   }
   int32_t fd = kFirstDescriptor;
   while (machine().descriptors.contains(fd)) ++fd;
-  machine().descriptors[fd] = {path, 0};
-  return fd;
+  return opened(path, fd);
 }
 
 int32_t lcmn_read(int32_t fd, void *buffer, int32_t size) {
   require(machine().descriptors.contains(fd), "a read from a closed descriptor");
-  if (const auto *failure = machine().enter("lread " + std::to_string(size))) {
-    errno = failure->error;
-    return failure->result;
-  }
+  if (const auto *failure = machine().enter("lread " + std::to_string(size))) return failed(*failure);
+  if (machine().files_are_real) return static_cast<int32_t>(read(fd, buffer, static_cast<size_t>(size)));
   auto &descriptor = machine().descriptors[fd];
   const auto &bytes = machine().files[descriptor.path];
-  const auto rest = static_cast<int32_t>(bytes.size() - descriptor.position);
-  const auto count = static_cast<size_t>(std::min({size, rest, machine().read_at_most}));
-  std::copy_n(bytes.begin() + static_cast<ptrdiff_t>(descriptor.position), count, static_cast<uint8_t *>(buffer));
+  const auto rest = static_cast<int32_t>(bytes.size()) - static_cast<int32_t>(descriptor.position);
+  const auto count = static_cast<size_t>(std::max(0, std::min({size, rest, machine().read_at_most})));
+  std::copy_n(bytes.begin() + static_cast<ptrdiff_t>(count == 0 ? 0 : descriptor.position), count,
+              static_cast<uint8_t *>(buffer));
+  descriptor.position += count;
+  errno = EINTR;
+  return static_cast<int32_t>(count);
+}
+
+int32_t lcmn_write(int32_t fd, const void *buffer, int32_t size) {
+  require(machine().descriptors.contains(fd), "a write to a closed descriptor");
+  const std::string text(static_cast<const char *>(buffer), static_cast<size_t>(size));
+  if (const auto *failure = machine().enter("lwrite " + std::to_string(size) + " " + text)) return failed(*failure);
+  if (machine().files_are_real) return static_cast<int32_t>(write(fd, buffer, static_cast<size_t>(size)));
+  auto &descriptor = machine().descriptors[fd];
+  auto &bytes = machine().files[descriptor.path];
+  const auto count = static_cast<size_t>(std::min(size, machine().write_at_most));
+  bytes.resize(std::max(bytes.size(), descriptor.position + count));
+  std::copy_n(text.begin(), count, bytes.begin() + static_cast<ptrdiff_t>(descriptor.position));
   descriptor.position += count;
   errno = EINTR;
   return static_cast<int32_t>(count);
@@ -155,12 +184,9 @@ int32_t lcmn_read(int32_t fd, void *buffer, int32_t size) {
 
 int32_t lcmn_close(int32_t fd) {
   require(machine().descriptors.contains(fd), "a second close of a descriptor");
-  if (const auto *failure = machine().enter("lclose")) {
-    errno = failure->error;
-    return failure->result;
-  }
+  if (const auto *failure = machine().enter("lclose")) return failed(*failure);
   machine().descriptors.erase(fd);
-  return 0;
+  return machine().files_are_real ? close(fd) : 0;
 }
 
 int32_t cli_ask_select(int32_t first, void *second, const char *prompt) {

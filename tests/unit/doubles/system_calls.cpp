@@ -85,6 +85,13 @@ void speak(const char *mark) {
   if (machine().speaks) std::printf("<%s>", mark);
 }
 
+Machine::Descriptor *descriptor_of(int fd) {
+  const auto found = machine().descriptors.find(fd);
+  if (found != machine().descriptors.end()) return &found->second;
+  errno = EBADF;
+  return nullptr;
+}
+
 bool refuses_terminal(int fd) {
   const bool refused = fd < 0 || fd > 2 || !machine().is_terminal[fd];
   if (refused) errno = ENOTTY;
@@ -183,6 +190,30 @@ unsigned __wrap_sleep(unsigned seconds) {
 int __wrap_close(int fd) {
   if (machine().active && machine().in_child) machine().note("close " + std::to_string(fd));
   return __real_close(fd);
+}
+
+int __wrap_ftruncate(int fd, off_t size) {
+  if (!machine().active) return __real_ftruncate(fd, size);
+  const std::string call = "ftruncate " + std::to_string(size);
+  if (const auto *failure = machine().enter(call)) return failed(*failure);
+  if (machine().files_are_real) return __real_ftruncate(fd, size);
+  auto *descriptor = descriptor_of(fd);
+  if (descriptor == nullptr) return -1;
+  machine().files[descriptor->path].resize(static_cast<size_t>(size));
+  errno = EAGAIN;
+  return 0;
+}
+
+off_t __wrap_lseek(int fd, off_t offset, int whence) {
+  if (!machine().active) return __real_lseek(fd, offset, whence);
+  const std::string call = "lseek " + std::to_string(offset) + (whence == SEEK_SET ? " from the start" : " relative");
+  if (const auto *failure = machine().enter(call)) return failed(*failure);
+  if (machine().files_are_real) return __real_lseek(fd, offset, whence);
+  auto *descriptor = descriptor_of(fd);
+  if (descriptor == nullptr) return -1;
+  descriptor->position = static_cast<size_t>(offset);
+  errno = EAGAIN;
+  return offset;
 }
 
 void *__wrap_calloc(size_t count, size_t size) {

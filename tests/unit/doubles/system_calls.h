@@ -25,6 +25,10 @@ int __wrap_execve(const char *path, char *const arguments[], char *const environ
 void __wrap__exit(int status);
 int __real_close(int fd);
 int __wrap_close(int fd);
+int __real_ftruncate(int fd, off_t size);
+int __wrap_ftruncate(int fd, off_t size);
+off_t __real_lseek(int fd, off_t offset, int whence);
+off_t __wrap_lseek(int fd, off_t offset, int whence);
 void *__real_calloc(size_t count, size_t size);
 void *__wrap_calloc(size_t count, size_t size);
 void __real_free(void *block);
