@@ -182,8 +182,8 @@ constexpr Phrase kPhrases[] = {
     {error(0x040, 1), "an argument is refused", "count", "model"},
     {error(0x040, 2), "the power supplies were not read", "first", "count"},
     {error(0x048, 1), "the current record was not read"},
-    {error(0x048, 2), "the current record is missing"},
-    {error(0x048, 3), "the FRU records were not read", "first", "count"},
+    {error(0x048, 2), "the FRU records were not read", "first", "count"},
+    {error(0x048, 3), "the current record is missing"},
     {error(0x049, 1), "no such power supply", "number"},
     {error(0x049, 2), "an installed power supply has no FRU record", "number"},
 

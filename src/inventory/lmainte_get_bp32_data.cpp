@@ -2,6 +2,7 @@
 
 #include "src/db/access_table.h"
 #include "src/frame/trace.h"
+#include "src/inventory/unit_entries.h"
 #include "src/model/unit_status.h"
 
 namespace {
@@ -14,24 +15,15 @@ lmainte::Trace trace;
 constexpr lmainte::Block kBlock = lmainte::second_block(0x011);
 
 constexpr int32_t kDdcUnits = 2;
-constexpr size_t kFirstDdcWord = 114;
-constexpr size_t kDdcWords = 10;
+constexpr size_t kFirstDdc = 456;
+constexpr size_t kDdcSize = 40;
 
-constexpr size_t kBackplaneNameByte = 6187;
 constexpr size_t kDdcNameByte = 64;
 
-void fill_head(int32_t type, int32_t number, const RecordView &current, size_t first_word, BpUnitData &out) {
-  const auto status = static_cast<int32_t>(current.word(first_word + 2));
-  out.type = type;
-  out.number = number;
-  out.unit_id[0] = current.word(first_word);
-  out.unit_id[1] = current.word(first_word + 1);
-  out.status = status;
-  out.mainte_status = status;
-}
-
-bool is_installed(const BpUnitData &unit) {
-  return lmainte::is_installed(static_cast<uint32_t>(unit.status));
+// The status word is taken as it is stored: these units have no flag byte.
+void fill_head(int32_t type, int32_t number, const RecordView &entry, BpUnitData &out) {
+  lmainte::fill_head(type, number, entry, out);
+  out.mainte_status = out.status;
 }
 
 bool fill(const Call &call, const void *current, const void *backplane, const AccessTable &ddcs, Bp32Data &out) {
@@ -40,12 +32,13 @@ bool fill(const Call &call, const void *current, const void *backplane, const Ac
     return false;
   }
   const RecordView view(current);
-  fill_head(LMAINTE_TYPE_BP, 0, view, 0, out.bp);
-  if (is_installed(out.bp)) RecordView(backplane).copy_name(kBackplaneNameByte, out.bp.fru_name);
+  fill_head(LMAINTE_TYPE_BP, 0, view, out.bp);
+  if (lmainte::is_installed(out.bp.status))
+    RecordView(backplane).copy_name(lmainte::kIdentityNameByte, out.bp.fru_name);
   for (int32_t k = 0; k < kDdcUnits; ++k) {
     BpUnitData &unit = out.ddc[k];
-    fill_head(LMAINTE_TYPE_DDC, k, view, kFirstDdcWord + kDdcWords * static_cast<size_t>(k), unit);
-    if (!is_installed(unit)) continue;
+    fill_head(LMAINTE_TYPE_DDC, k, view.at(kFirstDdc + kDdcSize * static_cast<size_t>(k)), unit);
+    if (!lmainte::is_installed(unit.status)) continue;
     const void *fru = ddcs.find(k);
     if (fru == nullptr) {
       call.error(6, k);

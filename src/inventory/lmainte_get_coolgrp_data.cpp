@@ -3,6 +3,7 @@
 #include <span>
 
 #include "src/frame/trace.h"
+#include "src/model/model_family.h"
 
 namespace {
 
@@ -32,18 +33,16 @@ constexpr CoolingGroup kGroupsQb2[] = {
     {LMAINTE_TYPE_FANTRAY, 2, {0, 12}}, {LMAINTE_TYPE_FANTRAY, 3, {0, 12}},
 };
 
-std::span<const CoolingGroup> groups_of(int32_t model) {
-  switch (model) {
-    case LMAINTE_MODEL_QA:
-      return kGroupsQa;
-    case LMAINTE_MODEL_QB1:
-      return kGroupsQb1;
-    case LMAINTE_MODEL_QB2:
-      return kGroupsQb2;
-    default:
-      return {};
-  }
-}
+struct ModelRow {
+  uint32_t model;
+  std::span<const CoolingGroup> groups;
+};
+
+constexpr ModelRow kModels[] = {
+    {LMAINTE_MODEL_QA, kGroupsQa},
+    {LMAINTE_MODEL_QB1, kGroupsQb1},
+    {LMAINTE_MODEL_QB2, kGroupsQb2},
+};
 
 }  // namespace
 
@@ -53,12 +52,12 @@ int32_t lmainte_get_coolgrp_data(int32_t unit_type, int32_t unit_no, int32_t mod
     call.error(1);
     return LMAINTE_FAILED;
   }
-  const std::span<const CoolingGroup> groups = groups_of(model);
-  if (groups.empty()) {
+  const ModelRow *row = lmainte::row_of(kModels, model);
+  if (row == nullptr) {
     call.error(2, model);
     return LMAINTE_FAILED;
   }
-  for (const CoolingGroup &group : groups) {
+  for (const CoolingGroup &group : row->groups) {
     if (group.type != unit_type || group.number != unit_no) continue;
     out->coolgrp_mask[0] = group.mask[0];
     out->coolgrp_mask[1] = group.mask[1];

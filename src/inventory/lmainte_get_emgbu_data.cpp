@@ -7,6 +7,7 @@
 #include "src/db/record_view.h"
 #include "src/db/session_bracket.h"
 #include "src/frame/trace.h"
+#include "src/inventory/unit_entries.h"
 #include "src/inventory/unit_range.h"
 #include "src/model/model_family.h"
 #include "src/model/unit_status.h"
@@ -31,7 +32,6 @@ constexpr Block kGetSeveral = lmainte::second_block(0x02E);
 constexpr uint32_t kDatabases[] = {LMAINTE_DB_CURRENT, LMAINTE_DB_LOCAL, LMAINTE_DB_FRU};
 constexpr BracketEvents kBracketEvents = {.open = 2, .lock = 3, .unlock = 6, .close = 7};
 
-constexpr size_t kNameLengthByte = 6187;
 constexpr size_t kLocalNumberByte = 20;
 constexpr int32_t kUnitsOfAKind = 2;
 
@@ -61,12 +61,8 @@ bool read_unit(const Call &call, const Kind &kind, int32_t model, const RecordVi
     return false;
   }
   const RecordView entry = current.at(static_cast<size_t>(number) * kind.entry_words * sizeof(uint32_t));
-  out.type = kind.type;
-  out.number = number;
-  out.unit_id[0] = entry.word(0);
-  out.unit_id[1] = entry.word(1);
-  out.status = static_cast<int32_t>(entry.word(2));
-  fru.view().copy_name(kNameLengthByte, out.name);
+  lmainte::fill_head(kind.type, number, entry, out);
+  fru.view().copy_name(lmainte::kIdentityNameByte, out.name);
   return true;
 }
 
@@ -198,8 +194,7 @@ int32_t lmainte_get_emgb_data_pair(int32_t unit, int32_t model, EmgbUnitData *ou
     call.error(1);
     return LMAINTE_FAILED;
   }
-  const lmainte::Family family = lmainte::family_of(static_cast<uint32_t>(model));
-  if (family == lmainte::Family::kQa || family == lmainte::Family::kQb) {
+  if (lmainte::is_model(model) && !lmainte::is_high_end(model)) {
     call.error(8, model);
     return LMAINTE_FAILED;
   }

@@ -2,6 +2,7 @@
 
 #include "src/db/access_table.h"
 #include "src/frame/trace.h"
+#include "src/inventory/unit_entries.h"
 #include "src/inventory/unit_range.h"
 #include "src/model/model_family.h"
 #include "src/model/unit_status.h"
@@ -11,6 +12,7 @@ namespace {
 using lmainte::AccessTable;
 using lmainte::Block;
 using lmainte::Call;
+using lmainte::FlaggedEntries;
 using lmainte::RecordView;
 using lmainte::UnitRange;
 
@@ -21,9 +23,6 @@ constexpr Block kRead = lmainte::plain_block(0x03F);
 // The record "current_fantray_info": thirty-two entries, each with the tray's own words and those of three fans.
 constexpr int32_t kRecordSize = 6912;
 constexpr int32_t kEntrySize = 216;
-constexpr int32_t kEntries = kRecordSize / kEntrySize;
-constexpr size_t kStatusByte = 8;
-constexpr size_t kFlagByte = 20;
 constexpr size_t kFanStatusByte = 32;
 constexpr size_t kFanFlagByte = 44;
 constexpr size_t kFanSize = 56;
@@ -34,7 +33,7 @@ constexpr uint8_t kEndOfTrays = 255;
 
 // What one model has of its own.
 struct ModelRow {
-  int32_t model;
+  uint32_t model;
   const lmainte_fan_count *fans;
 };
 
@@ -43,12 +42,6 @@ constexpr ModelRow kModels[] = {
     {LMAINTE_MODEL_QE1, max_fan_num_qe1}, {LMAINTE_MODEL_QE2, max_fan_num_qe2}, {LMAINTE_MODEL_QE3, max_fan_num_qe3},
 };
 
-const ModelRow *row_of(int32_t model) {
-  for (const ModelRow &row : kModels)
-    if (row.model == model) return &row;
-  return nullptr;
-}
-
 // The number of fans of a tray; 0 for a tray that the model lacks.
 int32_t fans_of(const ModelRow &model, int32_t tray) {
   for (const lmainte_fan_count *row = model.fans; row->tray != kEndOfTrays; ++row)
@@ -56,32 +49,10 @@ int32_t fans_of(const ModelRow &model, int32_t tray) {
   return 0;
 }
 
-bool has_entry(int32_t tray) {
-  return tray >= 0 && tray < kEntries;
-}
-
-RecordView entry_of(const void *current, int32_t tray) {
-  return RecordView(current).at(static_cast<size_t>(tray) * static_cast<size_t>(kEntrySize));
-}
-
-uint32_t status_of(const RecordView &entry) {
-  return lmainte::merged_status(entry.at(kStatusByte).word(0), entry.byte(kFlagByte));
-}
-
-// A tray that is not installed may lack its FRU record.
-bool may_lack_fru(const void *current, int32_t tray) {
-  return has_entry(tray) && !lmainte::is_installed(status_of(entry_of(current, tray)));
-}
-
-void fill_head(int32_t tray, const RecordView &entry, FantrayData &out) {
-  const auto status = static_cast<int32_t>(status_of(entry));
-  out.type = LMAINTE_TYPE_FANTRAY;
-  out.number = tray;
-  out.unit_id[0] = entry.word(0);
-  out.unit_id[1] = entry.word(1);
-  out.status = status;
-  out.mainte_status = status;
-  out.flags = entry.byte(kFlagByte);
+void fill_head(const FlaggedEntries &trays, int32_t tray, FantrayData &out) {
+  lmainte::fill_head(LMAINTE_TYPE_FANTRAY, tray, trays.entry(tray), trays.status(tray), out);
+  out.mainte_status = out.status;
+  out.flags = trays.flags(tray);
 }
 
 void fill_fans(int32_t count, const RecordView &entry, FantrayData &out) {
@@ -97,24 +68,24 @@ void fill_fans(int32_t count, const RecordView &entry, FantrayData &out) {
 // What a read works with. The FRU records exist on the high end only.
 struct Source {
   const ModelRow &model;
-  const void *current;
+  const FlaggedEntries &trays;
   const AccessTable *names;
 };
 
 // Reads tray `tray` into a record whose fans are those of the entry of `fan_tray`.
 bool read_tray(const Call &call, const Source &source, int32_t tray, int32_t fan_tray, FantrayData &out) {
-  if (!has_entry(tray)) {
+  if (!source.trays.has(tray)) {
     call.error(1, tray);
     return false;
   }
-  fill_head(tray, entry_of(source.current, tray), out);
+  fill_head(source.trays, tray, out);
   const int32_t fans = fans_of(source.model, tray);
   if (fans == 0) {
     call.error(2, tray);
     return false;
   }
-  fill_fans(fans, entry_of(source.current, fan_tray), out);
-  if (source.names == nullptr || !lmainte::is_installed(static_cast<uint32_t>(out.status))) return true;
+  fill_fans(fans, source.trays.entry(fan_tray), out);
+  if (source.names == nullptr || !lmainte::is_installed(out.status)) return true;
   const void *fru = source.names->find(tray);
   if (fru == nullptr) {
     call.error(3, tray);
@@ -133,7 +104,7 @@ int32_t listed_tray(int32_t position) {
 
 bool read(const Source &source, bool is_list, const UnitRange &range, FantrayData *out) {
   const Call call(trace, kRead);
-  if (source.current == nullptr) {
+  if (source.trays.are_missing()) {
     call.error(4);
     return false;
   }
@@ -152,22 +123,21 @@ bool fetch_and_read(const Call &call, const ModelRow &model, bool is_list, const
     call.error(2);
     return false;
   }
-  const void *record = current.find(0);
-  if (!lmainte::is_high_end(model.model)) return read({model, record, nullptr}, false, range, out);
+  const FlaggedEntries trays(current.find(0), kRecordSize, kEntrySize);
+  if (lmainte::family_of(model.model) != lmainte::Family::kQe) return read({model, trays, nullptr}, false, range, out);
   AccessTable names(range.first, range.count, kFruRecordSize, "fru_fan_qe_info_%02d");
-  const bool fetched = names.fetch(LMAINTE_DB_FRU, {record != nullptr ? may_lack_fru : nullptr, record});
-  if (!fetched) {
+  if (!names.fetch(LMAINTE_DB_FRU, trays.absence_of_names())) {
     call.error(3);
     return false;
   }
-  return read({model, record, &names}, is_list && model.model == LMAINTE_MODEL_QE1, range, out);
+  return read({model, trays, &names}, is_list && model.model == LMAINTE_MODEL_QE1, range, out);
 }
 
 }  // namespace
 
 int32_t lmainte_get_fantray_data(int32_t tray, int32_t count, int32_t model, FantrayData *out) {
   const Call call(trace, kGetFantrayData);
-  const ModelRow *row = row_of(model);
+  const ModelRow *row = lmainte::row_of(kModels, model);
   if (count == 0 || out == nullptr || row == nullptr) {
     call.error(1, count, model);
     return LMAINTE_FAILED;

@@ -5,6 +5,7 @@
 #include "src/db/session_bracket.h"
 #include "src/frame/trace.h"
 #include "src/inventory/board_position.h"
+#include "src/inventory/unit_entries.h"
 #include "src/inventory/unit_range.h"
 #include "src/model/model_family.h"
 #include "src/model/unit_status.h"
@@ -35,11 +36,6 @@ constexpr uint32_t kUnitDatabases[] = {LMAINTE_DB_CURRENT, LMAINTE_DB_FRU};
 constexpr size_t kXsbModeWord = 9;
 constexpr uint32_t kOneXsb = 1;
 constexpr uint32_t kXsbsOfABoard = 4;
-constexpr size_t kNameLengthByte = 6187;
-
-bool is_installed(int32_t status) {
-  return lmainte::is_installed(static_cast<uint32_t>(status));
-}
 
 // The extended system board that holds a quarter of a board.
 int32_t xsb_of(int32_t board, uint32_t xsb_mode, int32_t quarter) {
@@ -70,7 +66,7 @@ int32_t quarter_of_cpu_module(int32_t number) {
   return number;
 }
 void copy_cpu_module_name(const RecordView &fru, char *name) {
-  fru.copy_name(kNameLengthByte, name);
+  fru.copy_name(lmainte::kIdentityNameByte, name);
 }
 
 // The order in which the operator's lists have always shown the memory modules: eight by eight, as they sit on the board.
@@ -97,14 +93,9 @@ constexpr ModuleKind kDimms = {kReadDimms, LMAINTE_TYPE_DIMM, 32, 14, dimm_at, q
 
 void fill_module(const ModuleKind &kind, int32_t board, uint32_t xsb_mode, int32_t number, const RecordView &entry,
                  const RecordView &fru, UnitData &out) {
-  const auto status = static_cast<int32_t>(entry.word(2));
-  out.type = kind.type;
-  out.number = number;
-  out.unit_id[0] = entry.word(0);
-  out.unit_id[1] = entry.word(1);
-  out.status = status;
-  out.mainte_status = status;
-  if (is_installed(status)) kind.copy_name(fru, out.fru_name);
+  lmainte::fill_head(kind.type, number, entry, out);
+  out.mainte_status = out.status;
+  if (lmainte::is_installed(out.status)) kind.copy_name(fru, out.fru_name);
   out.xsb = xsb_of(board, xsb_mode, kind.quarter_of(number));
 }
 
@@ -155,14 +146,9 @@ uint32_t aggregate(const UnitData *units, int32_t count) {
 }
 
 void fill_cmu(int32_t board, const RecordView &setup, const RecordView &current, const RecordView &fru, CmuData &out) {
-  const auto status = static_cast<int32_t>(current.word(2));
   const uint32_t xsb_mode = current.word(kXsbModeWord);
-  out.type = LMAINTE_TYPE_CMU;
-  out.number = board;
-  out.unit_id[0] = current.word(0);
-  out.unit_id[1] = current.word(1);
-  out.status = status;
-  out.mainte_status = status;
+  lmainte::fill_head(LMAINTE_TYPE_CMU, board, current, out);
+  out.mainte_status = out.status;
   out.parts_status = aggregate(out.cpum, kCpuModules.count) | aggregate(out.dimm, kDimms.count);
   out.cur_info_6 = current.word(6);
   out.cur_info_7 = current.word(7);
@@ -170,7 +156,7 @@ void fill_cmu(int32_t board, const RecordView &setup, const RecordView &current,
   out.setup_info_1 = setup.word(1);
   out.xsb_mode = static_cast<int32_t>(xsb_mode);
   out.cur_info_11 = current.word(11);
-  if (is_installed(status)) fru.copy_name(kNameLengthByte, out.fru_name);
+  if (lmainte::is_installed(out.status)) fru.copy_name(lmainte::kIdentityNameByte, out.fru_name);
   fill_xsbs(board, xsb_mode, out.xsb);
 }
 
@@ -198,16 +184,11 @@ bool read_cmu(int32_t board, int32_t model, CmuData &out) {
 }
 
 void fill_iou(int32_t board, uint32_t xsb_mode, const RecordView &current, const RecordView &fru, IouData &out) {
-  const auto status = static_cast<int32_t>(current.word(2));
-  out.type = LMAINTE_TYPE_IOU;
-  out.number = board;
-  out.unit_id[0] = current.word(0);
-  out.unit_id[1] = current.word(1);
-  out.status = status;
+  lmainte::fill_head(LMAINTE_TYPE_IOU, board, current, out);
   // Installed and normal whatever the IOU's state is: the displays show its own fault from parts_status.
   out.mainte_status = LMAINTE_STATUS_INSTALLED;
-  out.parts_status = status;
-  if (is_installed(status)) fru.copy_name(kNameLengthByte, out.fru_name);
+  out.parts_status = out.status;
+  if (lmainte::is_installed(out.status)) fru.copy_name(lmainte::kIdentityNameByte, out.fru_name);
   fill_xsbs(board, xsb_mode, out.xsb);
 }
 

@@ -71,12 +71,6 @@ constexpr FamilyRow kFamilies[] = {
     {Family::kQa, "/mgb/cli/etc/controltime_qa", "/mgb/cli/etc/cmdtime_qa"},
 };
 
-const FamilyRow *row_of(uint32_t model) {
-  for (const FamilyRow &row : kFamilies)
-    if (row.family == lmainte::family_of(model)) return &row;
-  return nullptr;
-}
-
 // A file of 32-bit times, in the service processor's own byte order on every machine.
 template <size_t Words>
 class TimeFile {
@@ -126,7 +120,7 @@ constexpr size_t kCommands = 16;
 constexpr size_t kCommandWords = 32;
 
 bool fill_command_times(const Call &call, uint32_t model, lmainte_cmdtime *cmdtimes) {
-  const FamilyRow *row = row_of(model);
+  const FamilyRow *row = lmainte::row_of(kFamilies, model);
   if (row == nullptr) {
     call.error(6, model);
     return false;
@@ -193,7 +187,7 @@ bool fill_model_data(const Call &call, uint32_t model, const RecordView &current
     call.error(4);
     return false;
   }
-  const FamilyRow *row = row_of(model);
+  const FamilyRow *row = lmainte::row_of(kFamilies, model);
   if (row == nullptr) {
     call.error(6, model);
     return false;

@@ -5,6 +5,7 @@
 #include <cstring>
 
 #include "src/frame/trace.h"
+#include "src/model/model_family.h"
 
 namespace {
 
@@ -76,24 +77,16 @@ bool split(uint32_t mode, const char *path, Path &parts) {
   return true;
 }
 
-const lmainte_unit_code *locations_of(uint32_t model) {
-  switch (model) {
-    case LMAINTE_MODEL_QB1:
-      return convert_unit_code_qb1;
-    case LMAINTE_MODEL_QB2:
-      return convert_unit_code_qb2;
-    case LMAINTE_MODEL_QE1:
-      return convert_unit_code_qe1;
-    case LMAINTE_MODEL_QE2:
-      return convert_unit_code_qe2;
-    case LMAINTE_MODEL_QE3:
-      return convert_unit_code_qe3;
-    case LMAINTE_MODEL_QA:
-      return convert_unit_code_qa;
-    default:
-      return nullptr;
-  }
-}
+struct ModelRow {
+  uint32_t model;
+  const lmainte_unit_code *locations;
+};
+
+constexpr ModelRow kModels[] = {
+    {LMAINTE_MODEL_QB1, convert_unit_code_qb1}, {LMAINTE_MODEL_QB2, convert_unit_code_qb2},
+    {LMAINTE_MODEL_QE1, convert_unit_code_qe1}, {LMAINTE_MODEL_QE2, convert_unit_code_qe2},
+    {LMAINTE_MODEL_QE3, convert_unit_code_qe3}, {LMAINTE_MODEL_QA, convert_unit_code_qa},
+};
 
 const lmainte_unit_code *find_location(const lmainte_unit_code *location, const Path &parts) {
   char pattern[kMostComponents * (sizeof parts.components[0].name + 1) + 1] = {};
@@ -157,12 +150,12 @@ void rewrite_memory(uint32_t model, Path &parts) {
 
 // Finds the position of a path that has been split.
 int32_t find_position(const Call &call, uint32_t mode, uint32_t model, Path &parts, lmainte_unit_position &position) {
-  const lmainte_unit_code *locations = locations_of(model);
-  if (locations == nullptr) {
+  const ModelRow *row = lmainte::row_of(kModels, model);
+  if (row == nullptr) {
     call.error(6, mode, model);
     return LMAINTE_FAILED;
   }
-  const lmainte_unit_code *location = find_location(locations, parts);
+  const lmainte_unit_code *location = find_location(row->locations, parts);
   if (location == nullptr) {
     call.error(7, mode);
     return LMAINTE_POSITION_UNKNOWN;

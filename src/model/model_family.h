@@ -1,6 +1,7 @@
-// The families of server models: what is alike on the models of one family.
+// The families of server models, and tables with a row for each model or, where a family's models are alike, each family.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 
 #include "include/lmainte.h"
@@ -30,6 +31,24 @@ constexpr bool is_model(int32_t model) {
 }
 constexpr bool is_high_end(int32_t model) {
   return family_of(static_cast<uint32_t>(model)) == Family::kQe;
+}
+
+// The row that a table has for a model, by its column `family` or, where it has none, its column `model`. Null for a model
+// without a row.
+template <class Row, size_t N>
+constexpr const Row *row_of(const Row (&table)[N], uint32_t model) {
+  for (const Row &row : table) {
+    if constexpr (requires { row.family; }) {
+      if (row.family == family_of(model)) return &row;
+    } else {
+      if (row.model == model) return &row;
+    }
+  }
+  return nullptr;
+}
+template <class Row, size_t N>
+constexpr const Row *row_of(const Row (&table)[N], int32_t model) {
+  return row_of(table, static_cast<uint32_t>(model));
 }
 
 }  // namespace lmainte

@@ -1,15 +1,32 @@
 #include "include/lmainte.h"
 
 #include <cstddef>
+#include <string_view>
 
 namespace {
 
-// Every table ends with an empty pattern.
+// A pattern has one to six parts, none of them empty, and every part has a limit.
+constexpr bool is_location(const lmainte_unit_code &row) {
+  const std::string_view pattern = row.pattern;
+  if (pattern.empty() || pattern.front() != '/' || pattern.back() == '/') return false;
+  size_t parts = 0;
+  for (size_t i = 0; i < pattern.size(); ++i) {
+    if (pattern[i] != '/') continue;
+    if (pattern[i + 1] == '/' || parts == sizeof row.max || row.max[parts] == 0) return false;
+    ++parts;
+  }
+  return row.type_pos != 0;
+}
+
+// Every table lists its locations once and ends with an empty pattern.
 template <size_t Rows>
 constexpr bool ends_after(const lmainte_unit_code (&table)[Rows], size_t patterns) {
   if (Rows != patterns + 1 || table[patterns].pattern[0] != '\0') return false;
-  for (size_t i = 0; i < patterns; ++i)
-    if (table[i].pattern[0] != '/' || table[i].type_pos == 0) return false;
+  for (size_t i = 0; i < patterns; ++i) {
+    if (!is_location(table[i])) return false;
+    for (size_t k = 0; k < i; ++k)
+      if (std::string_view(table[i].pattern) == table[k].pattern) return false;
+  }
   return true;
 }
 
