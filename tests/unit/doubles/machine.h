@@ -93,9 +93,10 @@ class Machine {
   std::set<std::string> markers;                               // paths that exist
   std::map<std::pair<uint32_t, uint32_t>, std::string> names;  // of unit ids
   std::map<std::string, std::string> catalogue;                // translated messages
-  std::deque<Program> programs;                                // what the next children are; else they exit with 0
-  bool children_are_real = false;                              // they run as far as execve
-  int child_exits_with = 0;                                    // what a real child's program does
+  bool catalogue_is_real = false;
+  std::deque<Program> programs;    // what the next children are; else they exit with 0
+  bool children_are_real = false;  // they run as far as execve
+  int child_exits_with = 0;        // what a real child's program does
   bool terminal_is_real = false;
   bool is_terminal[3] = {true, true, true};
   termios terminal = {};
@@ -109,6 +110,8 @@ class Machine {
   int32_t log_result = 0;  // of an event that is saved
   pid_t pid = 4711;
   std::function<void()> interruption;  // a signal handler that runs once, when the process id is asked for next
+  std::function<int64_t(int)> wall_clock = [](int seconds) { return 1000000 + seconds; };  // at a second of `clock`
+  std::function<void()> asleep = [] {};  // what happens in each second of sleep
   std::vector<Failure> failures;
   int fail_at = 0;  // the place of a call, counted from 1, that fails whatever it is
 

@@ -65,7 +65,7 @@ pid_t wait_for_played(pid_t pid, int *status, bool no_hang) {
     if (child.ends_at == Program::kNever) ADD_FAILURE() << "a wait for ever";
     machine().clock = child.ends_at;
   }
-  *status = child.status;
+  if (status != nullptr) *status = child.status;
   children.erase(found);
   return pid;
 }
@@ -182,7 +182,30 @@ int __wrap_kill(pid_t pid, int signal) {
 unsigned __wrap_sleep(unsigned seconds) {
   if (!machine().active) return __real_sleep(seconds);
   if (machine().enter("sleep " + std::to_string(seconds)) != nullptr) return seconds;
-  machine().clock += static_cast<int>(seconds);
+  for (; seconds > 0; --seconds) {
+    ++machine().clock;
+    machine().asleep();
+  }
+  errno = EAGAIN;
+  return 0;
+}
+
+time_t __wrap_time(time_t *result) {
+  if (!machine().active) return __real_time(result);
+  const auto *failure = machine().enter("time");
+  const auto now = failure != nullptr ? failed(*failure) : machine().wall_clock(machine().clock);
+  if (result != nullptr) *result = static_cast<time_t>(now);
+  return static_cast<time_t>(now);
+}
+
+// A shell that knows how a file is made and how it is removed.
+int __wrap_system(const char *command) {
+  if (!machine().active) return __real_system(command);
+  if (const auto *failure = machine().enter(std::string("system ") + command)) return failed(*failure);
+  const std::string line = command;
+  if (line.rfind("rm -f ", 0) == 0) machine().disk.erase(line.substr(6));
+  const auto into = line.find(" > ");
+  if (into != std::string::npos) machine().disk[line.substr(into + 3)] = "";
   errno = EAGAIN;
   return 0;
 }
@@ -304,7 +327,7 @@ int __wrap_tcflush(int fd, int queue) {
 }
 
 char *__wrap_dcgettext(const char *domain, const char *message, int category) {
-  if (!machine().active) return __real_dcgettext(domain, message, category);
+  if (!machine().active || machine().catalogue_is_real) return __real_dcgettext(domain, message, category);
   machine().looked_up.push_back(std::string(domain) + (category == LC_MESSAGES ? " messages " : " ? ") + message);
   const auto found = machine().catalogue.find(message);
   return const_cast<char *>(found == machine().catalogue.end() ? message : found->second.c_str());

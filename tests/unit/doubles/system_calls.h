@@ -5,8 +5,10 @@
 #include <sys/types.h>
 #include <termios.h>
 
+#include <csignal>
 #include <cstddef>
 #include <cstdio>
+#include <ctime>
 
 extern "C" {
 pid_t __real_fork();
@@ -19,6 +21,10 @@ int __real_kill(pid_t pid, int signal);
 int __wrap_kill(pid_t pid, int signal);
 unsigned __real_sleep(unsigned seconds);
 unsigned __wrap_sleep(unsigned seconds);
+time_t __real_time(time_t *result);
+time_t __wrap_time(time_t *result);
+int __real_system(const char *command);
+int __wrap_system(const char *command);
 int __real_execve(const char *path, char *const arguments[], char *const environment[]);
 int __wrap_execve(const char *path, char *const arguments[], char *const environment[]);
 [[noreturn]] void __real__exit(int status);
@@ -47,6 +53,10 @@ int __real_tcsetattr(int fd, int actions, const termios *attributes);
 int __wrap_tcsetattr(int fd, int actions, const termios *attributes);
 int __real_tcflush(int fd, int queue);
 int __wrap_tcflush(int fd, int queue);
+int __real_sigaction(int signal, const struct sigaction *action, struct sigaction *before);
+int __wrap_sigaction(int signal, const struct sigaction *action, struct sigaction *before);
+int __real_sigprocmask(int how, const sigset_t *set, sigset_t *before);
+int __wrap_sigprocmask(int how, const sigset_t *set, sigset_t *before);
 char *__real_dcgettext(const char *domain, const char *message, int category);
 char *__wrap_dcgettext(const char *domain, const char *message, int category);
 }
