@@ -6,6 +6,11 @@
 
 namespace lmainte {
 
+// Marks a text for the catalogue's template, po/cli_cmn_msg.pot. It is looked up where it is printed.
+constexpr const char *message(const char *text) {
+  return text;
+}
+
 inline const char *translated(const char *text) {
   return dcgettext("cli_cmn_msg", text, LC_MESSAGES);
 }

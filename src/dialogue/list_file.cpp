@@ -5,12 +5,6 @@
 
 namespace lmainte {
 
-ListFile::ListFile(const Call &call, const ListFileEvents &events) : call_(call), events_(events) {}
-
-ListFile::~ListFile() {
-  if (file_ != nullptr) fclose(file_);
-}
-
 bool ListFile::open() {
   snprintf(path_, sizeof path_, "/tmp/mainte_fru_list.%d", static_cast<int>(getpid()));
   file_ = fopen(path_, "w");
@@ -20,7 +14,6 @@ bool ListFile::open() {
 
 bool ListFile::finish(bool good) {
   fclose(file_);
-  file_ = nullptr;
   if (good) {
     const int32_t shown = lmainte_show_file(path_);
     if (shown != LMAINTE_OK) call_.error(events_.show, shown);

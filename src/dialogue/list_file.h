@@ -17,11 +17,11 @@ struct ListFileEvents {
 
 class ListFile {
  public:
-  ListFile(const Call &call, const ListFileEvents &events);
+  ListFile(const Call &call, const ListFileEvents &events) : call_(call), events_(events) {}
   ListFile(const ListFile &) = delete;
   ListFile &operator=(const ListFile &) = delete;
-  ~ListFile();
 
+  // What opens must be finished.
   bool open();
   void write(const char *text) { fputs(text, file_); }
 
@@ -30,7 +30,7 @@ class ListFile {
 
  private:
   const Call &call_;
-  const ListFileEvents &events_;
+  const ListFileEvents events_;
   char path_[128] = {};
   FILE *file_ = nullptr;
 };

@@ -27,6 +27,9 @@ constexpr int64_t kSecondsAMark = 5;
 constexpr unsigned long kSecondsANumber = 30;
 constexpr unsigned long kSecondsALine = 240;
 
+// TRANSLATORS: stands behind the last dot of a progress line. xgettext:c-format
+constexpr const char *kDone = lmainte::message("done\n");
+
 // Written by the signal handler while the loop reads it.
 int caught() {
   return __atomic_load_n(&sig_catch, __ATOMIC_RELAXED);
@@ -74,7 +77,7 @@ void show_progress(const Call &call, int32_t seconds) {
   lmainte_signal_mask(masks);
   show_progress(call, seconds);
   // NOLINTNEXTLINE(clang-diagnostic-format-security): the catalogue's text is the format
-  printf(lmainte::translated("done\n"));
+  printf(lmainte::translated(kDone));
   putchar('\n');
   call.point(4, caught());
   fflush(stdout);

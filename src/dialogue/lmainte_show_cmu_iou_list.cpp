@@ -1,9 +1,7 @@
 #include "include/lmainte.h"
 
 #include <cstdio>
-#include <cstring>
 
-#include "src/dialogue/status_text.h"
 #include "src/dialogue/unit_lines.h"
 #include "src/frame/trace.h"
 
@@ -69,24 +67,23 @@ struct StatusColumn {
     uint32_t status = 0;
     uint32_t mark = 0;
     if (shows_cmu(kind)) {
-      status |= lmainte::with_condition_of(board.cmu.status, board.cmu.mainte_status);
+      status |= lmainte::whole_status(board.cmu);
       mark |= board.cmu.parts_status;
     }
     if (shows_iou(kind)) {
-      status |= lmainte::with_condition_of(board.iou.status, board.iou.parts_status);
+      status |= lmainte::whole_status(board.iou);
       mark |= board.iou.mainte_status;
     }
-    const char *word = lmainte::status_text(status, "");
-    snprintf(text, sizeof text, is_marked(status, mark) ? "%-8s *" : "%s", word);
+    snprintf(text, sizeof text, is_marked(status, mark) ? "%-8s *" : "%s", lmainte::state_text(status, ""));
   }
 
   static bool is_marked(uint32_t status, uint32_t mark) {
     if (status == lmainte::kUnknownStatus || !lmainte::is_installed(status)) return false;
-    return mark != lmainte::kUnknownStatus && (mark & (LMAINTE_STATUS_FAULTED | LMAINTE_STATUS_DEGRADED)) != 0;
+    return mark != lmainte::kUnknownStatus && (mark & lmainte::kConditionBits) != 0;
   }
 };
 
-bool write_board(Table &table, int number, uint32_t kind, const SbData &board, const XsbData *xsbs) {
+bool write_board(Table &table, int32_t number, uint32_t kind, const SbData &board, const XsbData *xsbs) {
   BoardName name;
   if (!name.find(table, kind, board)) return false;
   DomainColumn domain[kXsbsOfABoard];
@@ -97,8 +94,8 @@ bool write_board(Table &table, int number, uint32_t kind, const SbData &board, c
   }
   StatusColumn status;
   status.fill(kind, board);
-  table.write_unit("%2d. %-13s %5s %5s %5s %5s  %-4s  %s\n", number, name.shown(), domain[0].text, domain[1].text,
-                   domain[2].text, domain[3].text, power, status.text);
+  table.write_unit(lmainte::kBoardLine, number, name.shown(), domain[0].text, domain[1].text, domain[2].text,
+                   domain[3].text, power, status.text);
   return true;
 }
 
@@ -113,10 +110,10 @@ int32_t lmainte_show_cmu_iou_list(int32_t, uint32_t kind, uint32_t count, const 
   }
   if (!lmainte::is_given(call, 2, boards) || !lmainte::is_given(call, 3, xsbs) || !lmainte::is_given(call, 4, lines))
     return call.returns(LMAINTE_FAILED);
-  const lmainte::TableEvents events = {.file = {.open = 5, .show = 7, .remove = 8}, .name = 6};
-  return call.returns(Table(call, events).show(lines, [&](Table &table) {
+  return call.returns(Table(call, 5).show(lines, [&](Table &table) {
+    int32_t number = 0;
     for (uint32_t i = 0; i < count; ++i)
-      if (!write_board(table, static_cast<int>(i + 1), kind, boards[i], xsbs)) return false;
+      if (!write_board(table, ++number, kind, boards[i], xsbs)) return false;
     return true;
   }));
 }

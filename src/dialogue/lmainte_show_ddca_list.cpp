@@ -1,6 +1,5 @@
 #include "include/lmainte.h"
 
-#include "src/dialogue/status_text.h"
 #include "src/dialogue/unit_lines.h"
 #include "src/frame/trace.h"
 
@@ -9,13 +8,9 @@ namespace {
 lmainte::Trace trace;
 constexpr lmainte::Block kBlock = lmainte::second_block(0x013);
 
-const char *status_of(const BpUnitData &ddc) {
-  return lmainte::status_text(lmainte::with_condition_of(ddc.status, ddc.mainte_status), lmainte::kNullText);
-}
-
 }  // namespace
 
 int32_t lmainte_show_ddca_list(int32_t, uint32_t count, const BpUnitData *ddcs, const ListLine *lines) {
   lmainte::Call call(trace, kBlock);
-  return call.returns(lmainte::show_list(call, count, ddcs, lines, status_of));
+  return call.returns(lmainte::show_list(call, count, ddcs, lines));
 }

@@ -1,6 +1,5 @@
 #include "include/lmainte.h"
 
-#include "src/dialogue/status_text.h"
 #include "src/dialogue/unit_lines.h"
 #include "src/frame/trace.h"
 
@@ -9,13 +8,9 @@ namespace {
 lmainte::Trace trace;
 constexpr lmainte::Block kBlock = lmainte::second_block(0x014);
 
-const char *status_of(const BpUnitData &ddc) {
-  return lmainte::status_text(lmainte::with_condition_of(ddc.status, ddc.mainte_status), lmainte::kNullText);
-}
-
 }  // namespace
 
 int32_t lmainte_show_ddca_status(int32_t, const BpUnitData *ddc, const ListLine *lines) {
   const lmainte::Call call(trace, kBlock);
-  return lmainte::show_status(call, ddc, lines, status_of);
+  return lmainte::show_status(call, ddc, lines);
 }

@@ -14,9 +14,8 @@ constexpr lmainte::Block kBlock = lmainte::plain_block(0x01A);
 int32_t lmainte_show_ioupci_list(int32_t, uint32_t slots, const SbData *board, const ListLine *lines) {
   lmainte::Call call(trace, kBlock);
   if (!lmainte::is_given(call, 1, board) || !lmainte::is_given(call, 2, lines)) return call.returns(LMAINTE_FAILED);
-  const lmainte::TableEvents events = {.file = {.open = 3, .show = 5, .remove = 6}, .name = 4};
-  return call.returns(lmainte::Table(call, events).show(lines, [&](lmainte::Table &table) {
-    int number = 0;
+  return call.returns(lmainte::Table(call, 3).show(lines, [&](lmainte::Table &table) {
+    int32_t number = 0;
     return lmainte::write_installed_slots(table, board->iou.reserved, slots, number);
   }));
 }

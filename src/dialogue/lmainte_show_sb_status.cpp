@@ -1,6 +1,5 @@
 #include "include/lmainte.h"
 
-#include "src/dialogue/status_text.h"
 #include "src/dialogue/unit_lines.h"
 #include "src/frame/trace.h"
 
@@ -11,13 +10,12 @@ using lmainte::Table;
 lmainte::Trace trace;
 constexpr lmainte::Block kBlock = lmainte::second_block(0x016);
 
-constexpr char kUnitLine[] = "%-14s%s\n";
-constexpr char kPartLine[] = "    %-10s%s\n";
+using StatusLine = lmainte::LineFormat<lmainte::Text, lmainte::Text>;
 
-bool write_line(Table &table, const char *format, const uint32_t *unit_id, uint32_t status) {
+bool write_line(Table &table, const StatusLine &format, const uint32_t *unit_id, uint32_t status) {
   lmainte::UnitName name;
   if (!table.find_name(unit_id, lmainte::NameForm::kStatusTable, name)) return false;
-  table.write_unit(format, name.shown(), lmainte::status_text(status, ""));
+  table.write_unit(format, name.shown(), lmainte::state_text(status, ""));
   return true;
 }
 
@@ -25,20 +23,19 @@ bool write_line(Table &table, const char *format, const uint32_t *unit_id, uint3
 template <size_t Count>
 bool write_parts(Table &table, const UnitData (&parts)[Count]) {
   for (const UnitData &part : parts) {
-    const uint32_t status = lmainte::with_condition_of(part.status, part.mainte_status);
-    if (lmainte::is_installed(status) && !write_line(table, kPartLine, part.unit_id, status)) return false;
+    const uint32_t status = lmainte::whole_status(part);
+    if (lmainte::is_installed(status) && !write_line(table, lmainte::kPartLine, part.unit_id, status)) return false;
   }
   return true;
 }
 
 bool write_cmu(Table &table, const CmuData &cmu) {
-  const uint32_t status = lmainte::with_condition_of(cmu.status, cmu.mainte_status);
-  return write_line(table, kUnitLine, cmu.unit_id, status) && write_parts(table, cmu.cpum) &&
-         write_parts(table, cmu.dimm);
+  return write_line(table, lmainte::kStatusLine, cmu.unit_id, lmainte::whole_status(cmu)) &&
+         write_parts(table, cmu.cpum) && write_parts(table, cmu.dimm);
 }
 
 bool write_iou(Table &table, const IouData &iou) {
-  return write_line(table, kUnitLine, iou.unit_id, lmainte::with_condition_of(iou.status, iou.parts_status));
+  return write_line(table, lmainte::kStatusLine, iou.unit_id, lmainte::whole_status(iou));
 }
 
 }  // namespace
@@ -50,8 +47,7 @@ int32_t lmainte_show_sb_status(int32_t, uint32_t kind, const SbData *board, cons
     return LMAINTE_FAILED;
   }
   if (!lmainte::is_given(call, 2, board) || !lmainte::is_given(call, 3, lines)) return LMAINTE_FAILED;
-  const lmainte::TableEvents events = {.file = {.open = 4, .show = 6, .remove = 7}, .name = 5};
-  return Table(call, events).show(lines, [&](Table &table) {
+  return Table(call, 4).show(lines, [&](Table &table) {
     if (kind != LMAINTE_BOARD_IOU && !write_cmu(table, board->cmu)) return false;
     return kind == LMAINTE_BOARD_CMU || write_iou(table, board->iou);
   });

@@ -17,7 +17,7 @@ bool Table::find_name(const uint32_t *unit_id, NameForm form, UnitName &name) {
   name = {};
   const int32_t result = api_conv_unit_name_get(unit_id, static_cast<int32_t>(form), name.text_, 0, 0);
   name.text_[sizeof name.text_ - 1] = '\0';
-  if (result != 0) call_.system_error(events_.name, result);
+  if (result != 0) call_.system_error(no_name_, result);
   return result == 0;
 }
 

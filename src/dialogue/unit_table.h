@@ -7,9 +7,11 @@
 #include <cstddef>
 #include <cstdint>
 #include <cstdio>
+#include <type_traits>
 
 #include "include/lmainte.h"
 #include "src/dialogue/catalogue.h"
+#include "src/dialogue/line_formats.h"
 #include "src/dialogue/list_file.h"
 #include "src/frame/trace.h"
 
@@ -29,15 +31,14 @@ class UnitName {
 // Which of its names a unit is shown by.
 enum class NameForm : int32_t { kLocation = 0, kStatusTable = 1 };
 
-// The error events of a table: those of its list file, and a unit id without a name.
-struct TableEvents {
-  ListFileEvents file;
-  Point name;
-};
-
 class Table {
  public:
-  Table(const Call &call, const TableEvents &events) : call_(call), events_(events), file_(call, events.file) {}
+  // The first error event is that of a list file that cannot be created. A unit id without a name, a pager that fails
+  // and a list file that cannot be removed follow.
+  Table(const Call &call, Point first_error)
+      : call_(call),
+        no_name_(follows(first_error, 1)),
+        file_(call, {.open = first_error, .show = follows(first_error, 2), .remove = follows(first_error, 3)}) {}
 
   template <class WriteUnits>
   int32_t show(const ListLine *lines, WriteUnits write_units) {
@@ -48,12 +49,12 @@ class Table {
     return file_.finish(good) ? LMAINTE_OK : LMAINTE_FAILED;
   }
 
-  // Writes one unit line in a format of the library's, as the message catalogue words it.
-  template <class... Values>
-  void write_unit(const char *format, Values... values) {
+  // Writes one unit line, as the message catalogue words it.
+  template <class... Columns>
+  void write_unit(const LineFormat<Columns...> &format, std::type_identity_t<Columns>... columns) {
     char text[kLineSize] = {};
     // NOLINTNEXTLINE(clang-diagnostic-format-nonliteral): the format is looked up in the message catalogue
-    snprintf(text, sizeof text, translated(format), values...);
+    snprintf(text, sizeof text, translated(format.text), columns...);
     file_.write(text);
   }
 
@@ -62,11 +63,13 @@ class Table {
  private:
   static constexpr size_t kLineSize = 128;
 
+  static constexpr Point follows(Point point, uint32_t distance) { return {point.number + distance, point.line}; }
+
   // Writes the lines of one position and returns the first line of another.
   const ListLine *write_lines(const ListLine *line, int32_t position);
 
   const Call &call_;
-  const TableEvents &events_;
+  const Point no_name_;
   ListFile file_;
 };
 
