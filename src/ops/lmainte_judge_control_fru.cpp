@@ -7,8 +7,12 @@ namespace {
 lmainte::Trace trace;
 constexpr lmainte::Block kBlock = lmainte::plain_block(0x035);
 
-constexpr lmainte::ModeLine kLines[] = {{LMAINTE_JUDGE_ADD, "-u %s -c add"}, {LMAINTE_JUDGE_DELETE, "-u %s -c del"}};
+constexpr lmainte::ModeLine kLines[] = {
+    {LMAINTE_JUDGE_ADD, "-u %s -c add"},
+    {LMAINTE_JUDGE_DELETE, "-u %s -c del"},
+};
 
+// The program refuses in two ways, and the caller is told which.
 constexpr lmainte::StatusMeaning kMeanings[] = {
     {128, LMAINTE_FRU_REFUSED}, {203, LMAINTE_FRU_REFUSED}, {232, LMAINTE_FRU_REFUSED_2}};
 
@@ -18,5 +22,13 @@ constexpr lmainte::Operation kOperation = {LMAINTE_CMD_JUDGECTLFRU, kLines, kMea
 
 int32_t lmainte_judge_control_fru(int32_t mode, int32_t time_limit, const UnitRecord *unit) {
   const lmainte::Call call(trace, kBlock);
-  return lmainte::operate_on_fru(call, kOperation, mode, time_limit, unit);
+  if (!lmainte::is_ready(call, time_limit, unit)) return LMAINTE_FAILED;
+  call.point(2, unit->type, unit->number);
+  const char *line = kOperation.line_of(mode);
+  if (line == nullptr) {
+    call.error(3, mode);
+    return LMAINTE_FAILED;
+  }
+  const int32_t status = lmainte_exec(kOperation.command_id, time_limit, line, unit->name);
+  return lmainte::judge(call, kOperation, 3, 4, status);
 }

@@ -44,17 +44,10 @@ int32_t operate_on_unit(const Call &call, const Operation &operation, int32_t mo
   return judge(call, operation, 4, 4, status, mode);
 }
 
-int32_t operate_on_fru(const Call &call, const Operation &operation, int32_t mode, int32_t time_limit,
-                       const UnitRecord *unit) {
+int32_t operate_on_fru(const Call &call, const Operation &operation, int32_t time_limit, const UnitRecord *unit) {
   if (!is_ready(call, time_limit, unit)) return LMAINTE_FAILED;
   call.point(2, unit->type, unit->number);
-  const char *line = operation.line_of(mode);
-  if (line == nullptr) {
-    call.error(3, mode);
-    return LMAINTE_FAILED;
-  }
-  const int32_t status = lmainte_exec(operation.command_id, time_limit, line, unit->name);
-  return judge(call, operation, 3, 4, status);
+  return judge(call, operation, 3, 3, lmainte_exec(operation.command_id, time_limit, "-u %s", unit->name));
 }
 
 int32_t operate_on_expansion(const Operation &operation, int32_t mode, int32_t time_limit, const UnitRecord *unit) {

@@ -63,9 +63,8 @@ int32_t operate(const Call &call, const Operation &operation, int32_t mode, int3
 int32_t operate_on_unit(const Call &call, const Operation &operation, int32_t mode, int32_t time_limit,
                         const UnitRecord *unit);
 
-// An operation on a field-replaceable unit: the unit alone is recorded.
-int32_t operate_on_fru(const Call &call, const Operation &operation, int32_t mode, int32_t time_limit,
-                       const UnitRecord *unit);
+// An operation without modes on a field-replaceable unit: the unit alone is recorded, its name is the argument line.
+int32_t operate_on_fru(const Call &call, const Operation &operation, int32_t time_limit, const UnitRecord *unit);
 
 // An operation on an I/O expansion unit. These leave no trace, and hand a negative time limit to the runner.
 int32_t operate_on_expansion(const Operation &operation, int32_t mode, int32_t time_limit, const UnitRecord *unit);
