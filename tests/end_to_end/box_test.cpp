@@ -113,10 +113,14 @@ std::string BoxTest::call(const Words &words) const {
 void BoxTest::expect_nothing_left() {
   EXPECT_EQ(terminal_.mode(), mode_before_);
   expect_no_process();
+  expect_no_list_file();
+  EXPECT_EQ(call({"locks"}), "result 0\n");
+}
+
+void BoxTest::expect_no_list_file() const {
   for (const auto &file : fs::directory_iterator(box() / "tmp")) {
     EXPECT_EQ(file.path().filename().string().find("mainte_fru_list"), std::string::npos) << file.path();
   }
-  EXPECT_EQ(call({"locks"}), "result 0\n");
 }
 
 void BoxTest::expect_no_process() {

@@ -57,11 +57,13 @@ class BoxTest : public testing::Test {
   // After every end: the terminal as it was, no process, no list file, no lock.
   void expect_nothing_left();
   void expect_no_process();
+  void expect_no_list_file() const;
+
+  Words in_box(const Words &command) const;  // spbox run BOX -- COMMAND
 
   terminal::Terminal terminal_;
 
  private:
-  Words in_box(const Words &command) const;
   std::ptrdiff_t lines_with(std::string_view text);
 
   std::filesystem::path folder_;
