@@ -1,6 +1,7 @@
-// A platform in memory: records as a client hands them over, and a trace that keeps the last record.
+// A platform in memory: records as a client hands them over, files of zeros, and a trace that keeps the last record.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <string>
 #include <vector>
@@ -18,7 +19,9 @@ struct Requests {
   std::uint64_t records = 0;   // of the trace
 };
 
-void put(std::uint32_t db_id, const std::string &key, const std::vector<std::uint8_t> &record);
+// Stores a run of records, as many as `count`, by the pattern of their names. Every byte is such that units are installed,
+// neither faulted nor degraded, and have a name.
+void put(std::uint32_t db_id, const char *pattern, int count, std::size_t size);
 
 // Runs a call once and tells what it asked for.
 Requests watch(void (*call)());

@@ -1,11 +1,11 @@
 #include "include/lmainte.h"
 
 #include <cerrno>
-#include <cstdio>
 #include <cstdlib>
 
 #include "include/lmainte_platform.h"
 #include "src/db/access_table.h"
+#include "src/db/record_name.h"
 #include "src/db/session_bracket.h"
 #include "src/frame/trace.h"
 
@@ -20,16 +20,13 @@ constexpr Block kGetData = lmainte::plain_block(0x03A);
 constexpr Block kMake = lmainte::plain_block(0x03B);
 constexpr Block kFree = lmainte::plain_block(0x03C);
 
-constexpr size_t kKeySize = 128;
 constexpr int32_t kFailed = -1;
 
 // Reads one record into its entry, which owns whatever buffer the client hands over.
 bool read_record(const Call &call, uint32_t db_id, lmainte_access_entry &entry, const Absence &absence) {
-  char key[kKeySize] = {};
-  // NOLINTNEXTLINE(clang-diagnostic-format-nonliteral): the record's name is a pattern for the index
-  snprintf(key, sizeof key, entry.name, entry.index);
+  const lmainte::RecordName name(entry.name, entry.index);
   const int32_t expected = entry.size;
-  const int32_t result = scdb_get(db_id, key, &entry.data, &entry.size, 0);
+  const int32_t result = scdb_get(db_id, name.text(), &entry.data, &entry.size, 0);
   if (result == LMAINTE_OK && entry.size == expected) return true;
   if (result != LMAINTE_OK && absence.is_tolerated != nullptr && absence.is_tolerated(absence.context, entry.index))
     return true;

@@ -1,9 +1,8 @@
 #include "include/lmainte.h"
 
-#include <cstdio>
-
 #include "include/lmainte_platform.h"
 #include "src/db/record_kinds.h"
+#include "src/db/record_name.h"
 #include "src/frame/trace.h"
 
 // The database module: the sessions, and the records that are read and written within them.
@@ -105,7 +104,7 @@ int32_t perform(const Step &step, uint32_t db_id) {
 }
 
 struct Key {
-  char name[128] = {};
+  lmainte::RecordName name;
   int32_t size = 0;
 };
 
@@ -117,8 +116,7 @@ uint32_t lmainte_scdb_make_key(const lmainte::Coordinates &at, Key &key) {
     call.error(2, at.unit_type, at.unit_no);
     return LMAINTE_FAILED;
   }
-  // NOLINTNEXTLINE(clang-diagnostic-format-nonliteral): the record's name is a pattern for the unit's number
-  snprintf(key.name, sizeof key.name, kind->name, static_cast<int>(at.unit_no + kind->first_number));
+  key.name = lmainte::RecordName(kind->name, static_cast<int32_t>(at.unit_no + kind->first_number));
   key.size = kind->size;
   return LMAINTE_OK;
 }
@@ -134,7 +132,7 @@ bool make_key(const Call &call, const lmainte::Coordinates &at, Key &key) {
 uint32_t read_record(const Call &call, lmainte::Point client_event, lmainte::Point size_event, uint32_t db_id,
                      const Key &key, void **buf) {
   int32_t size = 0;
-  const int32_t result = scdb_get(db_id, key.name, buf, &size, 0);
+  const int32_t result = scdb_get(db_id, key.name.text(), buf, &size, 0);
   if (result == LMAINTE_OK && size == key.size) return LMAINTE_OK;
   call.system_error(client_event, result, db_id);
   call.error(size_event, key.size, size);
@@ -186,7 +184,7 @@ uint32_t lmainte_scdb_put(uint32_t db_id, uint32_t model, int32_t unit_type, uin
   Call call(trace, kPut);
   Key key;
   if (!make_key(call, {db_id, model, unit_type, unit_no}, key)) return LMAINTE_FAILED;
-  const int32_t result = lcmn_scdb_put(db_id, key.name, data, key.size, 0);
+  const int32_t result = lcmn_scdb_put(db_id, key.name.text(), data, key.size, 0);
   // The client is asked with a null record too, and must cope with it.
   if (result == LMAINTE_OK && data != nullptr) return LMAINTE_OK;
   call.system_error(2, result, db_id);

@@ -30,9 +30,12 @@ struct Path {
   uint32_t count = 0;
 };
 
+// Copies a text of this length, cut to its room.
 template <size_t Size>
 void copy_text(char (&to)[Size], const char *from, size_t length) {
-  snprintf(to, Size, "%.*s", static_cast<int>(length), from);
+  if (length >= Size) length = Size - 1;
+  memcpy(to, from, length);
+  to[length] = '\0';
 }
 
 bool has_white_space(const char *path) {
@@ -214,7 +217,7 @@ int32_t replace_mem_location(lmainte_path_component *components) {
   }
   char whole[sizeof components[1].whole + 1 + sizeof components[2].whole];
   snprintf(whole, sizeof whole, "%s/%s", components[1].whole, components[2].whole);
-  copy_text(components[2].whole, whole, sizeof components[2].whole - 1);
+  copy_text(components[2].whole, whole, strlen(whole));
   return LMAINTE_OK;
 }
 

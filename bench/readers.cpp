@@ -1,0 +1,172 @@
+// Every reader at the full size of its model, beside the client calls and trace records that it takes; and a location, beside
+// the read of the model that it begins with.
+
+#include "bench/readers.h"
+
+#include <benchmark/benchmark.h>
+#include <sys/stat.h>
+
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <string>
+
+#include "bench/memory_platform.h"
+#include "include/lmainte.h"
+
+extern "C" int __wrap_stat(const char *path, struct stat *result);
+
+// The only file there is marks the largest model.
+extern "C" int __wrap_stat(const char *path, struct stat *) {
+  return std::strcmp(path, "/tmp/.qe3") == 0 ? 0 : -1;
+}
+
+namespace {
+
+void require(std::int32_t result) {
+  if (result == LMAINTE_OK) return;
+  std::fprintf(stderr, "bench: a reader failed with result %d\n", result);
+  std::abort();
+}
+
+template <class Record, std::int32_t Count, std::int32_t Model, auto Reader>
+void read_units() {
+  static Record out[Count];
+  require(Reader(-1, Count, Model, out));
+  benchmark::DoNotOptimize(out);
+}
+
+void read_status() {
+  SystemStatus status;
+  require(lmainte_get_system_status(&status));
+  benchmark::DoNotOptimize(status);
+}
+
+template <std::int32_t Model>
+void read_all_emgb() {
+  EmgbUnitData out[4];
+  require(lmainte_get_emgb_data_all(Model, out));
+  benchmark::DoNotOptimize(out);
+}
+
+void read_emgb_pairs() {
+  EmgbUnitData out[4];
+  require(lmainte_get_emgb_data_pair(-1, LMAINTE_MODEL_QE3, out));
+  benchmark::DoNotOptimize(out);
+}
+
+void find_group() {
+  CoolgrpData group;
+  require(lmainte_get_coolgrp_data(LMAINTE_TYPE_FANTRAY, 3, LMAINTE_MODEL_QB2, &group));
+  benchmark::DoNotOptimize(group);
+}
+
+void read_model() {
+  lmainte_model_data model = {};
+  require(lmainte_get_model_data(&model, nullptr));
+  benchmark::DoNotOptimize(model);
+}
+
+void locate_memory() {
+  lmainte_unit_position position;
+  require(lmainte_get_unit_position_id(LMAINTE_POSITION_UNIT, "/CMU#15/MEM#30B", &position));
+  benchmark::DoNotOptimize(position);
+}
+
+void locate_psu() {
+  lmainte_fru_type type;
+  require(lmainte_convert_strtofrutype("/PSU#74", &type));
+  benchmark::DoNotOptimize(type);
+}
+
+struct Row {
+  const char *name;
+  void (*library)();
+  void (*floor)() = nullptr;  // null: the calls that the library makes of the platform
+};
+
+constexpr std::int32_t kQe1 = LMAINTE_MODEL_QE1;
+constexpr std::int32_t kQb2 = LMAINTE_MODEL_QB2;
+constexpr std::int32_t kQe3 = LMAINTE_MODEL_QE3;
+
+constexpr Row kRows[] = {
+    {"read 16 system boards", read_units<SbData, 16, kQe3, lmainte_get_sb_data>},
+    {"read 64 extended system boards", read_units<XsbData, 64, kQe3, lmainte_get_xsb_data>},
+    {"read 32 fan trays", read_units<FantrayData, 32, kQe3, lmainte_get_fantray_data>},
+    {"read 12 fan trays in qe1's order", read_units<FantrayData, 12, kQe1, lmainte_get_fantray_data>},
+    {"read 8 fan trays without names", read_units<FantrayData, 8, kQb2, lmainte_get_fantray_data>},
+    {"read 60 power supplies", read_units<PsuData, 60, kQe3, lmainte_get_psu_data>},
+    {"read 24 domains", read_units<DomainData, 24, kQe3, lmainte_get_domain_data>},
+    {"read the system's status", read_status},
+    {"read the backplane", read_units<Bp32Data, 1, kQe1, lmainte_get_bp32_data>},
+    {"read 2 DDC units", read_units<BpUnitData, 2, kQe1, lmainte_get_ddca_data>},
+    {"read 2 service processor units", read_units<EmgbUnitData, 2, kQe3, lmainte_get_emgbu_data>},
+    {"read 4 service processor units", read_all_emgb<kQe3>},
+    {"read 2 pairs of service processor units", read_emgb_pairs},
+    {"find a cooling group", find_group},
+    {"read the model", read_model},
+    {"locate a memory module (floor: the model)", locate_memory, read_model},
+    {"locate a power supply (floor: the model)", locate_psu, read_model},
+};
+
+void put_boards() {
+  bench::put(LMAINTE_DB_SETUP, "setup_cmu_info_%02d", 16, 256);
+  bench::put(LMAINTE_DB_CURRENT, "current_cmu_info_%02d", 16, 1760);
+  bench::put(LMAINTE_DB_CURRENT, "current_cpu_module_info_%02d", 16, 2976);
+  bench::put(LMAINTE_DB_CURRENT, "current_dimm_info_%02d", 16, 1792);
+  bench::put(LMAINTE_DB_CURRENT, "current_iou_info_%02d", 16, 2016);
+  bench::put(LMAINTE_DB_FRU, "fru_cmu_info_%02d", 16, 8192);
+  bench::put(LMAINTE_DB_FRU, "fru_cpu_info_%02d", 64, 8192);
+  bench::put(LMAINTE_DB_FRU, "fru_dimm_info_%03d", 512, 256);
+  bench::put(LMAINTE_DB_FRU, "fru_iou_qe_info_%02d", 16, 8192);
+  bench::put(LMAINTE_DB_SETUP, "setup_xsb_info_%02d", 64, 192);
+  bench::put(LMAINTE_DB_CURRENT, "current_xsb_info_%02d", 64, 152);
+}
+
+void put_other_units() {
+  bench::put(LMAINTE_DB_CURRENT, "current_fantray_info", 1, 6912);
+  bench::put(LMAINTE_DB_FRU, "fru_fan_qe_info_%02d", 32, 256);
+  bench::put(LMAINTE_DB_CURRENT, "current_psu_info", 1, 3360);
+  bench::put(LMAINTE_DB_FRU, "fru_psu_qe_info_%02d", 60, 320);
+  bench::put(LMAINTE_DB_CURRENT, "current_bp32_info", 1, 1008);
+  bench::put(LMAINTE_DB_FRU, "fru_bpa_info", 1, 8192);
+  bench::put(LMAINTE_DB_FRU, "fru_ddca_info_%02d", 2, 320);
+  bench::put(LMAINTE_DB_CURRENT, "current_mgb_info", 1, 160);
+  bench::put(LMAINTE_DB_CURRENT, "current_mgbr_info", 1, 48);
+  bench::put(LMAINTE_DB_LOCAL, "local_mgb_info", 1, 280);
+  bench::put(LMAINTE_DB_FRU, "fru_emgbu_info_%02d", 4, 8192);
+}
+
+void put_system() {
+  bench::put(LMAINTE_DB_CURRENT, "current_domain_info_%02d", 24, 1464);
+  bench::put(LMAINTE_DB_CURRENT, "current_system_info", 1, 176);
+  bench::put(LMAINTE_DB_SETUP, "setup_system_info", 1, 248);
+  bench::put(LMAINTE_DB_GEN, "gen_system_info", 1, 1408);
+}
+
+void add(const Row &row) {
+  const std::string name = row.name;
+  if (row.floor == nullptr) {
+    const auto replay = [asked = bench::watch(row.library)](benchmark::State &state) {
+      for (auto _ : state) bench::replay(asked);
+    };
+    benchmark::RegisterBenchmark((name + "/floor").c_str(), replay);
+  } else {
+    const auto run = [&row](benchmark::State &state) {
+      for (auto _ : state) row.floor();
+    };
+    benchmark::RegisterBenchmark((name + "/floor").c_str(), run);
+  }
+  benchmark::RegisterBenchmark((name + "/library").c_str(), [&row](benchmark::State &state) {
+    for (auto _ : state) row.library();
+  });
+}
+
+}  // namespace
+
+void bench::add_readers() {
+  put_boards();
+  put_other_units();
+  put_system();
+  for (const Row &row : kRows) add(row);
+}
