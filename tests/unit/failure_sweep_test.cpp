@@ -119,6 +119,18 @@ int32_t read_one_record() {
   return lmainte_scdb_close(2) == 0 ? static_cast<int32_t>(result) : 8;
 }
 
+int32_t read_under_a_lock() {
+  if (lmainte_scdb_open(2) != 0) return 8;
+  uint32_t result = 8;
+  void *record = nullptr;
+  if (lmainte_scdb_lock(2) == 0) {
+    result = lmainte_scdb_get(2, 3, 16, 0, &record);
+    if (lmainte_scdb_unlock(2) != 0) result = 8;
+  }
+  free(record);
+  return lmainte_scdb_close(2) == 0 ? static_cast<int32_t>(result) : 8;
+}
+
 int32_t get_position() {
   lmainte_unit_position position = {};
   return lmainte_get_unit_position_id(0, "/PSU#1", &position);
@@ -137,6 +149,12 @@ int32_t get_xsbs() {
 }
 int32_t get_fantrays() {
   return read<FantrayData>([](FantrayData *out) { return lmainte_get_fantray_data(-1, 2, 5, out); });
+}
+int32_t get_fantrays_of_qe1() {
+  return read<FantrayData>([](FantrayData *out) { return lmainte_get_fantray_data(0, 1, 3, out); });
+}
+int32_t get_fantrays_without_names() {
+  return read<FantrayData>([](FantrayData *out) { return lmainte_get_fantray_data(-1, 4, 1, out); });
 }
 int32_t get_domains() {
   return read<DomainData>([](DomainData *out) { return lmainte_get_domain_data(-1, 2, 3, out); });
@@ -189,6 +207,7 @@ const std::vector<Row> &rows() {
       {"access_table", read_a_table, {-1}, {}},
       {"get_model_data", get_model, {8}, {"stat"}, 0x110C0440},
       {"get_psu_data", get_psus, {8}, {}, 0x110C0400},
+      {"scdb_get", read_under_a_lock, {8}, {}},
       {"scdb_lget", read_one_record, {8}, {}},
       {"scdb_put", [] { return static_cast<int32_t>(lmainte_scdb_put(1, 3, 16, 0, &kRecord)); }, {8}, {}, 0x110C81D0},
       {"get_unit_position_id", get_position, {8}, {"stat"}, 0x110C04A0},
@@ -196,6 +215,8 @@ const std::vector<Row> &rows() {
       {"get_sb_data", get_boards, {8}, {}, 0x110C0030},
       {"get_xsb_data", get_xsbs, {8}, {}, 0x110C8000},
       {"get_fantray_data", get_fantrays, {8}, {}, 0x110C03E0},
+      {"get_fantray_data_of_qe1", get_fantrays_of_qe1, {8}, {}, 0x110C03E0},
+      {"get_fantray_data_without_names", get_fantrays_without_names, {8}, {}, 0x110C03E0},
       {"get_domain_data", get_domains, {8}, {}, 0x110C0420},
       {"get_system_status", get_system_status, {8}, {}, 0x110C0410},
       {"get_bp32_data", get_backplane, {8}, {}, 0x110C8110},

@@ -121,6 +121,45 @@ TEST_F(LmainteDbAccessTable, NameNeedsNoPlaceForTheIndex) {
   lmainte_db_free_access_table(table);
 }
 
+struct NameRow {
+  const char *says;
+  std::string pattern;
+  int32_t index;
+  std::string name;
+};
+
+TEST_F(LmainteDbAccessTable, NamesHoldTheIndexAsPrintfWritesIt) {
+  const std::string long_stem(125, 'k');
+  const NameRow rows[] = {
+      {"two digits", "r_%02d", 7, "r_07"},
+      {"two digits filled", "r_%02d", 99, "r_99"},
+      {"a third digit where it is needed", "r_%02d", 100, "r_100"},
+      {"the highest index", "r_%02d", INT32_MAX, "r_2147483647"},
+      {"three digits", "r_%03d", 7, "r_007"},
+      {"three digits filled", "r_%03d", 511, "r_511"},
+      {"one digit", "r_%01d", 7, "r_7"},
+      {"nine digits", "r_%09d", 12345, "r_000012345"},
+      {"as many digits as it takes", "r_%d", 7, "r_7"},
+      {"blanks before it", "r_%3d", 7, "r_  7"},
+      {"hexadecimal", "r_%02x", 255, "r_ff"},
+      {"text behind it", "r_%02d_x", 7, "r_07_x"},
+      {"nothing before it", "%02d", 7, "07"},
+      {"a percent sign before it", "r_%%_%02d", 7, "r_%_07"},
+      {"a percent sign that makes it plain text", "r_%%02d", 7, "r_%02d"},
+      {"127 characters", long_stem + "%02d", 7, long_stem + "07"},
+      {"128 characters, of which one is cut", long_stem + "k%02d", 7, long_stem + "k0"},
+      {"127 characters where a digit more is needed", long_stem + "%02d", 100, long_stem + "10"},
+  };
+  for (const auto &row : rows) {
+    put(2, row.name, 1, 9);
+    machine().calls.clear();
+    lmainte_access_entry *table = lmainte_db_make_access_table(row.index, 1, 1, row.pattern.c_str());
+    EXPECT_EQ(lmainte_db_get_data(2, table), 0) << row.says;
+    EXPECT_EQ(machine().calls_of({"get"}), (Lines{"get 2 " + row.name})) << row.says;
+    lmainte_db_free_access_table(table);
+  }
+}
+
 TEST_F(LmainteDbAccessTable, KeyIsCutAt127Characters) {
   const std::string name(200, 'k');
   put(2, name.substr(0, 127), 1, 9);

@@ -234,6 +234,11 @@ TEST_F(LmainteGetBp32Data, AbsentDdcUnitNeedsNoContentOfItsFruRecord) {
   EXPECT_EQ(lmainte_get_bp32_data(0, 1, 3, out_), 0);
 }
 
+TEST_F(LmainteGetBp32Data, EveryCallOfTheClientCounts) {
+  doubles::expect_every_call_to_count(
+      all_fetches(), [this] { return lmainte_get_bp32_data(0, 1, 3, out_); }, [this] { return all_untouched(); });
+}
+
 TEST_F(LmainteGetBp32Data, WorksInsideTheCallersOwnSessions) {
   doubles::within_sessions({2, 4}, [this] { EXPECT_EQ(lmainte_get_bp32_data(0, 1, 3, out_), 0); });
   EXPECT_TRUE(is_same(expected(), out_[0]));
@@ -360,6 +365,16 @@ TEST_F(LmainteGetDdcaData, WhateverFailsTheBackplaneFailsHereAndWritesNothing) {
       EXPECT_TRUE(all_untouched()) << row.name;
     }
   }
+}
+
+TEST_F(LmainteGetDdcaData, EveryCallOfTheClientCounts) {
+  doubles::expect_every_call_to_count(
+      all_fetches(), [this] { return lmainte_get_ddca_data(-1, 2, 3, out_); }, [this] { return all_untouched(); });
+}
+
+TEST_F(LmainteGetDdcaData, WorksInsideTheCallersOwnSessions) {
+  doubles::within_sessions({2, 4}, [this] { EXPECT_EQ(lmainte_get_ddca_data(1, 1, 3, out_), 0); });
+  EXPECT_TRUE(is_same(expected(1), out_[0]));
 }
 
 }  // namespace

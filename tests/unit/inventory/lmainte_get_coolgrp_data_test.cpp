@@ -62,6 +62,12 @@ TEST_F(LmainteGetCoolgrpData, RefusesNull) {
             (Lines{"100 110C0560", "805 110C1561", "100 110C0561", "100 110C0560", "805 110C1561", "100 110C0561"}));
 }
 
+TEST_F(LmainteGetCoolgrpData, TraceThatFailsChangesNothing) {
+  machine().trace_result = -1;
+  EXPECT_EQ(mask(161, 3, 2), 12u);
+  EXPECT_EQ(mask(161, 4, 2), 0u);
+}
+
 TEST_F(LmainteGetCoolgrpData, RecordsItsSteps) {
   mask(161, 3, 2);
   EXPECT_EQ(doubles::trace(), (Lines{"100 110C0560", "100 110C0561"}));

@@ -134,6 +134,12 @@ TEST_F(LmainteGetDomainData, EmptyRecordFailsAtItsDomain) {
   EXPECT_EQ(doubles::trace_of(0x110C0420).at(4), "805 110C1424 1 0");
 }
 
+TEST_F(LmainteGetDomainData, EveryCallOfTheClientCounts) {
+  doubles::expect_every_call_to_count(
+      fetch_of(2, {"current_domain_info_00", "current_domain_info_01"}),
+      [this] { return lmainte_get_domain_data(-1, 2, 3, out_); }, [this] { return all_untouched(); });
+}
+
 TEST_F(LmainteGetDomainData, WorksInsideTheCallersOwnSession) {
   doubles::within_sessions({2}, [this] { EXPECT_EQ(lmainte_get_domain_data(5, 1, 3, out_), 0); });
   EXPECT_TRUE(is_same(expected(5), out_[0]));

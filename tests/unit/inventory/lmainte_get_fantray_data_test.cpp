@@ -281,30 +281,9 @@ TEST_F(LmainteGetFantrayData, ShortListOfQe1LacksTheIdentityOfTheTraysShownFirst
 
 // ---- status
 
-struct StatusRow {
-  const char *says;
-  uint32_t stored;
-  uint8_t flags;
-  uint32_t status;
-};
-
-constexpr StatusRow kStates[] = {
-    {"one that is well", 0x80000000, 0x00, 0x80000000},
-    {"a faulted one", 0x80000000, 0x20, 0xA0000000},
-    {"a degraded one", 0x80000000, 0x10, 0x90000000},
-    {"faulted goes before degraded", 0x80000000, 0x30, 0xA0000000},
-    {"all flags", 0x80000000, 0xFF, 0xA0000000},
-    {"other flags say nothing", 0x80000000, 0xCF, 0x80000000},
-    {"bits of the status stay", 0xB0008001, 0x00, 0xB0008001},
-    {"the flag joins the bits that are there", 0x90008000, 0x20, 0xB0008000},
-    {"one that is not installed", 0x00000000, 0x00, 0x00000000},
-    {"flags count for an absent one too", 0x00000000, 0x10, 0x10000000},
-    {"all ones", 0xFFFFFFFF, 0x00, 0xFFFFFFFF},
-};
-
 TEST_F(LmainteGetFantrayData, MergesTheFlagByteIntoTheTraysStatus) {
   for (const int32_t model : {1, 2, 3, 4, 5, 6}) {
-    for (const auto &row : kStates) {
+    for (const auto &row : doubles::kMergedStates) {
       put_head(0, row.stored, row.flags);
       EXPECT_EQ(lmainte_get_fantray_data(0, 1, model, out_), 0) << row.says;
       EXPECT_EQ(status(), row.status) << row.says;
@@ -318,7 +297,7 @@ TEST_F(LmainteGetFantrayData, MergesTheFlagByteIntoTheTraysStatus) {
 TEST_F(LmainteGetFantrayData, MergesTheFlagByteIntoEachFansStatus) {
   for (const int32_t model : {3, 4, 5}) {
     for (uint32_t fan = 0; fan < 3; ++fan) {
-      for (const auto &row : kStates) {
+      for (const auto &row : doubles::kMergedStates) {
         put_fan(2, fan, row.stored, row.flags);
         EXPECT_EQ(lmainte_get_fantray_data(2, 1, model, out_), 0) << row.says;
         EXPECT_EQ(static_cast<uint32_t>(out_[0].fan[fan].status), row.status) << row.says << ", fan " << fan;
@@ -423,6 +402,16 @@ TEST_F(LmainteGetFantrayData, CurrentRecordOfAnotherSizeFails) {
     machine().records[{2, "current_fantray_info"}] = {Bytes(size)};
     EXPECT_EQ(lmainte_get_fantray_data(-1, 3, 6, out_), 8) << size;
     EXPECT_EQ(lmainte_get_fantray_data(-1, 3, 5, out_), 8) << size;
+  }
+}
+
+TEST_F(LmainteGetFantrayData, EveryCallOfTheClientCounts) {
+  const Lines current = fetch_of(2, {"current_fantray_info"});
+  for (const int32_t model : {1, 3}) {
+    const Lines names = model == 3 ? fetch_of(4, fru_names(0, 6)) : Lines{};
+    doubles::expect_every_call_to_count(
+        doubles::joined({current, names}), [&] { return lmainte_get_fantray_data(-1, 6, model, out_); },
+        [this] { return all_untouched(); });
   }
 }
 

@@ -1,33 +1,29 @@
-#include <cstring>
-
-#include <gtest/gtest.h>
-
-#include "tests/unit/doubles/library_test.h"
+#include "tests/unit/inventory/reader_test.h"
 
 namespace {
 
+using doubles::client_calls;
+using doubles::fetch_of;
+using doubles::is_same;
+using doubles::joined;
+using doubles::kUntouched;
 using doubles::Lines;
 using doubles::machine;
+using doubles::numbered;
 using doubles::RecordBytes;
 
 constexpr uint32_t kInstalled = 0x80000000;
-constexpr uint8_t kUntouched = 0x5A;
 
 // An inventory of sixty power supplies, all installed and well, on a model.
-class LmainteGetPsuData : public doubles::LibraryTest {
+class LmainteGetPsuData : public doubles::ReaderTest<PsuData, 64> {
  protected:
   void SetUp() override {
     LibraryTest::SetUp();
-    fill_inventory();
-  }
-
-  void fill_inventory() {
     for (uint32_t n = 0; n < 60; ++n) {
       entry(n, kInstalled, 0);
       put_fru("qe", n, "SUPPLY-" + std::to_string(n));
       put_fru("qb", n, "MIDRANGE-" + std::to_string(n));
     }
-    std::memset(out_, kUntouched, sizeof out_);
   }
 
   void entry(uint32_t n, uint32_t status, uint8_t flags) {
@@ -37,57 +33,64 @@ class LmainteGetPsuData : public doubles::LibraryTest {
     machine().records[{2, "current_psu_info"}] = {current_};
   }
 
-  static std::string fru_name(const char *family, uint32_t n) {
-    char name[40];
-    std::snprintf(name, sizeof name, "fru_psu_%s_info_%02u", family, n);
-    return name;
+  static std::string fru_name(const std::string &family, uint32_t n) {
+    return numbered(("fru_psu_" + family + "_info_").c_str(), n);
   }
-  void put_fru(const char *family, uint32_t n, const std::string &name) {
+  static void put_fru(const char *family, uint32_t n, const std::string &name) {
     put_fru(family, n, name, static_cast<uint8_t>(name.size()));
   }
-  void put_fru(const char *family, uint32_t n, const std::string &name, uint8_t length) {
+  static void put_fru(const char *family, uint32_t n, const std::string &name, uint8_t length) {
     machine().records[{4, fru_name(family, n)}] = {RecordBytes(320).byte(79, length).text(80, name)};
   }
 
-  Lines client_calls() { return machine().calls_of({"open", "lock", "get", "unlock", "close"}); }
+  // The record of power supply n, all of it.
+  static PsuData expected(int32_t model, uint32_t n) {
+    const bool is_mid_range = model == 1 || model == 2;
+    auto psu = doubles::untouched<PsuData>();
+    psu.type = 161;
+    psu.number = static_cast<int32_t>(n);
+    psu.unit_id[0] = 0xC0000000 + n;
+    psu.unit_id[1] = 0xD0000000 + n;
+    psu.status = static_cast<int32_t>(kInstalled);
+    psu.mainte_status = static_cast<int32_t>(kInstalled);
+    const std::string name = (is_mid_range ? "MIDRANGE-" : "SUPPLY-") + std::to_string(n);
+    name.copy(psu.fru_name, sizeof psu.fru_name);
+    psu.info_byte = static_cast<uint8_t>(model >= 3 && model <= 5 ? 255 : 100 + n);
+    psu.flags = 0;
+    return psu;
+  }
+
+  // The calls that read power supplies from the first one on.
+  static Lines reads(const char *family, uint32_t first, uint32_t count) {
+    Lines names;
+    for (uint32_t i = 0; i < count; ++i) names.push_back(fru_name(family, first + i));
+    return joined({fetch_of(2, {"current_psu_info"}), fetch_of(4, names)});
+  }
+
   uint32_t status(size_t i = 0) { return static_cast<uint32_t>(out_[i].status); }
   std::string name(size_t i, size_t size) { return {out_[i].fru_name, size}; }
 
-  // The record is as the caller left it.
-  ::testing::AssertionResult is_untouched(size_t i) {
-    PsuData pattern;
-    std::memset(&pattern, kUntouched, sizeof pattern);
-    if (std::memcmp(&pattern, &out_[i], sizeof pattern) == 0) return ::testing::AssertionSuccess();
-    return ::testing::AssertionFailure() << "record " << i << " was written";
-  }
-
   RecordBytes current_{3360};
-  PsuData out_[64];
 };
 
-TEST_F(LmainteGetPsuData, FillsEveryField) {
-  ASSERT_EQ(lmainte_get_psu_data(-1, 2, 6, out_), 0);
-  for (int n = 0; n < 2; ++n) {
-    const PsuData &psu = out_[n];
-    const auto number = static_cast<uint32_t>(n);
-    EXPECT_EQ(psu.type, 161);
-    EXPECT_EQ(psu.number, n);
-    EXPECT_EQ(psu.unit_id[0], 0xC0000000u + number);
-    EXPECT_EQ(psu.unit_id[1], 0xD0000000u + number);
-    EXPECT_EQ(static_cast<uint32_t>(psu.status), kInstalled);
-    EXPECT_EQ(static_cast<uint32_t>(psu.mainte_status), kInstalled);
-    EXPECT_EQ(name(number, 8), "SUPPLY-" + std::to_string(n));
-    EXPECT_EQ(psu.info_byte, 100 + n);
-    EXPECT_EQ(psu.flags, 0);
-  }
-  EXPECT_TRUE(is_untouched(2));
-}
+struct ModelRow {
+  int32_t model;
+  uint32_t count;
+  const char *family;
+};
 
-TEST_F(LmainteGetPsuData, ReadsTheCurrentRecordThenTheFruRecords) {
-  lmainte_get_psu_data(-1, 2, 3, out_);
-  EXPECT_EQ(client_calls(),
-            (Lines{"open 2", "lock 2", "get 2 current_psu_info", "unlock 2", "close 2", "open 4", "lock 4",
-                   "get 4 fru_psu_qe_info_00", "get 4 fru_psu_qe_info_01", "unlock 4", "close 4"}));
+constexpr ModelRow kModels[] = {{1, 2, "qb"}, {2, 4, "qb"}, {3, 18, "qe"}, {4, 30, "qe"}, {5, 60, "qe"}, {6, 2, "qe"}};
+
+TEST_F(LmainteGetPsuData, FillsEveryFieldOfEveryPowerSupplyOfEveryModel) {
+  for (const auto &row : kModels) {
+    wipe();
+    machine().calls.clear();
+    ASSERT_EQ(lmainte_get_psu_data(-1, static_cast<int32_t>(row.count), row.model, out_), 0) << row.model;
+    for (uint32_t n = 0; n < row.count; ++n)
+      EXPECT_TRUE(is_same(expected(row.model, n), out_[n])) << "model " << row.model << ", power supply " << n;
+    EXPECT_TRUE(is_untouched(row.count)) << row.model;
+    EXPECT_EQ(client_calls(), reads(row.family, 0, row.count)) << row.model;
+  }
 }
 
 TEST_F(LmainteGetPsuData, RecordsItsSteps) {
@@ -99,52 +102,24 @@ TEST_F(LmainteGetPsuData, RecordsItsSteps) {
   EXPECT_EQ(doubles::trace().back(), "100 110C0401");
 }
 
-struct ModelRow {
-  int32_t model;
-  const char *family;
-  const char *name;
-  bool has_info;
-};
-
-TEST_F(LmainteGetPsuData, EveryModelHasItsFruRecordsAndItsInfoByte) {
-  constexpr ModelRow kRows[] = {
-      {1, "qb", "MIDRANGE-7", true}, {2, "qb", "MIDRANGE-7", true}, {3, "qe", "SUPPLY-7", false},
-      {4, "qe", "SUPPLY-7", false},  {5, "qe", "SUPPLY-7", false},  {6, "qe", "SUPPLY-7", true},
-  };
-  for (const auto &row : kRows) {
-    machine().calls.clear();
-    EXPECT_EQ(lmainte_get_psu_data(7, 1, row.model, out_), 0) << row.model;
-    EXPECT_EQ(machine().calls_of({"get"}), (Lines{"get 2 current_psu_info", "get 4 " + fru_name(row.family, 7)}))
-        << row.model;
-    EXPECT_EQ(name(0, std::strlen(row.name)), row.name) << row.model;
-    EXPECT_EQ(out_[0].info_byte, row.has_info ? 107 : 255) << row.model;
-  }
-}
-
 // ---- which power supplies
 
 TEST_F(LmainteGetPsuData, NumberReadsThatOneIntoTheFirstRecord) {
-  EXPECT_EQ(lmainte_get_psu_data(3, 9, 3, out_), 0);
-  EXPECT_EQ(out_[0].number, 3);
-  EXPECT_TRUE(is_untouched(1));
-  EXPECT_EQ(machine().calls_of({"get"}), (Lines{"get 2 current_psu_info", "get 4 fru_psu_qe_info_03"}));
+  for (const auto &row : kModels) {
+    for (const int32_t count : {9, 1, -5, INT32_MAX, INT32_MIN}) {
+      wipe();
+      machine().calls.clear();
+      EXPECT_EQ(lmainte_get_psu_data(3, count, row.model, out_), 0) << count;
+      EXPECT_TRUE(is_same(expected(row.model, 3), out_[0])) << row.model;
+      EXPECT_TRUE(is_untouched(1)) << row.model;
+      EXPECT_EQ(client_calls(), reads(row.family, 3, 1)) << row.model;
+    }
+  }
 }
 
 TEST_F(LmainteGetPsuData, LastEntryOfTheRecordIsNumber59) {
   EXPECT_EQ(lmainte_get_psu_data(59, 1, 5, out_), 0);
-  EXPECT_EQ(out_[0].unit_id[0], 0xC0000000u + 59);
-  EXPECT_EQ(out_[0].number, 59);
-}
-
-TEST_F(LmainteGetPsuData, ReadsAllSixty) {
-  EXPECT_EQ(lmainte_get_psu_data(-1, 60, 5, out_), 0);
-  for (uint32_t n = 0; n < 60; ++n) EXPECT_EQ(out_[n].unit_id[1], 0xD0000000u + n);
-  EXPECT_TRUE(is_untouched(60));
-}
-
-TEST_F(LmainteGetPsuData, NumberWithANegativeCountReadsOne) {
-  EXPECT_EQ(lmainte_get_psu_data(3, -5, 3, out_), 0);
-  EXPECT_EQ(out_[0].number, 3);
+  EXPECT_TRUE(is_same(expected(5, 59), out_[0]));
 }
 
 TEST_F(LmainteGetPsuData, NumberWithoutAnEntryFails) {
@@ -197,28 +172,8 @@ TEST_F(LmainteGetPsuData, NegativeCountFailsAfterTheCurrentRecord) {
 
 // ---- status
 
-struct StatusRow {
-  const char *says;
-  uint32_t stored;
-  uint8_t flags;
-  uint32_t status;
-};
-
 TEST_F(LmainteGetPsuData, MergesTheFlagByteIntoTheStatus) {
-  constexpr StatusRow kRows[] = {
-      {"a power supply that is well", 0x80000000, 0x00, 0x80000000},
-      {"a faulted one", 0x80000000, 0x20, 0xA0000000},
-      {"a degraded one", 0x80000000, 0x10, 0x90000000},
-      {"faulted goes before degraded", 0x80000000, 0x30, 0xA0000000},
-      {"all flags", 0x80000000, 0xFF, 0xA0000000},
-      {"other flags say nothing", 0x80000000, 0xCF, 0x80000000},
-      {"bits of the status stay", 0xB0008001, 0x00, 0xB0008001},
-      {"the flag joins the bits that are there", 0x90008000, 0x20, 0xB0008000},
-      {"one that is not installed", 0x00000000, 0x00, 0x00000000},
-      {"flags count for an absent one too", 0x00000000, 0x10, 0x10000000},
-      {"all ones", 0xFFFFFFFF, 0x00, 0xFFFFFFFF},
-  };
-  for (const auto &row : kRows) {
+  for (const auto &row : doubles::kMergedStates) {
     entry(0, row.stored, row.flags);
     EXPECT_EQ(lmainte_get_psu_data(0, 1, 3, out_), 0) << row.says;
     EXPECT_EQ(status(), row.status) << row.says;
@@ -229,36 +184,16 @@ TEST_F(LmainteGetPsuData, MergesTheFlagByteIntoTheStatus) {
 
 // ---- names
 
-struct NameRow {
-  const char *says;
-  uint8_t length;
-  size_t copied;
-};
-
 TEST_F(LmainteGetPsuData, CopiesTheNameAsLongAsItIs) {
-  constexpr NameRow kRows[] = {
-      {"no name", 0, 0},
-      {"one letter", 1, 1},
-      {"seventeen letters", 17, 17},
-      {"eighteen letters", 18, 18},
-      {"one letter more", 19, 18},
-      {"the most that six bits say", 63, 18},
-      {"the high bits are not the length's", 0xC5, 5},
-      {"no letter, with high bits", 0x40, 0},
-  };
-  const std::string letters = "ABCDEFGHIJKLMNOPQRSTUVWXYZ";
-  for (const auto &row : kRows) {
-    put_fru("qe", 0, letters, row.length);
-    std::memset(out_, kUntouched, sizeof out_);
-    EXPECT_EQ(lmainte_get_psu_data(0, 1, 3, out_), 0) << row.says;
-    EXPECT_EQ(name(0, 18), letters.substr(0, row.copied) + std::string(18 - row.copied, kUntouched)) << row.says;
-    EXPECT_EQ(out_[0].info_byte, 255) << row.says;
+  for (const int32_t model : {1, 3, 6}) {
+    doubles::expect_names([&](uint8_t length, const std::string &text) {
+      put_fru(model == 1 ? "qb" : "qe", 0, text, length);
+      wipe();
+      EXPECT_EQ(lmainte_get_psu_data(0, 1, model, out_), 0);
+      EXPECT_EQ(out_[0].info_byte, model == 3 ? 255 : 100) << "what stands behind the name";
+      return name(0, 18);
+    });
   }
-}
-
-TEST_F(LmainteGetPsuData, PaddingAndOtherRecordsStayUntouched) {
-  lmainte_get_psu_data(-1, 1, 3, out_);
-  EXPECT_TRUE(is_untouched(1));
 }
 
 TEST_F(LmainteGetPsuData, AbsentOneNeedsNoFruRecordAndKeepsTheNameUntouched) {
@@ -340,17 +275,17 @@ TEST_F(LmainteGetPsuData, LockedFruDatabaseKeepsTheCurrentOneFromBeingRead) {
   lmainte_scdb_unlock(4);
 }
 
+TEST_F(LmainteGetPsuData, EveryCallOfTheClientCounts) {
+  for (const auto &row : {kModels[0], kModels[2]}) {
+    doubles::expect_every_call_to_count(
+        reads(row.family, 0, 2), [&] { return lmainte_get_psu_data(-1, 2, row.model, out_); },
+        [this] { return all_untouched(); });
+  }
+}
+
 TEST_F(LmainteGetPsuData, WorksInsideTheCallersOwnSessions) {
-  for (const uint32_t id : {2U, 4U}) {
-    lmainte_scdb_open(id);
-    lmainte_scdb_lock(id);
-  }
-  EXPECT_EQ(lmainte_get_psu_data(-1, 1, 3, out_), 0);
-  EXPECT_EQ(machine().calls_of({"open", "lock", "unlock", "close"}), (Lines{"open 2", "lock 2", "open 4", "lock 4"}));
-  for (const uint32_t id : {4U, 2U}) {
-    lmainte_scdb_unlock(id);
-    lmainte_scdb_close(id);
-  }
+  doubles::within_sessions({2, 4}, [this] { EXPECT_EQ(lmainte_get_psu_data(-1, 1, 3, out_), 0); });
+  EXPECT_TRUE(is_same(expected(3, 0), out_[0]));
 }
 
 }  // namespace

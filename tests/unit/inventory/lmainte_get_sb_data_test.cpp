@@ -505,6 +505,20 @@ TEST_F(LmainteGetSbData, FailedOpenOrLockUndoesWhatWasTaken) {
   }
 }
 
+TEST_F(LmainteGetSbData, LockThatFailsForTheSecondBoardLeavesTheFirst) {
+  for (const char *failing : {"lock 1", "lock 2", "lock 4"}) {
+    SetUp();
+    machine().fail(failing, 2);
+    EXPECT_EQ(lmainte_get_sb_data(-1, 2, 3, out_), 8) << failing;
+    auto expected = doubles::untouched<SbData>();
+    expected.cmu = expected_cmu(0, 0);
+    EXPECT_TRUE(is_same(expected, out_[0])) << failing;
+    EXPECT_TRUE(is_untouched(1)) << failing;
+    EXPECT_EQ(machine().calls_of({"unlock", "close"}).back(), "close 1") << failing;
+    EXPECT_EQ(machine().left_behind(), Lines{}) << failing;
+  }
+}
+
 TEST_F(LmainteGetSbData, LockThatFailsForTheIouLeavesTheCmu) {
   machine().fail("lock 4", 2);
   EXPECT_EQ(lmainte_get_sb_data(0, 1, 3, out_), 8);

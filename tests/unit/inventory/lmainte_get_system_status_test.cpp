@@ -68,6 +68,12 @@ TEST_F(LmainteGetSystemStatus, HigherLockedDatabaseFails) {
   lmainte_scdb_unlock(3);
 }
 
+TEST_F(LmainteGetSystemStatus, EveryCallOfTheClientCounts) {
+  doubles::expect_every_call_to_count(
+      fetch_of(2, {"current_system_info"}), [this] { return lmainte_get_system_status(out_); },
+      [this] { return all_untouched(); });
+}
+
 TEST_F(LmainteGetSystemStatus, WorksInsideTheCallersOwnSession) {
   doubles::within_sessions({2}, [this] { EXPECT_EQ(lmainte_get_system_status(out_), 0); });
   EXPECT_EQ(out_[0].system_status, 0x81028003u);

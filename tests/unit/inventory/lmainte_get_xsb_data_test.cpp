@@ -168,6 +168,13 @@ TEST_F(LmainteGetXsbData, EmptyRecordFailsAtItsBoard) {
   }
 }
 
+TEST_F(LmainteGetXsbData, EveryCallOfTheClientCounts) {
+  doubles::expect_every_call_to_count(
+      doubles::joined({fetch_of(1, {"setup_xsb_info_08", "setup_xsb_info_09"}),
+                       fetch_of(2, {"current_xsb_info_08", "current_xsb_info_09"})}),
+      [this] { return lmainte_get_xsb_data(8, 2, 3, out_); }, [this] { return all_untouched(); });
+}
+
 TEST_F(LmainteGetXsbData, WorksInsideTheCallersOwnSessions) {
   doubles::within_sessions({1, 2}, [this] { EXPECT_EQ(lmainte_get_xsb_data(-1, 1, 3, out_), 0); });
   EXPECT_TRUE(is_same(expected(0), out_[0]));

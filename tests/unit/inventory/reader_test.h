@@ -2,6 +2,7 @@
 // client, the arguments that are refused and the lengths that a name can have.
 #pragma once
 
+#include <algorithm>
 #include <cstring>
 #include <functional>
 #include <string>
@@ -110,6 +111,55 @@ inline void expect_names(const std::function<std::string(uint8_t length, const s
     const std::string room = read(row.stored, letters);
     ASSERT_GE(room.size(), 18u);
     EXPECT_EQ(room, letters.substr(0, row.copied) + std::string(room.size() - row.copied, fill)) << row.says;
+  }
+}
+
+// How a status word and a flag byte make the status of a unit that has both.
+struct MergedStatus {
+  const char *says;
+  uint32_t stored;
+  uint8_t flags;
+  uint32_t status;
+};
+
+constexpr MergedStatus kMergedStates[] = {
+    {"one that is well", 0x80000000, 0x00, 0x80000000},
+    {"a faulted one", 0x80000000, 0x20, 0xA0000000},
+    {"a degraded one", 0x80000000, 0x10, 0x90000000},
+    {"faulted goes before degraded", 0x80000000, 0x30, 0xA0000000},
+    {"all flags", 0x80000000, 0xFF, 0xA0000000},
+    {"other flags say nothing", 0x80000000, 0xCF, 0x80000000},
+    {"bits of the status stay", 0xB0008001, 0x00, 0xB0008001},
+    {"the flag joins the bits that are there", 0x90008000, 0x20, 0xB0008000},
+    {"one that is not installed", 0x00000000, 0x00, 0x00000000},
+    {"flags count for an absent one too", 0x00000000, 0x10, 0x10000000},
+    {"all ones", 0xFFFFFFFF, 0x00, 0xFFFFFFFF},
+};
+
+// What an access table still asks of the client when this call has failed: it gives back what it has taken.
+inline Lines calls_after(const std::string &failed) {
+  const std::string verb = failed.substr(0, failed.find(' '));
+  const std::string id = failed.substr(verb.size() + 1, 1);
+  if (verb == "get") return {"unlock " + id, "close " + id};
+  if (verb == "lock" || verb == "unlock") return {"close " + id};
+  return {};
+}
+
+// A reader of access tables, which makes these calls when all is well: whichever of them fails, the read fails, and the
+// table at hand is the last. What cannot be given back stays with the process, so each case has one of its own.
+inline void expect_every_call_to_count(const Lines &calls, const std::function<int32_t()> &read,
+                                       const std::function<::testing::AssertionResult()> &nothing_is_written) {
+  for (size_t i = 0; i < calls.size(); ++i) {
+    const auto here = calls.begin() + static_cast<ptrdiff_t>(i);
+    const auto nth = static_cast<int>(std::count(calls.begin(), here + 1, *here));
+    in_a_process_of_its_own([&] {
+      SCOPED_TRACE("call " + std::to_string(i) + " fails: " + *here);
+      machine().calls.clear();
+      machine().fail(*here, nth, 0, 77);
+      EXPECT_EQ(read(), 8);
+      EXPECT_EQ(client_calls(), joined({Lines(calls.begin(), here + 1), calls_after(*here)}));
+      EXPECT_TRUE(nothing_is_written());
+    });
   }
 }
 
