@@ -72,25 +72,39 @@ class Undisturbed {
 };
 
 // Between questions the operator's typing is not shown. The library sees to the echo at its questions; to put back the
-// terminal's mode as a whole is the command's part.
+// terminal's mode as a whole is the command's part. One dialogue at a time.
 class Dialogue {
  public:
-  Dialogue() = default;
+  Dialogue() {
+    begun_ = isatty(STDIN_FILENO) != 0 && tcgetattr(STDOUT_FILENO, &before_) == 0 &&
+             lmainte_tty_control(LMAINTE_TTY_ECHO, 0) == LMAINTE_OK;
+  }
   ~Dialogue() {
     if (begun_) tcsetattr(STDOUT_FILENO, TCSADRAIN, &before_);
+    begun_ = false;
   }
   Dialogue(const Dialogue &) = delete;
   Dialogue &operator=(const Dialogue &) = delete;
 
-  bool begin() {  // False where standard input or output is no terminal.
-    begun_ = isatty(STDIN_FILENO) != 0 && tcgetattr(STDOUT_FILENO, &before_) == 0 &&
-             lmainte_tty_control(LMAINTE_TTY_ECHO, 0) == LMAINTE_OK;
-    return begun_;
+  // False where standard input or output is no terminal.
+  static bool begun() { return begun_; }
+
+  // A pager that is killed leaves the terminal in a mode of its own, in which no line can be corrected.
+  static void go_on() {
+    termios quiet = before_;
+    quiet.c_lflag &= ~static_cast<tcflag_t>(ECHO);
+    if (begun_) tcsetattr(STDOUT_FILENO, TCSADRAIN, &quiet);
   }
 
  private:
-  termios before_{};
-  bool begun_ = false;
+  static inline termios before_{};
+  static inline bool begun_ = false;
 };
+
+// Wraps what the library shows: after_pager(lmainte_show_psu_list(...)).
+inline int32_t after_pager(int32_t result) {
+  Dialogue::go_on();
+  return result;
+}
 
 }  // namespace in_order

@@ -25,7 +25,7 @@ enum Outcome { kReplaced = 0, kFailed = 1, kGaveUp = 2 };
 // ---- What the operator is told -------------------------------------------------------------------------------------
 
 constexpr const char *kTryAgain =
-    "Another command may hold the database: try again in a minute. The trace names the reason.";
+    "Another command may hold the database: try again in a minute.\nThe trace names the reason.";
 constexpr const char *kCheckPager = "Check that /bin/busybox is there and that /tmp has room.";
 
 Outcome failed(const char *what, int32_t result, const char *way_out) {
@@ -50,7 +50,7 @@ const char *way_out_of(int32_t result) {
     case LMAINTE_LED_FAILED:
       return "The unit does not answer. Check that it is in place, then start again.";
     default:
-      return "The control program is missing, failed or took too long; the trace says which. Then start again.";
+      return "The control program is missing, failed or took too long; the trace says which.\nThen start again.";
   }
 }
 
@@ -102,14 +102,14 @@ int32_t show_list(const std::vector<PsuData> &psus) {
                             {LMAINTE_LINE_HEAD, "No. Unit            State\n", 0, {}},
                             {LMAINTE_LINE_FOOT, "\n%u power supplies.\n", 0, {count}},
                             {LMAINTE_LINE_END, nullptr, 0, {}}};
-  return lmainte_show_psu_list(0, count, psus.data(), lines);
+  return in_order::after_pager(lmainte_show_psu_list(0, count, psus.data(), lines));
 }
 
 int32_t show_status(const PsuData &psu) {
   const ListLine lines[] = {{LMAINTE_LINE_HEAD, "Unit          State\n", 0, {}},
                             {LMAINTE_LINE_FOOT, "\n", 0, {}},
                             {LMAINTE_LINE_END, nullptr, 0, {}}};
-  return lmainte_show_psu_status(0, &psu, lines);
+  return in_order::after_pager(lmainte_show_psu_status(0, &psu, lines));
 }
 
 // A unit under maintenance. What was switched is switched back, at the latest by the destructor.
@@ -200,7 +200,7 @@ Outcome walk() {
     const bool no_model = server.model.model == LMAINTE_MODEL_NONE;
     return failed(
         "The server's model could not be read", result,
-        no_model ? "/tmp holds no marker file of a model: start replace_unit on a service processor." : kTryAgain);
+        no_model ? "/tmp holds no marker file of a model.\nStart replace_unit on a service processor." : kTryAgain);
   }
   std::vector<PsuData> psus;
   result = read_psus(server, psus);
@@ -212,7 +212,7 @@ Outcome walk() {
   // Every power supply has a line, so the number on the list is the record's own place, counted from 1.
   int32_t number = 0;
   result = lmainte_ask_select(static_cast<int32_t>(psus.size()), &number,
-                              "Which power supply do you replace? Type its number, q to give up: ");
+                              "\nWhich power supply do you replace? Type its number, q to give up: ");
   if (result != LMAINTE_HOST_CHOSEN || in_order::signal() != 0) return not_chosen(result);
   return replace(server, psus[static_cast<size_t>(number) - 1]);
 }
@@ -223,8 +223,8 @@ int main() {
   in_order::catch_signals();
   Outcome outcome = kFailed;
   {
-    in_order::Dialogue dialogue;
-    if (dialogue.begin()) {
+    const in_order::Dialogue dialogue;
+    if (in_order::Dialogue::begun()) {
       outcome = walk();
     } else {
       std::fputs("replace_unit: this is no terminal. Start it on the operator's terminal.\n", stderr);

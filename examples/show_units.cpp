@@ -280,8 +280,7 @@ int main(int argc, char **argv) {
   in_order::catch_signals();
   Outcome outcome = kFailed;
   {
-    in_order::Dialogue dialogue;
-    dialogue.begin();  // Where there is no terminal the list runs through in one go.
+    const in_order::Dialogue dialogue;  // Where there is no terminal a list runs through in one go.
     outcome = show(request);
   }
   in_order::die_of_signal();

@@ -885,7 +885,7 @@ int32_t lmainte_show_cmu_iou_list(int32_t unused, uint32_t kind, uint32_t count,
                                   const XsbData *xsbs, const ListLine *lines);
 int32_t lmainte_show_fantray_list(int32_t unused, uint32_t count, const FantrayData *trays, const ListLine *lines);
 
-/* An I/O boat of an I/O expansion unit, filled by the caller: words 11 on of it, that is word 3 on of word, are its PCI
+/* An I/O boat of an I/O expansion unit, filled by the caller: words 11 on of it, that is word 5 on of word, are its PCI
  * slots of ten words each, as in IouData. */
 typedef struct IoxBoatData {
   int32_t type;

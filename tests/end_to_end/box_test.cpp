@@ -67,6 +67,33 @@ void BoxTest::send(int signal, const char *program) {
   ASSERT_EQ(kill(*pid, signal), 0);
 }
 
+namespace {
+
+std::vector<std::string> read_screen(const std::string &name) {
+  std::ifstream file(fs::path(SCREENS) / (name + ".txt"));
+  EXPECT_TRUE(file) << "no screen " << name;
+  std::vector<std::string> rows;
+  for (std::string row; std::getline(file, row);) rows.push_back(row);
+  rows.resize(24);
+  return rows;
+}
+
+std::string framed(const std::vector<std::string> &rows) {
+  std::string text = "\n";
+  for (const auto &row : rows) text += "|" + row + "\n";
+  return text;
+}
+
+}  // namespace
+
+void BoxTest::expect_screen(const std::string &name) {
+  const auto wanted = read_screen(name);
+  const auto deadline = std::chrono::steady_clock::now() + kSoon;
+  auto rows = terminal_.screen();
+  while (rows != wanted && std::chrono::steady_clock::now() < deadline) rows = terminal_.screen();
+  EXPECT_EQ(framed(rows), framed(wanted)) << name;
+}
+
 terminal::Done BoxTest::spbox(const Words &words) {
   Words command{SPBOX, words[0], box()};
   command.insert(command.end(), words.begin() + 1, words.end());
@@ -98,6 +125,14 @@ void BoxTest::set_time_limits(std::uint32_t limit) const {
       for (int shift = 24; shift >= 0; shift -= 8) file.put(static_cast<char>(limit >> shift));
     }
   }
+}
+
+void BoxTest::remove_list_file() const {
+  int removed = 0;
+  for (const auto &file : fs::directory_iterator(box() / "tmp")) {
+    if (file.path().filename().string().starts_with("mainte_fru_list.")) removed += fs::remove(file.path());
+  }
+  EXPECT_EQ(removed, 1);
 }
 
 void BoxTest::put_record(std::uint32_t db_id, const std::string &name, std::size_t size) const {

@@ -43,12 +43,16 @@ class BoxTest : public testing::Test {
   std::optional<terminal::Ending> ending() { return terminal_.wait_for_exit(kLater); }
   void send(int signal, const char *program);
 
+  // The screen comes to be the one in the file of this name, all 24 lines of it; lines missing at the file's end are blank.
+  void expect_screen(const std::string &name);
+
   // The technician.
   terminal::Done spbox(const Words &words);  // spbox VERB BOX ...; must succeed
   std::string led(const std::string &unit) const;
   std::string flag(const std::string &unit) const;
   void bend(const std::string &program, const Words &how);
   void set_time_limits(std::uint32_t limit) const;  // of every control program, in seconds
+  void remove_list_file() const;                    // the one that is there
   void put_record(std::uint32_t db_id, const std::string &name, std::size_t size) const;
 
   // A function of the library called in the box by a command without a terminal: its output, "result 0\n" at the end.

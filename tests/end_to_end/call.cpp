@@ -8,9 +8,11 @@
 #include <cstring>
 #include <vector>
 
+#include "examples/in_order.h"
 #include "lmainte.h"
 #include "lmainte_host.h"
 #include "lmainte_platform.h"
+#include "tests/end_to_end/signals.h"
 
 namespace {
 
@@ -78,6 +80,25 @@ int32_t ask(char **words) {
   return result;
 }
 
+// The progress indicator, while text of the command's own is still unwritten.
+int32_t dots(char **words) {
+  std::printf("before ");
+  const DotParam request = {1, "Testing", number(words[0])};
+  const int32_t pid = lmainte_dot_start(&request);
+  sleep(static_cast<unsigned>(number(words[1])));
+  lmainte_dot_end(pid);
+  return pid > 0 ? 0 : -1;
+}
+
+int32_t dots_in_order(char **words) {
+  in_order::catch_signals();
+  const int32_t result = dots(words);
+  if (in_order::signal() != 0) std::puts("\nInterrupted.");
+  std::fflush(stdout);
+  in_order::die_of_signal();
+  return result;
+}
+
 // Opens and locks the databases 0 to 5, and gives them back.
 int32_t locks(char ** /*words*/) {
   constexpr uint32_t kCount = 6;
@@ -104,7 +125,7 @@ struct Row {
   int32_t (*call)(char **words);
 };
 
-constexpr std::array<Row, 13> kRows{{{"exec", 3, exec},
+constexpr std::array<Row, 15> kRows{{{"exec", 3, exec},
                                      {"led", 3, led},
                                      {"flag", 3, flag},
                                      {"fan", 2, fan},
@@ -115,6 +136,8 @@ constexpr std::array<Row, 13> kRows{{{"exec", 3, exec},
                                      {"show", 1, show},
                                      {"tty", 2, tty},
                                      {"ask", 2, ask},
+                                     {"dots", 2, dots},
+                                     {"dots_in_order", 2, dots_in_order},
                                      {"locks", 0, locks},
                                      {"hold", 1, hold}}};
 
@@ -123,8 +146,11 @@ constexpr std::array<Row, 13> kRows{{{"exec", 3, exec},
 int main(int argc, char **argv) {
   for (const auto &row : kRows) {
     if (argc == row.words + 2 && std::strcmp(argv[1], row.name) == 0) {
+      const auto before = end_to_end::signals_of("self");
       std::printf("result %d\n", row.call(argv + 2));
-      return 0;
+      if (end_to_end::signals_of("self") == before) return 0;
+      std::fprintf(stderr, "call: %s left the signals changed\n", row.name);
+      return 1;
     }
   }
   std::fprintf(stderr, "call: unknown function, or wrong number of arguments\n");

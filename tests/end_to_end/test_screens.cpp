@@ -1,0 +1,73 @@
+// Whole screens of 80 columns and 24 lines: a procedure from its list to its end, and the pager's keys.
+
+#include "tests/end_to_end/box_test.h"
+#include "tests/end_to_end/signals.h"
+
+namespace end_to_end {
+namespace {
+
+using terminal::Ending;
+
+class Screens : public BoxTest {};
+
+TEST_F(Screens, OfAProcedureFromTheListToTheEnd) {
+  make_box("qe2");
+  spbox({"fault", "/PSU#41"});
+  start({REPLACE_UNIT});
+  expect_screen("walk_1_list");
+  const auto command = terminal_.process("replace_unit");
+  ASSERT_TRUE(command);
+  const auto signals = signals_of(*command);
+  types(" ");
+  expect_screen("walk_2_question");
+  EXPECT_EQ(signals_of(*command), signals);
+  types("17\n");
+  expect_screen("walk_3_marked");
+  EXPECT_EQ(signals_of(*command), signals);
+  spbox({"pull", "/PSU#41"});
+  types("1\n");
+  expect_screen("walk_4_too_early");
+  EXPECT_EQ(signals_of(*command), signals);
+  spbox({"insert", "/PSU#41"});
+  types("1\n");
+  EXPECT_EQ(ending(), (Ending{false, 0}));
+  expect_screen("walk_5_replaced");
+  expect_nothing_left();
+}
+
+class Pages : public BoxTest {
+ protected:
+  void SetUp() override {
+    make_box("qe1");
+    start({SHOW_UNITS, "cmu", "1"});
+    expect_screen("pages_1_first");
+  }
+};
+
+TEST_F(Pages, EnterShowsALineMoreAndSpaceTheNextPage) {
+  types("\n");
+  expect_screen("pages_2_a_line_more");
+  types(" ");
+  EXPECT_EQ(ending(), (Ending{false, 0}));
+  expect_screen("pages_3_to_the_end");
+  expect_nothing_left();
+}
+
+TEST_F(Pages, QLeavesTheRestUnseen) {
+  types("q");
+  EXPECT_EQ(ending(), (Ending{false, 0}));
+  expect_screen("pages_left_at_once");
+  expect_nothing_left();
+}
+
+TEST_F(Pages, OtherKeysAreNotShown) {
+  types("17\x1b");
+  EXPECT_FALSE(terminal_.mode().echo);
+  types("q");
+  EXPECT_EQ(ending(), (Ending{false, 0}));
+  EXPECT_FALSE(was_shown("17"));
+  expect_nothing_left();
+}
+
+}  // namespace
+}  // namespace end_to_end
