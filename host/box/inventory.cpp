@@ -1,12 +1,9 @@
 #include "host/box/inventory.h"
 
 #include <algorithm>
-#include <cstring>
-#include <map>
 
-#include "host/box/database.h"
 #include "host/box/inventory_records.h"
-#include "include/lmainte.h"
+#include "host/box/record_set.h"
 
 namespace box {
 namespace {
@@ -51,116 +48,102 @@ void apply(Change change, const UnitEntry &entry, Bytes &record) {
   }
 }
 
-// The records of one database that were read or changed so far.
-class Records {
+// Reads units out of the databases.
+class Reading {
  public:
-  explicit Records(const std::filesystem::path &folder) : folder_(folder), database_(folder) {}
+  explicit Reading(const Place &place) : current_(place, LMAINTE_DB_CURRENT), fru_(place, LMAINTE_DB_FRU) {}
 
-  Bytes &at(const std::string &name, std::size_t size) {
-    const auto known = records_.find(name);
-    if (known != records_.end()) return known->second;
-    std::optional<Bytes> record = database_.get(name);
-    if (!record) throw InventoryError(folder_.string() + " holds no record " + name + ". Make the box again.");
-    if (record->size() != size) {
-      throw InventoryError(folder_.string() + ": the record " + name + " has " + std::to_string(record->size()) +
-                           " bytes instead of " + std::to_string(size) + ". Make the box again.");
-    }
-    return records_.emplace(name, std::move(*record)).first->second;
-  }
-
-  bool has(const std::string &name) const { return database_.get(name).has_value(); }
-  void put(const std::string &name, Bytes record) { records_[name] = std::move(record); }
-  void remove(const std::string &name) { gone_.push_back(name); }
-
-  void lock() {
-    if (!database_.lock()) {
-      throw InventoryError(folder_.string() + " is locked by another process. Try again when the command in the box " +
-                           "has done its step.");
-    }
-  }
-
-  void save() {
-    for (const auto &[name, record] : records_) database_.put(name, record);
-    for (const std::string &name : gone_) database_.remove(name);
-    if (!database_.unlock())
-      throw InventoryError(folder_.string() + ": the changes could not be written. See the disk.");
+  Unit unit(const UnitPlace &place) {
+    const UnitEntry &entry = place.entries.front();
+    Unit unit{place, 0, current_.complaint(entry.record, entry.size), "", ""};
+    if (!unit.unreadable.empty()) return unit;
+    unit.status = merged_status(entry, current_.at(entry.record, entry.size));
+    if (!(unit.status & LMAINTE_STATUS_INSTALLED) || entry.fru_record.empty()) return unit;
+    unit.fru_unreadable = fru_.complaint(entry.fru_record, entry.fru.size);
+    if (unit.fru_unreadable.empty()) unit.fru_name = name_in(entry.fru, fru_.at(entry.fru_record, entry.fru.size));
+    return unit;
   }
 
  private:
-  std::filesystem::path folder_;
-  Database database_;
-  std::map<std::string, Bytes> records_;
-  std::vector<std::string> gone_;
-};
+  static std::string name_in(const FruLayout &fru, const Bytes &record) {
+    std::size_t length = 4;
+    if (fru.length_at != kNowhere) length = std::min<std::size_t>(record[fru.length_at] & 0x3Fu, 18);
+    const auto first = record.begin() + static_cast<std::ptrdiff_t>(fru.name_at);
+    const std::string name(first, first + static_cast<std::ptrdiff_t>(length));
+    return name.substr(0, name.find('\0'));
+  }
 
-std::string fru_name(Records &fru, const UnitEntry &entry) {
-  if (entry.fru_record.empty() || !fru.has(entry.fru_record)) return "";
-  const Bytes &record = fru.at(entry.fru_record, entry.fru.size);
-  std::size_t length = 4;
-  if (entry.fru.length_at != kNowhere) length = std::min<std::size_t>(record[entry.fru.length_at] & 0x3Fu, 18);
-  const auto first = record.begin() + static_cast<std::ptrdiff_t>(entry.fru.name_at);
-  const std::string name(first, first + static_cast<std::ptrdiff_t>(length));
-  return name.substr(0, name.find('\0'));
-}
+  RecordSet current_, fru_;
+};
 
 }  // namespace
 
-std::string_view state_word(std::uint32_t status) {
-  if (!(status & LMAINTE_STATUS_INSTALLED)) return "Not installed";
-  if (status & LMAINTE_STATUS_FAULTED) return "Faulted";
-  return status & LMAINTE_STATUS_DEGRADED ? "Degraded" : "Normal";
+std::string_view state_word(const Unit &unit) {
+  if (!unit.unreadable.empty()) return "Unreadable";
+  if (!(unit.status & LMAINTE_STATUS_INSTALLED)) return "Not installed";
+  if (unit.status & LMAINTE_STATUS_FAULTED) return "Faulted";
+  return unit.status & LMAINTE_STATUS_DEGRADED ? "Degraded" : "Normal";
 }
 
-Inventory::Inventory(const Place &place) : place_(place), model_(model_in(place)) {
-  if (!is_box(place)) {
-    throw InventoryError(place.root().string() + " is no box. `spbox create " + place.root().string() +
-                         " --model MODEL` makes one.");
-  }
-  if (model_ == LMAINTE_MODEL_NONE) {
-    throw InventoryError(place.tmp().string() +
-                         " holds no marker file of a model, such as .qe1: the box does not know " +
-                         "what server it is. Put the marker file back, or make the box again.");
-  }
-  places_ = places_of(model_);
-}
+Inventory::Inventory(const Place &place) : place_(place), model_(model_of_box(place)), places_(places_of(model_)) {}
 
 std::vector<Unit> Inventory::units() const {
-  Records current(place_.database(LMAINTE_DB_CURRENT));
-  Records fru(place_.database(LMAINTE_DB_FRU));
+  Reading reading(place_);
   std::vector<Unit> units;
-  for (const UnitPlace &place : places_) {
-    const UnitEntry &entry = place.entries.front();
-    const std::uint32_t status = merged_status(entry, current.at(entry.record, entry.size));
-    units.push_back({place, status, status & LMAINTE_STATUS_INSTALLED ? fru_name(fru, entry) : ""});
-  }
+  for (const UnitPlace &place : places_) units.push_back(reading.unit(place));
   return units;
 }
 
-std::size_t Inventory::find(std::string_view name) const {
-  const std::string full = name.starts_with('/') ? std::string(name) : "/" + std::string(name);
-  const auto at =
-      std::find_if(places_.begin(), places_.end(), [&](const UnitPlace &unit) { return unit.name == full; });
-  if (at != places_.end()) return static_cast<std::size_t>(at - places_.begin());
-  const std::string box = place_.root().string();
-  throw InventoryError(box + " has no unit " + full + " (model " + std::string(model_name(model_)) +
-                       "). `spbox units " + box + "` lists them.");
+std::vector<Unit> Inventory::units(const std::vector<std::string> &names) const {
+  Reading reading(place_);
+  std::vector<Unit> units;
+  for (const std::string &name : names) units.push_back(reading.unit(places_[find(name)]));
+  return units;
 }
 
-std::string Inventory::resolve(std::string_view name) const {
-  return places_[find(name)].name;
+Unit Inventory::unit(std::string_view name) const {
+  return Reading(place_).unit(places_[find(name)]);
+}
+
+std::vector<UnitPlace>::const_iterator Inventory::place_named(std::string_view name) const {
+  if (name.starts_with('/')) name.remove_prefix(1);
+  return std::find_if(places_.begin(), places_.end(),
+                      [&](const UnitPlace &unit) { return std::string_view(unit.name).substr(1) == name; });
+}
+
+bool Inventory::has(std::string_view name) const {
+  return place_named(name) != places_.end();
+}
+
+std::size_t Inventory::find(std::string_view name) const {
+  const auto at = place_named(name);
+  if (at != places_.end()) return static_cast<std::size_t>(at - places_.begin());
+  const std::string box = place_.root().string();
+  throw InventoryError(box + " has no unit " + (name.starts_with('/') ? "" : "/") + std::string(name) + " (model " +
+                       std::string(model_name(model_)) + "). `spbox units " + quoted(box) + "` lists them.");
+}
+
+std::vector<std::string> Inventory::with_carried(const std::vector<std::string> &names) const {
+  std::vector<std::string> all;
+  for (const std::string &name : names) {
+    const std::size_t index = find(name);
+    all.push_back(places_[index].name);
+    if (places_[index].carried) continue;
+    for (std::size_t i = index + 1; i < places_.size() && places_[i].carried; ++i) all.push_back(places_[i].name);
+  }
+  return all;
 }
 
 namespace {
 
 // Says why a unit in this state cannot be changed so; empty when it can.
-std::string refusal(Change change, const std::string &name, std::uint32_t status, bool carrier_installed) {
+std::string refusal(Change change, const UnitPlace &unit, std::uint32_t status, bool carrier_installed) {
   const bool installed = status & LMAINTE_STATUS_INSTALLED;
-  if (change == Change::kInsert && installed) return name + " is installed already. Pull it first.";
+  if (change == Change::kInsert && installed) return unit.name + " is installed already. Pull it first.";
   if (change == Change::kInsert && !carrier_installed) {
-    return name + " has nothing to sit on: " + name.substr(0, name.find('/', 1)) +
-           " is not installed. Insert that one.";
+    return unit.name + " has nothing to sit on: " + unit.carrier() + " is not installed. Insert that one.";
   }
-  if (change != Change::kInsert && !installed) return name + " is not installed. Insert it first.";
+  if (change != Change::kInsert && !installed) return unit.name + " is not installed. Insert it first.";
   return "";
 }
 
@@ -168,16 +151,13 @@ std::string refusal(Change change, const std::string &name, std::uint32_t status
 class Edit {
  public:
   Edit(const Place &place, const std::vector<UnitPlace> &places)
-      : place_(place),
-        places_(places),
-        current_(place.database(LMAINTE_DB_CURRENT)),
-        fru_(place.database(LMAINTE_DB_FRU)) {
+      : place_(place), places_(places), current_(place, LMAINTE_DB_CURRENT), fru_(place, LMAINTE_DB_FRU) {
     current_.lock();
     fru_.lock();
   }
 
   void unit(Change change, std::size_t index) {
-    const std::string why = refusal(change, places_[index].name, status(index), carrier_installed(index));
+    const std::string why = refusal(change, places_[index], status(index), carrier_installed(index));
     if (!why.empty()) throw InventoryError(place_.root().string() + ": " + why);
     one(change, index);
     if (change != Change::kPull && change != Change::kInsert) return;
@@ -185,6 +165,8 @@ class Edit {
     for (std::size_t below = index + 1; below < places_.size() && places_[below].carried; ++below) one(change, below);
   }
 
+  // A command reads a unit's state first and its name then, and perhaps lets both databases be changed in between. The
+  // identity record is there at any time, so all that such a command can meet is a name that is empty.
   void save() {
     fru_.save();
     current_.save();
@@ -205,15 +187,15 @@ class Edit {
   void one(Change change, std::size_t index) {
     for (const UnitEntry &entry : places_[index].entries) {
       apply(change, entry, current_.at(entry.record, entry.size));
-      if (!entry.fru.leaves_with || entry.fru_record.empty()) continue;
-      if (change == Change::kPull) fru_.remove(entry.fru_record);
-      if (change == Change::kInsert) fru_.put(entry.fru_record, fru_record_of(entry));
+      if (entry.fru_record.empty() || (change != Change::kPull && change != Change::kInsert)) continue;
+      Bytes &fru = fru_.at(entry.fru_record, entry.fru.size);
+      fru = change == Change::kPull ? Bytes(entry.fru.size) : fru_record_of(entry);
     }
   }
 
   Place place_;
   const std::vector<UnitPlace> &places_;
-  Records current_, fru_;
+  RecordSet current_, fru_;
 };
 
 }  // namespace
@@ -224,10 +206,6 @@ void Inventory::change(Change change, const std::vector<std::string> &names) con
   Edit edit(place_, places_);
   for (const std::size_t index : indices) edit.unit(change, index);
   edit.save();
-}
-
-bool is_box(const Place &place) {
-  return std::filesystem::is_directory(place.hardware());
 }
 
 }  // namespace box

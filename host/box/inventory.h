@@ -2,24 +2,19 @@
 #pragma once
 
 #include <cstdint>
-#include <stdexcept>
 #include <string>
+#include <string_view>
 #include <vector>
 
+#include "host/box/contents.h"
 #include "host/box/inventory_kinds.h"
 #include "host/box/place.h"
 
 namespace box {
 
-// What people are told: its text names the box, the unit, the reason and the way out.
-class InventoryError : public std::runtime_error {
- public:
-  using std::runtime_error::runtime_error;
-};
-
 enum class Change {
-  kPull,     // taken out, with the units that it carries; its identity record goes where it goes with the unit
-  kInsert,   // put in, with the units that it carries, all healthy
+  kPull,     // taken out, with the units that it carries; its identity record stays, cleared
+  kInsert,   // put in, with the units that it carries, all healthy and with identity records of their own
   kFault,    // faulted, no longer degraded
   kDegrade,  // degraded, no longer faulted
   kRepair    // neither
@@ -27,11 +22,13 @@ enum class Change {
 
 struct Unit {
   UnitPlace place;
-  std::uint32_t status;  // status word with the flag byte merged in
-  std::string fru_name;  // empty where there is none
+  std::uint32_t status;        // status word with the flag byte merged in; 0 where it cannot be read
+  std::string unreadable;      // why it cannot be read, as RecordSet complains; empty when it can
+  std::string fru_name;        // empty where there is none
+  std::string fru_unreadable;  // why the identity record of an installed unit cannot be read
 };
 
-std::string_view state_word(std::uint32_t status);  // "Normal", "Degraded", "Faulted", "Not installed"
+std::string_view state_word(const Unit &unit);  // "Normal", "Degraded", "Faulted", "Not installed", "Unreadable"
 
 class Inventory {
  public:
@@ -41,29 +38,30 @@ class Inventory {
   std::uint32_t model() const { return model_; }
   const std::vector<UnitPlace> &places() const { return places_; }
 
-  // Reads every unit; each carried unit follows the one that carries it. Throws.
+  // Names may come without their leading "/".
+  bool has(std::string_view name) const;
+
+  // These units, each with those that it carries. Throws InventoryError when the box has no such unit.
+  std::vector<std::string> with_carried(const std::vector<std::string> &names) const;
+
+  // Reads every unit; each carried unit follows the one that carries it. A record that cannot be read spoils the units
+  // that are written down in it and no other. Throws where a database cannot be read.
   std::vector<Unit> units() const;
 
-  // The full name of a unit that may be given without its leading "/". Throws InventoryError when the box has none.
-  std::string resolve(std::string_view name) const;
+  // Reads these units, in this order. Throws InventoryError when the box has no such unit.
+  std::vector<Unit> units(const std::vector<std::string> &names) const;
+  Unit unit(std::string_view name) const;
 
   // Changes all of these units or, when one of them cannot be changed so, none. A running command sees whole changes.
   void change(Change change, const std::vector<std::string> &names) const;
 
  private:
+  std::vector<UnitPlace>::const_iterator place_named(std::string_view name) const;
   std::size_t find(std::string_view name) const;
 
   Place place_;
   std::uint32_t model_;
   std::vector<UnitPlace> places_;
 };
-
-// Makes a box: a folder with everything that a healthy server of this model, full of units, has. Throws.
-void create_box(const Place &place, std::uint32_t model);
-
-// Removes what create_box made, and what commands left in the box's tmp folder. Throws.
-void remove_box(const Place &place);
-
-bool is_box(const Place &place);
 
 }  // namespace box

@@ -2,6 +2,9 @@
 
 #include <charconv>
 #include <sstream>
+#include <stdexcept>
+
+#include "host/box/model.h"
 
 namespace box {
 namespace {
@@ -15,15 +18,14 @@ Number number(const std::string &text) {
 
 }  // namespace
 
-Hardware::Hardware(const Place &place, bool create) : database_(place.hardware(), create) {}
-
-void Hardware::prepare(bool expansions) {
-  set("maintenance", "unlock");
-  set("fan", "low");
-  if (!expansions) return;
-  set("power /IOX@0A21", "on");
-  set("power /IOX@0A22", "on");
+std::map<std::string, std::string> after_power_on(std::uint32_t model) {
+  std::map<std::string, std::string> state{{"maintenance", "unlock"}, {"fan", "low"}};
+  if (!is_high_end(model)) return state;
+  for (const char *expansion : {"/IOX@0A21", "/IOX@0A22"}) state["power " + std::string(expansion)] = "on";
+  return state;
 }
+
+Hardware::Hardware(const Place &place, bool create) : database_(place.hardware(), create) {}
 
 std::optional<std::string> Hardware::get(const std::string &key) const {
   const std::optional<Bytes> record = database_.get(key);
@@ -37,6 +39,20 @@ void Hardware::set(const std::string &key, const std::string &value) {
 
 void Hardware::clear(const std::string &key) {
   if (database_.get(key)) database_.remove(key);
+}
+
+std::map<std::string, std::string> Hardware::all() const {
+  std::map<std::string, std::string> state;
+  database_.each([&](std::string_view key, std::span<const std::uint8_t> value) {
+    state.emplace(key, std::string(value.begin(), value.end()));
+  });
+  return state;
+}
+
+void Hardware::set_all(const std::map<std::string, std::string> &state) {
+  if (!database_.lock()) throw std::runtime_error("the box's own database is locked by another process");
+  for (const auto &[key, value] : state) set(key, value);
+  if (!database_.unlock()) throw std::runtime_error("the box's own database could not be written");
 }
 
 std::string Hardware::led(const std::string &unit) const {

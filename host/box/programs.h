@@ -3,6 +3,7 @@
 
 #include <array>
 #include <cstdint>
+#include <map>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -59,17 +60,22 @@ struct Run {
   std::string arguments;
 };
 
-// The hardware of a box, in a database of its own. What it does not hold has its state after power-on.
+// The state of a model's hardware after power-on, by the keys of Hardware.
+std::map<std::string, std::string> after_power_on(std::uint32_t model);
+
+// The hardware of a box, in a database of its own.
 class Hardware {
  public:
   explicit Hardware(const Place &place, bool create = false);
-
-  void prepare(bool expansions);  // a new box; with I/O expansion units where the model takes them
 
   // Readable keys with readable values, such as "led /PSU#0" and "blink". Throws.
   std::optional<std::string> get(const std::string &key) const;
   void set(const std::string &key, const std::string &value);
   void clear(const std::string &key);
+
+  // All of it, and all of it at once.
+  std::map<std::string, std::string> all() const;
+  void set_all(const std::map<std::string, std::string> &state);
 
   std::string led(const std::string &unit) const;   // "off", "on" or "blink"
   std::string flag(const std::string &unit) const;  // "start" while the unit is under maintenance, else empty

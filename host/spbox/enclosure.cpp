@@ -1,6 +1,5 @@
 #include "host/spbox/enclosure.h"
 
-#include <fcntl.h>
 #include <sys/file.h>
 #include <unistd.h>
 
@@ -8,6 +7,8 @@
 #include <cerrno>
 #include <fstream>
 #include <system_error>
+
+#include "host/spbox/occupancy.h"
 
 namespace spbox {
 namespace {
@@ -91,14 +92,7 @@ std::vector<std::string> bwrap_arguments(const Visit &visit) {
 }
 
 MountPoints::MountPoints(const box::Place &place)
-    : tmp_(place.tmp()),
-      list_(place.root() / "mgb/lib/mount_points"),
-      fd_(open(list_.c_str(), O_RDWR | O_CREAT | O_APPEND | O_CLOEXEC, 0644)) {
-  if (fd_ < 0 || flock(fd_, LOCK_SH) != 0) {
-    throw std::system_error(errno, std::generic_category(),
-                            list_.string() + " cannot be written (a box is for the user who made it)");
-  }
-}
+    : tmp_(place.tmp()), list_(occupancy_file(place)), fd_(enter(place)) {}
 
 MountPoints::~MountPoints() {
   // The lock is had only when no other command is in the box.

@@ -30,7 +30,7 @@ std::vector<std::string> bwrap_arguments(const Visit &visit);
 inline constexpr const char *kSpboxInside = "/mgb/lib/spbox";
 
 // The empty files and folders in the box's tmp folder on which the workstation's things are mounted. Those that had to
-// be made are removed by the last command that leaves the box.
+// be made are removed by the last command that leaves the box. As long as they are there, a command is in the box.
 class MountPoints {
  public:
   explicit MountPoints(const box::Place &place);  // throws

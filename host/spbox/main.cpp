@@ -17,21 +17,40 @@ constexpr const char *kDescription =
 constexpr const char *kExamples =
     "Examples:\n"
     "  spbox create box --model qe1          a full, healthy server\n"
-    "  spbox run box -- ./replace_unit       a maintenance command in it, on this terminal\n"
+    "  spbox run box ./replace_unit          a maintenance command in it, on this terminal\n"
     "  spbox fault box /PSU#3                what a technician finds ...\n"
     "  spbox pull box /PSU#3                 ... and does\n"
     "  spbox program box ctlled --exit 206   a control program that fails\n"
     "  spbox trace box --last 20             what the command left in the trace\n\n"
-    "Exit status: 0 done, 1 it could not be done, 2 the command line makes no sense; of `run`, the command's own.\n"
-    "`spbox VERB --help` says more.";
+    "Exit status: 0 done, 1 it could not be done, 2 the command line makes no sense; of\n"
+    "`run`, the command's own. `spbox VERB --help` says more.";
 
-// The command that `run` is given after "--" is nobody else's to read.
+// The command that `run` is given, behind the box's folder and an optional "--", is nobody else's to read.
 std::vector<std::string> take_command(std::vector<std::string> &arguments) {
-  const auto mark = std::find(arguments.begin(), arguments.end(), "--");
-  if (mark == arguments.end()) return {};
-  std::vector<std::string> command(mark + 1, arguments.end());
-  arguments.erase(mark, arguments.end());
+  const auto is_option = [](const std::string &word) { return word.size() > 1 && word.front() == '-'; };
+  auto at = arguments.begin() + 1;  // behind the verb
+  while (at != arguments.end() && is_option(*at) && *at != "--") ++at;
+  if (at != arguments.end() && *at != "--") ++at;                       // the folder
+  while (at != arguments.end() && is_option(*at) && *at != "--") ++at;  // options behind it
+  std::vector<std::string> command(at, arguments.end());
+  arguments.erase(at, arguments.end());
+  if (!command.empty() && command.front() == "--") command.erase(command.begin());
   return command;
+}
+
+void add_verbs(CLI::App &app, spbox::Action &action, const std::vector<std::string> &command) {
+  spbox::add_create(app, action);
+  spbox::add_run(app, action, command);
+  spbox::add_units(app, action);
+  spbox::add_show(app, action);
+  spbox::add_changes(app, action);
+  spbox::add_program(app, action);
+  spbox::add_break(app, action);
+  spbox::add_mend(app, action);
+  spbox::add_trace(app, action);
+  spbox::add_log(app, action);
+  spbox::add_dump(app, action);
+  spbox::add_load(app, action);
 }
 
 bool has_verb(const CLI::App &app, const std::string &name) {
@@ -48,14 +67,7 @@ int run(int argc, char **argv) {
   app.require_subcommand(1);
   app.footer(kExamples);
   spbox::Action action;
-  spbox::add_create(app, action);
-  spbox::add_run(app, action, command);
-  spbox::add_units(app, action);
-  spbox::add_show(app, action);
-  spbox::add_changes(app, action);
-  spbox::add_program(app, action);
-  spbox::add_trace(app, action);
-  spbox::add_log(app, action);
+  add_verbs(app, action, command);
   app.failure_message([](const CLI::App *, const CLI::Error &error) {
     return std::string("spbox: ") + error.what() + ". `spbox --help` and `spbox VERB --help` say more.\n";
   });
@@ -71,6 +83,10 @@ int run(int argc, char **argv) {
 }
 
 }  // namespace
+
+void spbox::add_box(CLI::App *verb, std::filesystem::path &box) {
+  verb->add_option("DIR", box, "Folder of the box")->required();
+}
 
 int main(int argc, char **argv) {
   try {

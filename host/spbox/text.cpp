@@ -75,14 +75,14 @@ std::string aligned(const std::vector<std::vector<std::string>> &lines) {
   std::vector<std::size_t> widths;
   for (const auto &line : lines) {
     widths.resize(std::max(widths.size(), line.size()));
-    for (std::size_t i = 0; i < line.size(); ++i) widths[i] = std::max(widths[i], line[i].size());
+    for (std::size_t i = 0; i + 1 < line.size(); ++i) widths[i] = std::max(widths[i], line[i].size());
   }
   std::string text;
   for (const auto &line : lines) {
     std::string out;
     for (std::size_t i = 0; i < line.size(); ++i) {
       out += line[i];
-      out.append(widths[i] - line[i].size() + 2, ' ');
+      if (i + 1 < line.size()) out.append(widths[i] - line[i].size() + 2, ' ');
     }
     out.erase(out.find_last_not_of(' ') + 1);
     text += out + '\n';

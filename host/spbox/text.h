@@ -18,7 +18,8 @@ std::string time_of_day(std::int64_t time_ns);    // local: "05:40:12.123456"
 std::string date_and_time(std::int64_t time_ns);  // local: "2026-11-21 05:40:12"
 std::string utc(std::int64_t time_ns);            // for scripts: "2026-11-21T05:40:12.123456Z"
 
-// Lines of cells, each column as wide as its widest cell. Nothing is left at the end of a line.
+// Lines of cells, each column as wide as its widest cell; the last cell of a line may run on over the columns to its
+// right. Nothing is left at the end of a line.
 std::string aligned(const std::vector<std::vector<std::string>> &lines);
 
 }  // namespace spbox

@@ -4,7 +4,7 @@
 #include <memory>
 #include <nlohmann/json.hpp>
 
-#include "host/box/inventory.h"
+#include "host/box/contents.h"
 #include "host/box/programs.h"
 #include "host/spbox/text.h"
 #include "host/spbox/verbs.h"
@@ -76,13 +76,13 @@ std::vector<std::string> program_names() {
 
 int program(const Options &options) {
   const box::Place place(options.box);
-  const box::Inventory inventory(place);  // says what is wrong where this is no box
+  box::model_of_box(place);  // says what is wrong where this is no box
   box::Hardware hardware(place);
   box::Bend bend = options.bend;
   if (!options.die.empty()) bend.die = signal_number(options.die);
   const bool changes = options.reset || !bend.straight();
   if (options.name.empty() && changes) {
-    throw box::InventoryError("no program is named. `spbox program " + place.root().string() + "` lists them.");
+    throw box::InventoryError("no program is named. `spbox program " + box::quoted(place.root()) + "` lists them.");
   }
   if (changes) hardware.set_bend(options.name, bend);
   print(hardware, options.name.empty() ? program_names() : std::vector{options.name}, options.as_json);
@@ -105,7 +105,7 @@ std::string no_signal(const std::string &text) {
 void add_program(CLI::App &app, Action &action) {
   CLI::App *verb = app.add_subcommand("program", "Show a control program, or bend what it does");
   auto options = std::make_shared<Options>();
-  verb->add_option("DIR", options->box, "Folder of the box")->required();
+  add_box(verb, options->box);
   verb->add_option("NAME", options->name, "Control program; without it, all are shown")->check(no_program);
   auto *exit = verb->add_option("--exit", options->bend.exit,
                                 "Ends with this status instead of acting; with --hang, at SIGTERM");

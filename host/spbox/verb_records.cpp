@@ -4,7 +4,7 @@
 #include <memory>
 #include <nlohmann/json.hpp>
 
-#include "host/box/inventory.h"
+#include "host/box/contents.h"
 #include "host/spbox/log_book.h"
 #include "host/spbox/text.h"
 #include "host/spbox/trace_book.h"
@@ -67,7 +67,7 @@ bool is_error(const box::TraceEntry &entry) {
 
 int trace(const Options &options) {
   const box::Place place(options.box);
-  const box::Inventory inventory(place);  // says what is wrong where this is no box
+  box::model_of_box(place);  // says what is wrong where this is no box
   std::vector<box::TraceEntry> entries = box::TraceRing::read(place.trace());
   if (options.errors) std::erase_if(entries, [](const box::TraceEntry &entry) { return !is_error(entry); });
   keep_last(entries, options.last);
@@ -90,13 +90,13 @@ int trace(const Options &options) {
 
 int log(const Options &options) {
   const box::Place place(options.box);
-  const box::Inventory inventory(place);
+  const std::uint32_t model = box::model_of_box(place);
   std::vector<box::LogEntry> entries = box::EventLog::read(place.events());
   keep_last(entries, options.last);
   json list = json::array();
   std::vector<std::vector<std::string>> lines{{"Time", "Pid", "Event", "Kind", "Unit", "Detail"}};
   for (const box::LogEntry &entry : entries) {
-    const LogLine line = decode(inventory.model(), entry);
+    const LogLine line = decode(model, entry);
     lines.push_back(
         {date_and_time(entry.time_ns), std::to_string(entry.pid), line.what, line.kind, line.unit, line.detail});
     list.push_back({{"time", utc(entry.time_ns)},
@@ -120,7 +120,7 @@ int log(const Options &options) {
 
 std::shared_ptr<Options> add_common(CLI::App *verb) {
   auto options = std::make_shared<Options>();
-  verb->add_option("DIR", options->box, "Folder of the box")->required();
+  add_box(verb, options->box);
   verb->add_option("--last", options->last, "The last so many only")->check(CLI::Range(1, 65536));
   verb->add_flag("--json", options->as_json, "For scripts");
   return options;

@@ -16,7 +16,7 @@
 #include <string_view>
 #include <system_error>
 
-#include "host/box/inventory.h"
+#include "host/box/contents.h"
 #include "host/spbox/enclosure.h"
 #include "host/spbox/verbs.h"
 
@@ -195,7 +195,7 @@ void check_pager() {
 
 int run(const fs::path &folder, bool pager, const std::vector<std::string> &command) {
   const box::Place place(fs::absolute(folder));
-  const box::Inventory inventory(box::Place{folder});  // says what is wrong where this is no box
+  box::model_of_box(box::Place{folder});  // says what is wrong where this is no box
   check_bwrap();
   if (pager) check_pager();
   Visit guest{.box = place,
@@ -208,6 +208,21 @@ int run(const fs::path &folder, bool pager, const std::vector<std::string> &comm
   MountPoints mount_points(place);
   for (const std::string &name : guests_in_tmp(guest)) mount_points.make(name, fs::is_directory("/tmp/" + name));
   return visit(bwrap_arguments(guest), command);
+}
+
+// Why a program cannot be run inside the box's root, and what helps.
+std::string cannot_run(const std::string &program, int error) {
+  if (error == ENOENT && program.find('/') == std::string::npos) {
+    return "there is no such program on the PATH in the box. The box has the workstation's programs, but of /tmp only "
+           "the program's own folder, the working folder and spbox's.";
+  }
+  if (error == ENOENT && access(program.c_str(), F_OK) != 0) {
+    return "there is no such file in the box. It has the workstation's folders, but a /tmp, a /dev and a /mgb of its "
+           "own.";
+  }
+  if (error == ENOENT) return "the interpreter or loader that it names is not there.";
+  if (error == EACCES) return "it is no program that may be run (see its permissions).";
+  return std::string("it cannot be run: ") + std::strerror(error) + ".";  // NOLINT(concurrency-mt-unsafe): one thread
 }
 
 }  // namespace
@@ -223,31 +238,30 @@ int enter_box(int argc, char **argv) {
   close(fd);
   execvp(argv[2], argv + 2);
   const int error = errno;
-  std::fprintf(stderr, "spbox: %s cannot be run in the box: %s.\n", argv[2],
-               std::strerror(error));  // NOLINT(concurrency-mt-unsafe): one thread
+  std::fprintf(stderr, "spbox: %s: %s\n", argv[2], cannot_run(argv[2], error).c_str());
   return error == ENOENT ? 127 : 126;
 }
 
 void add_run(CLI::App &app, Action &action, const std::vector<std::string> &command) {
-  CLI::App *verb = app.add_subcommand("run", "Run a command in the box, on this terminal: run DIR -- COMMAND...");
+  CLI::App *verb = app.add_subcommand("run", "Run a command in the box, on this terminal: run DIR COMMAND...");
   struct Options {
     fs::path box;
     bool no_pager = false;
   };
   auto options = std::make_shared<Options>();
-  verb->add_option("DIR", options->box, "Folder of the box")->required();
+  add_box(verb, options->box);
   verb->add_flag("--no-pager", options->no_pager, "With a /bin/busybox that cannot be run");
   verb->footer(
-      "The command sees the workstation read only, the box's databases, programs and times as /mgb, and the box's own\n"
-      "/tmp. Of the workstation's /tmp only what holds the program, the working folder or spbox is there. The exit "
-      "status\n"
-      "is the command's own; 128 and the signal's number when a signal ended it.\n\n"
+      "The command sees the workstation read only, the box's databases, programs and\n"
+      "times as /mgb, and the box's own /tmp. Of the workstation's /tmp only what holds\n"
+      "the program, the working folder or spbox is there. The exit status is the\n"
+      "command's own; 128 and the signal's number when a signal ended it.\n\n"
       "Examples:\n"
-      "  spbox run box -- ./replace_unit\n"
-      "  spbox run box -- /mgb/bin/ctlled -u /PSU#0 -c blink\n"
-      "  spbox run box -- sh                      look around");
+      "  spbox run box ./replace_unit\n"
+      "  spbox run box /mgb/bin/ctlled -u /PSU#0 -c blink\n"
+      "  spbox run box sh                         look around");
   verb->callback([options, &action, &command] {
-    if (command.empty()) throw CLI::ValidationError("no command is given: spbox run DIR -- COMMAND...");
+    if (command.empty()) throw CLI::ValidationError("no command is given: spbox run DIR COMMAND...");
     action = [options, &command] { return run(options->box, !options->no_pager, command); };
   });
 }

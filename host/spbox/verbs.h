@@ -19,14 +19,21 @@ using Action = std::function<int()>;
 // An exit status of its own: the command line was understood, and makes no sense for this box.
 inline constexpr int kFailure = 1, kUsage = 2;
 
+// Each box's folder is given as DIR, before all else.
+void add_box(CLI::App *verb, std::filesystem::path &box);
+
 void add_create(CLI::App &app, Action &action);
 void add_run(CLI::App &app, Action &action, const std::vector<std::string> &command);
 void add_units(CLI::App &app, Action &action);
 void add_show(CLI::App &app, Action &action);
 void add_changes(CLI::App &app, Action &action);  // pull, insert, fault, degrade, repair
+void add_break(CLI::App &app, Action &action);
+void add_mend(CLI::App &app, Action &action);
 void add_program(CLI::App &app, Action &action);
 void add_trace(CLI::App &app, Action &action);
 void add_log(CLI::App &app, Action &action);
+void add_dump(CLI::App &app, Action &action);
+void add_load(CLI::App &app, Action &action);
 
 // The first thing that `spbox run` starts inside the box's root: gives the command its signals back and becomes it.
 inline constexpr const char *kEnter = "enter-box";

@@ -1,0 +1,118 @@
+#include "host/box/contents.h"
+
+#include <fstream>
+#include <vector>
+
+#include "host/box/programs.h"
+#include "host/box/trace_ring.h"
+
+namespace box {
+namespace {
+
+namespace fs = std::filesystem;
+
+void write_records(const Place &place, const Contents &contents) {
+  for (std::uint32_t db_id = 0; db_id < kDatabaseCount; ++db_id) {
+    Database database(place.database(db_id), true);
+    if (!database.lock()) throw InventoryError(place.database(db_id).string() + " is locked by another process.");
+    for (const auto &[name, record] : contents.records.at(db_id)) database.put(name, record);
+    if (!database.unlock()) throw InventoryError(place.database(db_id).string() + " could not be written.");
+  }
+}
+
+void write_words(const fs::path &file, const std::vector<std::uint32_t> &words) {
+  std::ofstream out(file, std::ios::binary);
+  for (const std::uint32_t word : words) {
+    for (int shift = 24; shift >= 0; shift -= 8) out.put(static_cast<char>(word >> shift & 0xFFu));
+  }
+  out.close();
+  if (!out) throw InventoryError(file.string() + " could not be written. See the disk and the folder's permissions.");
+}
+
+// Seconds. Control times stand by unit slot, twice; command times by the number of the control program. Each family of
+// models has its own.
+void time_files(const fs::path &etc) {
+  constexpr std::array<std::uint32_t, 16> kCommandTimes{30,  30, 60, 300, 120, 10,  600, 10,
+                                                        300, 60, 30, 30,  900, 300, 60,  120};
+  std::uint32_t more = 0;
+  for (const std::string family : {"qa", "qb", "qe"}) {
+    std::vector<std::uint32_t> control(64, 0), commands(32, 0);
+    for (std::uint32_t slot = 0; slot < 12; ++slot) {
+      control[slot] = 60 + slot + more;
+      control[32 + slot] = 120 + slot + more;
+    }
+    for (std::size_t command = 0; command < kCommandTimes.size(); ++command) {
+      commands[command] = kCommandTimes.at(command) + more;
+    }
+    write_words(etc / ("controltime_" + family), control);
+    write_words(etc / ("cmdtime_" + family), commands);
+    more += 10;
+  }
+}
+
+void program_links(const Place &place) {
+  for (const Program &program : kPrograms) {
+    const fs::path link = place.root() / std::string(program.path).substr(1);
+    fs::create_directories(link.parent_path());
+    fs::create_symlink(kControlProgram, link);
+  }
+  fs::create_directories(place.root() / "mgb/lib");
+}
+
+void touch(const fs::path &file) {
+  if (!std::ofstream(file)) throw InventoryError(file.string() + " could not be written.");
+}
+
+}  // namespace
+
+Contents contents_of(const Place &place) {
+  Contents contents{.model = model_of_box(place), .records = {}, .hardware = Hardware(place).all()};
+  for (std::uint32_t db_id = 0; db_id < kDatabaseCount; ++db_id) {
+    Database(place.database(db_id)).each([&](std::string_view name, std::span<const std::uint8_t> record) {
+      contents.records.at(db_id).emplace(name, Bytes(record.begin(), record.end()));
+    });
+  }
+  return contents;
+}
+
+void create_box(const Place &place, const Contents &contents) {
+  for (const fs::path &folder : {place.tmp(), place.etc(), place.trace().parent_path(), place.hardware()}) {
+    fs::create_directories(folder);
+  }
+  program_links(place);
+  time_files(place.etc());
+  TraceRing::create(place.trace());
+  touch(place.events());
+  write_records(place, contents);
+  Hardware(place, true).set_all(contents.hardware);
+  touch(place.tmp() / ("." + std::string(model_name(contents.model))));
+}
+
+void create_box(const Place &place, std::uint32_t model) {
+  create_box(place, new_server(model));
+}
+
+void remove_box(const Place &place) {
+  fs::remove_all(place.root() / "mgb");
+  fs::remove_all(place.tmp());
+}
+
+bool is_box(const Place &place) {
+  return fs::is_directory(place.hardware());
+}
+
+std::uint32_t model_of_box(const Place &place) {
+  if (!is_box(place)) {
+    throw InventoryError(place.root().string() + " is no box. `spbox create " + quoted(place.root()) +
+                         " --model MODEL` makes one.");
+  }
+  const std::uint32_t model = model_in(place);
+  if (model == LMAINTE_MODEL_NONE) {
+    throw InventoryError(place.tmp().string() +
+                         " holds no marker file of a model, such as .qe1: the box does not know " +
+                         "what server it is. Put the marker file back, or make the box again.");
+  }
+  return model;
+}
+
+}  // namespace box

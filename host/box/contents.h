@@ -1,0 +1,46 @@
+// What a box holds, but for its trace and its log: enough to make the same box again.
+#pragma once
+
+#include <array>
+#include <cstdint>
+#include <map>
+#include <stdexcept>
+#include <string>
+
+#include "host/box/database.h"
+#include "host/box/model.h"
+#include "host/box/place.h"
+
+namespace box {
+
+// What people are told: its text names the box, the unit, the reason and the way out.
+class InventoryError : public std::runtime_error {
+ public:
+  using std::runtime_error::runtime_error;
+};
+
+struct Contents {
+  std::uint32_t model = LMAINTE_MODEL_NONE;
+  std::array<std::map<std::string, Bytes>, kDatabaseCount> records;  // by database and name
+  std::map<std::string, std::string> hardware;                       // see programs.h
+};
+
+// A healthy server of this model, full of units. What readers copy from a record differs from unit to unit.
+Contents new_server(std::uint32_t model);
+
+// What the box at this place holds. Each database is read at one moment of its own. Throws.
+Contents contents_of(const Place &place);
+
+// Makes a box that holds this, or a new server. Throws.
+void create_box(const Place &place, const Contents &contents);
+void create_box(const Place &place, std::uint32_t model);
+
+// Removes what create_box made, and what commands left in the box's tmp folder. Throws.
+void remove_box(const Place &place);
+
+bool is_box(const Place &place);
+
+// The model of a box, by its marker file. Throws InventoryError where there is no box or no marker.
+std::uint32_t model_of_box(const Place &place);
+
+}  // namespace box

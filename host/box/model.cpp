@@ -1,0 +1,57 @@
+#include "host/box/model.h"
+
+#include <algorithm>
+#include <array>
+#include <system_error>
+
+namespace box {
+namespace {
+
+constexpr std::array<Model, 6> kModels{{
+    {LMAINTE_MODEL_QA, "qa", 1, 0, 1, convert_unit_code_qa, max_fan_num_qa},
+    {LMAINTE_MODEL_QB1, "qb1", 1, 0, 1, convert_unit_code_qb1, max_fan_num_qb1},
+    {LMAINTE_MODEL_QB2, "qb2", 2, 0, 1, convert_unit_code_qb2, max_fan_num_qb2},
+    {LMAINTE_MODEL_QE1, "qe1", 4, 16, 24, convert_unit_code_qe1, max_fan_num_qe1},
+    {LMAINTE_MODEL_QE2, "qe2", 8, 32, 24, convert_unit_code_qe2, max_fan_num_qe2},
+    {LMAINTE_MODEL_QE3, "qe3", 16, 64, 24, convert_unit_code_qe3, max_fan_num_qe3},
+}};
+
+template <typename Property>
+const Model *first_model(Property property) {
+  const auto *const found = std::find_if(kModels.begin(), kModels.end(), property);
+  return found == kModels.end() ? nullptr : found;
+}
+
+}  // namespace
+
+std::span<const Model> models() {
+  return kModels;
+}
+
+const Model *find_model(std::uint32_t code) {
+  return first_model([&](const Model &model) { return model.code == code; });
+}
+
+const Model *find_model(std::string_view name) {
+  return first_model([&](const Model &model) { return model.name == name; });
+}
+
+std::uint32_t model_in(const Place &place) {
+  const Model *found = first_model([&](const Model &model) {
+    std::error_code error;
+    return std::filesystem::exists(place.tmp() / model.marker(), error);
+  });
+  return found == nullptr ? std::uint32_t{LMAINTE_MODEL_NONE} : found->code;
+}
+
+std::string_view model_name(std::uint32_t code) {
+  const Model *model = find_model(code);
+  return model == nullptr ? std::string_view() : model->name;
+}
+
+std::uint32_t boards_of(std::uint32_t code) {
+  const Model *model = find_model(code);
+  return model == nullptr ? 0 : model->boards;
+}
+
+}  // namespace box

@@ -1,0 +1,38 @@
+// What is no unit: the extended system boards and domains that a server is divided into, and the server as a whole.
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+#include "host/box/place.h"
+
+namespace box {
+
+// Each has why it cannot be read, as RecordSet complains; empty when it can.
+struct Xsb {
+  std::string name;  // "03-2": board and part
+  bool active;
+  std::uint32_t domain, setup_domain;  // numbers above 23 are of no domain
+  std::string unreadable;
+};
+
+struct Domain {
+  std::uint32_t number;
+  std::uint32_t word_0;
+  std::uint8_t byte_44;
+  std::string unreadable;
+};
+
+struct Server {
+  std::uint32_t status;             // system status word
+  std::uint32_t service_processor;  // number of the unit that runs
+  std::string unreadable;
+};
+
+std::string xsb_name(std::uint32_t number);
+std::vector<Xsb> xsbs_of(const Place &place, std::uint32_t model);
+std::vector<Domain> domains_of(const Place &place, std::uint32_t model);
+Server server_of(const Place &place);
+
+}  // namespace box

@@ -1,0 +1,45 @@
+#include "host/box/record_set.h"
+
+#include "host/box/contents.h"
+
+namespace box {
+
+RecordSet::RecordSet(const Place &place, std::uint32_t db_id)
+    : place_(place), folder_(place.database(db_id)), database_(folder_) {}
+
+const std::optional<Bytes> &RecordSet::read(const std::string &name) {
+  const auto known = records_.find(name);
+  if (known != records_.end()) return known->second;
+  return records_.emplace(name, database_.get(name)).first->second;
+}
+
+std::string RecordSet::complaint(const std::string &name, std::size_t size) {
+  const std::optional<Bytes> &record = read(name);
+  if (!record) return "record " + name + " is missing";
+  if (record->size() == size) return "";
+  return "record " + name + " is " + std::to_string(record->size()) + " bytes, should be " + std::to_string(size);
+}
+
+Bytes &RecordSet::at(const std::string &name, std::size_t size) {
+  const std::string why = complaint(name, size);
+  if (!why.empty()) {
+    const std::string box = place_.root().string();
+    throw InventoryError(box + ": " + why + ". `spbox mend " + quoted(box) + "` mends what `spbox break` broke.");
+  }
+  return *records_.find(name)->second;
+}
+
+void RecordSet::lock() {
+  if (database_.lock()) return;
+  throw InventoryError(folder_.string() +
+                       " is locked by another process. Try again when the command in the box has done its step.");
+}
+
+void RecordSet::save() {
+  for (const auto &[name, record] : records_) {
+    if (record) database_.put(name, *record);
+  }
+  if (!database_.unlock()) throw InventoryError(folder_.string() + ": the changes could not be written. See the disk.");
+}
+
+}  // namespace box

@@ -1,0 +1,12 @@
+// The making of a box where a user wants it: nothing else is overwritten, and nothing half made is left.
+#pragma once
+
+#include "host/box/contents.h"
+
+namespace spbox {
+
+// Makes a box with these contents in a folder that does not exist, is empty or, by force, is a box in which no command
+// runs. Throws.
+void make_box(const box::Place &place, const box::Contents &contents, bool force);
+
+}  // namespace spbox

@@ -1,0 +1,63 @@
+#include "host/spbox/occupancy.h"
+
+#include <fcntl.h>
+#include <sys/file.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <system_error>
+
+#include "host/box/contents.h"
+
+namespace spbox {
+namespace {
+
+int open_file(const std::filesystem::path &file) {
+  const int fd = open(file.c_str(), O_RDWR | O_CREAT | O_APPEND | O_CLOEXEC, 0644);
+  if (fd >= 0) return fd;
+  throw std::system_error(errno, std::generic_category(),
+                          file.string() + " cannot be written (a box is for the user who made it)");
+}
+
+// Whether the file behind the descriptor is still the box's: a box that is made anew has a new one.
+bool is_current(int fd, const std::filesystem::path &file) {
+  struct stat ours {
+  }, boxs{};
+  return fstat(fd, &ours) == 0 && stat(file.c_str(), &boxs) == 0 && ours.st_dev == boxs.st_dev &&
+         ours.st_ino == boxs.st_ino;
+}
+
+}  // namespace
+
+std::filesystem::path occupancy_file(const box::Place &place) {
+  return place.root() / "mgb/lib/mount_points";
+}
+
+int enter(const box::Place &place) {
+  const std::filesystem::path file = occupancy_file(place);
+  while (true) {
+    const int fd = open_file(file);
+    int result = 0;
+    do {
+      result = flock(fd, LOCK_SH);
+    } while (result != 0 && errno == EINTR);
+    if (result == 0 && is_current(fd, file)) return fd;
+    const int error = errno;
+    close(fd);
+    if (result != 0) throw std::system_error(error, std::generic_category(), file.string() + " cannot be locked");
+  }
+}
+
+EmptyBox::EmptyBox(const box::Place &place) : fd_(open_file(occupancy_file(place))) {
+  if (flock(fd_, LOCK_EX | LOCK_NB) == 0) return;
+  close(fd_);
+  throw box::InventoryError("a command runs in " + place.root().string() +
+                            ". Wait until it has ended, or end it, and try again.");
+}
+
+EmptyBox::~EmptyBox() {
+  close(fd_);
+}
+
+}  // namespace spbox

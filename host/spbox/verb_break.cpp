@@ -1,0 +1,149 @@
+// Records that are broken on purpose, and mended.
+#include <CLI/CLI.hpp>
+#include <cstdio>
+#include <memory>
+
+#include "host/box/breakage.h"
+#include "host/box/inventory.h"
+#include "host/spbox/text.h"
+#include "host/spbox/verbs.h"
+
+namespace spbox {
+namespace {
+
+struct Options {
+  std::filesystem::path box;
+  std::vector<std::string> targets;
+  bool identity = false, missing = false, shorter = false, longer = false;
+};
+
+// A unit stands for the record that it is written down in, or for its identity record.
+box::RecordName record_of(const box::Unit &unit, bool identity) {
+  const box::UnitEntry &entry = unit.place.entries.front();
+  if (!identity) return {LMAINTE_DB_CURRENT, entry.record};
+  if (!entry.fru_record.empty()) return {LMAINTE_DB_FRU, entry.fru_record};
+  throw box::InventoryError(unit.place.name + " has no identity record.");
+}
+
+std::vector<box::RecordName> records_of(const Options &options) {
+  const box::Place place(options.box);
+  const box::Inventory inventory(place);
+  std::vector<box::RecordName> records;
+  for (const std::string &target : options.targets) {
+    const bool is_unit = target.find('/') != std::string::npos || inventory.has(target);
+    records.push_back(is_unit ? record_of(inventory.unit(target), options.identity) : box::find_record(place, target));
+  }
+  return records;
+}
+
+std::string size_text(const std::optional<std::size_t> &size, std::size_t whole) {
+  return size ? "is " + std::to_string(*size) + " bytes, should be " + std::to_string(whole) : "is missing";
+}
+
+std::string line_of(const box::BrokenRecord &broken) {
+  return "Record " + broken.record.name + " (database " + std::to_string(broken.record.db_id) + ") " +
+         size_text(broken.size, broken.whole);
+}
+
+// The units that can no longer be read, as far as they fit on a line.
+std::string spoiled(const box::Inventory &inventory, const std::string &record) {
+  std::vector<std::string> units;
+  for (const box::UnitPlace &place : inventory.places()) {
+    for (const box::UnitEntry &entry : place.entries) {
+      if (entry.record == record || entry.fru_record == record) units.push_back(place.name);
+    }
+  }
+  if (units.empty()) return "";
+  const std::string more = units.size() > 1 ? " and " + std::to_string(units.size() - 1) + " more" : "";
+  return ": " + units.front() + more;
+}
+
+int list_broken(const box::Place &place) {
+  const std::vector<box::BrokenRecord> all = box::broken_records(place);
+  if (all.empty()) std::puts("No record is broken on purpose.");
+  for (const box::BrokenRecord &broken : all) std::puts((line_of(broken) + ".").c_str());
+  return 0;
+}
+
+int break_records(const Options &options) {
+  const box::Place place(options.box);
+  const box::Inventory inventory(place);
+  if (options.targets.empty()) return list_broken(place);
+  const box::Breakage breakage = options.missing   ? box::Breakage::kMissing
+                                 : options.shorter ? box::Breakage::kShort
+                                                   : box::Breakage::kLong;
+  for (const box::RecordName &record : records_of(options)) {
+    const box::BrokenRecord broken = box::break_record(place, record, breakage);
+    std::puts((line_of(broken) + spoiled(inventory, record.name) + ".").c_str());
+    std::puts(("`spbox mend " + box::quoted(place.root()) + " " + box::quoted(record.name) + "` restores it.").c_str());
+  }
+  return 0;
+}
+
+int mend_records(const Options &options) {
+  const box::Place place(options.box);
+  std::vector<box::RecordName> records = records_of(options);
+  if (options.targets.empty()) {
+    for (const box::BrokenRecord &broken : box::broken_records(place)) records.push_back(broken.record);
+    if (records.empty()) std::puts("No record is broken on purpose.");
+  }
+  for (const box::RecordName &record : records) {
+    const char *what = "";
+    switch (box::mend_record(place, record)) {
+      case box::Mended::kRestored:
+        what = "is as it was";
+        break;
+      case box::Mended::kRewritten:
+        what = "was written anew since it was broken, and stays";
+        break;
+      case box::Mended::kWhole:
+        what = "was not broken on purpose";
+        break;
+    }
+    std::printf("Record %s (database %u) %s.\n", record.name.c_str(), record.db_id, what);
+  }
+  return 0;
+}
+
+std::shared_ptr<Options> add_targets(CLI::App *verb, const char *help) {
+  auto options = std::make_shared<Options>();
+  add_box(verb, options->box);
+  verb->add_option("UNIT|RECORD", options->targets, help);
+  verb->add_flag("--fru", options->identity, "Of a unit: its identity record, not the record of its state");
+  return options;
+}
+
+}  // namespace
+
+void add_break(CLI::App &app, Action &action) {
+  CLI::App *verb = app.add_subcommand("break", "Break records on purpose: missing, too short, too long");
+  auto options = add_targets(verb, "Locations of units, or names of records; without one, shows what is broken");
+  auto *how = verb->add_option_group("How", "One of");
+  how->add_flag("--missing", options->missing, "The record is not there");
+  how->add_flag("--short", options->shorter, "It is one byte too short");
+  how->add_flag("--long", options->longer, "It is one byte too long");
+  how->require_option(0, 1);
+  verb->footer(
+      "A record that holds many units is broken for all of them. `spbox show` names a unit's records.\n\n"
+      "Examples:\n"
+      "  spbox break box /PSU#3 --fru --missing      its identity record\n"
+      "  spbox break box current_domain_info_05 --short\n"
+      "  spbox break box                             what is broken");
+  verb->callback([options, &action] {
+    const bool how_is_said = options->missing || options->shorter || options->longer;
+    if (options->targets.empty() && how_is_said) throw CLI::ValidationError("no unit and no record is named");
+    if (!options->targets.empty() && !how_is_said) {
+      throw CLI::ValidationError("say how it is to be broken: --missing, --short or --long");
+    }
+    action = [options] { return break_records(*options); };
+  });
+}
+
+void add_mend(CLI::App &app, Action &action) {
+  CLI::App *verb = app.add_subcommand("mend", "Restore the records that were broken on purpose");
+  auto options = add_targets(verb, "Only these; without one, all");
+  verb->footer("Examples:\n  spbox mend box\n  spbox mend box /PSU#3 --fru");
+  verb->callback([options, &action] { action = [options] { return mend_records(*options); }; });
+}
+
+}  // namespace spbox
