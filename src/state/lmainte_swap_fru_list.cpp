@@ -4,6 +4,7 @@
 #include <cstdlib>
 
 #include "src/frame/trace.h"
+#include "src/model/model_family.h"
 #include "src/state/swap_kinds.h"
 
 // The swap list's functions share its head, its count and its model, and so one file.
@@ -113,7 +114,7 @@ int32_t lmainte_swap_fru_collect(uint32_t type, int32_t number, int32_t count) {
 }
 
 int32_t collect_kinds(const Call &call, const lmainte_model_data &model_data) {
-  const lmainte::SwapModel *model = lmainte::swap_model_of(model_data.model);
+  const lmainte::SwapModel *model = lmainte::row_of(lmainte::kSwapModels, model_data.model);
   if (model == nullptr) {
     call.error(4, model_data.model);
     return kFailed;

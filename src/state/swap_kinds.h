@@ -96,10 +96,4 @@ constexpr const SwapType *swap_type_of(uint32_t type) {
   return nullptr;
 }
 
-constexpr const SwapModel *swap_model_of(uint32_t model) {
-  for (const SwapModel &row : kSwapModels)
-    if (row.model == model) return &row;
-  return nullptr;
-}
-
 }  // namespace lmainte

@@ -50,6 +50,7 @@ void Machine::note(const std::string &call) {
 
 const Failure *Machine::enter(const std::string &call) {
   static const Failure kAny;
+  meanwhile(call);
   note(call);
   if (++steps == fail_at) {
     failed_call = call;

@@ -111,7 +111,8 @@ class Machine {
   pid_t pid = 4711;
   std::function<void()> interruption;  // a signal handler that runs once, when the process id is asked for next
   std::function<int64_t(int)> wall_clock = [](int seconds) { return 1000000 + seconds; };  // at a second of `clock`
-  std::function<void()> asleep = [] {};  // what happens in each second of sleep
+  std::function<void()> asleep = [] {};                                          // what happens in each second of sleep
+  std::function<void(const std::string &call)> meanwhile = [](const auto &) {};  // what happens before each call
   std::vector<Failure> failures;
   int fail_at = 0;  // the place of a call, counted from 1, that fails whatever it is
 
