@@ -184,6 +184,49 @@ int32_t get_emgb_pairs() {
   return read<EmgbUnitData>([](EmgbUnitData *out) { return lmainte_get_emgb_data_pair(-1, 5, out); });
 }
 
+int32_t get_fru() {
+  return read<SbData>([](SbData *out) { return lmainte_get_fru_data(80, 0, 1, 3, out); });
+}
+int32_t check_install() {
+  return read<PsuData>([](PsuData *out) { return lmainte_chk_fru_install(0, 161, 0, 3, out); });
+}
+
+// The list goes with the call, so that what stays in memory was forgotten.
+int32_t list_marked_units() {
+  lmainte_model_data data = {};
+  data.model = 5;
+  for (auto &slot : data.unit) slot.max_count = 1;
+  machine().records[{2, "current_system_info"}] = {Bytes(176, 0xFF)};
+  const int32_t result = lmainte_init_swap_fru_list(&data);
+  lmainte_free_swap_fru_list();
+  return result == 4 ? 0 : result;
+}
+
+constexpr int32_t kDaemon = 9;
+
+int32_t communicate() {
+  const uint32_t request[4] = {};
+  uint32_t reply[4] = {};
+  machine().daemon.ready = {kDaemon};
+  return lmainte_ipc_communicate(request, kDaemon, 2, reply);
+}
+
+int32_t send_event() {
+  const EventUnit unit = {};
+  return lmainte_send_event(0, 0, &unit);
+}
+
+const char *const kProcedure = "/tmp/procedure";
+
+int32_t get_procedure() {
+  char text[256] = {};
+  return lmainte_fget_pinfo(kProcedure, text);
+}
+
+void put_procedure() {
+  machine().files[kProcedure] = Bytes(4, '1');
+}
+
 int32_t ask() {
   int32_t choice = 0;
   int32_t result = 0;
@@ -193,6 +236,7 @@ int32_t ask() {
 
 const uint8_t kRecord[256] = {};
 const UnitRecord kUnit = {161, 0, 0, {0, 0}, "/PSU#0"};
+const UnitRecord kBoard = {16, 0, 0, {0, 0}, "/CMU#0"};
 const PsuData kPsus[2] = {};
 const ListLine kLines[] = {doubles::head("h\n"), doubles::foot("f\n"), doubles::end_mark()};
 const std::set<std::string> kPager = {"waitpid", "fclose"};
@@ -235,6 +279,22 @@ const std::vector<Row> &rows() {
       {"set_mainteflag", [] { return lmainte_set_mainteflag(1, 2, &kUnit); }, {8}, {}, 0x110C0340},
       {"control_ioxled", [] { return lmainte_control_ioxled(1, 2, &kUnit); }, {8}, {}},
       {"control_ioxpower", [] { return lmainte_control_ioxpower(1, 2, &kUnit); }, {8}, {}},
+      {"judge_control_fru", [] { return lmainte_judge_control_fru(0, 2, &kUnit); }, {8}, {}, 0x110C0350},
+      {"detach_fru", [] { return lmainte_detach_fru(2, &kUnit); }, {8}, {}, 0x110C0320},
+      {"test_fru", [] { return lmainte_test_fru(2, &kUnit); }, {8}, {}, 0x110C0360},
+      {"check_fanspeed", [] { return lmainte_check_fanspeed(2, "/FAN_A#0"); }, {8}, {}, 0x110C0540},
+      {"test_sb", [] { return lmainte_test_sb(2, &kBoard); }, {8}, {}, 0x110C81C0},
+      {"set_xsb", [] { return lmainte_set_xsb(4, 0, 2, &kBoard); }, {8}, {}, 0x110C81A0},
+      {"clear_xsb", [] { return lmainte_clear_xsb(4, 2, &kBoard); }, {8}, {}, 0x110C81B0},
+      {"link_board", [] { return lmainte_link_board(1, 2, &kBoard); }, {8}, {}, 0x110C81E0},
+      {"get_fru_data", get_fru, {8}, {}, 0x110C06A0},
+      {"chk_fru_install", check_install, {8}, {"sleep"}, 0x110C06B0},
+      {"ipc_communicate", communicate, {8}, {}, 0x110C03D0},
+      {"send_event", send_event, {8}, {}, 0x110C0500},
+      {"init_swap_fru_list", list_marked_units, {-1}, {}},
+      {"fput_pinfo", [] { return lmainte_fput_pinfo(kProcedure, 0600); }, {8}, {}, 0x110C0730},
+      {"fclear_pinfo", [] { return lmainte_fclear_pinfo(kProcedure); }, {8}, {}, 0x110C0740, put_procedure},
+      {"fget_pinfo", get_procedure, {8}, {}, 0x110C0750, put_procedure},
       {"tty_control", [] { return lmainte_tty_control(0, 1); }, {8}, {}, 0x110C0010},
       {"tty_control_flush", [] { return lmainte_tty_control(2, 1); }, {8}, {}, 0x110C0010},
       {"ask_select", ask, {-1}, {}, 0x110C0000},
