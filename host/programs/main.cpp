@@ -71,7 +71,7 @@ int run(int argc, char **argv, const ControlProgram &program) {
   hardware.set_last_run(program.name, record);
   record.status = bent(bend);
   if (!record.status) {
-    Machine machine{place, box::model_in(place), hardware};
+    Machine machine(place, hardware);
     const std::optional<Arguments> arguments = parse(argc, argv, program.options);
     record.status = arguments ? program.act(*arguments, machine) : kUsage;
   }

@@ -16,6 +16,16 @@
 #include "include/lmainte.h"
 #include "tests/host/box/scratch.h"
 
+// One run, and what it is to leave in the box.
+struct Row {
+  const char *says;
+  const char *name;
+  const char *line;
+  int status;
+  const char *key = "";    // of the hardware, where the run is to leave a trace there
+  const char *value = "";  // empty: nothing under the key
+};
+
 class ControlProgram : public testing::Test {
  protected:
   explicit ControlProgram(std::uint32_t model = LMAINTE_MODEL_QE1) {
@@ -52,6 +62,20 @@ class ControlProgram : public testing::Test {
     const int status = wait_status(start(name, line));
     EXPECT_TRUE(WIFEXITED(status)) << name << ' ' << line << " ended with wait status " << status;
     return WEXITSTATUS(status);
+  }
+
+  // Runs one after the other on one box.
+  void expect(const std::vector<Row> &rows) const {
+    for (const Row &row : rows) {
+      EXPECT_EQ(run(row.name, row.line), row.status) << row.says;
+      if (*row.key != '\0') {
+        EXPECT_EQ(hardware(row.key), row.value) << row.says;
+      }
+    }
+  }
+
+  void change(box::Change change, const std::vector<std::string> &units) const {
+    box::Inventory(place_).change(change, units);
   }
 
   std::string hardware(const std::string &key) const { return hardware_->get(key).value_or(""); }

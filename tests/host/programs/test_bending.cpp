@@ -2,6 +2,7 @@
 
 #include <thread>
 
+#include "tests/eventually.h"
 #include "tests/host/programs/control_program.h"
 
 namespace {
@@ -16,20 +17,14 @@ class Bending : public ControlProgram {
 
   // Waits until the program has noted that it runs: what it does about signals is settled then.
   void await_start() const {
-    for (int i = 0; i < 500 && !hardware_->last_run("ctlled"); ++i) std::this_thread::sleep_for(10ms);
-    ASSERT_TRUE(hardware_->last_run("ctlled"));
+    ASSERT_TRUE(eventually([&] { return hardware_->last_run("ctlled").has_value(); }));
     std::this_thread::sleep_for(50ms);
   }
 
   static bool runs(pid_t pid) { return waitpid(pid, nullptr, WNOHANG) == 0; }
 
   static bool ends_within(pid_t pid, std::chrono::milliseconds limit, int *status) {
-    const auto deadline = std::chrono::steady_clock::now() + limit;
-    while (std::chrono::steady_clock::now() < deadline) {
-      if (waitpid(pid, status, WNOHANG) == pid) return true;
-      std::this_thread::sleep_for(10ms);
-    }
-    return false;
+    return eventually([&] { return waitpid(pid, status, WNOHANG) == pid; }, limit);
   }
 };
 

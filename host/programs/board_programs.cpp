@@ -1,0 +1,145 @@
+// Programs that concern a system board: a CPU/memory unit and the I/O unit of the same number.
+#include <charconv>
+
+#include "host/programs/boards.h"
+#include "host/programs/control_programs.h"
+
+namespace programs {
+namespace {
+
+std::optional<std::uint32_t> number_in(std::string_view text) {
+  std::uint32_t number = 0;
+  const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
+  if (error != std::errc() || end != text.data() + text.size()) return std::nullopt;
+  return number;
+}
+
+// The two units of a board. The models with one board have no number for it.
+std::vector<std::string> units_of(const Machine &machine, std::uint32_t board) {
+  std::vector<std::string> names;
+  for (const box::UnitPlace &at : machine.inventory.places()) {
+    if (!at.carried && board_of(at.name) == board) names.push_back(at.name);
+  }
+  return names;
+}
+
+bool is_installed(const Machine &machine, std::uint32_t board) {
+  for (const std::string &name : units_of(machine, board)) {
+    if (!machine.unit(name).installed()) return false;
+  }
+  return true;
+}
+
+bool has_fault(const Machine &machine, std::uint32_t board) {
+  for (const std::string &name : units_of(machine, board)) {
+    if (machine.has_fault(name)) return true;
+  }
+  return false;
+}
+
+bool is_linked(const Machine &machine, const std::string &name) {
+  return machine.hardware.get("link " + name) != "down";
+}
+
+// A board runs again when both its units are there, linked, and not detached.
+bool can_start(const Machine &machine, std::uint32_t board) {
+  for (const std::string &name : units_of(machine, board)) {
+    if (!machine.unit(name).installed() || !is_linked(machine, name) || machine.is_detached(name)) return false;
+  }
+  return true;
+}
+
+int link_up(Machine &machine, const std::string &name, std::uint32_t board) {
+  if (machine.has_fault(name)) return kNotLinked;
+  machine.hardware.set("link " + name, "up");
+  machine.set_detached(name, false);
+  if (!can_start(machine, board)) return kDone;
+  Boards boards(machine.place, machine.model);
+  boards.start(board);
+  boards.save();
+  return kDone;
+}
+
+int link_down(Machine &machine, const std::string &name, std::uint32_t board) {
+  if (Boards(machine.place, machine.model).is_active(board)) return kRefused;
+  machine.hardware.set("link " + name, "down");
+  return kDone;
+}
+
+struct Part {
+  std::uint32_t board, part;
+};
+
+// Extended system boards are written "03-2".
+std::optional<Part> part_in(std::string_view word) {
+  const std::size_t dash = word.find('-');
+  if (dash == std::string_view::npos || dash < 2) return std::nullopt;
+  const auto board = number_in(word.substr(0, dash));
+  const auto part = number_in(word.substr(dash + 1));
+  if (!board || !part || *part > 3 || word.size() != dash + 2) return std::nullopt;
+  return Part{*board, *part};
+}
+
+int refusal_to_delete(Boards &boards, const Part &part) {
+  if (!boards.can_be_divided() || part.board >= boards.count()) return kNoBoard;
+  if (part.part >= boards.parts(part.board)) return kNoPart;
+  return boards.is_active(part.board, part.part) ? kPartActive : kDone;
+}
+
+}  // namespace
+
+int setupfru(const Arguments &arguments, Machine &machine) {
+  const std::string mirror = arguments.value('m');
+  const std::string division = arguments.value('x');
+  if (!one_of(mirror, {"y", "n"}) || !one_of(division, {"1", "4"}) || (mirror == "y" && division == "4")) return kUsage;
+  if (arguments.words.size() != 2 || arguments.words[0] != "sb") return kUsage;
+  const auto board = number_in(arguments.words[1]);
+  if (!board || *board >= box::boards_of(machine.model)) return kNoDivision;
+  if (!is_installed(machine, *board)) return kBoardMissing;
+  Boards boards(machine.place, machine.model);
+  if (!boards.can_be_divided()) return kNoDivision;
+  if (boards.is_active(*board)) return kBoardActive;
+  boards.divide(*board, division == "1" ? 1 : 4);
+  boards.save();
+  machine.hardware.set("mirror " + std::to_string(*board), mirror);
+  return kDone;
+}
+
+// All of the extended system boards are given up or, where one cannot be, none.
+int deleteboard(const Arguments &arguments, Machine &machine) {
+  if (arguments.value('q') != "y" || arguments.value('c') != "unassign" || arguments.words.empty()) return kUsage;
+  std::vector<Part> parts;
+  for (const std::string &word : arguments.words) {
+    const auto part = part_in(word);
+    if (!part) return kUsage;
+    parts.push_back(*part);
+  }
+  Boards boards(machine.place, machine.model);
+  for (const Part &part : parts) {
+    if (const int status = refusal_to_delete(boards, part); status != kDone) return status;
+  }
+  for (const Part &part : parts) boards.assign_to_none(part.board, part.part);
+  boards.save();
+  return kDone;
+}
+
+// A board on which a domain runs cannot be tested.
+int testsb(const Arguments &arguments, Machine &machine) {
+  if (!arguments.words.empty() || !arguments.only("qy")) return kUsage;
+  const auto board = number_in(arguments.value('y'));
+  if (!board || *board >= box::boards_of(machine.model)) return kTestFailed;
+  if (!is_installed(machine, *board) || Boards(machine.place, machine.model).is_active(*board)) return kRefused;
+  return has_fault(machine, *board) ? kTestFailed : kDone;
+}
+
+int linkboard(const Arguments &arguments, Machine &machine) {
+  const std::string name = arguments.value('u');
+  const std::string direction = arguments.value('c');
+  if (!arguments.words.empty() || name.empty() || !one_of(direction, {"up", "down"})) return kUsage;
+  const auto board = board_of(name);
+  if (!board || !machine.has_unit(name) || !machine.unit(name).carrier.empty()) return kNotLinked;
+  if (!machine.unit(name).installed()) return kRefused;
+  return direction == "up" ? link_up(machine, name, *board) : link_down(machine, name, *board);
+}
+
+}  // namespace programs

@@ -1,0 +1,56 @@
+// Programs that concern the whole system, and the I/O expansion units beside it.
+#include "host/programs/control_programs.h"
+
+namespace programs {
+
+int ctlmainte(const Arguments &arguments, Machine &machine) {
+  const std::string mode = arguments.value('c');
+  if (!arguments.words.empty() || !one_of(mode, {"lock", "unlock"})) return kUsage;
+  const bool locked = machine.hardware.get("maintenance") == "lock";
+  if (mode == "lock" && locked) return kRefused;
+  if (mode == "unlock" && !locked) return kNotInMode;
+  machine.hardware.set("maintenance", mode);
+  return kDone;
+}
+
+int ctlfan(const Arguments &arguments, Machine &machine) {
+  const std::string speed = arguments.value('c');
+  if (!arguments.words.empty() || !one_of(speed, {"low", "high", "full"})) return kUsage;
+  if (!arguments.has('u')) {
+    if (speed == "full") return kUsage;  // full speed is for the trays around one unit
+    machine.hardware.set("fan", speed);
+    return kDone;
+  }
+  const std::string unit = arguments.value('u');
+  if (!machine.has_unit(unit)) return kFanFailed;
+  machine.hardware.set("fan " + unit, speed);
+  return kDone;
+}
+
+int vantamainte(const Arguments &arguments, Machine &machine) {
+  if (!arguments.words.empty() || arguments.options.size() != 1) return kUsage;
+  machine.hardware.set("report", arguments.has('s') ? "start" : "end");
+  return kDone;
+}
+
+int ioadm(const Arguments &arguments, Machine &machine) {
+  const bool power =
+      arguments.options.empty() && arguments.words.size() == 2 && one_of(arguments.words[0], {"poweron", "poweroff"});
+  const bool led =
+      arguments.words.empty() && arguments.only("uc") && one_of(arguments.value('c'), {"on", "off", "blink"});
+  if (!power && !led) return kUsage;
+  const std::string unit = power ? arguments.words[1] : arguments.value('u');
+  if (!machine.has_expansion(unit)) return kRefused;
+  if (power) {
+    machine.hardware.set("power " + unit, arguments.words[0] == "poweron" ? "on" : "off");
+  } else {
+    machine.hardware.set("led " + unit, arguments.value('c'));
+  }
+  return kDone;
+}
+
+int waitmgbready(const Arguments &arguments, Machine & /*machine*/) {
+  return arguments.words.empty() ? kDone : kUsage;  // the service processor of a box is always ready
+}
+
+}  // namespace programs

@@ -1,0 +1,115 @@
+// What the programs for system boards do: on this model boards 0 and 1 are domain 0, boards 2 and 3 domain 1, and board 3
+// is divided into four extended system boards, the last of which is nobody's.
+#include "host/box/partitions.h"
+#include "tests/host/programs/control_program.h"
+
+namespace {
+
+using box::Change;
+
+class BoardPrograms : public ControlProgram {
+ protected:
+  // "0 on", "1 off", "SP off": domain and activity of an extended system board.
+  std::string xsb(const std::string &name) const {
+    for (const box::Xsb &at : box::xsbs_of(place_, LMAINTE_MODEL_QE1)) {
+      if (at.name != name) continue;
+      const std::uint32_t domain = at.active ? at.domain : at.setup_domain;
+      return (domain <= 23 ? std::to_string(domain) : "SP") + (at.active ? " on" : " off");
+    }
+    return "none";
+  }
+};
+
+TEST_F(BoardPrograms, ABoardLeavesItsDomainStepByStep) {
+  expect({{"a domain runs on it", "testsb", "-q -y 0", 128},
+          {"it is not deleted then", "deleteboard", "-q y -c unassign 00-0", 133},
+          {"nor divided", "setupfru", "-m n -x 4 sb 0", 137},
+          {"nor unlinked", "linkboard", "-u /CMU#0 -c down", 128, "link /CMU#0", ""},
+          {"but detached", "detachfru", "-u /CMU#0", 0, "detached /CMU#0", "yes"}});
+  EXPECT_EQ(xsb("00-0"), "0 off");
+  EXPECT_EQ(xsb("01-0"), "0 on");
+  expect({{"it can be tested now", "testsb", "-q -y 0", 0},
+          {"and unlinked", "linkboard", "-u /CMU#0 -c down", 0, "link /CMU#0", "down"},
+          {"and deleted", "deleteboard", "-q y -c unassign 00-0", 0}});
+  EXPECT_EQ(xsb("00-0"), "SP off");
+}
+
+TEST_F(BoardPrograms, ALinkedBoardRunsInItsDomainAgain) {
+  expect({{"out", "detachfru", "-u /CMU#0", 0},
+          {"unlinked", "linkboard", "-u /CMU#0 -c down", 0},
+          {"its test leaves it detached", "testfru", "-u /CMU#0", 0, "detached /CMU#0", "yes"},
+          {"in", "linkboard", "-u /CMU#0 -c up", 0, "detached /CMU#0", ""}});
+  EXPECT_EQ(hardware("link /CMU#0"), "up");
+  EXPECT_EQ(xsb("00-0"), "0 on");
+}
+
+TEST_F(BoardPrograms, ABoardRunsWhenBothItsUnitsAreLinked) {
+  expect({{"out", "detachfru", "-u /IOU#0", 0},
+          {"one", "linkboard", "-u /CMU#0 -c down", 0},
+          {"the other", "linkboard", "-u /IOU#0 -c down", 0},
+          {"one again", "linkboard", "-u /CMU#0 -c up", 0}});
+  EXPECT_EQ(xsb("00-0"), "0 off");
+  expect({{"the other again", "linkboard", "-u /IOU#0 -c up", 0}});
+  EXPECT_EQ(xsb("00-0"), "0 on");
+}
+
+TEST_F(BoardPrograms, ADomainKeepsItsLastBoard) {
+  expect({{"one of two", "detachfru", "-u /CMU#0", 0},
+          {"the last one", "judgectlfru", "-u /CMU#1 -c del", 232},
+          {"stays", "detachfru", "-u /CMU#1", 128, "detached /CMU#1", ""}});
+  EXPECT_EQ(xsb("01-0"), "0 on");
+}
+
+TEST_F(BoardPrograms, OnlyAWholeBoardInOrderIsLinkedTestedAndDivided) {
+  expect({{"out", "detachfru", "-u /CMU#0", 0}});
+  change(Change::kFault, {"/CMU#0/CPUM#1"});
+  expect({{"a faulted module", "testsb", "-q -y 0", 208}, {"is not linked", "linkboard", "-u /CMU#0 -c up", 226}});
+  change(Change::kPull, {"/CMU#0"});
+  expect({{"a missing unit", "testsb", "-q -y 0", 128},
+          {"is not linked either", "linkboard", "-u /CMU#0 -c up", 128},
+          {"nor divided", "setupfru", "-m n -x 4 sb 0", 6}});
+  EXPECT_EQ(xsb("00-0"), "0 off");
+}
+
+TEST_F(BoardPrograms, OnlyBoardUnitsAreLinked) {
+  expect({{"a power supply", "linkboard", "-u /PSU#0 -c up", 226},
+          {"a module", "linkboard", "-u /CMU#0/CPUM#1 -c up", 226}});
+}
+
+TEST_F(BoardPrograms, ABoardIsDividedAndPutTogether) {
+  expect({{"out", "detachfru", "-u /CMU#0", 0},
+          {"a whole board has one part", "deleteboard", "-q y -c unassign 00-1", 132},
+          {"four", "setupfru", "-m n -x 4 sb 0", 0, "mirror 0", "n"},
+          {"each can be deleted", "deleteboard", "-q y -c unassign 00-0 00-1 00-2 00-3", 0},
+          {"mirrored, one", "setupfru", "-m y -x 1 sb 0", 0, "mirror 0", "y"},
+          {"the others are no more", "deleteboard", "-q y -c unassign 00-0 00-1", 132}});
+}
+
+TEST_F(BoardPrograms, PartsThatNoLongerExistAreNobodys) {
+  expect({{"out", "detachfru", "-u /CMU#3", 0}});
+  EXPECT_EQ(xsb("03-1"), "1 off");
+  expect({{"one", "setupfru", "-m n -x 1 sb 3", 0}});
+  EXPECT_EQ(xsb("03-0"), "1 off");
+  EXPECT_EQ(xsb("03-1"), "SP off");
+}
+
+TEST_F(BoardPrograms, WhereOnePartCannotBeDeletedNoneIs) {
+  expect({{"out", "detachfru", "-u /CMU#0", 0},
+          {"the second is active", "deleteboard", "-q y -c unassign 00-0 01-0", 133}});
+  EXPECT_EQ(xsb("00-0"), "0 off");
+}
+
+class BoardProgramsOfTheEntryModel : public ControlProgram {
+ protected:
+  BoardProgramsOfTheEntryModel() : ControlProgram(LMAINTE_MODEL_QA) {}
+};
+
+TEST_F(BoardProgramsOfTheEntryModel, HaveNothingToDivide) {
+  expect({{"divide", "setupfru", "-m n -x 1 sb 0", 136},
+          {"delete", "deleteboard", "-q y -c unassign 00-0", 131},
+          {"test", "testsb", "-q -y 0", 128},
+          {"unlink", "linkboard", "-u /MBU_A -c down", 128},
+          {"link", "linkboard", "-u /MBU_A -c up", 0, "link /MBU_A", "up"}});
+}
+
+}  // namespace

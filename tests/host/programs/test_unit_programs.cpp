@@ -1,0 +1,106 @@
+// What the programs for one unit do to it, and when they refuse.
+#include "tests/host/programs/control_program.h"
+
+namespace {
+
+using box::Change;
+using UnitPrograms = ControlProgram;
+
+class UnitProgramsOfTheEntryModel : public ControlProgram {
+ protected:
+  UnitProgramsOfTheEntryModel() : ControlProgram(LMAINTE_MODEL_QA) {}
+};
+
+TEST_F(UnitPrograms, AReplacementGoesThroughThemStepByStep) {
+  expect({{"it may be taken", "judgectlfru", "-u /PSU#3 -c del", 0},
+          {"a unit in operation is not added", "judgectlfru", "-u /PSU#3 -c add", 128},
+          {"it is taken out of operation", "detachfru", "-u /PSU#3", 0, "detached /PSU#3", "yes"},
+          {"once", "detachfru", "-u /PSU#3", 128, "detached /PSU#3", "yes"}});
+  change(Change::kPull, {"/PSU#3"});
+  expect({{"an empty place may get one", "judgectlfru", "-u /PSU#3 -c add", 0},
+          {"an empty place has nothing to take", "judgectlfru", "-u /PSU#3 -c del", 128},
+          {"nor to test", "testfru", "-u /PSU#3", 128, "detached /PSU#3", "yes"},
+          {"nor to detach", "detachfru", "-u /PSU#3", 128}});
+  change(Change::kInsert, {"/PSU#3"});
+  expect({{"the new one may be added", "judgectlfru", "-u /PSU#3 -c add", 0},
+          {"it passes, and is in operation", "testfru", "-u /PSU#3", 0, "detached /PSU#3", ""},
+          {"it is not added again", "judgectlfru", "-u /PSU#3 -c add", 128}});
+}
+
+TEST_F(UnitPrograms, AFaultedUnitFailsItsTest) {
+  change(Change::kFault, {"/PSU#3"});
+  expect({{"faulted, it may be added anew", "judgectlfru", "-u /PSU#3 -c add", 0},
+          {"detached", "detachfru", "-u /PSU#3", 0, "detached /PSU#3", "yes"},
+          {"it fails, and stays detached", "testfru", "-u /PSU#3", 208, "detached /PSU#3", "yes"}});
+  change(Change::kRepair, {"/PSU#3"});
+  expect({{"repaired", "testfru", "-u /PSU#3", 0, "detached /PSU#3", ""}});
+  change(Change::kDegrade, {"/PSU#4"});
+  expect({{"degraded units pass", "testfru", "-u /PSU#4", 0}});
+}
+
+TEST_F(UnitPrograms, AUnitFailsItsTestForWhatSitsOnIt) {
+  change(Change::kFault, {"/CMU#0/MEM#03A"});
+  expect({{"the unit", "testfru", "-u /CMU#0", 208}, {"its neighbour", "testfru", "-u /CMU#1", 0}});
+}
+
+TEST_F(UnitProgramsOfTheEntryModel, TheLastOneThatWorksIsNotTaken) {
+  expect({{"one of two", "judgectlfru", "-u /PSU#0 -c del", 0}});
+  change(Change::kFault, {"/PSU#1"});
+  expect({{"the other one is faulted", "judgectlfru", "-u /PSU#0 -c del", 232},
+          {"so it is not detached", "detachfru", "-u /PSU#0", 128, "detached /PSU#0", ""},
+          {"the faulted one may go", "judgectlfru", "-u /PSU#1 -c del", 0}});
+  change(Change::kRepair, {"/PSU#1"});
+  expect({{"the other one is detached", "detachfru", "-u /PSU#1", 0},
+          {"then this one has to stay", "judgectlfru", "-u /PSU#0 -c del", 232},
+          {"until that one is back", "testfru", "-u /PSU#1", 0},
+          {"and may go again", "judgectlfru", "-u /PSU#0 -c del", 0}});
+}
+
+TEST_F(UnitProgramsOfTheEntryModel, TheOnlyBoardIsNotTakenNorWhatSitsOnIt) {
+  expect({{"the board", "judgectlfru", "-u /MBU_A -c del", 232},
+          {"a memory module", "judgectlfru", "-u /MBU_A/MEM#0A -c del", 232},
+          {"is not detached", "detachfru", "-u /MBU_A", 128},
+          {"a card may", "judgectlfru", "-u /MBU_A/PCI#0 -c del", 0}});
+}
+
+TEST_F(UnitPrograms, AModuleMayGoOnceNoDomainRunsOnItsBoard) {
+  expect({{"a domain runs", "judgectlfru", "-u /CMU#0/MEM#03A -c del", 232},
+          {"the board is detached", "detachfru", "-u /CMU#0", 0},
+          {"the module may go", "judgectlfru", "-u /CMU#0/MEM#03A -c del", 0}});
+  change(Change::kPull, {"/CMU#0"});
+  expect({{"no module without a board", "judgectlfru", "-u /CMU#0/MEM#03A -c add", 128},
+          {"the board may come back", "judgectlfru", "-u /CMU#0 -c add", 0}});
+}
+
+TEST_F(UnitPrograms, TheFansOfATrayAreChecked) {
+  expect({{"all turn", "chkfanspeed", "-u /FAN_B#7", 0}, {"a power supply has none", "chkfanspeed", "-u /PSU#0", 225}});
+  change(Change::kFault, {"/FAN_B#7"});
+  expect({{"the tray is faulted", "chkfanspeed", "-u /FAN_B#7", 225}});
+  change(Change::kPull, {"/FAN_B#7"});
+  expect({{"the tray is gone", "chkfanspeed", "-u /FAN_B#7", 128}});
+}
+
+TEST_F(UnitPrograms, AFanThatStandsStillFailsTheCheckOfItsTray) {
+  const auto units = box::Inventory(place_).units();
+  const auto fan = std::find_if(units.begin(), units.end(),
+                                [](const box::Unit &unit) { return unit.place.name.starts_with("/FAN_A#0/"); });
+  ASSERT_NE(fan, units.end());
+  change(Change::kFault, {fan->place.name});
+  expect({{"one of its fans", "chkfanspeed", "-u /FAN_A#0", 225}});
+}
+
+TEST_F(UnitPrograms, ClearingASlotMakesItNormal) {
+  change(Change::kFault, {"/IOU#0/PCI#1"});
+  change(Change::kDegrade, {"/IOU#0/PCI#2"});
+  const auto state = [this](const char *unit) { return std::string(state_word(box::Inventory(place_).unit(unit))); };
+  expect({{"one", "clearpci", "-u /IOU#0/PCI#1", 0}});
+  EXPECT_EQ(state("/IOU#0/PCI#1"), "Normal");
+  EXPECT_EQ(state("/IOU#0/PCI#2"), "Degraded");
+  expect({{"another, among words that are no units", "clearpci", "slot 2 /IOU#0/PCI#2", 0},
+          {"one that is normal", "clearpci", "-u /IOU#0/PCI#3", 0}});
+  EXPECT_EQ(state("/IOU#0/PCI#2"), "Normal");
+  change(Change::kPull, {"/IOU#0/PCI#1"});
+  expect({{"an empty one", "clearpci", "-u /IOU#0/PCI#1", 128}});
+}
+
+}  // namespace
