@@ -114,6 +114,37 @@ enum {
                                  its last words are read */
 };
 
+/* ---- The box's daemon -------------------------------------------------------------------------------------------- */
+
+/*
+ * "monitor", number 1, runs as long as a command that `spbox run` started. It answers what follows and can be made late,
+ * silent, dead or garbled with `spbox daemon`. The request is a head and, where words are named, these; the reply is
+ * a lmainte_host_reply.
+ */
+#define LMAINTE_HOST_MONITOR "monitor"
+#define LMAINTE_HOST_MONITOR_NUMBER 1
+
+enum {
+  LMAINTE_HOST_ASK_STATUS = 1, /* how is the daemon? Words: seconds since its start, requests before, model code */
+  LMAINTE_HOST_ASK_UNIT = 2,   /* unit_id[2]: what state is the unit in? Word 0: status word, LMAINTE_STATUS_... */
+  LMAINTE_HOST_ASK_POWER = 3,  /* unit_id[2]: has the unit power? Word 0: 1 installed and not detached, else 0 */
+  LMAINTE_HOST_SAVE_EVENT = 4  /* 12 words, an event as lmainte_send_event makes it: put it into the log */
+};
+
+enum {
+  LMAINTE_HOST_ANSWERED = 0,
+  LMAINTE_HOST_NO_COMMAND = 1,  /* there is no such request */
+  LMAINTE_HOST_BAD_REQUEST = 2, /* its size is not the command's, or it is for another daemon */
+  LMAINTE_HOST_NO_UNIT = 3,     /* the box has no such unit */
+  LMAINTE_HOST_BOX_FAILED = 4   /* a database or the log cannot be read or written */
+};
+
+typedef struct lmainte_host_reply {
+  lmainte_host_message head; /* command and sequence of the request */
+  int32_t result;            /* LMAINTE_HOST_ANSWERED ... */
+  uint32_t word[3];          /* as the command says; the rest 0 */
+} lmainte_host_reply;
+
 /* ---- Results of the configuration database ----------------------------------------------------------------------- */
 
 /*

@@ -1,0 +1,33 @@
+#include "host/box/daemon_bend.h"
+
+#include <algorithm>
+#include <sstream>
+#include <string>
+
+namespace box {
+namespace {
+
+constexpr const char *kKey = "bend-daemon monitor";
+
+}  // namespace
+
+// "late 5", "silent"; nothing while it works well.
+DaemonBend daemon_bend(const Hardware &hardware) {
+  std::istringstream words(hardware.get(kKey).value_or(""));
+  std::string name;
+  DaemonBend bend;
+  words >> name >> bend.seconds;
+  const auto *const found =
+      std::find_if(kDaemonWays.begin(), kDaemonWays.end(), [&](const DaemonWayName &row) { return row.name == name; });
+  if (found != kDaemonWays.end()) bend.way = found->way;
+  return bend;
+}
+
+void set_daemon_bend(Hardware &hardware, const DaemonBend &bend) {
+  if (bend.way == DaemonWay::kWell) return hardware.clear(kKey);
+  for (const DaemonWayName &row : kDaemonWays) {
+    if (row.way == bend.way) hardware.set(kKey, std::string(row.name) + " " + std::to_string(bend.seconds));
+  }
+}
+
+}  // namespace box

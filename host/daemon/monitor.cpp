@@ -1,0 +1,139 @@
+#include "host/daemon/monitor.h"
+
+#include <algorithm>
+#include <cstring>
+#include <exception>
+#include <iterator>
+
+#include "host/box/event_log.h"
+#include "host/box/inventory.h"
+#include "host/include/lmainte_host.h"
+#include "include/lmainte.h"
+
+namespace monitor {
+namespace {
+
+using Body = std::span<const std::uint8_t>;
+
+constexpr std::size_t kUnitIdSize = 8;
+constexpr std::size_t kEventSize = sizeof(box::LogEntry::event);
+constexpr std::uint32_t kEventHead = 0x00030000;
+
+// The daemon as it is when a request comes.
+struct Moment {
+  const box::Place &place;
+  std::uint32_t seconds;
+  std::uint32_t answered;
+};
+
+void tell_status(const Moment &now, Body /*nothing*/, lmainte_host_reply &reply) {
+  reply.word[0] = now.seconds;
+  reply.word[1] = now.answered;
+  reply.word[2] = box::model_in(now.place);
+}
+
+// The unit of an id, where the box has it.
+std::optional<box::Unit> unit_of(const box::Place &place, Body body) {
+  box::UnitId id{};
+  std::memcpy(id.data(), body.data(), sizeof id);
+  const box::Inventory inventory(place);
+  const auto &places = inventory.places();
+  const auto at = std::find_if(places.begin(), places.end(), [&](const box::UnitPlace &unit) { return unit.id == id; });
+  if (at == places.end()) return std::nullopt;
+  return inventory.unit(at->name);
+}
+
+void tell_unit(const Moment &now, Body body, lmainte_host_reply &reply) {
+  const auto unit = unit_of(now.place, body);
+  reply.result = unit ? LMAINTE_HOST_ANSWERED : LMAINTE_HOST_NO_UNIT;
+  if (unit) reply.word[0] = unit->status;
+}
+
+void tell_power(const Moment &now, Body body, lmainte_host_reply &reply) {
+  const auto unit = unit_of(now.place, body);
+  reply.result = unit ? LMAINTE_HOST_ANSWERED : LMAINTE_HOST_NO_UNIT;
+  if (!unit) return;
+  const bool detached = box::Hardware(now.place).get("detached " + unit->place.name).has_value();
+  reply.word[0] = (unit->status & LMAINTE_STATUS_INSTALLED) != 0 && !detached ? 1 : 0;
+}
+
+void save_event(const Moment &now, Body body, lmainte_host_reply &reply) {
+  const auto since_epoch = std::chrono::system_clock::now().time_since_epoch();
+  box::LogEntry entry{std::chrono::duration_cast<std::chrono::nanoseconds>(since_epoch).count(),
+                      static_cast<std::uint32_t>(getpid()),
+                      kEventHead,
+                      {}};
+  std::copy(body.begin(), body.end(), entry.event.begin());
+  if (!box::EventLog::append(now.place.events(), entry)) reply.result = LMAINTE_HOST_BOX_FAILED;
+}
+
+struct Command {
+  std::uint32_t number;
+  std::size_t body_size;
+  void (*tell)(const Moment &now, Body body, lmainte_host_reply &reply);
+};
+
+constexpr Command kCommands[] = {
+    {LMAINTE_HOST_ASK_STATUS, 0, tell_status},
+    {LMAINTE_HOST_ASK_UNIT, kUnitIdSize, tell_unit},
+    {LMAINTE_HOST_ASK_POWER, kUnitIdSize, tell_power},
+    {LMAINTE_HOST_SAVE_EVENT, kEventSize, save_event},
+};
+
+// Fills in what the request asks for.
+void fill(const Moment &now, Body request, lmainte_host_reply &reply) {
+  const auto *const command = std::find_if(std::begin(kCommands), std::end(kCommands),
+                                           [&](const Command &row) { return row.number == reply.head.command; });
+  if (command == std::end(kCommands)) {
+    reply.result = LMAINTE_HOST_NO_COMMAND;
+    return;
+  }
+  const bool fits = request.size() == sizeof reply.head + command->body_size && reply.head.size == request.size();
+  if (!fits || reply.head.daemon != LMAINTE_HOST_MONITOR_NUMBER) {
+    reply.result = LMAINTE_HOST_BAD_REQUEST;
+    return;
+  }
+  try {
+    command->tell(now, request.subspan(sizeof reply.head), reply);
+  } catch (const std::exception &) {
+    reply.result = LMAINTE_HOST_BOX_FAILED;
+  }
+}
+
+// A daemon that cannot even read how it is bent is not bent.
+box::DaemonBend bend_in(const box::Place &place) {
+  try {
+    return box::daemon_bend(box::Hardware(place));
+  } catch (const std::exception &) {
+    return {};
+  }
+}
+
+void garble(box::Bytes &reply) {
+  constexpr std::uint32_t kMore = 8;
+  std::uint32_t size = 0;
+  std::memcpy(&size, reply.data(), sizeof size);
+  size += kMore;
+  std::memcpy(reply.data(), &size, sizeof size);
+}
+
+}  // namespace
+
+Answer Monitor::answer(std::span<const std::uint8_t> request) {
+  const box::DaemonBend bend = bend_in(place_);
+  if (bend.way == box::DaemonWay::kDead) return {.reply = {}, .hangs_up = true};
+  if (bend.way == box::DaemonWay::kSilent || request.size() < sizeof(lmainte_host_message)) return {};
+  lmainte_host_reply reply{};
+  std::memcpy(&reply.head, request.data(), sizeof reply.head);
+  const auto alive = std::chrono::duration_cast<std::chrono::seconds>(std::chrono::steady_clock::now() - start_);
+  fill({place_, static_cast<std::uint32_t>(alive.count()), answered_}, request, reply);
+  reply.head.size = sizeof reply;
+  ++answered_;
+  Answer answer{box::Bytes(sizeof reply)};
+  std::memcpy(answer.reply.data(), &reply, sizeof reply);
+  if (bend.way == box::DaemonWay::kGarbled) garble(answer.reply);
+  if (bend.way == box::DaemonWay::kLate) answer.delay = std::chrono::seconds(bend.seconds);
+  return answer;
+}
+
+}  // namespace monitor

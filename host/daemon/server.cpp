@@ -1,0 +1,101 @@
+#include "host/daemon/server.h"
+
+#include <sys/socket.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <array>
+#include <cerrno>
+#include <system_error>
+
+#include "host/box/daemon_socket.h"
+#include "host/include/lmainte_host.h"
+
+namespace monitor {
+namespace {
+
+constexpr std::size_t kMostPeers = 64, kMostWaiting = 64;
+
+[[noreturn]] void failure(const std::string &what) {
+  throw std::system_error(errno, std::generic_category(), what);
+}
+
+}  // namespace
+
+Server::Server(const box::Place &place) : socket_(place.daemons() / LMAINTE_HOST_MONITOR), monitor_(place) {
+  std::filesystem::remove(socket_);  // of a daemon that was killed
+  listener_ = box::daemon_socket(place.daemons(), LMAINTE_HOST_MONITOR, bind);
+  if (listener_ < 0 || listen(listener_, SOMAXCONN) != 0) failure(socket_.string());
+}
+
+Server::~Server() {
+  for (const Peer &peer : peers_) close(peer.fd);
+  close(listener_);
+  std::error_code error;
+  std::filesystem::remove(socket_, error);
+}
+
+std::vector<pollfd> Server::watched() const {
+  std::vector<pollfd> watched;
+  for (const Peer &peer : peers_) watched.push_back({peer.fd, POLLIN, 0});
+  if (peers_.size() < kMostPeers) watched.push_back({listener_, POLLIN, 0});
+  return watched;
+}
+
+void Server::accept_peers() {
+  int fd = -1;
+  while (peers_.size() < kMostPeers && (fd = accept4(listener_, nullptr, nullptr, SOCK_NONBLOCK | SOCK_CLOEXEC)) >= 0) {
+    peers_.push_back({fd, {}});
+  }
+}
+
+bool Server::hear(Peer &peer) {
+  std::array<std::uint8_t, LMAINTE_HOST_MESSAGE_MOST> request;
+  const ssize_t length = recv(peer.fd, request.data(), request.size(), 0);
+  if (length < 0) return errno == EAGAIN || errno == EINTR;
+  if (length == 0) return false;
+  Answer answer = monitor_.answer({request.data(), static_cast<std::size_t>(length)});
+  if (answer.hangs_up || peer.replies.size() == kMostWaiting) return false;
+  if (!answer.reply.empty()) peer.replies.push_back({Clock::now() + answer.delay, std::move(answer.reply)});
+  return true;
+}
+
+// A peer that does not read what it asked for is left.
+bool Server::speak(Peer &peer) {
+  while (!peer.replies.empty() && peer.replies.front().due <= Clock::now()) {
+    const box::Bytes &reply = peer.replies.front().reply;
+    if (send(peer.fd, reply.data(), reply.size(), MSG_NOSIGNAL) < 0) return false;
+    peer.replies.pop_front();
+  }
+  return true;
+}
+
+int Server::milliseconds_left() const {
+  constexpr std::chrono::milliseconds kNever{-1};
+  auto left = kNever;
+  for (const Peer &peer : peers_) {
+    if (peer.replies.empty()) continue;
+    const auto until = std::chrono::ceil<std::chrono::milliseconds>(peer.replies.front().due - Clock::now());
+    const auto wait = std::max(until, std::chrono::milliseconds(0));
+    if (left == kNever || wait < left) left = wait;
+  }
+  return static_cast<int>(left.count());
+}
+
+void Server::step(const sigset_t &signals) {
+  std::vector<pollfd> polled = watched();
+  const int left = milliseconds_left();
+  const timespec limit{left / 1000, left % 1000 * 1'000'000L};
+  const int ready = ppoll(polled.data(), polled.size(), left < 0 ? nullptr : &limit, &signals);
+  if (ready < 0 && errno != EINTR) failure("waiting for requests");
+  auto at = polled.begin();
+  for (auto peer = peers_.begin(); peer != peers_.end();) {
+    const bool came = ready > 0 && (at++)->revents != 0;
+    const bool stays = (!came || hear(*peer)) && speak(*peer);
+    if (!stays) close(peer->fd);
+    peer = stays ? std::next(peer) : peers_.erase(peer);
+  }
+  if (ready > 0) accept_peers();
+}
+
+}  // namespace monitor

@@ -1,0 +1,198 @@
+// The daemon as a process: its connections, its end, and its turns with another one.
+#include <gtest/gtest.h>
+#include <poll.h>
+#include <sys/prctl.h>
+#include <sys/socket.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <array>
+#include <csignal>
+#include <cstring>
+
+#include "host/box/contents.h"
+#include "host/box/daemon_bend.h"
+#include "host/box/daemon_socket.h"
+#include "host/include/lmainte_host.h"
+#include "include/lmainte.h"
+#include "tests/host/box/child.h"
+#include "tests/host/box/scratch.h"
+
+namespace {
+
+constexpr int kPatience = 10'000;  // milliseconds, of a test that is about to fail
+
+// A daemon's process, which is ready when this is there.
+class Process {
+ public:
+  explicit Process(const box::Place &place) {
+    std::array<int, 2> ends{};
+    EXPECT_EQ(pipe(ends.data()), 0);
+    const std::string fd = std::to_string(ends[1]), parent = std::to_string(getpid());
+    pid_ = fork();
+    if (pid_ == 0) {
+      execl(MONITOR_DAEMON, MONITOR_DAEMON, place.root().c_str(), fd.c_str(), parent.c_str(), nullptr);
+      _exit(127);
+    }
+    close(ends[1]);
+    char byte = 0;
+    EXPECT_EQ(read(ends[0], &byte, 1), 1) << "the daemon did not start";
+    close(ends[0]);
+  }
+  ~Process() { end(); }
+  Process(const Process &) = delete;
+  Process &operator=(const Process &) = delete;
+
+  int end(int signal = SIGTERM) {
+    if (pid_ == 0) return 0;
+    kill(pid_, signal);
+    int status = 0;
+    waitpid(pid_, &status, 0);
+    pid_ = 0;
+    return status;
+  }
+
+ private:
+  pid_t pid_;
+};
+
+class ServerTest : public testing::Test {
+ protected:
+  ServerTest() { box::create_box(place_, LMAINTE_MODEL_QA); }
+  ~ServerTest() override {
+    for (const int fd : opened_) close(fd);
+  }
+
+  int open() {
+    const int fd = box::daemon_socket(place_.daemons(), "monitor", connect);
+    EXPECT_GE(fd, 0) << strerror(errno);
+    opened_.push_back(fd);
+    return fd;
+  }
+  static void ask(int fd, std::uint32_t sequence) {
+    const lmainte_host_message request{16, 1, LMAINTE_HOST_ASK_STATUS, sequence};
+    ASSERT_EQ(send(fd, &request, sizeof request, MSG_NOSIGNAL), 16);
+  }
+  // What comes: the sequence of a reply, 0 for the end of the connection, -1 for nothing in time.
+  static int heard(int fd, int limit = kPatience) {
+    pollfd at{fd, POLLIN, 0};
+    if (poll(&at, 1, limit) != 1) return -1;
+    lmainte_host_reply reply{};
+    const ssize_t length = recv(fd, &reply, sizeof reply, 0);
+    return length <= 0 ? 0 : static_cast<int>(reply.head.sequence);
+  }
+
+  void bend(box::DaemonWay way, std::uint32_t seconds = 0) {
+    box::Hardware hardware(place_);
+    box::set_daemon_bend(hardware, {way, seconds});
+  }
+
+  Scratch scratch_;
+  box::Place place_{scratch_ / "box"};
+
+ private:
+  std::vector<int> opened_;
+};
+
+TEST_F(ServerTest, AnswersEveryoneWhoAsks) {
+  const Process daemon(place_);
+  const int one = open(), other = open();
+  ask(one, 11);
+  ask(other, 22);
+  ask(one, 12);
+  EXPECT_EQ(heard(one), 11);
+  EXPECT_EQ(heard(one), 12);
+  EXPECT_EQ(heard(other), 22);
+}
+
+TEST_F(ServerTest, LivesOnWhenAPeerLeavesInTheMiddle) {
+  const Process daemon(place_);
+  for (int i = 0; i < 100; ++i) {
+    const int fd = box::daemon_socket(place_.daemons(), "monitor", connect);
+    ASSERT_GE(fd, 0) << strerror(errno);
+    ask(fd, 1);
+    close(fd);
+  }
+  const int fd = open();
+  ask(fd, 5);
+  EXPECT_EQ(heard(fd), 5);
+}
+
+TEST_F(ServerTest, ALateAnswerKeepsNobodyElseWaiting) {
+  const Process daemon(place_);
+  const int late = open(), other = open();
+  bend(box::DaemonWay::kLate, 1);
+  ask(late, 1);
+  EXPECT_EQ(heard(late, 100), -1);
+  bend(box::DaemonWay::kWell);
+  ask(other, 2);
+  EXPECT_EQ(heard(other), 2);
+  EXPECT_EQ(heard(late), 1) << "in the end it comes";
+}
+
+TEST_F(ServerTest, ADeadDaemonEndsTheConnection) {
+  const Process daemon(place_);
+  const int fd = open();
+  bend(box::DaemonWay::kDead);
+  ask(fd, 1);
+  EXPECT_EQ(heard(fd), 0);
+  bend(box::DaemonWay::kWell);
+  const int again = open();
+  ask(again, 2);
+  EXPECT_EQ(heard(again), 2);
+}
+
+TEST_F(ServerTest, LeavesNoSocketBehind) {
+  Process daemon(place_);
+  const int fd = open();
+  EXPECT_EQ(daemon.end(), 0) << "exit status";
+  EXPECT_FALSE(std::filesystem::exists(place_.daemons() / "monitor"));
+  EXPECT_EQ(heard(fd), 0);
+}
+
+TEST_F(ServerTest, StartsAfterOneThatWasKilled) {
+  Process daemon(place_);
+  daemon.end(SIGKILL);
+  EXPECT_TRUE(std::filesystem::exists(place_.daemons() / "monitor"));
+  const Process next(place_);
+  const int fd = open();
+  ask(fd, 3);
+  EXPECT_EQ(heard(fd), 3);
+}
+
+TEST_F(ServerTest, ASecondOneTakesOverWhenTheFirstEnds) {
+  Process first(place_);
+  const Process second(place_);
+  first.end();
+  int fd = -1;
+  for (int tries = 0; fd < 0 && tries < 1000; ++tries) {
+    usleep(10'000);
+    fd = box::daemon_socket(place_.daemons(), "monitor", connect);
+  }
+  ASSERT_GE(fd, 0) << strerror(errno);
+  ask(fd, 4);
+  EXPECT_EQ(heard(fd), 4);
+  close(fd);
+}
+
+TEST_F(ServerTest, AWaitingOneEndsToo) {
+  const Process first(place_);
+  Process second(place_);
+  EXPECT_EQ(WTERMSIG(second.end()), SIGTERM);
+  EXPECT_TRUE(std::filesystem::exists(place_.daemons() / "monitor")) << "of the first";
+}
+
+TEST_F(ServerTest, EndsWithItsParent) {
+  Child parent([&](const auto &say_ready) {
+    const Process daemon(place_);
+    say_ready();
+    pause();
+    return 0;
+  });
+  ASSERT_TRUE(parent.is_ready());
+  const int fd = open();
+  parent.die();
+  EXPECT_EQ(heard(fd), 0) << "the connection ends with the daemon";
+}
+
+}  // namespace
