@@ -91,14 +91,17 @@ class TermBlocked {
     sigset_t term;
     sigemptyset(&term);
     sigaddset(&term, SIGTERM);
-    sigprocmask(SIG_BLOCK, &term, &before_);
+    blocked_ = sigprocmask(SIG_BLOCK, &term, &before_) == 0;
   }
   TermBlocked(const TermBlocked &) = delete;
   TermBlocked &operator=(const TermBlocked &) = delete;
-  ~TermBlocked() { sigprocmask(SIG_SETMASK, &before_, nullptr); }
+  ~TermBlocked() {
+    if (blocked_) sigprocmask(SIG_SETMASK, &before_, nullptr);
+  }
 
  private:
-  sigset_t before_;
+  sigset_t before_ = {};
+  bool blocked_ = false;
 };
 
 }  // namespace

@@ -240,6 +240,47 @@ const UnitRecord kBoard = {16, 0, 0, {0, 0}, "/CMU#0"};
 const PsuData kPsus[2] = {};
 const ListLine kLines[] = {doubles::head("h\n"), doubles::foot("f\n"), doubles::end_mark()};
 const std::set<std::string> kPager = {"waitpid", "fclose"};
+const std::set<std::string> kEmptyList = {"fopen", "fclose", "fork", "waitpid", "system"};
+const std::set<std::string> kDots = {"waitpid", "kill", "sigprocmask"};
+
+const SbData kBoards[1] = {};
+const XsbData kXsbs[4] = {};
+const FantrayData kTrays[2] = {};
+const IoxListData kIox[1] = {};
+const BpUnitData kDdcs[2] = {};
+const ClearRequest kClearing = {{80, 0}, {0, 0, 0}, "-u /IOU#0"};
+const lmainte_signal_entry kHandlers[] = {{10, nullptr}, {12, nullptr}, {-1, nullptr}};
+const lmainte_mask_entry kMasks[] = {{10, 0}, {12, 0}, {-1, 0}};
+
+int32_t list_boards() {
+  return lmainte_show_cmu_iou_list(0, 2, 1, kBoards, kXsbs, kLines);
+}
+int32_t list_io_units() {
+  return lmainte_show_iounit_list(0, 1, 1, kBoards, kIox, kLines);
+}
+int32_t list_iox() {
+  return lmainte_show_iox_list(0, nullptr, kLines);
+}
+int32_t list_iox_psus() {
+  return lmainte_show_ioxpsu_list(0, nullptr, kLines);
+}
+
+int32_t show_iox_psu_status() {
+  const int32_t result = lmainte_show_ioxpsu_status(0, &kRecord);
+  machine().disk.erase("tmp");
+  return result;
+}
+
+void run_a_minute() {
+  machine().programs = {doubles::exits(0, 60)};
+}
+int32_t start_and_end_dots() {
+  const DotParam request = {1, nullptr, 60};
+  const int32_t child = lmainte_dot_start(&request);
+  if (child == -1) return -1;
+  lmainte_dot_end(child);
+  return 0;
+}
 
 void hang() {
   machine().programs = {doubles::ignores_sigterm()};
@@ -302,6 +343,22 @@ const std::vector<Row> &rows() {
       {"show_menu", [] { return lmainte_show_menu(kLines); }, {8}, kPager, 0x110C8170},
       {"show_psu_list", [] { return lmainte_show_psu_list(0, 2, kPsus, kLines); }, {8}, kPager, 0x110C0130},
       {"show_psu_status", [] { return lmainte_show_psu_status(0, kPsus, kLines); }, {8}, kPager, 0x110C0230},
+      {"show_cmu_iou_list", list_boards, {8}, kPager, 0x110C8150},
+      {"show_fantray_list", [] { return lmainte_show_fantray_list(0, 2, kTrays, kLines); }, {8}, kPager, 0x110C0120},
+      {"show_iounit_list", list_io_units, {8}, kPager, 0x110C0190},
+      {"show_ioupci_list", [] { return lmainte_show_ioupci_list(0, 8, kBoards, kLines); }, {8}, kPager, 0x110C01A0},
+      {"show_ioxpci_list", [] { return lmainte_show_ioxpci_list(0, 7, kIox->boat, kLines); }, {8}, kPager, 0x110C0170},
+      {"show_ddca_list", [] { return lmainte_show_ddca_list(0, 2, kDdcs, kLines); }, {8}, kPager, 0x110C8130},
+      {"show_iox_list", list_iox, {}, kEmptyList, 0x110C0150},
+      {"show_ioxpsu_list", list_iox_psus, {}, kEmptyList, 0x110C0150},
+      {"show_fantray_status", [] { return lmainte_show_fantray_status(0, kTrays, kLines); }, {8}, kPager, 0x110C0220},
+      {"show_ddca_status", [] { return lmainte_show_ddca_status(0, kDdcs, kLines); }, {8}, kPager, 0x110C8140},
+      {"show_sb_status", [] { return lmainte_show_sb_status(0, 2, kBoards, kLines); }, {8}, kPager, 0x110C8160},
+      {"show_ioxpsu_status", show_iox_psu_status, {8}, {"system", "fclose", "remove"}},
+      {"clear_status", [] { return lmainte_clear_status(2, &kClearing); }, {8}, {}, 0x110C0470},
+      {"dot_start_and_end", start_and_end_dots, {-1}, kDots, 0, run_a_minute},
+      {"signal", [] { return lmainte_signal(kHandlers); }, {8}, {}, 0x110C0390},
+      {"signal_mask", [] { return lmainte_signal_mask(kMasks); }, {}, {"sigprocmask"}, 0x110C0398},
   };
   return kRows;
 }
@@ -355,6 +412,7 @@ Lines stays_behind(const std::string &failed) {
   if (verb == "unlock") return locked_up_to(rest);
   if (verb == "close") return {"database " + rest + " open"};
   if (verb == "remove") return {"file " + rest};
+  if (verb == "system") return {"file " + rest.substr(rest.rfind(' ') + 1)};
   if (verb == "waitpid") return {"child " + rest.substr(0, rest.find(' '))};
   return {};
 }
