@@ -660,8 +660,8 @@ int32_t lmainte_signal_mask(const lmainte_mask_entry *table);
 /*
  * Reads the process id from a procedure information text: a decimal number at its start, up to its end or a comma.
  *
- * Returns the number; 0 for an empty text, which says that no procedure is under way; -1 for text null or one that does
- * not begin with a number. Whether there is such a process is the caller's to find out.
+ * Returns the number; 0 for an empty text, which says that no procedure is under way, and for one that begins with a
+ * comma; -1 for text null and for anything else. Whether there is such a process is the caller's to find out.
  */
 int32_t lmainte_get_pid(const char *text);
 
