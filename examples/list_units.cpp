@@ -4,7 +4,8 @@
 //   list_units KIND    those of one kind: boards, fans, psus, backplane, service or domains
 //
 // Each kind has a function that shows how its reader is called and what is in its records. What all of them need, how many
-// units the model holds, comes from lmainte_get_model_data: copy that and the kind that you need.
+// units the model holds, comes from lmainte_get_model_data: copy that and the kind that you need. The operator panel and the
+// PCI slots are in no reader's records.
 //
 // Exit status: 0 printed, 1 something could not be read, 2 there is no such kind.
 
