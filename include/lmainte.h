@@ -17,6 +17,8 @@
  * - Records and buffers are the caller's. The library allocates only for itself and frees before it returns; the two
  *   exceptions say so (lmainte_db_make_access_table, and the record buffers of the database client).
  * - Readers write only what the database holds: they never clear a record first. Clear it where you rely on the rest.
+ * - Texts are looked up in the message catalogue "cli_cmn_msg" and are English without it. The command sets the locale and
+ *   binds the catalogue (setlocale, bindtextdomain); the library does neither.
  * - Nothing is printed but what the function exists to show. A failure is a result and an error record in the trace.
  * - Results are 0 for success and LMAINTE_FAILED unless a function lists others.
  * - The functions behind the library are those of lmainte_platform.h.

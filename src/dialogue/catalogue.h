@@ -6,13 +6,18 @@
 
 namespace lmainte {
 
-// Marks a text for the catalogue's template, po/cli_cmn_msg.pot. It is looked up where it is printed.
-constexpr const char *message(const char *text) {
-  return text;
+// What can be looked up in the catalogue.
+struct Message {
+  const char *id;
+};
+
+// Marks a text, which brings it into the catalogue's template, po/cli_cmn_msg.pot.
+constexpr Message message(const char *text) {
+  return {text};
 }
 
-inline const char *translated(const char *text) {
-  return dcgettext("cli_cmn_msg", text, LC_MESSAGES);
+inline const char *translated(const Message &message) {
+  return dcgettext("cli_cmn_msg", message.id, LC_MESSAGES);
 }
 
 }  // namespace lmainte

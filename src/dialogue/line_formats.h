@@ -13,24 +13,28 @@ using Text = const char *;
 // A format with the types of the columns that it prints.
 template <class... Columns>
 struct LineFormat {
-  const char *text;
+  Message text;
 };
 
-// TRANSLATORS: a unit in a list: its number, its location, its state. The columns stand under the heads of the
-// maintenance command's own, and the state is a fixed word: keep the widths.
-inline constexpr LineFormat<Number, Text, Text> kListLine = {message("%2d. %-16s%s\n")};
+inline constexpr LineFormat<Number, Text, Text> kListLine = {
+    // TRANSLATORS: a unit in a list: its number, its location, its state. The columns stand under the heads of the
+    // maintenance command's own, and the state is a fixed word: keep the widths.
+    message("%2d. %-16s%s\n")};
 
-// TRANSLATORS: a system board in a list: its number, its location, four domains, its power, its state.
 inline constexpr LineFormat<Number, Text, Text, Text, Text, Text, Text, Text> kBoardLine = {
+    // TRANSLATORS: a system board in a list: its number, its location, four domains, its power, its state.
     message("%2d. %-13s %5s %5s %5s %5s  %-4s  %s\n")};
 
-// TRANSLATORS: a PCI slot in a list: its number in the list, its location, its number in the unit, its power.
-inline constexpr LineFormat<Number, Text, Number, Text> kSlotLine = {message("%2d. %-21s%-10d%s\n")};
+inline constexpr LineFormat<Number, Text, Number, Text> kSlotLine = {
+    // TRANSLATORS: a PCI slot in a list: its number in the list, its location, its number in the unit, its power.
+    message("%2d. %-21s%-10d%s\n")};
 
-// TRANSLATORS: a unit in a status table: its location, its state.
-inline constexpr LineFormat<Text, Text> kStatusLine = {message("%-14s%s\n")};
+inline constexpr LineFormat<Text, Text> kStatusLine = {
+    // TRANSLATORS: a unit in a status table: its location, its state.
+    message("%-14s%s\n")};
 
-// TRANSLATORS: a module of the unit above it in a status table: its location, its state.
-inline constexpr LineFormat<Text, Text> kPartLine = {message("    %-10s%s\n")};
+inline constexpr LineFormat<Text, Text> kPartLine = {
+    // TRANSLATORS: a module of the unit above it in a status table: its location, its state.
+    message("    %-10s%s\n")};
 
 }  // namespace lmainte

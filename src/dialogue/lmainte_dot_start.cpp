@@ -27,8 +27,9 @@ constexpr int64_t kSecondsAMark = 5;
 constexpr unsigned long kSecondsANumber = 30;
 constexpr unsigned long kSecondsALine = 240;
 
-// TRANSLATORS: stands behind the last dot of a progress line. xgettext:c-format
-constexpr const char *kDone = lmainte::message("done\n");
+// TRANSLATORS: stands behind the last dot of a progress line.
+// xgettext:c-format
+constexpr lmainte::Message kDone = lmainte::message("done\n");
 
 // Written by the signal handler while the loop reads it.
 int caught() {
