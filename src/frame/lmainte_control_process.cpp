@@ -1,7 +1,6 @@
 #include "include/lmainte.h"
 
 #include <unistd.h>
-#include <cerrno>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
@@ -22,12 +21,11 @@ constexpr int32_t kFailed = -1;
 // Converts as the 32-bit target does on every machine: what does not fit a word is all ones.
 uint32_t convert(const char *text, const char *&stop) {
   char *end = nullptr;
-  errno = 0;
   const unsigned long value = strtoul(text, &end, 10);
   stop = end;
   const bool is_negative = text[strspn(text, " \t\n\v\f\r")] == '-';
   const unsigned long magnitude = is_negative ? 0UL - value : value;
-  return errno == ERANGE || magnitude > 0xFFFFFFFFUL ? 0xFFFFFFFFU : static_cast<uint32_t>(value);
+  return magnitude > 0xFFFFFFFFUL ? 0xFFFFFFFFU : static_cast<uint32_t>(value);
 }
 
 }  // namespace
