@@ -29,11 +29,13 @@ inline constexpr LineFormat<Number, Text, Number, Text> kSlotLine = {
     // TRANSLATORS: a PCI slot in a list: its number in the list, its location, its number in the unit, its power.
     message("%2d. %-21s%-10d%s\n")};
 
-inline constexpr LineFormat<Text, Text> kStatusLine = {
+using StatusFormat = LineFormat<Text, Text>;
+
+inline constexpr StatusFormat kStatusLine = {
     // TRANSLATORS: a unit in a status table: its location, its state.
     message("%-14s%s\n")};
 
-inline constexpr LineFormat<Text, Text> kPartLine = {
+inline constexpr StatusFormat kPartLine = {
     // TRANSLATORS: a module of the unit above it in a status table: its location, its state.
     message("    %-10s%s\n")};
 

@@ -10,13 +10,9 @@ using lmainte::Table;
 lmainte::Trace trace;
 constexpr lmainte::Block kBlock = lmainte::second_block(0x016);
 
-using StatusLine = lmainte::LineFormat<lmainte::Text, lmainte::Text>;
-
-bool write_line(Table &table, const StatusLine &format, const uint32_t *unit_id, uint32_t status) {
-  lmainte::UnitName name;
-  if (!table.find_name(unit_id, lmainte::NameForm::kStatusTable, name)) return false;
-  table.write_unit(format, name.shown(), lmainte::state_text(status, ""));
-  return true;
+bool write_line(Table &table, const lmainte::StatusFormat &format, const uint32_t *unit_id, uint32_t status) {
+  return lmainte::write_status(table, format, lmainte::NameForm::kStatusTable, unit_id,
+                               lmainte::state_text(status, ""));
 }
 
 // Modules that are not installed get no line.

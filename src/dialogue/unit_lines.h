@@ -23,6 +23,15 @@ inline bool write_numbered(Table &table, int32_t number, const uint32_t *unit_id
   return true;
 }
 
+// Writes the line of a unit in a status table.
+inline bool write_status(Table &table, const StatusFormat &format, NameForm form, const uint32_t *unit_id,
+                         const char *state) {
+  UnitName name;
+  if (!table.find_name(unit_id, form, name)) return false;
+  table.write_unit(format, name.shown(), state);
+  return true;
+}
+
 // A list of every record, and a table of one.
 template <class Unit>
 int32_t show_list(const Call &call, uint32_t count, const Unit *units, const ListLine *lines) {
@@ -39,10 +48,7 @@ template <class Unit>
 int32_t show_status(const Call &call, const Unit *unit, const ListLine *lines) {
   if (!is_given(call, 1, unit) || !is_given(call, 2, lines)) return LMAINTE_FAILED;
   return Table(call, 3).show(lines, [&](Table &table) {
-    UnitName name;
-    if (!table.find_name(unit->unit_id, NameForm::kLocation, name)) return false;
-    table.write_unit(kStatusLine, name.shown(), state_text(*unit));
-    return true;
+    return write_status(table, kStatusLine, NameForm::kLocation, unit->unit_id, state_text(*unit));
   });
 }
 

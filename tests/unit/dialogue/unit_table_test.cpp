@@ -199,6 +199,16 @@ TEST_P(UnitTable, FileIsWrittenClosedShownAndRemoved) {
   EXPECT_EQ(doubles::trace().back(), own_trace().back());
 }
 
+TEST_P(UnitTable, FileIsNamedAfterTheProcessOfEachCall) {
+  show();
+  machine().start();
+  machine().pid = 99;
+  machine().names[{0, 0}] = "/U#0";
+  EXPECT_EQ(show(), 0);
+  EXPECT_EQ(machine().calls.front(), "fopen /tmp/mainte_fru_list.99 w");
+  EXPECT_EQ(machine().calls.back(), "remove /tmp/mainte_fru_list.99");
+}
+
 TEST_P(UnitTable, PagerIsGivenTheListFile) {
   machine().children_are_real = true;
   EXPECT_EQ(show(), 0);
@@ -231,6 +241,8 @@ TEST_P(UnitTable, FileOfAUnitWithoutANameThatCannotBeRemovedIsRecordedToo) {
   machine().fail("remove", 1, EPERM);
   EXPECT_EQ(show(), 8);
   EXPECT_EQ(doubles::trace(), story({error("800A", 1, " 4"), error("800A", 3, " -1 1")}, 8));
+  // The unit's line and the foot lines are not written.
+  EXPECT_EQ(machine().disk[kPath], "h\n");
   machine().disk.clear();
 }
 
