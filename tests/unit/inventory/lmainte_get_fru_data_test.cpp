@@ -69,12 +69,13 @@ TEST_F(LmainteGetFruData, EveryTypeIsServedByItsGetterWithTheArgumentsUnchanged)
     int32_t index, count;
   };
   for (const auto &row : kTypes) {
-    for (const auto [index, count] : {Arguments{0, 1}, {1, 1}, {-1, 2}, {1, 2}, {-1, 1}, {1, -1}, {-2, 1}, {-1, -1}}) {
+    for (const auto &given : {Arguments{0, 1}, {1, 1}, {-1, 2}, {1, 2}, {-1, 1}, {1, -1}, {-2, 1}, {-1, -1}}) {
       for (int32_t model = 1; model <= 6; ++model) {
         arrange();
-        const auto expected = outcome_of([&](void *out) { return row.getter(index, count, model, out); });
+        const auto expected = outcome_of([&](void *out) { return row.getter(given.index, given.count, model, out); });
         arrange();
-        auto got = outcome_of([&](void *out) { return lmainte_get_fru_data(row.type, index, count, model, out); });
+        auto got =
+            outcome_of([&](void *out) { return lmainte_get_fru_data(row.type, given.index, given.count, model, out); });
         ASSERT_GE(got.trace.size(), 2u);
         EXPECT_EQ(got.trace.front(), kEntry);
         EXPECT_EQ(got.trace.back(), kExit);
@@ -84,8 +85,8 @@ TEST_F(LmainteGetFruData, EveryTypeIsServedByItsGetterWithTheArgumentsUnchanged)
           EXPECT_EQ(got.trace.back(), "805 110C16A4 8");
           got.trace.pop_back();
         }
-        EXPECT_TRUE(got == expected) << "type " << row.type << ", index " << index << ", count " << count << ", model "
-                                     << model << ": another result than the getter's";
+        EXPECT_TRUE(got == expected) << "type " << row.type << ", index " << given.index << ", count " << given.count
+                                     << ", model " << model << ": another result than the getter's";
       }
     }
   }
