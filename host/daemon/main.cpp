@@ -40,7 +40,16 @@ void end_with(pid_t parent) {
   if (getppid() != parent) asked_to_end = 1;
 }
 
+// Whoever reads the other end of the command's pipes is not to wait for the daemon.
+void leave_terminal() {
+  const int nothing = open("/dev/null", O_RDWR | O_CLOEXEC);
+  if (nothing < 0) return;
+  for (const int fd : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) dup2(nothing, fd);
+  if (nothing > STDERR_FILENO) close(nothing);
+}
+
 void say_ready(int fd) {
+  leave_terminal();
   const char ready = 'r';
   [[maybe_unused]] const ssize_t nobody_may_care = write(fd, &ready, 1);
   close(fd);

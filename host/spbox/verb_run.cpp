@@ -17,6 +17,7 @@
 #include <system_error>
 
 #include "host/box/contents.h"
+#include "host/spbox/daemon_process.h"
 #include "host/spbox/enclosure.h"
 #include "host/spbox/verbs.h"
 
@@ -63,12 +64,13 @@ fs::path find_program(const std::string &name) {
   return {};
 }
 
-fs::path find_control_program(const fs::path &spbox) {
-  for (const fs::path &folder : {spbox.parent_path(), spbox.parent_path().parent_path() / "programs"}) {
-    if (access((folder / "control_program").c_str(), X_OK) == 0) return folder / "control_program";
+// A program that belongs to spbox: installed beside it, or in the folder beside its own where both were built.
+fs::path find_part(const fs::path &spbox, const std::string &folder, const std::string &name) {
+  for (const fs::path &at : {spbox.parent_path(), spbox.parent_path().parent_path() / folder}) {
+    if (access((at / name).c_str(), X_OK) == 0) return at / name;
   }
-  throw std::runtime_error("control_program is neither beside " + spbox.string() +
-                           " nor in ../programs. Build it, or " + "put it beside spbox.");
+  throw std::runtime_error(name + " is neither beside " + spbox.string() + " nor in ../" + folder + ". Build it, or " +
+                           "put it beside spbox.");
 }
 
 std::string first_word_of(const char *file) {
@@ -204,9 +206,11 @@ int run(const fs::path &folder, bool pager, const std::vector<std::string> &comm
               .program = find_program(command.front()),
               .folder = fs::current_path(),
               .pager = pager};
-  guest.control_program = find_control_program(guest.spbox);
+  guest.control_program = find_part(guest.spbox, "programs", "control_program");
+  const fs::path daemon = find_part(guest.spbox, "daemon", "monitor_daemon");
   MountPoints mount_points(place);
   for (const std::string &name : guests_in_tmp(guest)) mount_points.make(name, fs::is_directory("/tmp/" + name));
+  const DaemonProcess answers(daemon, place);
   return visit(bwrap_arguments(guest), command);
 }
 

@@ -73,8 +73,14 @@ std::string fan_speed(const box::Hardware &hardware) {
   return hardware.get("fan").value_or("low");
 }
 
+// What the control programs have set for a unit: "maintenance, detached, link down".
 std::string flag_text(const box::Hardware &hardware, const std::string &unit) {
-  return hardware.flag(unit) == "start" ? "maintenance" : "";
+  std::string text;
+  const auto add = [&text](const char *part) { text += (text.empty() ? "" : ", ") + std::string(part); };
+  if (hardware.flag(unit) == "start") add("maintenance");
+  if (hardware.get("detached " + unit)) add("detached");
+  if (hardware.get("link " + unit) == "down") add("link down");
+  return text;
 }
 
 std::string unreadable(const std::string &why) {
@@ -95,6 +101,7 @@ json json_of(const box::Unit &unit, const box::Hardware &hardware) {
       {"status", hexadecimal(unit.status)},
       {"led", hardware.led(name)},
       {"maintenance", hardware.flag(name) == "start"},
+      {"detached", hardware.get("detached " + name).has_value()},
       {"fru_name", unit.fru_name},
   };
   if (!has_id(unit.place)) {
@@ -111,6 +118,7 @@ json json_of(const box::Unit &unit, const box::Hardware &hardware) {
   }
   if (unit.place.carried) entry["sits_on"] = unit.place.carrier();
   if (const auto speed = hardware.get("fan " + name)) entry["fan_speed"] = *speed;
+  if (const auto link = hardware.get("link " + name)) entry["link"] = *link;
   return entry;
 }
 
@@ -242,7 +250,8 @@ int show(const Options &options) {
   }
   lines.push_back({"FRU name", fru_text(unit)});
   lines.push_back({"LED", hardware.led(name)});
-  lines.push_back({"Flag", flag_text(hardware, name).empty() ? "none" : "maintenance"});
+  const std::string flags = flag_text(hardware, name);
+  lines.push_back({"Flag", flags.empty() ? "none" : flags});
   if (const auto speed = hardware.get("fan " + name)) lines.push_back({"Fan speed", *speed});
   add_places(unit.place, lines);
   std::fputs(aligned(lines).c_str(), stdout);

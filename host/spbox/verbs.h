@@ -30,6 +30,8 @@ void add_changes(CLI::App &app, Action &action);  // pull, insert, fault, degrad
 void add_break(CLI::App &app, Action &action);
 void add_mend(CLI::App &app, Action &action);
 void add_program(CLI::App &app, Action &action);
+void add_technician(CLI::App &app, Action &action);
+void add_daemon(CLI::App &app, Action &action);
 void add_trace(CLI::App &app, Action &action);
 void add_log(CLI::App &app, Action &action);
 void add_dump(CLI::App &app, Action &action);

@@ -45,7 +45,7 @@ TEST_F(Run, ShowsTheBoxWhereTheLibraryLooks) {
   EXPECT_NE(tmp.find("\n.qe1\n"), std::string::npos) << tmp;
   EXPECT_NE(tmp.find("\n" + scratch_.path().filename().string() + "\n"), std::string::npos) << "the working folder";
   EXPECT_EQ(tmp.find("\n" + elsewhere.path().filename().string() + "\n"), std::string::npos) << tmp;
-  EXPECT_EQ(shell("ls /mgb").output, "bin\ncli\ndb\nlib\nlog\n");
+  EXPECT_EQ(shell("ls /mgb").output, "bin\ncli\ndb\nlib\nlog\nrun\n");
   EXPECT_EQ(shell("test -x /mgb/bin/ctlled && test -x /mgb/cli/usr/bin/ioadm && echo yes").output, "yes\n");
   EXPECT_EQ(shell("echo $SPBOX_ROOT.").output, ".\n");
 }

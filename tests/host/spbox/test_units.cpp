@@ -54,6 +54,21 @@ TEST_F(Units, AreTheSameForScripts) {
   EXPECT_EQ(faulted, 1);
 }
 
+TEST_F(Units, ShowWhatTheControlProgramsDidToThem) {
+  make_box("qe1");
+  box::Hardware hardware(place());
+  hardware.set("flag /CMU#0", "start");
+  hardware.set("detached /CMU#0", "yes");
+  hardware.set("link /CMU#0", "down");
+  hardware.set("link /CMU#1", "up");
+  EXPECT_NE(done({"units", "box"}).find("maintenance, detached, link down"), std::string::npos);
+  EXPECT_NE(done({"show", "box", "/CMU#0"}).find("maintenance, detached, link down"), std::string::npos);
+  EXPECT_NE(done({"show", "box", "/CMU#1"}).find("none"), std::string::npos);
+  const json unit = json::parse(done({"show", "box", "/CMU#0", "--json"}));
+  EXPECT_EQ(unit["detached"], true);
+  EXPECT_EQ(unit["link"], "down");
+}
+
 TEST_F(Units, OfAFolderThatIsNoBoxAreRefused) {
   EXPECT_EQ(refused({"units", "nowhere"}),
             "spbox: nowhere is no box. `spbox create nowhere --model MODEL` makes one.\n");

@@ -1,0 +1,123 @@
+#include "host/spbox/technician.h"
+
+#include <cstdio>
+#include <fstream>
+#include <iterator>
+#include <thread>
+
+#include "host/box/programs.h"
+#include "host/box/trace_ring.h"
+#include "host/spbox/trace_book.h"
+
+namespace spbox {
+namespace {
+
+using std::chrono::milliseconds;
+
+// Often enough for a person's hands, and seldom enough to leave the processor to others.
+constexpr milliseconds kLookAgain{50};
+
+constexpr const char *kVerbs[] = {"pull", "insert", "fault", "degrade", "repair"};  // by box::Change
+
+std::string joined(const std::vector<std::string> &words, std::size_t from) {
+  std::string text;
+  for (std::size_t i = from; i < words.size(); ++i) text += (text.empty() ? "" : " ") + words[i];
+  return text;
+}
+
+std::string seconds_text(milliseconds time) {
+  char text[32];
+  std::snprintf(text, sizeof text, "%7.1f s", static_cast<double>(time.count()) / 1000);
+  return text;
+}
+
+// A file that is not there has no text yet.
+bool has_text(const std::string &file, const std::string &text) {
+  std::ifstream in(file);
+  const std::string whole{std::istreambuf_iterator<char>(in), {}};
+  return whole.find(text) != std::string::npos;
+}
+
+}  // namespace
+
+Clock Clock::real() {
+  return {[] { return std::chrono::duration_cast<milliseconds>(std::chrono::steady_clock::now().time_since_epoch()); },
+          [](milliseconds time) { std::this_thread::sleep_for(time); }};
+}
+
+Technician::Technician(const box::Place &place, Clock clock, std::function<void(const std::string &line)> tell)
+    : place_(place), inventory_(place), clock_(std::move(clock)), tell_(std::move(tell)), start_(clock_.now()) {
+  skip_trace();
+}
+
+void Technician::skip_trace() {
+  const auto entries = box::TraceRing::read(place_.trace());
+  if (!entries.empty()) next_entry_ = entries.back().number + 1;
+}
+
+void Technician::work(const std::vector<Step> &steps, milliseconds limit) {
+  for (const Step &step : steps) act(step, limit);
+}
+
+void Technician::act(const Step &step, milliseconds limit) {
+  switch (step.kind) {
+    case Step::Kind::kAfter:
+      return clock_.sleep(step.time);
+    case Step::Kind::kWhen:
+      return wait_for(step, limit);
+    case Step::Kind::kChange:
+      return change(step.change, step.words);
+    case Step::Kind::kFlicker:
+      return flicker(step);
+  }
+}
+
+void Technician::wait_for(const Step &step, milliseconds limit) {
+  const milliseconds deadline = clock_.now() + limit;
+  while (!holds(step.words)) {
+    if (clock_.now() >= deadline) {
+      throw ScriptError("step " + std::to_string(step.number) + ", `" + step.text + "`: it has not come in " +
+                        std::to_string(limit.count() / 1000) + " s. See `spbox units` and `spbox trace`, or give " +
+                        "more --limit.");
+    }
+    clock_.sleep(kLookAgain);
+  }
+  tell_(seconds_text(clock_.now() - start_) + "  " + joined(step.words, 0));
+}
+
+void Technician::change(box::Change change, const std::vector<std::string> &units) {
+  inventory_.change(change, units);
+  tell_(seconds_text(clock_.now() - start_) + "  " + kVerbs[static_cast<std::size_t>(change)] + " " + joined(units, 0));
+}
+
+void Technician::flicker(const Step &step) {
+  for (std::uint32_t i = 0; i < step.times; ++i) {
+    if (i > 0) clock_.sleep(step.time);
+    const bool installed = (inventory_.unit(step.words[0]).status & LMAINTE_STATUS_INSTALLED) != 0;
+    change(installed ? box::Change::kPull : box::Change::kInsert, step.words);
+  }
+}
+
+// What was recorded while the technician did something else counts, too.
+bool Technician::was_recorded(const std::vector<std::string> &words) {
+  const std::string wanted = joined(words, 1);  // a function, and perhaps what happened in it
+  for (const box::TraceEntry &entry : box::TraceRing::read(place_.trace())) {
+    if (entry.number < next_entry_) continue;
+    next_entry_ = entry.number + 1;
+    const TraceLine line = words_of(entry);
+    if (wanted == line.function || wanted == line.function + " " + line.event) return true;
+  }
+  return false;
+}
+
+bool Technician::holds(const std::vector<std::string> &condition) {
+  if (condition[0] == "trace") return was_recorded(condition);
+  if (condition[0] == "text") return has_text(condition[1], joined(condition, 2));
+  const box::Hardware hardware(place_);
+  if (condition[0] == "mode") return hardware.get("maintenance").value_or("unlock") == condition[1];
+  if (condition[0] == "led") return hardware.led(condition[1]) == condition[2];
+  if (condition[0] == "flag") return (hardware.flag(condition[1]) == "start") == (condition[2] == "start");
+  return hardware.get("detached " + condition[1]).has_value() == (condition[2] == "yes");
+}
+
+}  // namespace spbox

@@ -1,0 +1,144 @@
+#include "host/spbox/technician_script.h"
+
+#include <algorithm>
+#include <charconv>
+#include <cmath>
+#include <initializer_list>
+#include <iterator>
+#include <sstream>
+
+namespace spbox {
+namespace {
+
+using Words = std::vector<std::string>;
+
+[[noreturn]] void fail(const Step &step, const std::string &reason) {
+  throw ScriptError("step " + std::to_string(step.number) + ", `" + step.text + "`: " + reason);
+}
+
+std::chrono::milliseconds seconds_in(const Step &step, const std::string &word) {
+  constexpr double kLongest = 86400;
+  double seconds = 0;
+  const auto [end, error] = std::from_chars(word.data(), word.data() + word.size(), seconds);
+  if (error != std::errc() || end != word.data() + word.size() || !(seconds >= 0) || seconds > kLongest) {
+    fail(step, word + " is no number of seconds from 0 to 86400. Write 3, or 0.5.");
+  }
+  return std::chrono::milliseconds(std::lround(seconds * 1000));
+}
+
+void read_after(Step &step, const Words &words) {
+  if (words.size() != 1) fail(step, "it takes the seconds, and nothing else: after 3.");
+  step.time = seconds_in(step, words[0]);
+}
+
+struct Condition {
+  std::string_view name;
+  std::size_t fewest, most;              // words behind the name
+  std::vector<std::string_view> values;  // that the last word may be; empty: any
+  std::string_view example;
+};
+
+const std::vector<Condition> &conditions() {
+  static const std::vector<Condition> all{
+      {"led", 2, 2, {"off", "on", "blink"}, "when led /PSU#3 blink"},
+      {"flag", 2, 2, {"start", "end"}, "when flag /PSU#3 start"},
+      {"detached", 2, 2, {"yes", "no"}, "when detached /PSU#3 yes"},
+      {"mode", 1, 1, {"lock", "unlock"}, "when mode lock"},
+      {"trace", 1, 100, {}, "when trace lmainte_chk_fru_install entry"},
+      {"text", 2, 100, {}, "when text screen.txt Replace /PSU#3"},
+  };
+  return all;
+}
+
+void read_when(Step &step, const Words &words) {
+  const auto &all = conditions();
+  const auto row = words.empty() ? all.end() : std::find_if(all.begin(), all.end(), [&](const Condition &condition) {
+    return condition.name == words[0];
+  });
+  if (row == all.end()) fail(step, "it waits for led, flag, detached, mode, trace or text: when led /PSU#3 blink.");
+  const std::size_t count = words.size() - 1;
+  const bool fits = count >= row->fewest && count <= row->most;
+  const bool has_value =
+      row->values.empty() || std::find(row->values.begin(), row->values.end(), words.back()) != row->values.end();
+  if (!fits || !has_value) fail(step, "write it like this: " + std::string(row->example) + ".");
+  step.words = words;
+}
+
+void read_flicker(Step &step, const Words &words) {
+  if (words.size() != 3) fail(step, "it takes a unit, how many times, and the seconds between: flicker /PSU#3 5 0.5.");
+  const auto [end, error] = std::from_chars(words[1].data(), words[1].data() + words[1].size(), step.times);
+  if (error != std::errc() || end != words[1].data() + words[1].size() || step.times == 0) {
+    fail(step, words[1] + " is no number of times.");
+  }
+  step.time = seconds_in(step, words[2]);
+  step.words = {words[0]};
+}
+
+template <box::Change change>
+void read_change(Step &step, const Words &words) {
+  if (words.empty()) fail(step, "which unit? Give its location, such as /PSU#3.");
+  step.change = change;
+  step.words = words;
+}
+
+struct Verb {
+  std::string_view name;
+  Step::Kind kind;
+  void (*read)(Step &step, const Words &words);
+};
+
+constexpr Verb kVerbs[] = {
+    {"after", Step::Kind::kAfter, read_after},
+    {"when", Step::Kind::kWhen, read_when},
+    {"flicker", Step::Kind::kFlicker, read_flicker},
+    {"pull", Step::Kind::kChange, read_change<box::Change::kPull>},
+    {"insert", Step::Kind::kChange, read_change<box::Change::kInsert>},
+    {"fault", Step::Kind::kChange, read_change<box::Change::kFault>},
+    {"degrade", Step::Kind::kChange, read_change<box::Change::kDegrade>},
+    {"repair", Step::Kind::kChange, read_change<box::Change::kRepair>},
+};
+
+Words words_in(const std::string &text) {
+  std::istringstream in(text);
+  return {std::istream_iterator<std::string>(in), {}};
+}
+
+std::string joined(const Words &words) {
+  std::string text;
+  for (const std::string &word : words) text += (text.empty() ? "" : " ") + word;
+  return text;
+}
+
+Step read_step(int number, Words words) {
+  Step step{};
+  step.number = number;
+  step.text = joined(words);
+  const auto *const verb =
+      std::find_if(std::begin(kVerbs), std::end(kVerbs), [&](const Verb &row) { return row.name == words[0]; });
+  if (verb == std::end(kVerbs)) {
+    fail(step, "there is no such step. There are after, when, pull, insert, fault, degrade, repair and flicker.");
+  }
+  step.kind = verb->kind;
+  words.erase(words.begin());
+  verb->read(step, words);
+  return step;
+}
+
+}  // namespace
+
+std::vector<Step> parse_technician(std::string_view text) {
+  std::vector<Step> steps;
+  std::istringstream lines{std::string(text)};
+  for (std::string line; std::getline(lines, line);) {
+    if (const Words words = words_in(line); !words.empty() && words[0].starts_with('#')) continue;
+    std::istringstream parts(line);
+    for (std::string part; std::getline(parts, part, ';');) {
+      Words words = words_in(part);
+      if (!words.empty()) steps.push_back(read_step(static_cast<int>(steps.size()) + 1, std::move(words)));
+    }
+  }
+  if (steps.empty()) throw ScriptError("the script has no step. Write one, such as: pull /PSU#3");
+  return steps;
+}
+
+}  // namespace spbox
