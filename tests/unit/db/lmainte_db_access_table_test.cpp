@@ -148,6 +148,8 @@ TEST_F(LmainteDbAccessTable, NamesHoldTheIndexAsPrintfWritesIt) {
       {"a percent sign that makes it plain text", "r_%%02d", 7, "r_%02d"},
       {"127 characters", long_stem + "%02d", 7, long_stem + "07"},
       {"128 characters, of which one is cut", long_stem + "k%02d", 7, long_stem + "k0"},
+      {"128 characters with five digits", std::string(123, 'k') + "%05d", 7, std::string(123, 'k') + "0000"},
+      {"129 characters with nine digits", std::string(120, 'k') + "%09d", 7, std::string(120, 'k') + "0000000"},
       {"127 characters where a digit more is needed", long_stem + "%02d", 100, long_stem + "10"},
   };
   for (const auto &row : rows) {

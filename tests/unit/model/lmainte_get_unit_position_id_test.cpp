@@ -399,6 +399,8 @@ TEST_F(Location, PathOfAnExpansionUnitIsNotSplit) {
     EXPECT_EQ(doubles::trace_of(0x110C04B0), (Lines{"100 110C04B0", "100 110C04B1"}));
     EXPECT_EQ(doubles::trace_of(0x110C04C0), Lines{});
     EXPECT_EQ(doubles::trace_of(0x110C04A0).at(1).substr(0, 12), "805 110C14A7");
+    EXPECT_EQ(got(0, "/IOX#0001-a-part-that-is-longer-than-32-characters"), "222");
+    EXPECT_EQ(doubles::trace_of(0x110C04A0).at(4).substr(0, 12), "805 110C14A5") << "any other path is";
   });
 }
 
