@@ -18,7 +18,7 @@
 #include <sstream>
 #include <system_error>
 
-#include "host/terminal/argument_vector.h"
+#include "host/box/child.h"
 
 namespace terminal {
 
@@ -59,7 +59,7 @@ void take_foreground(pid_t group) {
   signal(SIGTTOU, SIG_DFL);
 }
 
-[[noreturn]] void become_command(const ArgumentVector &arguments, int exec_error) {
+[[noreturn]] void become_command(const box::ArgumentVector &arguments, int exec_error) {
   setpgid(0, 0);
   take_foreground(getpid());
   setenv("TERM", "xterm", 1);
@@ -71,7 +71,7 @@ void take_foreground(pid_t group) {
   _exit(127);
 }
 
-[[noreturn]] void lead(const char *terminal_path, const ArgumentVector &arguments, int reports, int exec_error) {
+[[noreturn]] void lead(const char *terminal_path, const box::ArgumentVector &arguments, int reports, int exec_error) {
   keep_only(reports, exec_error);
   default_signals();
   prctl(PR_SET_PDEATHSIG, SIGKILL);  // A leader whose session is gone, killed perhaps, would wait for ever.
@@ -131,7 +131,7 @@ std::string text(const Ending &ending) {
 }
 
 Session::Session(const std::string &terminal_path, const std::vector<std::string> &command) {
-  const ArgumentVector arguments(command);
+  const box::ArgumentVector arguments(command);
   int reports[2], exec_error[2];
   if (pipe2(reports, O_CLOEXEC) != 0) throw std::system_error(errno, std::generic_category(), "pipe");
   if (pipe2(exec_error, O_CLOEXEC) != 0) throw std::system_error(errno, std::generic_category(), "pipe");

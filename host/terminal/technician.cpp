@@ -2,14 +2,13 @@
 
 #include <fcntl.h>
 #include <spawn.h>
-#include <sys/wait.h>
 #include <unistd.h>
 
 #include <array>
 #include <cerrno>
 #include <system_error>
 
-#include "host/terminal/argument_vector.h"
+#include "host/box/child.h"
 
 namespace terminal {
 namespace {
@@ -25,16 +24,10 @@ std::string read_to_end(int fd) {
   }
 }
 
-int wait_for(pid_t pid) {
-  int status = 0;
-  while (waitpid(pid, &status, 0) < 0 && errno == EINTR) continue;
-  return WIFSIGNALED(status) ? 128 + WTERMSIG(status) : WEXITSTATUS(status);
-}
-
 }  // namespace
 
 Done run(const std::vector<std::string> &command) {
-  const ArgumentVector arguments(command);
+  const box::ArgumentVector arguments(command);
   int output[2];
   if (pipe2(output, O_CLOEXEC) != 0) throw std::system_error(errno, std::generic_category(), "pipe");
   posix_spawn_file_actions_t actions;
@@ -49,7 +42,7 @@ Done run(const std::vector<std::string> &command) {
   Done done{0, error == 0 ? read_to_end(output[0]) : ""};
   close(output[0]);
   if (error != 0) throw std::system_error(error, std::generic_category(), "cannot run " + command.at(0));
-  done.exit_status = wait_for(pid);
+  done.exit_status = box::exit_status_of(pid);
   return done;
 }
 

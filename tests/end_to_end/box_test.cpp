@@ -8,6 +8,7 @@
 #include "host/box/database.h"
 #include "host/box/place.h"
 #include "host/box/programs.h"
+#include "tests/eventually.h"
 
 namespace end_to_end {
 namespace fs = std::filesystem;
@@ -51,9 +52,7 @@ bool BoxTest::was_shown(std::string_view text) {
 }
 
 bool BoxTest::comes_up_again(std::string_view text, int times) {
-  const auto deadline = std::chrono::steady_clock::now() + kSoon;
-  while (lines_with(text) < times && std::chrono::steady_clock::now() < deadline) continue;
-  return lines_with(text) == times;
+  return eventually([&] { return lines_with(text) >= times; }) && lines_with(text) == times;
 }
 
 std::ptrdiff_t BoxTest::lines_with(std::string_view text) {
@@ -88,9 +87,8 @@ std::string framed(const std::vector<std::string> &rows) {
 
 void BoxTest::expect_screen(const std::string &name) {
   const auto wanted = read_screen(name);
-  const auto deadline = std::chrono::steady_clock::now() + kSoon;
-  auto rows = terminal_.screen();
-  while (rows != wanted && std::chrono::steady_clock::now() < deadline) rows = terminal_.screen();
+  std::vector<std::string> rows;
+  eventually([&] { return (rows = terminal_.screen()) == wanted; });
   EXPECT_EQ(framed(rows), framed(wanted)) << name;
 }
 

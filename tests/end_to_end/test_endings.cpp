@@ -3,6 +3,7 @@
 #include <csignal>
 
 #include "tests/end_to_end/box_test.h"
+#include "tests/eventually.h"
 
 namespace end_to_end {
 namespace {
@@ -91,8 +92,7 @@ TEST_F(CtrlC, DoesNotTearAControlProgramAway) {
   start({REPLACE_UNIT});
   ASSERT_TRUE(sees("Which power supply"));
   types("1\n");
-  for (int i = 0; i < 100 && !terminal_.process("ctlled"); ++i) usleep(10'000);
-  ASSERT_TRUE(terminal_.process("ctlled"));
+  ASSERT_TRUE(eventually([&] { return terminal_.process("ctlled").has_value(); }));
   types("\003");
   EXPECT_EQ(ending(), died_of(SIGINT));
   EXPECT_TRUE(was_shown("The LED of /PSU#0 blinks"));
