@@ -8,6 +8,7 @@
 
 #include <cerrno>
 #include <csignal>
+#include <cstdio>
 
 #include "lmainte.h"
 
@@ -104,6 +105,7 @@ class Dialogue {
 // Wraps what the library shows: after_pager(lmainte_show_psu_list(...)).
 inline int32_t after_pager(int32_t result) {
   Dialogue::go_on();
+  if (signal() != 0) std::putchar('\n');  // The pager's last line stands unfinished.
   return result;
 }
 

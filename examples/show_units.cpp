@@ -37,6 +37,7 @@ Outcome unreadable(int32_t result) {
 }
 
 Outcome shown(int32_t result) {
+  in_order::after_pager(result);
   if (result == LMAINTE_OK) return kShown;
   return failed("the units could not be shown", result,
                 "Check that /bin/busybox is there and that /tmp has room.\nThe trace names the reason.");
@@ -283,6 +284,8 @@ int main(int argc, char **argv) {
     const in_order::Dialogue dialogue;  // Where there is no terminal a list runs through in one go.
     outcome = show(request);
   }
+  if (in_order::signal() != 0) std::puts("Interrupted.");
+  std::fflush(stdout);
   in_order::die_of_signal();
   return outcome;
 }

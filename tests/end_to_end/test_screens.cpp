@@ -1,5 +1,7 @@
 // Whole screens of 80 columns and 24 lines: a procedure from its list to its end, and the pager's keys.
 
+#include <csignal>
+
 #include "tests/end_to_end/box_test.h"
 #include "tests/end_to_end/signals.h"
 
@@ -66,6 +68,13 @@ TEST_F(Pages, OtherKeysAreNotShown) {
   types("q");
   EXPECT_EQ(ending(), (Ending{false, 0}));
   EXPECT_FALSE(was_shown("17"));
+  expect_nothing_left();
+}
+
+TEST_F(Pages, CtrlCEndsTheCommandBehindTheUnfinishedLine) {
+  types("\003");
+  EXPECT_EQ(ending(), died_of(SIGINT));
+  expect_screen("pages_interrupted");
   expect_nothing_left();
 }
 
