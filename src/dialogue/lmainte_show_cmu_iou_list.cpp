@@ -1,6 +1,7 @@
 #include "include/lmainte.h"
 
 #include <cstdio>
+#include <cstring>
 
 #include "src/dialogue/unit_lines.h"
 #include "src/frame/trace.h"
@@ -23,20 +24,27 @@ bool shows_iou(uint32_t kind) {
   return kind != LMAINTE_BOARD_CMU;
 }
 
-// The name of the CMU, of the IOU, or of both joined.
+// The name of the CMU, of the IOU, or of both joined and cut to the room.
 struct BoardName {
   char text[128] = {};
   const char *shown() const { return text[0] == '/' ? text + 1 : text; }
 
   bool find(Table &table, uint32_t kind, const SbData &board) {
-    UnitName cmu;
-    UnitName iou;
-    if (shows_cmu(kind) && !table.find_name(board.cmu.unit_id, lmainte::NameForm::kLocation, cmu)) return false;
-    if (shows_iou(kind) && !table.find_name(board.iou.unit_id, lmainte::NameForm::kLocation, iou)) return false;
-    const bool both = shows_cmu(kind) && shows_iou(kind);
-    snprintf(text, sizeof text, "%s%s%s", cmu.whole(), both ? "/" : "", both ? iou.shown() : iou.whole());
+    UnitName name;
+    if (shows_cmu(kind)) {
+      if (!table.find_name(board.cmu.unit_id, lmainte::NameForm::kLocation, name)) return false;
+      append(name.whole());
+    }
+    if (shows_iou(kind)) {
+      if (!table.find_name(board.iou.unit_id, lmainte::NameForm::kLocation, name)) return false;
+      if (shows_cmu(kind)) append("/");
+      append(shows_cmu(kind) ? name.shown() : name.whole());
+    }
     return true;
   }
+
+ private:
+  void append(const char *part) { strncat(text, part, sizeof text - 1 - strlen(text)); }
 };
 
 struct DomainColumn {
