@@ -8,22 +8,23 @@
 #include <string_view>
 #include <vector>
 
+#include "host/spbox/help.h"
 #include "host/spbox/verbs.h"
 
 namespace {
 
+// The verbs stand behind the examples: on a small screen, they are what stays in sight.
 constexpr const char *kDescription =
-    "A service processor in a folder: make one, run maintenance commands in it, look after its units.";
-constexpr const char *kExamples =
-    "Examples:\n"
+    "A service processor in a folder, to run maintenance commands in and look after.\n\n"
     "  spbox create box --model qe1          a full, healthy server\n"
-    "  spbox run box ./replace_unit          a maintenance command in it, on this terminal\n"
+    "  spbox run box ./replace_unit          a maintenance command in it\n"
     "  spbox fault box /PSU#3                what a technician finds ...\n"
     "  spbox pull box /PSU#3                 ... and does\n"
     "  spbox program box ctlled --exit 206   a control program that fails\n"
-    "  spbox trace box --last 20             what the command left in the trace\n\n"
-    "Exit status: 0 done, 1 it could not be done, 2 the command line makes no sense; of\n"
-    "`run`, the command's own. `spbox VERB --help` says more.";
+    "  spbox trace box --last 20             what the command left in the trace\n";
+constexpr const char *kEnd =
+    "`spbox VERB --help` says more. Exit status: 0 done, 1 it could not be done,\n"
+    "2 the command line makes no sense; of `run`, the command's own.";
 
 // The command that `run` is given, behind the box's folder and an optional "--", is nobody else's to read.
 std::vector<std::string> take_command(std::vector<std::string> &arguments) {
@@ -53,6 +54,8 @@ void add_verbs(CLI::App &app, spbox::Action &action, const std::vector<std::stri
   spbox::add_log(app, action);
   spbox::add_dump(app, action);
   spbox::add_load(app, action);
+  for (CLI::App *verb : app.get_subcommands({})) verb->group("Verbs");
+  app.get_help_ptr()->group("");  // of all options, there is but --help, and the footer tells of it
 }
 
 bool has_verb(const CLI::App &app, const std::string &name) {
@@ -67,7 +70,8 @@ int run(int argc, char **argv) {
 
   CLI::App app(kDescription, "spbox");
   app.require_subcommand(1);
-  app.footer(kExamples);
+  app.formatter(spbox::help_format());
+  app.footer(kEnd);
   spbox::Action action;
   add_verbs(app, action, command);
   app.failure_message([](const CLI::App *, const CLI::Error &error) {

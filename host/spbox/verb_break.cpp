@@ -109,7 +109,7 @@ std::shared_ptr<Options> add_targets(CLI::App *verb, const char *help) {
   auto options = std::make_shared<Options>();
   add_box(verb, options->box);
   verb->add_option("UNIT|RECORD", options->targets, help);
-  verb->add_flag("--fru", options->identity, "Of a unit: its identity record, not the record of its state");
+  verb->add_flag("--fru", options->identity, "Of a unit, its identity record, not that of its state");
   return options;
 }
 
@@ -117,14 +117,14 @@ std::shared_ptr<Options> add_targets(CLI::App *verb, const char *help) {
 
 void add_break(CLI::App &app, Action &action) {
   CLI::App *verb = app.add_subcommand("break", "Break records on purpose: missing, too short, too long");
-  auto options = add_targets(verb, "Locations of units, or names of records; without one, shows what is broken");
-  auto *how = verb->add_option_group("How", "One of");
-  how->add_flag("--missing", options->missing, "The record is not there");
-  how->add_flag("--short", options->shorter, "It is one byte too short");
-  how->add_flag("--long", options->longer, "It is one byte too long");
-  how->require_option(0, 1);
+  auto options = add_targets(verb, "Locations of units, names of records; none: see what is broken");
+  auto *missing = verb->add_flag("--missing", options->missing, "The record is not there");
+  auto *shorter = verb->add_flag("--short", options->shorter, "It is one byte too short");
+  verb->add_flag("--long", options->longer, "It is one byte too long")->excludes(missing)->excludes(shorter);
+  missing->excludes(shorter);
   verb->footer(
-      "A record that holds many units is broken for all of them. `spbox show` names a unit's records.\n\n"
+      "A record that holds many units is broken for all of them. `spbox show` names a\nunit's records. A dump takes "
+      "along what is broken.\n\n"
       "Examples:\n"
       "  spbox break box /PSU#3 --fru --missing      its identity record\n"
       "  spbox break box current_domain_info_05 --short\n"
@@ -141,7 +141,7 @@ void add_break(CLI::App &app, Action &action) {
 
 void add_mend(CLI::App &app, Action &action) {
   CLI::App *verb = app.add_subcommand("mend", "Restore the records that were broken on purpose");
-  auto options = add_targets(verb, "Only these; without one, all");
+  auto options = add_targets(verb, "Only these; none: all");
   verb->footer("Examples:\n  spbox mend box\n  spbox mend box /PSU#3 --fru");
   verb->callback([options, &action] { action = [options] { return mend_records(*options); }; });
 }

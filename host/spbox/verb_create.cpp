@@ -36,6 +36,7 @@ void add_create(CLI::App &app, Action &action) {
   auto options = std::make_shared<Options>();
   add_box(verb, options->box);
   verb->add_option("--model", options->model, "qa (entry), qb1, qb2 (mid-range), qe1, qe2 or qe3 (high-end)")
+      ->option_text("MODEL")
       ->required()
       ->check(CLI::IsMember(model_names()));
   verb->add_flag("--force", options->force, "Make it anew where there is a box already");

@@ -56,14 +56,14 @@ int load(const Options &options) {
 }  // namespace
 
 void add_dump(CLI::App &app, Action &action) {
-  CLI::App *verb = app.add_subcommand("dump", "Write all that the box holds as a text, to read and compare");
+  CLI::App *verb = app.add_subcommand("dump", "Write all that the box holds as a text to compare and keep");
   auto options = std::make_shared<Options>();
   add_box(verb, options->box);
   verb->add_option("FILE", options->file, "Where to; without it, to standard output");
   verb->footer(
-      "The databases, the hardware's state and how programs are bent; the trace and the log are left out. Rows of "
-      "zeros\n"
-      "are left out, too. What a command changes between one database and the next is seen half.\n\n"
+      "The databases, the hardware's state and how programs are bent; not the trace and\n"
+      "the log. Rows of zeros are left out. What a command changes between one database\n"
+      "and the next is seen half.\n\n"
       "Examples:\n"
       "  spbox dump box before.dump\n"
       "  spbox dump box | diff before.dump -");
@@ -71,7 +71,7 @@ void add_dump(CLI::App &app, Action &action) {
 }
 
 void add_load(CLI::App &app, Action &action) {
-  CLI::App *verb = app.add_subcommand("load", "Make a box of a dump, of a box or of a real server");
+  CLI::App *verb = app.add_subcommand("load", "Make a box of a dump, taken from a box or from a real server");
   auto options = std::make_shared<Options>();
   verb->add_option("FILE", options->file, "The dump; - for standard input")->required();
   add_box(verb, options->box);

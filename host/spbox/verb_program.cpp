@@ -107,24 +107,26 @@ void add_program(CLI::App &app, Action &action) {
   auto options = std::make_shared<Options>();
   add_box(verb, options->box);
   verb->add_option("NAME", options->name, "Control program; without it, all are shown")->check(no_program);
-  auto *exit = verb->add_option("--exit", options->bend.exit,
-                                "Ends with this status instead of acting; with --hang, at SIGTERM");
-  exit->check(CLI::Range(0, 255));
+  auto *exit =
+      verb->add_option("--exit", options->bend.exit, "Ends with this status, not acting; with --hang, at SIGTERM");
+  exit->option_text("STATUS")->check(CLI::Range(0, 255));
   auto *delay = verb->add_option("--delay", options->bend.delay, "Waits so many seconds first");
-  delay->check(CLI::Range(1, 86400));
+  delay->option_text("SECONDS")->check(CLI::Range(1, 86400));
   auto *hang = verb->add_flag("--hang", options->bend.hang, "Never ends");
   auto *term = verb->add_flag("--ignore-term", options->bend.ignore_term, "Does not end at SIGTERM");
-  auto *die = verb->add_option("--die", options->die, "Dies by this signal instead of acting")->check(no_signal);
+  auto *die = verb->add_option("--die", options->die, "Dies by this signal instead of acting");
+  die->option_text("SIGNAL")->check(no_signal);
   auto *reset = verb->add_flag("--reset", options->reset, "Makes it straight again");
   for (CLI::Option *option : {exit, delay, hang, term, die}) reset->excludes(option);
   die->excludes(exit);
   die->excludes(hang);
   verb->add_flag("--json", options->as_json, "For scripts");
   verb->footer(
-      "What is given replaces how the program was bent before; several may be given together.\n\n"
+      "What is given replaces how the program was bent before. Several may be given\ntogether, but not --die with "
+      "--exit or --hang.\n\n"
       "Examples:\n"
-      "  spbox program box                               all programs, and their last runs\n"
-      "  spbox program box ctlled --exit 206             the LED is not switched\n"
+      "  spbox program box                      all programs and their last runs\n"
+      "  spbox program box ctlled --exit 206    the LED is not switched\n"
       "  spbox program box ctlmainte --hang --ignore-term\n"
       "  spbox program box ctlled --reset");
   verb->callback([options, &action] { action = [options] { return program(*options); }; });

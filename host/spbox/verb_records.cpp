@@ -121,7 +121,7 @@ int log(const Options &options) {
 std::shared_ptr<Options> add_common(CLI::App *verb) {
   auto options = std::make_shared<Options>();
   add_box(verb, options->box);
-  verb->add_option("--last", options->last, "The last so many only")->check(CLI::Range(1, 65536));
+  verb->add_option("--last", options->last, "The last so many only")->option_text("COUNT")->check(CLI::Range(1, 65536));
   verb->add_flag("--json", options->as_json, "For scripts");
   return options;
 }

@@ -247,14 +247,16 @@ int enter_box(int argc, char **argv) {
 }
 
 void add_run(CLI::App &app, Action &action, const std::vector<std::string> &command) {
-  CLI::App *verb = app.add_subcommand("run", "Run a command in the box, on this terminal: run DIR COMMAND...");
+  CLI::App *verb = app.add_subcommand("run", "Run a command in the box, on this terminal");
   struct Options {
     fs::path box;
     bool no_pager = false;
+    std::vector<std::string> command;  // for the help: it is taken before the line is parsed
   };
   auto options = std::make_shared<Options>();
   add_box(verb, options->box);
-  verb->add_flag("--no-pager", options->no_pager, "With a /bin/busybox that cannot be run");
+  verb->add_option("COMMAND", options->command, "The command and its arguments; -- may stand before it");
+  verb->add_flag("--no-pager", options->no_pager, "With a /bin/busybox that cannot be run, so without a pager");
   verb->footer(
       "The command sees the workstation read only, the box's databases, programs and\n"
       "times as /mgb, and the box's own /tmp. Of the workstation's /tmp only what holds\n"
@@ -265,7 +267,7 @@ void add_run(CLI::App &app, Action &action, const std::vector<std::string> &comm
       "  spbox run box /mgb/bin/ctlled -u /PSU#0 -c blink\n"
       "  spbox run box sh                         look around");
   verb->callback([options, &action, &command] {
-    if (command.empty()) throw CLI::ValidationError("no command is given: spbox run DIR COMMAND...");
+    if (command.empty()) throw CLI::ValidationError("no command is given, as in: spbox run DIR ls");
     action = [options, &command] { return run(options->box, !options->no_pager, command); };
   });
 }

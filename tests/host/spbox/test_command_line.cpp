@@ -1,3 +1,5 @@
+#include <sstream>
+
 #include "tests/host/spbox/spbox_test.h"
 
 namespace {
@@ -17,6 +19,11 @@ TEST_F(CommandLine, ThatMakesNoSenseIsExitStatusTwo) {
                                  {"pull", "box"},
                                  {"run", "box"},
                                  {"run", "box", "--"},
+                                 {"break", "box", "/PSU#0"},
+                                 {"break", "box", "--short"},
+                                 {"break", "box", "/PSU#0", "--short", "--long"},
+                                 {"load", "x.dump"},
+                                 {"dump"},
                                  {"trace", "box", "--last", "0"},
                                  {"trace", "box", "--last", "many"}};
   for (const Words &line : lines) {
@@ -32,10 +39,18 @@ TEST_F(CommandLine, NamesAVerbThatDoesNotExist) {
 }
 
 TEST_F(CommandLine, HelpsWithExamplesForEveryVerb) {
-  EXPECT_NE(done({"--help"}).find("Examples:"), std::string::npos);
-  for (const char *verb :
-       {"create", "run", "units", "show", "pull", "insert", "fault", "degrade", "repair", "program", "trace", "log"}) {
+  EXPECT_NE(done({"--help"}).find("spbox create box --model qe1"), std::string::npos);
+  for (const char *verb : {"create", "run", "units", "show", "pull", "insert", "fault", "degrade", "repair", "program",
+                           "break", "mend", "trace", "log", "dump", "load"}) {
     EXPECT_NE(done({verb, "--help"}).find("Example"), std::string::npos) << verb;
+  }
+}
+
+TEST_F(CommandLine, FitsATerminalOf80ColumnsInEveryHelp) {
+  for (const char *verb : {"", "create", "run", "units", "show", "pull", "insert", "fault", "degrade", "repair",
+                           "program", "break", "mend", "trace", "log", "dump", "load"}) {
+    std::istringstream help(*verb == '\0' ? done({"--help"}) : done({verb, "--help"}));
+    for (std::string line; std::getline(help, line);) EXPECT_LE(line.size(), 80u) << verb << ": " << line;
   }
 }
 
@@ -46,6 +61,9 @@ TEST_F(CommandLine, NeedsABoxForEveryVerbButCreate) {
                                               {"program", "no"},
                                               {"trace", "no"},
                                               {"log", "no"},
+                                              {"break", "no"},
+                                              {"mend", "no"},
+                                              {"dump", "no"},
                                               {"run", "no", "--", "true"}}) {
     EXPECT_EQ(refused(line), "spbox: no is no box. `spbox create no --model MODEL` makes one.\n") << line.front();
   }

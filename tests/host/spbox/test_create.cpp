@@ -3,6 +3,7 @@
 #include <map>
 
 #include "host/box/unit_name.h"
+#include "host/spbox/enclosure.h"
 #include "tests/host/spbox/spbox_test.h"
 
 namespace {
@@ -226,9 +227,30 @@ TEST_F(CreateFolder, ReplacesABoxOnlyByForce) {
             "spbox: box is a box already. --force makes it anew, and all that it holds is lost.\n");
   EXPECT_TRUE(fs::exists(place().tmp() / ".qa"));
   EXPECT_EQ(done({"create", "box", "--model", "qb1", "--force"}),
-            "Made box: model qb1, 48 units, all healthy. `spbox units box` lists them.\n");
+            "Made box: model qb1, 53 units, all healthy. `spbox units box` lists them.\n");
   EXPECT_FALSE(fs::exists(place().tmp() / ".qa"));
   EXPECT_TRUE(fs::exists(place().root() / "notes")) << "what is no part of the box stays";
+}
+
+TEST_F(CreateFolder, ReplacesNoBoxInWhichACommandRuns) {
+  make_box("qa");
+  {
+    const spbox::MountPoints command_in_the_box(place());
+    EXPECT_EQ(refused({"create", "box", "--model", "qb1", "--force"}),
+              "spbox: a command runs in box. Wait until it has ended, or end it, and try again.\n");
+    EXPECT_TRUE(fs::exists(place().tmp() / ".qa"));
+    EXPECT_TRUE(has_record(2, "current_psu_info"));
+  }
+  done({"create", "box", "--model", "qb1", "--force"});
+  EXPECT_TRUE(fs::exists(place().tmp() / ".qb1"));
+}
+
+TEST_F(CreateFolder, QuotesAPathWithSpacesAsAShellTakesIt) {
+  EXPECT_NE(done({"create", "my box", "--model", "qa"}).find("`spbox units 'my box'`"), std::string::npos);
+  EXPECT_EQ(refused({"show", "my box", "/NOPE"}),
+            "spbox: my box has no unit /NOPE (model qa). `spbox units 'my box'` lists them.\n");
+  EXPECT_EQ(refused({"units", "it's no box"}),
+            "spbox: it's no box is no box. `spbox create 'it'\\''s no box' --model MODEL` makes one.\n");
 }
 
 TEST_F(CreateFolder, SaysWhereAFolderCannotBeMade) {

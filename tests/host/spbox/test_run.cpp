@@ -96,8 +96,36 @@ TEST_F(Run, LetsControlProgramsAct) {
 TEST_F(Run, NamesACommandThatIsNotThere) {
   const terminal::Done result = in_box({"no_such_command"});
   EXPECT_EQ(result.exit_status, 127);
-  EXPECT_EQ(result.output, "spbox: no_such_command cannot be run in the box: No such file or directory.\n");
+  EXPECT_EQ(result.output,
+            "spbox: no_such_command: there is no such program on the PATH in the box. The box has the workstation's "
+            "programs, but of /tmp only the program's own folder, the working folder and spbox's.\n");
+  EXPECT_EQ(in_box({"./no_such_file"}).output,
+            "spbox: ./no_such_file: there is no such file in the box. It has the workstation's folders, but a /tmp, a "
+            "/dev and a /mgb of its own.\n");
   EXPECT_EQ(in_box({"/etc/passwd"}).exit_status, 126);
+  EXPECT_EQ(in_box({"/etc/passwd"}).output,
+            "spbox: /etc/passwd: it is no program that may be run (see its permissions).\n");
+  std::ofstream(scratch_ / "script") << "#!/no/such/shell\n";
+  fs::permissions(scratch_ / "script", fs::perms::owner_all);
+  EXPECT_EQ(in_box({"./script"}).output, "spbox: ./script: the interpreter or loader that it names is not there.\n");
+}
+
+TEST_F(Run, TakesTheCommandAsItStands) {
+  EXPECT_EQ(spbox({"run", "box", "echo", "-n", "--help", "--"}).output, "--help --");
+  EXPECT_EQ(spbox({"run", "--no-pager", "box", "echo", "one"}).output, "one\n");
+  EXPECT_EQ(spbox({"run", "box", "--no-pager", "--", "echo", "two"}).output, "two\n");
+}
+
+TEST_F(Run, KeepsTheBoxFromBeingMadeAnew) {
+  const terminal::Done result = terminal::run(
+      {"/bin/sh", "-c",
+       "cd " + scratch_.path().string() +
+           "; " SPBOX
+           " run box sh -c 'touch /tmp/ready; while [ ! -e /tmp/go ]; do sleep 0.05; done; ls -A /tmp/.qe1' & "
+           "while [ ! -e box/tmp/ready ]; do sleep 0.05; done; " SPBOX
+           " create box --model qa --force; touch box/tmp/go; wait $!; echo status $?"});
+  EXPECT_EQ(result.output,
+            "spbox: a command runs in box. Wait until it has ended, or end it, and try again.\n/tmp/.qe1\nstatus 0\n");
 }
 
 TEST_F(Run, SaysThatBubblewrapIsMissing) {

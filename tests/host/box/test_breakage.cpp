@@ -1,0 +1,83 @@
+#include "host/box/breakage.h"
+
+#include <gtest/gtest.h>
+
+#include "host/box/contents.h"
+#include "tests/host/box/scratch.h"
+
+namespace {
+
+using box::Breakage;
+using box::Mended;
+using box::RecordName;
+
+class BreakageTest : public testing::Test {
+ protected:
+  BreakageTest() { box::create_box(place_, LMAINTE_MODEL_QA); }
+
+  std::optional<box::Bytes> now(const RecordName &record) const {
+    return box::Database(place_.database(record.db_id)).get(record.name);
+  }
+
+  Scratch scratch_;
+  box::Place place_{scratch_ / "box"};
+  RecordName psus_{2, "current_psu_info"};
+};
+
+TEST_F(BreakageTest, TakesARecordAwayOrAByteOrGivesAByteMore) {
+  const box::Bytes whole = now(psus_).value();
+  box::Bytes shorter = whole, longer = whole;
+  shorter.pop_back();
+  longer.push_back(0);
+  box::break_record(place_, psus_, Breakage::kMissing);
+  EXPECT_EQ(now(psus_), std::nullopt);
+  box::break_record(place_, psus_, Breakage::kShort);
+  EXPECT_EQ(now(psus_), shorter) << "of the whole record, however it was broken before";
+  const box::BrokenRecord broken = box::break_record(place_, psus_, Breakage::kLong);
+  EXPECT_EQ(now(psus_), longer);
+  EXPECT_EQ(broken.size, 3361u);
+  EXPECT_EQ(broken.whole, 3360u);
+  EXPECT_EQ(box::mend_record(place_, psus_), Mended::kRestored);
+  EXPECT_EQ(now(psus_), whole);
+  EXPECT_TRUE(box::broken_records(place_).empty());
+}
+
+TEST_F(BreakageTest, KeepsWhatACommandWroteAnew) {
+  box::break_record(place_, psus_, Breakage::kMissing);
+  const box::Bytes anew(3360, 7);
+  box::Database(place_.database(2)).put("current_psu_info", anew);
+  EXPECT_EQ(box::mend_record(place_, psus_), Mended::kRewritten);
+  EXPECT_EQ(now(psus_), anew);
+  EXPECT_EQ(box::mend_record(place_, psus_), Mended::kWhole);
+}
+
+TEST_F(BreakageTest, TellsWhatIsBroken) {
+  box::break_record(place_, {4, "fru_psu_qe_info_01"}, Breakage::kShort);
+  box::break_record(place_, psus_, Breakage::kMissing);
+  const std::vector<box::BrokenRecord> all = box::broken_records(place_);
+  ASSERT_EQ(all.size(), 2u);
+  EXPECT_EQ(all[0].record, psus_);
+  EXPECT_EQ(all[0].size, std::nullopt);
+  EXPECT_EQ(all[1].record, (RecordName{4, "fru_psu_qe_info_01"}));
+  EXPECT_EQ(all[1].size, 319u);
+  EXPECT_EQ(all[1].whole, 320u);
+}
+
+TEST_F(BreakageTest, FindsARecordInItsDatabaseAlsoWhenItIsGone) {
+  EXPECT_EQ(box::find_record(place_, "local_mgb_info"), (RecordName{3, "local_mgb_info"}));
+  box::break_record(place_, psus_, Breakage::kMissing);
+  EXPECT_EQ(box::find_record(place_, "current_psu_info"), psus_);
+  EXPECT_THROW(box::find_record(place_, "no_such_info"), box::InventoryError);
+  box::Database(place_.database(5)).put("local_mgb_info", box::Bytes(1));
+  EXPECT_THROW(box::find_record(place_, "local_mgb_info"), box::InventoryError);
+}
+
+TEST_F(BreakageTest, CannotShortenAnEmptyRecordOrBreakOneThatIsNotThere) {
+  box::Database(place_.database(5)).put("empty", box::Bytes());
+  EXPECT_THROW(box::break_record(place_, {5, "empty"}, Breakage::kShort), box::InventoryError);
+  EXPECT_THROW(box::break_record(place_, {5, "none"}, Breakage::kLong), box::InventoryError);
+  EXPECT_TRUE(box::broken_records(place_).empty());
+  EXPECT_EQ(now({5, "none"}), std::nullopt);
+}
+
+}  // namespace

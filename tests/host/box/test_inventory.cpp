@@ -1,0 +1,114 @@
+#include "host/box/inventory.h"
+
+#include <gtest/gtest.h>
+
+#include <cstring>
+
+#include "tests/host/box/child.h"
+#include "tests/host/box/scratch.h"
+
+namespace {
+
+class InventoryTest : public testing::Test {
+ protected:
+  InventoryTest() { box::create_box(place_, LMAINTE_MODEL_QE1); }
+
+  box::Database database(std::uint32_t db_id) const { return box::Database(place_.database(db_id)); }
+  std::uint32_t psu_status(const box::Bytes &psus, std::size_t number) const {
+    std::uint32_t status = 0;
+    std::memcpy(&status, psus.data() + 56 * number + 8, 4);
+    return status;
+  }
+
+  Scratch scratch_;
+  box::Place place_{scratch_ / "box"};
+};
+
+TEST_F(InventoryTest, ReadsOneUnitByItsName) {
+  box::Inventory inventory(place_);
+  inventory.change(box::Change::kDegrade, {"/PSU#41"});
+  for (const char *name : {"/PSU#41", "PSU#41"}) {
+    const box::Unit unit = inventory.unit(name);
+    EXPECT_EQ(unit.place.name, "/PSU#41");
+    EXPECT_EQ(unit.status, 0x90000000u);
+    EXPECT_EQ(unit.fru_name.substr(0, 11), "PW-1600-E5 ");
+  }
+  EXPECT_TRUE(inventory.has("PSU#41"));
+  EXPECT_FALSE(inventory.has("/PSU#9"));
+  EXPECT_FALSE(inventory.has(""));
+  EXPECT_THROW(inventory.unit("/PSU#9"), box::InventoryError);
+}
+
+TEST_F(InventoryTest, ReadsOneUnitWhateverOtherRecordsAreLike) {
+  database(2).remove("current_cmu_info_00");
+  database(2).put("current_panel_info", box::Bytes(63));
+  database(4).remove("fru_fan_qe_info_00");
+  const box::Inventory inventory(place_);
+  EXPECT_EQ(inventory.unit("/PSU#3").unreadable, "");
+  EXPECT_EQ(inventory.unit("/CMU#1").unreadable, "");
+  EXPECT_EQ(inventory.unit("/CMU#0").unreadable, "record current_cmu_info_00 is missing");
+  EXPECT_EQ(box::state_word(inventory.unit("/CMU#0")), "Unreadable");
+  EXPECT_EQ(inventory.unit("/OPNL#0").unreadable, "record current_panel_info is 63 bytes, should be 64");
+  EXPECT_EQ(inventory.unit("/FAN_B#0").unreadable, "");
+  EXPECT_EQ(inventory.unit("/FAN_B#0").fru_unreadable, "record fru_fan_qe_info_00 is missing");
+  EXPECT_EQ(inventory.units().size(), 248u);
+}
+
+TEST_F(InventoryTest, AsksForNoIdentityRecordOfAUnitThatIsNotThere) {
+  box::Inventory inventory(place_);
+  inventory.change(box::Change::kPull, {"/PSU#3"});
+  database(4).remove("fru_psu_qe_info_03");
+  EXPECT_EQ(inventory.unit("/PSU#3").fru_unreadable, "");
+}
+
+TEST_F(InventoryTest, NamesUnitsWithWhatTheyCarry) {
+  const box::Inventory inventory(place_);
+  EXPECT_EQ(
+      inventory.with_carried({"FAN_A#0", "/CMU#0/CPUM#1"}),
+      (std::vector<std::string>{"/FAN_A#0", "/FAN_A#0/FAN#0", "/FAN_A#0/FAN#1", "/FAN_A#0/FAN#2", "/CMU#0/CPUM#1"}));
+  EXPECT_EQ(inventory.with_carried({"/CMU#3"}).size(), 1u + 4 + 32);
+}
+
+// A command reads database 2 under its lock, gives that back and then reads database 4. The technician comes in between.
+TEST_F(InventoryTest, LetsNoCommandMissAnIdentityRecordThatIsPulledMeanwhile) {
+  box::Database current = database(2);
+  ASSERT_TRUE(current.lock());
+  const box::Bytes psus = current.get("current_psu_info").value();
+  ASSERT_TRUE(current.unlock());
+  EXPECT_EQ(psu_status(psus, 3), 0x80000000u);
+  ASSERT_EQ(in_child([&] {
+              box::Inventory(place_).change(box::Change::kPull, {"/PSU#3", "/FAN_A#0"});
+              return 0;
+            }),
+            0);
+  box::Database fru = database(4);
+  ASSERT_TRUE(fru.lock());
+  const std::optional<box::Bytes> psu = fru.get("fru_psu_qe_info_03");
+  const std::optional<box::Bytes> tray = fru.get("fru_fan_qe_info_02");
+  ASSERT_TRUE(fru.unlock());
+  EXPECT_EQ(psu, box::Bytes(320)) << "it is there, and names nothing";
+  EXPECT_EQ(tray, box::Bytes(256));
+}
+
+TEST_F(InventoryTest, GivesACommandThatReadsAfterwardsTheWholeChange) {
+  box::Inventory inventory(place_);
+  inventory.change(box::Change::kPull, {"/PSU#3"});
+  inventory.change(box::Change::kInsert, {"/PSU#3"});
+  EXPECT_EQ(inventory.unit("/PSU#3").status, 0x80000000u);
+  EXPECT_EQ(inventory.unit("/PSU#3").fru_name.size(), 15u);
+}
+
+TEST(Quoted, LeavesPlainWordsAndPutsOthersInQuotes) {
+  EXPECT_EQ(box::quoted("box"), "box");
+  EXPECT_EQ(box::quoted("/srv/box-1_a.b"), "/srv/box-1_a.b");
+  EXPECT_EQ(box::quoted("/PSU#3"), "/PSU#3");
+  EXPECT_EQ(box::quoted("#3"), "'#3'");
+  EXPECT_EQ(box::quoted("my box"), "'my box'");
+  EXPECT_EQ(box::quoted("it's"), "'it'\\''s'");
+  EXPECT_EQ(box::quoted("$HOME"), "'$HOME'");
+  EXPECT_EQ(box::quoted("a;b"), "'a;b'");
+  EXPECT_EQ(box::quoted("~"), "'~'");
+  EXPECT_EQ(box::quoted(""), "''");
+}
+
+}  // namespace

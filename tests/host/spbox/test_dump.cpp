@@ -1,0 +1,255 @@
+#include <fstream>
+#include <sstream>
+
+#include "host/spbox/dump.h"
+#include "tests/host/spbox/spbox_test.h"
+
+namespace {
+
+namespace fs = std::filesystem;
+
+class Dump : public SpboxTest {
+ protected:
+  void write(const std::string &name, const std::string &text) const {
+    std::ofstream(scratch_.path() / name, std::ios::binary) << text;
+  }
+  std::string read(const std::string &name) const {
+    std::ostringstream text;
+    text << std::ifstream(scratch_.path() / name, std::ios::binary).rdbuf();
+    return text.str();
+  }
+  static std::string lines_from(const std::string &text, const std::string &first, int count) {
+    const std::size_t at = text.find("\n" + first);
+    if (at == std::string::npos) return "nothing begins with " + first;
+    std::size_t end = at;
+    while (count-- > 0) end = text.find('\n', end + 1);
+    return text.substr(at + 1, end - at);
+  }
+};
+
+class DumpOfModel : public Dump, public testing::WithParamInterface<const char *> {};
+
+TEST_P(DumpOfModel, MakesTheSameBoxAgain) {
+  make_box(GetParam());
+  done({"fault", "box", "/PSU#1"});
+  done({"pull", "box", "/PSU#0", "/FAN_A#0"});
+  box::Hardware(place()).set("led /PSU#1", "blink");
+  done({"program", "box", "ctlled", "--delay", "3", "--exit", "206"});
+  box::Hardware(place()).set_last_run("ctlfan", {.time_ns = 7, .pid = 8, .status = 0, .arguments = "-c \"low\" \\ \n"});
+  done({"break", "box", "current_psu_info", "--short"});
+  done({"break", "box", "current_fantray_info", "--long"});
+  done({"break", "box", "/PSU#1", "--fru", "--missing"});
+  box::Database(place().database(5)).put("some key # \" \x01", box::Bytes{1, 2, 3});
+  box::Database(place().database(5)).put("empty", box::Bytes());
+
+  EXPECT_EQ(done({"dump", "box", "first.dump"}), "");
+  const std::string made = done({"load", "first.dump", "copy"});
+  EXPECT_TRUE(made.starts_with("Made copy: model " + std::string(GetParam()) + ", ")) << made;
+  EXPECT_EQ(done({"dump", "copy"}), read("first.dump"));
+
+  const box::Contents box = box::contents_of(place()), copy = box::contents_of(box::Place(scratch_ / "copy"));
+  EXPECT_EQ(box.model, copy.model);
+  EXPECT_EQ(box.records, copy.records);
+  EXPECT_EQ(box.hardware, copy.hardware);
+
+  done({"mend", "copy"});
+  done({"mend", "box"});
+  EXPECT_EQ(done({"dump", "copy"}), done({"dump", "box"})) << "what was broken is mended in the copy, too";
+}
+
+INSTANTIATE_TEST_SUITE_P(Models, DumpOfModel, testing::Values("qa", "qb1", "qb2", "qe1", "qe2", "qe3"),
+                         [](const auto &row) { return std::string(row.param); });
+
+TEST_F(Dump, IsATextForPeople) {
+  make_box("qe1");
+  const std::string text = done({"dump", "box"});
+  EXPECT_TRUE(
+      text.starts_with("spbox dump 1\norder big\nmodel qe1\n\ndatabase 0  # general\nrecord gen_system_info 1408\n"))
+      << text.substr(0, 200);
+  EXPECT_TRUE(text.ends_with("\nend\n"));
+  EXPECT_EQ(lines_from(text, "record current_cmu_info_01", 4),
+            "record current_cmu_info_01 1760  # /CMU#1\n"
+            "     0: 01010100 00000000 80000000 00000000\n"
+            "    16: 00000000 00000000 00070002 00080002\n"
+            "    32: 00000000 00000001 00000000 000c0002\n");
+  EXPECT_EQ(lines_from(text, "   504: 5901", 2),
+            "   504: 59012800 00000000 80000000 00000000  # /PSU#40\n"
+            "   520: 00000000 00000000 0a000000 00000000\n");
+  EXPECT_EQ(lines_from(text, "record fru_psu_qe_info_09", 2),
+            "record fru_psu_qe_info_09 320  # /PSU#40\n"
+            "    79: 0f50572d 31363030 2d453520 32373332  # PW-1600-E5 2732\n");
+  EXPECT_EQ(lines_from(text, "record fru_dimm_info_033", 2),
+            "record fru_dimm_info_033 256  # /CMU#1/MEM#02A\n"
+            "    95: 44303333 00000000 00000000 00000000  # D033\n");
+  EXPECT_EQ(lines_from(text, "record current_xsb_info_14", 1), "record current_xsb_info_14 152  # XSB 03-2\n");
+  EXPECT_EQ(lines_from(text, "database box", 2),
+            "database box  # its hardware, and how its programs are bent\nsetting fan low\n");
+}
+
+TEST_F(Dump, ChangesInTheLinesOfWhatChanged) {
+  make_box("qe3");
+  done({"dump", "box", "before"});
+  done({"fault", "box", "/PSU#41"});
+  done({"dump", "box", "after"});
+  std::istringstream before(read("before")), after(read("after"));
+  std::string one, other, changes;
+  while (std::getline(before, one) && std::getline(after, other)) {
+    if (one != other) changes += one + "\n" + other + "\n";
+  }
+  EXPECT_EQ(changes,
+            "  1752: 00000000 00000000 20000000 00000000\n"
+            "  1752: 00000000 20000000 20000000 00000000\n")
+      << "the flag byte of /PSU#41";
+}
+
+// Written by hand, in the notation that is easiest for whoever dumps: no zeros left out, one word a line, carriage
+// returns as a terminal leaves them.
+constexpr const char *kByHand =
+    "spbox dump 1\r\n"
+    "# from a board\r\n"
+    "order big\r\n"
+    "model qa\r\n"
+    "\r\n"
+    "database 2\r\n"
+    "record current_psu_info 56   # cut short, and loaded as it is\r\n"
+    "0: c3010000\r\n"
+    "4: 00 00 00 00\r\n"
+    "8: A0008001\r\n"
+    "12: 01020304\r\n"
+    "20: 20 00 00 00 07\r\n"
+    "record \"unknown kind\" 5\r\n"
+    "0: 0102030405\r\n"
+    "end\r\n";
+
+TEST_F(Dump, OfABoardOfAnotherByteOrderIsLoaded) {
+  write("board.dump", kByHand);
+  EXPECT_EQ(done({"load", "board.dump", "box"}),
+            "Made box: model qa, 2 records of board.dump. `spbox units box` lists its units.\n");
+  const box::Bytes psus = record(2, "current_psu_info");
+  ASSERT_EQ(psus.size(), 56u);
+  EXPECT_EQ(word(psus, 0), 0xC3010000u) << "a word keeps its value";
+  EXPECT_EQ(word(psus, 8), 0xA0008001u);
+  EXPECT_EQ(box::Bytes(psus.begin() + 12, psus.begin() + 28),
+            (box::Bytes{1, 2, 3, 4, 0, 0, 0, 0, 0x20, 0, 0, 0, 7, 0, 0, 0}))
+      << "bytes keep their places";
+  EXPECT_EQ(record(2, "unknown kind"), (box::Bytes{1, 2, 3, 4, 5}));
+  EXPECT_EQ(box::Hardware(place()).get("fan"), "low") << "the hardware is as after power-on";
+  EXPECT_TRUE(fs::exists(place().tmp() / ".qa"));
+  done({"units", "box"});
+}
+
+TEST_F(Dump, OfALittleEndianMachineIsLoaded) {
+  std::string text = kByHand;
+  text.replace(text.find("order big"), 9, "order little");
+  write("desk.dump", text);
+  done({"load", "desk.dump", "box"});
+  EXPECT_EQ(word(record(2, "current_psu_info"), 0), 0x000001C3u);
+  EXPECT_EQ(record(2, "current_psu_info").at(20), 0x20);
+}
+
+TEST_F(Dump, ComesFromStandardInputToo) {
+  make_box("qb1");
+  const terminal::Done result = terminal::run(
+      {"/bin/sh", "-c", "cd " + scratch_.path().string() + " && " SPBOX " dump box | " SPBOX " load - copy"});
+  EXPECT_EQ(result.output, "Made copy: model qb1, 55 records of standard input. `spbox units copy` lists its units.\n");
+  EXPECT_EQ(done({"dump", "copy"}), done({"dump", "box", "-"}));
+}
+
+struct BadRow {
+  const char *says;
+  const char *text;   // behind "spbox dump 1"
+  const char *error;  // behind "spbox: bad.dump"
+};
+const BadRow kBad[] = {
+    {"no byte order", "model qa\nend\n", ", line 3: no byte order is given: `order big` or `order little`."},
+    {"another byte order", "order middle\n", ", line 2: there is no byte order `middle`: big or little."},
+    {"two byte orders", "order big\norder big\n", ", line 3: the byte order is given a second time."},
+    {"no model", "order big\nend\n", ", line 3: no model is given, as by `model qe1`."},
+    {"another model", "model qz\n", ", line 2: there is no model `qz`: qa, qb1, qb2, qe1, qe2 or qe3."},
+    {"two models", "model qa\nmodel qa\n", ", line 3: the model is given a second time."},
+    {"a database too many", "database 6\n", ", line 2: there is no database `6`: 0 to 5, or box."},
+    {"a database twice", "database 1\ndatabase 1\n", ", line 3: the database 1 comes a second time."},
+    {"an unknown word", "frob 1\n", ", line 2: `frob` is not known."},
+    {"a word too few", "record x\n", ", line 2: `record` is written: record NAME SIZE."},
+    {"a record outside", "record x 1\n", ", line 2: a record stands outside the databases."},
+    {"no size", "database 2\nrecord x many\n", ", line 3: a record has 0 to 1048576 bytes, not `many`."},
+    {"too large", "database 2\nrecord x 1048577\n", ", line 3: a record has 0 to 1048576 bytes, not `1048577`."},
+    {"no name", "database 2\nrecord \"\" 1\n", ", line 3: a name has 1 to 127 characters, this one 0."},
+    {"a record twice", "database 2\nrecord x 1\nrecord x 1\n", ", line 4: the record x comes a second time."},
+    {"bytes outside", "database 2\n0: 00\n", ", line 3: bytes stand outside a record."},
+    {"bytes too many", "database 2\nrecord x 2\n0: 000000\n", ", line 4: there are more bytes than the record's 2."},
+    {"bytes behind", "database 2\nrecord x 2\n9: 00\n", ", line 4: there are more bytes than the record's 2."},
+    {"half a byte", "database 2\nrecord x 2\n0: 000\n", ", line 4: `000` is no bytes: two digits make one."},
+    {"no digits", "database 2\nrecord x 2\n0: 0g\n", ", line 4: `0g` is no bytes: they are written in hexadecimal."},
+    {"no place", "database 2\nrecord x 2\n0x: 00\n", ", line 4: `0x:` is no place in a record."},
+    {"overlapping", "database 2\nrecord x 9\n0: 0000\n1: 00\n",
+     ", line 5: byte 1 comes a second time, or out of order."},
+    {"a setting outside", "setting a b\n", ", line 2: a setting stands outside the database box."},
+    {"a setting twice", "database box\nsetting a b\nsetting a c\n", ", line 4: the setting a comes a second time."},
+    {"a record in the box", "database box\nrecord x 1\n",
+     ", line 3: the database box holds no records but broken ones."},
+    {"an open quote", "database box\nsetting \"a b\n", ", line 3: a text in quotes does not end."},
+    {"a wrong escape", "database box\nsetting \"\\n\" b\n",
+     ", line 3: in quotes, a backslash stands before \\, \" or xHH only."},
+    {"more behind the end", "order big\nmodel qa\nend\nmodel qa\n",
+     ", line 5: something stands behind the line `end`."},
+    {"cut off", "order big\nmodel qa\ndatabase 2\n", " is cut off: it ends without the line `end`."},
+    {"a line that is cut", "order big\nmodel qa\ndatabase 2\nrecord x 2\n0: 0",
+     ", line 6: `0` is no bytes: two digits make one."},
+};
+
+TEST_F(Dump, ThatIsBadIsRefusedWithItsLineAndLeavesNoBox) {
+  for (const BadRow &row : kBad) {
+    write("bad.dump", std::string("spbox dump 1\n") + row.text);
+    EXPECT_EQ(refused({"load", "bad.dump", "box"}), std::string("spbox: bad.dump") + row.error + "\n") << row.says;
+    EXPECT_FALSE(fs::exists(place().root())) << row.says;
+  }
+}
+
+TEST_F(Dump, ThatIsNoneIsRefused) {
+  write("letter", "dear\n");
+  EXPECT_EQ(refused({"load", "letter", "box"}),
+            "spbox: letter, line 1: this is no dump: it does not begin with `spbox dump 1`.\n");
+  write("empty", "");
+  EXPECT_EQ(refused({"load", "empty", "box"}), "spbox: empty is no dump: it does not begin with `spbox dump 1`.\n");
+  EXPECT_EQ(refused({"load", "none", "box"}), "spbox: none cannot be read as a dump.\n");
+  EXPECT_EQ(refused({"load", ".", "box"}), "spbox: . cannot be read as a dump.\n");
+  EXPECT_FALSE(fs::exists(place().root()));
+}
+
+TEST_F(Dump, ReplacesABoxOnlyByForceAndNotWithABadOne) {
+  make_box("qa");
+  done({"dump", "box", "good.dump"});
+  EXPECT_EQ(refused({"load", "good.dump", "box"}),
+            "spbox: box is a box already. --force makes it anew, and all that it holds is lost.\n");
+  done({"fault", "box", "/PSU#0"});
+  const std::string faulted = done({"dump", "box"});
+  write("bad.dump", "spbox dump 1\norder big\n");
+  refused({"load", "bad.dump", "box", "--force"});
+  EXPECT_EQ(done({"dump", "box"}), faulted);
+  done({"load", "good.dump", "box", "--force"});
+  EXPECT_EQ(done({"dump", "box"}), read("good.dump"));
+}
+
+TEST_F(Dump, ThatCannotBeWrittenSaysSo) {
+  make_box("qa");
+  EXPECT_EQ(refused({"dump", "box", "no/such/folder/x.dump"}),
+            "spbox: no/such/folder/x.dump could not be written. See its folder and the disk.\n");
+}
+
+// The program of docs/host-platform.md, with the list that it takes, run in a box of its own.
+TEST_F(Dump, OfTheProgramInTheDocumentationIsTheSame) {
+  make_box("qe1");
+  const std::string whole = done({"dump", "box"});
+  write("run", "awk '/^database [0-9]/ {db = $2} /^record/ {print db, $2}' list.dump | " SPBOX " run box -- " BOARD_DUMP
+               " qe1 >board.dump\n");
+  done({"dump", "box", "list.dump"});
+  const terminal::Done run = terminal::run({"/bin/sh", "-c", "cd " + scratch_.path().string() + " && . ./run"});
+  EXPECT_EQ(run.exit_status, 0) << run.output;
+  done({"load", "board.dump", "copy"});
+  const std::string copy = done({"dump", "copy"});
+  const auto records = [](const std::string &text) { return text.substr(0, text.find("\ndatabase box")); };
+  EXPECT_EQ(records(copy), records(whole));
+}
+
+}  // namespace
