@@ -253,12 +253,15 @@ TEST_F(LmainteSwapFruList, KindOfWhichThereIsNoneFails) {
 }
 
 TEST_F(LmainteSwapFruList, CountThatNoMemoryHoldsFails) {
-  auto data = model_data(1);
-  data.unit[3].max_count = 0xFFFFFFFF;
-  machine().fail("calloc", 1, ENOMEM);
-  EXPECT_EQ(lmainte_init_swap_fru_list(&data), -1);
-  data.unit[3].max_count = 0x7FFFFFFF;
-  EXPECT_EQ(lmainte_init_swap_fru_list(&data), -1);
+  for (const uint32_t count : {0x7FFFFFFFU, 0x80000000U, 0xFFFFFFFFU}) {
+    arrange();
+    auto data = model_data(1);
+    data.unit[3].max_count = count;
+    machine().fail("calloc", 2, ENOMEM);  // after that of the system's status
+    EXPECT_EQ(lmainte_init_swap_fru_list(&data), -1) << std::hex << count;
+    EXPECT_EQ(machine().calls.back(), "calloc");
+    EXPECT_EQ(doubles::trace_of(0x110C0660), (Lines{"100 110C0660", "800A 110C1662 12", "100 110C0661"}));
+  }
 }
 
 // ---- adding
