@@ -1,0 +1,79 @@
+// The check that a unit was put in or taken out, in real time, with a technician whose hands are late, unsteady or missing.
+
+#include <future>
+
+#include "host/box/inventory.h"
+#include "lmainte.h"
+#include "tests/end_to_end/box_test.h"
+#include "tests/eventually.h"
+
+namespace end_to_end {
+namespace {
+
+class Installation : public BoxTest {
+ protected:
+  void SetUp() override { make_box("qe1"); }
+
+  // The technician begins with a pull of /PSU#3; he is there once that is done.
+  void technician(const std::string &steps) {
+    hands_ =
+        std::async(std::launch::async, [command = Words{SPBOX, "technician", box(), "--do", "pull /PSU#3; " + steps}] {
+          return terminal::run(command);
+        });
+    ASSERT_TRUE(eventually([&] { return !is_installed(); }));
+  }
+  bool is_installed() const {
+    return (box::Inventory(box::Place(box())).unit("/PSU#3").status & LMAINTE_STATUS_INSTALLED) != 0;
+  }
+
+  // The check of /PSU#3, to the end of the technician's work.
+  std::string check(const char *expectation) {
+    const std::string result = terminal::run(in_box({ACT, "installed", expectation, "3"})).output;
+    const terminal::Done hands = hands_.get();
+    EXPECT_EQ(hands.exit_status, 0) << hands.output;
+    return result;
+  }
+
+ private:
+  std::future<terminal::Done> hands_;
+};
+
+TEST_F(Installation, IsMetByAUnitThatAppearsLate) {
+  technician("when trace lmainte_chk_fru_install entry; after 6; insert /PSU#3");
+  EXPECT_EQ(check("0"), "result 0\n");
+  EXPECT_TRUE(is_installed());
+}
+
+TEST_F(Installation, IsNotMetByAUnitThatNeverComes) {
+  technician("after 0");
+  EXPECT_EQ(check("0"), "result 224\n");
+}
+
+TEST_F(Installation, IsNotMetByAUnitThatVanishesAgain) {
+  technician(
+      "when trace lmainte_chk_fru_install entry; insert /PSU#3; "
+      "when trace lmainte_chk_fru_install (test) exit; pull /PSU#3");
+  EXPECT_EQ(check("0"), "result 224\n");
+}
+
+// A look every second sees a unit in its place that is in fact out half of the time.
+TEST_F(Installation, IsNotMetByAUnitThatFlickers) {
+  technician(
+      "when trace lmainte_chk_fru_install entry; flicker /PSU#3 5 0.3; "
+      "when trace lmainte_chk_fru_install (test) exit; after 1.4; flicker /PSU#3 1 0; after 1; flicker /PSU#3 1 0");
+  EXPECT_EQ(check("0"), "result 224\n");
+  EXPECT_TRUE(is_installed()) << "in the end";
+}
+
+TEST_F(Installation, IsMetByAUnitThatFlickeredBeforeItWasLookedAt) {
+  technician("when trace lmainte_chk_fru_install entry; flicker /PSU#3 9 0.3");
+  EXPECT_EQ(check("0"), "result 0\n");
+}
+
+TEST_F(Installation, IsMetByAUnitThatIsTakenOutLate) {
+  technician("after 1; insert /PSU#3; when trace lmainte_chk_fru_install entry; after 6; pull /PSU#3");
+  EXPECT_EQ(check("2"), "result 0\n");
+}
+
+}  // namespace
+}  // namespace end_to_end
