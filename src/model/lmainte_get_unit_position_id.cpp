@@ -23,7 +23,8 @@ constexpr uint32_t kMostComponents = 6;
 constexpr char kExpansionPrefix[] = "/IOX@";
 
 // Memory below a memory board, whose board is part of its name.
-constexpr uint32_t kMemoryTypes[] = {138, 166};
+constexpr uint32_t kMemory = 138;
+constexpr uint32_t kMemoryOfTheLargerMidRange = 166;
 
 struct Path {
   lmainte_path_component components[kMostComponents] = {};
@@ -91,21 +92,25 @@ constexpr ModelRow kModels[] = {
     {LMAINTE_MODEL_QE3, convert_unit_code_qe3}, {LMAINTE_MODEL_QA, convert_unit_code_qa},
 };
 
-const lmainte_unit_code *find_location(const lmainte_unit_code *location, const Path &parts) {
-  char pattern[kMostComponents * (sizeof parts.components[0].name + 1) + 1] = {};
+// Whether a pattern is the path without its numbers: "/" and a name for each part.
+bool is_pattern_of(const Path &parts, const char *pattern) {
   for (uint32_t i = 0; i < parts.count; ++i) {
-    strcat(pattern, "/");
-    strcat(pattern, parts.components[i].name);
+    const char *name = parts.components[i].name;
+    const size_t length = strlen(name);
+    if (*pattern != '/' || strncmp(pattern + 1, name, length) != 0) return false;
+    pattern += 1 + length;
   }
+  return *pattern == '\0';
+}
+
+const lmainte_unit_code *find_location(const lmainte_unit_code *location, const Path &parts) {
   for (; location->pattern[0] != '\0'; ++location)
-    if (strcmp(location->pattern, pattern) == 0) return location;
+    if (is_pattern_of(parts, location->pattern)) return location;
   return nullptr;
 }
 
 bool is_memory(uint32_t type) {
-  for (const uint32_t memory : kMemoryTypes)
-    if (memory == type) return true;
-  return false;
+  return type == kMemory || type == kMemoryOfTheLargerMidRange;
 }
 
 // Digits only, no leading zero, below the limit; no limit has more than three digits.
