@@ -2,7 +2,6 @@
 #pragma once
 
 #include <gtest/gtest.h>
-#include <sys/wait.h>
 #include <unistd.h>
 
 #include <chrono>
@@ -11,6 +10,7 @@
 #include <string>
 #include <vector>
 
+#include "host/box/child.h"
 #include "host/box/inventory.h"
 #include "host/box/programs.h"
 #include "include/lmainte.h"
@@ -42,24 +42,19 @@ class ControlProgram : public testing::Test {
     std::istringstream in(line);
     for (std::string word; in >> word;) words.push_back(word);
     std::vector<std::string> variables{"LC_ALL=C", "LD_LIBRARY_PATH=", "PRIV=", "SPBOX_ROOT=" + place_.root().string()};
-    std::vector<char *> argv = pointers(words), environment = pointers(variables);
+    const box::ArgumentVector arguments(std::move(words)), environment(std::move(variables));
     const pid_t pid = fork();
     if (pid == 0) {
       for (int fd = 0; fd < 3; ++fd) close(fd);
-      execve(path.c_str(), argv.data(), environment.data());
+      execve(path.c_str(), arguments.data(), environment.data());
       _exit(127);
     }
     return pid;
   }
 
-  static int wait_status(pid_t pid) {
-    int status = -1;
-    return waitpid(pid, &status, 0) == pid ? status : -1;
-  }
-
   // The exit status of a program that must end by itself.
   int run(const std::string &name, const std::string &line) const {
-    const int status = wait_status(start(name, line));
+    const int status = box::wait_status_of(start(name, line));
     EXPECT_TRUE(WIFEXITED(status)) << name << ' ' << line << " ended with wait status " << status;
     return WEXITSTATUS(status);
   }
@@ -83,12 +78,4 @@ class ControlProgram : public testing::Test {
   Scratch scratch_;
   box::Place place_{scratch_ / "box"};
   std::optional<box::Hardware> hardware_;
-
- private:
-  static std::vector<char *> pointers(std::vector<std::string> &words) {
-    std::vector<char *> result;
-    for (std::string &word : words) result.push_back(word.data());
-    result.push_back(nullptr);
-    return result;
-  }
 };

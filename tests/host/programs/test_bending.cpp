@@ -60,7 +60,7 @@ TEST_F(Bending, HangingEndsAtSigterm) {
   await_start();
   EXPECT_TRUE(runs(pid));
   kill(pid, SIGTERM);
-  const int status = wait_status(pid);
+  const int status = box::wait_status_of(pid);
   EXPECT_TRUE(WIFSIGNALED(status));
   EXPECT_EQ(WTERMSIG(status), SIGTERM);
   EXPECT_FALSE(hardware_->last_run("ctlled")->status);
@@ -72,7 +72,7 @@ TEST_F(Bending, HangingWithAnExitStatusEndsWithItAtSigterm) {
   await_start();
   EXPECT_TRUE(runs(pid));
   kill(pid, SIGTERM);
-  const int status = wait_status(pid);
+  const int status = box::wait_status_of(pid);
   EXPECT_TRUE(WIFEXITED(status));
   EXPECT_EQ(WEXITSTATUS(status), 1);
 }
@@ -92,7 +92,7 @@ TEST_F(Bending, IgnoringSigtermIsEndedBySigkillAlone) {
 TEST_F(Bending, DyingIsByTheSignalThatIsSet) {
   for (const int signal : {SIGKILL, SIGSEGV, SIGTERM}) {
     bend({.ignore_term = signal == SIGTERM, .die = signal});
-    const int status = wait_status(start_blinking());
+    const int status = box::wait_status_of(start_blinking());
     EXPECT_TRUE(WIFSIGNALED(status)) << signal;
     EXPECT_EQ(WTERMSIG(status), signal);
   }
