@@ -20,6 +20,7 @@ class ListFile {
   ListFile(const Call &call, const ListFileEvents &events) : call_(call), events_(events) {}
   ListFile(const ListFile &) = delete;
   ListFile &operator=(const ListFile &) = delete;
+  ~ListFile() = default;
 
   // What opens must be finished.
   bool open();

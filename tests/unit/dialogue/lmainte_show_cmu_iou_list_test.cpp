@@ -43,7 +43,7 @@ class LmainteShowCmuIouList : public doubles::BoardsTest {
     const SbData none = {};
     const auto count = static_cast<uint32_t>(boards_.size());
     const SbData *boards = boards_.empty() ? &none : boards_.data();
-    const auto page = page_of([&] { return lmainte_show_cmu_iou_list(-1, kind, count, boards, xsbs_, lines.data()); });
+    auto page = page_of([&] { return lmainte_show_cmu_iou_list(-1, kind, count, boards, xsbs_, lines.data()); });
     boards_.clear();
     return page;
   }

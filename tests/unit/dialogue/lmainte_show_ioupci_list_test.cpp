@@ -14,7 +14,7 @@ class LmainteShowIoupciList : public doubles::SlotsTest {
     std::memset(board_.iou.reserved, 0, sizeof board_.iou.reserved);
   }
 
-  void put(uint32_t k, const doubles::Slot &slot) { put_slot(board_.iou.reserved + 10 * k, slot); }
+  void put(uint32_t k, const doubles::Slot &slot) { put_slot(board_.iou.reserved + size_t{10} * k, slot); }
 
   std::string listed(uint32_t slots, const std::vector<ListLine> &lines) {
     return page_of([&] { return lmainte_show_ioupci_list(-1, slots, &board_, lines.data()); });

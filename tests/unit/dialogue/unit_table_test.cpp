@@ -158,7 +158,7 @@ TEST_P(UnitTable, LinesAreCutAt127Characters) {
 TEST_P(UnitTable, UnitLineIsCutAt127Characters) {
   machine().names[{0, 0}] = "/" + std::string(126, 'n');
   const std::string number = GetParam().unit_line[0] == ' ' ? " 1. " : "";
-  const auto status = number.empty() ? "N" : "";
+  const char *const status = number.empty() ? "N" : "";
   EXPECT_EQ(page({foot("f\n"), end_mark()}),
             number + std::string(126 - (number.empty() ? 0 : 3), 'n') + status + "f\n");
 }
