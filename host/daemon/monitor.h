@@ -4,6 +4,7 @@
 #include <chrono>
 #include <cstdint>
 #include <span>
+#include <utility>
 
 #include "host/box/daemon_bend.h"
 #include "host/box/database.h"
@@ -20,7 +21,7 @@ struct Answer {
 
 class Monitor {
  public:
-  explicit Monitor(const box::Place &place) : place_(place) {}
+  explicit Monitor(box::Place place) : place_(std::move(place)) {}
 
   // Answers as the box's bend tells it to. Never throws: what fails in the box is part of the answer.
   Answer answer(std::span<const std::uint8_t> request);

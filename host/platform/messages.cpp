@@ -35,8 +35,8 @@ int32_t failed(int reason) {
 
 // A free place, for -1.
 Channel *channel_of(int fd) {
-  const auto found = std::find_if(channels.begin(), channels.end(), [&](const Channel &at) { return at.fd == fd; });
-  return found == channels.end() ? nullptr : &*found;
+  auto *const found = std::find_if(channels.begin(), channels.end(), [&](const Channel &at) { return at.fd == fd; });
+  return found == channels.end() ? nullptr : found;
 }
 
 Channel *open_channel(int fd) {

@@ -1,4 +1,5 @@
 // Programs that concern a system board: a CPU/memory unit and the I/O unit of the same number.
+#include <algorithm>
 #include <charconv>
 
 #include "host/programs/boards.h"
@@ -24,29 +25,21 @@ std::vector<std::string> units_of(const Machine &machine, std::uint32_t board) {
 }
 
 bool is_installed(const Machine &machine, std::uint32_t board) {
-  for (const std::string &name : units_of(machine, board)) {
-    if (!machine.unit(name).installed()) return false;
-  }
-  return true;
+  return std::ranges::all_of(units_of(machine, board),
+                             [&](const std::string &name) { return machine.unit(name).installed(); });
 }
 
 bool has_fault(const Machine &machine, std::uint32_t board) {
-  for (const std::string &name : units_of(machine, board)) {
-    if (machine.has_fault(name)) return true;
-  }
-  return false;
-}
-
-bool is_linked(const Machine &machine, const std::string &name) {
-  return machine.hardware.get("link " + name) != "down";
+  return std::ranges::any_of(units_of(machine, board),
+                             [&](const std::string &name) { return machine.has_fault(name); });
 }
 
 // A board runs again when both its units are there, linked, and not detached.
 bool can_start(const Machine &machine, std::uint32_t board) {
-  for (const std::string &name : units_of(machine, board)) {
-    if (!machine.unit(name).installed() || !is_linked(machine, name) || machine.is_detached(name)) return false;
-  }
-  return true;
+  return std::ranges::all_of(units_of(machine, board), [&](const std::string &name) {
+    const bool linked = machine.hardware.get("link " + name) != "down";
+    return machine.unit(name).installed() && linked && !machine.is_detached(name);
+  });
 }
 
 int link_up(Machine &machine, const std::string &name, std::uint32_t board) {

@@ -15,7 +15,7 @@ namespace {
 using std::chrono::milliseconds;
 
 // Often enough for a person's hands, and seldom enough to leave the processor to others.
-constexpr milliseconds kLookAgain{50};
+constexpr milliseconds kLookAgain{100};
 
 constexpr const char *kVerbs[] = {"pull", "insert", "fault", "degrade", "repair"};  // by box::Change
 
