@@ -1,5 +1,4 @@
 #include <fcntl.h>
-#include <sys/wait.h>
 #include <unistd.h>
 
 #include <CLI/CLI.hpp>
@@ -16,6 +15,7 @@
 #include <string_view>
 #include <system_error>
 
+#include "host/box/child.h"
 #include "host/box/contents.h"
 #include "host/spbox/daemon_process.h"
 #include "host/spbox/enclosure.h"
@@ -96,13 +96,6 @@ std::string namespace_hint() {
   return "In a container, let it make namespaces (docker run --privileged or --security-opt seccomp=unconfined)";
 }
 
-std::vector<char *> vector_of(std::vector<std::string> &words) {
-  std::vector<char *> pointers;
-  for (std::string &word : words) pointers.push_back(word.data());
-  pointers.push_back(nullptr);
-  return pointers;
-}
-
 // The signals that were ignored already when spbox was started, and are to stay so: one letter each.
 std::string ignored_now() {
   std::string letters;
@@ -116,7 +109,8 @@ std::string ignored_now() {
 
 [[noreturn]] void become_bwrap(std::vector<std::string> arguments) {
   for (const int signal : kEnding) std::signal(signal, SIG_IGN);
-  execvp("bwrap", vector_of(arguments).data());
+  const box::ArgumentVector words(std::move(arguments));
+  execvp("bwrap", words.data());
   // NOLINTNEXTLINE(concurrency-mt-unsafe): one thread
   std::fprintf(stderr, "spbox: bwrap cannot be run: %s.\n", std::strerror(errno));
   _exit(kFailure);
@@ -149,14 +143,6 @@ pid_t read_pid(int fd) {
   return number_in(text);
 }
 
-int wait_for(pid_t child) {
-  int status = 0;
-  while (waitpid(child, &status, 0) < 0) {
-    if (errno != EINTR) system_failure("waiting for bwrap");
-  }
-  return WIFSIGNALED(status) ? 128 + WTERMSIG(status) : WEXITSTATUS(status);
-}
-
 // Starts bwrap as a child and stays until it has ended. Returns the command's exit status.
 int visit(std::vector<std::string> arguments, const std::vector<std::string> &command) {
   std::array<int, 2> ends{};
@@ -174,7 +160,7 @@ int visit(std::vector<std::string> arguments, const std::vector<std::string> &co
   close(ends[0]);
   if (command_pid > 0 && early_signal > 0) kill(command_pid, early_signal);
   const bool entered = command_pid > 0;
-  const int status = wait_for(child);
+  const int status = box::exit_status_of(child);
   command_pid = 0;
   if (!entered) {
     throw std::runtime_error("the command was not run: no root of its own could be made for it (see above). " +
