@@ -22,11 +22,11 @@ std::ostream &operator<<(std::ostream &out, const End &end) {
 
 class Endings : public BoxTest, public testing::WithParamInterface<End> {
  protected:
-  void strike() {
+  void strike(const char *program = "replace_unit") {
     if (GetParam().key) {
       types("\003");
     } else {
-      send(GetParam().signal, "replace_unit");
+      send(GetParam().signal, program);
     }
   }
 };
@@ -45,6 +45,16 @@ TEST_P(Endings, InThePagerLeaveNothingBehind) {
   ASSERT_TRUE(sees("--More--"));
   EXPECT_TRUE(terminal_.process("busybox"));
   strike();
+  EXPECT_EQ(ending(), died_of(GetParam().signal));
+  EXPECT_TRUE(was_shown("Interrupted."));
+  expect_nothing_left();
+}
+
+TEST_P(Endings, InAListThatAsksNothingLeaveNothingBehind) {
+  make_box("qe2");
+  start({SHOW_UNITS, "psu"});
+  ASSERT_TRUE(sees("--More--"));
+  strike("show_units");
   EXPECT_EQ(ending(), died_of(GetParam().signal));
   EXPECT_TRUE(was_shown("Interrupted."));
   expect_nothing_left();
