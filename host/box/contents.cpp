@@ -29,21 +29,19 @@ void write_words(const fs::path &file, const std::vector<std::uint32_t> &words) 
   if (!out) throw InventoryError(file.string() + " could not be written. See the disk and the folder's permissions.");
 }
 
-// Seconds. Control times stand by unit slot, twice; command times by the number of the control program. Each family of
-// models has its own.
+// Seconds. Control times stand by unit slot, twice, and each family of models has its own; command times stand by the
+// number of the control program.
 void time_files(const fs::path &etc) {
   constexpr std::array<std::uint32_t, 16> kCommandTimes{30,  30, 60, 300, 120, 10,  600, 10,
                                                         300, 60, 30, 30,  900, 300, 60,  120};
   std::uint32_t more = 0;
   for (const std::string family : {"qa", "qb", "qe"}) {
-    std::vector<std::uint32_t> control(64, 0), commands(32, 0);
+    std::vector<std::uint32_t> control(64, 0), commands(kCommandTimes.begin(), kCommandTimes.end());
     for (std::uint32_t slot = 0; slot < 12; ++slot) {
       control[slot] = 60 + slot + more;
       control[32 + slot] = 120 + slot + more;
     }
-    for (std::size_t command = 0; command < kCommandTimes.size(); ++command) {
-      commands[command] = kCommandTimes.at(command) + more;
-    }
+    commands.resize(32);
     write_words(etc / ("controltime_" + family), control);
     write_words(etc / ("cmdtime_" + family), commands);
     more += 10;

@@ -63,18 +63,18 @@ void add_fans(const Model &model, const UnitPlace &tray, std::vector<UnitPlace> 
 
 }  // namespace
 
-std::vector<UnitPlace> places_of(std::uint32_t code) {
-  const Model *model = find_model(code);
-  if (model == nullptr) return {};
+std::vector<UnitPlace> places_of(std::uint32_t model) {
+  const Model *row = find_model(model);
+  if (row == nullptr) return {};
   std::vector<UnitPlace> carriers, carried;
-  for (const Location &location : locations_of(*model)) {
-    std::optional<UnitPlace> unit = unit_at(code, location);
+  for (const Location &location : locations_of(*row)) {
+    std::optional<UnitPlace> unit = unit_at(model, location);
     if (unit) (unit->carried ? carried : carriers).push_back(std::move(*unit));
   }
   std::vector<UnitPlace> units;
   for (const UnitPlace &carrier : carriers) {
     units.push_back(carrier);
-    if (carrier.entries.front().type == LMAINTE_TYPE_FANTRAY) add_fans(*model, carrier, units);
+    if (carrier.entries.front().type == LMAINTE_TYPE_FANTRAY) add_fans(*row, carrier, units);
     for (const UnitPlace &unit : carried) {
       if (unit.carrier() == carrier.name) units.push_back(unit);
     }

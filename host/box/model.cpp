@@ -44,6 +44,15 @@ std::uint32_t model_in(const Place &place) {
   return found == nullptr ? std::uint32_t{LMAINTE_MODEL_NONE} : found->code;
 }
 
+std::string model_names() {
+  std::string names;
+  for (const Model &model : kModels) {
+    if (&model != &kModels.front()) names += &model == &kModels.back() ? " or " : ", ";
+    names += model.name;
+  }
+  return names;
+}
+
 std::string_view model_name(std::uint32_t code) {
   const Model *model = find_model(code);
   return model == nullptr ? std::string_view() : model->name;

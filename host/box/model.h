@@ -33,6 +33,9 @@ const Model *find_model(std::string_view name);
 // The model whose marker file lies in the box's tmp folder; LMAINTE_MODEL_NONE without one.
 std::uint32_t model_in(const Place &place);
 
+// "qa, qb1, ... qe2 or qe3"
+std::string model_names();
+
 // "qe1" for a model code, empty where there is no such model.
 std::string_view model_name(std::uint32_t code);
 std::uint32_t boards_of(std::uint32_t code);

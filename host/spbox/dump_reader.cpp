@@ -54,7 +54,7 @@ class Words {
   }
 
   std::string plain() {
-    const std::string word(line_.substr(0, line_.find_first_of(" \t")));
+    std::string word(line_.substr(0, line_.find_first_of(" \t")));
     line_.remove_prefix(word.size());
     return word;
   }
@@ -88,7 +88,7 @@ class Reader {
       try {
         statement(Words(line).all(), line);
       } catch (const std::string &what) {
-        throw box::InventoryError(name + ", line " + std::to_string(line_number_) + ": " + what + ".");
+        throw at_line(name, what);
       }
     }
     if (!headed_) throw box::InventoryError(name + " is no dump: it does not begin with `" + kDumpHead + "`.");
@@ -98,6 +98,10 @@ class Reader {
 
  private:
   using Arguments = std::vector<std::string>;
+
+  box::InventoryError at_line(const std::string &name, const std::string &what) const {
+    return box::InventoryError(name + ", line " + std::to_string(line_number_) + ": " + what + ".");
+  }
 
   void statement(const Arguments &words, const std::string &line) {
     if (words.empty()) return;
@@ -125,7 +129,7 @@ class Reader {
   void model(const Arguments &words) {
     if (contents_.model != LMAINTE_MODEL_NONE) throw std::string("the model is given a second time");
     const box::Model *found = box::find_model(words[1]);
-    if (found == nullptr) throw "there is no model `" + words[1] + "`: qa, qb1, qb2, qe1, qe2 or qe3";
+    if (found == nullptr) throw "there is no model `" + words[1] + "`: " + box::model_names();
     contents_.model = found->code;
   }
 

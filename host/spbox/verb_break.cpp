@@ -45,7 +45,7 @@ std::string line_of(const box::BrokenRecord &broken) {
          size_text(broken.size, broken.whole);
 }
 
-// The units that can no longer be read, as far as they fit on a line.
+// What can no longer be read, as far as it fits on a line; empty where it is no unit.
 std::string spoiled(const box::Inventory &inventory, const std::string &record) {
   std::vector<std::string> units;
   for (const box::UnitPlace &place : inventory.places()) {
@@ -55,7 +55,7 @@ std::string spoiled(const box::Inventory &inventory, const std::string &record) 
   }
   if (units.empty()) return "";
   const std::string more = units.size() > 1 ? " and " + std::to_string(units.size() - 1) + " more" : "";
-  return ": " + units.front() + more;
+  return "It is of " + units.front() + more + ".\n";
 }
 
 int list_broken(const box::Place &place) {
@@ -74,8 +74,9 @@ int break_records(const Options &options) {
                                                    : box::Breakage::kLong;
   for (const box::RecordName &record : records_of(options)) {
     const box::BrokenRecord broken = box::break_record(place, record, breakage);
-    std::puts((line_of(broken) + spoiled(inventory, record.name) + ".").c_str());
-    std::puts(("`spbox mend " + box::quoted(place.root()) + " " + box::quoted(record.name) + "` restores it.").c_str());
+    const std::string text = line_of(broken) + ".\n" + spoiled(inventory, record.name) + "`spbox mend " +
+                             box::quoted(place.root()) + " " + box::quoted(record.name) + "` restores it.";
+    std::puts(text.c_str());
   }
   return 0;
 }

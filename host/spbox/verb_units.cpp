@@ -225,6 +225,7 @@ void add_places(const box::UnitPlace &place, Lines &lines) {
 }
 
 std::string fru_text(const box::Unit &unit) {
+  if (!unit.unreadable.empty()) return "unknown";
   if (!unit.fru_unreadable.empty()) return unreadable(unit.fru_unreadable);
   return unit.fru_name.empty() ? "none" : unit.fru_name;
 }

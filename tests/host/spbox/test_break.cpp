@@ -9,11 +9,13 @@ class Break : public SpboxTest {
 
 TEST_F(Break, SaysWhatWasDoneAndHowToMendIt) {
   EXPECT_EQ(done({"break", "box", "/PSU#40", "--short"}),
-            "Record current_psu_info (database 2) is 3359 bytes, should be 3360: /PSU#0 and 17 more.\n"
+            "Record current_psu_info (database 2) is 3359 bytes, should be 3360.\n"
+            "It is of /PSU#0 and 17 more.\n"
             "`spbox mend box current_psu_info` restores it.\n");
   EXPECT_EQ(record(2, "current_psu_info").size(), 3359u);
   EXPECT_EQ(done({"break", "box", "PSU#40", "--fru", "--missing"}),
-            "Record fru_psu_qe_info_09 (database 4) is missing: /PSU#40.\n"
+            "Record fru_psu_qe_info_09 (database 4) is missing.\n"
+            "It is of /PSU#40.\n"
             "`spbox mend box fru_psu_qe_info_09` restores it.\n");
   EXPECT_FALSE(has_record(4, "fru_psu_qe_info_09"));
   EXPECT_EQ(done({"break", "box", "current_domain_info_05", "--long"}),

@@ -120,7 +120,7 @@ TEST_F(Units, WithABrokenRecordSayWhyTheyCannotBeRead) {
             "Kind      operator panel (2)\n"
             "State     unreadable: record current_panel_info is missing\n"
             "Unit id   0x61010000 0x00000000\n"
-            "FRU name  none\n"
+            "FRU name  unknown\n"
             "LED       off\n"
             "Flag      none\n"
             "Record    current_panel_info, database 2, from byte 0\n");
