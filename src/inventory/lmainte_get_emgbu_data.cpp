@@ -57,7 +57,7 @@ bool read_unit(const Call &call, const Kind &kind, int32_t model, const RecordVi
   }
   Record fru;
   if (!fru.read(LMAINTE_DB_FRU, model, kind.type, number)) {
-    call.error(3, number);
+    call.error(3, LMAINTE_FAILED, number);
     return false;
   }
   const RecordView entry = current.at(static_cast<size_t>(number) * kind.entry_words * sizeof(uint32_t));
@@ -70,7 +70,7 @@ bool read_units(const Kind &kind, const UnitRange &range, int32_t model, EmgbUni
   const Call call(trace, kReadUnits);
   Record current;
   if (!current.read(LMAINTE_DB_CURRENT, model, kind.type, 0)) {
-    call.error(1, kind.type);
+    call.error(1, LMAINTE_FAILED, kind.type);
     return false;
   }
   for (int32_t i = 0; i < range.count; ++i)
@@ -89,7 +89,7 @@ bool merge_local(const Kind &kind, int32_t model, int32_t count, EmgbUnitData *o
   const Call call(trace, kMergeLocal);
   Record local;
   if (!local.read(LMAINTE_DB_LOCAL, model, kind.type, 0)) {
-    call.error(1, kind.type);
+    call.error(1, LMAINTE_FAILED, kind.type);
     return false;
   }
   const uint32_t local_number = local.view().byte(kLocalNumberByte);

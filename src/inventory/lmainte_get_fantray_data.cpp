@@ -120,14 +120,14 @@ bool read(const Source &source, bool is_list, const UnitRange &range, FantrayDat
 bool fetch_and_read(const Call &call, const ModelRow &model, bool is_list, const UnitRange &range, FantrayData *out) {
   AccessTable current(0, 1, kRecordSize, "current_fantray_info");
   if (!current.fetch(LMAINTE_DB_CURRENT)) {
-    call.error(2);
+    call.error(2, LMAINTE_DB_CURRENT);
     return false;
   }
   const FlaggedEntries trays(current.find(0), kRecordSize, kEntrySize);
   if (lmainte::family_of(model.model) != lmainte::Family::kQe) return read({model, trays, nullptr}, false, range, out);
   AccessTable names(range.first, range.count, kFruRecordSize, "fru_fan_qe_info_%02d");
   if (!names.fetch(LMAINTE_DB_FRU, trays.absence_of_names())) {
-    call.error(3);
+    call.error(3, LMAINTE_DB_FRU, range.first);
     return false;
   }
   return read({model, trays, &names}, is_list && model.model == LMAINTE_MODEL_QE1, range, out);

@@ -104,7 +104,7 @@ bool fill_modules(const Call &call, const ModuleKind &kind, int32_t board, int32
   Record current;
   if (!cmu.read(LMAINTE_DB_CURRENT, model, LMAINTE_TYPE_CMU, board) ||
       !current.read(LMAINTE_DB_CURRENT, model, kind.type, board)) {
-    call.error(6, board);
+    call.error(6, LMAINTE_FAILED, board);
     return false;
   }
   const uint32_t xsb_mode = cmu.view().word(kXsbModeWord);
@@ -112,7 +112,7 @@ bool fill_modules(const Call &call, const ModuleKind &kind, int32_t board, int32
     const int32_t number = kind.number_at(position);
     Record fru;
     if (!fru.read(LMAINTE_DB_FRU, model, kind.type, board * kind.count + number)) {
-      call.error(7, board, number);
+      call.error(7, LMAINTE_FAILED, number);
       return false;
     }
     const size_t entry = static_cast<size_t>(number) * kind.entry_words * sizeof(uint32_t);
@@ -170,12 +170,12 @@ bool read_cmu(int32_t board, int32_t model, CmuData &out) {
     if (!setup.read(LMAINTE_DB_SETUP, model, LMAINTE_TYPE_CMU, board) ||
         !current.read(LMAINTE_DB_CURRENT, model, LMAINTE_TYPE_CMU, board) ||
         !fru.read(LMAINTE_DB_FRU, model, LMAINTE_TYPE_CMU, board)) {
-      call.error(5, board);
+      call.error(5, LMAINTE_FAILED, board);
       return false;
     }
     const BoardPosition position = BoardPosition::of_board(board);
     if (!read_modules(kCpuModules, position, model, out.cpum) || !read_modules(kDimms, position, model, out.dimm)) {
-      call.error(6, board);
+      call.error(6, LMAINTE_FAILED, board);
       return false;
     }
     fill_cmu(board, setup.view(), current.view(), fru.view(), out);
@@ -202,7 +202,7 @@ bool read_iou(int32_t board, int32_t model, IouData &out) {
     if (!cmu.read(LMAINTE_DB_CURRENT, model, LMAINTE_TYPE_CMU, board) ||
         !current.read(LMAINTE_DB_CURRENT, model, LMAINTE_TYPE_IOU, board) ||
         !fru.read(LMAINTE_DB_FRU, model, LMAINTE_TYPE_IOU, board)) {
-      call.error(5, board);
+      call.error(5, LMAINTE_FAILED, board);
       return false;
     }
     fill_iou(board, cmu.view().word(kXsbModeWord), current.view(), fru.view(), out);

@@ -2,6 +2,7 @@
 
 #include <cctype>
 #include <cstdio>
+#include <cstdlib>
 #include <cstring>
 
 #include "src/frame/trace.h"
@@ -142,7 +143,7 @@ bool find_ids(const lmainte_unit_code &location, const Path &parts, uint32_t mod
     const bool found = is_named ? find_named(location.names, component.whole, mode, ids[i])
                                 : number_below(component.number, location.max[i], ids[i]);
     if (!found) {
-      call.error(1, mode, i);
+      call.error(1, mode, static_cast<uint32_t>(strtoul(component.number, nullptr, 10)));
       return false;
     }
   }

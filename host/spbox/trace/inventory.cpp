@@ -17,16 +17,16 @@ constexpr Phrase kSbData[] = {
     error(8, "an IOU was not read", "result"),
 };
 constexpr Phrase kReadCmu[] = {
-    error(5, "a record of the CMU was not read", "board"),
-    error(6, "the CMU's modules were not read", "board"),
+    error(5, "a record of the CMU was not read", "result", "board"),
+    error(6, "the CMU's modules were not read", "result", "board"),
 };
 constexpr Phrase kReadModules[] = {
     error(5, "no such board", "board"),
-    error(6, "a record of the board's modules was not read", "board"),
-    error(7, "the module's FRU record was not read", "board", "number"),
+    error(6, "a record of the board's modules was not read", "result", "board"),
+    error(7, "the module's FRU record was not read", "result", "number"),
 };
 constexpr Phrase kReadIou[] = {
-    error(5, "a record of the IOU was not read", "board"),
+    error(5, "a record of the IOU was not read", "result", "board"),
 };
 constexpr Phrase kXsbData[] = {
     error(1, "an argument is refused", "count", "model"),
@@ -36,8 +36,8 @@ constexpr Phrase kXsbData[] = {
 };
 constexpr Phrase kFantrayData[] = {
     error(1, "an argument is refused", "count", "model"),
-    error(2, "the current record was not read"),
-    error(3, "the FRU records were not read"),
+    error(2, "the current record was not read", "database"),
+    error(3, "the FRU records were not read", "database", "first"),
 };
 constexpr Phrase kFantrayRead[] = {
     error(1, "no such fan tray", "number"),

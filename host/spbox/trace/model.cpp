@@ -32,7 +32,7 @@ constexpr Phrase kSplit[] = {
     error(1, "a component of the path is too long", "mode", "characters"),
 };
 constexpr Phrase kFindIds[] = {
-    error(1, "the model has no unit of this number or name", "mode", "component"),
+    error(1, "the model has no unit of this number or name", "mode", "number"),
 };
 constexpr Phrase kReplaceMemory[] = {
     error(1, "an argument is null"),

@@ -356,7 +356,7 @@ TEST_F(LmainteGetFantrayData, MissingFruRecordOfAnInstalledTrayFails) {
     EXPECT_EQ(machine().calls_of({"get"}).back(), "get 4 fru_fan_qe_info_01") << model;
     EXPECT_TRUE(all_untouched()) << model;
   }
-  EXPECT_EQ(doubles::trace_of(0x110C03E0).at(1), "805 110C13E3");
+  EXPECT_EQ(doubles::trace_of(0x110C03E0).at(1), "805 110C13E3 4 0");
   EXPECT_EQ(lmainte_get_fantray_data(-1, 4, 6, out_), 0) << "other models have none";
 }
 
@@ -382,7 +382,7 @@ TEST_F(LmainteGetFantrayData, CurrentRecordThatIsMissingFails) {
     machine().start();
     EXPECT_EQ(lmainte_get_fantray_data(-1, 3, model, out_), 8);
     EXPECT_EQ(client_calls(), fetch_of(2, {"current_fantray_info"}));
-    EXPECT_EQ(doubles::trace_of(0x110C03E0), (Lines{"100 110C03E0", "805 110C13E2", "100 110C03E1"}));
+    EXPECT_EQ(doubles::trace_of(0x110C03E0), (Lines{"100 110C03E0", "805 110C13E2 2", "100 110C03E1"}));
     EXPECT_TRUE(all_untouched());
   }
 }
