@@ -1,5 +1,6 @@
 #include "host/spbox/technician.h"
 
+#include <algorithm>
 #include <cstdio>
 #include <fstream>
 #include <iterator>
@@ -101,13 +102,16 @@ void Technician::flicker(const Step &step) {
 // What was recorded while the technician did something else counts, too.
 bool Technician::was_recorded(const std::vector<std::string> &words) {
   const std::string wanted = joined(words, 1);  // a function, and perhaps what happened in it
-  for (const box::TraceEntry &entry : box::TraceRing::read(place_.trace())) {
-    if (entry.number < next_entry_) continue;
-    next_entry_ = entry.number + 1;
+  const auto entries = box::TraceRing::read(place_.trace());
+  if (entries.empty()) return false;
+  const auto found = std::find_if(entries.begin(), entries.end(), [&](const box::TraceEntry &entry) {
+    if (entry.number < next_entry_) return false;
     const TraceLine line = words_of(entry);
-    if (wanted == line.function || wanted == line.function + " " + line.event) return true;
-  }
-  return false;
+    return wanted == line.function || wanted == line.function + " " + line.event;
+  });
+  const bool was = found != entries.end();
+  next_entry_ = (was ? *found : entries.back()).number + 1;
+  return was;
 }
 
 bool Technician::holds(const std::vector<std::string> &condition) {

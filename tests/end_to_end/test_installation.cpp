@@ -28,7 +28,7 @@ class Installation : public BoxTest {
 
   // The check of /PSU#3, to the end of the technician's work.
   std::string check(const char *expectation) {
-    const std::string result = terminal::run(in_box({ACT, "installed", expectation, "3"})).output;
+    std::string result = terminal::run(in_box({ACT, "installed", expectation, "3"})).output;
     const terminal::Done hands = hands_.get();
     EXPECT_EQ(hands.exit_status, 0) << hands.output;
     return result;

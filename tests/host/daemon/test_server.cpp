@@ -59,7 +59,7 @@ class Process {
 class ServerTest : public testing::Test {
  protected:
   ServerTest() { box::create_box(place_, LMAINTE_MODEL_QA); }
-  ~ServerTest() override {
+  void TearDown() override {
     for (const int fd : opened_) close(fd);
   }
 

@@ -1,7 +1,6 @@
 // The trace book against what the library records: in its unit tests, which leave every event that they saw in a file, and
 // in its sources, which declare a block for each function.
 #include <gtest/gtest.h>
-#include <sys/wait.h>
 
 #include <algorithm>
 #include <array>
@@ -16,6 +15,7 @@
 #include "host/spbox/text.h"
 #include "host/spbox/trace/phrases.h"
 #include "host/spbox/trace_book.h"
+#include "host/terminal/technician.h"
 #include "tests/host/box/scratch.h"
 
 namespace {
@@ -43,9 +43,8 @@ const std::map<std::uint32_t, std::uint32_t> &recorded() {
     std::istringstream programs(UNIT_TESTS);
     for (std::string program; programs >> program;) {
       // The tests of the trace itself invent events.
-      const int status =
-          std::system((program + " --gtest_brief=1 --gtest_filter=-TraceTest.* >/dev/null 2>&1").c_str());
-      EXPECT_EQ(status, 0) << program;
+      const terminal::Done done = terminal::run({program, "--gtest_brief=1", "--gtest_filter=-TraceTest.*"});
+      EXPECT_EQ(done.exit_status, 0) << program << ": " << done.output;
     }
     unsetenv("LMAINTE_KEPT_EVENTS");
     std::map<std::uint32_t, std::uint32_t> events;

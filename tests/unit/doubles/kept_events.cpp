@@ -9,8 +9,12 @@
 namespace doubles {
 namespace {
 
-constexpr uint32_t kMostWords = 8;
+constexpr size_t kMostWords = 8;
 std::bitset<0x10000 * kMostWords> kept;
+
+size_t place_of(uint32_t event, uint32_t words) {
+  return (event & 0xFFFF) * kMostWords + words % kMostWords;
+}
 
 int open_file() {
   const char *path = std::getenv("LMAINTE_KEPT_EVENTS");
@@ -21,9 +25,9 @@ int open_file() {
 
 void keep_event(uint32_t event, uint32_t words) {
   static const int file = open_file();
-  if (file < 0 || kept.test((event & 0xFFFF) * kMostWords + words % kMostWords)) return;
+  if (file < 0 || kept.test(place_of(event, words))) return;
   const uint32_t pair[] = {event, words};
-  if (write(file, pair, sizeof pair) == sizeof pair) kept.set((event & 0xFFFF) * kMostWords + words % kMostWords);
+  if (write(file, pair, sizeof pair) == sizeof pair) kept.set(place_of(event, words));
 }
 
 }  // namespace doubles
