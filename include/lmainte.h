@@ -10,15 +10,18 @@
  *   4. lmainte_control_led ...     the actions: control programs, run under a time limit
  *   5. lmainte_show_psu_status     the unit's state afterwards
  *
- * Rules that hold for every function:
+ * Rules that hold where a function does not say otherwise:
  *
  * - One thread. The library runs on the caller's thread, starts no other, and guards none of its state. Control
- *   programs and the pager are child processes that are waited for before the call returns.
- * - Records and buffers are the caller's. The library allocates only for itself and frees before it returns; the two
- *   exceptions say so (lmainte_db_make_access_table, and the record buffers of the database client).
+ *   programs and the pager are child processes that are waited for before the call returns; the progress indicator of
+ *   lmainte_dot_start is a child that runs until lmainte_dot_end.
+ * - Records and buffers are the caller's. The library allocates only for itself and frees before it returns. Three
+ *   things outlive a call: the tables of lmainte_db_make_access_table, the record buffers that lmainte_scdb_get and
+ *   lmainte_scdb_lget hand over, and the list of units that are marked for replacement.
  * - Readers write only what the database holds: they never clear a record first. Clear it where you rely on the rest.
- * - Texts are looked up in the message catalogue "cli_cmn_msg" and are English without it. The command sets the locale and
- *   binds the catalogue (setlocale, bindtextdomain); the library does neither.
+ *   Only lmainte_get_ddca_data and lmainte_get_emgb_data_pair write whole records.
+ * - Texts are looked up in the message catalogue "cli_cmn_msg" and are English without it. The command sets the locale
+ *   and binds the catalogue (setlocale, bindtextdomain); the library does neither.
  * - Nothing is printed but what the function exists to show. A failure is a result and an error record in the trace.
  * - Results are 0 for success and LMAINTE_FAILED unless a function lists others.
  * - The functions behind the library are those of lmainte_platform.h.
@@ -197,27 +200,28 @@ enum { LMAINTE_POSITION_FRU = 0, LMAINTE_POSITION_UNIT = 1 };
 /*
  * Turns a unit's location, such as "/CMU#2/MEM#13A", into its position on this model.
  *
- * mode      LMAINTE_POSITION_FRU: type of the database records, ids counted from 0; LMAINTE_POSITION_UNIT: position code,
- *           own numbers
+ * mode      LMAINTE_POSITION_FRU: type of the database records, ids counted from 0; LMAINTE_POSITION_UNIT: position
+ *           code, own numbers
  * path      the location: one to six parts, each begun by "/", numbers in decimal without leading zeros
  * position  receives the position; written on success only
  *
  * Reads the model with lmainte_get_model_data, under its conditions, but for a path that no model could have.
  *
  * Returns 0; LMAINTE_FAILED for an unknown mode, a null argument or a model that is unknown or cannot be read;
- * LMAINTE_POSITION_UNKNOWN for a path that is malformed or names no location of the model, and with LMAINTE_POSITION_FRU
- * for a location that has no type in the database records.
+ * LMAINTE_POSITION_UNKNOWN for a path that is malformed or names no location of the model, and with
+ * LMAINTE_POSITION_FRU for a location that has no type in the database records.
  */
 int32_t lmainte_get_unit_position_id(uint32_t mode, const char *path, lmainte_unit_position *position);
 
-/* The same with LMAINTE_POSITION_FRU, in words: type, count and count ids are written on success only, the rest never. */
+/* The same with LMAINTE_POSITION_FRU, in words: type, count and count ids are written on success only, the rest
+ * never. */
 int32_t lmainte_convert_strtofrutype(const char *path, lmainte_fru_type *result);
 
 /*
  * Rewrite the parts of a memory module's location as the name tables have them. components has room for three parts.
  *
- * replace_mem_location     puts the second part before the third: "MEMB#5" and "MEM#2B" become "MEMB#5/MEM#2B", cut at 31
- *                          characters
+ * replace_mem_location     puts the second part before the third: "MEMB#5" and "MEM#2B" become "MEMB#5/MEM#2B", cut at
+ *                          31 characters
  * replace_mem_location_qa  makes three parts of two: the second moves to the third place, and a part numbered "0" with
  *                          empty texts takes its place; *count becomes 3
  *
@@ -266,8 +270,9 @@ int32_t lmainte_scdb_unlock(uint32_t db_id);
  * lmainte_scdb_get wants the database open and locked, lmainte_scdb_lget open only: it locks around the read.
  * lmainte_scdb_put takes no lock of its own.
  *
- * Each returns 0 or LMAINTE_FAILED: a database and a unit type that have no record together; a record that is missing or
- * of another size; a failed lock or unlock; data null. A record stays the caller's when the unlock after its read fails.
+ * Each returns 0 or LMAINTE_FAILED: a database and a unit type that have no record together; a record that is missing
+ * or of another size; a failed lock or unlock; data null. A record stays the caller's when the unlock after its read
+ * fails.
  */
 uint32_t lmainte_scdb_get(uint32_t db_id, uint32_t model, int32_t unit_type, uint32_t unit_no, void **buf);
 uint32_t lmainte_scdb_lget(uint32_t db_id, uint32_t model, int32_t unit_type, uint32_t unit_no, void **buf);
@@ -330,8 +335,8 @@ typedef struct UnitData {
   int32_t xsb;       /* extended system board to which the module belongs */
 } UnitData;
 
-/* The CMU of a system board. Source: the records "setup_cmu_info_%02d", "current_cmu_info_%02d", "fru_cmu_info_%02d" and
- * those of its modules, by the board's number. */
+/* The CMU of a system board. Source: the records "setup_cmu_info_%02d", "current_cmu_info_%02d", "fru_cmu_info_%02d"
+ * and those of its modules, by the board's number. */
 typedef struct CmuData {
   int32_t type;   /* LMAINTE_TYPE_CMU */
   int32_t number; /* board number */
@@ -400,7 +405,8 @@ typedef struct XsbData {
 /*
  * Reads extended system boards; high-end models only.
  *
- * xsb    a number: count boards from that number on; -1: count boards from 0 on. A number does not limit the read to one.
+ * xsb    a number: count boards from that number on; -1: count boards from 0 on. A number does not limit the read to
+ *        one.
  * count  not 0; the records that out holds
  *
  * Returns 0 or LMAINTE_FAILED: count 0, out null or a model that is no high-end one (no database is touched then); a
@@ -443,13 +449,17 @@ extern const lmainte_fan_count max_fan_num_qa[], max_fan_num_qb1[], max_fan_num_
  *
  * tray   a number: that tray only, into out[0]; -1: count trays, in the order of the operator's list. On qe1 that order
  *        is 2, 3, 4, 5, 0, 1, 6, 7 and so on, and the fans of the first six records are those of trays 0 to 5.
- * count  not 0; with -1, the records that out holds
+ * count  not 0; with -1, the records that out holds. Below 0 with -1, the call fails on the high end, and reads no tray
+ *        and returns 0 on the other models.
  * model  LMAINTE_MODEL_QB1 to LMAINTE_MODEL_QA
  *
- * A tray that is not installed needs no FRU record.
+ * A tray that is not installed needs no FRU record. On qe1 with -1, the names are fetched of trays 0 to count - 1,
+ * whatever the list shows: a count of 1 to 5 fails at the first installed tray whose number is count or above. Ask for
+ * 6 at least.
  *
  * Returns 0 or LMAINTE_FAILED: count 0, out null or an unknown model (no database is touched then); a tray that the
- * model lacks; a record missing or of the wrong size; a failed open, lock, unlock or close.
+ * model lacks; a record missing or of the wrong size; a failed open, lock, unlock or close. Records filled before the
+ * failure stay filled.
  */
 int32_t lmainte_get_fantray_data(int32_t tray, int32_t count, int32_t model, FantrayData *out);
 
@@ -492,15 +502,15 @@ typedef struct SystemStatus {
   uint32_t system_info_8; /* passed through */
 } SystemStatus;
 
-/* Reads the state of the system. Returns 0, or LMAINTE_FAILED and writes nothing: out null, the record missing or of the
- * wrong size, a failed open, lock, unlock or close. */
+/* Reads the state of the system. Returns 0, or LMAINTE_FAILED and writes nothing: out null, the record missing or of
+ * the wrong size, a failed open, lock, unlock or close. */
 int32_t lmainte_get_system_status(SystemStatus *out);
 
 /* The database holds nothing of the I/O expansion units: reads and writes nothing, leaves no trace, returns 0. */
 int32_t lmainte_get_iox_data(void);
 
-/* The backplane of qe1, or one of its two DDC units. Source: the record "current_bp32_info"; the name from "fru_bpa_info"
- * or "fru_ddca_info_%02d". */
+/* The backplane of qe1, or one of its two DDC units. Source: the record "current_bp32_info"; the name from
+ * "fru_bpa_info" or "fru_ddca_info_%02d". */
 typedef struct BpUnitData {
   int32_t type;   /* LMAINTE_TYPE_BP or LMAINTE_TYPE_DDC */
   int32_t number; /* 0; the DDC unit's number 0 or 1 */
@@ -560,26 +570,30 @@ typedef struct EmgbUnitData {
  *
  * Databases 2, 3 and 4 are opened and locked, so no higher one may be locked.
  *
- * Return 0 or LMAINTE_FAILED: count not above 0, out null, an unknown type or model, EMGBR units on another model than qe3
- * (no database is touched then); a record missing or of the wrong size; a unit that the record has no entry for; a failed
- * open, lock, unlock or close. Records filled before the failure stay filled.
+ * Return 0 or LMAINTE_FAILED: count not above 0, out null, an unknown type or model, EMGBR units on another model than
+ * qe3 (no database is touched then); a record missing or of the wrong size; a unit that the record has no entry for; a
+ * failed open, lock, unlock or close. Records filled before the failure stay filled.
  */
 int32_t lmainte_get_emgbu_data(int32_t unit, int32_t count, int32_t model, EmgbUnitData *out);
 int32_t lmainte_get_emgbr_data(int32_t unit, int32_t count, int32_t model, EmgbUnitData *out);
 int32_t lmainte_get_emgb_data(int32_t type, int32_t unit, int32_t count, int32_t model, EmgbUnitData *out);
 
 /* Reads every service processor unit of the model: one record on qa, qb1 and qb2; EMGBU 0 and 1 on qe1 and qe2; EMGBU 0
- * and 1, then EMGBR 0 and 1 on qe3. Results as above. */
+ * and 1, then EMGBR 0 and 1 on qe3. Results as above, but an unknown model fails only after the databases were opened
+ * and locked. */
 int32_t lmainte_get_emgb_data_all(int32_t model, EmgbUnitData *out);
 
 /*
- * Reads service processor units in pairs; high-end models only. Whole records are written, with zero bytes behind a name.
+ * Reads service processor units in pairs; high-end models only. Whole records are written, with zero bytes behind a
+ * name.
  *
  * unit  a number: on qe3 the EMGBU and the EMGBR of that number, on qe1 and qe2 the EMGBU; -1: all, on qe3 EMGBU 0,
  *       EMGBR 0, EMGBU 1, EMGBR 1
  *
- * A unit that does not exist is skipped: its record stays as it was. Results as above; also LMAINTE_FAILED when memory
- * runs out.
+ * A unit that does not exist is skipped: its record stays as it was.
+ *
+ * Results as of lmainte_get_emgb_data_all; also LMAINTE_FAILED for qa, qb1 and qb2 (no database is touched then) and
+ * when memory runs out. Nothing is written on failure.
  */
 int32_t lmainte_get_emgb_data_pair(int32_t unit, int32_t model, EmgbUnitData *out);
 
@@ -611,12 +625,12 @@ typedef struct PsuData {
 int32_t lmainte_get_psu_data(int32_t psu, int32_t count, int32_t model, PsuData *out);
 
 /*
- * Reads the record of any kind of unit through the reader that serves its type: LMAINTE_TYPE_CMU and _IOU an SbData, the
- * PSU types a PsuData, the fan tray types a FantrayData, LMAINTE_TYPE_DDC a BpUnitData. index, count, model and out are
- * handed to that reader.
+ * Reads the record of any kind of unit through the reader that serves its type: LMAINTE_TYPE_CMU and _IOU an SbData,
+ * the PSU types a PsuData, the fan tray types a FantrayData, LMAINTE_TYPE_DDC a BpUnitData. index, count, model and out
+ * are handed to that reader.
  *
- * Returns 0 or LMAINTE_FAILED: count 0, out null, an unknown model or type, a type that no reader serves here (the service
- * processor units), and all that fails the reader.
+ * Returns 0 or LMAINTE_FAILED: count 0, out null, an unknown model or type, a type that no reader serves here (the
+ * service processor units), and all that fails the reader.
  */
 int32_t lmainte_get_fru_data(int32_t type, int32_t index, int32_t count, int32_t model, void *out);
 
@@ -628,11 +642,11 @@ int32_t lmainte_get_fru_data(int32_t type, int32_t index, int32_t count, int32_t
  * index        the unit's number, not -1
  * record       room for one record of the type, overwritten on every look
  *
- * Waits five seconds, then looks up to five times a second apart until the state is there, then four times more, a second
- * apart, while it must stay.
+ * Waits five seconds, then looks up to five times a second apart until the state is there, then four times more, a
+ * second apart, while it must stay.
  *
- * Returns 0; LMAINTE_NOT_REACHED when the state was not reached or not kept; LMAINTE_FAILED for index -1, record null, an
- * unknown model or type, a read that fails, a failed open or close.
+ * Returns 0; LMAINTE_NOT_REACHED when the state was not reached or not kept; LMAINTE_FAILED for index -1, record null,
+ * an unknown model or type, a read that fails, a failed open or close.
  */
 int32_t lmainte_chk_fru_install(uint32_t expectation, int32_t type, int32_t index, int32_t model, void *record);
 
@@ -644,8 +658,8 @@ typedef struct lmainte_signal_entry {
   void (*handler)(int);
 } lmainte_signal_entry;
 
-/* A signal to block or unblock: how is SIG_BLOCK, SIG_UNBLOCK, or SIG_SETMASK, which leaves this signal as the only one in
- * the mask. A table ends with signo -1. */
+/* A signal to block or unblock: how is SIG_BLOCK, SIG_UNBLOCK, or SIG_SETMASK, which leaves this signal as the only one
+ * in the mask. A table ends with signo -1. */
 typedef struct lmainte_mask_entry {
   int32_t signo;
   int32_t how;
@@ -661,9 +675,12 @@ int32_t lmainte_signal_mask(const lmainte_mask_entry *table);
 
 /*
  * Reads the process id from a procedure information text: a decimal number at its start, up to its end or a comma.
+ * White space and a sign may stand before it.
  *
- * Returns the number; 0 for an empty text, which says that no procedure is under way, and for one that begins with a
- * comma; -1 for text null and for anything else. Whether there is such a process is the caller's to find out.
+ * Returns the number, which is negative where the text has a minus sign and from 2147483648 on; 0 for an empty text,
+ * which says that no procedure is under way, and for one that begins with a comma; -1 for text null, for anything else,
+ * and for a number beyond 32 bits. A result below 1 is no process, and may not be given to kill. Whether there is a
+ * process of another number is the caller's to find out.
  */
 int32_t lmainte_get_pid(const char *text);
 
@@ -775,21 +792,21 @@ int32_t lmainte_detach_fru(int32_t time_limit, const UnitRecord *unit);
 /* Tests the unit. Program testfru. Also LMAINTE_TEST_FAILED (exit status 128 or 208). */
 int32_t lmainte_test_fru(int32_t time_limit, const UnitRecord *unit);
 
-/* Tests the system board of the record's number. Program testsb. LMAINTE_TEST_FAILED for every exit status but 0, 1, 3, 8
- * and 127. */
+/* Tests the system board of the record's number. Program testsb. LMAINTE_TEST_FAILED for every exit status but 0, 1, 3,
+ * 8 and 127. */
 int32_t lmainte_test_sb(int32_t time_limit, const UnitRecord *unit);
 
 /* Sets up the system board of the record's number as one extended system board (division 1), mirrored (mirror 1) or not
  * (0), or as four (division 4, mirror 0). Program setupfru. Also LMAINTE_SETUP_FAILED (exit status 6, 136 or 137). */
 int32_t lmainte_set_xsb(int32_t division, int32_t mirror, int32_t time_limit, const UnitRecord *unit);
 
-/* Unassigns the extended system boards of the system board of the record's number: one (division 1) or all four (division
- * 4). Program deleteboard. Also LMAINTE_CLEAR_FAILED (exit status 6, 7, 128, 131, 132, 133 or 136). */
+/* Unassigns the extended system boards of the system board of the record's number: one (division 1) or all four
+ * (division 4). Program deleteboard. Also LMAINTE_CLEAR_FAILED (exit status 6, 7, 128, 131, 132, 133 or 136). */
 int32_t lmainte_clear_xsb(int32_t division, int32_t time_limit, const UnitRecord *unit);
 
 /* Links a CMU or an IOU up (LMAINTE_LINK_UP) or down. Program linkboard. Also LMAINTE_LINK_FAILED (exit status 128 or
- * 226), and LMAINTE_FAILED for a record of another type. The name is cut where the argument line exceeds 127 characters,
- * and a percent sign in it is a conversion. */
+ * 226), and LMAINTE_FAILED for a record of another type. The name is cut where the argument line exceeds 127
+ * characters, and a percent sign in it is a conversion. */
 int32_t lmainte_link_board(int32_t mode, int32_t time_limit, const UnitRecord *unit);
 
 /* Checks the speed of the fans of the unit with this location name. Program chkfanspeed. Also LMAINTE_FANSPEED_FAILED
@@ -881,8 +898,18 @@ int32_t lmainte_show_menu(const ListLine *lines);
  */
 enum { LMAINTE_BOARD_CMU = 0, LMAINTE_BOARD_IOU = 1, LMAINTE_BOARD_BOTH = 2 };
 
-/* A line per board: the CMU, the IOU or both (kind), its four domains, its power and its state. xsbs is indexed by the
- * number of the extended system board. LMAINTE_FAILED also for an unknown kind. */
+/*
+ * A line per board: the CMU, the IOU or both (kind), its four domains, its power and its state.
+ *
+ * xsbs  indexed by the number of the extended system board: for each board whose CMU is installed it must hold the
+ *       records of all four numbers in cmu.xsb, and those from cmu.xsb[0] to cmu.xsb[0] + 3
+ *
+ * A domain is a number up to 23, or SP for none; power is On when one of the four records from cmu.xsb[0] on is active.
+ * A board whose CMU is not installed has -- for each domain and --- for power. A * behind the state says that a module
+ * or component of the board is faulted or degraded; a status of all ones leaves the state empty.
+ *
+ * LMAINTE_FAILED also for an unknown kind.
+ */
 int32_t lmainte_show_cmu_iou_list(int32_t unused, uint32_t kind, uint32_t count, const SbData *boards,
                                   const XsbData *xsbs, const ListLine *lines);
 int32_t lmainte_show_fantray_list(int32_t unused, uint32_t count, const FantrayData *trays, const ListLine *lines);
@@ -908,13 +935,14 @@ typedef struct IoxListData {
 int32_t lmainte_show_iounit_list(int32_t unused, uint32_t boards, uint32_t expansions, const SbData *sb,
                                  const IoxListData *iox, const ListLine *lines);
 
-/* A line per installed PCI slot of the board's IOU; of an I/O boat, after a line for the boat itself. Slots that are not
- * installed take no number. */
+/* A line per installed PCI slot of the board's IOU, where slots is at most 8; of an I/O boat, where it is at most 7,
+ * after a line for the boat itself with number and power of its first slot. Slots that are not installed take no
+ * number. */
 int32_t lmainte_show_ioupci_list(int32_t unused, uint32_t slots, const SbData *board, const ListLine *lines);
 int32_t lmainte_show_ioxpci_list(int32_t unused, uint32_t slots, const IoxBoatData *boat, const ListLine *lines);
 
-/* The empty lists of I/O expansion units and their power supplies: an empty file in the current directory is shown. Each
- * returns 0, whatever happens. units may be null. */
+/* The empty lists of I/O expansion units and their power supplies: an empty file in the current directory is shown.
+ * Each returns 0, whatever happens. units may be null. */
 int32_t lmainte_show_iox_list(int32_t unused, const void *units, const ListLine *lines);
 int32_t lmainte_show_ioxpsu_list(int32_t unused, const void *units, const ListLine *lines);
 
@@ -924,8 +952,8 @@ int32_t lmainte_show_fantray_status(int32_t unused, const FantrayData *tray, con
 int32_t lmainte_show_psu_status(int32_t unused, const PsuData *psu, const ListLine *lines);
 int32_t lmainte_show_ddca_status(int32_t unused, const BpUnitData *ddc, const ListLine *lines);
 
-/* The CMU with its installed CPU modules and memory modules, the IOU, or both (kind). LMAINTE_FAILED also for an unknown
- * kind. */
+/* The CMU with its installed CPU modules and memory modules, the IOU, or both (kind). LMAINTE_FAILED also for an
+ * unknown kind. */
 int32_t lmainte_show_sb_status(int32_t unused, uint32_t kind, const SbData *board, const ListLine *lines);
 
 /* Shows nothing, leaves no trace, and leaves a file "tmp" in the current directory. Returns 0, or LMAINTE_FAILED when
@@ -940,14 +968,15 @@ typedef struct DotParam {
 } DotParam;
 
 /*
- * Starts a child process that shows the seconds that pass: a dot every five, the number every thirty, a new line every 240,
- * and "done" at the end. The caller prints nothing until lmainte_dot_end.
+ * Starts a child process that shows the seconds that pass: a dot every five, the number every thirty, a new line every
+ * 240, and "done" at the end. The caller prints nothing until lmainte_dot_end.
  *
  * Returns the child's process id, or -1: request null, enable 0, seconds below 1, no child could be made.
  */
 int32_t lmainte_dot_start(const DotParam *request);
 
-/* Stops the indicator and waits for its end, when the line on the terminal is finished. A pid of 0 or below is refused. */
+/* Stops the indicator and waits for its end, when the line on the terminal is finished. A pid of 0 or below is
+ * refused. */
 void lmainte_dot_end(int32_t pid);
 
 /* The indicator's handler of SIGTERM: sets sig_catch, at which the indicator ends. */
@@ -968,8 +997,8 @@ extern const lmainte_event_code rep_code[], add_code[], del_code[];
 /*
  * Sends a request to a daemon and waits for its reply.
  *
- * request, reply  message buffers of the common interface; the request's second and third word are recorded in the trace,
- *                 the reply is written by lcmn_receive alone
+ * request, reply  message buffers of the common interface; the request's second and third word are recorded in the
+ *                 trace, the reply is written by lcmn_receive alone
  * descriptor      the daemon's descriptor of the common interface
  * time_limit      seconds to wait, above 0
  *
@@ -1010,16 +1039,17 @@ typedef struct lmainte_swap_fru {
 } lmainte_swap_fru;
 
 /*
- * The list of units that are marked for replacement: one in the process, sorted by class and number, no unit twice. A unit
- * is marked when bit 15 of its status word is set.
+ * The list of units that are marked for replacement: one in the process, sorted by class and number, no unit twice. A
+ * unit is marked when bit 15 of its status word is set.
  *
  * lmainte_init_swap_fru_list        makes the list anew from the inventory; empty when bit 15 of the system's status is
  *                                   clear. model_data as lmainte_get_model_data fills it.
- * lmainte_add_swap_fru_to_list      reads one unit and adds it if it is marked
+ * lmainte_add_swap_fru_to_list      reads one unit and adds it if it is marked. 0xFFFFFFFF is the reader's -1 with a
+ *                                   count of 1: the unit that it lists first
  * lmainte_delete_swap_fru_from_list takes a unit out, if it is in
  *
- * They return the number of units in the list. The first two return -1 when model_data is null, the model or the type is
- * unknown, a reader fails or memory runs out; what was added before stays.
+ * They return the number of units in the list. The first two return -1 when model_data is null, the model or the type
+ * is unknown, a reader fails or memory runs out; what was added before stays.
  */
 int32_t lmainte_init_swap_fru_list(const lmainte_model_data *model_data);
 int32_t lmainte_add_swap_fru_to_list(uint32_t unit_type, uint32_t unit_no);
@@ -1041,13 +1071,16 @@ typedef int32_t (*lmainte_pinfo_provider)(char *text, int32_t size);
 extern lmainte_pinfo_provider pinfo_t[8];
 
 /*
- * The procedure information: a text of at most 255 characters, the items of pinfo_t with commas between them, that tells
- * other commands who works. An empty file says that nobody does.
+ * The procedure information: a text of at most 255 characters, the items of pinfo_t with commas between them, that
+ * tells other commands who works. An empty file says that nobody does.
  *
- * put    replaces the file's content by the text; clear empties it; get reads up to 256 bytes from the descriptor's
- *        position. buffer holds 256 bytes: clear it first, no NUL is written.
- * f...   do the same with a file by its path, between lcmn_lopen and lcmn_close; only lmainte_fput_pinfo makes the file,
- *        with the permission bits in mode.
+ * put    replaces the file's content by the text. Where the write fails, the file is left empty; a write that takes
+ *        only a part of the text counts as a success.
+ * clear  empties the file
+ * get    reads up to 256 bytes from the descriptor's position and writes no NUL: give it 257 bytes, all 0, and the text
+ *        is ended whatever the file holds. An empty file leaves buffer as it was.
+ * f...   do the same with a file by its path, between lcmn_lopen and lcmn_close; only lmainte_fput_pinfo makes the
+ *        file, with the permission bits in mode.
  *
  * Each returns 0, or LMAINTE_FAILED: path or buffer null, a provider that fails (the file stays as it was), a file that
  * cannot be opened, cut, written, read or closed.
