@@ -12,7 +12,7 @@ namespace {
 
 using box::Bytes;
 
-std::string numbered(std::string pattern, int number, int digits) {
+std::string numbered(const std::string &pattern, int number, int digits) {
   std::string text = std::to_string(number);
   text.insert(0, static_cast<std::size_t>(digits) - text.size(), '0');
   return pattern + text;
@@ -144,16 +144,16 @@ TEST_P(NewServer, NumbersItsPciSlots) {
 TEST_P(NewServer, HandsAnotherValueThroughForEveryUnit) {
   for (int board = 0; board < GetParam().boards; ++board) {
     const std::string number = numbered("", board, 2);
-    for (const std::size_t at : {0, 4})
+    for (const std::size_t at : {0UL, 4UL})
       add_value("setup " + number, word(record(1, "setup_cmu_info_" + number, 256), at));
-    for (const std::size_t at : {24, 28, 44}) {
+    for (const std::size_t at : {24UL, 28UL, 44UL}) {
       add_value("current " + number, word(record(2, "current_cmu_info_" + number, 1760), at));
     }
   }
   values_.clear();
   for (int xsb = 0; high_end() && xsb < GetParam().boards * 4; ++xsb) {
     const Bytes &current = record(2, numbered("current_xsb_info_", xsb, 2), 152);
-    for (const std::size_t at : {0, 52}) add_value("XSB " + std::to_string(xsb), word(current, at));
+    for (const std::size_t at : {0UL, 52UL}) add_value("XSB " + std::to_string(xsb), word(current, at));
     record(1, numbered("setup_xsb_info_", xsb, 2), 192);
   }
   values_.clear();
@@ -168,7 +168,7 @@ TEST_P(NewServer, HandsAnotherValueThroughForEveryUnit) {
     add_value("PSU " + std::to_string(psu), psus.at(56 * static_cast<std::size_t>(psu) + 24));
   }
   values_.clear();
-  for (const std::size_t at : {0, 4, 12, 16}) add_value("local", word(record(3, "local_mgb_info", 280), at));
+  for (const std::size_t at : {0UL, 4UL, 12UL, 16UL}) add_value("local", word(record(3, "local_mgb_info", 280), at));
   EXPECT_EQ(record(3, "local_mgb_info", 280).at(20), 0);
   add_value("system", word(record(2, "current_system_info", 176), 32));
   EXPECT_EQ(word(record(2, "current_system_info", 176), 8), 0x80000000u);
@@ -220,9 +220,9 @@ TEST_P(NewServer, NamesEveryUnitDifferently) {
     add_name("fru_ddca_info_01", 320, 64);
     const Bytes &bp = record(2, "current_bp32_info", 1008);
     EXPECT_EQ(box::unit_name(3, {word(bp, 0), word(bp, 4)}), "/BP_A#0");
-    EXPECT_EQ(box::unit_name(3, {word(bp, 4 * 114), word(bp, 4 * 115)}), "/DDC_A#0");
-    EXPECT_EQ(box::unit_name(3, {word(bp, 4 * 124), word(bp, 4 * 125)}), "/DDC_A#1");
-    EXPECT_EQ(word(bp, 4 * 126), 0x80000000u);
+    EXPECT_EQ(box::unit_name(3, {word(bp, 456), word(bp, 460)}), "/DDC_A#0");
+    EXPECT_EQ(box::unit_name(3, {word(bp, 496), word(bp, 500)}), "/DDC_A#1");
+    EXPECT_EQ(word(bp, 504), 0x80000000u);
   }
 }
 

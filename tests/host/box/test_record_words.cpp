@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+
 namespace {
 
 // What is word and what is byte, at the places that readers look at.
@@ -38,10 +40,7 @@ const Row kRows[] = {
 };
 
 bool holds(const std::vector<std::size_t> &words, std::size_t at) {
-  for (const std::size_t word : words) {
-    if (at >= word && at < word + 4) return true;
-  }
-  return false;
+  return std::ranges::any_of(words, [&](std::size_t word) { return at >= word && at < word + 4; });
 }
 
 TEST(RecordWords, AreWhereTheReadersLook) {

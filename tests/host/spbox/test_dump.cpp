@@ -94,7 +94,7 @@ TEST_F(Dump, ChangesInTheLinesOfWhatChanged) {
   std::istringstream before(read("before")), after(read("after"));
   std::string one, other, changes;
   while (std::getline(before, one) && std::getline(after, other)) {
-    if (one != other) changes += one + "\n" + other + "\n";
+    if (one != other) changes.append(one).append("\n").append(other).append("\n");
   }
   EXPECT_EQ(changes,
             "  1752: 00000000 00000000 20000000 00000000\n"
