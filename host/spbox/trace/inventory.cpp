@@ -115,12 +115,12 @@ constexpr Phrase kProcessorUnitsByType[] = {
     error(2, "the units were not read", "type", "result"),
 };
 constexpr Phrase kReadProcessorUnits[] = {
-    error(1, "the current record was not read", "type"),
+    error(1, "the current record was not read", "result", "type"),
     error(2, "no such service processor unit", "number"),
-    error(3, "the unit's FRU record was not read", "number"),
+    error(3, "the unit's FRU record was not read", "result", "number"),
 };
 constexpr Phrase kMergeLocal[] = {
-    error(1, "the local record was not read", "type"),
+    error(1, "the local record was not read", "result", "type"),
 };
 constexpr Phrase kSeveralProcessorUnits[] = {
     error(1, "the records are null"),
