@@ -41,6 +41,13 @@ compile() {
   cmake --build "build/$preset" --parallel "$jobs" "${targets[@]}"
 }
 
+# built_library PRESET: where its shared library lies. A check of a library that is not there would find nothing wrong.
+built_library() {
+  local library=build/$1/liblmainte.so.1
+  if [[ ! -f $library ]]; then die "$library is not built. './dev check library' builds it."; fi
+  echo "$library"
+}
+
 # sources: every C and C++ file of ours, NUL-separated.
 sources() {
   find include src host examples tests bench \( -name '*.h' -o -name '*.c' -o -name '*.cpp' \) -print0 2>/dev/null
