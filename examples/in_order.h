@@ -9,6 +9,7 @@
 #include <cerrno>
 #include <csignal>
 #include <cstdio>
+#include <initializer_list>
 
 #include "lmainte.h"
 
