@@ -1,5 +1,5 @@
-// Runs the benchmarks and prints, for each pair of a floor and the library, how many times the floor the library takes: the
-// medians of many runs.
+// Runs the benchmarks and prints, for each pair of a floor and the library, how many times the floor the library takes:
+// the medians of many runs.
 
 #include <benchmark/benchmark.h>
 
@@ -27,14 +27,28 @@ class Ratios : public benchmark::BenchmarkReporter {
 
   void Finalize() override {
     std::printf("%-44s %12s %12s %8s\n", "", "floor", "library", "ratio");
-    for (auto &[row, times] : rows_) {
-      std::printf("%-44s %9.0f ns %9.0f ns %8.2f\n", row.c_str(), times["floor"], times["library"],
-                  times["library"] / times["floor"]);
+    for (const auto &[row, times] : rows_) {
+      std::printf("%-44s", row.c_str());
+      print_time(times, "floor");
+      print_time(times, "library");
+      // A filter may have left out one of the two.
+      if (times.size() == 2) std::printf(" %8.2f", times.at("library") / times.at("floor"));
+      std::printf("\n");
     }
   }
 
  private:
-  std::map<std::string, std::map<std::string, double>> rows_;
+  using Times = std::map<std::string, double>;
+
+  static void print_time(const Times &times, const std::string &half) {
+    const auto time = times.find(half);
+    if (time == times.end())
+      std::printf(" %12s", "-");
+    else
+      std::printf(" %9.0f ns", time->second);
+  }
+
+  std::map<std::string, Times> rows_;
 };
 
 }  // namespace
@@ -49,6 +63,7 @@ int main(int argc, char **argv) {
   bench::add_readers();
   int count = static_cast<int>(arguments.size());
   benchmark::Initialize(&count, arguments.data());
+  if (benchmark::ReportUnrecognizedArguments(count, arguments.data())) return 1;
   Ratios ratios;
   benchmark::RunSpecifiedBenchmarks(&ratios);
 }
