@@ -7,7 +7,7 @@
 #include <sstream>
 #include <stdexcept>
 
-#include "host/terminal/technician.h"
+#include "host/terminal/run.h"
 
 namespace terminal {
 namespace {

@@ -10,7 +10,7 @@
 #include <string_view>
 #include <vector>
 
-#include "host/terminal/technician.h"
+#include "host/terminal/run.h"
 #include "host/terminal/terminal.h"
 
 namespace end_to_end {

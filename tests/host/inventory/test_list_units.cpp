@@ -3,7 +3,7 @@
 #include <sstream>
 
 #include "host/box/database.h"
-#include "host/terminal/technician.h"
+#include "host/terminal/run.h"
 #include "tests/host/inventory/bent_box.h"
 
 namespace {

@@ -2,7 +2,7 @@
 
 #include <sstream>
 
-#include "host/terminal/technician.h"
+#include "host/terminal/run.h"
 #include "tests/host/inventory/bent_box.h"
 
 namespace {

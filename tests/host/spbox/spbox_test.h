@@ -10,7 +10,7 @@
 #include "host/box/inventory.h"
 #include "host/box/place.h"
 #include "host/box/programs.h"
-#include "host/terminal/technician.h"
+#include "host/terminal/run.h"
 #include "tests/host/box/scratch.h"
 
 using Words = std::vector<std::string>;

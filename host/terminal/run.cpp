@@ -1,4 +1,4 @@
-#include "host/terminal/technician.h"
+#include "host/terminal/run.h"
 
 #include <fcntl.h>
 #include <spawn.h>

@@ -1,4 +1,4 @@
-// The technician's hands: a tool run beside the operator's terminal, and what it prints.
+// Runs a program to its end and takes what it prints.
 #pragma once
 
 #include <string>
