@@ -1,4 +1,4 @@
-// Every list and every status table on every model that has such units, on a terminal, through the pager, word for word.
+// The lists and status tables of what the database holds, on each model, on a terminal, through the pager, word for word.
 
 #include <charconv>
 
