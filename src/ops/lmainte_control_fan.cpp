@@ -31,11 +31,8 @@ int32_t lmainte_control_fan(int32_t mode, int32_t time_limit, const char *unit_n
     return LMAINTE_FAILED;
   }
   call.point(2, kOperation.command_id, mode);
-  const char *speed = kOperation.line_of(mode);
-  if (speed == nullptr) {
-    call.error(2, mode);
-    return LMAINTE_FAILED;
-  }
+  const char *speed = lmainte::find_line(call, kOperation, 2, mode);
+  if (speed == nullptr) return LMAINTE_FAILED;
   if (mode == LMAINTE_FAN_FULL && unit_name == nullptr) {
     call.error(3, mode);
     return LMAINTE_FAILED;

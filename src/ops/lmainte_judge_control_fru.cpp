@@ -24,11 +24,8 @@ int32_t lmainte_judge_control_fru(int32_t mode, int32_t time_limit, const UnitRe
   const lmainte::Call call(trace, kBlock);
   if (!lmainte::is_ready(call, time_limit, unit)) return LMAINTE_FAILED;
   call.point(2, unit->type, unit->number);
-  const char *line = kOperation.line_of(mode);
-  if (line == nullptr) {
-    call.error(3, mode);
-    return LMAINTE_FAILED;
-  }
+  const char *line = lmainte::find_line(call, kOperation, 3, mode);
+  if (line == nullptr) return LMAINTE_FAILED;
   const int32_t status = lmainte_exec(kOperation.command_id, time_limit, line, unit->name);
   return lmainte::judge(call, kOperation, 3, 4, status);
 }

@@ -25,11 +25,8 @@ int32_t lmainte_link_board(int32_t mode, int32_t time_limit, const UnitRecord *u
     call.error(3, unit->type);
     return LMAINTE_FAILED;
   }
-  const char *direction = kOperation.line_of(mode);
-  if (direction == nullptr) {
-    call.error(4, mode);
-    return LMAINTE_FAILED;
-  }
+  const char *direction = lmainte::find_line(call, kOperation, 4, mode);
+  if (direction == nullptr) return LMAINTE_FAILED;
   char line[128];
   if (snprintf(line, sizeof line, "-u %s -c %s", unit->name, direction) < 0) line[0] = '\0';
   // The line itself is the runner's format: a percent sign in a unit's name is a conversion there.

@@ -55,6 +55,9 @@ int32_t judge(const Call &call, const Operation &operation, Point status_point, 
 // Checks what every operation on a unit needs, as the block's errors 1 and 2.
 bool is_ready(const Call &call, int32_t time_limit, const void *unit);
 
+// The argument line of a mode. Null, with this error, where the operation has none.
+const char *find_line(const Call &call, const Operation &operation, Point error_point, int32_t mode);
+
 // Records the unit and the control program of an operation on a system board, as the block's points 2 and 3.
 void record_board(const Call &call, const Operation &operation, const UnitRecord &unit);
 

@@ -6,12 +6,15 @@
 
 #include <algorithm>
 #include <cstdlib>
+#include <fstream>
 #include <functional>
+#include <map>
 #include <set>
 
 #include <gtest/gtest.h>
 
 #include "tests/unit/doubles/library_test.h"
+#include "tests/unit/doubles/units.h"
 
 namespace {
 
@@ -28,53 +31,19 @@ struct Row {
   std::function<void()> prepare = [] {};
 };
 
-void put_numbered(uint32_t db_id, const char *pattern, int count, size_t size) {
-  for (int n = 0; n < count; ++n) {
-    char name[64];
-    std::snprintf(name, sizeof name, pattern, n);
-    machine().records[{db_id, name}] = {Bytes(size, 0x84)};
-  }
-}
-
-void put_board() {
-  put_numbered(1, "setup_cmu_info_%02d", 1, 256);
-  put_numbered(2, "current_cmu_info_%02d", 1, 1760);
-  put_numbered(2, "current_cpu_module_info_%02d", 1, 2976);
-  put_numbered(2, "current_dimm_info_%02d", 1, 1792);
-  put_numbered(2, "current_iou_info_%02d", 1, 2016);
-  put_numbered(4, "fru_cmu_info_%02d", 1, 8192);
-  put_numbered(4, "fru_cpu_info_%02d", 4, 8192);
-  put_numbered(4, "fru_dimm_info_%03d", 32, 256);
-  put_numbered(4, "fru_iou_qe_info_%02d", 1, 8192);
-  put_numbered(1, "setup_xsb_info_%02d", 2, 192);
-  put_numbered(2, "current_xsb_info_%02d", 2, 152);
-}
-
-void put_other_units() {
-  put_numbered(2, "current_fantray_info", 1, 6912);
-  put_numbered(4, "fru_fan_qe_info_%02d", 2, 256);
-  put_numbered(2, "current_domain_info_%02d", 2, 1464);
-  put_numbered(2, "current_bp32_info", 1, 1008);
-  put_numbered(4, "fru_bpa_info", 1, 8192);
-  put_numbered(4, "fru_ddca_info_%02d", 2, 320);
-  put_numbered(2, "current_mgb_info", 1, 160);
-  put_numbered(2, "current_mgbr_info", 1, 48);
-  put_numbered(3, "local_mgb_info", 1, 280);
-  put_numbered(4, "fru_emgbu_info_%02d", 4, 8192);
-}
-
 void put_inventory() {
-  machine().records[{2, "current_system_info"}] = {Bytes(176)};
+  doubles::put_units();
+  doubles::put_system_status(0x8000);
   machine().records[{1, "setup_system_info"}] = {Bytes(248)};
   machine().records[{0, "gen_system_info"}] = {Bytes(1408, 1)};
-  machine().records[{2, "current_psu_info"}] = {Bytes(3360, 0xFF)};
-  for (const char *name : {"fru_psu_qe_info_00", "fru_psu_qe_info_01"}) machine().records[{4, name}] = {Bytes(320, 4)};
-  put_board();
-  put_other_units();
   machine().files["/mgb/cli/etc/controltime_qb"] = Bytes(256, 1);
   machine().files["/mgb/cli/etc/cmdtime_qb"] = Bytes(128, 1);
   machine().markers = {"/tmp/.qb1"};
   machine().names[{0, 0}] = "/PSU#0";
+}
+
+void mark_units() {
+  for (const int32_t type : {16, 80, 161, 180}) doubles::put_status(type, 0, 0x80008000);
 }
 
 int32_t use_a_session() {
@@ -196,10 +165,19 @@ int32_t list_marked_units() {
   lmainte_model_data data = {};
   data.model = 5;
   for (auto &slot : data.unit) slot.max_count = 1;
-  machine().records[{2, "current_system_info"}] = {Bytes(176, 0xFF)};
   const int32_t result = lmainte_init_swap_fru_list(&data);
   lmainte_free_swap_fru_list();
   return result == 4 ? 0 : result;
+}
+
+int32_t add_a_marked_unit() {
+  lmainte_model_data data = {};
+  data.model = 3;
+  doubles::put_system_status(0);
+  if (lmainte_init_swap_fru_list(&data) != 0) return -1;
+  const int32_t result = lmainte_add_swap_fru_to_list(161, 0);
+  lmainte_free_swap_fru_list();
+  return result == 1 ? 0 : result;
 }
 
 constexpr int32_t kDaemon = 9;
@@ -227,6 +205,29 @@ void put_procedure() {
   machine().files[kProcedure] = Bytes(4, '1');
 }
 
+// With a file that the caller has opened, and closes.
+constexpr int32_t kFd = 7;
+
+template <class Call>
+int32_t with_procedure(Call call) {
+  put_procedure();
+  machine().descriptors[kFd] = {kProcedure, 0};
+  const int32_t result = call();
+  machine().descriptors.erase(kFd);
+  return result;
+}
+
+int32_t put_information() {
+  return with_procedure([] { return lmainte_put_pinfo(kFd); });
+}
+int32_t clear_information() {
+  return with_procedure([] { return lmainte_clear_pinfo(kFd); });
+}
+int32_t get_information() {
+  char text[256] = {};
+  return with_procedure([&text] { return lmainte_get_pinfo(kFd, text); });
+}
+
 int32_t ask() {
   int32_t choice = 0;
   int32_t result = 0;
@@ -239,8 +240,8 @@ const UnitRecord kUnit = {161, 0, 0, {0, 0}, "/PSU#0"};
 const UnitRecord kBoard = {16, 0, 0, {0, 0}, "/CMU#0"};
 const PsuData kPsus[2] = {};
 const ListLine kLines[] = {doubles::head("h\n"), doubles::foot("f\n"), doubles::end_mark()};
-const std::set<std::string> kPager = {"waitpid", "fclose"};
-const std::set<std::string> kEmptyList = {"fopen", "fclose", "fork", "waitpid", "system"};
+const std::set<std::string> kPager = {"waitpid", "fclose", "sigprocmask"};
+const std::set<std::string> kEmptyList = {"fopen", "fclose", "fork", "waitpid", "sigprocmask", "system"};
 const std::set<std::string> kDots = {"waitpid", "kill", "sigprocmask"};
 
 const SbData kBoards[1] = {};
@@ -286,17 +287,39 @@ void hang() {
   machine().programs = {doubles::ignores_sigterm()};
 }
 
-const std::vector<Row> &rows() {
+const std::vector<Row> &frame_rows() {
+  static const std::vector<Row> kRows = {
+      {"exec", [] { return lmainte_exec(0, 2, "-c lock"); }, {127}, {}, 0x110C0020},
+      {"exec_of_a_hung_program", [] { return lmainte_exec(0, 2, "-c lock") - 127; }, {0}, {}, 0x110C0020, hang},
+      {"signal", [] { return lmainte_signal(kHandlers); }, {8}, {}, 0x110C0390},
+      {"signal_mask", [] { return lmainte_signal_mask(kMasks); }, {}, {"sigprocmask"}, 0x110C0398},
+  };
+  return kRows;
+}
+
+const std::vector<Row> &db_rows() {
   static const std::vector<Row> kRows = {
       {"scdb", use_a_session, {-1}, {}},
       {"access_table", read_a_table, {-1}, {}},
-      {"get_model_data", get_model, {8}, {"stat"}, 0x110C0440},
-      {"get_psu_data", get_psus, {8}, {}, 0x110C0400},
       {"scdb_get", read_under_a_lock, {8}, {}},
       {"scdb_lget", read_one_record, {8}, {}},
       {"scdb_put", [] { return static_cast<int32_t>(lmainte_scdb_put(1, 3, 16, 0, &kRecord)); }, {8}, {}, 0x110C81D0},
+  };
+  return kRows;
+}
+
+const std::vector<Row> &model_rows() {
+  static const std::vector<Row> kRows = {
+      {"get_model_data", get_model, {8}, {"stat"}, 0x110C0440},
       {"get_unit_position_id", get_position, {8}, {"stat"}, 0x110C04A0},
       {"convert_strtofrutype", convert, {8}, {"stat"}, 0x110C0520},
+  };
+  return kRows;
+}
+
+const std::vector<Row> &inventory_rows() {
+  static const std::vector<Row> kRows = {
+      {"get_psu_data", get_psus, {8}, {}, 0x110C0400},
       {"get_sb_data", get_boards, {8}, {}, 0x110C0030},
       {"get_xsb_data", get_xsbs, {8}, {}, 0x110C8000},
       {"get_fantray_data", get_fantrays, {8}, {}, 0x110C03E0},
@@ -311,8 +334,14 @@ const std::vector<Row> &rows() {
       {"get_emgb_data", get_emgbs, {8}, {}, 0x110C8228},
       {"get_emgb_data_all", get_all_emgbs, {8}, {}, 0x110C82E0},
       {"get_emgb_data_pair", get_emgb_pairs, {8}, {}, 0x110C82E0},
-      {"exec", [] { return lmainte_exec(0, 2, "-c lock"); }, {127}, {}, 0x110C0020},
-      {"exec_of_a_hung_program", [] { return lmainte_exec(0, 2, "-c lock") - 127; }, {0}, {}, 0x110C0020, hang},
+      {"get_fru_data", get_fru, {8}, {}, 0x110C06A0},
+      {"chk_fru_install", check_install, {8}, {"sleep"}, 0x110C06B0},
+  };
+  return kRows;
+}
+
+const std::vector<Row> &ops_rows() {
+  static const std::vector<Row> kRows = {
       {"control_mainte", [] { return lmainte_control_mainte(1, 2); }, {8}, {}, 0x110C02F0},
       {"report_vanta", [] { return lmainte_report_vanta(0, 2); }, {8}, {}, 0x110C0300},
       {"control_fan", [] { return lmainte_control_fan(2, 2, "/FAN_A#0"); }, {8}, {}, 0x110C0310},
@@ -328,14 +357,29 @@ const std::vector<Row> &rows() {
       {"set_xsb", [] { return lmainte_set_xsb(4, 0, 2, &kBoard); }, {8}, {}, 0x110C81A0},
       {"clear_xsb", [] { return lmainte_clear_xsb(4, 2, &kBoard); }, {8}, {}, 0x110C81B0},
       {"link_board", [] { return lmainte_link_board(1, 2, &kBoard); }, {8}, {}, 0x110C81E0},
-      {"get_fru_data", get_fru, {8}, {}, 0x110C06A0},
-      {"chk_fru_install", check_install, {8}, {"sleep"}, 0x110C06B0},
+      {"clear_status", [] { return lmainte_clear_status(2, &kClearing); }, {8}, {}, 0x110C0470},
+  };
+  return kRows;
+}
+
+const std::vector<Row> &state_rows() {
+  static const std::vector<Row> kRows = {
       {"ipc_communicate", communicate, {8}, {}, 0x110C03D0},
       {"send_event", send_event, {8}, {}, 0x110C0500},
-      {"init_swap_fru_list", list_marked_units, {-1}, {}},
+      {"init_swap_fru_list", list_marked_units, {-1}, {}, 0, mark_units},
+      {"add_swap_fru_to_list", add_a_marked_unit, {-1}, {}, 0, mark_units},
+      {"put_pinfo", put_information, {8}, {}, 0x110C0700},
+      {"clear_pinfo", clear_information, {8}, {}, 0x110C0710},
+      {"get_pinfo", get_information, {8}, {}, 0x110C0720},
       {"fput_pinfo", [] { return lmainte_fput_pinfo(kProcedure, 0600); }, {8}, {}, 0x110C0730},
       {"fclear_pinfo", [] { return lmainte_fclear_pinfo(kProcedure); }, {8}, {}, 0x110C0740, put_procedure},
       {"fget_pinfo", get_procedure, {8}, {}, 0x110C0750, put_procedure},
+  };
+  return kRows;
+}
+
+const std::vector<Row> &dialogue_rows() {
+  static const std::vector<Row> kRows = {
       {"tty_control", [] { return lmainte_tty_control(0, 1); }, {8}, {}, 0x110C0010},
       {"tty_control_flush", [] { return lmainte_tty_control(2, 1); }, {8}, {}, 0x110C0010},
       {"ask_select", ask, {-1}, {}, 0x110C0000},
@@ -355,12 +399,51 @@ const std::vector<Row> &rows() {
       {"show_ddca_status", [] { return lmainte_show_ddca_status(0, kDdcs, kLines); }, {8}, kPager, 0x110C8140},
       {"show_sb_status", [] { return lmainte_show_sb_status(0, 2, kBoards, kLines); }, {8}, kPager, 0x110C8160},
       {"show_ioxpsu_status", show_iox_psu_status, {8}, {"system", "fclose", "remove"}},
-      {"clear_status", [] { return lmainte_clear_status(2, &kClearing); }, {8}, {}, 0x110C0470},
       {"dot_start_and_end", start_and_end_dots, {-1}, kDots, 0, run_a_minute},
-      {"signal", [] { return lmainte_signal(kHandlers); }, {8}, {}, 0x110C0390},
-      {"signal_mask", [] { return lmainte_signal_mask(kMasks); }, {}, {"sigprocmask"}, 0x110C0398},
   };
   return kRows;
+}
+
+const std::vector<Row> &rows() {
+  static const auto kAll = [] {
+    std::vector<Row> all;
+    for (const auto *room :
+         {&frame_rows(), &db_rows(), &model_rows(), &inventory_rows(), &ops_rows(), &state_rows(), &dialogue_rows()})
+      all.insert(all.end(), room->begin(), room->end());
+    return all;
+  }();
+  return kAll;
+}
+
+// The functions of a row that is not named after the one that it calls.
+const std::map<std::string, Lines> kFunctions = {
+    {"scdb", {"scdb_open", "scdb_lock", "scdb_unlock", "scdb_close"}},
+    {"access_table", {"db_make_access_table", "db_get_data", "db_free_access_table"}},
+    {"get_fantray_data_of_qe1", {"get_fantray_data"}},
+    {"get_fantray_data_without_names", {"get_fantray_data"}},
+    {"exec_of_a_hung_program", {"exec"}},
+    {"tty_control_flush", {"tty_control"}},
+    {"dot_start_and_end", {"dot_start", "dot_end"}},
+};
+
+// Those that call nothing that could fail.
+const Lines kWithoutCalls = {"get_coolgrp_data",  "get_iox_data",   "get_pid",
+                             "get_swap_fru_list", "check_swap_fru", "delete_swap_fru_from_list",
+                             "free_swap_fru_list"};
+
+TEST(FailureSweepRows, AreThoseOfEveryExportedFunction) {
+  std::set<std::string> swept(kWithoutCalls.begin(), kWithoutCalls.end());
+  for (const auto &row : rows()) {
+    const auto several = kFunctions.find(row.name);
+    const Lines names = several != kFunctions.end() ? several->second : Lines{row.name};
+    for (const auto &name : names) swept.insert(name);
+  }
+  std::set<std::string> exported;
+  std::ifstream file(EXPORTED_NAMES);
+  const std::string prefix = "lmainte_";
+  for (std::string name; std::getline(file, name);)
+    if (name.rfind(prefix, 0) == 0) exported.insert(name.substr(prefix.size()));
+  EXPECT_EQ(swept, exported);
 }
 
 // A number that a child process leaves for its parent.

@@ -45,7 +45,8 @@ void Machine::note(const std::string &call) {
   }
   auto &common = shared();
   const uint32_t place = common.calls++;
-  if (place < Shared::kMostCalls) std::snprintf(common.child_calls[place], Shared::kCallSize, "%s", call.c_str());
+  if (place >= Shared::kMostCalls) std::abort();
+  std::snprintf(common.child_calls[place], Shared::kCallSize, "%s", call.c_str());
 }
 
 const Failure *Machine::enter(const std::string &call) {

@@ -24,6 +24,8 @@ constexpr Kind kIous = {80, "current_iou_info_%02u", 2016, 0, 0, kBoards};
 constexpr Kind kTrays = {180, "current_fantray_info", 6912, 0, 216, 32};
 constexpr Kind kPsus = {161, "current_psu_info", 3360, 0, 56, 60};
 constexpr Kind kDdcs = {212, "current_bp32_info", 1008, 456, 40, 2};
+constexpr Kind kEmgbus = {128, "current_mgb_info", 160, 0, 80, 2};
+constexpr Kind kEmgbrs = {130, "current_mgbr_info", 48, 0, 24, 2};
 
 const Kind &kind_of(int32_t type) {
   switch (type) {
@@ -36,6 +38,10 @@ const Kind &kind_of(int32_t type) {
       return kPsus;
     case 212:
       return kDdcs;
+    case 128:
+      return kEmgbus;
+    case 130:
+      return kEmgbrs;
     default:
       return kTrays;
   }
@@ -69,6 +75,15 @@ void put_names() {
   put_records(4, "fru_psu_qb_info_%02u", kPsus.units, 320);
   put_records(4, "fru_bpa_info", 1, 8192);
   put_records(4, "fru_ddca_info_%02u", kDdcs.units, 320);
+  put_records(4, "fru_emgbu_info_%02u", kEmgbus.units + kEmgbrs.units, 8192);
+}
+
+// What is no unit: extended system boards, domains, what the service processor unit says of itself.
+void put_partitions() {
+  put_records(1, "setup_xsb_info_%02u", kBoards * 4, 192);
+  put_records(2, "current_xsb_info_%02u", kBoards * 4, 152);
+  put_records(2, "current_domain_info_%02u", 24, 1464);
+  put_records(3, "local_mgb_info", 1, 280);
 }
 
 }  // namespace
@@ -85,7 +100,7 @@ void put_units() {
   put_records(1, "setup_cmu_info_%02u", kBoards, 256);
   put_records(2, "current_cpu_module_info_%02u", kBoards, 2976);
   put_records(2, "current_dimm_info_%02u", kBoards, 1792);
-  for (const auto *kind : {&kCmus, &kIous, &kTrays, &kPsus, &kDdcs}) {
+  for (const auto *kind : {&kCmus, &kIous, &kTrays, &kPsus, &kDdcs, &kEmgbus, &kEmgbrs}) {
     for (uint32_t n = 0; n < kind->units; ++n) {
       put_word(*kind, n, 0, unit_id_of(kind->type, n));
       put_word(*kind, n, 4, ~unit_id_of(kind->type, n));
@@ -93,6 +108,7 @@ void put_units() {
     }
   }
   put_names();
+  put_partitions();
 }
 
 void put_system_status(uint32_t status) {

@@ -5,7 +5,7 @@
 
 namespace doubles {
 
-// Four boards, and of the other kinds all that a record holds.
+// Four boards with their extended system boards, and of the other kinds all that a record holds.
 void put_units();
 
 // The status word of a unit, by the type code that a caller gives for it.

@@ -13,6 +13,15 @@ UnitRecord a_unit(int32_t type, int32_t number, const char *name) {
   return unit;
 }
 
+ClearRequest a_request(const char *arguments) {
+  ClearRequest request;
+  std::memset(&request, 0x5A, sizeof request);
+  request.unit_id[0] = 0x68010203;
+  request.unit_id[1] = 17;
+  std::strcpy(request.arguments, arguments);
+  return request;
+}
+
 const UnitRecord &the_unit() {
   static const UnitRecord kUnit = a_unit(161, 7, "/PSU#7");
   return kUnit;
@@ -21,6 +30,11 @@ const UnitRecord &the_unit() {
 const UnitRecord &the_board() {
   static const UnitRecord kBoard = a_unit(16, 3, "/CMU#3");
   return kBoard;
+}
+
+const ClearRequest &the_request() {
+  static const ClearRequest kRequest = a_request("-u /IOU#0/PCI#1 -c status");
+  return kRequest;
 }
 
 namespace {
@@ -182,6 +196,18 @@ const std::vector<Operation> &on_a_fru() {
        8,
        0x110C0540,
        {"2 14"},
+       "3 S",
+       "3 S",
+       "",
+       {}},
+      {"clear_status",
+       [](int32_t, int32_t limit) { return lmainte_clear_status(limit, &the_request()); },
+       "/mgb/bin/clearpci",
+       {{0, "-u\n/IOU#0/PCI#1\n-c\nstatus\n"}},
+       {{0, 0}, {128, 220}, {220, 220}},
+       8,
+       0x110C0470,
+       {"2 1744896515 17"},
        "3 S",
        "3 S",
        "",

@@ -13,6 +13,7 @@ namespace doubles {
 
 // Everything about a unit that an operation must not read is 0x5A.
 UnitRecord a_unit(int32_t type, int32_t number, const char *name);
+ClearRequest a_request(const char *arguments);
 
 struct Operation {
   std::string name;
@@ -34,9 +35,10 @@ struct Operation {
 
 const std::vector<Operation> &operations();
 
-// The unit of the operations on a unit, and the system board of those on a board.
+// The unit of the operations on a unit, the system board of those on a board, and the request of the one on a slot.
 const UnitRecord &the_unit();
 const UnitRecord &the_board();
+const ClearRequest &the_request();
 
 inline void PrintTo(const Operation &operation, std::ostream *out) {
   *out << operation.name;

@@ -205,6 +205,9 @@ const std::vector<UnitRow> &unit_rows() {
          return lmainte_check_fanspeed(limit, unit == nullptr ? nullptr : unit->name);
        },
        {"100 110C0540", "805 110C1542", "100 110C0541"}},
+      {"slot status",
+       [](const UnitRecord *, int32_t limit) { return lmainte_clear_status(limit, nullptr); },
+       {"100 110C0470", "805 110C1472", "100 110C0471"}},
   };
   return kRows;
 }
