@@ -12,16 +12,29 @@ bool ListFile::open() {
   return file_ != nullptr;
 }
 
-bool ListFile::finish(bool good) {
+bool ListFile::show() {
+  close();
+  const int32_t shown = lmainte_show_file(path_);
+  if (shown != LMAINTE_OK) call_.error(events_.show, shown);
+  const bool removed = remove_file();
+  return shown == LMAINTE_OK && removed;
+}
+
+ListFile::~ListFile() {
+  if (file_ == nullptr) return;
+  close();
+  remove_file();
+}
+
+void ListFile::close() {
   fclose(file_);
-  if (good) {
-    const int32_t shown = lmainte_show_file(path_);
-    if (shown != LMAINTE_OK) call_.error(events_.show, shown);
-    good = shown == LMAINTE_OK;
-  }
+  file_ = nullptr;
+}
+
+bool ListFile::remove_file() {
   const int removed = remove(path_);
   if (removed != 0) call_.system_error(events_.remove, removed, errno);
-  return good && removed == 0;
+  return removed == 0;
 }
 
 }  // namespace lmainte

@@ -20,16 +20,19 @@ class ListFile {
   ListFile(const Call &call, const ListFileEvents &events) : call_(call), events_(events) {}
   ListFile(const ListFile &) = delete;
   ListFile &operator=(const ListFile &) = delete;
-  ~ListFile() = default;
+  // Removes a file that was not shown.
+  ~ListFile();
 
-  // What opens must be finished.
   bool open();
   void write(const char *text) { fputs(text, file_); }
 
-  // Closes the file, shows it unless `good` is false, and removes it. True when all of it succeeded.
-  bool finish(bool good);
+  // Closes the open file, shows it and removes it. True when all of it succeeded.
+  bool show();
 
  private:
+  void close();
+  bool remove_file();
+
   const Call &call_;
   const ListFileEvents events_;
   char path_[128] = {};

@@ -8,6 +8,7 @@
 #include <ctime>
 
 #include "src/dialogue/catalogue.h"
+#include "src/frame/signals_blocked.h"
 #include "src/frame/trace.h"
 
 int sig_catch = 0;
@@ -85,26 +86,6 @@ void show_progress(const Call &call, int32_t seconds) {
   _exit(0);
 }
 
-// Keeps SIGTERM waiting while the child has no handler for it yet, and gives the caller its mask back.
-class TermBlocked {
- public:
-  TermBlocked() {
-    sigset_t term;
-    sigemptyset(&term);
-    sigaddset(&term, SIGTERM);
-    blocked_ = sigprocmask(SIG_BLOCK, &term, &before_) == 0;
-  }
-  TermBlocked(const TermBlocked &) = delete;
-  TermBlocked &operator=(const TermBlocked &) = delete;
-  ~TermBlocked() {
-    if (blocked_) sigprocmask(SIG_SETMASK, &before_, nullptr);
-  }
-
- private:
-  sigset_t before_ = {};
-  bool blocked_ = false;
-};
-
 }  // namespace
 
 int32_t lmainte_dot_start(const DotParam *request) {
@@ -120,7 +101,8 @@ int32_t lmainte_dot_start(const DotParam *request) {
   if (request->message != nullptr) printf("%s", request->message);
   // What is still unwritten is the caller's: the child must not write it a second time.
   fflush(stdout);
-  const TermBlocked blocked;
+  // SIGTERM waits until the child has its handler.
+  const lmainte::SignalsBlocked blocked(SIGTERM);
   const pid_t child = fork();
   if (child == -1) {
     call.system_error(3, errno);

@@ -5,6 +5,7 @@
 #include <cerrno>
 #include <cstdio>
 
+#include "src/frame/signals_blocked.h"
 #include "src/frame/trace.h"
 
 int g_show_file_pid = -1;
@@ -13,6 +14,7 @@ namespace {
 
 using lmainte::Call;
 using lmainte::Level;
+using lmainte::SignalsBlocked;
 
 lmainte::Trace trace;
 constexpr lmainte::Block kBlock = lmainte::plain_block(0x02E);
@@ -34,14 +36,26 @@ void set_pager_pid(pid_t pid) {
 }
 
 // Standard output stays open: it is what the pager writes to, and it reads its keys from the terminal itself.
-[[noreturn]] void run_pager(const Call &call) {
+[[noreturn]] void run_pager(const Call &call, SignalsBlocked &blocked) {
   close(STDIN_FILENO);
   close(STDERR_FILENO);
   call.point(Level::kProcess, 2);
   char *const environment[] = {nullptr};
+  blocked.restore();
   execve(pager, pager_arguments, environment);
   call.system_error(3, errno);
   _exit(kCannotRun);
+}
+
+// A handler finds either no pager or the id of the one that runs; in the child it finds none.
+pid_t start_pager(const Call &call) {
+  SignalsBlocked blocked;
+  const pid_t child = fork();
+  const int error = errno;
+  if (child == 0) run_pager(call, blocked);
+  set_pager_pid(child);
+  if (child == -1) call.system_error(2, error);
+  return child;
 }
 
 // An operator who leaves early, a pager that is killed and a wait that fails are no failures of the show.
@@ -72,13 +86,7 @@ int32_t lmainte_show_file(const char *path) {
     return call.returns(LMAINTE_FAILED);
   }
   snprintf(path_argument, sizeof path_argument, "%s", path);
-  const pid_t child = fork();
-  const int error = errno;
-  set_pager_pid(child);
-  if (child == -1) {
-    call.system_error(2, error);
-    return call.returns(LMAINTE_FAILED);
-  }
-  if (child == 0) run_pager(call);
+  const pid_t child = start_pager(call);
+  if (child == -1) return call.returns(LMAINTE_FAILED);
   return call.returns(await_pager(call, child));
 }

@@ -26,5 +26,5 @@ int32_t lmainte_show_menu(const ListLine *lines) {
     lmainte::format_line(text, *line);
     file.write(text);
   }
-  return file.finish(true) ? LMAINTE_OK : LMAINTE_FAILED;
+  return file.show() ? LMAINTE_OK : LMAINTE_FAILED;
 }

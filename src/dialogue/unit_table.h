@@ -44,9 +44,9 @@ class Table {
   int32_t show(const ListLine *lines, WriteUnits write_units) {
     if (!file_.open()) return LMAINTE_FAILED;
     const ListLine *rest = write_lines(lines, LMAINTE_LINE_HEAD);
-    const bool good = write_units(*this);
-    if (good) write_lines(rest, LMAINTE_LINE_FOOT);
-    return file_.finish(good) ? LMAINTE_OK : LMAINTE_FAILED;
+    if (!write_units(*this)) return LMAINTE_FAILED;
+    write_lines(rest, LMAINTE_LINE_FOOT);
+    return file_.show() ? LMAINTE_OK : LMAINTE_FAILED;
   }
 
   // Writes one unit line, as the message catalogue words it.

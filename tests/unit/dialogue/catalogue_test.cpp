@@ -26,11 +26,18 @@ class Catalogue : public doubles::BoardsTest {
     machine().catalogue_is_real = true;
   }
 
+  // Sets a locale and the language that is wanted in it. The locale is one made for these tests: a machine may have none
+  // but C and C.UTF-8, in which a newer C library translates nothing.
+  static bool speak(const char *language) {
+    setenv("LOCPATH", LOCALES_FOLDER, 1);
+    setenv("LANGUAGE", language, 1);
+    return setlocale(LC_ALL, "en_US.UTF-8") != nullptr;
+  }
+
   // Runs as a command that has bound the domain to the translations in a folder.
   static void in_language(const char *language, const char *folder, const std::function<void()> &body) {
     in_a_process_of_its_own([&] {
-      setenv("LANGUAGE", language, 1);
-      ASSERT_NE(setlocale(LC_ALL, "C.UTF-8"), nullptr);
+      ASSERT_TRUE(speak(language)) << "no locale en_US.UTF-8 in " LOCALES_FOLDER;
       ASSERT_NE(bindtextdomain("cli_cmn_msg", folder), nullptr);
       body();
     });
@@ -154,8 +161,7 @@ TEST_F(Catalogue, CommandThatSetsNoLocaleGetsTheTextsAsTheyAre) {
 
 TEST_F(Catalogue, CommandThatBindsNoFolderGetsTheTextsAsTheyAre) {
   in_a_process_of_its_own([this] {
-    setenv("LANGUAGE", "xx", 1);
-    ASSERT_NE(setlocale(LC_ALL, "C.UTF-8"), nullptr);
+    ASSERT_TRUE(speak("xx")) << "no locale en_US.UTF-8 in " LOCALES_FOLDER;
     EXPECT_EQ(psu_status(), "Head\nPSU#0         Degraded\nFoot\n");
     EXPECT_EQ(progress(), "Testing:    0.....  30done\n\n");
   });

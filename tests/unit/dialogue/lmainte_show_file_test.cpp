@@ -1,8 +1,10 @@
 #include <csignal>
+#include <functional>
 
 #include <gtest/gtest.h>
 
 #include "tests/unit/doubles/library_test.h"
+#include "tests/unit/doubles/system_calls.h"
 
 namespace {
 
@@ -30,7 +32,7 @@ TEST_F(LmainteShowFile, RunsThePagerOnTheFile) {
 TEST_F(LmainteShowFile, PagerKeepsStandardOutputAlone) {
   machine().children_are_real = true;
   lmainte_show_file("/tmp/a_text");
-  EXPECT_EQ(machine().child_calls(), (Lines{"close 0", "close 2", "execve /bin/busybox"}));
+  EXPECT_EQ(machine().child_calls(), (Lines{"close 0", "close 2", "sigprocmask set", "execve /bin/busybox"}));
   EXPECT_EQ(doubles::child_trace(), (Lines{"8001 110C02E2"}));
 }
 
@@ -122,6 +124,69 @@ TEST_F(LmainteShowFile, PagersProcessIdIsKnownWhileItRuns) {
     EXPECT_EQ(g_show_file_pid, -1);
   }
   EXPECT_EQ(machine().seen_pids, (std::vector<int>{500, 501, 502}));
+}
+
+// ---- the command's signal handlers
+
+int pid_in_handler = 0;
+
+// Runs a body with a handler that notes which pager it finds.
+void with_handler_of(int signal, const std::function<void()> &body) {
+  struct sigaction before = {};
+  struct sigaction action = {};
+  action.sa_handler = [](int) { pid_in_handler = g_show_file_pid; };
+  ASSERT_EQ(__real_sigaction(signal, &action, &before), 0);
+  pid_in_handler = 0;
+  body();
+  ASSERT_EQ(__real_sigaction(signal, &before, nullptr), 0);
+}
+
+TEST_F(LmainteShowFile, HandlerFindsThePagerAsSoonAsItRuns) {
+  for (const int signal : {SIGINT, SIGTERM, SIGUSR1}) {
+    machine().start();
+    machine().meanwhile = [signal](const std::string &call) {
+      if (call == "fork") raise(signal);
+    };
+    with_handler_of(signal, [] { EXPECT_EQ(lmainte_show_file("/tmp/a_text"), 0); });
+    EXPECT_EQ(pid_in_handler, 500) << signal;
+  }
+}
+
+TEST_F(LmainteShowFile, HandlerFindsNoPagerWhereNoneStarts) {
+  machine().fail("fork");
+  machine().meanwhile = [](const std::string &call) {
+    if (call == "fork") raise(SIGUSR1);
+  };
+  with_handler_of(SIGUSR1, [] { EXPECT_EQ(lmainte_show_file("/tmp/a_text"), 8); });
+  EXPECT_EQ(pid_in_handler, -1);
+}
+
+TEST_F(LmainteShowFile, ChildThatBecomesThePagerKnowsOfNone) {
+  machine().children_are_real = true;
+  machine().meanwhile = [](const std::string &call) {
+    if (call.rfind("execve", 0) == 0) machine().note("pager " + std::to_string(g_show_file_pid));
+  };
+  EXPECT_EQ(lmainte_show_file("/tmp/a_text"), 0);
+  EXPECT_EQ(machine().child_calls(),
+            (Lines{"close 0", "close 2", "sigprocmask set", "pager -1", "execve /bin/busybox"}));
+}
+
+TEST_F(LmainteShowFile, PagerStartsWithTheCallersMaskAndTheCallerKeepsIt) {
+  sigset_t mask;
+  sigset_t before;
+  sigemptyset(&mask);
+  sigaddset(&mask, SIGUSR1);
+  sigaddset(&mask, SIGTERM);
+  ASSERT_EQ(__real_sigprocmask(SIG_SETMASK, &mask, &before), 0);
+  machine().children_are_real = true;
+  EXPECT_EQ(lmainte_show_file("/tmp/a_text"), 0);
+  const std::string restored = "sigprocmask set " + std::to_string(SIGUSR1) + " " + std::to_string(SIGTERM);
+  EXPECT_EQ(machine().child_calls(), (Lines{"close 0", "close 2", restored, "execve /bin/busybox"}));
+  EXPECT_EQ(machine().calls_of({"sigprocmask"}), (Lines{"sigprocmask block all asking", restored}));
+  sigset_t after;
+  ASSERT_EQ(__real_sigprocmask(SIG_SETMASK, &before, &after), 0);
+  for (const int signal : {SIGUSR1, SIGTERM}) EXPECT_EQ(sigismember(&after, signal), 1) << signal;
+  for (const int signal : {SIGINT, SIGUSR2, SIGHUP}) EXPECT_EQ(sigismember(&after, signal), 0) << signal;
 }
 
 }  // namespace

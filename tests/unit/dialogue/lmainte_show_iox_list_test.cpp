@@ -36,8 +36,9 @@ TEST_P(EmptyLists, ShowsAnEmptyFileOfTheCurrentDirectory) {
   EXPECT_EQ(show(), 0);
   EXPECT_EQ(machine().pages, Lines{""});
   EXPECT_EQ(machine().pages_path, "mainte_fru_list.4711");
-  EXPECT_EQ(machine().calls, (Lines{"fopen mainte_fru_list.4711 w", "fclose mainte_fru_list.4711", "fork",
-                                    "waitpid 500", "system rm -f mainte_fru_list.4711"}));
+  EXPECT_EQ(machine().calls,
+            (Lines{"fopen mainte_fru_list.4711 w", "fclose mainte_fru_list.4711", "sigprocmask block all asking",
+                   "fork", "sigprocmask set", "waitpid 500", "system rm -f mainte_fru_list.4711"}));
   EXPECT_EQ(doubles::trace(), (Lines{"100 110C0150", "100 110C02E0", "100 110C02E1 0", "100 110C0151"}));
 }
 

@@ -74,8 +74,9 @@ TEST_F(LmainteShowMenu, IsNotTranslated) {
 
 TEST_F(LmainteShowMenu, FileIsClosedBeforeItIsShownAndRemovedAfterwards) {
   EXPECT_EQ(lmainte_show_menu(menu_), 0);
-  EXPECT_EQ(machine().calls, (Lines{std::string("fopen ") + kPath + " w", std::string("fclose ") + kPath, "fork",
-                                    "waitpid 500", std::string("remove ") + kPath}));
+  EXPECT_EQ(machine().calls,
+            (Lines{std::string("fopen ") + kPath + " w", std::string("fclose ") + kPath, "sigprocmask block all asking",
+                   "fork", "sigprocmask set", "waitpid 500", std::string("remove ") + kPath}));
   EXPECT_EQ(doubles::trace(), (Lines{"100 110C8170", "100 110C02E0", "100 110C02E1 0", "100 110C8171"}));
 }
 

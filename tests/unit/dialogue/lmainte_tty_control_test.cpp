@@ -3,10 +3,12 @@
 #include <sys/ioctl.h>
 #include <unistd.h>
 
+#include <cerrno>
 #include <cstdlib>
 #include <cstring>
 #include <vector>
 
+#include <gtest/gtest-spi.h>
 #include <gtest/gtest.h>
 
 #include "tests/unit/doubles/library_test.h"
@@ -179,22 +181,35 @@ TEST_F(LmainteTtyControl, FlushThatFailsEndsTheCall) {
 
 class LmainteTtyControlOnATerminal : public doubles::LibraryTest {
  protected:
-  // Runs with standard input and output on a terminal of their own, and tells the true output of what failed.
+  // Runs with standard input and output on a terminal of their own. What fails there is told on the true output.
   void on_a_terminal(const std::function<void()> &body) {
     doubles::in_a_process_of_its_own([&] {
       master_ = posix_openpt(O_RDWR | O_NOCTTY);
+      ASSERT_GE(master_, 0) << std::strerror(errno);
       ASSERT_EQ(grantpt(master_), 0);
       ASSERT_EQ(unlockpt(master_), 0);
       const int slave = open(ptsname(master_), O_RDWR | O_NOCTTY);
-      ASSERT_GE(slave, 0);
+      ASSERT_GE(slave, 0) << std::strerror(errno);
       const int output = dup(1);
       dup2(slave, 0);
       dup2(slave, 1);
       machine().terminal_is_real = true;
-      body();
+      testing::TestPartResultArray results;
+      {
+        const testing::ScopedFakeTestPartResultReporter kept(&results);
+        body();
+      }
       std::fflush(stdout);
       dup2(output, 1);
+      tell(results);
     });
+  }
+
+  static void tell(const testing::TestPartResultArray &results) {
+    for (int i = 0; i < results.size(); ++i) {
+      const testing::TestPartResult &result = results.GetTestPartResult(i);
+      if (result.failed()) ADD_FAILURE_AT(result.file_name(), result.line_number()) << result.message();
+    }
   }
 
   static termios attributes() {

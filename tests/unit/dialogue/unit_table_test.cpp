@@ -193,7 +193,8 @@ TEST_P(UnitTable, TranslatedFormatIsUsed) {
 TEST_P(UnitTable, FileIsWrittenClosedShownAndRemoved) {
   EXPECT_EQ(show(), 0);
   EXPECT_EQ(machine().calls, (Lines{std::string("fopen ") + kPath + " w", name_call(), std::string("fclose ") + kPath,
-                                    "fork", "waitpid 500", std::string("remove ") + kPath}));
+                                    "sigprocmask block all asking", "fork", "sigprocmask set", "waitpid 500",
+                                    std::string("remove ") + kPath}));
   EXPECT_EQ(own_trace(), story({}, 0));
   EXPECT_EQ(doubles::trace().front(), own_trace().front());
   EXPECT_EQ(doubles::trace().back(), own_trace().back());

@@ -12,10 +12,16 @@ using doubles::machine;
 namespace {
 
 std::string members(const sigset_t &set) {
+  sigset_t all;
+  sigfillset(&all);
   std::string text;
-  for (int signal = 1; signal < 65; ++signal)
-    if (sigismember(&set, signal) == 1) text += " " + std::to_string(signal);
-  return text;
+  bool are_all = true;
+  for (int signal = 1; signal < 65; ++signal) {
+    const bool is_member = sigismember(&set, signal) == 1;
+    if (is_member) text += " " + std::to_string(signal);
+    are_all = are_all && is_member == (sigismember(&all, signal) == 1);
+  }
+  return are_all ? " all" : text;
 }
 
 std::string described(int signal, const struct sigaction &action) {
