@@ -2,6 +2,7 @@
 #pragma once
 
 #include "include/lmainte.h"
+#include "src/db/record_shape.h"
 #include "src/db/record_view.h"
 
 namespace lmainte {
@@ -14,8 +15,8 @@ struct Absence {
 
 class AccessTable {
  public:
-  AccessTable(int32_t first, int32_t count, int32_t size, const char *name)
-      : entries_(lmainte_db_make_access_table(first, count, size, name)), first_(first), count_(count) {}
+  AccessTable(int32_t first, int32_t count, const RecordShape &shape)
+      : entries_(lmainte_db_make_access_table(first, count, shape.size, shape.name)), first_(first), count_(count) {}
   AccessTable(const AccessTable &) = delete;
   AccessTable &operator=(const AccessTable &) = delete;
   ~AccessTable() {

@@ -116,8 +116,8 @@ uint32_t lmainte_scdb_make_key(const lmainte::Coordinates &at, Key &key) {
     call.error(2, at.unit_type, at.unit_no);
     return LMAINTE_FAILED;
   }
-  key.name = lmainte::RecordName(kind->name, static_cast<int32_t>(at.unit_no + kind->first_number));
-  key.size = kind->size;
+  key.name = lmainte::RecordName(kind->shape.name, static_cast<int32_t>(at.unit_no + kind->first_number));
+  key.size = kind->shape.size;
   return LMAINTE_OK;
 }
 

@@ -4,46 +4,42 @@
 #include <cstdint>
 
 #include "include/lmainte.h"
+#include "src/db/record_shape.h"
 
 namespace lmainte {
 
-// One kind of record: the pattern of its name and its size in bytes. A record written by another level of the firmware has
-// another size, and is not read.
 struct RecordKind {
   uint32_t db_id;
   int32_t unit_type;
-  const char *name;
-  int32_t size;
+  RecordShape shape;
   uint32_t first_number = 0;  // of this kind among records that share the name
 };
-
-inline constexpr int32_t kIdentitySize = 8192;
 
 // The identity of an I/O unit has a name for the entry and mid-range models and one for all others; the first row of a
 // kind is the one for all others. The memory modules' names alone count with three digits.
 inline constexpr RecordKind kRecordKinds[] = {
-    {LMAINTE_DB_SETUP, LMAINTE_TYPE_CMU, "setup_cmu_info_%02d", 256},
-    {LMAINTE_DB_CURRENT, LMAINTE_TYPE_OPNL, "current_panel_info", 64},
-    {LMAINTE_DB_CURRENT, LMAINTE_TYPE_CMU, "current_cmu_info_%02d", 1760},
-    {LMAINTE_DB_CURRENT, LMAINTE_TYPE_CPUM, "current_cpu_module_info_%02d", 2976},
-    {LMAINTE_DB_CURRENT, LMAINTE_TYPE_DIMM, "current_dimm_info_%02d", 1792},
-    {LMAINTE_DB_CURRENT, LMAINTE_TYPE_IOU, "current_iou_info_%02d", 2016},
-    {LMAINTE_DB_CURRENT, LMAINTE_TYPE_EMGBU, "current_mgb_info", 160},
-    {LMAINTE_DB_CURRENT, LMAINTE_TYPE_EMGBR, "current_mgbr_info", 48},
-    {LMAINTE_DB_CURRENT, LMAINTE_TYPE_PSU, "current_psu_info", 3360},
-    {LMAINTE_DB_CURRENT, LMAINTE_TYPE_FANTRAY, "current_fantray_info", 6912},
-    {LMAINTE_DB_CURRENT, LMAINTE_TYPE_DDC, "current_bp32_info", 1008},
-    {LMAINTE_DB_LOCAL, LMAINTE_TYPE_EMGBU, "local_mgb_info", 280},
-    {LMAINTE_DB_LOCAL, LMAINTE_TYPE_EMGBR, "local_mgb_info", 280},
-    {LMAINTE_DB_FRU, LMAINTE_TYPE_CMU, "fru_cmu_info_%02d", kIdentitySize},
-    {LMAINTE_DB_FRU, LMAINTE_TYPE_CPUM, "fru_cpu_info_%02d", kIdentitySize},
-    {LMAINTE_DB_FRU, LMAINTE_TYPE_DIMM, "fru_dimm_info_%03d", 256},
-    {LMAINTE_DB_FRU, LMAINTE_TYPE_IOU, "fru_iou_qe_info_%02d", kIdentitySize},
-    {LMAINTE_DB_FRU, LMAINTE_TYPE_EMGBU, "fru_emgbu_info_%02d", kIdentitySize},
-    {LMAINTE_DB_FRU, LMAINTE_TYPE_EMGBR, "fru_emgbu_info_%02d", kIdentitySize, 2},
+    {LMAINTE_DB_SETUP, LMAINTE_TYPE_CMU, {"setup_cmu_info_%02d", 256}},
+    {LMAINTE_DB_CURRENT, LMAINTE_TYPE_OPNL, {"current_panel_info", 64}},
+    {LMAINTE_DB_CURRENT, LMAINTE_TYPE_CMU, {"current_cmu_info_%02d", 1760}},
+    {LMAINTE_DB_CURRENT, LMAINTE_TYPE_CPUM, {"current_cpu_module_info_%02d", 2976}},
+    {LMAINTE_DB_CURRENT, LMAINTE_TYPE_DIMM, {"current_dimm_info_%02d", 1792}},
+    {LMAINTE_DB_CURRENT, LMAINTE_TYPE_IOU, {"current_iou_info_%02d", 2016}},
+    {LMAINTE_DB_CURRENT, LMAINTE_TYPE_EMGBU, {"current_mgb_info", 160}},
+    {LMAINTE_DB_CURRENT, LMAINTE_TYPE_EMGBR, {"current_mgbr_info", 48}},
+    {LMAINTE_DB_CURRENT, LMAINTE_TYPE_PSU, kPsuRecord},
+    {LMAINTE_DB_CURRENT, LMAINTE_TYPE_FANTRAY, kFantrayRecord},
+    {LMAINTE_DB_CURRENT, LMAINTE_TYPE_DDC, kBp32Record},
+    {LMAINTE_DB_LOCAL, LMAINTE_TYPE_EMGBU, {"local_mgb_info", 280}},
+    {LMAINTE_DB_LOCAL, LMAINTE_TYPE_EMGBR, {"local_mgb_info", 280}},
+    {LMAINTE_DB_FRU, LMAINTE_TYPE_CMU, {"fru_cmu_info_%02d", kIdentitySize}},
+    {LMAINTE_DB_FRU, LMAINTE_TYPE_CPUM, {"fru_cpu_info_%02d", kIdentitySize}},
+    {LMAINTE_DB_FRU, LMAINTE_TYPE_DIMM, {"fru_dimm_info_%03d", 256}},
+    {LMAINTE_DB_FRU, LMAINTE_TYPE_IOU, {"fru_iou_qe_info_%02d", kIdentitySize}},
+    {LMAINTE_DB_FRU, LMAINTE_TYPE_EMGBU, {"fru_emgbu_info_%02d", kIdentitySize}},
+    {LMAINTE_DB_FRU, LMAINTE_TYPE_EMGBR, {"fru_emgbu_info_%02d", kIdentitySize}, 2},
 };
 
-inline constexpr RecordKind kSmallIou = {LMAINTE_DB_FRU, LMAINTE_TYPE_IOU, "fru_iou_qb_info_%02d", kIdentitySize};
+inline constexpr RecordKind kSmallIou = {LMAINTE_DB_FRU, LMAINTE_TYPE_IOU, {"fru_iou_qb_info_%02d", kIdentitySize}};
 
 // Which record a caller means.
 struct Coordinates {

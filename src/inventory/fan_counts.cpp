@@ -1,3 +1,5 @@
+// How many fans each fan tray of a model holds.
+
 #include "include/lmainte.h"
 
 #include <cstddef>

@@ -38,29 +38,23 @@ bool fill(const Call &call, const void *current, const void *backplane, const Ac
   for (int32_t k = 0; k < kDdcUnits; ++k) {
     BpUnitData &unit = out.ddc[k];
     fill_head(LMAINTE_TYPE_DDC, k, view.at(kFirstDdc + kDdcSize * static_cast<size_t>(k)), unit);
-    if (!lmainte::is_installed(unit.status)) continue;
-    const void *fru = ddcs.find(k);
-    if (fru == nullptr) {
-      call.error(6, k);
-      return false;
-    }
-    RecordView(fru).copy_name(kDdcNameByte, unit.fru_name);
+    if (!lmainte::copy_name(call, 6, ddcs, kDdcNameByte, unit)) return false;
   }
   return true;
 }
 
 bool read(const Call &call, Bp32Data &out) {
-  AccessTable current(0, 1, 1008, "current_bp32_info");
+  AccessTable current(0, 1, lmainte::kBp32Record);
   if (!current.fetch(LMAINTE_DB_CURRENT)) {
     call.error(2);
     return false;
   }
-  AccessTable backplane(0, 1, 8192, "fru_bpa_info");
+  AccessTable backplane(0, 1, {"fru_bpa_info", lmainte::kIdentitySize});
   if (!backplane.fetch(LMAINTE_DB_FRU)) {
     call.error(3);
     return false;
   }
-  AccessTable ddcs(0, kDdcUnits, 320, "fru_ddca_info_%02d");
+  AccessTable ddcs(0, kDdcUnits, {"fru_ddca_info_%02d", 320});
   if (!ddcs.fetch(LMAINTE_DB_FRU)) {
     call.error(4);
     return false;

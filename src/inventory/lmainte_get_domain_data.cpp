@@ -23,7 +23,7 @@ int32_t lmainte_get_domain_data(int32_t domain, int32_t count, int32_t model, Do
     return LMAINTE_FAILED;
   }
   const lmainte::UnitRange range = lmainte::range_of(domain, count);
-  lmainte::AccessTable table(range.first, range.count, 1464, "current_domain_info_%02d");
+  lmainte::AccessTable table(range.first, range.count, {"current_domain_info_%02d", 1464});
   if (!table.fetch(LMAINTE_DB_CURRENT)) {
     call.error(3);
     return LMAINTE_FAILED;

@@ -20,8 +20,7 @@ lmainte::Trace trace;
 constexpr Block kGetFantrayData = lmainte::plain_block(0x03E);
 constexpr Block kRead = lmainte::plain_block(0x03F);
 
-// The record "current_fantray_info": thirty-two entries, each with the tray's own words and those of three fans.
-constexpr int32_t kRecordSize = 6912;
+// The current record holds thirty-two entries, each with the tray's own words and those of three fans.
 constexpr int32_t kEntrySize = 216;
 constexpr size_t kFanStatusByte = 32;
 constexpr size_t kFanFlagByte = 44;
@@ -85,14 +84,7 @@ bool read_tray(const Call &call, const Source &source, int32_t tray, int32_t fan
     return false;
   }
   fill_fans(fans, source.trays.entry(fan_tray), out);
-  if (source.names == nullptr || !lmainte::is_installed(out.status)) return true;
-  const void *fru = source.names->find(tray);
-  if (fru == nullptr) {
-    call.error(3, tray);
-    return false;
-  }
-  RecordView(fru).copy_name(kNameLengthByte, out.fru_name);
-  return true;
+  return source.names == nullptr || lmainte::copy_name(call, 3, *source.names, kNameLengthByte, out);
 }
 
 // The list of the smallest high-end model shows trays 2 to 5 before trays 0 and 1.
@@ -118,14 +110,14 @@ bool read(const Source &source, bool is_list, const UnitRange &range, FantrayDat
 }
 
 bool fetch_and_read(const Call &call, const ModelRow &model, bool is_list, const UnitRange &range, FantrayData *out) {
-  AccessTable current(0, 1, kRecordSize, "current_fantray_info");
+  AccessTable current(0, 1, lmainte::kFantrayRecord);
   if (!current.fetch(LMAINTE_DB_CURRENT)) {
     call.error(2, LMAINTE_DB_CURRENT);
     return false;
   }
-  const FlaggedEntries trays(current.find(0), kRecordSize, kEntrySize);
+  const FlaggedEntries trays(current.find(0), lmainte::kFantrayRecord.size, kEntrySize);
   if (lmainte::family_of(model.model) != lmainte::Family::kQe) return read({model, trays, nullptr}, false, range, out);
-  AccessTable names(range.first, range.count, kFruRecordSize, "fru_fan_qe_info_%02d");
+  AccessTable names(range.first, range.count, {"fru_fan_qe_info_%02d", kFruRecordSize});
   if (!names.fetch(LMAINTE_DB_FRU, trays.absence_of_names())) {
     call.error(3, LMAINTE_DB_FRU, range.first);
     return false;

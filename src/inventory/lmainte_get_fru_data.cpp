@@ -1,19 +1,18 @@
 #include "include/lmainte.h"
 
-#include <cstddef>
-
 #include <unistd.h>
 
-#include "src/db/record_view.h"
 #include "src/db/session_bracket.h"
 #include "src/frame/trace.h"
 #include "src/model/model_family.h"
+#include "src/model/unit_readers.h"
 #include "src/model/unit_status.h"
 
 namespace {
 
 using lmainte::Block;
 using lmainte::Call;
+using lmainte::UnitReader;
 
 lmainte::Trace trace;
 constexpr Block kGetFruData = lmainte::plain_block(0x06A);
@@ -21,42 +20,9 @@ constexpr Block kCheckInstall = lmainte::plain_block(0x06B);
 constexpr Block kAwait = lmainte::plain_block(0x06C);
 constexpr Block kTestState = lmainte::plain_block(0x06D);
 
-using Getter = int32_t (*)(int32_t index, int32_t count, int32_t model, void *out);
-
-// The getter of each type of unit; a getter that is null says that the type is known and not served here.
-struct TypeRow {
-  int32_t type;
-  Getter getter;
-  size_t status_offset;
-};
-
-template <class Unit, int32_t (*Get)(int32_t, int32_t, int32_t, Unit *)>
-int32_t get(int32_t index, int32_t count, int32_t model, void *out) {
-  return Get(index, count, model, static_cast<Unit *>(out));
-}
-
-constexpr Getter kGetBoard = get<SbData, lmainte_get_sb_data>;
-constexpr Getter kGetPsu = get<PsuData, lmainte_get_psu_data>;
-constexpr Getter kGetFantray = get<FantrayData, lmainte_get_fantray_data>;
-constexpr Getter kGetDdc = get<BpUnitData, lmainte_get_ddca_data>;
-
-constexpr TypeRow kTypes[] = {
-    {LMAINTE_TYPE_CMU, kGetBoard, offsetof(SbData, cmu.status)},
-    {LMAINTE_TYPE_IOU, kGetBoard, offsetof(SbData, iou.status)},
-    {LMAINTE_TYPE_PSU, kGetPsu, offsetof(PsuData, status)},
-    {LMAINTE_TYPE_PSU_2, kGetPsu, offsetof(PsuData, status)},
-    {LMAINTE_TYPE_FANTRAY_2, kGetFantray, offsetof(FantrayData, status)},
-    {LMAINTE_TYPE_FANTRAY_3, kGetFantray, offsetof(FantrayData, status)},
-    {LMAINTE_TYPE_FANTRAY, kGetFantray, offsetof(FantrayData, status)},
-    {LMAINTE_TYPE_DDC, kGetDdc, offsetof(BpUnitData, status)},
-    {LMAINTE_TYPE_EMGBU, nullptr, 0},
-    {LMAINTE_TYPE_EMGBR, nullptr, 0},
-};
-
-const TypeRow *row_of(int32_t type) {
-  for (const TypeRow &row : kTypes)
-    if (row.type == type) return &row;
-  return nullptr;
+// The service processor units are known and not served here: they have readers of their own.
+bool is_read_elsewhere(int32_t type) {
+  return type == LMAINTE_TYPE_EMGBU || type == LMAINTE_TYPE_EMGBR;
 }
 
 // How long a type of unit is waited for; a type without a row takes the default.
@@ -68,7 +34,7 @@ struct Timing {
 
 constexpr Timing kTimings[] = {{0, 5, 1}};
 constexpr unsigned kSecondsBefore = 5;
-constexpr int32_t kConfirmations = 3;
+constexpr int32_t kConfirmations = 4;
 
 const Timing &timing_of(int32_t type) {
   const Timing *timing = kTimings;
@@ -91,12 +57,12 @@ struct Check {
 
 int32_t test_state(const Check &check) {
   const Call call(trace, kTestState);
-  const TypeRow *row = row_of(check.type);
-  if (row == nullptr || row->getter == nullptr) {
+  const UnitReader *reader = lmainte::reader_of(check.type);
+  if (reader == nullptr) {
     call.error(1, check.type);
     return LMAINTE_FAILED;
   }
-  const uint32_t status = lmainte::RecordView(check.record).at(row->status_offset).word(0);
+  const uint32_t status = reader->head(check.record, 0).status;
   return lmainte::is_installed(status) == expects_installed(check.expectation) ? LMAINTE_OK : LMAINTE_NOT_REACHED;
 }
 
@@ -117,12 +83,11 @@ int32_t reach(const Call &call, const Check &check, const Timing &timing) {
 }
 
 int32_t hold(const Call &call, const Check &check, const Timing &timing) {
-  int32_t confirmations = 0;
-  for (int32_t pass = 0; pass < timing.passes; ++pass) {
+  const int32_t passes = timing.passes < kConfirmations ? timing.passes : kConfirmations;
+  for (int32_t pass = 1; pass <= passes; ++pass) {
     const int32_t result = read_and_test(call, check);
     if (result != LMAINTE_OK) return result;
-    if (++confirmations > kConfirmations) return LMAINTE_OK;
-    sleep(timing.interval);
+    if (pass < kConfirmations) sleep(timing.interval);
   }
   return LMAINTE_OK;
 }
@@ -150,13 +115,12 @@ int32_t lmainte_get_fru_data(int32_t type, int32_t index, int32_t count, int32_t
     call.error(2, model);
     return LMAINTE_FAILED;
   }
-  const TypeRow *row = row_of(type);
-  if (row == nullptr) {
-    call.error(3, type);
+  const UnitReader *reader = lmainte::reader_of(type);
+  if (reader == nullptr) {
+    if (!is_read_elsewhere(type)) call.error(3, type);
     return LMAINTE_FAILED;
   }
-  if (row->getter == nullptr) return LMAINTE_FAILED;
-  const int32_t result = row->getter(index, count, model, out);
+  const int32_t result = reader->read(index, count, model, out);
   if (result == LMAINTE_OK) return LMAINTE_OK;
   call.error(4, result);
   return LMAINTE_FAILED;

@@ -5,7 +5,6 @@
 #include "src/inventory/unit_entries.h"
 #include "src/inventory/unit_range.h"
 #include "src/model/model_family.h"
-#include "src/model/unit_status.h"
 
 namespace {
 
@@ -22,8 +21,7 @@ constexpr Block kGetPsuData = lmainte::plain_block(0x040);
 constexpr Block kFetch = lmainte::plain_block(0x048);
 constexpr Block kRead = lmainte::plain_block(0x049);
 
-// The record "current_psu_info": sixty entries.
-constexpr int32_t kRecordSize = 3360;
+// The current record holds sixty entries.
 constexpr int32_t kEntrySize = 56;
 constexpr size_t kInfoByte = 24;
 
@@ -62,26 +60,20 @@ bool read(const UnitRange &range, const FamilyRow &family, const FlaggedEntries 
       return false;
     }
     fill(psus, number, family, out[i]);
-    if (!lmainte::is_installed(out[i].status)) continue;
-    const void *fru = names.find(number);
-    if (fru == nullptr) {
-      call.error(2, number);
-      return false;
-    }
-    RecordView(fru).copy_name(kNameLengthByte, out[i].fru_name);
+    if (!lmainte::copy_name(call, 2, names, kNameLengthByte, out[i])) return false;
   }
   return true;
 }
 
 bool fetch_and_read(const UnitRange &range, const FamilyRow &family, PsuData *out) {
   const Call call(trace, kFetch);
-  AccessTable current(0, 1, kRecordSize, "current_psu_info");
+  AccessTable current(0, 1, lmainte::kPsuRecord);
   if (!current.fetch(LMAINTE_DB_CURRENT)) {
     call.error(1);
     return false;
   }
-  const FlaggedEntries psus(current.find(0), kRecordSize, kEntrySize);
-  AccessTable names(range.first, range.count, kFruRecordSize, family.fru_record);
+  const FlaggedEntries psus(current.find(0), lmainte::kPsuRecord.size, kEntrySize);
+  AccessTable names(range.first, range.count, {family.fru_record, kFruRecordSize});
   if (!names.fetch(LMAINTE_DB_FRU, psus.absence_of_names())) {
     call.error(2, range.first, range.count);
     return false;

@@ -4,7 +4,6 @@
 #include "src/db/record_view.h"
 #include "src/db/session_bracket.h"
 #include "src/frame/trace.h"
-#include "src/inventory/board_position.h"
 #include "src/inventory/unit_entries.h"
 #include "src/inventory/unit_range.h"
 #include "src/model/model_family.h"
@@ -13,7 +12,6 @@
 namespace {
 
 using lmainte::Block;
-using lmainte::BoardPosition;
 using lmainte::BracketEvents;
 using lmainte::Call;
 using lmainte::Hold;
@@ -121,9 +119,14 @@ bool fill_modules(const Call &call, const ModuleKind &kind, int32_t board, int32
   return true;
 }
 
-bool read_modules(const ModuleKind &kind, const BoardPosition &position, int32_t model, UnitData *out) {
+// A board as the first level of a position within the server: one byte, of which 0xFF says that there is none; -1 then.
+int32_t board_level(int32_t board) {
+  const int32_t level = board & 0xFF;
+  return level == 0xFF ? -1 : level;
+}
+
+bool read_modules(const ModuleKind &kind, int32_t board, int32_t model, UnitData *out) {
   const Call call(trace, kind.block);
-  const int32_t board = position.deepest_value();
   if (board < 0) {
     call.error(5, board);
     return false;
@@ -173,8 +176,8 @@ bool read_cmu(int32_t board, int32_t model, CmuData &out) {
       call.error(5, LMAINTE_FAILED, board);
       return false;
     }
-    const BoardPosition position = BoardPosition::of_board(board);
-    if (!read_modules(kCpuModules, position, model, out.cpum) || !read_modules(kDimms, position, model, out.dimm)) {
+    const int32_t level = board_level(board);
+    if (!read_modules(kCpuModules, level, model, out.cpum) || !read_modules(kDimms, level, model, out.dimm)) {
       call.error(6, LMAINTE_FAILED, board);
       return false;
     }

@@ -16,7 +16,7 @@ int32_t lmainte_get_system_status(SystemStatus *out) {
     call.error(1);
     return LMAINTE_FAILED;
   }
-  lmainte::AccessTable table(0, 1, 176, "current_system_info");
+  lmainte::AccessTable table(0, 1, lmainte::kSystemRecord);
   if (!table.fetch(LMAINTE_DB_CURRENT)) {
     call.error(2);
     return LMAINTE_FAILED;

@@ -25,12 +25,12 @@ void fill(int32_t number, const RecordView &setup, const RecordView &current, Xs
 }
 
 bool read(const Call &call, const UnitRange &range, XsbData *out) {
-  AccessTable setup(range.first, range.count, 192, "setup_xsb_info_%02d");
+  AccessTable setup(range.first, range.count, {"setup_xsb_info_%02d", 192});
   if (!setup.fetch(LMAINTE_DB_SETUP)) {
     call.error(2);
     return false;
   }
-  AccessTable current(range.first, range.count, 152, "current_xsb_info_%02d");
+  AccessTable current(range.first, range.count, {"current_xsb_info_%02d", 152});
   if (!current.fetch(LMAINTE_DB_CURRENT)) {
     call.error(3);
     return false;

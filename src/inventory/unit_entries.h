@@ -6,6 +6,7 @@
 
 #include "src/db/access_table.h"
 #include "src/db/record_view.h"
+#include "src/frame/trace.h"
 #include "src/model/unit_status.h"
 
 namespace lmainte {
@@ -29,6 +30,20 @@ void fill_head(int32_t type, int32_t number, const RecordView &entry, uint32_t s
 template <class Unit>
 void fill_head(int32_t type, int32_t number, const RecordView &entry, Unit &out) {
   fill_head(type, number, entry, stored_status(entry), out);
+}
+
+// Copies the name of an installed unit out of its FRU record, where its length byte is at an offset. False, with this
+// error, where an installed unit has no such record.
+template <class Unit>
+bool copy_name(const Call &call, Point error_point, const AccessTable &names, size_t length_offset, Unit &unit) {
+  if (!is_installed(unit.status)) return true;
+  const void *fru = names.find(unit.number);
+  if (fru == nullptr) {
+    call.error(error_point, unit.number);
+    return false;
+  }
+  RecordView(fru).copy_name(length_offset, unit.fru_name);
+  return true;
 }
 
 // A record that holds an entry with a flag byte for every unit of a kind.

@@ -175,13 +175,13 @@ const void *read_system_record(AccessTable &table, uint32_t db_id) {
 
 bool fill_model_data(const Call &call, uint32_t model, const RecordView &current, lmainte_model_data &model_data) {
   model_data.model = model;
-  AccessTable setup(0, 1, 248, "setup_system_info");
+  AccessTable setup(0, 1, {"setup_system_info", 248});
   if (read_system_record(setup, LMAINTE_DB_SETUP) == nullptr) {
     call.error(3);
     return false;
   }
   model_data.system_flags = current.byte(kSystemFlagsByte);
-  AccessTable general(0, 1, 1408, "gen_system_info");
+  AccessTable general(0, 1, {"gen_system_info", 1408});
   const void *record = read_system_record(general, LMAINTE_DB_GEN);
   if (record == nullptr) {
     call.error(4);
@@ -207,7 +207,7 @@ int32_t lmainte_get_model_data(lmainte_model_data *model_data, lmainte_cmdtime *
     call.error(1);
     return LMAINTE_FAILED;
   }
-  AccessTable current(0, 1, 176, "current_system_info");
+  AccessTable current(0, 1, lmainte::kSystemRecord);
   const void *record = read_system_record(current, LMAINTE_DB_CURRENT);
   if (record == nullptr) {
     call.error(2);

@@ -1,3 +1,5 @@
+// The places of units on each model: the pattern of a location path, its type codes, its limits.
+
 #include "include/lmainte.h"
 
 #include <cstddef>

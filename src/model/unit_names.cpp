@@ -1,3 +1,5 @@
+// The names of units on each model, and the numbers that a unit has by its name.
+
 #include "include/lmainte.h"
 
 #include <cstddef>

@@ -1,3 +1,5 @@
+// The codes of the events that the log keeps, by the kind of unit: of its replacement, its addition, its removal.
+
 #include "include/lmainte.h"
 
 #include <cstddef>

@@ -5,6 +5,7 @@
 
 #include "src/frame/trace.h"
 #include "src/model/model_family.h"
+#include "src/model/unit_readers.h"
 #include "src/state/swap_kinds.h"
 
 // The swap list's functions share its head, its count and its model, and so one file.
@@ -13,7 +14,7 @@ namespace {
 
 using lmainte::Block;
 using lmainte::Call;
-using lmainte::SwapType;
+using lmainte::UnitReader;
 
 lmainte::Trace trace;
 constexpr Block kInit = lmainte::plain_block(0x060);
@@ -36,8 +37,7 @@ constexpr int32_t kAllUnits = -1;
 
 uint32_t order_of(uint32_t type) {
   const Call call(trace, kFindOrder);
-  const SwapType *row = lmainte::swap_type_of(type);
-  return row != nullptr ? row->order : lmainte::kOrderOfOtherTypes;
+  return lmainte::swap_order_of(type);
 }
 
 lmainte_swap_fru *find_node(uint32_t type, uint32_t number) {
@@ -79,13 +79,13 @@ int32_t lmainte_swap_fru_insert(uint32_t type, uint32_t number, const uint32_t *
   return ++lmainte_swap_fru_count;
 }
 
-bool insert_marked(const Call &call, const SwapType &row, const void *records, int32_t count) {
+bool insert_marked(const Call &call, const UnitReader &reader, const void *records, int32_t count) {
   for (int32_t i = 0; i < count; ++i) {
-    const lmainte::SwapUnit unit = row.at(records, i);
+    const lmainte::UnitHead unit = reader.head(records, static_cast<size_t>(i));
     if ((unit.status & kMarked) == 0) continue;
-    const int32_t result = lmainte_swap_fru_insert(row.type, unit.number, unit.ident);
+    const int32_t result = lmainte_swap_fru_insert(static_cast<uint32_t>(reader.type), unit.number, unit.unit_id);
     if (result == kFailed) {
-      call.error(4, row.type, result);
+      call.error(4, reader.type, result);
       return false;
     }
   }
@@ -95,20 +95,20 @@ bool insert_marked(const Call &call, const SwapType &row, const void *records, i
 // Reads units of a type and lists those that are marked. Returns the list's count.
 int32_t lmainte_swap_fru_collect(uint32_t type, int32_t number, int32_t count) {
   const Call call(trace, kCollect);
-  const SwapType *row = lmainte::swap_type_of(type);
-  if (row == nullptr || row->read == nullptr) {
+  const UnitReader *reader = lmainte::reader_of(static_cast<int32_t>(type));
+  if (reader == nullptr) {
     call.error(1, type);
     return kFailed;
   }
-  void *records = calloc(static_cast<uint32_t>(count), row->record_size);
+  void *records = calloc(static_cast<uint32_t>(count), reader->record_size);
   if (records == nullptr) {
     call.system_error(2, errno);
     return kFailed;
   }
   const int32_t first = count > 1 ? kAllUnits : number;
-  const int32_t result = row->read(first, count, static_cast<int32_t>(lmainte_swap_fru_model), records);
+  const int32_t result = reader->read(first, count, static_cast<int32_t>(lmainte_swap_fru_model), records);
   if (result != LMAINTE_OK) call.error(3, type, result);
-  const bool good = result == LMAINTE_OK && insert_marked(call, *row, records, count);
+  const bool good = result == LMAINTE_OK && insert_marked(call, *reader, records, count);
   free(records);
   return good ? lmainte_swap_fru_count : kFailed;
 }

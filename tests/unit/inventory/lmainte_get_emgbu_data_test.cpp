@@ -230,6 +230,7 @@ TEST_F(LmainteGetEmgbuData, UnitsThatDoNotExistFail) {
       SetUp();
       put_name(kind, static_cast<uint32_t>(unit), "BEYOND");
       EXPECT_EQ(get(kind, unit, 1, 5), 8) << unit;
+      EXPECT_EQ(doubles::trace_of(0x110C8230).at(1), "805 110CB232 " + std::to_string(unit));
       EXPECT_TRUE(all_untouched()) << unit;
     }
     SetUp();
@@ -330,15 +331,17 @@ struct RecordRow {
   uint32_t db_id;
   std::string name;
   size_t size;
-  size_t gets;  // up to and with the one that fails
+  size_t gets;        // up to and with the one that fails
+  std::string error;  // of its reader
 };
 
 TEST_F(LmainteGetEmgbuData, EveryRecordMustBeThereAndHaveItsSize) {
   for (const auto &kind : {kEmgbu, kEmgbr}) {
-    const RecordRow rows[] = {{2, kind.record, kind.size, 1},
-                              {4, identity(kind, 0), 8192, 2},
-                              {4, identity(kind, 1), 8192, 3},
-                              {3, "local_mgb_info", 280, 4}};
+    const std::string type = std::to_string(kind.type);
+    const RecordRow rows[] = {{2, kind.record, kind.size, 1, "805 110CB231 8 " + type},
+                              {4, identity(kind, 0), 8192, 2, "805 110CB233 8 0"},
+                              {4, identity(kind, 1), 8192, 3, "805 110CB233 8 1"},
+                              {3, "local_mgb_info", 280, 4, "805 110CB241 8 " + type}};
     for (const auto &row : rows) {
       const doubles::StoredRecord bad[] = {{Bytes(row.size), 3, false},
                                            {Bytes(row.size), 3, true},
@@ -352,6 +355,8 @@ TEST_F(LmainteGetEmgbuData, EveryRecordMustBeThereAndHaveItsSize) {
         calls.resize(row.gets);
         EXPECT_EQ(get(kind, -1, 2, 5), 8) << row.name;
         EXPECT_EQ(client_calls(), within_locks(calls)) << row.name;
+        const Lines trace = doubles::trace();
+        EXPECT_EQ(std::count(trace.begin(), trace.end(), row.error), 1) << row.name;
         EXPECT_EQ(machine().left_behind(), Lines{}) << row.name;
         EXPECT_TRUE(is_untouched(2)) << row.name;
       }

@@ -393,15 +393,28 @@ struct RecordRow {
   uint32_t db_id;
   const char *name;
   size_t size;
-  size_t gets;  // up to and with the one that fails
+  size_t gets;        // up to and with the one that fails
+  const char *error;  // of its reader
 };
 
 constexpr RecordRow kRecords[] = {
-    {1, "setup_cmu_info_01", 256, 1},           {2, "current_cmu_info_01", 1760, 2}, {4, "fru_cmu_info_01", 8192, 3},
-    {2, "current_cpu_module_info_01", 2976, 5}, {4, "fru_cpu_info_04", 8192, 6},     {4, "fru_cpu_info_07", 8192, 9},
-    {2, "current_dimm_info_01", 1792, 11},      {4, "fru_dimm_info_049", 256, 12},   {4, "fru_dimm_info_046", 256, 43},
-    {2, "current_iou_info_01", 2016, 45},       {4, "fru_iou_qe_info_01", 8192, 46},
+    {1, "setup_cmu_info_01", 256, 1, "805 110C1045 8 1"},
+    {2, "current_cmu_info_01", 1760, 2, "805 110C1045 8 1"},
+    {4, "fru_cmu_info_01", 8192, 3, "805 110C1045 8 1"},
+    {2, "current_cpu_module_info_01", 2976, 5, "805 110C1056 8 1"},
+    {4, "fru_cpu_info_04", 8192, 6, "805 110C1057 8 0"},
+    {4, "fru_cpu_info_07", 8192, 9, "805 110C1057 8 3"},
+    {2, "current_dimm_info_01", 1792, 11, "805 110CB0B6 8 1"},
+    {4, "fru_dimm_info_049", 256, 12, "805 110CB0B7 8 17"},
+    {4, "fru_dimm_info_046", 256, 43, "805 110CB0B7 8 14"},
+    {2, "current_iou_info_01", 2016, 45, "805 110CB0A5 8 1"},
+    {4, "fru_iou_qe_info_01", 8192, 46, "805 110CB0A5 8 1"},
 };
+
+// Whether a record is a module's, whose reader the CMU's reader calls.
+bool is_of_a_module(const RecordRow &row) {
+  return row.gets > 3 && row.gets <= 43;
+}
 
 TEST_F(LmainteGetSbData, EveryRecordMustBeThereAndHaveItsSize) {
   const Lines all = joined({cmu_gets(1), iou_gets(1, 5)});
@@ -419,6 +432,9 @@ TEST_F(LmainteGetSbData, EveryRecordMustBeThereAndHaveItsSize) {
           << row.name;
       const Lines record = {"100 110C0030", row.gets <= 43 ? "805 110C1037 8" : "805 110C1038 8", "100 110C0031"};
       EXPECT_EQ(doubles::trace_of(0x110C0030), record) << row.name;
+      const Lines trace = doubles::trace();
+      EXPECT_EQ(std::count(trace.begin(), trace.end(), row.error), 1) << row.name;
+      EXPECT_EQ(std::count(trace.begin(), trace.end(), "805 110C1046 8 1"), is_of_a_module(row) ? 1 : 0) << row.name;
       EXPECT_EQ(machine().left_behind(), Lines{}) << row.name;
     }
   }

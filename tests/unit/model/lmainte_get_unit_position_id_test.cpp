@@ -2,6 +2,7 @@
 // locations.
 
 #include <cstring>
+#include <tuple>
 
 #include <gtest/gtest.h>
 
@@ -472,6 +473,21 @@ TEST_F(Location, LockedDatabaseKeepsTheModelFromBeingRead) {
 }
 
 // ---- steps
+
+TEST_F(Location, NumberThatTheModelLacksIsRecordedWithTheMode) {
+  const std::tuple<uint32_t, const char *, const char *> rows[] = {
+      {0, "/PSU#75", "805 110C14C1 0 75"},
+      {1, "/PSU#75", "805 110C14C1 1 75"},
+      {0, "/CMU#16", "805 110C14C1 0 16"},
+      {1, "/CMU#0/CPUM#4", "805 110C14C1 1 4"},
+  };
+  for (const auto &[mode, path, error] : rows) {
+    on("qe3", [this, mode = mode, path = path, error = error] {
+      EXPECT_EQ(get(mode, path), 222) << path;
+      EXPECT_EQ(doubles::trace_of(0x110C04C0), (Lines{"100 110C04C0", error, "100 110C04C1"})) << path;
+    });
+  }
+}
 
 TEST_F(Location, RecordsItsSteps) {
   on("qe3", [this] {

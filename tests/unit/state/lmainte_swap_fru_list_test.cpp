@@ -310,6 +310,15 @@ TEST_F(LmainteSwapFruList, UnitIsListedOnce) {
   EXPECT_EQ(machine().blocks(), blocks);
 }
 
+TEST_F(LmainteSwapFruList, NumberOfAllOnesIsTheUnitThatTheReaderListsFirst) {
+  for (const uint32_t type : {kPsu, kIou, kDdc}) {
+    put_status(static_cast<int32_t>(type), 0, kMarked);
+    put_status(static_cast<int32_t>(type), 1, kMarked);
+    lmainte_add_swap_fru_to_list(type, 0xFFFFFFFF);
+  }
+  EXPECT_EQ(list(), "80#0 161#0 212#0");
+}
+
 TEST_F(LmainteSwapFruList, UnitThatIsNotMarkedIsNotAdded) {
   EXPECT_EQ(lmainte_add_swap_fru_to_list(kPsu, 0), 0);
   add(kPsu, 1);
