@@ -49,13 +49,6 @@ constexpr Phrase kShowMenu[] = {
     error(3, "the pager failed", "result"),
     error(4, "the list file cannot be removed", "result", "errno"),
 };
-constexpr Phrase kClearStatus[] = {
-    point(2, "clear the status of the slot", "unit id", "unit id"),
-    point(3, "the program ended", "exit status"),
-    error(1, "the time limit is not positive"),
-    error(2, "the request is null"),
-    error(3, "the status was not cleared", "exit status"),
-};
 
 // Lists and status tables of units.
 constexpr Phrase kTable[] = {
@@ -100,7 +93,6 @@ constexpr Function kFunctions[] = {
     {"lmainte_dot_end", Space::kPlain, 0x038, kDotEnd},
     {"lmainte_show_file", Space::kPlain, 0x02E, kShowFile},
     {"lmainte_show_menu", Space::kSecond, 0x017, kShowMenu},
-    {"lmainte_clear_status", Space::kPlain, 0x047, kClearStatus},
     {"lmainte_show_psu_list", Space::kPlain, 0x013, kUnits, {kTable, 3}},
     {"lmainte_show_fantray_list", Space::kPlain, 0x012, kUnits, {kTable, 3}},
     {"lmainte_show_ddca_list", Space::kSecond, 0x013, kUnits, {kTable, 3}},

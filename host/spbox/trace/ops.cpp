@@ -92,6 +92,13 @@ constexpr Phrase kLinkBoard[] = {
     error(4, "no such mode", "mode"),
     error(5, "the board was not linked", "exit status"),
 };
+constexpr Phrase kClearStatus[] = {
+    point(2, "clear the status of the slot", "unit id", "unit id"),
+    point(3, "the program ended", "exit status"),
+    error(1, "the time limit is not positive"),
+    error(2, "the request is null"),
+    error(3, "the status was not cleared", "exit status"),
+};
 
 constexpr Function kFunctions[] = {
     {"lmainte_control_mainte", Space::kPlain, 0x02F, kMainte},
@@ -103,6 +110,7 @@ constexpr Function kFunctions[] = {
     {"lmainte_judge_control_fru", Space::kPlain, 0x035, kJudge, {kFru}},
     {"lmainte_test_fru", Space::kPlain, 0x036, kTest, {kFru}},
     {"lmainte_check_fanspeed", Space::kPlain, 0x054, kFanSpeed},
+    {"lmainte_clear_status", Space::kPlain, 0x047, kClearStatus},
     {"lmainte_set_xsb", Space::kSecond, 0x01A, kSetXsb, {kBoard}},
     {"lmainte_clear_xsb", Space::kSecond, 0x01B, kClearXsb, {kBoard}},
     {"lmainte_test_sb", Space::kSecond, 0x01C, kTestBoard, {kBoard}},
