@@ -7,6 +7,8 @@
 #include <cerrno>
 #include <cstdio>
 
+#include "host/box/descriptor.h"
+
 namespace box {
 namespace {
 
@@ -48,6 +50,11 @@ int daemon_socket(const std::filesystem::path &folder, std::string_view name, So
     fd = close_keeping_reason(fd);
   close_keeping_reason(where);
   return fd;
+}
+
+bool daemon_listens(const std::filesystem::path &folder, std::string_view name) noexcept {
+  const Descriptor channel(daemon_socket(folder, name, connect));
+  return channel.get() >= 0 || errno == EAGAIN;  // too many others wait for it
 }
 
 }  // namespace box

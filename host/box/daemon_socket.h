@@ -15,4 +15,7 @@ using SocketStep = int (*)(int, const sockaddr *, socklen_t);
 // descriptor, or -1 with errno set: EINVAL where the name is no file's.
 int daemon_socket(const std::filesystem::path &folder, std::string_view name, SocketStep step) noexcept;
 
+// Whether a daemon listens under this name.
+bool daemon_listens(const std::filesystem::path &folder, std::string_view name) noexcept;
+
 }  // namespace box

@@ -1,20 +1,27 @@
-// monitor_daemon DIR FD: answers the requests that come to the box in this folder, until SIGTERM or until its parent ends.
-// Writes a byte to the descriptor once requests are answered, by this daemon or by that of another command in the box:
-// then this one waits, and takes over.
+// monitor_daemon DIR FD PARENT: answers the requests that come to the box in this folder, until SIGTERM or until its parent
+// ends. Writes an empty line to the descriptor once requests are answered, by this daemon or by that of another command in
+// the box: then this one waits, and takes over. Where it fails, before that or after, it writes a line that says why.
 #include <fcntl.h>
 #include <sys/file.h>
 #include <sys/prctl.h>
 #include <unistd.h>
 
 #include <cerrno>
-#include <charconv>
+#include <chrono>
 #include <csignal>
 #include <cstdio>
 #include <exception>
-#include <string_view>
+#include <filesystem>
+#include <stdexcept>
+#include <string>
 #include <system_error>
+#include <thread>
 
+#include "host/box/daemon_socket.h"
+#include "host/box/descriptor.h"
+#include "host/box/number.h"
 #include "host/daemon/server.h"
+#include "host/include/lmainte_host.h"
 
 namespace {
 
@@ -30,6 +37,7 @@ sigset_t prepare_signals() {
   struct sigaction action = {};
   action.sa_handler = [](int) { asked_to_end = 1; };
   sigaction(SIGTERM, &action, nullptr);
+  std::signal(SIGPIPE, SIG_IGN);  // nobody may care any more that it is ready
   setsid();
   return before;
 }
@@ -48,25 +56,37 @@ void leave_terminal() {
   if (nothing > STDERR_FILENO) close(nothing);
 }
 
+void say(int fd, const std::string &line) {
+  [[maybe_unused]] const int nobody_may_care = dprintf(fd, "%s\n", line.c_str());
+}
+
 void say_ready(int fd) {
   leave_terminal();
-  const char ready = 'r';
-  [[maybe_unused]] const ssize_t nobody_may_care = write(fd, &ready, 1);
-  close(fd);
+  say(fd, "");
 }
 
 // One daemon of a box answers at a time. The file stays: to remove it would let two daemons hold two files of its name.
 class Turn {
  public:
   explicit Turn(const box::Place &place)
-      : fd_(open((place.daemons() / ".turn").c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0666)) {
-    if (fd_ < 0) throw std::system_error(errno, std::generic_category(), place.daemons().string());
+      : place_(place), fd_(open((place.daemons() / ".turn").c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0666)) {
+    if (fd_.get() < 0) fail();
   }
-  ~Turn() { close(fd_); }
-  Turn(const Turn &) = delete;
-  Turn &operator=(const Turn &) = delete;
 
-  bool take_at_once() const { return flock(fd_, LOCK_EX | LOCK_NB) == 0; }
+  // Takes the turn, or waits until the one before answers, which it does soon when it has begun, and no more when it ends.
+  // Returns whether the turn was taken.
+  bool take_unless_answered() const {
+    const auto end = std::chrono::steady_clock::now() + kPatience;
+    while (flock(fd_.get(), LOCK_EX | LOCK_NB) != 0) {
+      if (errno != EWOULDBLOCK && errno != EINTR) fail();
+      if (box::daemon_listens(place_.daemons(), LMAINTE_HOST_MONITOR)) return false;
+      if (std::chrono::steady_clock::now() >= end) {
+        throw std::runtime_error("another one holds " + (place_.daemons() / ".turn").string() + " and does not listen");
+      }
+      std::this_thread::sleep_for(kBetweenTries);
+    }
+    return true;
+  }
 
   // Waits for the end of the one before. SIGTERM ends a daemon that waits, which has nothing to clear away.
   void wait(const sigset_t &signals) const {
@@ -76,20 +96,29 @@ class Turn {
     sigaction(SIGTERM, &end, &later);
     sigset_t blocked;
     sigprocmask(SIG_SETMASK, &signals, &blocked);
-    while (flock(fd_, LOCK_EX) != 0 && errno == EINTR) {
+    while (flock(fd_.get(), LOCK_EX) != 0) {
+      if (errno != EINTR) fail();
     }
     sigprocmask(SIG_SETMASK, &blocked, nullptr);
     sigaction(SIGTERM, &later, nullptr);
   }
 
  private:
-  int fd_;
+  static constexpr std::chrono::seconds kPatience{5};
+  static constexpr std::chrono::milliseconds kBetweenTries{5};
+
+  [[noreturn]] void fail() const {
+    throw std::system_error(errno, std::generic_category(), (place_.daemons() / ".turn").string());
+  }
+
+  const box::Place &place_;
+  box::Descriptor fd_;
 };
 
 void serve(const box::Place &place, int ready_fd, const sigset_t &signals) {
   std::filesystem::create_directories(place.daemons());
   const Turn turn(place);
-  const bool first = turn.take_at_once();
+  const bool first = turn.take_unless_answered();
   if (!first) {
     say_ready(ready_fd);
     turn.wait(signals);
@@ -99,23 +128,19 @@ void serve(const box::Place &place, int ready_fd, const sigset_t &signals) {
   while (asked_to_end == 0) server.step(signals);
 }
 
-int number_in(std::string_view text) {
-  int number = -1;
-  std::from_chars(text.data(), text.data() + text.size(), number);
-  return number;
-}
-
 }  // namespace
 
 int main(int argc, char **argv) {
   if (argc != 4) return 2;
+  const auto ready_fd = box::number_in<int>(argv[2]), parent = box::number_in<int>(argv[3]);
+  if (!ready_fd || !parent) return 2;
   try {
     const sigset_t signals = prepare_signals();
-    end_with(number_in(argv[3]));
-    serve(box::Place(argv[1]), number_in(argv[2]), signals);
+    end_with(*parent);
+    serve(box::Place(argv[1]), *ready_fd, signals);
     return 0;
   } catch (const std::exception &error) {
-    std::fprintf(stderr, "spbox: the box's daemon: %s\n", error.what());
+    say(*ready_fd, error.what());
     return 1;
   }
 }

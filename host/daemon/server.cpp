@@ -20,31 +20,44 @@ constexpr std::size_t kMostPeers = 64, kMostWaiting = 64;
   throw std::system_error(errno, std::generic_category(), what);
 }
 
+void remove_socket(const std::filesystem::path &socket) {
+  std::error_code error;
+  std::filesystem::remove(socket, error);
+}
+
+box::Descriptor listener_at(const std::filesystem::path &socket) {
+  std::filesystem::remove(socket);  // of a daemon that was killed
+  box::Descriptor listener(box::daemon_socket(socket.parent_path(), socket.filename().native(), bind));
+  if (listener.get() < 0) failure(socket.string());
+  if (listen(listener.get(), SOMAXCONN) == 0) return listener;
+  const int reason = errno;
+  remove_socket(socket);
+  errno = reason;
+  failure(socket.string());
+}
+
 }  // namespace
 
-Server::Server(const box::Place &place) : socket_(place.daemons() / LMAINTE_HOST_MONITOR), monitor_(place) {
-  std::filesystem::remove(socket_);  // of a daemon that was killed
-  listener_ = box::daemon_socket(place.daemons(), LMAINTE_HOST_MONITOR, bind);
-  if (listener_ < 0 || listen(listener_, SOMAXCONN) != 0) failure(socket_.string());
-}
+Server::Server(const box::Place &place)
+    : socket_(place.daemons() / LMAINTE_HOST_MONITOR), listener_(listener_at(socket_)), monitor_(place) {}
 
 Server::~Server() {
   for (const Peer &peer : peers_) close(peer.fd);
-  close(listener_);
-  std::error_code error;
-  std::filesystem::remove(socket_, error);
+  listener_.reset();
+  remove_socket(socket_);
 }
 
 std::vector<pollfd> Server::watched() const {
   std::vector<pollfd> watched;
   for (const Peer &peer : peers_) watched.push_back({peer.fd, POLLIN, 0});
-  if (peers_.size() < kMostPeers) watched.push_back({listener_, POLLIN, 0});
+  if (peers_.size() < kMostPeers) watched.push_back({listener_.get(), POLLIN, 0});
   return watched;
 }
 
 void Server::accept_peers() {
   int fd = -1;
-  while (peers_.size() < kMostPeers && (fd = accept4(listener_, nullptr, nullptr, SOCK_NONBLOCK | SOCK_CLOEXEC)) >= 0) {
+  while (peers_.size() < kMostPeers &&
+         (fd = accept4(listener_.get(), nullptr, nullptr, SOCK_NONBLOCK | SOCK_CLOEXEC)) >= 0) {
     peers_.push_back({fd, {}});
   }
 }

@@ -1,14 +1,16 @@
 // The daemon's connections: requests come in, answers go out, some of them later.
 #pragma once
 
+#include <poll.h>
+
 #include <chrono>
 #include <csignal>
 #include <deque>
+#include <filesystem>
 #include <list>
 #include <vector>
 
-#include <poll.h>
-
+#include "host/box/descriptor.h"
 #include "host/daemon/monitor.h"
 
 namespace monitor {
@@ -42,7 +44,7 @@ class Server {
   int milliseconds_left() const;
 
   std::filesystem::path socket_;
-  int listener_;
+  box::Descriptor listener_;
   Monitor monitor_;
   std::list<Peer> peers_;
 };

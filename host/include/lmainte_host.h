@@ -67,9 +67,9 @@ typedef struct lmainte_host_message {
   uint32_t size;    /* bytes of the whole message, this head included: from 16 to LMAINTE_HOST_MESSAGE_MOST */
   uint32_t daemon;  /* the daemon's number; liblmainte records it with the command */
   uint32_t command; /* what is asked for; in a reply, what was */
-  uint32_t
-      sequence; /* the asker's count; its reply has the same. Count up, and a reply that comes when the next request
-                        has been sent is dropped instead of being taken for the next one's */
+  /* the asker's count; its reply has the same. Count up, and a reply that comes when the next request has been sent is
+     dropped instead of being taken for the next one's */
+  uint32_t sequence;
 } lmainte_host_message;
 
 /* The most bytes of a message. lcmn_receive knows no size: its buffer has room for these. */
@@ -85,7 +85,13 @@ typedef struct lmainte_host_message {
  *   EINVAL        a null pointer; an empty name, one with a slash or a dot in front, one of 64 characters or more
  *   ENOENT, ECONNREFUSED  no such daemon runs
  *   EAGAIN        too many wait for it
+ *   EACCES        the box or the daemon is another user's
  *   EMFILE        LMAINTE_HOST_CHANNELS_MOST channels are open, or the descriptors have come to the end of an fd_set
+ *   ENFILE, ENOMEM  the system has no descriptor or no memory for it
+ *
+ * Of two commands in a box, the second one's daemon takes over when the first one ends. The second one's channels end with
+ * that, as lcmn_select and lcmn_receive tell (LMAINTE_HOST_ONE_GONE, ECONNRESET): close the channel and open it anew. For a
+ * moment no daemon runs; try again after some milliseconds.
  */
 int32_t lmainte_host_open_channel(const char *daemon);
 
@@ -110,8 +116,8 @@ enum {
   LMAINTE_HOST_READY = 0,     /* first: a channel is ready */
   LMAINTE_HOST_TIME_OVER = 1, /* first: nothing came in time */
   LMAINTE_HOST_ALL_THERE = 0, /* second: every channel still has its daemon */
-  LMAINTE_HOST_ONE_GONE = 1 /* second: a daemon has gone. Its channel counts as ready, and receiving from it fails once
-                                 its last words are read */
+  /* second: a daemon has gone. Its channel counts as ready, and receiving from it fails once its last words are read */
+  LMAINTE_HOST_ONE_GONE = 1
 };
 
 /* ---- The box's daemon -------------------------------------------------------------------------------------------- */
@@ -136,7 +142,7 @@ enum {
   LMAINTE_HOST_NO_COMMAND = 1,  /* there is no such request */
   LMAINTE_HOST_BAD_REQUEST = 2, /* its size is not the command's, or it is for another daemon */
   LMAINTE_HOST_NO_UNIT = 3,     /* the box has no such unit */
-  LMAINTE_HOST_BOX_FAILED = 4   /* a database or the log cannot be read or written */
+  LMAINTE_HOST_BOX_FAILED = 4   /* a database, the unit's record or the log cannot be read or written */
 };
 
 typedef struct lmainte_host_reply {
@@ -156,7 +162,7 @@ enum {
   LMAINTE_HOST_DB_SESSION = -2,  /* opened or locked twice; not open or not locked */
   LMAINTE_HOST_DB_BUSY = -3,     /* another process has held the lock for 3 seconds */
   LMAINTE_HOST_DB_ABSENT = -4,   /* there is no such record */
-  LMAINTE_HOST_DB_STORAGE = -5 /* the files cannot be read or written, or the process that opened them is the parent */
+  LMAINTE_HOST_DB_STORAGE = -5   /* the files cannot be read or written, or the parent process has opened them */
 };
 
 #ifdef __cplusplus

@@ -1,59 +1,78 @@
 #include "host/spbox/daemon_process.h"
 
 #include <fcntl.h>
-#include <sys/wait.h>
 #include <unistd.h>
 
 #include <array>
 #include <cerrno>
 #include <csignal>
 #include <cstdio>
-#include <string>
+#include <optional>
 #include <system_error>
+
+#include "host/box/child.h"
 
 namespace spbox {
 namespace {
 
-[[noreturn]] void become(const std::filesystem::path &program, const std::string &box, int ready_fd, pid_t parent) {
-  const std::string fd = std::to_string(ready_fd), pid = std::to_string(parent);
-  execl(program.c_str(), program.c_str(), box.c_str(), fd.c_str(), pid.c_str(), nullptr);
-  _exit(127);
+[[noreturn]] void failure(const char *what) {
+  throw std::system_error(errno, std::generic_category(), what);
 }
 
-// True once the daemon has said so, false when it has ended without a word.
-bool is_ready(int fd) {
-  char byte = 0;
-  ssize_t got = 0;
-  while ((got = read(fd, &byte, 1)) < 0 && errno == EINTR) {
+// The next line that the daemon says; none once it has ended.
+std::optional<std::string> line_from(int fd) {
+  std::string line;
+  char character = 0;
+  for (ssize_t got = 0; (got = read(fd, &character, 1)) == 1 || (got < 0 && errno == EINTR);) {
+    if (got == 1 && character == '\n') return line;
+    if (got == 1) line += character;
   }
-  return got == 1;
+  return std::nullopt;
+}
+
+std::string ending(int status) {
+  return status > 128 ? "signal " + std::to_string(status - 128) : "exit status " + std::to_string(status);
 }
 
 }  // namespace
 
 DaemonProcess::DaemonProcess(const std::filesystem::path &program, const box::Place &place) {
   std::array<int, 2> ends{};
-  if (pipe2(ends.data(), O_CLOEXEC) != 0) throw std::system_error(errno, std::generic_category(), "pipe");
-  const std::string box = place.root().string();
-  const pid_t parent = getpid();
+  if (pipe2(ends.data(), O_CLOEXEC) != 0) failure("pipe");
+  says_ = box::Descriptor(ends[0]);
+  box::Descriptor told(ends[1]);
+  const box::ArgumentVector words(
+      {program.string(), place.root().string(), std::to_string(told.get()), std::to_string(getpid())});
   std::fflush(nullptr);
   pid_ = fork();
-  if (pid_ < 0) throw std::system_error(errno, std::generic_category(), "fork");
+  if (pid_ < 0) failure("fork");
   if (pid_ == 0) {
-    fcntl(ends[1], F_SETFD, 0);
-    become(program, box, ends[1], parent);
+    fcntl(told.get(), F_SETFD, 0);
+    execv(words.program(), words.data());
+    _exit(127);
   }
-  close(ends[1]);
-  if (!is_ready(ends[0])) {
-    std::fputs("spbox: the box's daemon does not run: requests to it will fail. The command runs without it.\n",
-               stderr);
-  }
-  close(ends[0]);
+  told.reset();
+  await();
+}
+
+void DaemonProcess::await() {
+  const std::optional<std::string> line = line_from(says_.get());
+  ready_ = line == "";
+  if (ready_) return;
+  std::fprintf(stderr,
+               "spbox: the box's daemon does not run%s. Requests to it will fail. The command runs without it.\n",
+               line ? (": " + *line).c_str() : "");
 }
 
 DaemonProcess::~DaemonProcess() {
   kill(pid_, SIGTERM);
-  while (waitpid(pid_, nullptr, 0) < 0 && errno == EINTR) {
+  try {
+    const int status = box::exit_status_of(pid_);
+    if (!ready_ || status == 0 || status == 128 + SIGTERM) return;
+    std::fprintf(stderr, "spbox: the box's daemon ended before the command: %s. Requests to it failed from then on.\n",
+                 line_from(says_.get()).value_or(ending(status)).c_str());
+  } catch (const std::exception &) {
+    // Nothing can be told of a child that nobody can wait for.
   }
 }
 

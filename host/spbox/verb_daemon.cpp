@@ -1,5 +1,3 @@
-#include <unistd.h>
-
 #include <CLI/CLI.hpp>
 #include <algorithm>
 #include <cstdio>
@@ -49,19 +47,13 @@ std::string way_text(const box::DaemonBend &bend) {
   return "";
 }
 
-bool is_running(const box::Place &place) {
-  const int fd = box::daemon_socket(place.daemons(), LMAINTE_HOST_MONITOR, connect);
-  if (fd >= 0) close(fd);
-  return fd >= 0;
-}
-
 int daemon(const Options &options) {
   const box::Place place(options.box);
   box::model_of_box(place);  // says what is wrong where this is no box
   box::Hardware hardware(place);
   if (!options.way.empty()) box::set_daemon_bend(hardware, {row_of(options.way)->way, options.seconds});
   const box::DaemonBend bend = box::daemon_bend(hardware);
-  const bool running = is_running(place);
+  const bool running = box::daemon_listens(place.daemons(), LMAINTE_HOST_MONITOR);
   if (options.as_json) {
     const nlohmann::json whole = {
         {"name", LMAINTE_HOST_MONITOR},
@@ -71,8 +63,7 @@ int daemon(const Options &options) {
     std::puts(whole.dump(2).c_str());
     return 0;
   }
-  std::printf("%s, %s: %s\n", LMAINTE_HOST_MONITOR, running ? "running" : "not running, as no command is in the box",
-              way_text(bend).c_str());
+  std::printf("%s, %s: %s\n", LMAINTE_HOST_MONITOR, running ? "running" : "not running", way_text(bend).c_str());
   return 0;
 }
 

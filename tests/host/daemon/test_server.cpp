@@ -1,20 +1,31 @@
 // The daemon as a process: its connections, its end, and its turns with another one.
+#include <fcntl.h>
 #include <gtest/gtest.h>
 #include <poll.h>
-#include <sys/prctl.h>
+#include <sys/file.h>
 #include <sys/socket.h>
+#include <sys/syscall.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
 #include <array>
+#include <cerrno>
 #include <csignal>
 #include <cstring>
+#include <filesystem>
+#include <iterator>
+#include <string>
+#include <system_error>
 
+#include "host/box/child.h"
 #include "host/box/contents.h"
 #include "host/box/daemon_bend.h"
 #include "host/box/daemon_socket.h"
+#include "host/box/descriptor.h"
+#include "host/daemon/server.h"
 #include "host/include/lmainte_host.h"
 #include "include/lmainte.h"
+#include "tests/eventually.h"
 #include "tests/host/box/child.h"
 #include "tests/host/box/scratch.h"
 
@@ -22,10 +33,12 @@ namespace {
 
 constexpr int kPatience = 10'000;  // milliseconds, of a test that is about to fail
 
-// A daemon's process, which is ready when this is there.
-class Process {
+bool listening_fails = false;
+
+// A daemon's process.
+class Starting {
  public:
-  explicit Process(const box::Place &place) {
+  explicit Starting(const box::Place &place) {
     std::array<int, 2> ends{};
     EXPECT_EQ(pipe(ends.data()), 0);
     const std::string fd = std::to_string(ends[1]), parent = std::to_string(getpid());
@@ -35,13 +48,21 @@ class Process {
       _exit(127);
     }
     close(ends[1]);
-    char byte = 0;
-    EXPECT_EQ(read(ends[0], &byte, 1), 1) << "the daemon did not start";
-    close(ends[0]);
+    says_ = box::Descriptor(ends[0]);
   }
-  ~Process() { end(); }
-  Process(const Process &) = delete;
-  Process &operator=(const Process &) = delete;
+  ~Starting() { end(); }
+  Starting(const Starting &) = delete;
+  Starting &operator=(const Starting &) = delete;
+
+  // The next line that it says, which is empty when it is ready; "nothing" where none comes in time, or at its end.
+  std::string line(int limit = kPatience) const {
+    std::string line;
+    pollfd at{says_.get(), POLLIN, 0};
+    for (char character = 0; poll(&at, 1, limit) == 1 && read(at.fd, &character, 1) == 1; line += character) {
+      if (character == '\n') return line;
+    }
+    return "nothing";
+  }
 
   int end(int signal = SIGTERM) {
     if (pid_ == 0) return 0;
@@ -52,8 +73,22 @@ class Process {
     return status;
   }
 
+  // The same for one that has ended by itself.
+  int ended() {
+    const int status = box::wait_status_of(pid_);
+    pid_ = 0;
+    return status;
+  }
+
  private:
   pid_t pid_;
+  box::Descriptor says_;
+};
+
+// One that is ready when this is there.
+class Process : public Starting {
+ public:
+  explicit Process(const box::Place &place) : Starting(place) { EXPECT_EQ(line(), "") << "the daemon did not start"; }
 };
 
 class ServerTest : public testing::Test {
@@ -175,6 +210,96 @@ TEST_F(ServerTest, ASecondOneTakesOverWhenTheFirstEnds) {
   close(fd);
 }
 
+TEST_F(ServerTest, AnOpenChannelEndsWithTheFirstAndIsOpenedAnew) {
+  Process first(place_);
+  const Process second(place_);
+  const int before = open();
+  ask(before, 1);
+  EXPECT_EQ(heard(before), 1);
+  first.end();
+  EXPECT_EQ(heard(before), 0) << "the connection ends";
+  ASSERT_TRUE(eventually([&] { return box::daemon_listens(place_.daemons(), "monitor"); }));
+  const int after = open();
+  ask(after, 2);
+  EXPECT_EQ(heard(after), 2);
+}
+
+// The turn of another one, which listens when it is told to.
+class Other {
+ public:
+  explicit Other(const box::Place &place) : folder_(place.daemons()) {
+    std::filesystem::create_directories(folder_);
+    turn_ = box::Descriptor(::open((folder_ / ".turn").c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0666));
+    EXPECT_EQ(flock(turn_.get(), LOCK_EX | LOCK_NB), 0);
+  }
+  void listens() {
+    listener_ = box::Descriptor(box::daemon_socket(folder_, "monitor", bind));
+    EXPECT_EQ(listen(listener_.get(), 4), 0) << strerror(errno);
+  }
+  void ends() {
+    listener_.reset();
+    turn_.reset();
+  }
+
+ private:
+  std::filesystem::path folder_;
+  box::Descriptor turn_, listener_;
+};
+
+TEST_F(ServerTest, ASecondOneIsReadyWhenTheFirstListens) {
+  Other first(place_);
+  const Starting second(place_);
+  EXPECT_EQ(second.line(200), "nothing") << "it has its turn and does not listen yet";
+  first.listens();
+  EXPECT_EQ(second.line(), "");
+}
+
+TEST_F(ServerTest, ASecondOneIsTheFirstWhenThatOneWasEndingAlready) {
+  Other first(place_);
+  const Starting second(place_);
+  EXPECT_EQ(second.line(200), "nothing") << "it listens no more";
+  first.ends();
+  EXPECT_EQ(second.line(), "");
+  const int fd = open();
+  ask(fd, 6);
+  EXPECT_EQ(heard(fd), 6);
+}
+
+TEST_F(ServerTest, ASecondOneDoesNotWaitForEverForOneThatNeverListens) {
+  const Other first(place_);
+  Starting second(place_);
+  EXPECT_EQ(second.line(), "another one holds " + (place_.daemons() / ".turn").string() + " and does not listen");
+  EXPECT_EQ(WEXITSTATUS(second.ended()), 1);
+}
+
+TEST_F(ServerTest, AWaitingOneThatFailsAtItsTurnSaysWhy) {
+  Other first(place_);
+  first.listens();
+  Starting second(place_);
+  EXPECT_EQ(second.line(), "");
+  std::filesystem::remove(place_.daemons() / "monitor");
+  std::filesystem::create_directories(place_.daemons() / "monitor/full");
+  first.ends();
+  const std::string why = second.line();
+  EXPECT_NE(why.find("monitor"), std::string::npos) << why;
+  EXPECT_NE(why.find("not empty"), std::string::npos) << why;
+  EXPECT_EQ(WEXITSTATUS(second.ended()), 1);
+}
+
+TEST_F(ServerTest, OneThatCannotListenLeavesNothing) {
+  std::filesystem::create_directories(place_.daemons());
+  const auto open_ones = [] {
+    const std::filesystem::directory_iterator all("/proc/self/fd");
+    return std::distance(begin(all), end(all));
+  };
+  const auto before = open_ones();
+  listening_fails = true;
+  EXPECT_THROW(monitor::Server{place_}, std::system_error);
+  listening_fails = false;
+  EXPECT_EQ(open_ones(), before);
+  EXPECT_FALSE(std::filesystem::exists(place_.daemons() / "monitor"));
+}
+
 TEST_F(ServerTest, AWaitingOneEndsToo) {
   const Process first(place_);
   Process second(place_);
@@ -196,3 +321,10 @@ TEST_F(ServerTest, EndsWithItsParent) {
 }
 
 }  // namespace
+
+// The system's, but where a test wants it to fail.
+extern "C" int listen(int fd, int backlog) noexcept {
+  if (!listening_fails) return static_cast<int>(syscall(SYS_listen, fd, backlog));
+  errno = EADDRINUSE;
+  return -1;
+}

@@ -1,8 +1,17 @@
+#include <sys/prctl.h>
+#include <unistd.h>
+
+#include <cerrno>
 #include <csignal>
 #include <fstream>
+#include <iterator>
 #include <nlohmann/json.hpp>
+#include <sstream>
+#include <utility>
 
+#include "host/box/child.h"
 #include "host/box/daemon_bend.h"
+#include "tests/eventually.h"
 #include "tests/host/spbox/spbox_test.h"
 
 namespace {
@@ -14,13 +23,51 @@ class Daemon : public SpboxTest {
   void SetUp() override { make_box("qa"); }
   box::DaemonBend bend() const { return box::daemon_bend(box::Hardware(place())); }
 
-  // The process of this box's daemon, as a command in the box finds it; 0 without one.
-  static pid_t daemon_in(const std::string &output) { return output.empty() ? 0 : std::stoi(output); }
-  std::string find_daemon() const { return "pgrep -f 'monitor_daemon " + place().root().string() + " ' || true"; }
+  // The processes of this box's daemons, as a shell in the box finds them: neither itself nor spbox, whose lines have
+  // these words, too.
+  std::string find_daemon() const { return "pgrep -f '[m]onitor_daemon " + place().root().string() + " '"; }
+  // The one that was found; 0 for none, and for several.
+  static pid_t daemon_in(const std::string &found) {
+    std::istringstream words(found);
+    pid_t one = 0, other = 0;
+    return (words >> one) && !(words >> other) ? one : 0;
+  }
+  static bool is_gone(pid_t process) { return kill(process, 0) == -1 && errno == ESRCH; }
+};
+
+// spbox as a child of this test, which inherits whatever that one leaves behind.
+class Abandoned {
+ public:
+  explicit Abandoned(std::vector<std::string> words) {
+    prctl(PR_SET_CHILD_SUBREAPER, 1);
+    const box::ArgumentVector arguments(std::move(words));
+    spbox_ = fork();
+    if (spbox_ != 0) return;
+    execv(arguments.program(), arguments.data());
+    _exit(127);
+  }
+  ~Abandoned() {
+    if (spbox_ > 0) kill_spbox();
+    prctl(PR_SET_CHILD_SUBREAPER, 0);
+  }
+  Abandoned(const Abandoned &) = delete;
+  Abandoned &operator=(const Abandoned &) = delete;
+
+  int kill_spbox() {
+    kill(spbox_, SIGKILL);
+    return box::exit_status_of(std::exchange(spbox_, 0));
+  }
+  // Whether a process that was left ends, and how.
+  static bool ends(pid_t process, int &status) {
+    return eventually([&] { return waitpid(process, &status, WNOHANG) == process; });
+  }
+
+ private:
+  pid_t spbox_;
 };
 
 TEST_F(Daemon, AnswersAndDoesNotRunInANewBox) {
-  EXPECT_EQ(done({"daemon", "box"}), "monitor, not running, as no command is in the box: answers\n");
+  EXPECT_EQ(done({"daemon", "box"}), "monitor, not running: answers\n");
 }
 
 TEST_F(Daemon, IsBentAsAsked) {
@@ -39,7 +86,7 @@ TEST_F(Daemon, IsBentAsAsked) {
   for (const auto &row : rows) {
     Words words{"daemon", "box"};
     words.insert(words.end(), row.words.begin(), row.words.end());
-    EXPECT_EQ(done(words), "monitor, not running, as no command is in the box: " + std::string(row.says) + "\n");
+    EXPECT_EQ(done(words), "monitor, not running: " + std::string(row.says) + "\n");
     EXPECT_EQ(bend().way, row.way) << row.says;
     EXPECT_EQ(bend().seconds, row.seconds) << row.says;
     done({"daemon", "box"});
@@ -65,9 +112,8 @@ TEST_F(Daemon, RunsAsLongAsTheCommand) {
   const terminal::Done seen = in_box({"sh", "-c", "test -S /mgb/run/monitor && " + find_daemon()});
   ASSERT_EQ(seen.exit_status, 0) << seen.output;
   const pid_t daemon = daemon_in(seen.output);
-  ASSERT_GT(daemon, 0);
-  EXPECT_EQ(kill(daemon, 0), -1);
-  EXPECT_EQ(errno, ESRCH);
+  ASSERT_GT(daemon, 0) << seen.output;
+  EXPECT_TRUE(is_gone(daemon));
   EXPECT_FALSE(std::filesystem::exists(place().daemons() / "monitor"));
 }
 
@@ -80,9 +126,32 @@ TEST_F(Daemon, IsNotLeftBehindByACommandThatIsKilled) {
   const terminal::Done seen = in_box({"sh", "-c", find_daemon() + "; kill -KILL $$"});
   EXPECT_EQ(seen.exit_status, 128 + SIGKILL);
   const pid_t daemon = daemon_in(seen.output);
-  ASSERT_GT(daemon, 0);
-  EXPECT_EQ(kill(daemon, 0), -1);
+  ASSERT_GT(daemon, 0) << seen.output;
+  EXPECT_TRUE(is_gone(daemon));
   EXPECT_EQ(in_box({"test", "-S", "/mgb/run/monitor"}).exit_status, 0);
+}
+
+TEST_F(Daemon, EndsWithASpboxThatIsKilled) {
+  const auto found = place().tmp() / "found";
+  Abandoned spbox({SPBOX, "run", place().root(), "sh", "-c",
+                   find_daemon() + " >/tmp/finding; mv /tmp/finding /tmp/found; exec sleep 100"});
+  ASSERT_TRUE(eventually([&] { return std::filesystem::exists(found); }));
+  std::ifstream in(found);
+  const pid_t daemon = daemon_in({std::istreambuf_iterator<char>(in), {}});
+  ASSERT_GT(daemon, 0);
+  EXPECT_EQ(spbox.kill_spbox(), 128 + SIGKILL);
+  int status = -1;
+  ASSERT_TRUE(Abandoned::ends(daemon, status));
+  EXPECT_EQ(status, 0) << "it ends as if it had been asked to";
+  EXPECT_FALSE(std::filesystem::exists(place().daemons() / "monitor"));
+  EXPECT_EQ(in_box({"test", "-S", "/mgb/run/monitor"}).exit_status, 0) << "the next one";
+}
+
+TEST_F(Daemon, IsReportedWhenItEndsBeforeTheCommand) {
+  const terminal::Done seen = in_box({"sh", "-c", "kill -KILL $(" + find_daemon() + ")"});
+  EXPECT_EQ(seen.exit_status, 0);
+  EXPECT_EQ(seen.output,
+            "spbox: the box's daemon ended before the command: signal 9. Requests to it failed from then on.\n");
 }
 
 TEST_F(Daemon, IsDoneWithoutWhereItCannotRun) {
@@ -90,6 +159,7 @@ TEST_F(Daemon, IsDoneWithoutWhereItCannotRun) {
   const terminal::Done seen = in_box({"true"});
   EXPECT_EQ(seen.exit_status, 0);
   EXPECT_NE(seen.output.find("The command runs without it."), std::string::npos) << seen.output;
+  EXPECT_NE(seen.output.find(place().daemons().string()), std::string::npos) << "and why: " << seen.output;
 }
 
 }  // namespace
