@@ -1,19 +1,19 @@
 #include "host/box/programs.h"
 
-#include <charconv>
 #include <sstream>
 #include <stdexcept>
 
 #include "host/box/model.h"
+#include "host/box/number.h"
 
 namespace box {
 namespace {
 
-template <typename Number>
-Number number(const std::string &text) {
-  Number value{};
-  std::from_chars(text.data(), text.data() + text.size(), value);
-  return value;
+constexpr std::string_view kLed = "led", kFlag = "flag", kDetached = "detached", kLink = "link", kPower = "power",
+                           kFan = "fan";
+
+std::string key_of(std::string_view what, std::string_view unit) {
+  return std::string(what) + " " + std::string(unit);
 }
 
 }  // namespace
@@ -21,7 +21,7 @@ Number number(const std::string &text) {
 std::map<std::string, std::string> after_power_on(std::uint32_t model) {
   std::map<std::string, std::string> state{{"maintenance", "unlock"}, {"fan", "low"}};
   if (!is_high_end(model)) return state;
-  for (const char *expansion : {"/IOX@0A21", "/IOX@0A22"}) state["power " + std::string(expansion)] = "on";
+  for (const char *expansion : {"/IOX@0A21", "/IOX@0A22"}) state[key_of(kPower, expansion)] = "on";
   return state;
 }
 
@@ -49,18 +49,95 @@ std::map<std::string, std::string> Hardware::all() const {
   return state;
 }
 
-void Hardware::set_all(const std::map<std::string, std::string> &state) {
+void Hardware::lock() {
   if (!database_.lock()) throw std::runtime_error("the box's own database is locked by another process");
-  for (const auto &[key, value] : state) set(key, value);
+}
+
+void Hardware::unlock() {
   if (!database_.unlock()) throw std::runtime_error("the box's own database could not be written");
 }
 
+void Hardware::set_all(const std::map<std::string, std::string> &state) {
+  lock();
+  for (const auto &[key, value] : state) set(key, value);
+  unlock();
+}
+
+std::string Hardware::exchange(const std::string &key, const std::string &value) {
+  lock();
+  const std::string before = get(key).value_or("");
+  if (value.empty()) {
+    clear(key);
+  } else if (value != before) {
+    set(key, value);
+  }
+  unlock();
+  return before;
+}
+
+// An empty value is none.
+std::string Hardware::of_unit(std::string_view what, std::string_view unit) const {
+  return get(key_of(what, unit)).value_or("");
+}
+
+void Hardware::set_of_unit(std::string_view what, std::string_view unit, const std::string &value) {
+  const std::string key = key_of(what, unit);
+  if (value.empty()) return clear(key);
+  set(key, value);
+}
+
 std::string Hardware::led(const std::string &unit) const {
-  return get("led " + unit).value_or("off");
+  const std::string light = of_unit(kLed, unit);
+  return light.empty() ? "off" : light;
+}
+
+void Hardware::set_led(const std::string &unit, const std::string &light) {
+  set_of_unit(kLed, unit, light);
 }
 
 std::string Hardware::flag(const std::string &unit) const {
-  return get("flag " + unit).value_or("");
+  return of_unit(kFlag, unit);
+}
+
+bool Hardware::set_flag(const std::string &unit, bool start) {
+  return !exchange(key_of(kFlag, unit), start ? "start" : "").empty();
+}
+
+bool Hardware::detached(const std::string &unit) const {
+  return !of_unit(kDetached, unit).empty();
+}
+
+void Hardware::set_detached(const std::string &unit, bool detached) {
+  set_of_unit(kDetached, unit, detached ? "yes" : "");
+}
+
+std::string Hardware::link(const std::string &unit) const {
+  return of_unit(kLink, unit);
+}
+
+void Hardware::set_link(const std::string &unit, const std::string &link) {
+  set_of_unit(kLink, unit, link);
+}
+
+std::string Hardware::power(const std::string &unit) const {
+  return of_unit(kPower, unit);
+}
+
+void Hardware::set_power(const std::string &unit, const std::string &power) {
+  set_of_unit(kPower, unit, power);
+}
+
+std::string Hardware::fan(const std::string &unit) const {
+  return of_unit(kFan, unit);
+}
+
+void Hardware::set_fan(const std::string &unit, const std::string &speed) {
+  set_of_unit(kFan, unit, speed);
+}
+
+bool Hardware::has_expansion(std::string_view unit) const {
+  if (!unit.starts_with("/IOX@")) return false;
+  return !of_unit(kPower, unit.substr(0, unit.find('/', 1))).empty();
 }
 
 Bend Hardware::bend(std::string_view program) const {
@@ -72,9 +149,9 @@ Bend Hardware::bend(std::string_view program) const {
     if (word == "ignore-term") bend.ignore_term = true;
     if (word != "exit" && word != "delay" && word != "die") continue;
     lines >> value;
-    if (word == "exit") bend.exit = number<int>(value);
-    if (word == "delay") bend.delay = number<std::uint32_t>(value);
-    if (word == "die") bend.die = number<int>(value);
+    if (word == "exit") bend.exit = number_in<int>(value).value_or(0);
+    if (word == "delay") bend.delay = number_in<std::uint32_t>(value).value_or(0);
+    if (word == "die") bend.die = number_in<int>(value).value_or(0);
   }
   return bend;
 }
@@ -101,9 +178,9 @@ std::optional<Run> Hardware::last_run(std::string_view program) const {
   words >> time >> pid >> status;
   words.get();
   std::getline(words, run.arguments);
-  run.time_ns = number<std::int64_t>(time);
-  run.pid = number<std::int32_t>(pid);
-  if (status != "-") run.status = number<int>(status);
+  run.time_ns = number_in<std::int64_t>(time).value_or(0);
+  run.pid = number_in<std::int32_t>(pid).value_or(0);
+  if (status != "-") run.status = number_in<int>(status).value_or(0);
   return run;
 }
 

@@ -73,12 +73,30 @@ class Hardware {
   void set(const std::string &key, const std::string &value);
   void clear(const std::string &key);
 
+  // Sets a key and returns what it was, in one step: of several processes that do this at a time, each gets what the one
+  // before it has set. An empty value is none. Throws.
+  std::string exchange(const std::string &key, const std::string &value);
+
   // All of it, and all of it at once.
   std::map<std::string, std::string> all() const;
   void set_all(const std::map<std::string, std::string> &state);
 
-  std::string led(const std::string &unit) const;   // "off", "on" or "blink"
-  std::string flag(const std::string &unit) const;  // "start" while the unit is under maintenance, else empty
+  // What belongs to one unit, by its location.
+  std::string led(const std::string &unit) const;  // "off", "on" or "blink"
+  void set_led(const std::string &unit, const std::string &light);
+  std::string flag(const std::string &unit) const;     // "start" while the unit is under maintenance, else empty
+  bool set_flag(const std::string &unit, bool start);  // returns whether it was set, in one step as exchange
+  bool detached(const std::string &unit) const;        // out of operation
+  void set_detached(const std::string &unit, bool detached);
+  std::string link(const std::string &unit) const;  // of a board: "up" or "down", empty while it was never linked
+  void set_link(const std::string &unit, const std::string &link);
+  std::string power(const std::string &unit) const;  // of an I/O expansion unit: "on" or "off", else empty
+  void set_power(const std::string &unit, const std::string &power);
+  std::string fan(const std::string &unit) const;  // its own fan speed, empty where it has none
+  void set_fan(const std::string &unit, const std::string &speed);
+
+  // True for an I/O expansion unit of the server and for what is in one.
+  bool has_expansion(std::string_view unit) const;
 
   Bend bend(std::string_view program) const;
   void set_bend(std::string_view program, const Bend &bend);
@@ -86,6 +104,11 @@ class Hardware {
   void set_last_run(std::string_view program, const Run &run);
 
  private:
+  void lock();
+  void unlock();
+  std::string of_unit(std::string_view what, std::string_view unit) const;
+  void set_of_unit(std::string_view what, std::string_view unit, const std::string &value);
+
   Database database_;
 };
 

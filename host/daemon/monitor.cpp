@@ -1,12 +1,20 @@
 #include "host/daemon/monitor.h"
 
+#include <unistd.h>
+
 #include <algorithm>
+#include <chrono>
+#include <cstdint>
 #include <cstring>
 #include <exception>
 #include <iterator>
+#include <optional>
+#include <span>
 
 #include "host/box/event_log.h"
 #include "host/box/inventory.h"
+#include "host/box/model.h"
+#include "host/box/programs.h"
 #include "host/include/lmainte_host.h"
 #include "include/lmainte.h"
 
@@ -32,7 +40,7 @@ void tell_status(const Moment &now, Body /*nothing*/, lmainte_host_reply &reply)
   reply.word[2] = box::model_in(now.place);
 }
 
-// The unit of an id, where the box has it.
+// The unit of an id, where the box has it. Throws where its record cannot be read, which is no state of a unit.
 std::optional<box::Unit> unit_of(const box::Place &place, Body body) {
   box::UnitId id{};
   std::memcpy(id.data(), body.data(), sizeof id);
@@ -40,7 +48,9 @@ std::optional<box::Unit> unit_of(const box::Place &place, Body body) {
   const auto &places = inventory.places();
   const auto at = std::find_if(places.begin(), places.end(), [&](const box::UnitPlace &unit) { return unit.id == id; });
   if (at == places.end()) return std::nullopt;
-  return inventory.unit(at->name);
+  box::Unit unit = inventory.unit(at->name);
+  if (!unit.unreadable.empty()) throw box::InventoryError(unit.unreadable);
+  return unit;
 }
 
 void tell_unit(const Moment &now, Body body, lmainte_host_reply &reply) {
@@ -53,7 +63,7 @@ void tell_power(const Moment &now, Body body, lmainte_host_reply &reply) {
   const auto unit = unit_of(now.place, body);
   reply.result = unit ? LMAINTE_HOST_ANSWERED : LMAINTE_HOST_NO_UNIT;
   if (!unit) return;
-  const bool detached = box::Hardware(now.place).get("detached " + unit->place.name).has_value();
+  const bool detached = box::Hardware(now.place).detached(unit->place.name);
   reply.word[0] = (unit->status & LMAINTE_STATUS_INSTALLED) != 0 && !detached ? 1 : 0;
 }
 

@@ -1,19 +1,12 @@
 // Programs that concern a system board: a CPU/memory unit and the I/O unit of the same number.
 #include <algorithm>
-#include <charconv>
 
+#include "host/box/number.h"
 #include "host/programs/boards.h"
 #include "host/programs/control_programs.h"
 
 namespace programs {
 namespace {
-
-std::optional<std::uint32_t> number_in(std::string_view text) {
-  std::uint32_t number = 0;
-  const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
-  if (error != std::errc() || end != text.data() + text.size()) return std::nullopt;
-  return number;
-}
 
 // The two units of a board. The models with one board have no number for it.
 std::vector<std::string> units_of(const Machine &machine, std::uint32_t board) {
@@ -37,17 +30,17 @@ bool has_fault(const Machine &machine, std::uint32_t board) {
 // A board runs again when both its units are there, linked, and not detached.
 bool can_start(const Machine &machine, std::uint32_t board) {
   return std::ranges::all_of(units_of(machine, board), [&](const std::string &name) {
-    const bool linked = machine.hardware.get("link " + name) != "down";
+    const bool linked = machine.hardware.link(name) != "down";
     return machine.unit(name).installed() && linked && !machine.is_detached(name);
   });
 }
 
 int link_up(Machine &machine, const std::string &name, std::uint32_t board) {
   if (machine.has_fault(name)) return kNotLinked;
-  machine.hardware.set("link " + name, "up");
+  machine.hardware.set_link(name, "up");
   machine.set_detached(name, false);
   if (!can_start(machine, board)) return kDone;
-  Boards boards(machine.place, machine.model);
+  BoardChange boards(machine.place, machine.model);
   boards.start(board);
   boards.save();
   return kDone;
@@ -55,7 +48,7 @@ int link_up(Machine &machine, const std::string &name, std::uint32_t board) {
 
 int link_down(Machine &machine, const std::string &name, std::uint32_t board) {
   if (Boards(machine.place, machine.model).is_active(board)) return kRefused;
-  machine.hardware.set("link " + name, "down");
+  machine.hardware.set_link(name, "down");
   return kDone;
 }
 
@@ -67,8 +60,8 @@ struct Part {
 std::optional<Part> part_in(std::string_view word) {
   const std::size_t dash = word.find('-');
   if (dash == std::string_view::npos || dash < 2) return std::nullopt;
-  const auto board = number_in(word.substr(0, dash));
-  const auto part = number_in(word.substr(dash + 1));
+  const auto board = box::number_in<std::uint32_t>(word.substr(0, dash));
+  const auto part = box::number_in<std::uint32_t>(word.substr(dash + 1));
   if (!board || !part || *part > 3 || word.size() != dash + 2) return std::nullopt;
   return Part{*board, *part};
 }
@@ -86,10 +79,10 @@ int setupfru(const Arguments &arguments, Machine &machine) {
   const std::string division = arguments.value('x');
   if (!one_of(mirror, {"y", "n"}) || !one_of(division, {"1", "4"}) || (mirror == "y" && division == "4")) return kUsage;
   if (arguments.words.size() != 2 || arguments.words[0] != "sb") return kUsage;
-  const auto board = number_in(arguments.words[1]);
+  const auto board = box::number_in<std::uint32_t>(arguments.words[1]);
   if (!board || *board >= box::boards_of(machine.model)) return kNoDivision;
   if (!is_installed(machine, *board)) return kBoardMissing;
-  Boards boards(machine.place, machine.model);
+  BoardChange boards(machine.place, machine.model);
   if (!boards.can_be_divided()) return kNoDivision;
   if (boards.is_active(*board)) return kBoardActive;
   boards.divide(*board, division == "1" ? 1 : 4);
@@ -107,7 +100,7 @@ int deleteboard(const Arguments &arguments, Machine &machine) {
     if (!part) return kUsage;
     parts.push_back(*part);
   }
-  Boards boards(machine.place, machine.model);
+  BoardChange boards(machine.place, machine.model);
   for (const Part &part : parts) {
     if (const int status = refusal_to_delete(boards, part); status != kDone) return status;
   }
@@ -119,7 +112,7 @@ int deleteboard(const Arguments &arguments, Machine &machine) {
 // A board on which a domain runs cannot be tested.
 int testsb(const Arguments &arguments, Machine &machine) {
   if (!arguments.words.empty() || !arguments.only("qy")) return kUsage;
-  const auto board = number_in(arguments.value('y'));
+  const auto board = box::number_in<std::uint32_t>(arguments.value('y'));
   if (!board || *board >= box::boards_of(machine.model)) return kTestFailed;
   if (!is_installed(machine, *board) || Boards(machine.place, machine.model).is_active(*board)) return kRefused;
   return has_fault(machine, *board) ? kTestFailed : kDone;

@@ -1,34 +1,23 @@
 #include "host/programs/boards.h"
 
-#include <charconv>
-
 #include "host/box/inventory_records.h"
 #include "host/box/model.h"
+#include "host/box/number.h"
+#include "host/box/record_layout.h"
 #include "include/lmainte.h"
 
 namespace programs {
-namespace {
 
-constexpr std::uint32_t kMostParts = 4, kLastDomain = 23, kNoDomain = 0xFF;
-constexpr std::size_t kSetupDomain = 128, kDomain = 56, kActive = 61, kParts = 36;
-
-}  // namespace
+using box::kMostParts;
 
 std::optional<std::uint32_t> board_of(std::string_view unit) {
   if (unit.starts_with("/MBU_")) return 0;
   if (!unit.starts_with("/CMU#") && !unit.starts_with("/IOU#")) return std::nullopt;
-  const std::string_view digits = unit.substr(5, unit.find('/', 5) - 5);
-  std::uint32_t board = 0;
-  const auto [end, error] = std::from_chars(digits.data(), digits.data() + digits.size(), board);
-  if (error != std::errc() || end != digits.data() + digits.size()) return std::nullopt;
-  return board;
+  return box::number_in<std::uint32_t>(unit.substr(5, unit.find('/', 5) - 5));
 }
 
 Boards::Boards(const box::Place &place, std::uint32_t model)
-    : model_(model), setup_(place, LMAINTE_DB_SETUP), current_(place, LMAINTE_DB_CURRENT) {
-  setup_.lock();
-  current_.lock();
-}
+    : model_(model), setup_(place, LMAINTE_DB_SETUP), current_(place, LMAINTE_DB_CURRENT) {}
 
 std::uint32_t Boards::count() const {
   return box::boards_of(model_);
@@ -39,23 +28,23 @@ bool Boards::can_be_divided() const {
 }
 
 box::Bytes &Boards::setup(std::uint32_t board, std::uint32_t part) {
-  return setup_.at(box::numbered("setup_xsb_info_%02d", board * kMostParts + part), 192);
+  return setup_.at(box::kSetupXsb.of(board * kMostParts + part), box::kSetupXsb.size);
 }
 
 box::Bytes &Boards::current(std::uint32_t board, std::uint32_t part) {
-  return current_.at(box::numbered("current_xsb_info_%02d", board * kMostParts + part), 152);
+  return current_.at(box::kCurrentXsb.of(board * kMostParts + part), box::kCurrentXsb.size);
 }
 
 box::Bytes &Boards::cmu(std::uint32_t board) {
-  return current_.at(box::numbered("current_cmu_info_%02d", board), 1760);
+  return current_.at(box::kCurrentCmu.of(board), box::kCurrentCmu.size);
 }
 
 std::uint32_t Boards::parts(std::uint32_t board) {
-  return box::word_at(cmu(board), kParts) == 1 ? 1 : kMostParts;
+  return box::word_at(cmu(board), box::kBoardParts) == 1 ? 1 : kMostParts;
 }
 
 bool Boards::is_active(std::uint32_t board, std::uint32_t part) {
-  return !can_be_divided() || current(board, part)[kActive] == 1;
+  return !can_be_divided() || current(board, part)[box::kXsbActive] == 1;
 }
 
 bool Boards::is_active(std::uint32_t board) {
@@ -68,7 +57,7 @@ bool Boards::is_active(std::uint32_t board) {
 bool Boards::runs_elsewhere(std::uint32_t domain, std::uint32_t board) {
   for (std::uint32_t other = 0; other < count(); ++other) {
     for (std::uint32_t part = 0; part < kMostParts && other != board; ++part) {
-      if (is_active(other, part) && box::word_at(current(other, part), kDomain) == domain) return true;
+      if (is_active(other, part) && box::word_at(current(other, part), box::kXsbDomain) == domain) return true;
     }
   }
   return false;
@@ -77,36 +66,42 @@ bool Boards::runs_elsewhere(std::uint32_t domain, std::uint32_t board) {
 bool Boards::can_be_spared(std::uint32_t board) {
   if (!can_be_divided()) return false;
   for (std::uint32_t part = 0; part < kMostParts; ++part) {
-    if (is_active(board, part) && !runs_elsewhere(box::word_at(current(board, part), kDomain), board)) return false;
+    if (is_active(board, part) && !runs_elsewhere(box::word_at(current(board, part), box::kXsbDomain), board))
+      return false;
   }
   return true;
 }
 
-void Boards::stop(std::uint32_t board) {
-  for (std::uint32_t part = 0; can_be_divided() && part < kMostParts; ++part) current(board, part)[kActive] = 0;
+BoardChange::BoardChange(const box::Place &place, std::uint32_t model) : Boards(place, model) {
+  setup_.lock();
+  current_.lock();
 }
 
-void Boards::start(std::uint32_t board) {
+void BoardChange::stop(std::uint32_t board) {
+  for (std::uint32_t part = 0; can_be_divided() && part < kMostParts; ++part) current(board, part)[box::kXsbActive] = 0;
+}
+
+void BoardChange::start(std::uint32_t board) {
   for (std::uint32_t part = 0; can_be_divided() && part < parts(board); ++part) {
-    const std::uint32_t domain = box::word_at(setup(board, part), kSetupDomain);
-    if (domain > kLastDomain) continue;
-    box::put_word(current(board, part), kDomain, domain);
-    current(board, part)[kActive] = 1;
+    const std::uint32_t domain = box::word_at(setup(board, part), box::kXsbSetupDomain);
+    if (domain > box::kLastDomain) continue;
+    box::put_word(current(board, part), box::kXsbDomain, domain);
+    current(board, part)[box::kXsbActive] = 1;
   }
 }
 
-void Boards::assign_to_none(std::uint32_t board, std::uint32_t part) {
-  box::put_word(setup(board, part), kSetupDomain, kNoDomain);
-  box::put_word(current(board, part), kDomain, kNoDomain);
+void BoardChange::assign_to_none(std::uint32_t board, std::uint32_t part) {
+  box::put_word(setup(board, part), box::kXsbSetupDomain, box::kNoDomain);
+  box::put_word(current(board, part), box::kXsbDomain, box::kNoDomain);
 }
 
 // What the new division does not have is nobody's.
-void Boards::divide(std::uint32_t board, std::uint32_t parts) {
-  box::put_word(cmu(board), kParts, parts);
+void BoardChange::divide(std::uint32_t board, std::uint32_t parts) {
+  box::put_word(cmu(board), box::kBoardParts, parts);
   for (std::uint32_t part = parts; part < kMostParts; ++part) assign_to_none(board, part);
 }
 
-void Boards::save() {
+void BoardChange::save() {
   setup_.save();
   current_.save();
 }

@@ -13,8 +13,8 @@ namespace programs {
 // The number in "/CMU#3", "/IOU#3/PCI#1" or "/MBU_A"; nothing for a unit that is no system board and sits on none.
 std::optional<std::uint32_t> board_of(std::string_view unit);
 
-// From construction to save nobody else changes the boards' records. The models that divide no board have no extended
-// system boards: the server runs on all that they have. Throws where a database fails.
+// Questions about the boards, which take no lock. The models that divide no board have no extended system boards: the
+// server runs on all that they have. Throws where a database fails.
 class Boards {
  public:
   Boards(const box::Place &place, std::uint32_t model);
@@ -29,21 +29,29 @@ class Boards {
   // True when every domain that runs on the board also runs on another one.
   bool can_be_spared(std::uint32_t board);
 
+ protected:
+  box::Bytes &setup(std::uint32_t board, std::uint32_t part);
+  box::Bytes &current(std::uint32_t board, std::uint32_t part);
+  box::Bytes &cmu(std::uint32_t board);
+
+  std::uint32_t model_;
+  box::RecordSet setup_, current_;
+
+ private:
+  bool runs_elsewhere(std::uint32_t domain, std::uint32_t board);
+};
+
+// Changes to the boards: from construction to save nobody else changes their records, so what is asked here stays true.
+class BoardChange : public Boards {
+ public:
+  BoardChange(const box::Place &place, std::uint32_t model);
+
   void stop(std::uint32_t board);   // no domain runs on it any more
   void start(std::uint32_t board);  // the domains to which its parts are assigned do
   void assign_to_none(std::uint32_t board, std::uint32_t part);
   void divide(std::uint32_t board, std::uint32_t parts);
 
   void save();
-
- private:
-  box::Bytes &setup(std::uint32_t board, std::uint32_t part);
-  box::Bytes &current(std::uint32_t board, std::uint32_t part);
-  box::Bytes &cmu(std::uint32_t board);
-  bool runs_elsewhere(std::uint32_t domain, std::uint32_t board);
-
-  std::uint32_t model_;
-  box::RecordSet setup_, current_;
 };
 
 }  // namespace programs

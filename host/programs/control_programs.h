@@ -13,7 +13,7 @@ enum Status : int {
   kDone = 0,
   kUsage = 1,           // an argument line that makes no sense
   kBoardMissing = 6,    // setupfru: the board is not installed
-  kFailed = 8,          // the box could not be read or written
+  kFailed = 8,          // the box, or a record that decides, could not be read or written
   kRefused = 128,       // not now: the system or the unit is not in a state for it
   kNoBoard = 131,       // deleteboard: no such board
   kNoPart = 132,        // deleteboard: the board is not divided so

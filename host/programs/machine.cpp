@@ -1,16 +1,28 @@
 #include "host/programs/machine.h"
 
+#include <algorithm>
+
 #include "include/lmainte.h"
 
 namespace programs {
 namespace {
 
-std::string detached_key(std::string_view name) {
-  return "detached " + std::string(name);
+// A record that cannot be read says nothing of its unit, neither that it is missing nor that it works.
+std::uint32_t status_of(const box::Unit &unit) {
+  if (!unit.unreadable.empty()) throw box::InventoryError(unit.place.name + ": " + unit.unreadable);
+  return unit.status;
 }
 
 bool is_faulted(const box::Unit &unit) {
-  return (unit.status & LMAINTE_STATUS_INSTALLED) != 0 && (unit.status & LMAINTE_STATUS_FAULTED) != 0;
+  constexpr std::uint32_t kBoth = LMAINTE_STATUS_INSTALLED | LMAINTE_STATUS_FAULTED;
+  return (status_of(unit) & kBoth) == kBoth;
+}
+
+// Whether a unit of the box is so. Looks at each: one that cannot be read stops the question in any order.
+template <typename Predicate>
+bool has_unit_that(const box::Inventory &inventory, const Predicate &is_so) {
+  const auto units = inventory.units();
+  return std::count_if(units.begin(), units.end(), is_so) > 0;
 }
 
 }  // namespace
@@ -30,45 +42,38 @@ bool Machine::has_unit(std::string_view name) const {
 }
 
 bool Machine::has_expansion(std::string_view name) const {
-  if (!name.starts_with("/IOX@")) return false;
-  return hardware.get("power " + std::string(name.substr(0, name.find('/', 1)))).has_value();
+  return hardware.has_expansion(name);
 }
 
 UnitState Machine::unit(std::string_view name) const {
   for (const box::UnitPlace &at : inventory.places()) {
     if (at.name != name) continue;
-    return {inventory.unit(name).status, at.entries.front().type, at.carried ? at.carrier() : ""};
+    return {status_of(inventory.unit(name)), at.entries.front().type, at.carried ? at.carrier() : ""};
   }
   return {LMAINTE_STATUS_INSTALLED, 0, ""};
 }
 
 bool Machine::another_works(std::string_view name) const {
   const std::int32_t type = unit(name).type;
-  const auto units = inventory.units();
-  return std::any_of(units.begin(), units.end(), [&](const box::Unit &other) {
+  return has_unit_that(inventory, [&](const box::Unit &other) {
     return !other.place.carried && other.place.name != name && other.place.entries.front().type == type &&
-           (other.status & LMAINTE_STATUS_INSTALLED) != 0 && !is_faulted(other) && !is_detached(other.place.name);
+           (status_of(other) & LMAINTE_STATUS_INSTALLED) != 0 && !is_faulted(other) && !is_detached(other.place.name);
   });
 }
 
 bool Machine::has_fault(std::string_view name) const {
-  const auto units = inventory.units();
-  return std::any_of(units.begin(), units.end(), [&](const box::Unit &unit) {
+  return has_unit_that(inventory, [&](const box::Unit &unit) {
     const bool belongs = unit.place.name == name || (unit.place.carried && unit.place.carrier() == name);
     return belongs && is_faulted(unit);
   });
 }
 
 bool Machine::is_detached(std::string_view name) const {
-  return hardware.get(detached_key(name)).has_value();
+  return hardware.detached(std::string(name));
 }
 
 void Machine::set_detached(std::string_view name, bool detached) const {
-  if (detached) {
-    hardware.set(detached_key(name), "yes");
-  } else {
-    hardware.clear(detached_key(name));
-  }
+  hardware.set_detached(std::string(name), detached);
 }
 
 }  // namespace programs

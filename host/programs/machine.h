@@ -40,6 +40,7 @@ struct Machine {
   bool has_unit(std::string_view name) const;       // a location of the model
   bool has_expansion(std::string_view name) const;  // an I/O expansion unit or a part of one
 
+  // The questions about units throw box::InventoryError where a record that decides them cannot be read.
   UnitState unit(std::string_view name) const;
 
   // True when a unit of the same type as this one, but not this one, works: installed, not faulted and not detached.

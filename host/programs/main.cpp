@@ -62,6 +62,17 @@ std::optional<int> bent(const box::Bend &bend) {
   return bend.exit;
 }
 
+// What the program does unless it is bent. That the box cannot be read or written is an exit status, too.
+int work(int argc, char **argv, const ControlProgram &program, const box::Place &place, box::Hardware &hardware) {
+  try {
+    Machine machine(place, hardware);
+    const std::optional<Arguments> arguments = parse(argc, argv, program.options);
+    return arguments ? program.act(*arguments, machine) : kUsage;
+  } catch (const std::exception &) {
+    return kFailed;
+  }
+}
+
 int run(int argc, char **argv, const ControlProgram &program) {
   const box::Place place = box::Place::here();
   box::Hardware hardware(place);
@@ -70,11 +81,7 @@ int run(int argc, char **argv, const ControlProgram &program) {
   box::Run record{now_ns(), getpid(), std::nullopt, joined(argc, argv)};
   hardware.set_last_run(program.name, record);
   record.status = bent(bend);
-  if (!record.status) {
-    Machine machine(place, hardware);
-    const std::optional<Arguments> arguments = parse(argc, argv, program.options);
-    record.status = arguments ? program.act(*arguments, machine) : kUsage;
-  }
+  if (!record.status) record.status = work(argc, argv, program, place, hardware);
   hardware.set_last_run(program.name, record);
   return *record.status;
 }

@@ -6,11 +6,9 @@ namespace programs {
 int ctlmainte(const Arguments &arguments, Machine &machine) {
   const std::string mode = arguments.value('c');
   if (!arguments.words.empty() || !one_of(mode, {"lock", "unlock"})) return kUsage;
-  const bool locked = machine.hardware.get("maintenance") == "lock";
-  if (mode == "lock" && locked) return kRefused;
-  if (mode == "unlock" && !locked) return kNotInMode;
-  machine.hardware.set("maintenance", mode);
-  return kDone;
+  const bool locked = machine.hardware.exchange("maintenance", mode) == "lock";  // of two that lock, one comes second
+  if (mode == "lock") return locked ? kRefused : kDone;
+  return locked ? kDone : kNotInMode;
 }
 
 int ctlfan(const Arguments &arguments, Machine &machine) {
@@ -23,7 +21,7 @@ int ctlfan(const Arguments &arguments, Machine &machine) {
   }
   const std::string unit = arguments.value('u');
   if (!machine.has_unit(unit)) return kFanFailed;
-  machine.hardware.set("fan " + unit, speed);
+  machine.hardware.set_fan(unit, speed);
   return kDone;
 }
 
@@ -42,9 +40,9 @@ int ioadm(const Arguments &arguments, Machine &machine) {
   const std::string unit = power ? arguments.words[1] : arguments.value('u');
   if (!machine.has_expansion(unit)) return kRefused;
   if (power) {
-    machine.hardware.set("power " + unit, arguments.words[0] == "poweron" ? "on" : "off");
+    machine.hardware.set_power(unit, arguments.words[0] == "poweron" ? "on" : "off");
   } else {
-    machine.hardware.set("led " + unit, arguments.value('c'));
+    machine.hardware.set_led(unit, arguments.value('c'));
   }
   return kDone;
 }

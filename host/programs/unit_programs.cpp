@@ -70,11 +70,14 @@ int detachfru(const Arguments &arguments, Machine &machine) {
   if (name.empty()) return kUsage;
   if (!machine.has_unit(name)) return kNotDetached;
   const UnitState unit = machine.unit(name);
-  if (!unit.installed() || machine.is_detached(name) || !can_be_spared(machine, name, unit)) return kRefused;
+  if (!unit.installed() || machine.is_detached(name)) return kRefused;
   if (const auto board = board_of(name); board && unit.carrier.empty()) {
-    Boards boards(machine.place, machine.model);
+    BoardChange boards(machine.place, machine.model);
+    if (!boards.can_be_spared(*board)) return kRefused;
     boards.stop(*board);
     boards.save();
+  } else if (!can_be_spared(machine, name, unit)) {
+    return kRefused;
   }
   machine.set_detached(name, true);
   return kDone;
@@ -86,7 +89,7 @@ int ctlled(const Arguments &arguments, Machine &machine) {
   if (!machine.has_unit(name)) return kLedFailed;
   std::string light = arguments.value('c');
   if (light == "sync") light = machine.unit(name).wants_service() ? "on" : "off";
-  machine.hardware.set("led " + name, light);
+  machine.hardware.set_led(name, light);
   return kDone;
 }
 
@@ -95,15 +98,9 @@ int setmainteflag(const Arguments &arguments, Machine &machine) {
   if (name.empty()) return kUsage;
   if (!machine.has_unit(name)) return kFlagRefused;
   const bool start = arguments.value('c') == "start";
-  const bool started = machine.hardware.flag(name) == "start";
-  if (start && started) return kRefused;
-  if (!start && !started) return kFlagRefused;
-  if (start) {
-    machine.hardware.set("flag " + name, "start");
-  } else {
-    machine.hardware.clear("flag " + name);
-  }
-  return kDone;
+  const bool started = machine.hardware.set_flag(name, start);  // of two that start, one comes second
+  if (start) return started ? kRefused : kDone;
+  return started ? kDone : kFlagRefused;
 }
 
 // The line comes from whoever keeps the slot's record: anything but a unit is taken as it is.

@@ -3,6 +3,7 @@
 
 #include <cstring>
 
+#include "host/box/breakage.h"
 #include "host/box/event_log.h"
 #include "host/box/inventory.h"
 #include "host/daemon/monitor.h"
@@ -115,6 +116,15 @@ TEST_F(MonitorTest, SaysSoWhenTheBoxFails) {
   std::filesystem::remove_all(place_.root() / "mgb");
   EXPECT_EQ(ask(2, {1, 2}).result, 4);
   EXPECT_EQ(ask(4, std::vector<std::uint32_t>(12)).result, 4);
+}
+
+TEST_F(MonitorTest, SaysSoWhenTheRecordOfAUnitCannotBeRead) {
+  for (const box::Breakage how : {box::Breakage::kMissing, box::Breakage::kShort, box::Breakage::kLong}) {
+    box::break_record(place_, {2, "current_psu_info"}, how);
+    EXPECT_EQ(ask(2, id_of("/PSU#3")).result, 4);
+    EXPECT_EQ(ask(3, id_of("/PSU#3")).result, 4);
+    EXPECT_EQ(ask(2, id_of("/CMU#0")).result, 0) << "the record of another unit";
+  }
 }
 
 TEST_F(MonitorTest, IsBentAsTheBoxTellsIt) {

@@ -1,6 +1,6 @@
 #include <signal.h>
 
-#include <thread>
+#include <fstream>
 
 #include "tests/eventually.h"
 #include "tests/host/programs/control_program.h"
@@ -15,13 +15,22 @@ class Bending : public ControlProgram {
 
   pid_t start_blinking() const { return start("ctlled", "-u /PSU#3 -c blink"); }
 
-  // Waits until the program has noted that it runs: what it does about signals is settled then.
+  // Waits until the program has noted that it runs, which comes before it is bent.
   void await_start() const {
     ASSERT_TRUE(eventually([&] { return hardware_->last_run("ctlled").has_value(); }));
-    std::this_thread::sleep_for(50ms);
   }
 
-  static bool runs(pid_t pid) { return waitpid(pid, nullptr, WNOHANG) == 0; }
+  // Whether SIGTERM is among these signals of a process: "SigIgn" those that it ignores, "SigCgt" those that it handles.
+  static bool has_sigterm(const std::string &signals, pid_t pid) {
+    std::ifstream status("/proc/" + std::to_string(pid) + "/status");
+    for (std::string name; status >> name;) {
+      if (name != signals + ":") continue;
+      std::uint64_t set = 0;
+      status >> std::hex >> set;
+      return (set >> (SIGTERM - 1) & 1U) != 0;
+    }
+    return false;
+  }
 
   static bool ends_within(pid_t pid, std::chrono::milliseconds limit, int *status) {
     return eventually([&] { return waitpid(pid, status, WNOHANG) == pid; }, limit);
@@ -58,9 +67,10 @@ TEST_F(Bending, HangingEndsAtSigterm) {
   bend({.hang = true});
   const pid_t pid = start_blinking();
   await_start();
-  EXPECT_TRUE(runs(pid));
+  int status = 0;
+  EXPECT_FALSE(ends_within(pid, 100ms, &status));
   kill(pid, SIGTERM);
-  const int status = box::wait_status_of(pid);
+  status = box::wait_status_of(pid);
   EXPECT_TRUE(WIFSIGNALED(status));
   EXPECT_EQ(WTERMSIG(status), SIGTERM);
   EXPECT_FALSE(hardware_->last_run("ctlled")->status);
@@ -69,8 +79,7 @@ TEST_F(Bending, HangingEndsAtSigterm) {
 TEST_F(Bending, HangingWithAnExitStatusEndsWithItAtSigterm) {
   bend({.hang = true, .exit = 1});
   const pid_t pid = start_blinking();
-  await_start();
-  EXPECT_TRUE(runs(pid));
+  ASSERT_TRUE(eventually([&] { return has_sigterm("SigCgt", pid); }));
   kill(pid, SIGTERM);
   const int status = box::wait_status_of(pid);
   EXPECT_TRUE(WIFEXITED(status));
@@ -81,6 +90,7 @@ TEST_F(Bending, IgnoringSigtermIsEndedBySigkillAlone) {
   bend({.ignore_term = true, .hang = true, .exit = 1});
   const pid_t pid = start_blinking();
   await_start();
+  EXPECT_TRUE(has_sigterm("SigIgn", pid));
   kill(pid, SIGTERM);
   int status = 0;
   EXPECT_FALSE(ends_within(pid, 300ms, &status));

@@ -1,6 +1,8 @@
 // What the programs for system boards do: on this model boards 0 and 1 are domain 0, boards 2 and 3 domain 1, and board 3
 // is divided into four extended system boards, the last of which is nobody's.
+#include "host/box/database.h"
 #include "host/box/partitions.h"
+#include "tests/host/box/child.h"
 #include "tests/host/programs/control_program.h"
 
 namespace {
@@ -69,6 +71,23 @@ TEST_F(BoardPrograms, OnlyAWholeBoardInOrderIsLinkedTestedAndDivided) {
           {"is not linked either", "linkboard", "-u /CMU#0 -c up", 128},
           {"nor divided", "setupfru", "-m n -x 4 sb 0", 6}});
   EXPECT_EQ(xsb("00-0"), "0 off");
+}
+
+// A command may keep the databases locked for a whole step, in which it asks its control programs.
+TEST_F(BoardPrograms, QuestionsAreAnsweredWhileTheDatabasesAreLocked) {
+  Child command([&](const auto &say_ready) {
+    box::Database setup(place_.database(1)), current(place_.database(2));
+    if (!setup.lock() || !current.lock()) return 1;
+    say_ready();
+    pause();
+    return 0;
+  });
+  ASSERT_TRUE(command.is_ready());
+  expect({{"may a board go", "judgectlfru", "-u /CMU#0 -c del", 0},
+          {"may a module go", "judgectlfru", "-u /CMU#0/MEM#03A -c del", 232},
+          {"a running board is not tested", "testsb", "-q -y 0", 128},
+          {"nor unlinked", "linkboard", "-u /CMU#0 -c down", 128},
+          {"a change has to wait", "detachfru", "-u /CMU#0", 8, "detached /CMU#0", ""}});
 }
 
 TEST_F(BoardPrograms, OnlyBoardUnitsAreLinked) {

@@ -1,3 +1,6 @@
+#include <map>
+
+#include "host/box/breakage.h"
 #include "tests/host/programs/control_program.h"
 
 namespace {
@@ -122,6 +125,66 @@ TEST_F(EveryProgram, LeavesARecordOfItsLastRun) {
   EXPECT_EQ(last->status, 206);
   EXPECT_GT(last->pid, 0);
   EXPECT_FALSE(hardware_->last_run("ctlfan"));
+}
+
+// Several at a time: one enters maintenance mode, the others are told that they come second.
+TEST_F(EveryProgram, SwitchesOnceWhoeverElseDoes) {
+  const struct {
+    const char *says, *name, *line;
+    int second;
+  } rows[] = {{"mode is entered", "ctlmainte", "-c lock", 128},
+              {"mode is left", "ctlmainte", "-c unlock", 200},
+              {"a flag is set", "setmainteflag", "-u /PSU#3 -c start", 128},
+              {"a flag is taken", "setmainteflag", "-u /PSU#3 -c end", 204}};
+  for (int times = 0; times < 10; ++times) {
+    for (const auto &row : rows) {
+      std::vector<pid_t> racing(6);
+      for (pid_t &pid : racing) pid = start(row.name, row.line);
+      std::map<int, int> ends;
+      for (const pid_t pid : racing) ++ends[box::exit_status_of(pid)];
+      EXPECT_EQ(ends, (std::map<int, int>{{0, 1}, {row.second, 5}})) << row.says;
+    }
+  }
+}
+
+// What each of them needs, it does not take for missing, for well or for faulted.
+TEST_F(EveryProgram, FailsWhereARecordThatDecidesCannotBeRead) {
+  const auto rows = {Row{"judge what is added", "judgectlfru", "-u /PSU#3 -c add", 8},
+                     Row{"judge what is taken", "judgectlfru", "-u /PSU#3 -c del", 8},
+                     Row{"test", "testfru", "-u /PSU#3", 8, "detached /PSU#3", ""},
+                     Row{"detach", "detachfru", "-u /PSU#3", 8, "detached /PSU#3", ""},
+                     Row{"detach a board", "detachfru", "-u /CMU#0", 8, "detached /CMU#0", ""},
+                     Row{"light", "ctlled", "-u /PSU#3 -c sync", 8, "led /PSU#3", ""},
+                     Row{"clear", "clearpci", "-u /IOU#0/PCI#1", 8},
+                     Row{"fan speed", "chkfanspeed", "-u /FAN_B#7", 8},
+                     Row{"divide", "setupfru", "-m n -x 4 sb 0", 8, "mirror 0", ""},
+                     Row{"delete", "deleteboard", "-q y -c unassign 00-0", 8},
+                     Row{"test a board", "testsb", "-q -y 0", 8},
+                     Row{"link", "linkboard", "-u /CMU#0 -c up", 8, "link /CMU#0", ""},
+                     Row{"unlink", "linkboard", "-u /CMU#0 -c down", 8, "link /CMU#0", ""}};
+  for (const box::Breakage how : {box::Breakage::kMissing, box::Breakage::kShort, box::Breakage::kLong}) {
+    for (const char *record : {"current_psu_info", "current_fantray_info", "current_cmu_info_00", "current_iou_info_00",
+                               "current_xsb_info_00"}) {
+      box::break_record(place_, {2, record}, how);
+    }
+    expect(rows);
+    EXPECT_EQ(hardware_->last_run("linkboard")->status, 8);
+  }
+}
+
+TEST_F(EveryProgram, NeedsNoRecordThatDecidesNothing) {
+  for (const char *record : {"current_psu_info", "current_cmu_info_00"}) {
+    box::break_record(place_, {2, record}, box::Breakage::kMissing);
+  }
+  expect({{"mode", "ctlmainte", "-c lock", 0, "maintenance", "lock"},
+          {"fans", "ctlfan", "-u /PSU#3 -c full", 0, "fan /PSU#3", "full"},
+          {"report", "vantamainte", "-s", 0, "report", "start"},
+          {"expansion unit", "ioadm", "poweroff /IOX@0A21", 0, "power /IOX@0A21", "off"},
+          {"ready", "waitmgbready", "", 0},
+          {"flag", "setmainteflag", "-u /PSU#3 -c start", 0, "flag /PSU#3", "start"},
+          {"LED", "ctlled", "-u /PSU#3 -c on", 0, "led /PSU#3", "on"},
+          {"fan tray", "chkfanspeed", "-u /FAN_B#7", 0},
+          {"another board", "judgectlfru", "-u /CMU#3 -c add", 128}});
 }
 
 TEST_F(EveryProgram, FailsWhereThereIsNoBox) {
