@@ -20,25 +20,11 @@
 
 #include "lmainte.h"
 #include "lmainte_platform.h"
+#include "server.h"
 
 namespace {
 
 enum Outcome { kPrinted = 0, kFailed = 1, kMisused = 2 };
-
-// ---- The server ----------------------------------------------------------------------------------------------------
-
-struct Server {
-  lmainte_model_data data{};  // cleared: not every field is written on every model
-
-  int32_t model() const { return static_cast<int32_t>(data.model); }
-  bool is_high_end() const { return data.model >= LMAINTE_MODEL_QE1 && data.model <= LMAINTE_MODEL_QE3; }
-  int32_t count(size_t slot) const { return static_cast<int32_t>(data.unit[slot].max_count); }
-};
-
-const char *name_of_model(const Server &server) {
-  constexpr std::array<const char *, 7> kNames{"none", "qb1", "qb2", "qe1", "qe2", "qe3", "qa"};
-  return kNames.at(server.data.model);
-}
 
 // ---- A line --------------------------------------------------------------------------------------------------------
 
@@ -137,8 +123,8 @@ void print_board(const SbData *first, const SbData *last, const std::vector<XsbD
 }
 
 Outcome list_boards(const Server &server) {
-  const int32_t count = std::max(server.count(LMAINTE_SLOT_CMU), server.count(LMAINTE_SLOT_IOU));
-  std::vector<SbData> boards(static_cast<size_t>(count));
+  std::vector<SbData> boards(server.board_count());
+  const auto count = static_cast<int32_t>(boards.size());
   int32_t result = lmainte_get_sb_data(-1, count, server.model(), boards.data());
   if (result != LMAINTE_OK) return not_read("system boards", "lmainte_get_sb_data", result);
 
@@ -172,7 +158,8 @@ std::string joined(const std::string &left, const std::string &right) {
 
 // Each tray by its number: in the list that -1 gives, qe1 has an order of its own and the fans of other trays.
 Outcome list_fans(const Server &server) {
-  for (int32_t number = 0; number < server.count(LMAINTE_SLOT_FAN); ++number) {
+  const auto count = static_cast<int32_t>(server.count(LMAINTE_SLOT_FAN));
+  for (int32_t number = 0; number < count; ++number) {
     FantrayData tray{};
     const int32_t result = lmainte_get_fantray_data(number, 1, server.model(), &tray);
     if (result != LMAINTE_OK) return not_read("fan trays", "lmainte_get_fantray_data", result);
@@ -185,7 +172,7 @@ Outcome list_fans(const Server &server) {
 }
 
 Outcome list_psus(const Server &server) {
-  std::vector<PsuData> psus(static_cast<size_t>(server.count(LMAINTE_SLOT_PSU)));
+  std::vector<PsuData> psus(server.count(LMAINTE_SLOT_PSU));
   const auto count = static_cast<int32_t>(psus.size());
   const int32_t result = lmainte_get_psu_data(-1, count, server.model(), psus.data());
   if (result != LMAINTE_OK) return not_read("power supplies", "lmainte_get_psu_data", result);
@@ -239,7 +226,7 @@ bool on_any_model(const Server &) {
   return true;
 }
 bool on_qe1(const Server &server) {
-  return server.data.model == LMAINTE_MODEL_QE1;
+  return server.data().model == LMAINTE_MODEL_QE1;
 }
 
 struct Kind {
@@ -267,7 +254,7 @@ Outcome list_all(const Server &server) {
   const int32_t result = lmainte_get_system_status(&system);
   if (result != LMAINTE_OK) return not_read("state of the system", "lmainte_get_system_status", result);
   const bool is_marked = (system.system_status & 0x8000) != 0;
-  std::printf("Model %s%s\n", name_of_model(server), is_marked ? ", units are marked for replacement" : "");
+  std::printf("Model %s%s\n", server.name(), is_marked ? ", units are marked for replacement" : "");
   Outcome outcome = kPrinted;
   for (const Kind &kind : kKinds) {
     if (!kind.exists(server)) continue;
@@ -279,7 +266,7 @@ Outcome list_all(const Server &server) {
 
 Outcome list_one(const Server &server, const Kind &kind) {
   if (kind.exists(server)) return kind.list(server);
-  std::printf("Model %s has none.\n", name_of_model(server));
+  std::printf("Model %s has none.\n", server.name());
   return kPrinted;
 }
 
@@ -292,7 +279,7 @@ int main(int argc, char **argv) {
   if (argc > 2 || (argc == 2 && kind == end)) return misused();
 
   Server server;
-  const int32_t result = lmainte_get_model_data(&server.data, nullptr);
+  const int32_t result = server.read();
   if (result != LMAINTE_OK) return not_read("server's model", "lmainte_get_model_data", result);
   return argc == 2 ? list_one(server, *kind) : list_all(server);
 }

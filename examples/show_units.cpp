@@ -9,7 +9,6 @@
 // Exit status: 0 shown, 1 something failed, 2 this server has no such unit, or the words are wrong.
 
 #include <algorithm>
-#include <array>
 #include <charconv>
 #include <cstdio>
 #include <cstdlib>
@@ -19,6 +18,7 @@
 
 #include "in_order.h"
 #include "lmainte.h"
+#include "server.h"
 
 namespace {
 
@@ -47,19 +47,7 @@ uintptr_t as_word(const char *text) {
   return reinterpret_cast<uintptr_t>(text);
 }
 
-// ---- The server and its units --------------------------------------------------------------------------------------
-
-struct Server {
-  lmainte_model_data data{};
-
-  int32_t model() const { return static_cast<int32_t>(data.model); }
-  const char *name() const {
-    constexpr std::array<const char *, 7> kNames{"none", "qb1", "qb2", "qe1", "qe2", "qe3", "qa"};
-    return kNames.at(data.model);
-  }
-  bool is_high_end() const { return data.model >= LMAINTE_MODEL_QE1 && data.model <= LMAINTE_MODEL_QE3; }
-  uint32_t count(size_t slot) const { return data.unit[slot].max_count; }
-};
+// ---- The units of the server ---------------------------------------------------------------------------------------
 
 uint32_t fan_trays(const Server &server) {
   return server.count(LMAINTE_SLOT_FAN);
@@ -69,14 +57,13 @@ uint32_t power_supplies(const Server &server) {
   return server.count(LMAINTE_SLOT_PSU);
 }
 
-// qb2 has one board and two I/O units: its records are those of two boards, and on both of them the one stands.
 uint32_t boards(const Server &server) {
-  return std::max(server.count(LMAINTE_SLOT_CMU), server.count(LMAINTE_SLOT_IOU));
+  return server.board_count();
 }
 
 // Only qe1 has a backplane with DDC units of its own.
 uint32_t ddc_units(const Server &server) {
-  return server.data.model == LMAINTE_MODEL_QE1 ? 2 : 0;
+  return server.data().model == LMAINTE_MODEL_QE1 ? 2 : 0;
 }
 
 // Reads all units in the order of their list: a unit's number there is its place among the records, counted from 1.
@@ -135,7 +122,7 @@ int32_t read_slots(const Server &server, IouData &iou) {
   void *record = nullptr;
   if (lmainte_scdb_open(LMAINTE_DB_CURRENT) != 0) return LMAINTE_FAILED;
   const auto number = static_cast<uint32_t>(iou.number);
-  uint32_t result = lmainte_scdb_lget(LMAINTE_DB_CURRENT, server.data.model, LMAINTE_TYPE_IOU, number, &record);
+  uint32_t result = lmainte_scdb_lget(LMAINTE_DB_CURRENT, server.data().model, LMAINTE_TYPE_IOU, number, &record);
   if (result == LMAINTE_OK) std::memcpy(iou.reserved, static_cast<char *>(record) + kSlotsAt, sizeof iou.reserved);
   std::free(record);
   if (lmainte_scdb_close(LMAINTE_DB_CURRENT) != 0) result = LMAINTE_FAILED;
@@ -264,7 +251,7 @@ bool is_there(const Request &request, const Server &server) {
 
 Outcome show(const Request &request) {
   Server server;
-  const int32_t result = lmainte_get_model_data(&server.data, nullptr);
+  const int32_t result = server.read();
   if (result != LMAINTE_OK) {
     return failed("the server's model could not be read", result,
                   "Start show_units on a service processor; the trace names the reason.");
