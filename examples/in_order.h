@@ -16,6 +16,7 @@
 namespace in_order {
 
 inline volatile std::sig_atomic_t g_signal = 0;
+inline volatile std::sig_atomic_t g_undisturbed = 0;
 inline pid_t g_self = 0;
 
 // The signal that asks the command to end, or 0.
@@ -32,7 +33,7 @@ inline void end_waiting(int number) {
     kill(pager, SIGTERM);  // It puts the terminal back itself.
     waitpid(pager, nullptr, 0);
   }
-  alarm(1);  // and once more, in case the wait was only about to begin
+  if (g_undisturbed == 0) alarm(1);  // and once more, in case the wait was only about to begin
   errno = saved;
 }
 
@@ -52,10 +53,12 @@ inline void die_of_signal() {
 }
 
 // Ctrl-C and a lost terminal reach the control programs, too. While one runs, these signals wait; and the library, which
-// gives a program its time by sleeping, is not woken.
+// gives a program its time by sleeping, is not woken again and again. SIGTERM does not wait: a program inherits what is
+// blocked, and one that never hears it could not be asked to end. It cuts short the one second, or five, in which it comes.
 class Undisturbed {
  public:
   Undisturbed() {
+    g_undisturbed = g_undisturbed + 1;
     alarm(0);
     sigset_t signals;
     sigemptyset(&signals);
@@ -64,7 +67,8 @@ class Undisturbed {
   }
   ~Undisturbed() {
     sigprocmask(SIG_SETMASK, &before_, nullptr);
-    if (g_signal != 0) alarm(1);
+    g_undisturbed = g_undisturbed - 1;
+    if (g_signal != 0 && g_undisturbed == 0) alarm(1);
   }
   Undisturbed(const Undisturbed &) = delete;
   Undisturbed &operator=(const Undisturbed &) = delete;

@@ -3,12 +3,14 @@
 #include <array>
 #include <cstdio>
 #include <cstdlib>
-#include <cstring>
 
 #include "lmainte.h"
 #include "lmainte_host.h"
+#include "tests/end_to_end/rows.h"
 
 namespace {
+
+using end_to_end::Row;
 
 constexpr int32_t kTimeLimit = 20;
 
@@ -117,12 +119,6 @@ int32_t ask_again(char ** /*words*/) {
   return result;
 }
 
-struct Row {
-  const char *name;
-  int words;
-  int32_t (*act)(char **words);
-};
-
 constexpr std::array<Row, 13> kRows{{{"judge", 2, judge},
                                      {"detach", 1, detach},
                                      {"test", 1, test},
@@ -140,11 +136,5 @@ constexpr std::array<Row, 13> kRows{{{"judge", 2, judge},
 }  // namespace
 
 int main(int argc, char **argv) {
-  for (const auto &row : kRows) {
-    if (argc != row.words + 2 || std::strcmp(argv[1], row.name) != 0) continue;
-    std::printf("result %d\n", row.act(argv + 2));
-    return 0;
-  }
-  std::fprintf(stderr, "act: unknown step, or wrong number of arguments\n");
-  return 1;
+  return end_to_end::call_and_print(kRows, argc, argv);
 }

@@ -156,8 +156,22 @@ void BoxTest::expect_no_list_file() const {
   }
 }
 
+// The daemon has a session of its own, in which the terminal does not see it.
 void BoxTest::expect_no_process() {
   for (const auto &process : terminal_.processes()) ADD_FAILURE() << process.name << " still runs";
+  for (const auto &process : processes_of_box()) ADD_FAILURE() << process << " is still in the box";
+  EXPECT_FALSE(fs::exists(box::Place(box()).daemons() / "monitor")) << "the daemon's socket";
+}
+
+std::vector<std::string> BoxTest::processes_of_box() const {
+  std::vector<std::string> names;
+  for (const auto &process : fs::directory_iterator("/proc")) {
+    std::ifstream command_line(process.path() / "cmdline"), comm(process.path() / "comm");
+    bool is_of_box = false;
+    for (std::string word; std::getline(command_line, word, '\0');) is_of_box |= word == box();
+    if (std::string name; is_of_box && std::getline(comm, name)) names.push_back(name);
+  }
+  return names;
 }
 
 }  // namespace end_to_end

@@ -61,6 +61,7 @@ class BoxTest : public testing::Test {
   // After every end: the terminal as it was, no process, no list file, no lock.
   void expect_nothing_left();
   void expect_no_process();
+  std::vector<std::string> processes_of_box() const;  // those that were started with its folder, by their names
   void expect_no_list_file() const;
 
   Words in_box(const Words &command) const;  // spbox run BOX -- COMMAND

@@ -5,16 +5,17 @@
 #include <array>
 #include <cstdio>
 #include <cstdlib>
-#include <cstring>
 #include <vector>
 
 #include "examples/in_order.h"
 #include "lmainte.h"
 #include "lmainte_host.h"
 #include "lmainte_platform.h"
-#include "tests/end_to_end/signals.h"
+#include "tests/end_to_end/rows.h"
 
 namespace {
+
+using end_to_end::Row;
 
 int32_t number(const char *text) {
   return static_cast<int32_t>(std::strtol(text, nullptr, 0));
@@ -33,6 +34,18 @@ UnitRecord unit(const char *name) {
 int32_t led(char **words) {
   const auto record = unit(words[2]);
   return lmainte_control_led(number(words[0]), number(words[1]), &record);
+}
+
+// As a command that ends in order: a signal waits for the end of the control program.
+int32_t led_in_order(char **words) {
+  in_order::catch_signals();
+  int32_t result = LMAINTE_OK;
+  {
+    const in_order::Undisturbed undisturbed;
+    result = led(words);
+  }
+  in_order::die_of_signal();
+  return result;
 }
 
 int32_t flag(char **words) {
@@ -119,14 +132,9 @@ int32_t hold(char **words) {
   for (;;) pause();
 }
 
-struct Row {
-  const char *name;
-  int words;
-  int32_t (*call)(char **words);
-};
-
-constexpr std::array<Row, 15> kRows{{{"exec", 3, exec},
+constexpr std::array<Row, 16> kRows{{{"exec", 3, exec},
                                      {"led", 3, led},
+                                     {"led_in_order", 3, led_in_order},
                                      {"flag", 3, flag},
                                      {"fan", 2, fan},
                                      {"mainte", 2, mainte},
@@ -144,15 +152,5 @@ constexpr std::array<Row, 15> kRows{{{"exec", 3, exec},
 }  // namespace
 
 int main(int argc, char **argv) {
-  for (const auto &row : kRows) {
-    if (argc == row.words + 2 && std::strcmp(argv[1], row.name) == 0) {
-      const auto before = end_to_end::signals_of("self");
-      std::printf("result %d\n", row.call(argv + 2));
-      if (end_to_end::signals_of("self") == before) return 0;
-      std::fprintf(stderr, "call: %s left the signals changed\n", row.name);
-      return 1;
-    }
-  }
-  std::fprintf(stderr, "call: unknown function, or wrong number of arguments\n");
-  return 1;
+  return end_to_end::call_and_print(kRows, argc, argv);
 }

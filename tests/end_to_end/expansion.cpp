@@ -2,12 +2,13 @@
 // units that it does name stand in for them.
 
 #include <array>
-#include <cstdio>
-#include <cstring>
 
 #include "lmainte.h"
+#include "tests/end_to_end/rows.h"
 
 namespace {
+
+using end_to_end::Row;
 
 constexpr uint32_t kNormal = LMAINTE_STATUS_INSTALLED;
 constexpr uint32_t kFaulted = LMAINTE_STATUS_INSTALLED | LMAINTE_STATUS_FAULTED;
@@ -46,7 +47,7 @@ void fill_slot(const char *path, uint32_t status, uint32_t number, uint32_t powe
   slot[7] = power;
 }
 
-int32_t iounit() {
+int32_t iounit(char ** /*words*/) {
   static std::array<SbData, 2> boards{};
   static std::array<IoxListData, 2> units{};
   fill_unit("/IOU#0", kNormal, boards[0].iou);
@@ -58,7 +59,7 @@ int32_t iounit() {
   return lmainte_show_iounit_list(0, 2, 2, boards.data(), units.data(), kLines);
 }
 
-int32_t ioupci() {
+int32_t ioupci(char ** /*words*/) {
   static SbData board{};
   fill_slot("/IOU#0/PCI#0", kNormal, 10, kOn, board.iou.reserved);
   fill_slot("/IOU#0/PCI#1", kAbsent, 11, kOn, board.iou.reserved + 10);
@@ -67,7 +68,7 @@ int32_t ioupci() {
 }
 
 // The slots begin at word 11 of the boat, that is word 5 of those behind its head.
-int32_t ioxpci() {
+int32_t ioxpci(char ** /*words*/) {
   static IoxBoatData boat{};
   fill_boat("/IOU#1/DDC#5", kNormal, boat);
   fill_slot("/IOU#1/PCI#0", kAbsent, 4, kOff, boat.word + 5);
@@ -76,33 +77,26 @@ int32_t ioxpci() {
   return lmainte_show_ioxpci_list(0, 7, &boat, kLines);
 }
 
-int32_t iox() {
+int32_t iox(char ** /*words*/) {
   return lmainte_show_iox_list(0, nullptr, kLines);
 }
-int32_t ioxpsu() {
+int32_t ioxpsu(char ** /*words*/) {
   return lmainte_show_ioxpsu_list(0, nullptr, kLines);
 }
-int32_t ioxpsu_status() {
+int32_t ioxpsu_status(char ** /*words*/) {
   return lmainte_show_ioxpsu_status(0, kLines);
 }
 
-struct Row {
-  const char *name;
-  int32_t (*show)();
-};
-constexpr std::array<Row, 6> kRows{{{"iounit", iounit},
-                                    {"ioupci", ioupci},
-                                    {"ioxpci", ioxpci},
-                                    {"iox", iox},
-                                    {"ioxpsu", ioxpsu},
-                                    {"ioxpsu_status", ioxpsu_status}}};
+constexpr std::array<Row, 6> kRows{{{"iounit", 0, iounit},
+                                    {"ioupci", 0, ioupci},
+                                    {"ioxpci", 0, ioxpci},
+                                    {"iox", 0, iox},
+                                    {"ioxpsu", 0, ioxpsu},
+                                    {"ioxpsu_status", 0, ioxpsu_status}}};
 
 }  // namespace
 
 int main(int argc, char **argv) {
-  for (const auto &row : kRows) {
-    if (argc == 2 && std::strcmp(argv[1], row.name) == 0) return row.show();
-  }
-  std::fputs("expansion: unknown function\n", stderr);
-  return 1;
+  const auto *row = end_to_end::row_of(kRows, argc, argv);
+  return row == nullptr ? 1 : row->call(argv + 2);
 }

@@ -1,8 +1,10 @@
 // Whatever ends a maintenance command, it leaves the terminal, the units and the box as it found them.
 
+#include <algorithm>
 #include <csignal>
 
 #include "tests/end_to_end/box_test.h"
+#include "tests/end_to_end/signals.h"
 #include "tests/eventually.h"
 
 namespace end_to_end {
@@ -108,6 +110,41 @@ TEST_F(CtrlC, DoesNotTearAControlProgramAway) {
   EXPECT_TRUE(was_shown("The LED of /PSU#0 blinks"));
   EXPECT_EQ(led("/PSU#0"), "off");
   EXPECT_EQ(flag("/PSU#0"), "");
+  expect_nothing_left();
+}
+
+class Sigterm : public BoxTest {
+ protected:
+  bool is_deaf(const char *program) {
+    const auto pid = terminal_.process(program);
+    const auto ignored = pid ? signals_of(*pid).ignored : "";
+    return !ignored.empty() && (std::stoull(ignored, nullptr, 16) & 1ULL << (SIGTERM - 1)) != 0;
+  }
+};
+
+// A program that does not end is asked three times, five seconds apart, before it is killed.
+TEST_F(Sigterm, LeavesAControlProgramItsTimeToEnd) {
+  make_box("qa");
+  bend("ctlled", {"--hang", "--ignore-term"});
+  start({CALL, "led_in_order", "2", "1", "/PSU#0"});
+  ASSERT_TRUE(eventually([&] { return is_deaf("ctlled"); }));
+  send(SIGTERM, "call");
+  EXPECT_FALSE(terminal_.wait_for_exit(seconds{9}));
+  send(SIGKILL, "ctlled");
+  EXPECT_EQ(ending(), died_of(SIGTERM));
+  expect_nothing_left();
+}
+
+class Daemon : public BoxTest {};
+
+TEST_F(Daemon, IsInTheBoxWhileACommandIsAndNoLonger) {
+  make_box("qa");
+  start({CALL, "hold", "0"});
+  ASSERT_TRUE(sees("held"));
+  const auto processes = processes_of_box();
+  EXPECT_EQ(std::count(processes.begin(), processes.end(), "monitor_daemon"), 1);
+  send(SIGTERM, "call");
+  EXPECT_EQ(ending(), died_of(SIGTERM));
   expect_nothing_left();
 }
 
