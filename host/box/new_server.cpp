@@ -3,6 +3,7 @@
 #include "host/box/contents.h"
 #include "host/box/inventory_records.h"
 #include "host/box/programs.h"
+#include "host/box/record_layout.h"
 
 namespace box {
 namespace {
@@ -37,6 +38,12 @@ class NewRecords {
     if (record.size() < size) record.resize(size);
     return record;
   }
+  Bytes &at(std::uint32_t db_id, const RecordLayout &layout) {
+    return at(db_id, std::string(layout.name), layout.size);
+  }
+  Bytes &at(std::uint32_t db_id, const RecordLayout &layout, std::uint32_t number) {
+    return at(db_id, layout.of(number), layout.size);
+  }
 
  private:
   Contents &contents_;
@@ -59,34 +66,35 @@ void pass_on(Bytes &record, std::initializer_list<std::size_t> words, std::uint3
 }
 
 constexpr std::uint8_t kAllPowerSuppliesCount = 0x80;
-constexpr std::size_t kActive = 61, kDomainByte = 44, kOwnNumber = 20;
 
 void system_records(NewRecords &records, std::uint32_t model, const std::vector<UnitPlace> &places) {
-  Bytes &general = records.at(LMAINTE_DB_GEN, "gen_system_info", 1408);
+  Bytes &general = records.at(LMAINTE_DB_GEN, kGeneralSystem);
   const bool two_records_one_board = model == LMAINTE_MODEL_QB2;
-  put_word(general, 0, two_records_one_board ? 1 : units_of_type(places, LMAINTE_TYPE_CMU));
-  put_word(general, 4, units_of_type(places, LMAINTE_TYPE_IOU));
-  put_word(general, 24, units_of_type(places, LMAINTE_TYPE_FANTRAY));
-  put_word(general, 32, units_of_type(places, LMAINTE_TYPE_PSU));
-  records.at(LMAINTE_DB_SETUP, "setup_system_info", 248);
-  Bytes &current = records.at(LMAINTE_DB_CURRENT, "current_system_info", 176);
-  put_word(current, 8, LMAINTE_STATUS_INSTALLED);
+  put_word(general, kCmuCount, two_records_one_board ? 1 : units_of_type(places, LMAINTE_TYPE_CMU));
+  put_word(general, kIouCount, units_of_type(places, LMAINTE_TYPE_IOU));
+  put_word(general, kFantrayCount, units_of_type(places, LMAINTE_TYPE_FANTRAY));
+  put_word(general, kPsuCount, units_of_type(places, LMAINTE_TYPE_PSU));
+  records.at(LMAINTE_DB_SETUP, kSetupSystem);
+  Bytes &current = records.at(LMAINTE_DB_CURRENT, kCurrentSystem);
+  put_word(current, kSystemStatus, LMAINTE_STATUS_INSTALLED);
   pass_on(current, {8}, 0);
-  current[148] = is_high_end(model) ? kAllPowerSuppliesCount : std::uint8_t{0};
-  Bytes &local = records.at(LMAINTE_DB_LOCAL, "local_mgb_info", 280);
+  current[kSystemFlags] = is_high_end(model) ? kAllPowerSuppliesCount : std::uint8_t{0};
+  Bytes &local = records.at(LMAINTE_DB_LOCAL, kLocalServiceProcessor);
   pass_on(local, {0, 1, 3, 4}, 0);
   local[kOwnNumber] = 0;  // the first of the service processor units is the one that runs
 }
 
-constexpr std::uint32_t kOneXsb = 1, kFourXsbs = 4, kNoDomain = 0xFF;
+constexpr std::uint32_t kOneXsb = 1;
 
 // Two boards share a domain.
 void domain_records(NewRecords &records, std::uint32_t model) {
   const std::uint32_t used = (boards_of(model) + 1) / 2;
   for (std::uint32_t domain = 0; domain < find_model(model)->domains; ++domain) {
-    Bytes &record = records.at(LMAINTE_DB_CURRENT, numbered("current_domain_info_%02d", domain), 1464);
+    Bytes &record = records.at(LMAINTE_DB_CURRENT, kCurrentDomain, domain);
     pass_on(record, {0}, domain);
-    if (domain < used) put_word(record, 0, word_at(record, 0) | LMAINTE_STATUS_INSTALLED);
+    if (domain < used) {
+      put_word(record, kDomainStatus, word_at(record, kDomainStatus) | LMAINTE_STATUS_INSTALLED);
+    };
     record[kDomainByte] = static_cast<std::uint8_t>(domain + 1);
   }
 }
@@ -94,26 +102,26 @@ void domain_records(NewRecords &records, std::uint32_t model) {
 // The last board is divided into four extended system boards, the others are one each. One of the four is to change to
 // the next domain.
 void xsb_records(NewRecords &records, std::uint32_t board, bool divided) {
-  for (std::uint32_t part = 0; part < 4; ++part) {
+  for (std::uint32_t part = 0; part < kMostParts; ++part) {
     const bool spare = part > (divided ? 2u : 0u);
     const std::uint32_t domain = spare ? kNoDomain : board / 2;
-    const std::uint32_t xsb = board * 4 + part;
+    const std::uint32_t xsb = board * kMostParts + part;
     const std::uint32_t changes = divided && part == 2 ? 1 : 0;
-    put_word(records.at(LMAINTE_DB_SETUP, numbered("setup_xsb_info_%02d", xsb), 192), 128, domain + changes);
-    Bytes &current = records.at(LMAINTE_DB_CURRENT, numbered("current_xsb_info_%02d", xsb), 152);
+    put_word(records.at(LMAINTE_DB_SETUP, kSetupXsb, xsb), kXsbSetupDomain, domain + changes);
+    Bytes &current = records.at(LMAINTE_DB_CURRENT, kCurrentXsb, xsb);
     pass_on(current, {0, 13}, xsb);
-    put_word(current, 56, domain);
-    current[kActive] = spare ? std::uint8_t{0} : std::uint8_t{1};
+    put_word(current, kXsbDomain, domain);
+    current[kXsbActive] = spare ? std::uint8_t{0} : std::uint8_t{1};
   }
 }
 
 // Every record of a board must be there, also those of places that the model leaves empty.
 void board_records(NewRecords &records, std::uint32_t model, std::uint32_t board) {
   const bool divided = is_high_end(model) && board + 1 == boards_of(model);
-  pass_on(records.at(LMAINTE_DB_SETUP, numbered("setup_cmu_info_%02d", board), 256), {0, 1}, board);
-  Bytes &cmu = records.at(LMAINTE_DB_CURRENT, numbered("current_cmu_info_%02d", board), 1760);
+  pass_on(records.at(LMAINTE_DB_SETUP, kSetupCmu, board), {0, 1}, board);
+  Bytes &cmu = records.at(LMAINTE_DB_CURRENT, kCurrentCmu, board);
   pass_on(cmu, {6, 7, 11}, board);
-  put_word(cmu, 36, divided ? kFourXsbs : kOneXsb);
+  put_word(cmu, kBoardParts, divided ? kMostParts : kOneXsb);
   records.at(LMAINTE_DB_CURRENT, numbered("current_cpu_module_info_%02d", board), 2976);
   records.at(LMAINTE_DB_CURRENT, numbered("current_dimm_info_%02d", board), 1792);
   records.at(LMAINTE_DB_CURRENT, numbered("current_iou_info_%02d", board), 2016);

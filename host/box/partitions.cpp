@@ -2,27 +2,28 @@
 
 #include "host/box/inventory_records.h"
 #include "host/box/model.h"
+#include "host/box/record_layout.h"
 #include "host/box/record_set.h"
 
 namespace box {
 
 std::string xsb_name(std::uint32_t number) {
-  const std::string board = std::to_string(number / 4);
-  return (board.size() < 2 ? "0" : "") + board + "-" + std::to_string(number % 4);
+  const std::string board = std::to_string(number / kMostParts);
+  return (board.size() < 2 ? "0" : "") + board + "-" + std::to_string(number % kMostParts);
 }
 
 std::vector<Xsb> xsbs_of(const Place &place, std::uint32_t model) {
   RecordSet setup(place, LMAINTE_DB_SETUP), current(place, LMAINTE_DB_CURRENT);
   std::vector<Xsb> xsbs;
   for (std::uint32_t number = 0; number < find_model(model)->xsbs; ++number) {
-    const std::string set = numbered("setup_xsb_info_%02d", number), now = numbered("current_xsb_info_%02d", number);
-    Xsb xsb{xsb_name(number), false, 0, 0, current.complaint(now, 152)};
-    if (xsb.unreadable.empty()) xsb.unreadable = setup.complaint(set, 192);
+    const std::string set = kSetupXsb.of(number), now = kCurrentXsb.of(number);
+    Xsb xsb{xsb_name(number), false, 0, 0, current.complaint(now, kCurrentXsb.size)};
+    if (xsb.unreadable.empty()) xsb.unreadable = setup.complaint(set, kSetupXsb.size);
     if (xsb.unreadable.empty()) {
-      const Bytes &record = current.at(now, 152);
-      xsb.active = record[61] == 1;
-      xsb.domain = word_at(record, 56);
-      xsb.setup_domain = word_at(setup.at(set, 192), 128);
+      const Bytes &record = current.at(now, kCurrentXsb.size);
+      xsb.active = record[kXsbActive] == 1;
+      xsb.domain = word_at(record, kXsbDomain);
+      xsb.setup_domain = word_at(setup.at(set, kSetupXsb.size), kXsbSetupDomain);
     }
     xsbs.push_back(xsb);
   }
@@ -33,12 +34,12 @@ std::vector<Domain> domains_of(const Place &place, std::uint32_t model) {
   RecordSet current(place, LMAINTE_DB_CURRENT);
   std::vector<Domain> domains;
   for (std::uint32_t number = 0; number < find_model(model)->domains; ++number) {
-    const std::string name = numbered("current_domain_info_%02d", number);
-    Domain domain{number, 0, 0, current.complaint(name, 1464)};
+    const std::string name = kCurrentDomain.of(number);
+    Domain domain{number, 0, 0, current.complaint(name, kCurrentDomain.size)};
     if (domain.unreadable.empty()) {
-      const Bytes &record = current.at(name, 1464);
-      domain.word_0 = word_at(record, 0);
-      domain.byte_44 = record[44];
+      const Bytes &record = current.at(name, kCurrentDomain.size);
+      domain.word_0 = word_at(record, kDomainStatus);
+      domain.byte_44 = record[kDomainByte];
     }
     domains.push_back(domain);
   }
@@ -47,11 +48,12 @@ std::vector<Domain> domains_of(const Place &place, std::uint32_t model) {
 
 Server server_of(const Place &place) {
   RecordSet current(place, LMAINTE_DB_CURRENT), local(place, LMAINTE_DB_LOCAL);
-  Server server{0, 0, current.complaint("current_system_info", 176)};
-  if (server.unreadable.empty()) server.unreadable = local.complaint("local_mgb_info", 280);
+  const std::string system(kCurrentSystem.name), own(kLocalServiceProcessor.name);
+  Server server{0, 0, current.complaint(system, kCurrentSystem.size)};
+  if (server.unreadable.empty()) server.unreadable = local.complaint(own, kLocalServiceProcessor.size);
   if (!server.unreadable.empty()) return server;
-  server.status = word_at(current.at("current_system_info", 176), 8);
-  server.service_processor = local.at("local_mgb_info", 280)[20];
+  server.status = word_at(current.at(system, kCurrentSystem.size), kSystemStatus);
+  server.service_processor = local.at(own, kLocalServiceProcessor.size)[kOwnNumber];
   return server;
 }
 

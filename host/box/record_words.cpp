@@ -4,6 +4,7 @@
 #include <set>
 
 #include "host/box/kind_table.h"
+#include "host/box/record_layout.h"
 #include "include/lmainte.h"
 
 namespace box {
@@ -11,15 +12,9 @@ namespace {
 
 constexpr std::size_t kWord = 4;
 
-// Records begin with words, as far as anything is known of them, or have a run of them for each unit.
-struct Run {
-  std::string_view record;
-  std::size_t words;
-};
-constexpr Run kRuns[] = {
-    {"gen_system_info", 9},     {"setup_cmu_info_%02d", 2},    {"setup_xsb_info_%02d", 33},
-    {"current_system_info", 9}, {"current_xsb_info_%02d", 15}, {"current_domain_info_%02d", 1},
-    {"local_mgb_info", 5},
+// These begin with words; those of units have a run of them for each.
+constexpr RecordLayout kBegunByWords[] = {
+    kGeneralSystem, kSetupCmu, kSetupXsb, kCurrentSystem, kCurrentXsb, kCurrentDomain, kLocalServiceProcessor,
 };
 
 void add_run(std::size_t at, std::size_t words, std::set<std::size_t> &all) {
@@ -39,8 +34,8 @@ void add_entries(const Kind &kind, std::set<std::size_t> &all) {
 
 std::vector<std::size_t> words_of(std::string_view record) {
   std::set<std::size_t> all;
-  for (const Run &run : kRuns) {
-    if (stands_for(run.record, record)) add_run(0, run.words, all);
+  for (const RecordLayout &layout : kBegunByWords) {
+    if (stands_for(layout.name, record)) add_run(0, layout.words, all);
   }
   for (const Kind &kind : kinds()) {
     if (stands_for(kind.record, record)) add_entries(kind, all);

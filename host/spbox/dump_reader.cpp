@@ -1,10 +1,10 @@
 #include <bit>
-#include <charconv>
 #include <istream>
 #include <optional>
 #include <set>
 
 #include "host/box/breakage.h"
+#include "host/box/number.h"
 #include "host/box/programs.h"
 #include "host/box/record_words.h"
 #include "host/spbox/dump.h"
@@ -20,13 +20,6 @@ int digit(char c) {
   if (c >= 'a' && c <= 'f') return c - 'a' + 10;
   if (c >= 'A' && c <= 'F') return c - 'A' + 10;
   return -1;
-}
-
-std::optional<std::size_t> number(std::string_view text) {
-  std::size_t value = 0;
-  const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value);
-  if (text.empty() || error != std::errc() || end != text.data() + text.size()) return std::nullopt;
-  return value;
 }
 
 // The words of a line, up to its comment. Throws std::string, which says what is wrong.
@@ -134,7 +127,7 @@ class Reader {
   }
 
   void database(const Arguments &words) {
-    const auto db_id = number(words[1]);
+    const auto db_id = box::number_in<std::size_t>(words[1]);
     if (words[1] != "box" && (!db_id || *db_id >= box::kDatabaseCount)) {
       throw "there is no database `" + words[1] + "`: 0 to " + std::to_string(box::kDatabaseCount - 1) + ", or box";
     }
@@ -146,7 +139,7 @@ class Reader {
 
   void record(const Arguments &words) {
     if (database_ == nullptr && !in_box_) throw std::string("a record stands outside the databases");
-    const auto size = number(words[2]);
+    const auto size = box::number_in<std::size_t>(words[2]);
     if (!size || *size > kLargestRecord) {
       throw "a record has 0 to " + std::to_string(kLargestRecord) + " bytes, not `" + words[2] + "`";
     }
@@ -176,7 +169,7 @@ class Reader {
 
   void row(const Arguments &words) {
     if (record_ == nullptr) throw std::string("bytes stand outside a record");
-    const auto at = number(std::string_view(words[0]).substr(0, words[0].size() - 1));
+    const auto at = box::number_in<std::size_t>(std::string_view(words[0]).substr(0, words[0].size() - 1));
     if (!at) throw "`" + words[0] + "` is no place in a record";
     if (*at < row_end_) throw "byte " + std::to_string(*at) + " comes a second time, or out of order";
     row_end_ = *at;

@@ -5,6 +5,7 @@
 #include "host/box/breakage.h"
 #include "host/box/inventory_kinds.h"
 #include "host/box/partitions.h"
+#include "host/box/record_layout.h"
 #include "host/box/record_words.h"
 #include "host/spbox/dump.h"
 
@@ -48,13 +49,13 @@ Book book_of(std::uint32_t model) {
     for (const box::UnitEntry &entry : place.entries) {
       book[entry.record][entry.at == box::kNowhere ? entry.status_at : entry.at] = place.name;
       if (!entry.fru_record.empty()) book[entry.fru_record][0] = place.name;
-      if (entry.type == LMAINTE_TYPE_CMU) book[box::numbered("setup_cmu_info_%02d", entry.number)][0] = place.name;
+      if (entry.type == LMAINTE_TYPE_CMU) book[box::kSetupCmu.of(entry.number)][0] = place.name;
     }
   }
   const box::Model *row = box::find_model(model);
   for (std::uint32_t xsb = 0; row != nullptr && xsb < row->xsbs; ++xsb) {
-    for (const char *pattern : {"setup_xsb_info_%02d", "current_xsb_info_%02d"}) {
-      book[box::numbered(pattern, xsb)][0] = "XSB " + box::xsb_name(xsb);
+    for (const box::RecordLayout &layout : {box::kSetupXsb, box::kCurrentXsb}) {
+      book[layout.of(xsb)][0] = "XSB " + box::xsb_name(xsb);
     }
   }
   return book;

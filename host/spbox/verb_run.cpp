@@ -4,7 +4,6 @@
 #include <CLI/CLI.hpp>
 #include <array>
 #include <cerrno>
-#include <charconv>
 #include <csignal>
 #include <cstdio>
 #include <cstdlib>
@@ -17,6 +16,7 @@
 
 #include "host/box/child.h"
 #include "host/box/contents.h"
+#include "host/box/number.h"
 #include "host/spbox/daemon_process.h"
 #include "host/spbox/enclosure.h"
 #include "host/spbox/verbs.h"
@@ -126,13 +126,6 @@ void listen_for_signals() {
   }
 }
 
-// The number that a text is; 0 where it is none.
-int number_in(std::string_view text) {
-  int number = 0;
-  std::from_chars(text.data(), text.data() + text.size(), number);
-  return number;
-}
-
 // The command's process id, once it is inside; 0 when it never got there.
 pid_t read_pid(int fd) {
   std::string text;
@@ -140,7 +133,7 @@ pid_t read_pid(int fd) {
   for (ssize_t got = 0; (got = read(fd, &character, 1)) == 1 || (got < 0 && errno == EINTR);) {
     if (got == 1) text += character;
   }
-  return number_in(text);
+  return box::number_in<pid_t>(text).value_or(0);
 }
 
 // Starts bwrap as a child and stays until it has ended. Returns the command's exit status.
@@ -220,12 +213,13 @@ std::string cannot_run(const std::string &program, int error) {
 // Arguments: the descriptor that waits for the process id, a letter for each signal, and the command.
 int enter_box(int argc, char **argv) {
   if (argc < 3) return kUsage;
-  const int fd = number_in(argv[0]);
+  const auto fd = box::number_in<int>(argv[0]);
+  if (!fd) return kUsage;
   for (std::size_t i = 0; i < kEnding.size(); ++i) {
     if (argv[1][i] == 'd') std::signal(kEnding[i], SIG_DFL);
   }
-  dprintf(fd, "%d", static_cast<int>(getpid()));
-  close(fd);
+  dprintf(*fd, "%d", static_cast<int>(getpid()));
+  close(*fd);
   execvp(argv[2], argv + 2);
   const int error = errno;
   std::fprintf(stderr, "spbox: %s: %s\n", argv[2], cannot_run(argv[2], error).c_str());
