@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "host/spbox/help.h"
+#include "host/spbox/text.h"
 #include "host/spbox/verbs.h"
 
 namespace {
@@ -99,11 +100,12 @@ int main(int argc, char **argv) {
     if (argc > 1 && std::string_view(argv[1]) == spbox::kEnter) return spbox::enter_box(argc - 2, argv + 2);
     return run(argc, argv);
   } catch (const std::filesystem::filesystem_error &error) {
-    std::fprintf(stderr, "spbox: %s: %s.\n", error.path1().c_str(), error.code().message().c_str());
+    std::fprintf(stderr, "spbox: %s: %s.\n", spbox::printable(error.path1().native()).c_str(),
+                 error.code().message().c_str());
     return spbox::kFailure;
   } catch (const std::exception &error) {
     std::fflush(stdout);
-    std::fprintf(stderr, "spbox: %s\n", error.what());
+    std::fprintf(stderr, "spbox: %s\n", spbox::printable(error.what()).c_str());
     return spbox::kFailure;
   }
 }

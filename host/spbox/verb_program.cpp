@@ -6,6 +6,7 @@
 
 #include "host/box/contents.h"
 #include "host/box/programs.h"
+#include "host/spbox/json_text.h"
 #include "host/spbox/text.h"
 #include "host/spbox/verbs.h"
 
@@ -65,7 +66,7 @@ void print(const box::Hardware &hardware, const std::vector<std::string> &names,
     lines.push_back({name, bend_text(hardware.bend(name)), run_text(hardware.last_run(name))});
     list.push_back(json_of(hardware, name));
   }
-  std::fputs(as_json ? (list.dump(2) + "\n").c_str() : aligned(lines).c_str(), stdout);
+  std::fputs(as_json ? json_text(list).c_str() : aligned(lines).c_str(), stdout);
 }
 
 std::vector<std::string> program_names() {

@@ -5,6 +5,7 @@
 #include <nlohmann/json.hpp>
 
 #include "host/box/contents.h"
+#include "host/spbox/json_text.h"
 #include "host/spbox/log_book.h"
 #include "host/spbox/text.h"
 #include "host/spbox/trace_book.h"
@@ -74,7 +75,7 @@ int trace(const Options &options) {
   if (options.as_json) {
     json list = json::array();
     for (const box::TraceEntry &entry : entries) list.push_back(json_of(entry));
-    std::puts(list.dump(2).c_str());
+    std::fputs(json_text(list).c_str(), stdout);
     return 0;
   }
   std::vector<std::vector<std::string>> lines{{"Time", "Pid", "Level", "Function", "Event"}};
@@ -109,7 +110,7 @@ int log(const Options &options) {
                     {"detail", line.detail}});
   }
   if (options.as_json) {
-    std::puts(list.dump(2).c_str());
+    std::fputs(json_text(list).c_str(), stdout);
   } else if (entries.empty()) {
     std::puts("The log is empty.");
   } else {
