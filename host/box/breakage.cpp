@@ -16,6 +16,27 @@ std::optional<Bytes> read(const Place &place, const RecordName &record) {
   return Database(place.database(record.db_id)).get(record.name);
 }
 
+void lock(Database &database, const std::filesystem::path &folder) {
+  if (database.lock()) return;
+  throw InventoryError(folder.string() +
+                       " is locked by another process. Try again when the command in the box has done its step.");
+}
+
+void save(Database &database, const std::filesystem::path &folder) {
+  if (database.unlock()) return;
+  throw InventoryError(folder.string() + ": the changes could not be written. See the disk.");
+}
+
+// No way of breaking leaves a record its size: one of the right size was written by a command since.
+bool is_rewritten(const std::string &kept, const std::optional<Bytes> &now) {
+  return now && now->size() == kept.size();
+}
+
+// What is to be had again when the record is mended.
+std::optional<Bytes> whole_record(const std::optional<std::string> &kept, const std::optional<Bytes> &now) {
+  return kept && !is_rewritten(*kept, now) ? bytes_of(*kept) : now;
+}
+
 }  // namespace
 
 std::string whole_key(const RecordName &record) {
@@ -46,26 +67,29 @@ RecordName find_record(const Place &place, const std::string &name) {
   throw InventoryError(box + " has the record " + name + " in several databases: it cannot be broken by its name.");
 }
 
+// Under the record database's lock from the first look to the last change: no command writes in between.
 BrokenRecord break_record(const Place &place, const RecordName &record, Breakage breakage) {
   Hardware hardware(place);
   Database database(place.database(record.db_id));
-  const std::optional<std::string> kept = hardware.get(whole_key(record));
-  const std::optional<Bytes> now = database.get(record.name);
-  if (!kept && !now) throw InventoryError(place.root().string() + " has no record " + record.name + ".");
-  const Bytes whole = kept ? bytes_of(*kept) : *now;
-  if (whole.empty() && breakage == Breakage::kShort) {
+  lock(database, place.database(record.db_id));
+  const std::optional<Bytes> whole = whole_record(hardware.get(whole_key(record)), database.get(record.name));
+  if (!whole) throw InventoryError(place.root().string() + " has no record " + record.name + ".");
+  if (whole->empty() && breakage == Breakage::kShort) {
     throw InventoryError(place.root().string() + ": the record " + record.name + " is empty and cannot be shorter.");
   }
   // Kept first: whatever happens then, it can be mended.
-  hardware.set(whole_key(record), std::string(whole.begin(), whole.end()));
+  hardware.set(whole_key(record), std::string(whole->begin(), whole->end()));
+  BrokenRecord broken{record, std::nullopt, whole->size()};
   if (breakage == Breakage::kMissing) {
     database.remove(record.name);
-    return {record, std::nullopt, whole.size()};
+  } else {
+    Bytes bytes = *whole;
+    bytes.resize(breakage == Breakage::kShort ? whole->size() - 1 : whole->size() + 1);
+    database.put(record.name, bytes);
+    broken.size = bytes.size();
   }
-  Bytes broken = whole;
-  broken.resize(breakage == Breakage::kShort ? whole.size() - 1 : whole.size() + 1);
-  database.put(record.name, broken);
-  return {record, broken.size(), whole.size()};
+  save(database, place.database(record.db_id));
+  return broken;
 }
 
 std::vector<BrokenRecord> broken_records(const Place &place) {
@@ -81,12 +105,13 @@ std::vector<BrokenRecord> broken_records(const Place &place) {
 
 Mended mend_record(const Place &place, const RecordName &record) {
   Hardware hardware(place);
+  Database database(place.database(record.db_id));
+  lock(database, place.database(record.db_id));
   const std::optional<std::string> whole = hardware.get(whole_key(record));
   if (!whole) return Mended::kWhole;
-  Database database(place.database(record.db_id));
-  const std::optional<Bytes> now = database.get(record.name);
-  const bool rewritten = now && now->size() == whole->size();
+  const bool rewritten = is_rewritten(*whole, database.get(record.name));
   if (!rewritten) database.put(record.name, bytes_of(*whole));
+  save(database, place.database(record.db_id));
   hardware.clear(whole_key(record));
   return rewritten ? Mended::kRewritten : Mended::kRestored;
 }

@@ -24,13 +24,16 @@ struct BrokenRecord {
   RecordName record;
   std::optional<std::size_t> size;  // as it is; none: missing
   std::size_t whole;                // as it should be
+
+  bool rewritten() const { return size == whole; }  // a command has written it anew since it was broken
 };
 
 // The record of this name, in whichever database it is or was before it was broken. Throws InventoryError when there is
 // none, and when there are several.
 RecordName find_record(const Place &place, const std::string &name);
 
-// Takes the record away, or its last byte, or gives it a byte more. One that is broken already is broken anew.
+// Takes the record away, or its last byte, or gives it a byte more. One that is broken already is broken anew: what is
+// kept of it stays or, where a command has written it anew since, becomes what the command wrote.
 BrokenRecord break_record(const Place &place, const RecordName &record, Breakage breakage);
 
 // The records that are broken on purpose.

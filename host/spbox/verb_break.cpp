@@ -31,18 +31,26 @@ std::vector<box::RecordName> records_of(const Options &options) {
   std::vector<box::RecordName> records;
   for (const std::string &target : options.targets) {
     const bool is_unit = target.find('/') != std::string::npos || inventory.has(target);
+    if (!is_unit && options.identity) {
+      throw box::InventoryError(target + " is no unit: --fru is of a unit. Name the record alone.");
+    }
     records.push_back(is_unit ? record_of(inventory.unit(target), options.identity) : box::find_record(place, target));
   }
   return records;
 }
 
-std::string size_text(const std::optional<std::size_t> &size, std::size_t whole) {
-  return size ? "is " + std::to_string(*size) + " bytes, should be " + std::to_string(whole) : "is missing";
+std::string what_it_is(const box::BrokenRecord &broken) {
+  if (!broken.size) return "is missing";
+  if (broken.rewritten()) return "was written anew since it was broken, and is whole";
+  return "is " + std::to_string(*broken.size) + " bytes, should be " + std::to_string(broken.whole);
+}
+
+std::string record_text(const box::RecordName &record) {
+  return "Record " + printable(record.name) + " (database " + std::to_string(record.db_id) + ")";
 }
 
 std::string line_of(const box::BrokenRecord &broken) {
-  return "Record " + broken.record.name + " (database " + std::to_string(broken.record.db_id) + ") " +
-         size_text(broken.size, broken.whole);
+  return record_text(broken.record) + " " + what_it_is(broken);
 }
 
 // What can no longer be read, as far as it fits on a line; empty where it is no unit.
@@ -101,9 +109,13 @@ int mend_records(const Options &options) {
         what = "was not broken on purpose";
         break;
     }
-    std::printf("Record %s (database %u) %s.\n", record.name.c_str(), record.db_id, what);
+    std::printf("%s %s.\n", record_text(record).c_str(), what);
   }
   return 0;
+}
+
+void check_identity(const Options &options) {
+  if (options.targets.empty() && options.identity) throw CLI::ValidationError("--fru is of a unit, and none is named");
 }
 
 std::shared_ptr<Options> add_targets(CLI::App *verb, const char *help) {
@@ -131,6 +143,7 @@ void add_break(CLI::App &app, Action &action) {
       "  spbox break box current_domain_info_05 --short\n"
       "  spbox break box                             what is broken");
   verb->callback([options, &action] {
+    check_identity(*options);
     const bool how_is_said = options->missing || options->shorter || options->longer;
     if (options->targets.empty() && how_is_said) throw CLI::ValidationError("no unit and no record is named");
     if (!options->targets.empty() && !how_is_said) {
@@ -144,7 +157,10 @@ void add_mend(CLI::App &app, Action &action) {
   CLI::App *verb = app.add_subcommand("mend", "Restore the records that were broken on purpose");
   auto options = add_targets(verb, "Only these; none: all");
   verb->footer("Examples:\n  spbox mend box\n  spbox mend box /PSU#3 --fru");
-  verb->callback([options, &action] { action = [options] { return mend_records(*options); }; });
+  verb->callback([options, &action] {
+    check_identity(*options);
+    action = [options] { return mend_records(*options); };
+  });
 }
 
 }  // namespace spbox

@@ -1,7 +1,11 @@
 #include "host/box/breakage.h"
 
 #include <gtest/gtest.h>
+#include <unistd.h>
 
+#include <fstream>
+
+#include "host/box/child.h"
 #include "host/box/contents.h"
 #include "tests/host/box/scratch.h"
 
@@ -49,6 +53,35 @@ TEST_F(BreakageTest, KeepsWhatACommandWroteAnew) {
   EXPECT_EQ(box::mend_record(place_, psus_), Mended::kRewritten);
   EXPECT_EQ(now(psus_), anew);
   EXPECT_EQ(box::mend_record(place_, psus_), Mended::kWhole);
+}
+
+TEST_F(BreakageTest, BreaksAnewWhatACommandWroteSinceAndNotWhatWasBefore) {
+  box::break_record(place_, psus_, Breakage::kMissing);
+  const box::Bytes anew(3360, 7);
+  box::Database(place_.database(2)).put("current_psu_info", anew);
+  EXPECT_TRUE(box::broken_records(place_).at(0).rewritten());
+  box::break_record(place_, psus_, Breakage::kShort);
+  EXPECT_EQ(now(psus_), box::Bytes(3359, 7));
+  EXPECT_FALSE(box::broken_records(place_).at(0).rewritten());
+  EXPECT_EQ(box::mend_record(place_, psus_), Mended::kRestored);
+  EXPECT_EQ(now(psus_), anew);
+}
+
+TEST_F(BreakageTest, WaitsForACommandThatHasTheRecordUnderItsLock) {
+  const pid_t command = fork();
+  if (command == 0) {
+    box::Database database(place_.database(2));
+    if (!database.lock()) _exit(1);
+    database.put("current_psu_info", box::Bytes(3360, 7));
+    std::ofstream(scratch_ / "locked") << "yes";
+    usleep(300000);
+    _exit(database.unlock() ? 0 : 1);
+  }
+  while (!std::filesystem::exists(scratch_ / "locked")) usleep(1000);
+  box::break_record(place_, psus_, Breakage::kMissing);
+  EXPECT_EQ(box::exit_status_of(command), 0);
+  box::mend_record(place_, psus_);
+  EXPECT_EQ(now(psus_), box::Bytes(3360, 7)) << "what the command wrote in that time is lost";
 }
 
 TEST_F(BreakageTest, TellsWhatIsBroken) {

@@ -44,8 +44,25 @@ TEST_F(Break, IsMendedOneByOneOrAltogether) {
 TEST_F(Break, LeavesWhatWasWrittenAnew) {
   done({"break", "box", "current_panel_info", "--missing"});
   box::Database(place().database(2)).put("current_panel_info", box::Bytes(64));
+  EXPECT_EQ(done({"break", "box"}),
+            "Record current_panel_info (database 2) was written anew since it was broken, and is whole.\n");
   EXPECT_EQ(done({"mend", "box"}),
             "Record current_panel_info (database 2) was written anew since it was broken, and stays.\n");
+}
+
+TEST_F(Break, RefusesAnIdentityRecordOfNoUnit) {
+  for (const char *verb : {"break", "mend"}) EXPECT_EQ(spbox({verb, "box", "--fru"}).exit_status, 2) << verb;
+  const std::string why = "spbox: current_psu_info is no unit: --fru is of a unit. Name the record alone.\n";
+  EXPECT_EQ(refused({"break", "box", "current_psu_info", "--fru", "--short"}), why);
+  EXPECT_EQ(refused({"mend", "box", "current_psu_info", "--fru"}), why);
+  EXPECT_EQ(done({"break", "box"}), "No record is broken on purpose.\n");
+}
+
+TEST_F(Break, NamesARecordOfAnyBytesOnOneLine) {
+  box::Database(place().database(5)).put("odd\x1b[2J", box::Bytes(3));
+  EXPECT_TRUE(
+      done({"break", "box", "odd\x1b[2J", "--missing"}).starts_with("Record odd\\x1B[2J (database 5) is missing.\n"));
+  EXPECT_EQ(done({"break", "box"}), "Record odd\\x1B[2J (database 5) is missing.\n");
 }
 
 TEST_F(Break, RefusesWhatTheBoxDoesNotHave) {
