@@ -86,6 +86,68 @@ TEST_F(Units, ShowWhatTheControlProgramsDidToThem) {
   EXPECT_EQ(unit["link"], "down");
 }
 
+TEST_F(Units, AreFollowedByWhatIsSetForOthers) {
+  make_box("qe1");
+  box::Hardware hardware(place());
+  hardware.set("led /FANBP_C#0", "on");
+  hardware.set("power /IOX@0A21", "off");
+  hardware.set("mirror 3", "y");
+  hardware.set("report", "start");
+  done({"program", "box", "ctlled", "--delay", "3"});
+  hardware.set_last_run("ctlfan", {.time_ns = 7, .pid = 8, .status = 0, .arguments = "-u /PSU#99"});
+  done({"daemon", "box", "late", "5"});
+  done({"break", "box", "/PSU#40", "--fru", "--missing"});
+  hardware.set("led /PSU#40", "on");  // of a listed unit
+  const std::string text = done({"units", "box"});
+  EXPECT_EQ(text.substr(text.find("\nOther")),
+            "\nOther setting    Value\n"
+            "led /FANBP_C#0   on\n"
+            "mirror 3         y\n"
+            "power /IOX@0A21  off\n"
+            "power /IOX@0A22  on\n"
+            "report           start\n");
+  EXPECT_EQ(json::parse(done({"units", "box", "--json"}))["other_settings"], json({{"led /FANBP_C#0", "on"},
+                                                                                   {"mirror 3", "y"},
+                                                                                   {"power /IOX@0A21", "off"},
+                                                                                   {"power /IOX@0A22", "on"},
+                                                                                   {"report", "start"}}));
+}
+
+TEST_F(Units, WithoutARecordAreShownWithWhatIsSetForThem) {
+  make_box("qe1");
+  box::Hardware hardware(place());
+  hardware.set("led /FANBP_C#0", "on");
+  hardware.set("flag /FANBP_C#0", "start");
+  const std::string text = done({"show", "box", "FANBP_C#0"});
+  EXPECT_TRUE(text.starts_with("Unit     /FANBP_C#0\nState    unknown: it has no record\nUnit id  0x")) << text;
+  EXPECT_TRUE(text.ends_with("\nLED      on\nFlag     maintenance\n")) << text;
+  EXPECT_EQ(done({"show", "box", "/IOX@0A21"}),
+            "Unit   /IOX@0A21\n"
+            "State  unknown: it has no record\n"
+            "LED    off\n"
+            "Flag   none\n"
+            "Power  on\n");
+  const json expansion = json::parse(done({"show", "box", "/IOX@0A21", "--json"}));
+  EXPECT_EQ(expansion["power"], "on");
+  EXPECT_TRUE(expansion["unit_id"].is_null());
+  EXPECT_NE(refused({"show", "box", "/IOX@FFFF"}).find("no unit /IOX@FFFF"), std::string::npos);
+}
+
+// An identity record of real hardware, or of a broken one, holds any bytes.
+TEST_F(Units, WithForeignBytesInTheirNamesHarmNeitherTerminalNorScript) {
+  make_box("qe1");
+  box::Bytes fru = record(4, "fru_psu_qe_info_09");
+  const std::string name = "A\x1b[2J\xff\xc3\xa9\xc2\x9b\n";
+  fru[79] = static_cast<std::uint8_t>(name.size());
+  std::copy(name.begin(), name.end(), fru.begin() + 80);
+  box::Database(place().database(4)).put("fru_psu_qe_info_09", fru);
+  EXPECT_EQ(lines_with(done({"units", "box"}), "/PSU#40"),
+            "/PSU#40     Normal  off        A\\x1B[2J\\xFF\xc3\xa9\\xC2\\x9B\\x0A\n");
+  EXPECT_EQ(json::parse(done({"show", "box", "/PSU#40", "--json"}))["fru_name"],
+            "A\x1b[2J\xef\xbf\xbd\xc3\xa9\xc2\x9b\n");
+  EXPECT_EQ(json::parse(done({"units", "box", "--json"}))["units"].size(), 248u);
+}
+
 TEST_F(Units, OfAFolderThatIsNoBoxAreRefused) {
   EXPECT_EQ(refused({"units", "nowhere"}),
             "spbox: nowhere is no box. `spbox create nowhere --model MODEL` makes one.\n");

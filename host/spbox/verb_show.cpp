@@ -1,0 +1,137 @@
+// One unit, and where it is written down.
+#include <CLI/CLI.hpp>
+#include <cstdio>
+#include <memory>
+#include <optional>
+
+#include "host/box/inventory.h"
+#include "host/box/unit_name.h"
+#include "host/spbox/json_text.h"
+#include "host/spbox/text.h"
+#include "host/spbox/unit_text.h"
+#include "host/spbox/verbs.h"
+
+namespace spbox {
+namespace {
+
+using Lines = std::vector<std::vector<std::string>>;
+
+struct Options {
+  std::filesystem::path box;
+  std::string unit;
+  bool as_json = false;
+};
+
+struct TypeRow {
+  std::int32_t type;
+  const char *name;
+};
+constexpr TypeRow kTypes[] = {
+    {LMAINTE_TYPE_OPNL, "operator panel"}, {LMAINTE_TYPE_CMU, "CPU/memory unit"},
+    {LMAINTE_TYPE_CPUM, "CPU module"},     {LMAINTE_TYPE_DIMM, "memory module"},
+    {LMAINTE_TYPE_BP, "backplane"},        {LMAINTE_TYPE_IOU, "I/O unit"},
+    {LMAINTE_TYPE_PCI, "PCI slot"},        {LMAINTE_TYPE_EMGBU, "service processor unit"},
+    {LMAINTE_TYPE_PSU, "power supply"},    {LMAINTE_TYPE_EMGBR, "service processor unit, second kind"},
+    {LMAINTE_TYPE_DDC, "DDC unit"},        {LMAINTE_TYPE_FANTRAY, "fan tray"},
+};
+
+std::string type_text(const box::UnitPlace &place) {
+  if (!has_id(place)) return "fan";
+  const std::int32_t type = place.entries.front().type;
+  for (const TypeRow &row : kTypes) {
+    if (row.type == type) return std::string(row.name) + " (" + std::to_string(type) + ")";
+  }
+  return std::to_string(type);
+}
+
+void add_places(const box::UnitPlace &place, Lines &lines) {
+  for (const box::UnitEntry &entry : place.entries) {
+    const std::size_t at = entry.at == box::kNowhere ? entry.status_at : entry.at;
+    lines.push_back({"Record", entry.record + ", database 2, from byte " + std::to_string(at)});
+    if (entry.flag_at != box::kNowhere) lines.back()[1] += ", flag byte " + std::to_string(entry.flag_at);
+    if (!entry.fru_record.empty()) lines.push_back({"FRU record", entry.fru_record + ", database 4"});
+  }
+}
+
+std::string fru_text(const box::Unit &unit) {
+  if (!unit.unreadable.empty()) return "unknown";
+  if (!unit.fru_unreadable.empty()) return unreadable(unit.fru_unreadable);
+  return unit.fru_name.empty() ? "none" : unit.fru_name;
+}
+
+void add_hardware(const box::Hardware &hardware, const std::string &name, Lines &lines) {
+  lines.push_back({"LED", hardware.led(name)});
+  const std::string flags = flag_text(hardware, name);
+  lines.push_back({"Flag", flags.empty() ? "none" : flags});
+  if (const auto speed = hardware.fan(name); !speed.empty()) lines.push_back({"Fan speed", speed});
+  if (const auto power = hardware.power(name); !power.empty()) lines.push_back({"Power", power});
+}
+
+// A location without a record, or an I/O expansion unit: there is what control programs have set for it.
+int show_unrecorded(const box::Hardware &hardware, const std::string &name, const std::optional<box::UnitId> &id,
+                    bool as_json) {
+  if (as_json) {
+    nlohmann::json entry = {{"name", name},
+                            {"unit_id", nullptr},
+                            {"state", nullptr},
+                            {"led", hardware.led(name)},
+                            {"maintenance", hardware.flag(name) == "start"},
+                            {"detached", hardware.detached(name)}};
+    if (id) entry["unit_id"] = {hexadecimal((*id)[0]), hexadecimal((*id)[1])};
+    if (const auto speed = hardware.fan(name); !speed.empty()) entry["fan_speed"] = speed;
+    if (const auto power = hardware.power(name); !power.empty()) entry["power"] = power;
+    std::fputs(json_text(entry).c_str(), stdout);
+    return 0;
+  }
+  Lines lines{{"Unit", name}, {"State", "unknown: it has no record"}};
+  if (id) lines.push_back({"Unit id", hexadecimal((*id)[0]) + " " + hexadecimal((*id)[1])});
+  add_hardware(hardware, name, lines);
+  std::fputs(aligned(lines).c_str(), stdout);
+  return 0;
+}
+
+int show(const Options &options) {
+  const box::Place place(options.box);
+  const box::Inventory inventory(place);
+  const box::Hardware hardware(place);
+  const std::string whole = (options.unit.starts_with('/') ? "" : "/") + options.unit;
+  const auto id = box::unit_id(inventory.model(), whole);
+  if (!inventory.has(whole) && (id || hardware.has_expansion(whole))) {
+    return show_unrecorded(hardware, whole, id, options.as_json);
+  }
+  const box::Unit unit = inventory.unit(options.unit);
+  const std::string &name = unit.place.name;
+  if (options.as_json) {
+    std::fputs(json_text(json_of(unit, hardware)).c_str(), stdout);
+    return 0;
+  }
+  Lines lines{{"Unit", name}, {"Kind", type_text(unit.place)}};
+  if (unit.unreadable.empty()) {
+    lines.push_back({"State", std::string(box::state_word(unit))});
+    lines.push_back({"Status word", hexadecimal(unit.status)});
+  } else {
+    lines.push_back({"State", unreadable(unit.unreadable)});
+  }
+  if (has_id(unit.place)) {
+    lines.push_back({"Unit id", hexadecimal(unit.place.id[0]) + " " + hexadecimal(unit.place.id[1])});
+  }
+  lines.push_back({"FRU name", fru_text(unit)});
+  add_hardware(hardware, name, lines);
+  add_places(unit.place, lines);
+  std::fputs(aligned(lines).c_str(), stdout);
+  return 0;
+}
+
+}  // namespace
+
+void add_show(CLI::App &app, Action &action) {
+  CLI::App *verb = app.add_subcommand("show", "Show one unit, and where it is written down");
+  auto options = std::make_shared<Options>();
+  add_box(verb, options->box);
+  verb->add_option("UNIT", options->unit, "Its location, such as /PSU#3")->required();
+  verb->add_flag("--json", options->as_json, "For scripts");
+  verb->footer("Example:\n  spbox show box /PSU#3");
+  verb->callback([options, &action] { action = [options] { return show(*options); }; });
+}
+
+}  // namespace spbox
