@@ -8,6 +8,8 @@
 
 #include "host/box/programs.h"
 #include "host/box/trace_ring.h"
+#include "host/box/unit_name.h"
+#include "host/spbox/changes.h"
 #include "host/spbox/trace_book.h"
 
 namespace spbox {
@@ -18,12 +20,26 @@ using std::chrono::milliseconds;
 // Often enough for a person's hands, and seldom enough to leave the processor to others.
 constexpr milliseconds kLookAgain{100};
 
-constexpr const char *kVerbs[] = {"pull", "insert", "fault", "degrade", "repair"};  // by box::Change
+std::string verb_of(box::Change change) {
+  for (const ChangeRow &row : kChanges) {
+    if (row.change == change) return std::string(row.verb);
+  }
+  return "";
+}
 
 std::string joined(const std::vector<std::string> &words, std::size_t from) {
   std::string text;
   for (std::size_t i = from; i < words.size(); ++i) text += (text.empty() ? "" : " ") + words[i];
   return text;
+}
+
+std::string step_name(const Step &step) {
+  return "step " + std::to_string(step.number) + ", `" + step.text + "`: ";
+}
+
+// Of the conditions, those that name a unit.
+bool is_of_unit(std::string_view condition) {
+  return condition == "led" || condition == "flag" || condition == "detached";
 }
 
 std::string seconds_text(milliseconds time) {
@@ -57,7 +73,37 @@ void Technician::skip_trace() {
 }
 
 void Technician::work(const std::vector<Step> &steps, milliseconds limit) {
-  for (const Step &step : steps) act(step, limit);
+  std::vector<Step> known;
+  for (const Step &step : steps) known.push_back(with_known_units(step));
+  for (const Step &step : known) act(step, limit);
+}
+
+Step Technician::with_known_units(Step step) const {
+  if (step.kind == Step::Kind::kChange || step.kind == Step::Kind::kFlicker) {
+    for (std::string &unit : step.words) unit = known_unit(step, unit);
+  } else if (step.kind == Step::Kind::kWhen && is_of_unit(step.words[0])) {
+    step.words[1] = known_unit(step, step.words[1]);
+  }
+  return step;
+}
+
+// Only units with a record can be changed. What is waited for is what control programs set: for every location, recorded
+// or not, and the LED also in I/O expansion units, but never for a single fan of a tray.
+std::string Technician::known_unit(const Step &step, const std::string &name) const {
+  const std::string whole = (name.starts_with('/') ? "" : "/") + name;
+  const bool located = box::unit_id(inventory_.model(), whole).has_value();
+  const bool known = step.kind != Step::Kind::kWhen
+                         ? inventory_.has(whole)
+                         : located || (step.words[0] == "led" && box::Hardware(place_).has_expansion(whole));
+  if (known) return whole;
+  const std::string box = place_.root().string();
+  const std::string model(box::model_name(inventory_.model()));
+  const std::string lists = "`spbox units " + box::quoted(box) + "` lists them.";
+  const bool listed = located || inventory_.has(whole);
+  const std::string why =
+      !listed ? box + " has no unit " + whole + " (model " + model + "). "
+              : whole + " has no " + (located ? "record" : "LED and no flag of its own") + ". Name one that has. ";
+  throw ScriptError(step_name(step) + why + lists);
 }
 
 void Technician::act(const Step &step, milliseconds limit) {
@@ -77,9 +123,8 @@ void Technician::wait_for(const Step &step, milliseconds limit) {
   const milliseconds deadline = clock_.now() + limit;
   while (!holds(step.words)) {
     if (clock_.now() >= deadline) {
-      throw ScriptError("step " + std::to_string(step.number) + ", `" + step.text + "`: it has not come in " +
-                        std::to_string(limit.count() / 1000) + " s. See `spbox units` and `spbox trace`, or give " +
-                        "more --limit.");
+      throw ScriptError(step_name(step) + "it has not come in " + std::to_string(limit.count() / 1000) +
+                        " s. See `spbox units` and `spbox trace`, or give " + "more --limit.");
     }
     clock_.sleep(kLookAgain);
   }
@@ -88,7 +133,7 @@ void Technician::wait_for(const Step &step, milliseconds limit) {
 
 void Technician::change(box::Change change, const std::vector<std::string> &units) {
   inventory_.change(change, units);
-  tell_(seconds_text(clock_.now() - start_) + "  " + kVerbs[static_cast<std::size_t>(change)] + " " + joined(units, 0));
+  tell_(seconds_text(clock_.now() - start_) + "  " + verb_of(change) + " " + joined(units, 0));
 }
 
 void Technician::flicker(const Step &step) {
@@ -99,7 +144,7 @@ void Technician::flicker(const Step &step) {
   }
 }
 
-// What was recorded while the technician did something else counts, too.
+// What was recorded while the technician did something else counts, too, if it came after what he has found.
 bool Technician::was_recorded(const std::vector<std::string> &words) {
   const std::string wanted = joined(words, 1);  // a function, and perhaps what happened in it
   const auto entries = box::TraceRing::read(place_.trace());
@@ -121,7 +166,7 @@ bool Technician::holds(const std::vector<std::string> &condition) {
   if (condition[0] == "mode") return hardware.get("maintenance").value_or("unlock") == condition[1];
   if (condition[0] == "led") return hardware.led(condition[1]) == condition[2];
   if (condition[0] == "flag") return (hardware.flag(condition[1]) == "start") == (condition[2] == "start");
-  return hardware.get("detached " + condition[1]).has_value() == (condition[2] == "yes");
+  return hardware.detached(condition[1]) == (condition[2] == "yes");
 }
 
 }  // namespace spbox

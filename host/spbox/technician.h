@@ -23,11 +23,15 @@ class Technician {
   // `tell` gets a line for each thing that is done: when, and what.
   Technician(const box::Place &place, Clock clock, std::function<void(const std::string &line)> tell);
 
-  // Works through the steps. Throws ScriptError where what a step waits for has not come `limit` after the step before,
-  // and InventoryError where a unit cannot be changed so.
+  // Works through the steps. Throws ScriptError before the first one where one names a unit that the server does not have,
+  // and later where what a step waits for has not come `limit` after the step before; InventoryError where a unit cannot
+  // be changed so.
   void work(const std::vector<Step> &steps, std::chrono::milliseconds limit);
 
  private:
+  // The step, its units by their whole locations.
+  Step with_known_units(Step step) const;
+  std::string known_unit(const Step &step, const std::string &name) const;
   void act(const Step &step, std::chrono::milliseconds limit);
   void wait_for(const Step &step, std::chrono::milliseconds limit);
   void change(box::Change change, const std::vector<std::string> &units);
@@ -41,7 +45,7 @@ class Technician {
   Clock clock_;
   std::function<void(const std::string &)> tell_;
   std::chrono::milliseconds start_;
-  std::uint64_t next_entry_ = 0;  // of the trace, the first that a step has not looked at
+  std::uint64_t next_entry_ = 0;  // of the trace: older ones a step has looked at, or they were there before
 };
 
 }  // namespace spbox

@@ -1,11 +1,13 @@
 #include "host/spbox/technician_script.h"
 
 #include <algorithm>
-#include <charconv>
 #include <cmath>
 #include <initializer_list>
 #include <iterator>
 #include <sstream>
+
+#include "host/box/number.h"
+#include "host/spbox/changes.h"
 
 namespace spbox {
 namespace {
@@ -18,12 +20,11 @@ using Words = std::vector<std::string>;
 
 std::chrono::milliseconds seconds_in(const Step &step, const std::string &word) {
   constexpr double kLongest = 86400;
-  double seconds = 0;
-  const auto [end, error] = std::from_chars(word.data(), word.data() + word.size(), seconds);
-  if (error != std::errc() || end != word.data() + word.size() || !(seconds >= 0) || seconds > kLongest) {
+  const auto seconds = box::number_in<double>(word);
+  if (!seconds || !(*seconds >= 0) || *seconds > kLongest) {
     fail(step, word + " is no number of seconds from 0 to 86400. Write 3, or 0.5.");
   }
-  return std::chrono::milliseconds(std::lround(seconds * 1000));
+  return std::chrono::milliseconds(std::lround(*seconds * 1000));
 }
 
 void read_after(Step &step, const Words &words) {
@@ -66,18 +67,14 @@ void read_when(Step &step, const Words &words) {
 
 void read_flicker(Step &step, const Words &words) {
   if (words.size() != 3) fail(step, "it takes a unit, how many times, and the seconds between: flicker /PSU#3 5 0.5.");
-  const auto [end, error] = std::from_chars(words[1].data(), words[1].data() + words[1].size(), step.times);
-  if (error != std::errc() || end != words[1].data() + words[1].size() || step.times == 0) {
-    fail(step, words[1] + " is no number of times.");
-  }
+  step.times = box::number_in<std::uint32_t>(words[1]).value_or(0);
+  if (step.times == 0) fail(step, words[1] + " is no number of times.");
   step.time = seconds_in(step, words[2]);
   step.words = {words[0]};
 }
 
-template <box::Change change>
 void read_change(Step &step, const Words &words) {
   if (words.empty()) fail(step, "which unit? Give its location, such as /PSU#3.");
-  step.change = change;
   step.words = words;
 }
 
@@ -91,16 +88,33 @@ constexpr Verb kVerbs[] = {
     {"after", Step::Kind::kAfter, read_after},
     {"when", Step::Kind::kWhen, read_when},
     {"flicker", Step::Kind::kFlicker, read_flicker},
-    {"pull", Step::Kind::kChange, read_change<box::Change::kPull>},
-    {"insert", Step::Kind::kChange, read_change<box::Change::kInsert>},
-    {"fault", Step::Kind::kChange, read_change<box::Change::kFault>},
-    {"degrade", Step::Kind::kChange, read_change<box::Change::kDegrade>},
-    {"repair", Step::Kind::kChange, read_change<box::Change::kRepair>},
 };
+constexpr Verb kChangeVerb{"", Step::Kind::kChange, read_change};
+
+// The verb of a step; of a change, notes which.
+const Verb &verb_of(Step &step, const std::string &word) {
+  for (const Verb &row : kVerbs) {
+    if (row.name == word) return row;
+  }
+  for (const ChangeRow &row : kChanges) {
+    if (row.verb != word) continue;
+    step.change = row.change;
+    return kChangeVerb;
+  }
+  fail(step, "there is no such step. There are after, when, pull, insert, fault, degrade, repair and flicker.");
+}
 
 Words words_in(const std::string &text) {
   std::istringstream in(text);
   return {std::istream_iterator<std::string>(in), {}};
+}
+
+// A comment begins where a word could: the # of a location is none.
+std::string without_comment(const std::string &line) {
+  for (std::size_t at = line.find('#'); at != std::string::npos; at = line.find('#', at + 1)) {
+    if (at == 0 || std::string_view(" \t;").find(line[at - 1]) != std::string_view::npos) return line.substr(0, at);
+  }
+  return line;
 }
 
 std::string joined(const Words &words) {
@@ -113,14 +127,10 @@ Step read_step(int number, Words words) {
   Step step{};
   step.number = number;
   step.text = joined(words);
-  const auto *const verb =
-      std::find_if(std::begin(kVerbs), std::end(kVerbs), [&](const Verb &row) { return row.name == words[0]; });
-  if (verb == std::end(kVerbs)) {
-    fail(step, "there is no such step. There are after, when, pull, insert, fault, degrade, repair and flicker.");
-  }
-  step.kind = verb->kind;
+  const Verb &verb = verb_of(step, words[0]);
+  step.kind = verb.kind;
   words.erase(words.begin());
-  verb->read(step, words);
+  verb.read(step, words);
   return step;
 }
 
@@ -130,8 +140,7 @@ std::vector<Step> parse_technician(std::string_view text) {
   std::vector<Step> steps;
   std::istringstream lines{std::string(text)};
   for (std::string line; std::getline(lines, line);) {
-    if (const Words words = words_in(line); !words.empty() && words[0].starts_with('#')) continue;
-    std::istringstream parts(line);
+    std::istringstream parts(without_comment(line));
     for (std::string part; std::getline(parts, part, ';');) {
       Words words = words_in(part);
       if (!words.empty()) steps.push_back(read_step(static_cast<int>(steps.size()) + 1, std::move(words)));

@@ -32,16 +32,17 @@ struct Step {
 
 // Steps are parted by line ends or semicolons, and their words by blanks:
 //
-//   after 3                            seconds after the step before
+//   after 3                            so many seconds later
 //   when led /PSU#3 blink              once the box is in this state
 //   when flag /PSU#3 start
 //   when detached /PSU#3 yes
 //   when mode lock                     maintenance mode
-//   when trace lmainte_chk_fru_install entry   once the library has recorded this since the step before
+//   when trace lmainte_chk_fru_install entry   once the library has recorded this, later than what the last such step
+//                                      has found or, without one, than the beginning of the script
 //   when text screen.txt Replace /PSU#3        once the file has this text
 //   pull /PSU#3 /PSU#4                 and insert, fault, degrade, repair
 //   flicker /PSU#3 5 0.5               five times out or in, half a second apart
-//   # a comment
+//   # a comment                        from a word that begins with # to the line's end
 //
 // Throws ScriptError.
 std::vector<Step> parse_technician(std::string_view text);

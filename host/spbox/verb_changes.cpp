@@ -4,6 +4,7 @@
 #include <memory>
 
 #include "host/box/inventory.h"
+#include "host/spbox/changes.h"
 #include "host/spbox/text.h"
 #include "host/spbox/verbs.h"
 
@@ -13,19 +14,6 @@ namespace {
 struct Options {
   std::filesystem::path box;
   std::vector<std::string> units;
-};
-
-struct ChangeRow {
-  const char *verb;
-  box::Change change;
-  const char *help;
-};
-constexpr ChangeRow kChanges[] = {
-    {"pull", box::Change::kPull, "Take units out, with what sits on them"},
-    {"insert", box::Change::kInsert, "Put healthy units in, with what sits on them"},
-    {"fault", box::Change::kFault, "Let units be faulted"},
-    {"degrade", box::Change::kDegrade, "Let units be degraded"},
-    {"repair", box::Change::kRepair, "Make faulted or degraded units normal"},
 };
 
 int change(const Options &options, box::Change change) {
@@ -43,7 +31,7 @@ int change(const Options &options, box::Change change) {
 
 void add_changes(CLI::App &app, Action &action) {
   for (const ChangeRow &row : kChanges) {
-    CLI::App *verb = app.add_subcommand(row.verb, row.help);
+    CLI::App *verb = app.add_subcommand(std::string(row.verb), std::string(row.help));
     auto options = std::make_shared<Options>();
     add_box(verb, options->box);
     verb->add_option("UNIT", options->units, "Their locations, such as /PSU#3 or /CMU#0/MEM#03A")->required();

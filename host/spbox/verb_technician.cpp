@@ -57,7 +57,9 @@ void add_technician(CLI::App &app, Action &action) {
       "  when text FILE TEXT               until the file holds the text\n"
       "  pull UNIT...                      and insert, fault, degrade, repair\n"
       "  flicker UNIT TIMES SECONDS        so many times out or in, so far apart\n"
-      "  # a comment\n\n"
+      "  # a comment                       also behind a step, to the line's end\n"
+      "Of the trace, a step looks at what came after the record that the last such step\n"
+      "has found, or after the beginning. All units are looked up before the first step.\n\n"
       "Examples:\n"
       "  spbox technician box hands.txt &\n"
       "  spbox technician box --do 'when flag /PSU#3 start; after 2; pull /PSU#3' &");

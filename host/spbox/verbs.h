@@ -16,10 +16,10 @@ namespace spbox {
 // What the command line asks for; returns the exit status. May throw: the text is for the user.
 using Action = std::function<int()>;
 
-// An exit status of its own: the command line was understood, and makes no sense for this box.
+// The exit statuses of spbox's own: it could not be done, and the command line makes no sense.
 inline constexpr int kFailure = 1, kUsage = 2;
 
-// Each box's folder is given as DIR, before all else.
+// The word DIR of a verb's command line, in its place among the verb's words.
 void add_box(CLI::App *verb, std::filesystem::path &box);
 
 void add_create(CLI::App &app, Action &action);

@@ -31,6 +31,33 @@ TEST(TechnicianScript, HasAStepForEachLineOrSemicolon) {
   EXPECT_EQ(steps[2].words, (Words{"mode", "lock"}));
 }
 
+TEST(TechnicianScript, HasCommentsBehindItsSteps) {
+  const auto steps = spbox::parse_technician(
+      "pull /PSU#3  # the faulted one; insert /PSU#3\n"
+      "when text /tmp/a Replace /PSU#3 now;# and then\n"
+      "\t# after 5\n"
+      "after 2\t#; after 3");
+  ASSERT_EQ(steps.size(), 3U);
+  EXPECT_EQ(steps[0].words, (Words{"/PSU#3"}));
+  EXPECT_EQ(steps[0].text, "pull /PSU#3");
+  EXPECT_EQ(steps[1].words, (Words{"text", "/tmp/a", "Replace", "/PSU#3", "now"}));
+  EXPECT_EQ(steps[2].time, 2s);
+}
+
+// The script that the documentation shows between its fences.
+TEST(TechnicianScript, CanBeCopiedFromTheDocumentation) {
+  std::ifstream file(std::string(GOLDEN) + "/../../../../docs/host-platform.md");
+  const std::string text{std::istreambuf_iterator<char>(file), {}};
+  const std::size_t first = text.find("```\nwhen flag") + 4;
+  ASSERT_NE(first, std::string::npos + 4);
+  const auto steps = spbox::parse_technician(text.substr(first, text.find("```", first) - first));
+  ASSERT_EQ(steps.size(), 5U);
+  EXPECT_EQ(steps[0].words, (Words{"flag", "/PSU#3", "start"}));
+  EXPECT_EQ(steps[2].words, (Words{"/PSU#3"}));
+  EXPECT_EQ(steps[3].words, (Words{"trace", "lmainte_chk_fru_install", "entry"}));
+  EXPECT_EQ(steps[4].times, 5U);
+}
+
 TEST(TechnicianScript, HasAVerbForEveryChange) {
   const auto steps = spbox::parse_technician("pull /A;insert /A;fault /A;degrade /A;repair /A");
   ASSERT_EQ(steps.size(), 5U);
@@ -156,6 +183,58 @@ TEST_F(TechnicianTest, LooksAtTheTraceFromWhereHeCame) {
   at(now_ + 1s, [this] { record(0x110C06B0); });
   work("after 3; when trace lmainte_chk_fru_install entry");  // while he waited for something else
   EXPECT_THROW(work("when trace lmainte_chk_fru_install exit", 5s), spbox::ScriptError);
+}
+
+TEST_F(TechnicianTest, LooksAtTheTraceFromWhatTheLastSuchStepFound) {
+  at(now_ + 1s, [this] {
+    record(0x110C06B1);
+    record(0x110C06B0);
+  });
+  EXPECT_THROW(work("after 3; when trace lmainte_chk_fru_install entry; when trace lmainte_chk_fru_install exit", 5s),
+               spbox::ScriptError)
+      << "it was left before it was entered";
+  at(now_ + 1s, [this] {
+    record(0x110C06B0);
+    record(0x110C06B1);
+  });
+  work("after 3; when trace lmainte_chk_fru_install entry; after 2; when trace lmainte_chk_fru_install exit");
+}
+
+TEST_F(TechnicianTest, LooksUpEveryUnitBeforeTheFirstStep) {
+  const struct {
+    const char *step, *says;
+  } rows[] = {
+      {"when led /PSU#99 on", "step 2, `when led /PSU#99 on`: "},
+      {"when led PSU#99 on", " has no unit /PSU#99 (model qe1). `spbox units "},
+      {"when flag /NOPE start", " has no unit /NOPE (model qe1)."},
+      {"when detached /PSU#99 yes", " has no unit /PSU#99 (model qe1)."},
+      {"when led /IOX@FFFF on", " has no unit /IOX@FFFF (model qe1)."},
+      {"when flag /IOX@0A21 start", " has no unit /IOX@0A21 (model qe1)."},
+      {"when led /FAN_A#0/FAN#0 on", "/FAN_A#0/FAN#0 has no LED and no flag of its own."},
+      {"insert /PSU#99", " has no unit /PSU#99 (model qe1)."},
+      {"fault /FANBP_C#0", "/FANBP_C#0 has no record."},
+      {"flicker /PSU#99 2 1", " has no unit /PSU#99 (model qe1)."},
+  };
+  for (const auto &row : rows) {
+    const milliseconds start = now_;
+    try {
+      work(std::string("pull /PSU#40;") + row.step);
+      ADD_FAILURE() << row.step << " is taken";
+    } catch (const spbox::ScriptError &error) {
+      EXPECT_NE(std::string(error.what()).find(row.says), std::string::npos) << row.step << ": " << error.what();
+    }
+    EXPECT_EQ(now_, start) << row.step;
+    EXPECT_EQ(state("/PSU#40"), "Normal") << row.step << ": the step before was done";
+  }
+}
+
+TEST_F(TechnicianTest, KnowsUnitsWithoutARecordAndNamesWithoutTheirSlash) {
+  set("led /FANBP_C#0", "on");
+  set("led /IOX@0A21", "blink");
+  set("flag /PSU#40", "start");
+  EXPECT_EQ(work("when led /FANBP_C#0 on; when led IOX@0A21 blink; when flag PSU#40 start; pull PSU#40", 1s),
+            (Words{"    0.0 s  led /FANBP_C#0 on", "    0.0 s  led /IOX@0A21 blink", "    0.0 s  flag /PSU#40 start",
+                   "    0.0 s  pull /PSU#40"}));
 }
 
 TEST_F(TechnicianTest, LetsAUnitFlicker) {
