@@ -90,11 +90,6 @@ void create_box(const Place &place, std::uint32_t model) {
   create_box(place, new_server(model));
 }
 
-void remove_box(const Place &place) {
-  fs::remove_all(place.root() / "mgb");
-  fs::remove_all(place.tmp());
-}
-
 bool is_box(const Place &place) {
   return fs::is_directory(place.hardware());
 }

@@ -35,9 +35,6 @@ Contents contents_of(const Place &place);
 void create_box(const Place &place, const Contents &contents);
 void create_box(const Place &place, std::uint32_t model);
 
-// Removes what create_box made, and what commands left in the box's tmp folder. Throws.
-void remove_box(const Place &place);
-
 bool is_box(const Place &place);
 
 // The model of a box, by its marker file. Throws InventoryError where there is no box or no marker.

@@ -1,4 +1,5 @@
-// The making of a box where a user wants it: nothing else is overwritten, and nothing half made is left.
+// The making of a box where a user wants it: nothing else is overwritten, nothing half made is left, and a box that is
+// there already is replaced by a whole one or not at all.
 #pragma once
 
 #include "host/box/contents.h"

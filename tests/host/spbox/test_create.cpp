@@ -1,3 +1,4 @@
+#include <algorithm>
 #include <chrono>
 #include <fstream>
 #include <map>
@@ -230,6 +231,40 @@ TEST_F(CreateFolder, ReplacesABoxOnlyByForce) {
             "Made box: model qb1, 53 units, all healthy. `spbox units box` lists them.\n");
   EXPECT_FALSE(fs::exists(place().tmp() / ".qa"));
   EXPECT_TRUE(fs::exists(place().root() / "notes")) << "what is no part of the box stays";
+}
+
+TEST_F(CreateFolder, KeepsTheOldBoxWhereTheNewOneDoesNotFit) {
+  make_box("qa");
+  std::ofstream(place().root() / "notes") << "mine";
+  std::ofstream(place().tmp() / "list") << "a command's";
+  done({"fault", "box", "/PSU#0"});
+  const std::string before = done({"dump", "box"});
+  std::ofstream dump(scratch_ / "huge.dump");
+  dump << "spbox dump 1\norder big\nmodel qe1\ndatabase 5\n";
+  for (int i = 0; i < 70; ++i) dump << "record r" << i << " 1048576\n";
+  dump << "end\n";
+  dump.close();
+  const std::string why = refused({"load", "huge.dump", "box", "--force"});
+  EXPECT_TRUE(why.starts_with("spbox: box stays the box that it was: database ")) << why;
+  EXPECT_EQ(done({"dump", "box"}), before);
+  std::vector<std::string> names;
+  for (const auto &entry : fs::directory_iterator(place().root())) names.push_back(entry.path().filename());
+  std::sort(names.begin(), names.end());
+  EXPECT_EQ(names, (Words{"mgb", "notes", "tmp"})) << "nothing half made is left";
+  EXPECT_TRUE(fs::exists(place().tmp() / "list"));
+}
+
+TEST_F(CreateFolder, LeavesNothingBesideTheNewBox) {
+  make_box("qa");
+  std::ofstream(place().root() / "notes") << "mine";
+  fs::remove_all(place().tmp());
+  fs::create_directories(place().root() / ".made-anew/old/mgb");  // of a making that was killed
+  done({"create", "box", "--model", "qb1", "--force"});
+  std::vector<std::string> names;
+  for (const auto &entry : fs::directory_iterator(place().root())) names.push_back(entry.path().filename());
+  std::sort(names.begin(), names.end());
+  EXPECT_EQ(names, (Words{"mgb", "notes", "tmp"}));
+  EXPECT_EQ(done({"fault", "box", "/PSU#0"}), "/PSU#0  Faulted\n");
 }
 
 TEST_F(CreateFolder, ReplacesNoBoxInWhichACommandRuns) {
