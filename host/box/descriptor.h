@@ -17,6 +17,8 @@ class Descriptor {
     std::swap(fd_, other.fd_);
     return *this;
   }
+  Descriptor(const Descriptor &) = delete;
+  Descriptor &operator=(const Descriptor &) = delete;
 
   int get() const { return fd_; }
   void reset() {

@@ -38,16 +38,14 @@ class Daemon : public SpboxTest {
 // spbox as a child of this test, which inherits whatever that one leaves behind.
 class Abandoned {
  public:
-  explicit Abandoned(std::vector<std::string> words) {
+  explicit Abandoned(const box::ArgumentVector &arguments) : spbox_(fork()) {
     prctl(PR_SET_CHILD_SUBREAPER, 1);
-    const box::ArgumentVector arguments(std::move(words));
-    spbox_ = fork();
     if (spbox_ != 0) return;
     execv(arguments.program(), arguments.data());
     _exit(127);
   }
   ~Abandoned() {
-    if (spbox_ > 0) kill_spbox();
+    if (spbox_ > 0 && kill(spbox_, SIGKILL) == 0) waitpid(spbox_, nullptr, 0);
     prctl(PR_SET_CHILD_SUBREAPER, 0);
   }
   Abandoned(const Abandoned &) = delete;
@@ -133,8 +131,8 @@ TEST_F(Daemon, IsNotLeftBehindByACommandThatIsKilled) {
 
 TEST_F(Daemon, EndsWithASpboxThatIsKilled) {
   const auto found = place().tmp() / "found";
-  Abandoned spbox({SPBOX, "run", place().root(), "sh", "-c",
-                   find_daemon() + " >/tmp/finding; mv /tmp/finding /tmp/found; exec sleep 100"});
+  const std::string script = find_daemon() + " >/tmp/finding; mv /tmp/finding /tmp/found; exec sleep 100";
+  Abandoned spbox(box::ArgumentVector({SPBOX, "run", place().root(), "sh", "-c", script}));
   ASSERT_TRUE(eventually([&] { return std::filesystem::exists(found); }));
   std::ifstream in(found);
   const pid_t daemon = daemon_in({std::istreambuf_iterator<char>(in), {}});
