@@ -1,6 +1,7 @@
 #include "host/spbox/new_box.h"
 
 #include <initializer_list>
+#include <ranges>
 #include <string>
 #include <system_error>
 #include <vector>
@@ -82,9 +83,9 @@ class Renames {
 
  private:
   void undo() const {
-    for (auto row = done_.rbegin(); row != done_.rend(); ++row) {
+    for (const Row &row : done_ | std::views::reverse) {
       std::error_code ignored;
-      fs::rename(row->to, row->from, ignored);
+      fs::rename(row.to, row.from, ignored);
     }
   }
 

@@ -90,7 +90,7 @@ Step Technician::with_known_units(Step step) const {
 // Only units with a record can be changed. What is waited for is what control programs set: for every location, recorded
 // or not, and the LED also in I/O expansion units, but never for a single fan of a tray.
 std::string Technician::known_unit(const Step &step, const std::string &name) const {
-  const std::string whole = (name.starts_with('/') ? "" : "/") + name;
+  std::string whole = (name.starts_with('/') ? "" : "/") + name;
   const bool located = box::unit_id(inventory_.model(), whole).has_value();
   const bool known = step.kind != Step::Kind::kWhen
                          ? inventory_.has(whole)
