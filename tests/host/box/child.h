@@ -5,6 +5,7 @@
 #include <unistd.h>
 
 #include <csignal>
+#include <cstdio>
 #include <functional>
 #include <stdexcept>
 
@@ -16,6 +17,7 @@ class Child {
   explicit Child(const Work &work) {
     int ends[2];
     if (pipe(ends) != 0) throw std::runtime_error("no pipe");
+    std::fflush(nullptr);  // what the test has not written yet is not the child's to write
     pid_ = fork();
     if (pid_ < 0) throw std::runtime_error("no child");
     if (pid_ == 0) {
