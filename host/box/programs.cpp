@@ -65,7 +65,7 @@ void Hardware::set_all(const std::map<std::string, std::string> &state) {
 
 std::string Hardware::exchange(const std::string &key, const std::string &value) {
   lock();
-  const std::string before = get(key).value_or("");
+  std::string before = get(key).value_or("");
   if (value.empty()) {
     clear(key);
   } else if (value != before) {

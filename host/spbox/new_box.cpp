@@ -1,7 +1,6 @@
 #include "host/spbox/new_box.h"
 
 #include <initializer_list>
-#include <ranges>
 #include <string>
 #include <system_error>
 #include <vector>
@@ -82,10 +81,10 @@ class Renames {
   }
 
  private:
-  void undo() const {
-    for (const Row &row : done_ | std::views::reverse) {
+  void undo() {
+    for (; !done_.empty(); done_.pop_back()) {
       std::error_code ignored;
-      fs::rename(row.to, row.from, ignored);
+      fs::rename(done_.back().to, done_.back().from, ignored);
     }
   }
 

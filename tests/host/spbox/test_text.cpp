@@ -13,20 +13,20 @@ TEST(Printable, IsWhatHarmsNoTerminal) {
   const Row rows[] = {
       {"plain text stays", "PW-1600 ~#", "PW-1600 ~#"},
       {"nothing stays nothing", "", ""},
-      {"an escape is written out", "\x1b[2J", "\\x1B[2J"},
-      {"so is a line end, a rubout, a zero", std::string("a\n\x7f\0b", 5), "a\\x0A\\x7F\\x00b"},
+      {"an escape is written out", "\x1b[2J", R"(\x1B[2J)"},
+      {"so is a line end, a rubout, a zero", std::string("a\n\x7f\0b", 5), R"(a\x0A\x7F\x00b)"},
       {"UTF-8 of two, three and four bytes stays", "\xc3\xa9\xe2\x82\xac\xf0\x9f\x94\xa7",
        "\xc3\xa9\xe2\x82\xac\xf0\x9f\x94\xa7"},
       {"a control character of two bytes does not",
        "\xc2\x9b"
        "2J",
-       "\\xC2\\x9B2J"},
-      {"a byte that begins nothing is written out", "\xff\x80z", "\\xFF\\x80z"},
-      {"and one whose character is cut off", "\xe2\x82", "\\xE2\\x82"},
-      {"and one that is longer than it must be", "\xc0\xaf\xe0\x80\xaf", "\\xC0\\xAF\\xE0\\x80\\xAF"},
-      {"and half a pair", "\xed\xa0\x80", "\\xED\\xA0\\x80"},
+       R"(\xC2\x9B2J)"},
+      {"a byte that begins nothing is written out", "\xff\x80z", R"(\xFF\x80z)"},
+      {"and one whose character is cut off", "\xe2\x82", R"(\xE2\x82)"},
+      {"and one that is longer than it must be", "\xc0\xaf\xe0\x80\xaf", R"(\xC0\xAF\xE0\x80\xAF)"},
+      {"and half a pair", "\xed\xa0\x80", R"(\xED\xA0\x80)"},
       {"and what is beyond all characters", "\xf4\x90\x80\x80\xf8\x88\x80\x80\x80",
-       "\\xF4\\x90\\x80\\x80\\xF8\\x88\\x80\\x80\\x80"},
+       R"(\xF4\x90\x80\x80\xF8\x88\x80\x80\x80)"},
   };
   for (const Row &row : rows) EXPECT_EQ(spbox::printable(row.bytes), row.shown) << row.says;
 }

@@ -1,8 +1,9 @@
 // Reading and writing one record of a unit within the sessions: lmainte_scdb_get, _lget and _put.
 
-#include <cstdlib>
-
 #include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cstdlib>
 
 #include "tests/unit/doubles/library_test.h"
 
@@ -34,9 +35,8 @@ constexpr Kind kKinds[] = {
 };
 
 bool is_kind(uint32_t db_id, int32_t unit_type) {
-  for (const auto &kind : kKinds)
-    if (kind.db_id == db_id && kind.unit_type == unit_type) return true;
-  return false;
+  return std::ranges::any_of(kKinds,
+                             [&](const auto &kind) { return kind.db_id == db_id && kind.unit_type == unit_type; });
 }
 
 Bytes counted_bytes(int32_t size) {
