@@ -1,6 +1,7 @@
 // The trace book against what the library records: in its unit tests, which leave every event that they saw in a file, and
 // in its sources, which declare a block for each function.
 #include <gtest/gtest.h>
+#include <regex.h>
 
 #include <algorithm>
 #include <array>
@@ -8,9 +9,11 @@
 #include <fstream>
 #include <iterator>
 #include <map>
-#include <regex>
 #include <set>
 #include <sstream>
+#include <stdexcept>
+#include <string>
+#include <vector>
 
 #include "host/spbox/text.h"
 #include "host/spbox/trace/phrases.h"
@@ -77,8 +80,22 @@ std::vector<fs::path> sources() {
   return files;
 }
 
-std::vector<std::smatch> matches(const std::string &text, const std::regex &pattern) {
-  return {std::sregex_iterator(text.begin(), text.end(), pattern), std::sregex_iterator()};
+// What a match of a pattern consists of: the whole, then its groups; empty where one has no part in it.
+using Match = std::vector<std::string>;
+
+std::vector<Match> matches(const std::string &text, const char *pattern) {
+  regex_t compiled;
+  if (regcomp(&compiled, pattern, REG_EXTENDED) != 0) throw std::runtime_error(std::string("no pattern: ") + pattern);
+  std::vector<Match> all;
+  std::array<regmatch_t, 5> groups{};
+  for (const char *rest = text.c_str(); regexec(&compiled, rest, groups.size(), groups.data(), 0) == 0;
+       rest += groups[0].rm_eo) {
+    Match &match = all.emplace_back();
+    for (const regmatch_t &group : groups)
+      match.push_back(group.rm_so < 0 ? "" : std::string(rest + group.rm_so, rest + group.rm_eo));
+  }
+  regfree(&compiled);
+  return all;
 }
 
 std::uint32_t number_in(const std::string &digits, int base = 10) {
@@ -86,11 +103,11 @@ std::uint32_t number_in(const std::string &digits, int base = 10) {
 }
 
 std::vector<Block> declared_in(const fs::path &file, const std::string &text) {
-  static const std::regex pattern("(plain|second)_block\\(0x([0-9A-F]{3})(?:, ([0-9]+))?\\)");
+  constexpr char kPattern[] = R"((plain|second)_block\(0x([0-9A-F]{3})(, ([0-9]+))?\))";
   std::vector<Block> blocks;
-  for (const std::smatch &found : matches(text, pattern)) {
+  for (const Match &found : matches(text, kPattern)) {
     const std::uint32_t space = found[1] == "second" ? 0x8000 : 0;
-    const std::uint32_t first = found[3].matched ? number_in(found[3]) : 0;
+    const std::uint32_t first = found[4].empty() ? 0 : number_in(found[4]);
     blocks.push_back({file, 0x110C0000 + space + number_in(found[2], 16) * 16 + first});
   }
   return blocks;
@@ -112,16 +129,15 @@ struct Number {
 
 // The numbers of events that stand in a source, whichever of its functions they are of.
 std::vector<Number> numbers_in(const std::string &text) {
-  static const std::regex plain("\\b(point|error|system_error)\\((?:Level::k[A-Za-z]+, )?([0-9]+)");
-  static const std::regex of_frames(
-      "\\.(?:open|lock|unlock|close|show|remove|name) = ([0-9]+)|is_given\\(call, ([0-9]+)");
-  static const std::regex judged("judge\\(call, kOperation, ([0-9]+), ([0-9]+)");
+  constexpr char kPlain[] = R"(\b(point|error|system_error)\((Level::k[A-Za-z]+, )?([0-9]+))";
+  constexpr char kOfFrames[] = R"(\.(open|lock|unlock|close|show|remove|name) = ([0-9]+)|is_given\(call, ([0-9]+))";
+  constexpr char kJudged[] = R"(judge\(call, kOperation, ([0-9]+), ([0-9]+))";
   std::vector<Number> numbers;
-  for (const std::smatch &found : matches(text, plain)) numbers.push_back({number_in(found[2]), found[1] != "point"});
-  for (const std::smatch &found : matches(text, of_frames)) {
-    numbers.push_back({number_in(found[1].matched ? found[1] : found[2]), true});
+  for (const Match &found : matches(text, kPlain)) numbers.push_back({number_in(found[3]), found[1] != "point"});
+  for (const Match &found : matches(text, kOfFrames)) {
+    numbers.push_back({number_in(found[2].empty() ? found[3] : found[2]), true});
   }
-  for (const std::smatch &found : matches(text, judged)) {
+  for (const Match &found : matches(text, kJudged)) {
     numbers.push_back({number_in(found[1]), false});
     numbers.push_back({number_in(found[2]), true});
   }
