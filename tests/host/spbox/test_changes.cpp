@@ -133,7 +133,8 @@ TEST_P(ChangesOfKinds, FollowOneAnotherAndLeaveTheOtherUnits) {
                                                          {"pull", "Not installed"}, {"insert", "Normal"}};
   for (const auto &[verb, state_after] : steps) {
     EXPECT_EQ(done({verb, "box", unit}), unit + "  " + state_after + "\n");
-    for (const json &other : json::parse(done({"units", "box", "--json"}))["units"]) {
+    const json all = json::parse(done({"units", "box", "--json"}));
+    for (const json &other : all["units"]) {
       const std::string name = other["name"];
       if (name == unit) continue;
       const bool goes_along = name.starts_with(unit + "/") && state_after == std::string("Not installed");
