@@ -1,7 +1,7 @@
 #include "include/lmainte.h"
 
 #include "src/frame/trace.h"
-#include "src/inventory/unit_range.h"
+#include "src/model/unit_range.h"
 
 namespace {
 

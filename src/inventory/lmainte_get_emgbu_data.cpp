@@ -8,8 +8,8 @@
 #include "src/db/session_bracket.h"
 #include "src/frame/trace.h"
 #include "src/inventory/unit_entries.h"
-#include "src/inventory/unit_range.h"
 #include "src/model/model_family.h"
+#include "src/model/unit_range.h"
 #include "src/model/unit_status.h"
 
 namespace {

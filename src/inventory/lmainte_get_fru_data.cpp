@@ -5,6 +5,7 @@
 #include "src/db/session_bracket.h"
 #include "src/frame/trace.h"
 #include "src/model/model_family.h"
+#include "src/model/unit_range.h"
 #include "src/model/unit_readers.h"
 #include "src/model/unit_status.h"
 
@@ -128,7 +129,7 @@ int32_t lmainte_get_fru_data(int32_t type, int32_t index, int32_t count, int32_t
 
 int32_t lmainte_chk_fru_install(uint32_t expectation, int32_t type, int32_t index, int32_t model, void *record) {
   const Call call(trace, kCheckInstall);
-  if (index == -1 || record == nullptr || !lmainte::is_model(model)) {
+  if (index == lmainte::kAllUnits || record == nullptr || !lmainte::is_model(model)) {
     call.error(1, index, model);
     return LMAINTE_FAILED;
   }

@@ -5,6 +5,7 @@
 
 #include "src/frame/trace.h"
 #include "src/model/model_family.h"
+#include "src/model/unit_range.h"
 #include "src/model/unit_readers.h"
 #include "src/state/swap_kinds.h"
 
@@ -33,7 +34,6 @@ uint32_t lmainte_swap_fru_model = LMAINTE_MODEL_NONE;
 
 constexpr int32_t kFailed = -1;
 constexpr uint32_t kMarked = 0x8000;
-constexpr int32_t kAllUnits = -1;
 
 uint32_t order_of(uint32_t type) {
   const Call call(trace, kFindOrder);
@@ -105,7 +105,7 @@ int32_t lmainte_swap_fru_collect(uint32_t type, int32_t number, int32_t count) {
     call.system_error(2, errno);
     return kFailed;
   }
-  const int32_t first = count > 1 ? kAllUnits : number;
+  const int32_t first = count > 1 ? lmainte::kAllUnits : number;
   const int32_t result = reader->read(first, count, static_cast<int32_t>(lmainte_swap_fru_model), records);
   if (result != LMAINTE_OK) call.error(3, type, result);
   const bool good = result == LMAINTE_OK && insert_marked(call, *reader, records, count);
@@ -122,7 +122,7 @@ int32_t collect_kinds(const Call &call, const lmainte_model_data &model_data) {
   for (const lmainte::SwapKind &kind : lmainte::kSwapKinds) {
     if ((model->kinds & kind.bit) == 0) continue;
     const auto count = static_cast<int32_t>(model_data.unit[kind.slot].max_count);
-    const int32_t result = lmainte_swap_fru_collect(kind.type, kAllUnits, count);
+    const int32_t result = lmainte_swap_fru_collect(kind.type, lmainte::kAllUnits, count);
     if (result == kFailed) {
       call.error(5, kind.type, result);
       return kFailed;
