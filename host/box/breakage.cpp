@@ -2,6 +2,7 @@
 
 #include "host/box/contents.h"
 #include "host/box/programs.h"
+#include "host/box/record_set.h"
 
 namespace box {
 namespace {
@@ -14,17 +15,6 @@ Bytes bytes_of(const std::string &text) {
 
 std::optional<Bytes> read(const Place &place, const RecordName &record) {
   return Database(place.database(record.db_id)).get(record.name);
-}
-
-void lock(Database &database, const std::filesystem::path &folder) {
-  if (database.lock()) return;
-  throw InventoryError(folder.string() +
-                       " is locked by another process. Try again when the command in the box has done its step.");
-}
-
-void save(Database &database, const std::filesystem::path &folder) {
-  if (database.unlock()) return;
-  throw InventoryError(folder.string() + ": the changes could not be written. See the disk.");
 }
 
 // No way of breaking leaves a record its size: one of the right size was written by a command since.

@@ -94,7 +94,7 @@ void domain_records(NewRecords &records, std::uint32_t model) {
     pass_on(record, {0}, domain);
     if (domain < used) {
       put_word(record, kDomainStatus, word_at(record, kDomainStatus) | LMAINTE_STATUS_INSTALLED);
-    };
+    }
     record[kDomainByte] = static_cast<std::uint8_t>(domain + 1);
   }
 }

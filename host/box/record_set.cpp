@@ -4,6 +4,17 @@
 
 namespace box {
 
+void lock(Database &database, const std::filesystem::path &folder) {
+  if (database.lock()) return;
+  throw InventoryError(folder.string() +
+                       " is locked by another process. Try again when the command in the box has done its step.");
+}
+
+void save(Database &database, const std::filesystem::path &folder) {
+  if (database.unlock()) return;
+  throw InventoryError(folder.string() + ": the changes could not be written. See the disk.");
+}
+
 RecordSet::RecordSet(const Place &place, std::uint32_t db_id)
     : place_(place), folder_(place.database(db_id)), database_(folder_) {}
 
@@ -30,16 +41,14 @@ Bytes &RecordSet::at(const std::string &name, std::size_t size) {
 }
 
 void RecordSet::lock() {
-  if (database_.lock()) return;
-  throw InventoryError(folder_.string() +
-                       " is locked by another process. Try again when the command in the box has done its step.");
+  box::lock(database_, folder_);
 }
 
 void RecordSet::save() {
   for (const auto &[name, record] : records_) {
     if (record) database_.put(name, *record);
   }
-  if (!database_.unlock()) throw InventoryError(folder_.string() + ": the changes could not be written. See the disk.");
+  box::save(database_, folder_);
 }
 
 }  // namespace box

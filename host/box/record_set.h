@@ -10,6 +10,11 @@
 
 namespace box {
 
+// Takes the lock of the database in this folder, or makes what was put under it durable and gives it back. Both throw
+// InventoryError with the reason and the way out.
+void lock(Database &database, const std::filesystem::path &folder);
+void save(Database &database, const std::filesystem::path &folder);
+
 class RecordSet {
  public:
   RecordSet(const Place &place, std::uint32_t db_id);

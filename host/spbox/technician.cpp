@@ -27,16 +27,6 @@ std::string verb_of(box::Change change) {
   return "";
 }
 
-std::string joined(const std::vector<std::string> &words, std::size_t from) {
-  std::string text;
-  for (std::size_t i = from; i < words.size(); ++i) text += (text.empty() ? "" : " ") + words[i];
-  return text;
-}
-
-std::string step_name(const Step &step) {
-  return "step " + std::to_string(step.number) + ", `" + step.text + "`: ";
-}
-
 // Of the conditions, those that name a unit.
 bool is_of_unit(std::string_view condition) {
   return condition == "led" || condition == "flag" || condition == "detached";
@@ -103,7 +93,7 @@ std::string Technician::known_unit(const Step &step, const std::string &name) co
   const std::string why =
       !listed ? box + " has no unit " + whole + " (model " + model + "). "
               : whole + " has no " + (located ? "record" : "LED and no flag of its own") + ". Name one that has. ";
-  throw ScriptError(step_name(step) + why + lists);
+  throw error_of(step, why + lists);
 }
 
 void Technician::act(const Step &step, milliseconds limit) {
@@ -123,17 +113,17 @@ void Technician::wait_for(const Step &step, milliseconds limit) {
   const milliseconds deadline = clock_.now() + limit;
   while (!holds(step.words)) {
     if (clock_.now() >= deadline) {
-      throw ScriptError(step_name(step) + "it has not come in " + std::to_string(limit.count() / 1000) +
-                        " s. See `spbox units` and `spbox trace`, or give " + "more --limit.");
+      throw error_of(step, "it has not come in " + std::to_string(limit.count() / 1000) +
+                               " s. See `spbox units` and `spbox trace`, or give more --limit.");
     }
     clock_.sleep(kLookAgain);
   }
-  tell_(seconds_text(clock_.now() - start_) + "  " + joined(step.words, 0));
+  tell_(seconds_text(clock_.now() - start_) + "  " + joined(step.words));
 }
 
 void Technician::change(box::Change change, const std::vector<std::string> &units) {
   inventory_.change(change, units);
-  tell_(seconds_text(clock_.now() - start_) + "  " + verb_of(change) + " " + joined(units, 0));
+  tell_(seconds_text(clock_.now() - start_) + "  " + verb_of(change) + " " + joined(units));
 }
 
 void Technician::flicker(const Step &step) {

@@ -15,7 +15,7 @@ namespace {
 using Words = std::vector<std::string>;
 
 [[noreturn]] void fail(const Step &step, const std::string &reason) {
-  throw ScriptError("step " + std::to_string(step.number) + ", `" + step.text + "`: " + reason);
+  throw error_of(step, reason);
 }
 
 std::chrono::milliseconds seconds_in(const Step &step, const std::string &word) {
@@ -117,12 +117,6 @@ std::string without_comment(const std::string &line) {
   return line;
 }
 
-std::string joined(const Words &words) {
-  std::string text;
-  for (const std::string &word : words) text += (text.empty() ? "" : " ") + word;
-  return text;
-}
-
 Step read_step(int number, Words words) {
   Step step{};
   step.number = number;
@@ -135,6 +129,16 @@ Step read_step(int number, Words words) {
 }
 
 }  // namespace
+
+std::string joined(const Words &words, std::size_t from) {
+  std::string text;
+  for (std::size_t i = from; i < words.size(); ++i) text += (text.empty() ? "" : " ") + words[i];
+  return text;
+}
+
+ScriptError error_of(const Step &step, const std::string &reason) {
+  return ScriptError("step " + std::to_string(step.number) + ", `" + step.text + "`: " + reason);
+}
 
 std::vector<Step> parse_technician(std::string_view text) {
   std::vector<Step> steps;

@@ -47,4 +47,10 @@ struct Step {
 // Throws ScriptError.
 std::vector<Step> parse_technician(std::string_view text);
 
+// Words from one of them on, a blank between two.
+std::string joined(const std::vector<std::string> &words, std::size_t from = 0);
+
+// What is wrong with a step, after its number and its text.
+ScriptError error_of(const Step &step, const std::string &reason);
+
 }  // namespace spbox
