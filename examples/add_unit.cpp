@@ -1,0 +1,27 @@
+// add_unit - walks an operator through adding a unit while the server runs.
+//
+//   add_unit         asks which kind of unit
+//   add_unit KIND    cmu, iou, fan, psu or ddc
+//
+// Exit status: 0 added, 1 something failed, 2 the operator gave up.
+
+#include "procedure.h"
+
+namespace {
+
+constexpr procedure::Step kSteps[] = {
+    procedure::may_be_added,     // its place is empty
+    procedure::choose_division,  // how a board will be used
+    procedure::mark,             // so that the technician finds the place
+    procedure::put_in,           // the operator's hands, and the proof that it is there
+    procedure::bring_up,         // tested, set up and in operation
+    procedure::unmark,
+    procedure::show_state,
+    procedure::record,  // in the log
+};
+
+}  // namespace
+
+int main(int argc, char **argv) {
+  return procedure::run({"add_unit", "add", LMAINTE_EVENT_ADDED, kSteps}, argc, argv);
+}

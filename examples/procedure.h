@@ -1,0 +1,157 @@
+// What the procedures have in common. A procedure is a list of steps for one unit:
+//
+//   constexpr procedure::Step kSteps[] = {procedure::may_be_removed, procedure::mark, ...};
+//   int main(int argc, char **argv) {
+//     return procedure::run({"replace_unit", "replace", LMAINTE_EVENT_REPLACED, kSteps}, argc, argv);
+//   }
+//
+// Around the steps stands what every procedure owes: it is the only one at work, the server is in maintenance mode, the
+// operator has chosen a unit. What a step switched is switched back at every way out: after a refusal, a failure, a "q",
+// an interrupt, a lost terminal. Copy this header with the
+// folder procedure and in_order.h.
+#pragma once
+
+#include <algorithm>
+#include <cstdint>
+#include <cstdio>
+#include <span>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "in_order.h"
+#include "lmainte.h"
+#include "procedure/exclusive.h"
+#include "procedure/steps.h"
+#include "procedure/telling.h"
+#include "procedure/unit_kinds.h"
+#include "procedure/work.h"
+
+namespace procedure {
+
+struct Procedure {
+  const char *name;  // of the command
+  const char *verb;  // of the question
+  int32_t action;    // LMAINTE_EVENT_...
+  std::span<const Step> steps;
+};
+
+inline Outcome choose_kind(const Server &server, const Procedure &procedure, const Kind *&kind) {
+  std::vector<const Kind *> there;
+  std::vector<ListLine> lines = {{LMAINTE_LINE_HEAD, "Kinds of unit\n\n", 0, {}}};
+  for (const Kind &row : kKinds) {
+    if (row.count(server) == 0) continue;
+    there.push_back(&row);
+    lines.push_back({LMAINTE_LINE_HEAD, "%2d. %s\n", 0, {there.size(), reinterpret_cast<uintptr_t>(row.many)}});
+  }
+  lines.push_back({LMAINTE_LINE_END, nullptr, 0, {}});
+  const int32_t result = in_order::after_pager(lmainte_show_menu(lines.data()));
+  if (result != LMAINTE_OK) return failed("The menu could not be shown", result, kCheckPager);
+  int32_t choice = 0;
+  const Outcome outcome = ask(static_cast<int32_t>(there.size()), choice,
+                              "\nWhat do you %s? Type its number, q to give up: ", procedure.verb);
+  if (outcome == kDone) kind = there[static_cast<size_t>(choice) - 1];
+  return outcome;
+}
+
+inline int32_t show_list(const Kind &kind, const Units &units) {
+  const ListLine lines[] = {
+      {LMAINTE_LINE_HEAD, "The %s of this server\n\n", 0, {reinterpret_cast<uintptr_t>(kind.many)}},
+      {LMAINTE_LINE_HEAD, kind.columns, 0, {}},
+      {LMAINTE_LINE_FOOT, "\n%u %s.\n", 0, {units.count(), reinterpret_cast<uintptr_t>(kind.many)}},
+      {LMAINTE_LINE_END, nullptr, 0, {}}};
+  return units.show(lines);
+}
+
+inline Outcome choose_unit(const Server &server, const Procedure &procedure, const Kind &kind, AnyRecord &record,
+                           Unit &unit) {
+  Units all(server, kind);
+  int32_t result = all.read();
+  if (result != LMAINTE_OK) return failed(std::string("The ") + kind.many + " could not be read", result, kTryAgain);
+  result = show_list(kind, all);
+  if (result != LMAINTE_OK) return failed("The list could not be shown", result, kCheckPager);
+  int32_t number = 0;
+  const Outcome outcome = ask(static_cast<int32_t>(all.count()), number,
+                              "\nWhich %s do you %s? Type its number, q to give up: ", kind.one, procedure.verb);
+  if (outcome != kDone) return outcome;
+  if (!take_unit(kind, all.at(static_cast<size_t>(number) - 1), unit))
+    return failed("The unit has no location name", LMAINTE_FAILED, "Its record does not fit the model: call service.");
+  result = read_one(server, kind, unit.record.number, record);
+  return result == LMAINTE_OK ? kDone : failed("The unit could not be read", result, kTryAgain);
+}
+
+inline Outcome walk_steps(const Procedure &procedure, Work &work) {
+  for (const Step step : procedure.steps)
+    if (const Outcome outcome = step(work); outcome != kDone) return outcome;
+  return kDone;
+}
+
+// A unit that is refused leaves the others to choose from.
+inline Outcome work_on(const Server &server, const Procedure &procedure, const Kind &kind) {
+  for (;;) {
+    AnyRecord record{};
+    Unit unit;
+    Outcome outcome = choose_unit(server, procedure, kind, record, unit);
+    if (outcome != kDone) return outcome;
+    Work work(server, kind, unit, record, procedure.action);
+    outcome = walk_steps(procedure, work);
+    if (!work.take_back() && outcome == kDone) outcome = kFailed;
+    if (outcome != kRefused) return outcome;
+    outcome = confirm("Type 1 to choose another %s, q to give up: ", kind.one);
+    if (outcome != kDone) return outcome;
+  }
+}
+
+inline Outcome walk(const Procedure &procedure, const Kind *kind) {
+  Server server;
+  int32_t result = server.read();
+  if (result != LMAINTE_OK) return failed("The server's model could not be read", result, kTryAgain);
+  if (kind != nullptr && kind->count(server) == 0) {
+    std::printf("This server has no %s.\n", kind->many);
+    return kFailed;
+  }
+  Claim claim;
+  if (const Outcome outcome = claim.take(); outcome != kDone) return outcome;
+  Maintenance maintenance(server);
+  if (const Outcome outcome = maintenance.begin(claim.is_taken_over()); outcome != kDone) return outcome;
+  result = lmainte_init_swap_fru_list(&server.data());
+  if (result < 0) return failed("The units that are marked for replacement could not be read", result, kTryAgain);
+  Outcome outcome = kind != nullptr ? kDone : choose_kind(server, procedure, kind);
+  if (outcome == kDone) outcome = work_on(server, procedure, *kind);
+  lmainte_free_swap_fru_list();
+  if (!maintenance.end() && outcome == kDone) outcome = kFailed;
+  return outcome;
+}
+
+inline const Kind *kind_named(std::string_view word) {
+  const Kind *const end = std::end(kKinds);
+  const Kind *const kind = std::find_if(std::begin(kKinds), end, [&](const Kind &row) { return row.word == word; });
+  return kind == end ? nullptr : kind;
+}
+
+inline int misused(const Procedure &procedure) {
+  std::fprintf(stderr, "usage: %s [KIND], where KIND is one of:", procedure.name);
+  for (const Kind &kind : kKinds) std::fprintf(stderr, " %s", kind.word.data());
+  std::fputs("\n", stderr);
+  return kFailed;
+}
+
+inline int run(const Procedure &procedure, int argc, char **argv) {
+  const Kind *kind = argc == 2 ? kind_named(argv[1]) : nullptr;
+  if (argc > 2 || (argc == 2 && kind == nullptr)) return misused(procedure);
+  in_order::catch_signals();
+  Outcome outcome = kFailed;
+  {
+    const in_order::Dialogue dialogue;
+    if (in_order::Dialogue::begun()) {
+      outcome = walk(procedure, kind);
+    } else {
+      std::fprintf(stderr, "%s: this is no terminal. Start it on the operator's terminal.\n", procedure.name);
+    }
+  }
+  std::fflush(stdout);
+  in_order::die_of_signal();
+  return outcome;
+}
+
+}  // namespace procedure

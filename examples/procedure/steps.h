@@ -1,0 +1,154 @@
+// The steps of which procedures are made. A step is done, or it ends the work on the unit and says why.
+#pragma once
+
+#include <cstdint>
+#include <cstdio>
+#include <string>
+
+#include "../in_order.h"
+#include "lmainte.h"
+#include "telling.h"
+#include "work.h"
+
+namespace procedure {
+
+using Step = Outcome (*)(Work &);
+
+inline Outcome failed(const Work &work, const char *how, int32_t result) {
+  return failed(std::string(work.unit.name()) + how, result, way_out_of(result));
+}
+
+inline Outcome not_read(const Work &work, int32_t result) {
+  return failed(std::string("The state of ") + work.unit.name() + " could not be read", result, kTryAgain);
+}
+
+inline Outcome judge(Work &work, int32_t mode, const char *what) {
+  const int32_t result = undisturbed(
+      [&] { return lmainte_judge_control_fru(mode, work.time(LMAINTE_CMD_JUDGECTLFRU), &work.unit.record); });
+  if (result == LMAINTE_OK) return kDone;
+  if (result != LMAINTE_FRU_REFUSED && result != LMAINTE_FRU_REFUSED_2)
+    return failed(work, " could not be judged", result);
+  const bool is_needed = result == LMAINTE_FRU_REFUSED_2;
+  std::printf("\n%s may not be %s now: %s.\n", work.unit.name(), what,
+              is_needed                  ? "the server cannot do without it"
+              : work.unit.is_installed() ? "it is in place, and in operation"
+                                         : "it is not in place");
+  return kRefused;
+}
+
+inline Outcome may_be_removed(Work &work) {
+  return judge(work, LMAINTE_JUDGE_DELETE, "removed");
+}
+inline Outcome may_be_added(Work &work) {
+  return judge(work, LMAINTE_JUDGE_ADD, "added");
+}
+
+// So that the technician finds it, and nobody else touches it.
+inline Outcome mark(Work &work) {
+  const int32_t result = work.mark();
+  if (result != LMAINTE_OK) return failed(work, " could not be marked", result);
+  std::printf("The LED of %s blinks, its maintenance flag is set.\n", work.unit.name());
+  return kDone;
+}
+
+inline Outcome detach(Work &work) {
+  const int32_t result =
+      with_progress(std::string("Taking ") + work.unit.name() + " out of operation ", [&] { return work.detach(); });
+  if (result != LMAINTE_OK) return failed(work, " is not out of operation", result);
+  return kDone;
+}
+
+// Until the unit is in place or gone, as it is expected, or the operator gives up.
+inline Outcome await(Work &work, uint32_t expectation, const char *request, const char *not_so) {
+  for (;;) {
+    if (const Outcome outcome = confirm(request, work.unit.name()); outcome != kDone) return outcome;
+    const int32_t result = with_progress("Watching the unit ", [&] {
+      return lmainte_chk_fru_install(expectation, work.kind.type, work.unit.record.number, work.server.model(),
+                                     &work.record);
+    });
+    if (result == LMAINTE_OK) return kDone;
+    if (result != LMAINTE_NOT_REACHED) return not_read(work, result);
+    std::printf(not_so, work.unit.name());
+  }
+}
+
+inline Outcome take_out(Work &work) {
+  constexpr uint32_t kGone = 2;
+  return await(work, kGone, "Pull out %s now. Type 1 when it is out, q to give up: ", "%s is still in place.\n");
+}
+
+inline Outcome put_in(Work &work) {
+  constexpr uint32_t kInPlace = 1;
+  return await(work, kInPlace, "Put in %s now. Type 1 when it is in place, q to give up: ",
+               "%s is not in place, or did not stay there.\n");
+}
+
+// How a board that is added is to be used.
+inline Outcome choose_division(Work &work) {
+  if (work.division == 0) return kDone;
+  int32_t choice = 0;
+  const Outcome outcome = ask(2, choice,
+                              "\n1. One extended system board\n2. Four extended system boards\n"
+                              "How is the board of %s to be used? Type 1 or 2, q to give up: ",
+                              work.unit.name());
+  if (outcome == kDone) work.division = choice == 1 ? 1 : 4;
+  return outcome;
+}
+
+// A unit that fails its test is exchanged until one passes, or the operator gives up.
+inline Outcome bring_up(Work &work) {
+  for (;;) {
+    int32_t result = work.read();
+    if (result != LMAINTE_OK) return not_read(work, result);
+    result = with_progress(std::string("Testing ") + work.unit.name() + " ", [&] { return work.bring_up(); });
+    if (result == LMAINTE_OK) return kDone;
+    if (result != LMAINTE_TEST_FAILED && result != LMAINTE_FANSPEED_FAILED)
+      return failed(work, " is not in operation", result);
+    std::printf("%s failed its test (result %d). Exchange it for another one.\n", work.unit.name(), result);
+    for (const Step step : {take_out, put_in})
+      if (const Outcome outcome = step(work); outcome != kDone) return outcome;
+  }
+}
+
+// The extended system boards of a board that is gone belong to no domain any more.
+inline Outcome give_up_parts(Work &work) {
+  if (work.division == 0) return kDone;
+  const int32_t result = undisturbed(
+      [&] { return lmainte_clear_xsb(work.division, work.time(LMAINTE_CMD_DELETEBOARD), &work.unit.record); });
+  if (result == LMAINTE_OK) return kDone;
+  return failed(std::string("The extended system boards of ") + work.unit.name() + " are still assigned", result,
+                way_out_of(result));
+}
+
+inline Outcome unmark(Work &work) {
+  if (!work.take_back()) return kFailed;
+  std::printf("The marks of %s are taken back.\n", work.unit.name());
+  return kDone;
+}
+
+inline Outcome show_state(Work &work) {
+  int32_t result = work.read();
+  if (result != LMAINTE_OK) return not_read(work, result);
+  const ListLine lines[] = {{LMAINTE_LINE_HEAD, "\nUnit          State\n", 0, {}},
+                            {LMAINTE_LINE_FOOT, "\n", 0, {}},
+                            {LMAINTE_LINE_END, nullptr, 0, {}}};
+  result = in_order::after_pager(work.kind.show_status(work.record, lines));
+  return result == LMAINTE_OK ? kDone : failed("The unit's state could not be shown", result, kCheckPager);
+}
+
+// The log has the event, and the unit is no longer among those that are marked for replacement.
+inline Outcome record(Work &work) {
+  const UnitRecord &unit = work.unit.record;
+  const EventUnit event = {{}, {unit.ident[0], unit.ident[1]}, {}, 0};
+  const int32_t result = lmainte_send_event(work.action, work.kind.event_kind, &event);
+  if (result != LMAINTE_OK) return failed("The log has no record of it", result, "Is the disk of the log full?");
+  const auto type = static_cast<uint32_t>(unit.type);
+  const auto number = static_cast<uint32_t>(unit.number);
+  if (lmainte_check_swap_fru(type, number) != 0) {
+    const int32_t left = lmainte_delete_swap_fru_from_list(type, number);
+    std::printf("%d more units are marked for replacement.\n", left);
+  }
+  return kDone;
+}
+
+}  // namespace procedure

@@ -1,0 +1,92 @@
+// What a procedure tells the operator, what it asks, and how it and its steps end.
+#pragma once
+
+#include <cstdint>
+#include <cstdio>
+#include <string>
+
+#include "../in_order.h"
+#include "lmainte.h"
+#include "lmainte_host.h"
+
+namespace procedure {
+
+// How a procedure ends, its exit status; and how a step ends.
+enum Outcome {
+  kDone = 0,
+  kFailed = 1,
+  kGaveUp = 2,
+  kRefused = 3  // of a step: not this unit, not now; the operator may choose another one
+};
+
+inline constexpr const char *kTryAgain =
+    "Another command may hold the database: try again in a minute.\nThe trace names the reason.";
+inline constexpr const char *kCheckPager = "Check that /bin/busybox is there and that /tmp has room.";
+
+inline Outcome failed(const std::string &what, int32_t result, const char *way_out) {
+  std::printf("\n%s (result %d).\n%s\n", what.c_str(), result, way_out);
+  return kFailed;
+}
+
+// What to do after an operation has failed.
+inline const char *way_out_of(int32_t result) {
+  switch (result) {
+    case LMAINTE_BUSY:
+    case LMAINTE_MODE_REFUSED:
+    case LMAINTE_FLAG_REFUSED:
+      return "Another procedure is at work. Let it end, then start again.";
+    case LMAINTE_LED_FAILED:
+      return "The unit does not answer. Check that it is in place, then start again.";
+    case LMAINTE_DETACH_FAILED:
+      return "The server still uses the unit. Stop what runs on it, then start again.";
+    case LMAINTE_SETUP_FAILED:
+    case LMAINTE_CLEAR_FAILED:
+      return "A domain runs on the board, or its other unit is missing. Mend that, then start again.";
+    case LMAINTE_LINK_FAILED:
+      return "The board does not answer. Put in another one, then start again.";
+    default:
+      return "The control program is missing, failed or took too long; the trace says which.\nThen start again.";
+  }
+}
+
+// The operator typed q, the input ended, a signal came, or the terminal failed.
+inline Outcome not_chosen(int32_t result) {
+  if (in_order::signal() == 0 && result < 0)
+    return failed("The question could not be asked", result, "Start the procedure on the operator's terminal.");
+  std::puts(in_order::signal() != 0 ? "Interrupted." : "Given up.");
+  return kGaveUp;
+}
+
+// Asks for one of count choices: kDone with the operator's, or the way out.
+template <class... Values>
+Outcome ask(int32_t count, int32_t &choice, const char *format, Values... values) {
+  const int32_t result = lmainte_ask_select(count, &choice, format, values...);
+  return result == LMAINTE_HOST_CHOSEN && in_order::signal() == 0 ? kDone : not_chosen(result);
+}
+
+template <class... Values>
+Outcome confirm(const char *format, Values... values) {
+  int32_t choice = 0;
+  return ask(1, choice, format, values...);
+}
+
+// Ctrl-C does not reach the control program, nor cut the library's waiting short; it is heeded at the next question.
+template <class Operation>
+int32_t undisturbed(Operation operation) {
+  const in_order::Undisturbed undisturbed;
+  return operation();
+}
+
+// The same, under a line that shows that time passes.
+template <class Operation>
+int32_t with_progress(const std::string &message, Operation operation) {
+  constexpr int32_t kLongest = 3600;
+  const in_order::Undisturbed undisturbed;
+  const DotParam line = {1, message.c_str(), kLongest};
+  const int32_t child = lmainte_dot_start(&line);
+  const int32_t result = operation();
+  if (child > 0) lmainte_dot_end(child);
+  return result;
+}
+
+}  // namespace procedure
