@@ -7,8 +7,8 @@
 //
 // Around the steps stands what every procedure owes: it is the only one at work, the server is in maintenance mode, the
 // operator has chosen a unit. What a step switched is switched back at every way out: after a refusal, a failure, a "q",
-// an interrupt, a lost terminal. Copy this header with the
-// folder procedure and in_order.h.
+// an interrupt, a lost terminal. Copy this
+// header with the folder procedure, in_order.h and server.h.
 #pragma once
 
 #include <algorithm>
@@ -22,6 +22,7 @@
 #include "in_order.h"
 #include "lmainte.h"
 #include "procedure/exclusive.h"
+#include "procedure/marked.h"
 #include "procedure/steps.h"
 #include "procedure/telling.h"
 #include "procedure/unit_kinds.h"
@@ -104,7 +105,7 @@ inline Outcome work_on(const Server &server, const Procedure &procedure, const K
 
 inline Outcome walk(const Procedure &procedure, const Kind *kind) {
   Server server;
-  int32_t result = server.read();
+  int32_t result = server.read_with_times();
   if (result != LMAINTE_OK) return failed("The server's model could not be read", result, kTryAgain);
   if (kind != nullptr && kind->count(server) == 0) {
     std::printf("This server has no %s.\n", kind->many);
@@ -114,11 +115,10 @@ inline Outcome walk(const Procedure &procedure, const Kind *kind) {
   if (const Outcome outcome = claim.take(); outcome != kDone) return outcome;
   Maintenance maintenance(server);
   if (const Outcome outcome = maintenance.begin(claim.is_taken_over()); outcome != kDone) return outcome;
-  result = lmainte_init_swap_fru_list(&server.data());
-  if (result < 0) return failed("The units that are marked for replacement could not be read", result, kTryAgain);
-  Outcome outcome = kind != nullptr ? kDone : choose_kind(server, procedure, kind);
+  Marked marked(server);
+  Outcome outcome = marked.begin(claim.is_taken_over());
+  if (outcome == kDone && kind == nullptr) outcome = choose_kind(server, procedure, kind);
   if (outcome == kDone) outcome = work_on(server, procedure, *kind);
-  lmainte_free_swap_fru_list();
   if (!maintenance.end() && outcome == kDone) outcome = kFailed;
   return outcome;
 }

@@ -22,17 +22,23 @@ inline Outcome not_read(const Work &work, int32_t result) {
   return failed(std::string("The state of ") + work.unit.name() + " could not be read", result, kTryAgain);
 }
 
+inline uint32_t type_of(const Work &work) {
+  return static_cast<uint32_t>(work.unit.record.type);
+}
+inline uint32_t number_of(const Work &work) {
+  return static_cast<uint32_t>(work.unit.record.number);
+}
+
 inline Outcome judge(Work &work, int32_t mode, const char *what) {
   const int32_t result = undisturbed(
       [&] { return lmainte_judge_control_fru(mode, work.time(LMAINTE_CMD_JUDGECTLFRU), &work.unit.record); });
   if (result == LMAINTE_OK) return kDone;
   if (result != LMAINTE_FRU_REFUSED && result != LMAINTE_FRU_REFUSED_2)
     return failed(work, " could not be judged", result);
-  const bool is_needed = result == LMAINTE_FRU_REFUSED_2;
   std::printf("\n%s may not be %s now: %s.\n", work.unit.name(), what,
-              is_needed                  ? "the server cannot do without it"
-              : work.unit.is_installed() ? "it is in place, and in operation"
-                                         : "it is not in place");
+              result == LMAINTE_FRU_REFUSED_2 ? "the server cannot do without it"
+              : work.unit.is_installed()      ? "it is in place"
+                                              : "it is not in place");
   return kRefused;
 }
 
@@ -46,8 +52,15 @@ inline Outcome may_be_added(Work &work) {
 // So that the technician finds it, and nobody else touches it.
 inline Outcome mark(Work &work) {
   const int32_t result = work.mark();
+  if (result == LMAINTE_BUSY || result == LMAINTE_FLAG_REFUSED) {
+    std::printf("\n%s has a maintenance flag: another procedure is at work on it, or left it.\nTo end it: %s\n",
+                work.unit.name(), by_hand("setmainteflag", work.unit.name(), "end").c_str());
+    return kRefused;
+  }
   if (result != LMAINTE_OK) return failed(work, " could not be marked", result);
-  std::printf("The LED of %s blinks, its maintenance flag is set.\n", work.unit.name());
+  const int32_t marked = lmainte_add_swap_fru_to_list(type_of(work), number_of(work));
+  if (marked < 0) return not_read(work, marked);
+  std::printf("\nThe LED of %s blinks, its maintenance flag is set.\n", work.unit.name());
   return kDone;
 }
 
@@ -122,7 +135,8 @@ inline Outcome give_up_parts(Work &work) {
 
 inline Outcome unmark(Work &work) {
   if (!work.take_back()) return kFailed;
-  std::printf("The marks of %s are taken back.\n", work.unit.name());
+  lmainte_delete_swap_fru_from_list(type_of(work), number_of(work));
+  std::printf("\nLED and maintenance flag of %s are off.\n", work.unit.name());
   return kDone;
 }
 
@@ -136,18 +150,13 @@ inline Outcome show_state(Work &work) {
   return result == LMAINTE_OK ? kDone : failed("The unit's state could not be shown", result, kCheckPager);
 }
 
-// The log has the event, and the unit is no longer among those that are marked for replacement.
+// The log has the event.
 inline Outcome record(Work &work) {
-  const UnitRecord &unit = work.unit.record;
-  const EventUnit event = {{}, {unit.ident[0], unit.ident[1]}, {}, 0};
+  constexpr const char *kDoneTo[] = {"replaced", "added", "removed"};  // by LMAINTE_EVENT_...
+  const EventUnit event = {{}, {work.unit.record.ident[0], work.unit.record.ident[1]}, {}, 0};
   const int32_t result = lmainte_send_event(work.action, work.kind.event_kind, &event);
   if (result != LMAINTE_OK) return failed("The log has no record of it", result, "Is the disk of the log full?");
-  const auto type = static_cast<uint32_t>(unit.type);
-  const auto number = static_cast<uint32_t>(unit.number);
-  if (lmainte_check_swap_fru(type, number) != 0) {
-    const int32_t left = lmainte_delete_swap_fru_from_list(type, number);
-    std::printf("%d more units are marked for replacement.\n", left);
-  }
+  std::printf("%s is %s.\n", work.unit.name(), kDoneTo[work.action]);
   return kDone;
 }
 

@@ -1,4 +1,4 @@
-// The server, and the kinds of unit that a procedure handles on it: how many there are, their records, their list and
+// The kinds of unit that a procedure handles on a server: how many there are, their records, their list and
 // their status table. A kind is a row of the table at the end; copy the rows that you need.
 #pragma once
 
@@ -11,32 +11,11 @@
 #include <vector>
 
 #include "../in_order.h"
+#include "../server.h"
 #include "lmainte.h"
 #include "lmainte_platform.h"
 
 namespace procedure {
-
-// What server this is, and how long its control programs may take.
-class Server {
- public:
-  int32_t read() {
-    for (uint32_t id = 0; id < kPrograms; ++id) times_[id] = {id, 0};
-    times_[kPrograms] = {LMAINTE_CMDTIME_END, 0};
-    return lmainte_get_model_data(&data_, times_.data());
-  }
-
-  const lmainte_model_data &data() const { return data_; }
-  int32_t model() const { return static_cast<int32_t>(data_.model); }
-  bool is_high_end() const { return data_.model >= LMAINTE_MODEL_QE1 && data_.model <= LMAINTE_MODEL_QE3; }
-  uint32_t count(size_t slot) const { return data_.unit[slot].max_count; }
-  int32_t time(size_t program) const { return static_cast<int32_t>(times_.at(program).time); }  // seconds
-
- private:
-  static constexpr size_t kPrograms = 16;
-
-  lmainte_model_data data_{};  // cleared: not every field is written on every model
-  std::array<lmainte_cmdtime, kPrograms + 1> times_{};
-};
 
 // Room for the record of any unit.
 union AnyRecord {

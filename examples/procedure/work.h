@@ -7,9 +7,15 @@
 
 #include "../in_order.h"
 #include "lmainte.h"
+#include "telling.h"
 #include "unit_kinds.h"
 
 namespace procedure {
+
+// The line that mends by hand what a control program did not.
+inline std::string by_hand(const char *program, const char *unit, const char *mode) {
+  return std::string("/mgb/bin/") + program + " -u " + unit + " -c " + mode;
+}
 
 // The unit, and what was switched for it. At the latest the destructor switches it back.
 class Work {
@@ -17,8 +23,7 @@ class Work {
   Work(const Server &the_server, const Kind &the_kind, const Unit &the_unit, const AnyRecord &the_record,
        int32_t the_action)
       : server(the_server), kind(the_kind), unit(the_unit), record(the_record), action(the_action) {
-    const int32_t mode = record.board.cmu.xsb_mode;
-    if (kind.is_board() && server.is_high_end()) division = mode == 1 ? 1 : 4;
+    if (kind.is_board() && server.is_high_end()) division = record.board.cmu.xsb_mode == 1 ? 1 : 4;
   }
   ~Work() { take_back(); }
   Work(const Work &) = delete;
@@ -42,14 +47,14 @@ class Work {
     return result;
   }
 
-  // The LED blinks, the flag is set, and the other fans make up for a tray that is taken out.
+  // The flag is set, the LED blinks, and the other fans make up for a tray that is taken out.
   int32_t mark() {
     const in_order::Undisturbed undisturbed;
-    int32_t result = lmainte_control_led(LMAINTE_LED_BLINK, time(LMAINTE_CMD_CTLLED), &unit.record);
-    has_led_ = perhaps(result);
-    if (result != LMAINTE_OK) return result;
-    result = lmainte_set_mainteflag(LMAINTE_FLAG_START, time(LMAINTE_CMD_SETMAINTEFLAG), &unit.record);
+    int32_t result = lmainte_set_mainteflag(LMAINTE_FLAG_START, time(LMAINTE_CMD_SETMAINTEFLAG), &unit.record);
     has_flag_ = perhaps(result);
+    if (result != LMAINTE_OK) return result;
+    result = lmainte_control_led(LMAINTE_LED_BLINK, time(LMAINTE_CMD_CTLLED), &unit.record);
+    has_led_ = perhaps(result);
     if (result != LMAINTE_OK || !is_fan_tray()) return result;
     result = lmainte_control_fan(LMAINTE_FAN_HIGH, time(LMAINTE_CMD_CTLFAN), nullptr);
     has_fans_ = perhaps(result);
@@ -65,35 +70,35 @@ class Work {
     return lmainte_link_board(LMAINTE_LINK_DOWN, time(LMAINTE_CMD_LINKBOARD), &unit.record);
   }
 
-  // Tested and in operation. A board is tested and divided when both its units are there.
+  // Tested and in operation. A board is tested and divided when both its units are there. What fails here is not tried
+  // again on the way out.
   int32_t bring_up() {
+    is_detached_ = false;
     int32_t result = is_board() ? bring_up_board() : lmainte_test_fru(time(LMAINTE_CMD_TESTFRU), &unit.record);
     if (result == LMAINTE_OK && is_fan_tray())
       result = lmainte_check_fanspeed(time(LMAINTE_CMD_CHKFANSPEED), unit.name());
-    if (result == LMAINTE_OK) is_detached_ = false;
     return result;
   }
 
   // In reverse order. What cannot be switched back is named, and the rest is done all the same.
   bool take_back() {
+    bool good = !is_detached_ || put_back();
+    is_detached_ = false;
     const in_order::Undisturbed undisturbed;
-    bool good = true;
-    if (is_detached_ && read() == LMAINTE_OK && unit.is_installed()) {
-      good = is_back("is still out of operation", bring_up(), "the procedure replace_unit");
-    }
     if (has_fans_) {
       const int32_t result = lmainte_control_fan(LMAINTE_FAN_LOW, time(LMAINTE_CMD_CTLFAN), nullptr);
       good = is_back("makes the fans run fast", result, "/mgb/bin/ctlfan -c low") && good;
     }
-    if (has_flag_) {
-      const int32_t result = lmainte_set_mainteflag(LMAINTE_FLAG_END, time(LMAINTE_CMD_SETMAINTEFLAG), &unit.record);
-      good = is_back("may still have its maintenance flag", result, by_hand("setmainteflag", "end")) && good;
-    }
     if (has_led_) {
       const int32_t result = lmainte_control_led(LMAINTE_LED_OFF, time(LMAINTE_CMD_CTLLED), &unit.record);
-      good = is_back("may still have its LED blinking", result, by_hand("ctlled", "off")) && good;
+      good = is_back("may still have its LED blinking", result, by_hand("ctlled", unit.name(), "off")) && good;
     }
-    is_detached_ = has_fans_ = has_flag_ = has_led_ = false;
+    if (has_flag_) {
+      const int32_t result = lmainte_set_mainteflag(LMAINTE_FLAG_END, time(LMAINTE_CMD_SETMAINTEFLAG), &unit.record);
+      good =
+          is_back("may still have its maintenance flag", result, by_hand("setmainteflag", unit.name(), "end")) && good;
+    }
+    has_fans_ = has_flag_ = has_led_ = false;
     return good;
   }
 
@@ -114,8 +119,17 @@ class Work {
     return result;
   }
 
-  std::string by_hand(const char *program, const char *mode) const {
-    return std::string("/mgb/bin/") + program + " -u " + unit.name() + " -c " + mode;
+  // The operator gave up: the unit works again where it is, or its place stays empty.
+  bool put_back() {
+    int32_t result = read();
+    if (result == LMAINTE_OK && !unit.is_installed()) {
+      std::printf("The place of %s stays empty. Add a unit with: add_unit %s\n", unit.name(), kind.word.data());
+      return true;
+    }
+    if (result == LMAINTE_OK)
+      result = with_progress(std::string("\nPutting ") + unit.name() + " back into operation ",
+                             [this] { return bring_up(); });
+    return is_back("is still out of operation", result, std::string("replace_unit ") + kind.word.data());
   }
 
   bool is_back(const char *what, int32_t result, const std::string &mend) const {
