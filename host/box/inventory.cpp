@@ -3,12 +3,15 @@
 #include <algorithm>
 
 #include "host/box/inventory_records.h"
+#include "host/box/programs.h"
+#include "host/box/record_layout.h"
 #include "host/box/record_set.h"
 
 namespace box {
 namespace {
 
 constexpr std::uint32_t kFaultBits = LMAINTE_STATUS_FAULTED | LMAINTE_STATUS_DEGRADED;
+constexpr std::uint32_t kMarkedBit = 0x8000;  // of a place, whatever is in it: no change of the unit touches it
 constexpr std::uint8_t kFaultFlags = LMAINTE_FLAG_FAULTED | LMAINTE_FLAG_DEGRADED;
 
 std::uint32_t merged_status(const UnitEntry &entry, const Bytes &record) {
@@ -206,6 +209,37 @@ void Inventory::change(Change change, const std::vector<std::string> &names) con
   Edit edit(place_, places_);
   for (const std::size_t index : indices) edit.unit(change, index);
   edit.save();
+}
+
+namespace {
+
+void mark(Bytes &record, std::size_t status_at, bool marked) {
+  const std::uint32_t status = word_at(record, status_at);
+  put_word(record, status_at, marked ? status | kMarkedBit : status & ~kMarkedBit);
+}
+
+}  // namespace
+
+// Whether a unit is under maintenance the box's own database says, and nothing else in the box is asked: it knows units
+// without a record, too. The mark in a status word, the unit's own and that of the system while there is any such unit, is
+// what commands see of it. It comes first, so that whoever dies in between can be followed by one who does it again.
+bool Inventory::set_flag(std::string_view name, bool start) const {
+  const std::string whole = (name.starts_with('/') ? "" : "/") + std::string(name);
+  RecordSet current(place_, LMAINTE_DB_CURRENT);
+  Hardware hardware(place_);
+  current.lock();
+  hardware.lock();
+  const bool before = !hardware.flag(whole).empty();
+  if (before == start) return before;
+  hardware.set_flag(whole, start);
+  if (const auto unit = place_named(whole); unit != places_.end()) {
+    for (const UnitEntry &entry : unit->entries) mark(current.at(entry.record, entry.size), entry.status_at, start);
+  }
+  const std::string system(kCurrentSystem.name);
+  mark(current.at(system, kCurrentSystem.size), kSystemStatus, hardware.any_flag());
+  current.save();
+  hardware.unlock();
+  return before;
 }
 
 }  // namespace box

@@ -55,6 +55,10 @@ class Inventory {
   // Changes all of these units or, when one of them cannot be changed so, none. A running command sees whole changes.
   void change(Change change, const std::vector<std::string> &names) const;
 
+  // Puts a unit, or a location that has no record, under maintenance, or takes it out. Returns whether it was so before:
+  // then nothing is changed, as where a record that would have to follow cannot be changed, which throws.
+  bool set_flag(std::string_view name, bool start) const;
+
  private:
   std::vector<UnitPlace>::const_iterator place_named(std::string_view name) const;
   std::size_t find(std::string_view name) const;

@@ -99,8 +99,14 @@ std::string Hardware::flag(const std::string &unit) const {
   return of_unit(kFlag, unit);
 }
 
-bool Hardware::set_flag(const std::string &unit, bool start) {
-  return !exchange(key_of(kFlag, unit), start ? "start" : "").empty();
+void Hardware::set_flag(const std::string &unit, bool start) {
+  set_of_unit(kFlag, unit, start ? "start" : "");
+}
+
+bool Hardware::any_flag() const {
+  const std::map<std::string, std::string> state = all();
+  const auto first = state.lower_bound(key_of(kFlag, ""));
+  return first != state.end() && first->first.starts_with(key_of(kFlag, ""));
 }
 
 bool Hardware::detached(const std::string &unit) const {

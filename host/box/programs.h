@@ -77,6 +77,11 @@ class Hardware {
   // before it has set. An empty value is none. Throws.
   std::string exchange(const std::string &key, const std::string &value);
 
+  // From lock to unlock no other process changes any of it, and what is not unlocked is undone with the object. Whoever
+  // takes the lock of a configuration database too takes that one first. Both throw.
+  void lock();
+  void unlock();
+
   // All of it, and all of it at once.
   std::map<std::string, std::string> all() const;
   void set_all(const std::map<std::string, std::string> &state);
@@ -85,7 +90,8 @@ class Hardware {
   std::string led(const std::string &unit) const;  // "off", "on" or "blink"
   void set_led(const std::string &unit, const std::string &light);
   std::string flag(const std::string &unit) const;     // "start" while the unit is under maintenance, else empty
-  bool set_flag(const std::string &unit, bool start);  // returns whether it was set, in one step as exchange
+  void set_flag(const std::string &unit, bool start);  // here alone; Inventory::set_flag lets the databases follow
+  bool any_flag() const;                               // a unit is under maintenance
   bool detached(const std::string &unit) const;        // out of operation
   void set_detached(const std::string &unit, bool detached);
   std::string link(const std::string &unit) const;  // of a board: "up" or "down", empty while it was never linked
@@ -104,8 +110,6 @@ class Hardware {
   void set_last_run(std::string_view program, const Run &run);
 
  private:
-  void lock();
-  void unlock();
   std::string of_unit(std::string_view what, std::string_view unit) const;
   void set_of_unit(std::string_view what, std::string_view unit, const std::string &value);
 

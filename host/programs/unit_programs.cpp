@@ -98,7 +98,7 @@ int setmainteflag(const Arguments &arguments, Machine &machine) {
   if (name.empty()) return kUsage;
   if (!machine.has_unit(name)) return kFlagRefused;
   const bool start = arguments.value('c') == "start";
-  const bool started = machine.hardware.set_flag(name, start);  // of two that start, one comes second
+  const bool started = machine.inventory.set_flag(name, start);  // of two that start, one comes second
   if (start) return started ? kRefused : kDone;
   return started ? kDone : kFlagRefused;
 }

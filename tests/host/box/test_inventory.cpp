@@ -4,6 +4,7 @@
 
 #include <cstring>
 
+#include "host/box/programs.h"
 #include "tests/host/box/child.h"
 #include "tests/host/box/scratch.h"
 
@@ -96,6 +97,51 @@ TEST_F(InventoryTest, GivesACommandThatReadsAfterwardsTheWholeChange) {
   inventory.change(box::Change::kInsert, {"/PSU#3"});
   EXPECT_EQ(inventory.unit("/PSU#3").status, 0x80000000u);
   EXPECT_EQ(inventory.unit("/PSU#3").fru_name.size(), 15u);
+}
+
+// The mark is that of the place: whatever comes and goes in it, and however that is.
+TEST_F(InventoryTest, KeepsTheMarkOfAUnitUnderMaintenanceThroughEveryChange) {
+  const box::Inventory inventory(place_);
+  // Where the kinds keep their faults: in the status word, in a flag byte.
+  for (const char *unit : {"/CMU#1", "/PSU#3", "/FAN_A#0", "/DDC_A#1"}) {
+    EXPECT_FALSE(inventory.set_flag(unit, true));
+    const struct {
+      box::Change change;
+      std::uint32_t status;
+    } rows[] = {{box::Change::kFault, 0xA0008000},   {box::Change::kDegrade, 0x90008000},
+                {box::Change::kPull, 0x00008000},    {box::Change::kInsert, 0x80008000},
+                {box::Change::kDegrade, 0x90008000}, {box::Change::kRepair, 0x80008000}};
+    for (const auto &row : rows) {
+      inventory.change(row.change, {unit});
+      EXPECT_EQ(inventory.unit(unit).status, row.status) << unit;
+    }
+    EXPECT_EQ(box::state_word(inventory.unit(unit)), "Normal");
+    EXPECT_TRUE(inventory.set_flag(unit, false));
+    EXPECT_EQ(inventory.unit(unit).status, 0x80000000u) << unit;
+  }
+}
+
+TEST_F(InventoryTest, MarksNoUnitButTheOneUnderMaintenance) {
+  const box::Contents before = box::contents_of(place_);
+  const box::Inventory inventory(place_);
+  inventory.set_flag("/CMU#1", true);
+  for (const box::Unit &unit : inventory.units()) {
+    EXPECT_EQ(unit.status, unit.place.name == "/CMU#1" ? 0x80008000u : 0x80000000u) << unit.place.name;
+  }
+  inventory.set_flag("CMU#1", false);
+  const box::Contents after = box::contents_of(place_);
+  EXPECT_EQ(after.records, before.records);
+  EXPECT_EQ(after.hardware, before.hardware);
+}
+
+TEST_F(InventoryTest, TellsWhetherAUnitWasUnderMaintenanceBefore) {
+  const box::Inventory inventory(place_);
+  EXPECT_FALSE(inventory.set_flag("/PSU#3", false));
+  EXPECT_FALSE(inventory.set_flag("/PSU#3", true));
+  EXPECT_TRUE(inventory.set_flag("/PSU#3", true));
+  EXPECT_EQ(box::Hardware(place_).flag("/PSU#3"), "start");
+  EXPECT_TRUE(inventory.set_flag("/PSU#3", false));
+  EXPECT_EQ(box::Hardware(place_).flag("/PSU#3"), "");
 }
 
 TEST(Quoted, LeavesPlainWordsAndPutsOthersInQuotes) {

@@ -155,6 +155,7 @@ TEST_F(EveryProgram, FailsWhereARecordThatDecidesCannotBeRead) {
                      Row{"detach", "detachfru", "-u /PSU#3", 8, "detached /PSU#3", ""},
                      Row{"detach a board", "detachfru", "-u /CMU#0", 8, "detached /CMU#0", ""},
                      Row{"light", "ctlled", "-u /PSU#3 -c sync", 8, "led /PSU#3", ""},
+                     Row{"flag", "setmainteflag", "-u /PSU#3 -c start", 8, "flag /PSU#3", ""},
                      Row{"clear", "clearpci", "-u /IOU#0/PCI#1", 8},
                      Row{"fan speed", "chkfanspeed", "-u /FAN_B#7", 8},
                      Row{"divide", "setupfru", "-m n -x 4 sb 0", 8, "mirror 0", ""},
@@ -181,7 +182,7 @@ TEST_F(EveryProgram, NeedsNoRecordThatDecidesNothing) {
           {"report", "vantamainte", "-s", 0, "report", "start"},
           {"expansion unit", "ioadm", "poweroff /IOX@0A21", 0, "power /IOX@0A21", "off"},
           {"ready", "waitmgbready", "", 0},
-          {"flag", "setmainteflag", "-u /PSU#3 -c start", 0, "flag /PSU#3", "start"},
+          {"flag", "setmainteflag", "-u /CMU#3 -c start", 0, "flag /CMU#3", "start"},
           {"LED", "ctlled", "-u /PSU#3 -c on", 0, "led /PSU#3", "on"},
           {"fan tray", "chkfanspeed", "-u /FAN_B#7", 0},
           {"another board", "judgectlfru", "-u /CMU#3 -c add", 128}});

@@ -1,10 +1,18 @@
 // What the programs for one unit do to it, and when they refuse.
+#include "host/box/breakage.h"
+#include "host/box/inventory_records.h"
+#include "host/box/partitions.h"
 #include "tests/host/programs/control_program.h"
 
 namespace {
 
 using box::Change;
-using UnitPrograms = ControlProgram;
+
+class UnitPrograms : public ControlProgram {
+ protected:
+  std::uint32_t unit_status(const std::string &name) const { return box::Inventory(place_).unit(name).status; }
+  static bool is_marked(std::uint32_t status) { return (status & 0x8000) != 0; }
+};
 
 class UnitProgramsOfTheEntryModel : public ControlProgram {
  protected:
@@ -70,6 +78,72 @@ TEST_F(UnitPrograms, AModuleMayGoOnceNoDomainRunsOnItsBoard) {
   change(Change::kPull, {"/CMU#0"});
   expect({{"no module without a board", "judgectlfru", "-u /CMU#0/MEM#03A -c add", 128},
           {"the board may come back", "judgectlfru", "-u /CMU#0 -c add", 0}});
+}
+
+// A unit under maintenance is marked in its status word, and the server in its own while any unit is.
+TEST_F(UnitPrograms, UnitsUnderMaintenanceAreMarkedInTheDatabase) {
+  const auto expect_marks = [&](bool psu, bool slot, bool server) {
+    EXPECT_EQ(is_marked(unit_status("/PSU#3")), psu);
+    EXPECT_EQ(is_marked(unit_status("/IOU#0/PCI#1")), slot);
+    EXPECT_EQ(is_marked(box::server_of(place_).status), server);
+    EXPECT_FALSE(is_marked(unit_status("/PSU#4")));
+  };
+  expect_marks(false, false, false);
+  expect({{"one", "setmainteflag", "-u /PSU#3 -c start", 0}});
+  expect_marks(true, false, true);
+  expect({{"one on a board", "setmainteflag", "-u /IOU#0/PCI#1 -c start", 0}});
+  expect_marks(true, true, true);
+  expect({{"the first one is done", "setmainteflag", "-u /PSU#3 -c end", 0}});
+  expect_marks(false, true, true);
+  expect({{"nothing to end", "setmainteflag", "-u /PSU#3 -c end", 204}});
+  expect_marks(false, true, true);
+  expect({{"one without a record", "setmainteflag", "-u /FANBP_C#0 -c start", 0, "flag /FANBP_C#0", "start"},
+          {"the second one is done", "setmainteflag", "-u /IOU#0/PCI#1 -c end", 0}});
+  expect_marks(false, false, true);
+  expect({{"the last one is done", "setmainteflag", "-u /FANBP_C#0 -c end", 0, "flag /FANBP_C#0", ""}});
+  expect_marks(false, false, false);
+}
+
+TEST_F(UnitPrograms, AMarkDecidesNothing) {
+  change(Change::kFault, {"/PSU#4"});
+  expect({{"of a unit that works", "setmainteflag", "-u /PSU#3 -c start", 0},
+          {"of a faulted one", "setmainteflag", "-u /PSU#4 -c start", 0},
+          {"it is in operation", "judgectlfru", "-u /PSU#3 -c add", 128},
+          {"it may go", "judgectlfru", "-u /PSU#3 -c del", 0},
+          {"it wants no service", "ctlled", "-u /PSU#3 -c sync", 0, "led /PSU#3", "off"},
+          {"it passes", "testfru", "-u /PSU#3", 0},
+          {"the faulted one fails", "testfru", "-u /PSU#4", 208}});
+}
+
+// The flag, the unit's mark and that of the server: all three change or none does.
+TEST_F(UnitPrograms, AFlagWhoseRecordsCannotBeChangedStays) {
+  for (const char *record : {"current_psu_info", "current_system_info"}) {
+    SCOPED_TRACE(record);
+    for (const box::Breakage how : {box::Breakage::kMissing, box::Breakage::kShort, box::Breakage::kLong}) {
+      box::break_record(place_, {2, record}, how);
+      expect({{"is not set", "setmainteflag", "-u /PSU#3 -c start", 8, "flag /PSU#3", ""}});
+      EXPECT_EQ(hardware_->last_run("setmainteflag")->status, 8);
+      box::mend_record(place_, {2, record});
+      EXPECT_EQ(unit_status("/PSU#3"), 0x80000000u);
+      EXPECT_EQ(box::server_of(place_).status, 0x80000000u);
+
+      expect({{"is set", "setmainteflag", "-u /PSU#3 -c start", 0}});
+      box::break_record(place_, {2, record}, how);
+      expect({{"is not taken", "setmainteflag", "-u /PSU#3 -c end", 8, "flag /PSU#3", "start"}});
+      box::mend_record(place_, {2, record});
+      EXPECT_EQ(unit_status("/PSU#3"), 0x80008000u);
+      EXPECT_EQ(box::server_of(place_).status, 0x80008000u);
+      expect({{"is taken", "setmainteflag", "-u /PSU#3 -c end", 0}});
+    }
+  }
+}
+
+TEST_F(UnitProgramsOfTheEntryModel, AUnitThatIsWrittenDownInSeveralRecordsIsMarkedInEach) {
+  expect({{"the board", "setmainteflag", "-u /MBU_A -c start", 0}});
+  const box::Contents contents = box::contents_of(place_);
+  for (const char *record : {"current_cmu_info_00", "current_iou_info_00", "current_mgb_info"}) {
+    EXPECT_EQ(box::word_at(contents.records[2].at(record), 8), 0x80008000u) << record;
+  }
 }
 
 TEST_F(UnitPrograms, TheFansOfATrayAreChecked) {
