@@ -47,6 +47,7 @@ void add_verbs(CLI::App &app, spbox::Action &action, const std::vector<std::stri
   spbox::add_show(app, action);
   spbox::add_changes(app, action);
   spbox::add_technician(app, action);
+  spbox::add_play(app, action);
   spbox::add_program(app, action);
   spbox::add_daemon(app, action);
   spbox::add_break(app, action);

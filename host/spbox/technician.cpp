@@ -62,9 +62,10 @@ void Technician::skip_trace() {
   if (!entries.empty()) next_entry_ = entries.back().number + 1;
 }
 
-void Technician::work(const std::vector<Step> &steps, milliseconds limit) {
+void Technician::work(const std::vector<Step> &steps, milliseconds limit, const std::function<void()> &begin) {
   std::vector<Step> known;
   for (const Step &step : steps) known.push_back(with_known_units(step));
+  begin();
   for (const Step &step : known) act(step, limit);
 }
 

@@ -26,7 +26,9 @@ class Technician {
   // Works through the steps. Throws ScriptError before the first one where one names a unit that the server does not have,
   // and later where what a step waits for has not come `limit` after the step before; InventoryError where a unit cannot
   // be changed so.
-  void work(const std::vector<Step> &steps, std::chrono::milliseconds limit);
+  // Calls `begin` before the first step, when all units are known and the trace is looked at.
+  void work(
+      const std::vector<Step> &steps, std::chrono::milliseconds limit, const std::function<void()> &begin = [] {});
 
  private:
   // The step, its units by their whole locations.

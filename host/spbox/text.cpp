@@ -2,12 +2,8 @@
 
 #include <algorithm>
 #include <array>
-#include <csignal>
 #include <cstdio>
-#include <cstring>
 #include <ctime>
-
-#include "host/box/number.h"
 
 namespace spbox {
 namespace {
@@ -65,21 +61,6 @@ std::string hexadecimal(std::uint32_t number, int digits) {
   char text[16] = {};
   std::snprintf(text, sizeof text, "0x%0*X", digits, number);
   return text;
-}
-
-std::string signal_name(int signal) {
-  const char *name = sigabbrev_np(signal);
-  return name == nullptr ? "signal " + std::to_string(signal) : std::string("SIG") + name;
-}
-
-int signal_number(std::string_view text) {
-  if (const auto number = box::number_in<int>(text)) return *number > 0 && *number < NSIG ? *number : 0;
-  if (text.starts_with("SIG")) text.remove_prefix(3);
-  for (int signal = 1; signal < NSIG; ++signal) {
-    const char *name = sigabbrev_np(signal);
-    if (name != nullptr && text == name) return signal;
-  }
-  return 0;
 }
 
 std::string time_of_day(std::int64_t time_ns) {

@@ -9,10 +9,6 @@
 namespace spbox {
 
 std::string hexadecimal(std::uint32_t number, int digits = 8);  // "0x110C02F0"
-std::string signal_name(int signal);                            // "SIGTERM", "signal 99"
-
-// A signal by its number or its name, with or without "SIG"; 0 when there is no such signal.
-int signal_number(std::string_view text);
 
 std::string time_of_day(std::int64_t time_ns);    // local: "05:40:12.123456"
 std::string date_and_time(std::int64_t time_ns);  // local: "2026-11-21 05:40:12"

@@ -6,6 +6,7 @@
 
 #include "host/box/contents.h"
 #include "host/box/programs.h"
+#include "host/box/signal_name.h"
 #include "host/spbox/json_text.h"
 #include "host/spbox/text.h"
 #include "host/spbox/verbs.h"
@@ -29,7 +30,7 @@ std::string bend_text(const box::Bend &bend) {
   if (bend.ignore_term) add("ignores SIGTERM");
   if (bend.delay > 0) add("waits " + std::to_string(bend.delay) + " s");
   if (bend.hang) add(bend.exit ? "hangs until SIGTERM" : "hangs");
-  if (bend.die) add("dies by " + signal_name(*bend.die));
+  if (bend.die) add("dies by " + box::signal_name(*bend.die));
   if (bend.exit) add("exits with " + std::to_string(*bend.exit));
   return text.empty() ? "straight" : text;
 }
@@ -47,7 +48,7 @@ json json_of(const box::Hardware &hardware, std::string_view name) {
                 {"ignore_term", bend.ignore_term},
                 {"delay", bend.delay},
                 {"hang", bend.hang},
-                {"die", bend.die ? json(signal_name(*bend.die)) : json()},
+                {"die", bend.die ? json(box::signal_name(*bend.die)) : json()},
                 {"exit", bend.exit ? json(*bend.exit) : json()},
                 {"last_run", nullptr}};
   if (const auto run = hardware.last_run(name)) {
@@ -80,7 +81,7 @@ int program(const Options &options) {
   box::model_of_box(place);  // says what is wrong where this is no box
   box::Hardware hardware(place);
   box::Bend bend = options.bend;
-  if (!options.die.empty()) bend.die = signal_number(options.die);
+  if (!options.die.empty()) bend.die = box::signal_number(options.die);
   const bool changes = options.reset || !bend.straight();
   if (options.name.empty() && changes) {
     throw box::InventoryError("no program is named. `spbox program " + box::quoted(place.root()) + "` lists them.");
@@ -98,7 +99,7 @@ std::string no_program(const std::string &text) {
 }
 
 std::string no_signal(const std::string &text) {
-  return signal_number(text) > 0 ? "" : "there is no signal " + text + ". Give a name such as TERM, or a number";
+  return box::signal_number(text) > 0 ? "" : "there is no signal " + text + ". Give a name such as TERM, or a number";
 }
 
 }  // namespace

@@ -1,3 +1,5 @@
+#include <unistd.h>
+
 #include <CLI/CLI.hpp>
 #include <cstdio>
 #include <fstream>
@@ -15,6 +17,7 @@ struct Options {
   std::filesystem::path box, script;
   std::string steps;
   std::uint32_t limit = 600;
+  int ready_fd = -1;
 };
 
 std::string text_of(const Options &options) {
@@ -30,7 +33,9 @@ int technician(const Options &options) {
     std::puts(line.c_str());
     std::fflush(stdout);
   });
-  hands.work(steps, std::chrono::seconds(options.limit));
+  hands.work(steps, std::chrono::seconds(options.limit), [&] {
+    if (options.ready_fd >= 0 && write(options.ready_fd, "", 1) == 1) close(options.ready_fd);
+  });
   return 0;
 }
 
@@ -45,6 +50,8 @@ void add_technician(CLI::App &app, Action &action) {
   script->excludes(steps);
   verb->add_option("--limit", options->limit, "Seconds that a step waits at most; 600 without it")
       ->check(CLI::Range(1, 86400));
+  // For a program that does nothing before the technician is there: a byte comes to this descriptor.
+  verb->add_option("--ready-fd", options->ready_fd)->group("");
   verb->footer(
       "Steps:\n"
       "  after 3                           wait three seconds\n"

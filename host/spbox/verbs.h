@@ -31,6 +31,7 @@ void add_break(CLI::App &app, Action &action);
 void add_mend(CLI::App &app, Action &action);
 void add_program(CLI::App &app, Action &action);
 void add_technician(CLI::App &app, Action &action);
+void add_play(CLI::App &app, Action &action);
 void add_daemon(CLI::App &app, Action &action);
 void add_trace(CLI::App &app, Action &action);
 void add_log(CLI::App &app, Action &action);

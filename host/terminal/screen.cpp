@@ -2,6 +2,7 @@
 
 #include <vterm.h>
 
+#include <algorithm>
 #include <cstdint>
 
 namespace terminal {
@@ -46,6 +47,30 @@ struct Screen::Machine {
   VTerm *vterm;
   VTermScreen *screen;
   VTermScreenCallbacks callbacks{};
+  std::vector<char> is_new;  // of each cell: written since the screen grew old
+
+  char &is_new_at(int row, int column) { return is_new[static_cast<std::size_t>(row * size.columns + column)]; }
+
+  static int take_note(VTermRect written, void *user) {
+    Machine &machine = *static_cast<Screen *>(user)->machine_;
+    for (int row = written.start_row; row < written.end_row; ++row) {
+      for (int column = written.start_col; column < written.end_col; ++column) machine.is_new_at(row, column) = 1;
+    }
+    return 1;
+  }
+
+  // The screen scrolls, and old text stays old.
+  static int move(VTermRect to, VTermRect from, void *user) {
+    Machine &machine = *static_cast<Screen *>(user)->machine_;
+    const std::vector<char> before = machine.is_new;
+    for (int row = 0; row < to.end_row - to.start_row; ++row) {
+      for (int column = 0; column < to.end_col - to.start_col; ++column) {
+        const int at = (from.start_row + row) * machine.size.columns + from.start_col + column;
+        machine.is_new_at(to.start_row + row, to.start_col + column) = before[static_cast<std::size_t>(at)];
+      }
+    }
+    return 1;
+  }
 
   static int keep_line(int columns, const VTermScreenCell *cells, void *user) {
     std::string line;
@@ -62,9 +87,12 @@ struct Screen::Machine {
       : size(wanted), vterm(vterm_new(wanted.rows, wanted.columns)), screen(vterm_obtain_screen(vterm)) {
     vterm_set_utf8(vterm, 1);
     vterm_output_set_callback(vterm, &Machine::answer, owner);
-    callbacks.sb_pushline = &Machine::keep_line;
-    vterm_screen_set_callbacks(screen, &callbacks, owner);
+    is_new.resize(static_cast<std::size_t>(size.rows * size.columns));
     vterm_screen_reset(screen, 1);
+    callbacks.sb_pushline = &Machine::keep_line;
+    callbacks.damage = &Machine::take_note;
+    callbacks.moverect = &Machine::move;
+    vterm_screen_set_callbacks(screen, &callbacks, owner);
   }
   ~Machine() { vterm_free(vterm); }
   Machine(const Machine &) = delete;
@@ -80,18 +108,56 @@ void Screen::feed(std::string_view bytes) {
   vterm_input_write(machine_->vterm, bytes.data(), bytes.size());
 }
 
+// A line's text, and of each of its bytes whether its cell is new.
+struct Screen::Row {
+  std::string text;
+  std::vector<char> is_new;
+};
+
+Screen::Row Screen::row(int number) const {
+  Row row;
+  for (int column = 0; column < machine_->size.columns; ++column) {
+    VTermScreenCell cell;
+    vterm_screen_get_cell(machine_->screen, {number, column}, &cell);
+    append_cell(row.text, cell);
+    row.is_new.resize(row.text.size(), machine_->is_new_at(number, column));
+  }
+  row.text = without_trailing_blanks(std::move(row.text));
+  return row;
+}
+
 std::vector<std::string> Screen::rows() const {
   std::vector<std::string> rows;
-  for (int row = 0; row < machine_->size.rows; ++row) {
-    std::string line;
-    for (int column = 0; column < machine_->size.columns; ++column) {
-      VTermScreenCell cell;
-      vterm_screen_get_cell(machine_->screen, {row, column}, &cell);
-      append_cell(line, cell);
-    }
-    rows.push_back(without_trailing_blanks(std::move(line)));
-  }
+  for (int number = 0; number < machine_->size.rows; ++number) rows.push_back(row(number).text);
   return rows;
+}
+
+bool Screen::finds(std::string_view text, bool (*counts)(const Row &row, std::size_t at, std::size_t length)) const {
+  for (int number = 0; number < machine_->size.rows; ++number) {
+    const Row row = this->row(number);
+    for (auto at = row.text.find(text); at != std::string::npos; at = row.text.find(text, at + 1)) {
+      if (counts(row, at, text.size())) return true;
+    }
+  }
+  return false;
+}
+
+bool Screen::shows(std::string_view text) const {
+  return finds(text, [](const Row &, std::size_t, std::size_t) { return true; });
+}
+
+// A blank is new and old at once: a command may move over it instead of writing it.
+bool Screen::shows_new(std::string_view text) const {
+  return finds(text, [](const Row &row, std::size_t at, std::size_t length) {
+    for (std::size_t i = at; i < at + length; ++i) {
+      if (row.text[i] != ' ' && row.is_new[i] == 0) return false;
+    }
+    return true;
+  });
+}
+
+void Screen::grow_old() {
+  std::fill(machine_->is_new.begin(), machine_->is_new.end(), 0);
 }
 
 }  // namespace terminal

@@ -26,8 +26,17 @@ class Screen {
   std::vector<std::string> rows() const;                                     // Without blanks at their ends.
   const std::vector<std::string> &scrolled_off() const { return history_; }  // What left the screen at its top.
 
+  // Whether a line of the screen has the text; of shows_new, only text that was written, all of it, since grow_old.
+  bool shows(std::string_view text) const;
+  bool shows_new(std::string_view text) const;
+  void grow_old();  // What the screen shows now is new no more, wherever it scrolls to.
+
  private:
   struct Machine;
+  struct Row;
+  Row row(int number) const;
+  bool finds(std::string_view text, bool (*counts)(const Row &row, std::size_t at, std::size_t length)) const;
+
   std::function<void(std::string_view)> answer_;
   std::vector<std::string> history_;
   std::unique_ptr<Machine> machine_;

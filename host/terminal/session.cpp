@@ -9,7 +9,6 @@
 
 #include <algorithm>
 #include <cerrno>
-#include <charconv>
 #include <csignal>
 #include <cstdlib>
 #include <cstring>
@@ -19,6 +18,7 @@
 #include <system_error>
 
 #include "host/box/child.h"
+#include "host/box/number.h"
 
 namespace terminal {
 
@@ -98,6 +98,7 @@ void take_foreground(pid_t group) {
 struct Stat {
   std::string name;
   char state;
+  pid_t parent;
   pid_t session;
 };
 
@@ -109,18 +110,11 @@ std::optional<Stat> stat_of(const std::filesystem::path &process) {
   const auto open = line.find('(');
   const auto close = line.rfind(')');
   if (open == std::string::npos || close == std::string::npos) return {};
-  Stat stat{line.substr(open + 1, close - open - 1), 0, 0};
-  int parent = 0, group = 0;
+  Stat stat{line.substr(open + 1, close - open - 1), 0, 0, 0};
+  int group = 0;
   std::istringstream rest(line.substr(close + 1));
-  if (!(rest >> stat.state >> parent >> group >> stat.session)) return {};
+  if (!(rest >> stat.state >> stat.parent >> group >> stat.session)) return {};
   return stat;
-}
-
-pid_t pid_of(const std::filesystem::path &process) {
-  const std::string name = process.filename();
-  pid_t pid = 0;
-  const auto result = std::from_chars(name.data(), name.data() + name.size(), pid);
-  return result.ec == std::errc{} ? pid : 0;
 }
 
 }  // namespace
@@ -186,11 +180,11 @@ std::optional<Ending> Session::ending() {
 std::vector<Process> Session::processes() const {
   std::vector<Process> found;
   for (const auto &entry : std::filesystem::directory_iterator("/proc")) {
-    const pid_t pid = pid_of(entry.path());
+    const pid_t pid = box::number_in<pid_t>(entry.path().filename().native()).value_or(0);
     if (pid <= 0 || pid == leader_) continue;
     const auto stat = stat_of(entry.path());
     if (stat && stat->session == leader_ && stat->state != 'Z' && stat->state != 'X') {
-      found.push_back({pid, stat->name});
+      found.push_back({pid, stat->parent, stat->name});
     }
   }
   return found;

@@ -26,6 +26,7 @@ inline std::ostream &operator<<(std::ostream &out, const Ending &ending) {
 
 struct Process {
   pid_t pid;
+  pid_t parent;
   std::string name;
 };
 

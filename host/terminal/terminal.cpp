@@ -41,8 +41,9 @@ void write_all(int fd, std::string_view bytes) {
 
 }  // namespace
 
-Terminal::Terminal(Size size)
+Terminal::Terminal(Size size, int alarm)
     : master_(posix_openpt(O_RDWR | O_NOCTTY | O_CLOEXEC)),
+      alarm_(alarm),
       screen_(size, [this](std::string_view answer) { write_all(master_, answer); }) {
   if (master_ < 0 || grantpt(master_) != 0 || unlockpt(master_) != 0) fail("cannot make a terminal");
   std::array<char, 64> path{};
@@ -64,18 +65,28 @@ Terminal::~Terminal() {
 
 void Terminal::start(const std::vector<std::string> &command) {
   session_.reset();
+  grow_old();
   session_.emplace(path_, command);
 }
 
-void Terminal::type(std::string_view keys) const {
+void Terminal::type(std::string_view keys) {
+  grow_old();
   write_all(master_, keys);
+}
+
+// All that the command has written until now is old, also what nobody has looked at yet.
+void Terminal::grow_old() {
+  while (read_output(milliseconds{0})) continue;
+  screen_.grow_old();
 }
 
 // Takes in what the command writes; false when nothing came.
 bool Terminal::read_output(milliseconds patience) {
-  std::array<pollfd, 2> wait{pollfd{master_, POLLIN, 0}, pollfd{session_ ? session_->news() : -1, POLLIN, 0}};
+  std::array<pollfd, 3> wait{pollfd{master_, POLLIN, 0}, pollfd{session_ ? session_->news() : -1, POLLIN, 0},
+                             pollfd{alarm_, POLLIN, 0}};
   if (session_ && session_->ending()) wait[1].fd = -1;
   if (poll(wait.data(), wait.size(), static_cast<int>(patience.count())) <= 0) return false;
+  if (wait[2].revents != 0) throw Interrupted();
   if ((wait[0].revents & POLLIN) == 0) return wait[1].revents != 0;
   std::array<char, 4096> bytes{};
   const auto length = read(master_, bytes.data(), bytes.size());
@@ -89,14 +100,29 @@ void Terminal::settle() {
   while (Clock::now() < deadline && read_output(kStandsStill)) continue;
 }
 
-bool Terminal::shows(std::string_view text) const {
-  const auto rows = screen_.rows();
-  return std::any_of(rows.begin(), rows.end(), [&](const auto &row) { return row.find(text) != std::string::npos; });
+bool Terminal::shows(std::string_view text) {
+  settle();
+  return screen_.shows(text);
+}
+
+void Terminal::watch(milliseconds time) {
+  const auto deadline = Clock::now() + time;
+  do {
+    read_output(left_until(deadline));
+  } while (Clock::now() < deadline);
 }
 
 bool Terminal::wait_for(std::string_view text, milliseconds patience) {
+  return wait_until([&] { return screen_.shows(text); }, patience);
+}
+
+bool Terminal::wait_for_new(std::string_view text, milliseconds patience) {
+  return wait_until([&] { return screen_.shows_new(text); }, patience);
+}
+
+bool Terminal::wait_until(const std::function<bool()> &is_true, milliseconds patience) {
   const auto deadline = Clock::now() + patience;
-  while (!shows(text)) {
+  while (!is_true()) {
     const bool ended = !session_ || session_->ending();
     const bool news = read_output(ended ? kStandsStill : left_until(deadline));
     if (!news && (ended || Clock::now() >= deadline)) return false;
@@ -131,7 +157,17 @@ Mode Terminal::mode() const {
   return {(attributes.c_lflag & ECHO) != 0, (attributes.c_lflag & ICANON) != 0, (attributes.c_lflag & ISIG) != 0};
 }
 
+void Terminal::end(milliseconds patience) {
+  alarm_ = -1;
+  if (runs()) {
+    hang_up();
+    wait_for_exit(patience);
+  }
+  session_.reset();
+}
+
 void Terminal::hang_up() {
+  if (master_ < 0) return;
   close(master_);
   master_ = -1;
 }

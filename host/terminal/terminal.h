@@ -2,6 +2,8 @@
 #pragma once
 
 #include <chrono>
+#include <exception>
+#include <functional>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -23,9 +25,16 @@ struct Mode {
   bool operator==(const Mode &) const = default;
 };
 
+// What a wait throws when its alarm rings.
+class Interrupted : public std::exception {
+ public:
+  const char *what() const noexcept override { return "interrupted"; }
+};
+
 class Terminal {
  public:
-  explicit Terminal(Size size = {});  // Throws std::system_error.
+  // A wait throws Interrupted as soon as the descriptor `alarm` becomes readable. Throws std::system_error.
+  explicit Terminal(Size size = {}, int alarm = -1);
   ~Terminal();
   Terminal(const Terminal &) = delete;
   Terminal &operator=(const Terminal &) = delete;
@@ -36,8 +45,11 @@ class Terminal {
 
   // What the operator does and sees. wait_for says whether the text came up within one line of the screen; it gives up
   // early when the command ends without it.
-  void type(std::string_view keys) const;
+  void type(std::string_view keys);
   bool wait_for(std::string_view text, milliseconds patience);
+  bool wait_for_new(std::string_view text, milliseconds patience);  // written since the last start or keys, all of it
+  bool shows(std::string_view text);                                // once the screen stands still
+  void watch(milliseconds time);                                    // takes in what the command writes, so long
   std::vector<std::string> screen();            // The lines of the screen, 24 of them, without blanks at their ends.
   std::vector<std::string> everything_shown();  // The lines that scrolled away, then the screen.
 
@@ -46,17 +58,24 @@ class Terminal {
   void
   hang_up();  // The line is cut: the command gets SIGHUP and reads an end of input. Nothing comes through after it.
 
+  void end(
+      milliseconds patience);  // Hangs up on a command that runs, gives it this time to end, then kills what is left.
+  bool hung_up() const { return master_ < 0; }
+
+  bool runs() { return session_ && !session_->ending(); }
   pid_t command() const { return session_->command(); }
   std::vector<Process> processes() const;                     // The command, its children, and what they left behind.
   std::optional<pid_t> process(std::string_view name) const;  // One of them by its program's name.
 
  private:
-  bool shows(std::string_view text) const;
+  bool wait_until(const std::function<bool()> &is_true, milliseconds patience);
+  void grow_old();
   bool read_output(milliseconds patience);
   void settle();
 
   int master_;
   int slave_ = -1;
+  int alarm_;
   std::string path_;
   Screen screen_;
   std::optional<Session> session_;

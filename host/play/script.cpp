@@ -1,9 +1,9 @@
-#include "host/terminal/script.h"
+#include "host/play/script.h"
 
 #include <array>
 #include <optional>
 
-namespace terminal {
+namespace play {
 namespace {
 
 struct Escape {
@@ -21,7 +21,7 @@ class LineReader {
  public:
   explicit LineReader(std::string_view line) : rest_(line) {}
 
-  // Nothing at the end of the line. Throws std::string with what is wrong.
+  // Nothing at the end of the line. Throws std::invalid_argument with what is wrong.
   std::optional<std::string> next_word() {
     rest_.remove_prefix(std::min(rest_.find_first_not_of(" \t\r"), rest_.size()));
     if (rest_.empty()) return {};
@@ -63,6 +63,11 @@ class LineReader {
   std::string_view rest_;
 };
 
+std::string trimmed(const std::string &line) {
+  const auto first = line.find_first_not_of(" \t\r");
+  return line.substr(first, line.find_last_not_of(" \t\r") + 1 - first);
+}
+
 std::string name_of_key(char key) {
   if (key == '\n' || key == '\r') return "Enter";
   if (key == '\033') return "Escape";
@@ -73,22 +78,22 @@ std::string name_of_key(char key) {
 
 }  // namespace
 
-std::vector<Step> read_script(std::istream &script, std::string_view name) {
-  std::vector<Step> steps;
+std::vector<Line> read_script(std::istream &script, std::string_view name) {
+  std::vector<Line> lines;
   std::string line;
   for (int number = 1; std::getline(script, line); ++number) {
     LineReader reader(line);
     try {
       const auto verb = reader.next_word();
       if (!verb || verb->starts_with('#')) continue;
-      Step step{number, *verb, {}};
-      while (const auto word = reader.next_word()) step.words.push_back(*word);
-      steps.push_back(std::move(step));
+      Line read{number, trimmed(line), *verb, {}};
+      while (const auto word = reader.next_word()) read.words.push_back(*word);
+      lines.push_back(std::move(read));
     } catch (const std::invalid_argument &wrong) {
       throw ScriptError(name, number, wrong.what());
     }
   }
-  return steps;
+  return lines;
 }
 
 std::string describe_keys(std::string_view keys) {
@@ -107,4 +112,4 @@ std::string describe_keys(std::string_view keys) {
   return text;
 }
 
-}  // namespace terminal
+}  // namespace play

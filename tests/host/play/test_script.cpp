@@ -2,15 +2,15 @@
 
 #include <sstream>
 
-#include "host/terminal/script.h"
+#include "host/play/script.h"
 
 namespace {
 
-using terminal::describe_keys;
-using terminal::read_script;
-using terminal::ScriptError;
+using play::describe_keys;
+using play::read_script;
+using play::ScriptError;
 
-std::vector<terminal::Step> read(const std::string &text) {
+std::vector<play::Line> read(const std::string &text) {
   std::istringstream script(text);
   return read_script(script, "walk.play");
 }

@@ -1,0 +1,41 @@
+// A program that works for a play in the background: spbox, mostly. It does not outlive its owner.
+#pragma once
+
+#include <sys/types.h>
+
+#include <chrono>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "host/box/descriptor.h"
+
+namespace play {
+
+class Helper {
+ public:
+  // Starts a program, found by the environment variable PATH, without input. What waits here throws
+  // terminal::Interrupted as soon as the descriptor `alarm` becomes readable. Throws std::system_error.
+  Helper(const std::vector<std::string> &command, int alarm);
+  ~Helper();
+  Helper(Helper &&other) noexcept;
+  Helper(const Helper &) = delete;
+  Helper &operator=(const Helper &) = delete;
+
+  // The exit status, 128 + n where signal n ended it; nothing when it still runs then. Without patience it waits for ever.
+  std::optional<int> wait(std::optional<std::chrono::milliseconds> patience = {});
+
+  // Until the program writes a byte to descriptor 3, or ends without: false.
+  bool is_ready();
+
+  std::string output() const;  // standard output and standard error until now, in the order in which they came
+  void kill();
+
+ private:
+  pid_t pid_ = -1;
+  int alarm_;
+  std::optional<int> status_;
+  box::Descriptor process_, output_, told_;
+};
+
+}  // namespace play

@@ -1,0 +1,159 @@
+#include "host/play/in_order.h"
+
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <fstream>
+
+#include "host/box/database.h"
+#include "host/box/number.h"
+#include "host/box/programs.h"
+
+namespace play {
+namespace {
+
+namespace fs = std::filesystem;
+using Sentences = std::vector<std::string>;
+
+bool is_same_folder(const fs::path &one, const fs::path &other) {
+  struct stat first {
+  }, second{};
+  return stat(one.c_str(), &first) == 0 && stat(other.c_str(), &second) == 0 && first.st_dev == second.st_dev &&
+         first.st_ino == second.st_ino;
+}
+
+bool has_argument(const fs::path &process, const std::string &wanted) {
+  std::ifstream arguments(process / "cmdline");
+  for (std::string word; std::getline(arguments, word, '\0');) {
+    if (word == wanted) return true;
+  }
+  return false;
+}
+
+// "led /PSU#3": the unit, where the key is of this kind.
+std::string unit_of(const std::string &key, const std::string &kind) {
+  return key.starts_with(kind + " ") ? key.substr(kind.size() + 1) : "";
+}
+
+std::string sentence(const std::string &key, const std::string &value) {
+  if (key == "maintenance") return value == "unlock" ? "" : "maintenance mode is on";
+  if (key == "fan") return value == "low" ? "" : "the fans run at speed \"" + value + "\"";
+  if (const auto unit = unit_of(key, "fan"); !unit.empty() && value != "low") {
+    return "the fans of " + unit + " run at speed \"" + value + "\"";
+  }
+  if (const auto unit = unit_of(key, "led"); !unit.empty() && value != "off") {
+    return "the LED of " + unit + (value == "blink" ? " blinks" : " is on");
+  }
+  if (const auto unit = unit_of(key, "flag"); !unit.empty()) return unit + " is under maintenance";
+  if (const auto unit = unit_of(key, "detached"); !unit.empty()) return unit + " is detached";
+  return "";
+}
+
+void add(Sentences &sentences, const Sentences &more) {
+  sentences.insert(sentences.end(), more.begin(), more.end());
+}
+
+std::string text_of(const terminal::Mode &mode) {
+  return std::string("echo ") + (mode.echo ? "on" : "off") + ", lines " + (mode.lines ? "on" : "off") + ", interrupt " +
+         (mode.interrupt ? "on" : "off");
+}
+
+Sentences terminal_not_in_order(const terminal::Terminal &terminal, const Before &before) {
+  if (terminal.hung_up() || terminal.mode() == before.mode) return {};
+  return {"the terminal has another mode than before: " + text_of(terminal.mode())};
+}
+
+Sentences processes_left(const box::Place &place, const terminal::Terminal &terminal, const Before &before) {
+  std::set<pid_t> left = processes_of(place);
+  for (const auto &process : terminal.processes()) left.insert(process.pid);
+  Sentences sentences;
+  for (const pid_t process : left) {
+    const auto name = program_of(process);
+    if (!name.empty() && !before.processes.contains(process)) sentences.push_back(name + " still runs");
+  }
+  return sentences;
+}
+
+Sentences files_left(const box::Place &place, const Before &before) {
+  Sentences sentences;
+  for (const auto &file : files_in_tmp(place)) {
+    if (!before.files.contains(file)) sentences.push_back("the file /tmp/" + file.string() + " is left");
+  }
+  return sentences;
+}
+
+}  // namespace
+
+std::string program_of(pid_t process) {
+  std::ifstream file("/proc/" + std::to_string(process) + "/comm");
+  std::string name;
+  std::getline(file, name);
+  return name;
+}
+
+std::set<pid_t> processes_of(const box::Place &place) {
+  const auto folder = fs::absolute(place.root()).string();
+  std::set<pid_t> found;
+  for (const auto &entry : fs::directory_iterator("/proc")) {
+    const auto pid = box::number_in<pid_t>(entry.path().filename().native());
+    if (!pid || *pid == getpid()) continue;
+    if (is_same_folder(entry.path() / "root/mgb/db", place.root() / "mgb/db") || has_argument(entry.path(), folder)) {
+      found.insert(*pid);
+    }
+  }
+  return found;
+}
+
+std::set<fs::path> files_in_tmp(const box::Place &place) {
+  std::set<fs::path> files;
+  std::error_code error;
+  for (const auto &entry : fs::recursive_directory_iterator(place.tmp(), error)) {
+    const auto file = entry.symlink_status(error);
+    if (!fs::is_directory(file) && (!fs::is_regular_file(file) || entry.file_size(error) > 0)) {
+      files.insert(entry.path().lexically_relative(place.tmp()));
+    }
+  }
+  return files;
+}
+
+Sentences hardware_not_in_order(const box::Place &place, const Sentences &detached) {
+  Sentences sentences;
+  for (const auto &[key, value] : box::Hardware(place).all()) {
+    const bool may_be = std::any_of(detached.begin(), detached.end(), [&, &unit_key = key](const std::string &unit) {
+      return unit_key == "detached " + std::string(unit.starts_with('/') ? "" : "/") + unit;
+    });
+    const auto text = may_be ? "" : sentence(key, value);
+    if (!text.empty()) sentences.push_back(text);
+  }
+  return sentences;
+}
+
+Sentences locked_databases(const box::Place &place) {
+  Sentences sentences;
+  for (std::uint32_t id = 0; id < box::kDatabaseCount; ++id) {
+    box::Database database(place.database(id));
+    if (!database.lock()) {
+      sentences.push_back("database " + std::to_string(id) + " is locked");
+    } else if (!database.unlock()) {
+      sentences.push_back("database " + std::to_string(id) + " cannot be written");
+    }
+  }
+  return sentences;
+}
+
+Before before_command(const box::Place &place, const terminal::Terminal &terminal) {
+  return {terminal.mode(), files_in_tmp(place), processes_of(place)};
+}
+
+Sentences not_in_order(const box::Place &place, const terminal::Terminal &terminal, const Before &before,
+                       const Sentences &detached) {
+  Sentences sentences = hardware_not_in_order(place, detached);
+  add(sentences, terminal_not_in_order(terminal, before));
+  add(sentences, processes_left(place, terminal, before));
+  add(sentences, files_left(place, before));
+  add(sentences, locked_databases(place));
+  return sentences;
+}
+
+}  // namespace play

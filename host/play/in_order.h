@@ -1,0 +1,42 @@
+// What a command owes at its end, and what of it is still open.
+#pragma once
+
+#include <sys/types.h>
+
+#include <filesystem>
+#include <set>
+#include <string>
+#include <vector>
+
+#include "host/box/place.h"
+#include "host/terminal/terminal.h"
+
+namespace play {
+
+// What was there before the command, and is not its fault.
+struct Before {
+  terminal::Mode mode;
+  std::set<std::filesystem::path> files;
+  std::set<pid_t> processes;
+};
+
+Before before_command(const box::Place &place, const terminal::Terminal &terminal);
+
+// A sentence for each thing that is not in order, such as "the LED of /PSU#3 blinks". The units in `detached` may be
+// detached. Throws where the box cannot be read.
+std::vector<std::string> not_in_order(const box::Place &place, const terminal::Terminal &terminal, const Before &before,
+                                      const std::vector<std::string> &detached);
+
+// Its parts.
+std::vector<std::string> hardware_not_in_order(const box::Place &place, const std::vector<std::string> &detached);
+std::vector<std::string> locked_databases(const box::Place &place);
+std::set<std::filesystem::path> files_in_tmp(const box::Place &place);  // those that are not empty
+
+// The processes in the box, whatever their session, and those that were started for it with its folder among their
+// arguments, such as its daemon; not this process.
+std::set<pid_t> processes_of(const box::Place &place);
+
+// The name of a process's program; empty when the process is gone.
+std::string program_of(pid_t process);
+
+}  // namespace play

@@ -1,0 +1,30 @@
+// The signals that end a play: they come as a descriptor to wait for, so that the play can clean up.
+#pragma once
+
+#include <array>
+#include <csignal>
+
+#include "host/box/descriptor.h"
+
+namespace play {
+
+// One at a time in a process. While it lives, SIGHUP, SIGINT, SIGQUIT, SIGTERM and SIGPIPE end nothing; what the process
+// ignored at the start stays ignored.
+class Interrupts {
+ public:
+  Interrupts();  // Throws std::system_error.
+  ~Interrupts();
+  Interrupts(const Interrupts &) = delete;
+  Interrupts &operator=(const Interrupts &) = delete;
+
+  int alarm() const { return alarm_.get(); }  // Becomes readable with the first signal, and stays so.
+  int signal() const;                         // The one that came first; 0 when none came.
+
+ private:
+  static constexpr std::array<int, 5> kSignals{SIGHUP, SIGINT, SIGQUIT, SIGTERM, SIGPIPE};
+
+  std::array<struct sigaction, kSignals.size()> before_{};
+  box::Descriptor alarm_, bell_;
+};
+
+}  // namespace play

@@ -1,0 +1,202 @@
+#include "host/play/picture.h"
+
+#include <algorithm>
+#include <array>
+#include <cstdarg>
+#include <cstdio>
+#include <set>
+
+namespace play {
+namespace {
+
+// Of a picture, in pixels. A letter's width is that of all common monospaced fonts, 0.6 of their size.
+constexpr double kFont = 14, kLetter = 8.4, kLine = 18, kMargin = 16, kBar = 34, kFoot = 50, kNoteLine = 18;
+constexpr std::size_t kNoteLength = 96, kNoteLines = 2;  // letters that fit below a window of 80 columns
+
+// Seconds that a screen is shown.
+constexpr double kGlance = 2, kLetterTime = 0.005, kLongest = 8, kRest = 2;
+
+std::string format(const char *form, ...) __attribute__((format(printf, 1, 2)));
+std::string format(const char *form, ...) {
+  std::array<char, 512> text{};
+  va_list values;
+  va_start(values, form);
+  std::vsnprintf(text.data(), text.size(), form, values);
+  va_end(values);
+  return text.data();
+}
+
+// The bytes of the character at the front, 0 where they are no UTF-8.
+std::size_t character_size(std::string_view text) {
+  const auto first = static_cast<unsigned char>(text[0]);
+  const std::size_t size = first < 0x80   ? 1
+                           : first < 0xC2 ? 0
+                           : first < 0xE0 ? 2
+                           : first < 0xF0 ? 3
+                           : first < 0xF5 ? 4
+                                          : 0;
+  if (size == 0 || size > text.size()) return 0;
+  for (std::size_t i = 1; i < size; ++i) {
+    if ((static_cast<unsigned char>(text[i]) & 0xC0) != 0x80) return 0;
+  }
+  return size;
+}
+
+// What XML cannot hold becomes a question mark.
+std::string xml(std::string_view text) {
+  std::string result;
+  while (!text.empty()) {
+    const auto size = character_size(text);
+    const char c = text[0];
+    if (size == 0 || (c >= 0 && c < ' ') || c == '\177')
+      result += '?';
+    else if (c == '&')
+      result += "&amp;";
+    else if (c == '<')
+      result += "&lt;";
+    else if (c == '>')
+      result += "&gt;";
+    else if (c == '"')
+      result += "&quot;";
+    else
+      result += text.substr(0, size);
+    text.remove_prefix(std::max<std::size_t>(size, 1));
+  }
+  return result;
+}
+
+std::size_t length(std::string_view text) {
+  std::size_t characters = 0;
+  for (; !text.empty(); ++characters) text.remove_prefix(std::max<std::size_t>(character_size(text), 1));
+  return characters;
+}
+
+std::string row_text(const std::string &row, std::size_t number) {
+  const auto first = row.find_first_not_of(' ');
+  if (first == std::string::npos) return "";
+  const std::string text = row.substr(first);
+  return format("<text x=\"%.1f\" y=\"%.1f\" textLength=\"%.1f\">", kMargin + kLetter * static_cast<double>(first),
+                kBar + kMargin + kLine * static_cast<double>(number) + kFont,
+                kLetter * static_cast<double>(length(text))) +
+         xml(text) + "</text>\n";
+}
+
+// Sentences in the lines below the window, as far as they fit.
+std::vector<std::string> note_lines(const std::vector<std::string> &notes) {
+  std::vector<std::string> lines;
+  for (const auto &note : notes) {
+    const bool fits = !lines.empty() && length(lines.back()) + length(note) + 3 <= kNoteLength;
+    if (fits) {
+      lines.back() += "   " + note;
+    } else if (lines.size() < kNoteLines) {
+      lines.push_back(note);
+    }
+  }
+  for (auto &line : lines) {
+    if (line.size() > kNoteLength) line = line.substr(0, kNoteLength - 3) + "...";
+  }
+  return lines;
+}
+
+// The letters of lines that the screen before did not have, wherever it had them.
+std::size_t new_letters(const std::vector<std::string> &rows, const std::vector<std::string> &before) {
+  const std::set<std::string> known(before.begin(), before.end());
+  std::size_t letters = 0;
+  for (const auto &row : rows) {
+    if (!known.contains(row)) letters += length(row);
+  }
+  return letters;
+}
+
+// When frame `number` is to be seen, in parts of the whole: visible from the one to the other, again and again.
+std::string frame_style(std::size_t number, double from, double to, double whole) {
+  const char *at_first = number == 0 ? "visible" : "hidden";
+  std::string steps = format("0%%{visibility:%s}", at_first);
+  if (number > 0) steps += format("%.3f%%{visibility:visible}", 100 * from / whole);
+  if (to < whole) steps += format("%.3f%%{visibility:hidden}", 100 * to / whole);
+  steps += format("100%%{visibility:%s}", to < whole ? "hidden" : "visible");
+  return format("@keyframes k%zu{%s}\n#f%zu{animation:k%zu %.2fs step-end infinite}\n", number, steps.c_str(), number,
+                number, whole);
+}
+
+constexpr const char *kStyle =
+    "text{font:14px ui-monospace,SFMono-Regular,Menlo,Consolas,'DejaVu Sans Mono','Liberation Mono',monospace;"
+    "fill:#dfe3ea;white-space:pre}\n"
+    ".caption{text-anchor:middle;fill:#aab2c0}\n"
+    ".note{font-size:13px;fill:#f2c879}\n"
+    ".f{visibility:hidden}\n"
+    "#f0{visibility:visible}\n";
+
+constexpr const char *kStill = "@media (prefers-reduced-motion:reduce){.f{animation:none!important}}\n";
+
+}  // namespace
+
+void Picture::add(std::string_view caption, std::vector<std::string> rows, terminal::Size size) {
+  frames_.push_back({std::string(caption), std::move(rows), {}});
+  size_ = {std::max(size.rows, size_.rows), std::max(size.columns, size_.columns)};
+}
+
+void Picture::note(std::string_view sentence) {
+  if (!frames_.empty()) frames_.back().notes.emplace_back(sentence);
+}
+
+std::string Picture::style() const {
+  std::vector<double> ends;
+  std::vector<std::string> before;
+  double whole = 0;
+  for (const auto &frame : frames_) {
+    whole += std::min(kLongest, kGlance + kLetterTime * static_cast<double>(new_letters(frame.rows, before)));
+    before = frame.rows;
+    ends.push_back(whole);
+  }
+  if (ends.size() < 2) return kStyle;
+  whole = ends.back() += kRest;
+  std::string text = kStyle;
+  for (std::size_t i = 0; i < ends.size(); ++i) text += frame_style(i, i == 0 ? 0 : ends[i - 1], ends[i], whole);
+  return text + kStill;
+}
+
+std::string Picture::window(double width, double height) const {
+  const double foot = height - kFoot;
+  std::string text = format(
+      "<rect x=\"0.5\" y=\"0.5\" width=\"%.1f\" height=\"%.1f\" rx=\"9\" fill=\"#1c2029\" stroke=\"#7a8291\"/>\n",
+      width - 1, height - 1);
+  text += format("<path d=\"M1 %.1fV10a9 9 0 0 1 9-9H%.1fa9 9 0 0 1 9 9V%.1fz\" fill=\"#2d333f\"/>\n", kBar, width - 10,
+                 kBar);
+  text += format("<path d=\"M1 %.1fH%.1fV%.1fa9 9 0 0 1-9 9H10a9 9 0 0 1-9-9z\" fill=\"#252a34\"/>\n", foot, width - 1,
+                 height - 10);
+  constexpr std::array<const char *, 3> kButtons{"#e0685f", "#e3b04b", "#6cb56c"};
+  for (std::size_t i = 0; i < kButtons.size(); ++i) {
+    text += format("<circle cx=\"%.1f\" cy=\"%.1f\" r=\"5.5\" fill=\"%s\"/>\n", 20 + 18 * static_cast<double>(i),
+                   kBar / 2, kButtons[i]);
+  }
+  return text;
+}
+
+std::string Picture::svg() const {
+  const double width = 2 * kMargin + kLetter * size_.columns;
+  const double height = kBar + 2 * kMargin + kLine * size_.rows + kFoot;
+  std::string text = format(
+      "<svg xmlns=\"http://www.w3.org/2000/svg\" width=\"%.1f\" height=\"%.1f\" "
+      "viewBox=\"0 0 %.1f %.1f\" role=\"img\" xml:space=\"preserve\">\n",
+      width, height, width, height);
+  if (!frames_.empty()) text += "<title>" + xml(frames_[0].caption) + "</title>\n";
+  text += "<style>\n" + style() + "</style>\n" + window(width, height);
+  for (std::size_t i = 0; i < frames_.size(); ++i) {
+    const Frame &frame = frames_[i];
+    text += format("<g class=\"f\" id=\"f%zu\">\n<text class=\"caption\" x=\"%.1f\" y=\"%.1f\">", i, width / 2,
+                   kBar / 2 + 5);
+    text += xml(frame.caption) + "</text>\n";
+    for (std::size_t row = 0; row < frame.rows.size(); ++row) text += row_text(frame.rows[row], row);
+    const auto notes = note_lines(frame.notes);
+    for (std::size_t note = 0; note < notes.size(); ++note) {
+      text += format("<text class=\"note\" x=\"%.1f\" y=\"%.1f\">", kMargin,
+                     height - kFoot + kNoteLine * static_cast<double>(note + 1) + 2);
+      text += xml(notes[note]) + "</text>\n";
+    }
+    text += "</g>\n";
+  }
+  return text + "</svg>\n";
+}
+
+}  // namespace play

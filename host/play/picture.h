@@ -1,0 +1,37 @@
+// The screens of a play as a picture that moves: an SVG of a terminal window.
+#pragma once
+
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "host/terminal/screen.h"
+
+namespace play {
+
+class Picture {
+ public:
+  // A screen, and what happens until the next one.
+  void add(std::string_view caption, std::vector<std::string> rows, terminal::Size size);
+  void note(std::string_view sentence);
+
+  bool is_empty() const { return frames_.empty(); }
+
+  // The same screens give the same text. Each is shown the longer the more is new on it.
+  std::string svg() const;
+
+ private:
+  struct Frame {
+    std::string caption;
+    std::vector<std::string> rows;
+    std::vector<std::string> notes;
+  };
+
+  std::string style() const;
+  std::string window(double width, double height) const;
+
+  std::vector<Frame> frames_;
+  terminal::Size size_{0, 0};  // the largest
+};
+
+}  // namespace play

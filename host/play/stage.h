@@ -1,0 +1,42 @@
+// The box on which a play is played: one that is there, or a new one, which goes with the play unless it was asked for.
+#pragma once
+
+#include <filesystem>
+#include <string>
+#include <vector>
+
+#include "host/box/place.h"
+#include "host/play/helper.h"
+
+namespace play {
+
+class Stage {
+ public:
+  // `spbox` is the program. Where no folder is named, the box gets one of its own, which is removed at the end.
+  Stage(std::string spbox, std::filesystem::path folder, int alarm);
+  ~Stage();  // Ends what is left in a box that goes.
+  Stage(const Stage &) = delete;
+  Stage &operator=(const Stage &) = delete;
+
+  // Makes the box; where there is one already, it must be of this model. Throws.
+  void make(const std::string &model);
+
+  // spbox VERB BOX WORDS...
+  Helper spbox(std::vector<std::string> words) const;
+  std::vector<std::string> command_in_box(const std::vector<std::string> &command) const;  // spbox run BOX -- COMMAND
+
+  // A text without the name of a folder that is gone after the play, and another one each time.
+  std::string without_folder(std::string text) const;
+
+  box::Place place() const { return box::Place(box_); }
+  bool exists() const;
+
+ private:
+  void remove() const;
+
+  std::string spbox_;
+  std::filesystem::path temporary_, box_;
+  int alarm_;
+};
+
+}  // namespace play

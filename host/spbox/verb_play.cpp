@@ -1,0 +1,159 @@
+// Plays a script: an operator and technicians who work by themselves.
+#include <unistd.h>
+
+#include <CLI/CLI.hpp>
+#include <csignal>
+#include <cstdio>
+#include <fstream>
+#include <iostream>
+#include <memory>
+
+#include "host/box/contents.h"
+#include "host/play/interrupts.h"
+#include "host/play/plan.h"
+#include "host/play/player.h"
+#include "host/spbox/technician_script.h"
+#include "host/spbox/verbs.h"
+
+namespace spbox {
+namespace {
+
+namespace fs = std::filesystem;
+
+struct Options {
+  fs::path script, box, transcript, picture;
+  std::vector<std::string> values;
+};
+
+// The script makes sense, and the command line does not.
+class UsageError : public std::runtime_error {
+ public:
+  using std::runtime_error::runtime_error;
+};
+
+play::Checks checks_of(const CLI::App &app) {
+  play::Checks checks;
+  for (const CLI::App *verb : app.get_subcommands([](const CLI::App *) { return true; })) {
+    const std::string name = verb->get_name();
+    if (name != "create" && name != "run" && name != "play" && name != "load") checks.verbs.push_back(name);
+  }
+  checks.check_hands = [](const std::string &steps) { parse_technician(steps); };
+  return checks;
+}
+
+bool makes_box(const std::vector<play::Step> &steps) {
+  for (const auto &step : steps) {
+    if (step.form->verb == "box") return true;
+  }
+  return false;
+}
+
+std::vector<play::Step> read(const Options &options, const play::Checks &checks) {
+  play::Values values;
+  for (const auto &word : options.values) play::add_value(word, values);
+  auto steps = play::read_plan(options.script, values, checks);
+  if (makes_box(steps)) return steps;
+  if (options.box.empty()) {
+    throw UsageError(options.script.string() + " makes no box. Write `box qe1`, for example, or give one with --box.");
+  }
+  if (!box::is_box(box::Place(options.box))) {
+    throw UsageError(options.box.string() + " is no box, and " + options.script.string() +
+                     " makes none. Write `box qe1`, for example, or `spbox create` one.");
+  }
+  return steps;
+}
+
+// What the library recorded and the log, however the play ended.
+void keep_books(const play::Stage &stage, play::Transcript &transcript) {
+  if (!transcript.is_kept() || !stage.exists()) return;
+  for (const auto &[verb, heading] : {std::pair{"trace", "The trace"}, std::pair{"log", "The log"}}) {
+    auto book = stage.spbox({verb});
+    book.wait();
+    transcript.keep(std::string("==== ") + heading + "\n\n" + book.output() + "\n");
+  }
+}
+
+void write_picture(const play::Picture &picture, const fs::path &path) {
+  std::ofstream file(path, std::ios::binary | std::ios::trunc);
+  if (!(file << picture.svg() << std::flush))
+    throw std::runtime_error("the picture " + path.string() + " cannot be written.");
+}
+
+int perform(const Options &options, const std::vector<play::Step> &steps, int alarm) {
+  play::Transcript transcript(std::cout);
+  if (!options.transcript.empty()) transcript.keep_in(options.transcript);
+  play::Picture picture;
+  play::Stage stage(fs::read_symlink("/proc/self/exe"), options.box, alarm);
+  try {
+    play::Player(stage, transcript, picture, alarm).play(steps);
+  } catch (const play::Failure &failure) {
+    std::fputs(failure.what(), stderr);
+    transcript.keep(std::string(failure.what()) + "\n");
+    keep_books(stage, transcript);
+    return kFailure;
+  }
+  keep_books(stage, transcript);
+  if (!options.picture.empty()) write_picture(picture, options.picture);
+  return 0;
+}
+
+int play_script(const Options &options, const play::Checks &checks) {
+  std::vector<play::Step> steps;
+  try {
+    steps = read(options, checks);
+  } catch (const std::exception &wrong) {
+    std::fprintf(stderr, "%s\n", wrong.what());
+    return kUsage;
+  }
+  const play::Interrupts interrupts;
+  try {
+    return perform(options, steps, interrupts.alarm());
+  } catch (const terminal::Interrupted &) {
+    const int signal = interrupts.signal();
+    std::signal(signal, SIG_DFL);
+    std::raise(signal);
+    return 128 + signal;
+  }
+}
+
+std::string help() {
+  constexpr std::size_t kColumn = 26;
+  std::string text = "Steps:\n";
+  for (const auto &form : play::step_forms()) {
+    std::string left = "  " + std::string(form.written);
+    std::istringstream lines{std::string(form.meaning)};
+    for (std::string line; std::getline(lines, line); left.clear()) {
+      left.resize(std::max(left.size() + 1, kColumn), ' ');
+      text += left + line + "\n";
+    }
+  }
+  return text;
+}
+
+}  // namespace
+
+void add_play(CLI::App &app, Action &action) {
+  CLI::App *verb = app.add_subcommand("play", "Play an operator and a technician by a script");
+  auto options = std::make_shared<Options>();
+  verb->add_option("SCRIPT", options->script, "File with the steps, one a line")->required();
+  verb->add_option("NAME=VALUE", options->values, "What $NAME stands for in the script");
+  verb->add_option("--box", options->box, "Play on this box and keep it; made where there is none")->option_text("DIR");
+  verb->add_option("--transcript", options->transcript, "Write there what is printed, with trace and log")
+      ->option_text("FILE");
+  verb->add_option("--picture", options->picture, "Write there the screens, as a moving SVG")->option_text("FILE");
+  verb->footer(help() +
+               "A word in quotes keeps its blanks and knows the escapes of C. $NAME in a word\n"
+               "stands for a value, $$ for a dollar. # begins a comment line. All scripts are\n"
+               "read and checked before the first step.\n\n"
+               "Without --box, the box is gone after the play. Exit status: 0 played to its\n"
+               "end, 1 a step failed, 2 the script or the command line makes no sense.\n\n"
+               "Examples:\n"
+               "  spbox play replace.play\n"
+               "  spbox play replace.play --box box --transcript replace.txt\n"
+               "  spbox play replace.play UNIT=/PSU#3 --picture replace.svg");
+  verb->callback([options, &app, &action] {
+    action = [options, checks = checks_of(app)] { return play_script(*options, checks); };
+  });
+}
+
+}  // namespace spbox
