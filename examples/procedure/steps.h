@@ -35,7 +35,7 @@ inline Outcome judge(Work &work, int32_t mode, const char *what) {
   if (result == LMAINTE_OK) return kDone;
   if (result != LMAINTE_FRU_REFUSED && result != LMAINTE_FRU_REFUSED_2)
     return failed(work, " could not be judged", result);
-  std::printf("\n%s may not be %s now: %s.\n", work.unit.name(), what,
+  std::printf("%s may not be %s now: %s.\n", work.unit.name(), what,
               result == LMAINTE_FRU_REFUSED_2 ? "the server cannot do without it"
               : work.unit.is_installed()      ? "it is in place"
                                               : "it is not in place");
@@ -53,14 +53,14 @@ inline Outcome may_be_added(Work &work) {
 inline Outcome mark(Work &work) {
   const int32_t result = work.mark();
   if (result == LMAINTE_BUSY || result == LMAINTE_FLAG_REFUSED) {
-    std::printf("\n%s has a maintenance flag: another procedure is at work on it, or left it.\nTo end it: %s\n",
+    std::printf("%s has a maintenance flag: another procedure is at work on it, or left it.\nTo end it: %s\n",
                 work.unit.name(), by_hand("setmainteflag", work.unit.name(), "end").c_str());
     return kRefused;
   }
   if (result != LMAINTE_OK) return failed(work, " could not be marked", result);
   const int32_t marked = lmainte_add_swap_fru_to_list(type_of(work), number_of(work));
   if (marked < 0) return not_read(work, marked);
-  std::printf("\nThe LED of %s blinks, its maintenance flag is set.\n", work.unit.name());
+  std::printf("The LED of %s blinks, its maintenance flag is set.\n", work.unit.name());
   return kDone;
 }
 
@@ -133,17 +133,19 @@ inline Outcome give_up_parts(Work &work) {
                 way_out_of(result));
 }
 
+// The unit is as it was to be.
 inline Outcome unmark(Work &work) {
+  work.settle();
   if (!work.take_back()) return kFailed;
   lmainte_delete_swap_fru_from_list(type_of(work), number_of(work));
-  std::printf("\nLED and maintenance flag of %s are off.\n", work.unit.name());
+  std::printf("LED and maintenance flag of %s are off.\n\n", work.unit.name());
   return kDone;
 }
 
 inline Outcome show_state(Work &work) {
   int32_t result = work.read();
   if (result != LMAINTE_OK) return not_read(work, result);
-  const ListLine lines[] = {{LMAINTE_LINE_HEAD, "\nUnit          State\n", 0, {}},
+  const ListLine lines[] = {{LMAINTE_LINE_HEAD, "Unit          State\n", 0, {}},
                             {LMAINTE_LINE_FOOT, "\n", 0, {}},
                             {LMAINTE_LINE_END, nullptr, 0, {}}};
   result = in_order::after_pager(work.kind.show_status(work.record, lines));

@@ -24,7 +24,7 @@ inline constexpr const char *kTryAgain =
 inline constexpr const char *kCheckPager = "Check that /bin/busybox is there and that /tmp has room.";
 
 inline Outcome failed(const std::string &what, int32_t result, const char *way_out) {
-  std::printf("\n%s (result %d).\n%s\n", what.c_str(), result, way_out);
+  std::printf("%s (result %d).\n%s\n", what.c_str(), result, way_out);
   return kFailed;
 }
 

@@ -80,6 +80,9 @@ class Work {
     return result;
   }
 
+  // What has become of the unit is to stay so: it is not put back into operation.
+  void settle() { is_detached_ = false; }
+
   // In reverse order. What cannot be switched back is named, and the rest is done all the same.
   bool take_back() {
     bool good = !is_detached_ || put_back();
@@ -127,14 +130,14 @@ class Work {
       return true;
     }
     if (result == LMAINTE_OK)
-      result = with_progress(std::string("\nPutting ") + unit.name() + " back into operation ",
-                             [this] { return bring_up(); });
+      result =
+          with_progress(std::string("Putting ") + unit.name() + " back into operation ", [this] { return bring_up(); });
     return is_back("is still out of operation", result, std::string("replace_unit ") + kind.word.data());
   }
 
   bool is_back(const char *what, int32_t result, const std::string &mend) const {
     if (result != LMAINTE_OK)
-      std::printf("\n%s %s (result %d).\nMend it with: %s\n", unit.name(), what, result, mend.c_str());
+      std::printf("%s %s (result %d).\nMend it with: %s\n", unit.name(), what, result, mend.c_str());
     return result == LMAINTE_OK;
   }
 
