@@ -4,6 +4,7 @@
 
 #include <cstring>
 
+#include "host/box/partitions.h"
 #include "host/box/programs.h"
 #include "tests/host/box/child.h"
 #include "tests/host/box/scratch.h"
@@ -142,6 +143,18 @@ TEST_F(InventoryTest, TellsWhetherAUnitWasUnderMaintenanceBefore) {
   EXPECT_EQ(box::Hardware(place_).flag("/PSU#3"), "start");
   EXPECT_TRUE(inventory.set_flag("/PSU#3", false));
   EXPECT_EQ(box::Hardware(place_).flag("/PSU#3"), "");
+}
+
+TEST_F(InventoryTest, KnowsTheUnitsUnderMaintenanceOfTheBoxThatItWasMadeOf) {
+  box::Inventory(place_).set_flag("/PSU#3", true);
+  const box::Place copy(scratch_ / "copy");
+  box::create_box(copy, box::contents_of(place_));
+  const box::Inventory inventory(copy);
+  EXPECT_EQ(inventory.unit("/PSU#3").status, 0x80008000u);
+  EXPECT_EQ(box::server_of(copy).status, 0x80008000u);
+  EXPECT_TRUE(inventory.set_flag("/PSU#3", false));
+  EXPECT_EQ(inventory.unit("/PSU#3").status, 0x80000000u);
+  EXPECT_EQ(box::server_of(copy).status, 0x80000000u);
 }
 
 TEST(Quoted, LeavesPlainWordsAndPutsOthersInQuotes) {
