@@ -41,6 +41,19 @@ compile() {
   cmake --build "build/$preset" --parallel "$jobs" "${targets[@]}"
 }
 
+# build_tools: the box's tools and the examples, quietly, and without what only tests need: a workstation that only wants
+# to look need not install the test libraries.
+build_tools() {
+  if ! grep -qs '^LMAINTE_TESTS:BOOL=ON' build/release/CMakeCache.txt; then
+    configure release -DLMAINTE_TESTS=OFF -DLMAINTE_BENCH=OFF
+  fi
+  say 'Building ...'
+  if ! compile release lmainte lmainte_host control_program spbox monitor_daemon examples >build/tools.log 2>&1; then
+    cat build/tools.log >&2
+    die 'the build failed.'
+  fi
+}
+
 # built_library PRESET: where its shared library lies. A check of a library that is not there would find nothing wrong.
 built_library() {
   local library=build/$1/liblmainte.so.1
