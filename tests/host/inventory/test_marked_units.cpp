@@ -45,7 +45,8 @@ class MarkedUnits : public BentBox {
 
   std::string started(const std::vector<Marked> &units) const {
     Words flags;
-    for (auto unit = units.rbegin(); unit != units.rend(); ++unit) flags.insert(flags.end(), {"start", unit->name});
+    for (const Marked &unit : std::vector<Marked>(units.rbegin(), units.rend()))
+      flags.insert(flags.end(), {"start", unit.name});
     return listed(flags);
   }
 
