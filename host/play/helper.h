@@ -30,6 +30,7 @@ class Helper {
 
   std::string output() const;  // standard output and standard error until now, in the order in which they came
   void kill();
+  pid_t pid() const { return pid_; }
 
  private:
   pid_t pid_ = -1;

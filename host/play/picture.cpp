@@ -10,8 +10,9 @@ namespace play {
 namespace {
 
 // Of a picture, in pixels. A letter's width is that of all common monospaced fonts, 0.6 of their size.
-constexpr double kFont = 14, kLetter = 8.4, kLine = 18, kMargin = 16, kBar = 34, kFoot = 50, kNoteLine = 18;
-constexpr std::size_t kNoteLength = 96, kNoteLines = 2;  // letters that fit below a window of 80 columns
+constexpr double kFont = 14, kLetter = 8.4, kLine = 18, kMargin = 16, kBar = 34, kFoot = 50, kNoteLine = 19,
+                 kNoteBase = 14;
+constexpr std::size_t kNoteLength = 84, kNoteLines = 2;  // letters that fit below a window of 80 columns
 
 // Seconds that a screen is shown.
 constexpr double kGlance = 2, kLetterTime = 0.005, kLongest = 8, kRest = 2;
@@ -81,6 +82,15 @@ std::string row_text(const std::string &row, std::size_t number) {
          xml(text) + "</text>\n";
 }
 
+std::string shortened(const std::string &text) {
+  if (length(text) <= kNoteLength) return text;
+  std::size_t end = 0;
+  for (std::size_t i = 0; i + 3 < kNoteLength; ++i) {
+    end += std::max<std::size_t>(character_size(std::string_view(text).substr(end)), 1);
+  }
+  return text.substr(0, end) + "...";
+}
+
 // Sentences in the lines below the window, as far as they fit.
 std::vector<std::string> note_lines(const std::vector<std::string> &notes) {
   std::vector<std::string> lines;
@@ -92,10 +102,19 @@ std::vector<std::string> note_lines(const std::vector<std::string> &notes) {
       lines.push_back(note);
     }
   }
-  for (auto &line : lines) {
-    if (line.size() > kNoteLength) line = line.substr(0, kNoteLength - 3) + "...";
-  }
+  for (auto &line : lines) line = shortened(line);
   return lines;
+}
+
+std::string note_text(const std::vector<std::string> &notes, double height) {
+  const auto lines = note_lines(notes);
+  double base = height - (kFoot + kNoteLine * static_cast<double>(lines.size())) / 2 + kNoteBase;
+  std::string text;
+  for (const auto &line : lines) {
+    text += format("<text class=\"note\" x=\"%.1f\" y=\"%.1f\">", kMargin, base) + xml(line) + "</text>\n";
+    base += kNoteLine;
+  }
+  return text;
 }
 
 // The letters of lines that the screen before did not have, wherever it had them.
@@ -132,12 +151,13 @@ constexpr const char *kStill = "@media (prefers-reduced-motion:reduce){.f{animat
 }  // namespace
 
 void Picture::add(std::string_view caption, std::vector<std::string> rows, terminal::Size size) {
-  frames_.push_back({std::string(caption), std::move(rows), {}});
+  frames_.push_back({std::string(caption), std::move(rows), std::move(opening_)});
+  opening_.clear();
   size_ = {std::max(size.rows, size_.rows), std::max(size.columns, size_.columns)};
 }
 
 void Picture::note(std::string_view sentence) {
-  if (!frames_.empty()) frames_.back().notes.emplace_back(sentence);
+  (frames_.empty() ? opening_ : frames_.back().notes).emplace_back(sentence);
 }
 
 std::string Picture::style() const {
@@ -188,12 +208,7 @@ std::string Picture::svg() const {
                    kBar / 2 + 5);
     text += xml(frame.caption) + "</text>\n";
     for (std::size_t row = 0; row < frame.rows.size(); ++row) text += row_text(frame.rows[row], row);
-    const auto notes = note_lines(frame.notes);
-    for (std::size_t note = 0; note < notes.size(); ++note) {
-      text += format("<text class=\"note\" x=\"%.1f\" y=\"%.1f\">", kMargin,
-                     height - kFoot + kNoteLine * static_cast<double>(note + 1) + 2);
-      text += xml(notes[note]) + "</text>\n";
-    }
+    text += note_text(frame.notes, height);
     text += "</g>\n";
   }
   return text + "</svg>\n";

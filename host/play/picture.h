@@ -30,6 +30,7 @@ class Picture {
   std::string style() const;
   std::string window(double width, double height) const;
 
+  std::vector<std::string> opening_;  // what happens before the first screen
   std::vector<Frame> frames_;
   terminal::Size size_{0, 0};  // the largest
 };

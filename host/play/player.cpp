@@ -3,33 +3,18 @@
 #include <algorithm>
 #include <array>
 #include <csignal>
-#include <functional>
-#include <sstream>
 
 #include "host/box/signal_name.h"
+#include "host/play/text.h"
 
 namespace play {
 namespace {
 
 using std::chrono::milliseconds;
 
-constexpr std::size_t kWidth = 78;
 constexpr milliseconds kLookAgain{20};
 constexpr milliseconds kToEnd{3000};     // for a command whose line was cut at the play's end
 constexpr milliseconds kToSettle{1000};  // for processes that die with the command, a moment later
-
-std::string indented(const std::string &text) {
-  std::string result;
-  std::istringstream lines(text);
-  for (std::string line; std::getline(lines, line);) result += "    " + line + "\n";
-  return result;
-}
-
-std::string seconds_text(milliseconds time) {
-  std::ostringstream text;
-  text << static_cast<double>(time.count()) / 1000 << " s";
-  return text.str();
-}
 
 }  // namespace
 
@@ -117,10 +102,11 @@ void Player::terminal(const Step &step) {
     throw std::runtime_error("a command runs on the terminal: wait for its end first");
   size_ = {whole_number_of(step.words[0]), whole_number_of(step.words[1])};
   terminal_.reset();
+  before_.reset();
 }
 
 terminal::Terminal &Player::the_terminal() {
-  if (!terminal_) throw std::runtime_error("no command was started on the terminal");
+  if (!terminal_ || !before_) throw std::runtime_error("no command was started on the terminal");
   return *terminal_;
 }
 
@@ -168,16 +154,6 @@ void Player::screen(const Step &step) {
   const auto rows = the_terminal().screen();
   transcript_.print(framed(rows, step.words[0]) + "\n");
   picture_.add(step.words[0], rows, size_);
-}
-
-std::string Player::framed(const std::vector<std::string> &rows, std::string_view caption) const {
-  auto last = rows.end();
-  while (last != rows.begin() && (last - 1)->empty()) --last;
-  std::string text = "+-- " + std::string(caption) + " ";
-  text.resize(std::max(text.size(), kWidth), '-');
-  text += '\n';
-  for (auto row = rows.begin(); row != last; ++row) text += (row->empty() ? "|" : "| ") + *row + "\n";
-  return text + '+' + std::string(kWidth - 1, '-') + "\n";
 }
 
 void Player::expect_end(const terminal::Ending &wanted) {
@@ -233,7 +209,9 @@ void Player::hangup(const Step & /*step*/) {
 void Player::hands(const Step &step) {
   transcript_.paragraph("A technician works beside the operator: " + step.words[0]);
   hands_.push_back({&step, stage_.spbox({"technician", "--ready-fd", "3", "--do", step.words[0]})});
-  if (!hands_.back().technician.is_ready()) wait_for_hands();
+  if (hands_.back().technician.is_ready()) return;
+  hands_.back().technician.wait();
+  throw std::runtime_error("the technician gave up.");
 }
 
 void Player::handsdone(const Step & /*step*/) {
@@ -274,11 +252,13 @@ void Player::says(const Step &step) {
 void Player::in_order(const Step &step) {
   auto &terminal = the_terminal();
   const Words detached(step.words.begin() + (step.words.empty() ? 0 : 1), step.words.end());
+  Before before = before_.value();
+  for (const auto &hands : hands_) before.processes.insert(hands.technician.pid());
   const auto deadline = std::chrono::steady_clock::now() + kToSettle;
-  auto wrong = not_in_order(stage_.place(), terminal, *before_, detached);
+  auto wrong = not_in_order(stage_.place(), terminal, before, detached);
   while (!wrong.empty() && std::chrono::steady_clock::now() < deadline) {
     terminal.watch(kLookAgain);
-    wrong = not_in_order(stage_.place(), terminal, *before_, detached);
+    wrong = not_in_order(stage_.place(), terminal, before, detached);
   }
   if (wrong.empty()) return transcript_.paragraph("All is in order.");
   std::string list;

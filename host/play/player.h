@@ -73,7 +73,6 @@ class Player {
   void expect_end(const terminal::Ending &wanted);
   std::optional<pid_t> command_in_box() const;
   void tell(const std::string &what, const std::string &output);
-  std::string framed(const std::vector<std::string> &rows, std::string_view caption) const;
 
   Stage &stage_;
   Transcript &transcript_;

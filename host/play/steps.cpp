@@ -132,10 +132,4 @@ int whole_number_of(const std::string &word) {
   return box::number_in<int>(word).value_or(0);
 }
 
-std::string joined(const Words &words) {
-  std::string line;
-  for (const auto &word : words) line += (line.empty() ? "" : " ") + word;
-  return line;
-}
-
 }  // namespace play

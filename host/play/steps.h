@@ -40,7 +40,4 @@ std::string step_names();
 std::chrono::milliseconds seconds_of(const std::string &word);
 int whole_number_of(const std::string &word);
 
-// Words as they were written, a blank between two.
-std::string joined(const Words &words);
-
 }  // namespace play

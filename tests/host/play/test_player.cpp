@@ -1,55 +1,17 @@
 #include <gtest/gtest.h>
-#include <sys/stat.h>
 
-#include <cstdlib>
+#include <csignal>
 #include <filesystem>
 #include <fstream>
-#include <sstream>
 
-#include "host/terminal/player.h"
+#include "tests/host/play/play_test.h"
 
 namespace {
 
-using terminal::Player;
-using terminal::ScriptError;
-
-// A stand-in for spbox that runs commands where it stands, and says what else it was asked.
-class PlayerTest : public testing::Test {
- protected:
-  void SetUp() override {
-    char name[] = "/tmp/test_player.XXXXXX";
-    folder_ = mkdtemp(name);
-    std::ofstream spbox(folder_ / "spbox");
-    spbox << "#!/bin/sh\n"
-             "if [ $1 = run ]; then shift 3; exec \"$@\"; fi\n"
-             "echo asked: $*\n"
-             "[ $1 != refuse ]\n";
-    spbox.close();
-    chmod((folder_ / "spbox").c_str(), 0755);
-  }
-  void TearDown() override { std::filesystem::remove_all(folder_); }
-
-  std::string play(const std::string &text) {
-    std::istringstream script(text);
-    std::ostringstream out;
-    Player({folder_ / "spbox", "the/box"}, out).play(script, "walk.play");
-    return out.str();
-  }
-
-  std::string error_of(const std::string &text) {
-    try {
-      play(text);
-    } catch (const ScriptError &error) {
-      return error.what();
-    }
-    return "no error";
-  }
-
-  std::filesystem::path folder_;
-};
+using PlayerTest = PlayTest;
 
 TEST_F(PlayerTest, PrintsTheScreenThatTheOperatorSees) {
-  EXPECT_EQ(play("start sh -c \"echo Which?; read n; echo you said $n\"\n"
+  EXPECT_EQ(play("start sh -c \"echo Which?; read n; echo you said $$n\"\n"
                  "wait \"Which?\"\n"
                  "type \"3\\n\"\n"
                  "wait \"you said\"\n"
@@ -72,7 +34,7 @@ TEST_F(PlayerTest, PrintsTheScreenThatTheOperatorSees) {
 TEST_F(PlayerTest, LetsTheTechnicianWorkOnTheBox) {
   EXPECT_EQ(play("spbox pull /PSU#3"),
             "The technician: spbox pull /PSU#3\n"
-            "    asked: pull the/box /PSU#3\n"
+            "    asked: pull /PSU#3\n"
             "\n");
 }
 
@@ -80,37 +42,177 @@ TEST_F(PlayerTest, PrintsTheScriptsOwnWords) {
   EXPECT_EQ(play("say \"Now the list.\""), "Now the list.\n\n");
 }
 
+TEST_F(PlayerTest, MakesABoxOfTheModel) {
+  EXPECT_EQ(play("box qe2"), "A box of model qe2.\n\n");
+  EXPECT_TRUE(std::filesystem::exists(path("box")));
+}
+
+TEST_F(PlayerTest, TakesABoxThatIsThereIfItIsOfTheModel) {
+  make_box("qa");
+  EXPECT_EQ(play("box qa"), "A box of model qa.\n\n");
+  EXPECT_EQ(error_of("box qe2"),
+            "walk.play:1: `box qe2`: box is a box of model qa. Give one of model qe2, or a folder that does not exist "
+            "yet.\n");
+}
+
 TEST_F(PlayerTest, ShowsTheScreenWhenATextDoesNotComeUp) {
-  EXPECT_EQ(error_of("\nstart echo hello\nwait \"Which?\"\n"),
-            "walk.play:3: \"Which?\" did not come up. The screen:\n"
-            "+-- screen -------------------------------------------------------------------\n"
-            "| hello\n"
-            "+-----------------------------------------------------------------------------\n"
-            "\n");
+  EXPECT_EQ(
+      error_of("\nstart echo hello\nwait \"Which?\"\n"),
+      "walk.play:3: `wait \"Which?\"`: \"Which?\" did not come up in 10 s. The command has ended with exit status "
+      "0.\n"
+      "+-- the screen ---------------------------------------------------------------\n"
+      "| hello\n"
+      "+-----------------------------------------------------------------------------\n");
+}
+
+TEST_F(PlayerTest, NamesTheScriptAndTheOnesThatPlayIt) {
+  write("inner.play", "start echo hello\nwait \"$WHAT\"\n");
+  const auto error = error_of("say \"on\"\nplay inner.play WHAT=Which?\n");
+  EXPECT_EQ(
+      error.substr(0, error.find("+--")),
+      "inner.play:2: `wait \"$WHAT\"`: \"Which?\" did not come up in 10 s. The command has ended with exit status "
+      "0.\n  played from walk.play:2\n");
+}
+
+// The command asks twice in the same words, and the answer to the first question takes its time.
+constexpr const char *kAsksTwice =
+    "start sh -c \"echo Sure?; read a; sleep 0.3; echo Sure?; read b; echo $$a$$b\"\n"
+    "wait \"Sure?\"\n"
+    "type \"1\\n\"\n";
+
+TEST_F(PlayerTest, DoesNotTakeAnOldQuestionForANewOne) {
+  const auto told = play(std::string(kAsksTwice) + "wait \"Sure?\"\nscreen \"asked again\"\ntype \"2\\n\"\nexit 0\n");
+  EXPECT_NE(told.find("| Sure?\n| 1\n| Sure?\n+"), std::string::npos) << told;
+}
+
+TEST_F(PlayerTest, SaysThatWhatItSeesIsOld) {
+  EXPECT_EQ(
+      reason_of("start sh -c \"echo Sure?; read a; sleep 9\"\nwait \"Sure?\"\ntype \"1\\n\"\npatience 0.1\n"
+                "wait \"Sure?\"\n"),
+      "walk.play:5: `wait \"Sure?\"`: \"Sure?\" did not come up in 0.1 s; what the screen shows of it is older than "
+      "the last keys.");
+}
+
+TEST_F(PlayerTest, WaitsForWhatTheNextCommandPrints) {
+  EXPECT_EQ(reason_of("start echo ready\nwait \"ready\"\nexit 0\nstart true\nwait \"ready\"\n").substr(0, 64),
+            "walk.play:5: `wait \"ready\"`: \"ready\" did not come up in 10 s; wh");
+}
+
+TEST_F(PlayerTest, SeesThatATextIsAbsent) {
+  EXPECT_EQ(reason_of("start echo hello\nexit 0\nabsent \"bye\"\n"), "no error");
+  EXPECT_EQ(reason_of("start echo hello\nexit 0\nabsent \"ell\"\n"),
+            "walk.play:3: `absent \"ell\"`: the screen shows it.");
 }
 
 TEST_F(PlayerTest, IsPatientAsLongAsItIsTold) {
-  EXPECT_EQ(error_of("patience 0\nstart sleep 30\nwait \"Which?\"\n").substr(0, 37),
-            "walk.play:3: \"Which?\" did not come up");
-  EXPECT_EQ(error_of("patience 0\nstart sleep 30\nexit 0\n").substr(0, 38), "walk.play:3: the command does not end.");
+  EXPECT_EQ(reason_of("patience 0\nstart sleep 30\nwait \"Which?\"\n"),
+            "walk.play:3: `wait \"Which?\"`: \"Which?\" did not come up in 0 s.");
+  EXPECT_EQ(reason_of("patience 0.1\nstart sleep 30\nexit 0\n"),
+            "walk.play:3: `exit 0`: the command did not end in 0.1 s.");
 }
 
 TEST_F(PlayerTest, ChecksHowTheCommandEnds) {
-  const auto error = error_of("start sh -c \"exit 4\"\nexit 0\n");
-  EXPECT_EQ(error.substr(0, error.find(". The screen")),
-            "walk.play:2: the command ended with exit status 4, not with exit status 0");
+  EXPECT_EQ(reason_of("start sh -c \"exit 4\"\nexit 0\n"),
+            "walk.play:2: `exit 0`: the command ended with exit status 4.");
+  EXPECT_EQ(reason_of("start sh -c \"exit 4\"\nexit 4\n"), "no error");
+}
+
+TEST_F(PlayerTest, ChecksWhatTheCommandDiesOf) {
+  EXPECT_EQ(reason_of("start sh -c \"exit 130\"\ndies INT\n"), "no error");  // as a shell tells it, and spbox
+  EXPECT_EQ(reason_of("start sh -c \"exit 143\"\ndies INT\n"),
+            "walk.play:2: `dies INT`: the command ended with exit status 143.");
+}
+
+TEST_F(PlayerTest, StartsOneCommandAtATime) {
+  EXPECT_EQ(reason_of("start sleep 30\nstart true\n"), "walk.play:2: `start true`: the command before still runs");
+  EXPECT_EQ(reason_of("start true\nexit 0\nstart true\nexit 0\n"), "no error");
+}
+
+TEST_F(PlayerTest, NeedsACommandToWorkWith) {
+  for (const char *step : {"wait \"x\"", "absent \"x\"", "type \"x\"", "screen \"x\"", "exit 0", "dies 1", "signal INT",
+                           "hangup", "in_order"}) {
+    EXPECT_EQ(error_of(step), std::string("walk.play:1: `") + step + "`: no command was started on the terminal\n");
+  }
+  EXPECT_EQ(reason_of("start true\nexit 0\ntype \"x\"\n"),
+            "walk.play:3: `type \"x\"`: no command runs that would read it.");
+}
+
+TEST_F(PlayerTest, GivesTheNextCommandATerminalOfThisSize) {
+  EXPECT_EQ(reason_of("terminal 50 132\nstart stty size\nwait \"50 132\"\nexit 0\n"), "no error");
+  EXPECT_EQ(reason_of("start sleep 30\nterminal 50 132\n"),
+            "walk.play:2: `terminal 50 132`: a command runs on the terminal: wait for its end first");
+}
+
+TEST_F(PlayerTest, CutsTheLine) {
+  const std::string hears =
+      "start sh -c \"trap 'exit 3' HUP; echo up; while :; do sleep 0.05; done\"\nwait \"up\"\nhangup\n";
+  EXPECT_EQ(reason_of(hears + "exit 3\nstart echo again\nwait \"again\"\nexit 0\n"), "no error");
+  EXPECT_EQ(reason_of(hears + "type \"x\"\n"), "walk.play:4: `type \"x\"`: the operator's line was cut");
+}
+
+TEST_F(PlayerTest, Pauses) {
+  EXPECT_EQ(reason_of("pause 0\nstart sh -c \"sleep 0.1; echo late\"\npause 0.3\nabsent \"late\"\n"),
+            "walk.play:4: `absent \"late\"`: the screen shows it.");
 }
 
 TEST_F(PlayerTest, StopsWhereTheTechnicianIsRefused) {
-  EXPECT_EQ(error_of("spbox refuse /PSU#99"),
-            "walk.play:1: spbox refuse /PSU#99 ended with exit status 1:\nasked: refuse the/box /PSU#99\n");
+  EXPECT_EQ(error_of("spbox show /PSU#99"),
+            "walk.play:1: `spbox show /PSU#99`: it ended with exit status 1:\n    Model qe2\n");
 }
 
-TEST_F(PlayerTest, SaysHowAStepIsWritten) {
-  EXPECT_EQ(error_of("wait"), "walk.play:1: write it as: wait \"text\"");
-  EXPECT_EQ(error_of("exit soon"), "walk.play:1: \"soon\" is no number");
-  EXPECT_EQ(error_of("jump"),
-            "walk.play:1: unknown step \"jump\"; the steps are start, wait, type, screen, exit, spbox, patience, say");
+TEST_F(PlayerTest, ChecksWhatSpboxSays) {
+  EXPECT_EQ(reason_of("spbox show /PSU#3\nsays \"qe2\"\nsays not \"qe1\"\n"), "no error");
+  EXPECT_EQ(error_of("spbox show /PSU#3\nsays \"qe1\"\n"),
+            "walk.play:2: `says \"qe1\"`: spbox said something else:\n    Model qe2\n");
+  EXPECT_EQ(error_of("spbox show /PSU#3\nsays not \"qe2\"\n"),
+            "walk.play:2: `says not \"qe2\"`: spbox said it:\n    Model qe2\n");
+  EXPECT_EQ(error_of("says \"qe1\"\n"), "walk.play:1: `says \"qe1\"`: no step `spbox` came before it.\n");
+}
+
+TEST_F(PlayerTest, LetsATechnicianWorkBesideTheOperator) {
+  EXPECT_EQ(play("hands \"insert\"\nstart touch " + path("insert") + "\nexit 0\nhandsdone\nsay \"on\"\n"),
+            "A technician works beside the operator: insert\n"
+            "\n"
+            "The operator starts: touch insert\n"
+            "\n"
+            "The command ends with exit status 0.\n"
+            "\n"
+            "The technician is done: insert\n"
+            "    worked: insert\n"
+            "\n"
+            "on\n"
+            "\n");
+}
+
+TEST_F(PlayerTest, WaitsForTheTechnicianAtTheEnd) {
+  const auto told = play("hands \"insert\"\nstart touch " + path("insert") + "\nexit 0\n");
+  EXPECT_TRUE(told.ends_with("    worked: insert\n\n")) << told;
+}
+
+TEST_F(PlayerTest, FailsWithTheTechnician) {
+  EXPECT_EQ(error_of("hands \"fail\"\nstart touch " + path("fail") + "\nexit 0\n"),
+            "walk.play:1: `hands \"fail\"`: the technician gave up.\n"
+            "+-- the screen ---------------------------------------------------------------\n"
+            "+-----------------------------------------------------------------------------\n"
+            "The technician of walk.play:1 until then:\n"
+            "    worked: fail\n");
+  EXPECT_EQ(reason_of("hands \"late\"\nsay \"on\"\n"), "walk.play:1: `hands \"late\"`: the technician gave up.");
+  EXPECT_EQ(reason_of("hands \"never\"\npatience 0.1\nhandsdone\n"),
+            "walk.play:1: `hands \"never\"`: the technician's work was not done 0.1 s after it was asked for.");
+}
+
+TEST_F(PlayerTest, TellsOfTheTechnicianWhenTheOperatorFails) {
+  const auto error = error_of("hands \"never\"\nstart true\nexit 1\n");
+  EXPECT_TRUE(error.ends_with("The technician of walk.play:1 until then:\n    nothing\n")) << error;
+}
+
+TEST_F(PlayerTest, LeavesNoCommandBehind) {
+  const std::string deaf = "trap '' TERM; echo $$$$ >" + path("pid") + "; echo up; while :; do sleep 0.05; done";
+  EXPECT_EQ(reason_of("start sh -c \"" + deaf + "\"\nwait \"up\"\n"), "no error");
+  pid_t process = 0;
+  std::ifstream(path("pid")) >> process;
+  ASSERT_GT(process, 0);
+  EXPECT_EQ(kill(process, 0), -1) << "process " << process << " still runs";
 }
 
 }  // namespace

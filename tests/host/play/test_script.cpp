@@ -34,7 +34,7 @@ TEST(Script, BlanksSeparateWords) {
 TEST(Script, EmptyLinesAndCommentsAreNoSteps) {
   const auto steps = read("\n# the walk\n  \nexit 0\n");
   ASSERT_EQ(steps.size(), 1U);
-  EXPECT_EQ(steps[0].line, 4);
+  EXPECT_EQ(steps[0].number, 4);
 }
 
 TEST(Script, QuotedWordsKeepBlanksAndKnowEscapes) {

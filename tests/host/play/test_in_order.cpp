@@ -1,0 +1,115 @@
+#include <gtest/gtest.h>
+
+#include <fstream>
+
+#include "host/box/database.h"
+#include "host/play/in_order.h"
+#include "tests/host/play/play_test.h"
+
+namespace {
+
+using Sentences = std::vector<std::string>;
+
+class InOrderTest : public PlayTest {
+ protected:
+  InOrderTest() { make_box("qe2"); }
+
+  // What a play finds that ends with in_order: the lines between the first one and the screen.
+  std::string found_after(const std::string &text, const std::string &in_order = "in_order") {
+    const auto error = error_of(text + in_order + "\n");
+    const auto begin = error.find('\n') + 1;
+    return error == "no error" ? "" : error.substr(begin, error.find("+--") - begin);
+  }
+};
+
+struct Row {
+  const char *says;
+  const char *key, *value;
+  Sentences found;
+};
+
+const Row kRows[] = {
+    {"an LED blinks", "led /PSU#3", "blink", {"the LED of /PSU#3 blinks"}},
+    {"an LED is on", "led /FAN_A#1", "on", {"the LED of /FAN_A#1 is on"}},
+    {"an LED is off", "led /PSU#3", "off", {}},
+    {"a unit has its maintenance flag", "flag /CMU#0", "start", {"/CMU#0 is under maintenance"}},
+    {"all fans are fast", "fan", "high", {"the fans run at speed \"high\""}},
+    {"one tray's fans are fast", "fan /FAN_A#1", "high", {"the fans of /FAN_A#1 run at speed \"high\""}},
+    {"one tray's fans are slow", "fan /FAN_A#1", "low", {}},
+    {"the server is in maintenance mode", "maintenance", "lock", {"maintenance mode is on"}},
+    {"a unit is out of operation", "detached /PSU#3", "yes", {"/PSU#3 is detached"}},
+};
+
+TEST_F(InOrderTest, NamesEverySettingThatACommandHasToTakeBack) {
+  EXPECT_EQ(play::hardware_not_in_order(place(), {}), Sentences{});
+  for (const Row &row : kRows) {
+    box::Hardware hardware(place());
+    const auto before = hardware.all();
+    hardware.set(row.key, row.value);
+    EXPECT_EQ(play::hardware_not_in_order(place(), {}), row.found) << row.says;
+    hardware.set_all(before);
+    hardware.clear(before.contains(row.key) ? "none" : row.key);
+  }
+}
+
+TEST_F(InOrderTest, LetsTheNamedUnitsBeDetached) {
+  box::Hardware hardware(place());
+  hardware.set_detached("/PSU#3", true);
+  hardware.set_detached("/PSU#4", true);
+  hardware.set_led("/PSU#3", "on");
+  EXPECT_EQ(play::hardware_not_in_order(place(), {"PSU#3", "/PSU#4"}), Sentences{"the LED of /PSU#3 is on"});
+  EXPECT_EQ(play::hardware_not_in_order(place(), {"/PSU#4"}),
+            (Sentences{"/PSU#3 is detached", "the LED of /PSU#3 is on"}));
+}
+
+TEST_F(InOrderTest, NamesALockedDatabase) {
+  box::Database current(place().database(2));
+  ASSERT_TRUE(current.lock());
+  EXPECT_EQ(play::locked_databases(place()), Sentences{"database 2 is locked"});
+  ASSERT_TRUE(current.unlock());
+  EXPECT_EQ(play::locked_databases(place()), Sentences{});
+}
+
+TEST_F(InOrderTest, IsContentWithACommandThatLeavesNothing) {
+  EXPECT_EQ(found_after("start sh -c \"stty -echo; stty echo; : >" + path("box/tmp/empty") + "\"\nexit 0\n"), "");
+}
+
+TEST_F(InOrderTest, NamesTheModeOfTheTerminal) {
+  EXPECT_EQ(found_after("start stty -echo -icanon\nexit 0\n"),
+            "    the terminal has another mode than before: echo off, lines off, interrupt on\n");
+}
+
+TEST_F(InOrderTest, AsksNothingOfATerminalWhoseLineIsCut) {
+  EXPECT_EQ(
+      found_after("start sh -c \"stty -echo; echo up; exec sleep 30\"\nwait \"up\"\nhangup\ndies 1\n").substr(0, 40),
+      "");
+}
+
+TEST_F(InOrderTest, NamesTheProcessesOfTheCommand) {
+  EXPECT_EQ(found_after("start sh -c \"sleep 30 & exit 0\"\nexit 0\n"), "    sleep still runs\n");
+  EXPECT_EQ(found_after("start cat\n"), "    cat still runs\n");
+}
+
+TEST_F(InOrderTest, NamesTheFilesOfTheCommandAndOfNobodyElse) {
+  std::ofstream(path("box/tmp/mine")) << "there before";
+  EXPECT_EQ(
+      found_after("start sh -c \"mkdir " + path("box/tmp/a") + "; echo 1 >" + path("box/tmp/a/list") + "\"\nexit 0\n"),
+      "    the file /tmp/a/list is left\n");
+}
+
+TEST_F(InOrderTest, NamesAllThatIsNotInOrder) {
+  box::Hardware(place()).set_led("/PSU#3", "blink");
+  EXPECT_EQ(found_after("start sh -c \"sleep 30 & stty -echo; echo 1 >" + path("box/tmp/list") + "\"\nexit 0\n",
+                        "in_order but /PSU#3"),
+            "    the LED of /PSU#3 blinks\n"
+            "    the terminal has another mode than before: echo off, lines on, interrupt on\n"
+            "    sleep still runs\n"
+            "    the file /tmp/list is left\n");
+}
+
+TEST_F(InOrderTest, DoesNotTakeATechnicianForTheCommand) {
+  const auto hands = "start true\nexit 0\nhands \"" + place().root().filename().string() + "\"\n";
+  EXPECT_EQ(found_after(hands), "");
+}
+
+}  // namespace

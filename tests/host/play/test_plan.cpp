@@ -1,0 +1,113 @@
+#include <gtest/gtest.h>
+
+#include "tests/host/play/play_test.h"
+
+namespace {
+
+using PlanTest = PlayTest;
+
+struct Row {
+  const char *says;
+  const char *line;
+  const char *wrong;
+};
+
+constexpr Row kRows[] = {
+    {"a step must be known", "jump high",
+     "there is no step \"jump\"; there are box, terminal, play, start, wait, absent, type, screen, exit, dies, signal, "
+     "hangup, hands, handsdone, spbox, says, in_order, patience, pause and say"},
+    {"a step has its words", "wait", "write it as: wait \"text\""},
+    {"and no more of them", "hangup now", "write it as: hangup"},
+    {"a model is one that is made", "box qz", "there is no model \"qz\"; the models are qa, qb1, qb2, qe1, qe2 or qe3"},
+    {"a terminal has a row", "terminal 0 80", "a terminal has at least one row and one column"},
+    {"and a size that a person could see", "terminal 24 8000",
+     "\"8000\" is no number of columns: a number from 0 to 500"},
+    {"an exit status is a number", "exit soon", "\"soon\" is no exit status: a number from 0 to 255"},
+    {"of one byte", "exit 256", "\"256\" is no exit status: a number from 0 to 255"},
+    {"a command dies of a signal", "dies OFTEN", "there is no signal \"OFTEN\"; give a name such as TERM, or a number"},
+    {"and gets one", "signal 0", "there is no signal \"0\"; give a name such as TERM, or a number"},
+    {"hands do what technicians do", "hands \"juggle /PSU#3\"", "nobody can juggle"},
+    {"spbox has verbs", "spbox paint /PSU#3", "\"paint\" is no verb that works on a box; those are pull, show"},
+    {"text is said or not", "says never \"this\"", "write it as: says \"text\", or says not \"text\""},
+    {"exceptions to the order are units", "in_order but", "write it as: in_order but /PSU#3"},
+    {"and come behind their word", "in_order /PSU#3", "write it as: in_order but /PSU#3"},
+    {"patience is in seconds", "patience long", "\"long\" is no number of seconds from 0 to 86400; write 3, or 0.5"},
+    {"a pause is none of the past", "pause -1", "\"-1\" is no number of seconds from 0 to 86400; write 3, or 0.5"},
+    {"nobody waits for an empty text", "wait \" \"", "the text is empty"},
+    {"a value has a name", "play inner.play 3=4", "\"3=4\" gives no value: write NAME=VALUE"},
+    {"a name has a value", "say \"$WHO\"", "nobody gave $WHO a value; $$ is a dollar"},
+    {"a dollar is written twice", "say \"5 $\"", "a $ stands before a name; $$ is a dollar"},
+};
+
+TEST_F(PlanTest, TellsWhatIsWrongWithAStep) {
+  for (const Row &row : kRows) {
+    EXPECT_EQ(wrong_with(std::string("# a walk\n") + row.line + "\n"),
+              std::string("walk.play:2: `") + row.line + "`: " + row.wrong)
+        << row.says;
+  }
+}
+
+TEST_F(PlanTest, TakesEveryStepAsItsHelpWritesIt) {
+  const auto steps = read(
+      "box qe2\nterminal 50 132\nstart ls -l\nwait \"text\"\nabsent \"text\"\ntype \"3\\n\"\nscreen \"caption\"\nexit "
+      "255\n"
+      "dies SIGHUP\nsignal SIGINT\nsignal 9\n"
+      "hangup\nhands \"pull /PSU#3\"\nhandsdone\nspbox pull /PSU#3\nsays \"x\"\nsays not \"x\"\nin_order\n"
+      "in_order but /PSU#3 /PSU#4\npatience 0.5\npause 0\nsay \"text\"\n"
+      "# and that is all\n");
+  EXPECT_EQ(steps.size(), 22U);
+}
+
+TEST_F(PlanTest, ReadsAllBeforeAnythingIsPlayed) {
+  write("inner.play", "exit 0\njump\n");
+  EXPECT_EQ(error_of("start touch " + path("done") + "\nexit 0\nplay inner.play\n").substr(0, 12), "inner.play:2");
+  EXPECT_FALSE(std::filesystem::exists(path("done")));
+}
+
+TEST_F(PlanTest, PutsAScriptInThePlaceOfItsStep) {
+  std::filesystem::create_directory(path("parts"));
+  write("parts/inner.play", "say \"two\"\nplay last.play\n");
+  write("parts/last.play", "say \"three\"\n");
+  const auto steps = read("say \"one\"\nplay parts/inner.play\nsay \"four\"\n");
+  ASSERT_EQ(steps.size(), 4U);
+  const char *words[] = {"one", "two", "three", "four"};
+  for (std::size_t i = 0; i < 4; ++i) EXPECT_EQ(steps[i].words[0], words[i]);
+  EXPECT_EQ(without_folder(steps[2].place), "parts/last.play:1");
+  EXPECT_EQ(without_folder(steps[2].via), "\n  played from parts/inner.play:2\n  played from walk.play:2");
+}
+
+TEST_F(PlanTest, GivesAScriptTheValuesOfItsStepAndNoOthers) {
+  write("inner.play", "say \"$UNIT and $B_2, for $$5\"\n");
+  const auto steps = read("play inner.play UNIT=$X/PSU#3 B_2=a=b\n", {{"X", "/CMU#0"}});
+  EXPECT_EQ(steps[0].words[0], "/CMU#0/PSU#3 and a=b, for $5");
+  EXPECT_EQ(wrong_with("play inner.play UNIT=3\n", {{"B_2", "of the outer one"}}),
+            "inner.play:1: `say \"$UNIT and $B_2, for $$5\"`: nobody gave $B_2 a value; $$ is a dollar\n"
+            "  played from walk.play:1");
+}
+
+TEST_F(PlanTest, NamesTheScriptThatIsNotThereAndWhoWantedIt) {
+  EXPECT_EQ(wrong_with("play nowhere.play"),
+            "nowhere.play: No such file or directory. Name a script that can be read.\n  played from walk.play:1");
+  std::filesystem::create_directory(path("folder"));
+  EXPECT_EQ(wrong_with("play folder"),
+            "folder: it is a folder. Name a script that can be read.\n  played from walk.play:1");
+}
+
+TEST_F(PlanTest, NamesWhoPlaysAScriptThatCannotBeRead) {
+  write("inner.play", "say \"open\n");
+  EXPECT_EQ(wrong_with("play inner.play"), "inner.play:1: the closing \" is missing\n  played from walk.play:1");
+}
+
+TEST_F(PlanTest, AScriptThatPlaysItselfIsAnError) {
+  const auto wrong = wrong_with("play walk.play\n");
+  EXPECT_EQ(wrong.substr(0, wrong.find('\n')),
+            "walk.play:1: `play walk.play`: more than 16 scripts play one another. Does one play itself?");
+}
+
+TEST_F(PlanTest, APlayHasOneBox) {
+  EXPECT_EQ(wrong_with("box qe2\nbox qe1\n"), "walk.play:2: `box qe1`: a play has one box");
+  EXPECT_EQ(wrong_with("spbox show /PSU#3\nbox qe1\n"),
+            "walk.play:2: `box qe1`: the steps before it have worked on a box already");
+}
+
+}  // namespace

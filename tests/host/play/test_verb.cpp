@@ -1,0 +1,221 @@
+// spbox play as a person runs it, on boxes that commands enter through a root of their own.
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+
+#include <csignal>
+#include <fstream>
+#include <iterator>
+#include <sstream>
+
+#include "host/box/number.h"
+#include "host/box/place.h"
+#include "host/play/helper.h"
+#include "host/play/steps.h"
+#include "host/terminal/run.h"
+#include "tests/eventually.h"
+#include "tests/host/box/scratch.h"
+
+namespace {
+
+namespace fs = std::filesystem;
+using namespace std::chrono_literals;
+using Words = std::vector<std::string>;
+
+class PlayVerb : public testing::Test {
+ protected:
+  PlayVerb() { fs::create_directory(scratch_ / "boxes"); }
+
+  void write(const std::string &name, const std::string &text) const { std::ofstream(scratch_ / name.c_str()) << text; }
+  std::string text_of(const char *name) const {
+    std::ifstream file(scratch_ / name);
+    return {std::istreambuf_iterator<char>(file), {}};
+  }
+
+  Words command(const Words &words) const {
+    Words command{"/usr/bin/env", "-C", scratch_.path(), "TMPDIR=" + (scratch_ / "boxes").string(), SPBOX, "play"};
+    command.insert(command.end(), words.begin(), words.end());
+    return command;
+  }
+  terminal::Done play(const std::string &text, const Words &words = {}) const {
+    write("walk.play", text);
+    Words all{"walk.play"};
+    all.insert(all.end(), words.begin(), words.end());
+    return terminal::run(command(all));
+  }
+  void expect_done(const std::string &text, const Words &words = {}) const {
+    const auto done = play(text, words);
+    EXPECT_EQ(done.exit_status, 0) << done.output;
+    EXPECT_TRUE(fs::is_empty(scratch_ / "boxes"));
+  }
+
+  Scratch scratch_;
+};
+
+// Whether a process has this argument.
+bool runs(const std::string &argument) {
+  for (const auto &process : fs::directory_iterator("/proc")) {
+    std::ifstream arguments(process.path() / "cmdline");
+    for (std::string word; std::getline(arguments, word, '\0');) {
+      if (word == argument) return true;
+    }
+  }
+  return false;
+}
+
+TEST_F(PlayVerb, PlaysOnABoxThatIsGoneAfterwards) {
+  const auto done = play("box qe2\nstart sh -c \"test -e /tmp/.qe2 && echo here\"\nwait \"here\"\nexit 0\nin_order\n");
+  EXPECT_EQ(done.exit_status, 0);
+  EXPECT_EQ(done.output,
+            "A box of model qe2.\n\nThe operator starts: sh -c test -e /tmp/.qe2 && echo here\n\n"
+            "The command ends with exit status 0.\n\nAll is in order.\n\n");
+  EXPECT_TRUE(fs::is_empty(scratch_ / "boxes"));
+}
+
+TEST_F(PlayVerb, RemovesItsBoxWhenAStepFails) {
+  const auto done = play("box qe2\nstart sleep 30\npatience 0.1\nwait \"ready\"\n");
+  EXPECT_EQ(done.exit_status, 1);
+  EXPECT_NE(done.output.find("walk.play:4: `wait \"ready\"`: \"ready\" did not come up in 0.1 s.\n+-- the screen"),
+            std::string::npos)
+      << done.output;
+  EXPECT_TRUE(fs::is_empty(scratch_ / "boxes"));
+}
+
+TEST_F(PlayVerb, RemovesItsBoxAndEndsItsCommandWhenItIsInterrupted) {
+  const std::string unlike_any_other = "3" + std::to_string(getpid()) + ".25";
+  write("walk.play", "box qe2\nhands \"when led /PSU#3 on\"\nstart sleep " + unlike_any_other + "\nexit 0\n");
+  for (const int signal : {SIGTERM, SIGINT, SIGHUP}) {
+    play::Helper player(command({"walk.play"}), -1);
+    ASSERT_TRUE(eventually([&] { return runs(unlike_any_other); })) << player.output();
+    kill(player.pid(), signal);
+    EXPECT_EQ(player.wait(20s), 128 + signal);
+    EXPECT_FALSE(runs(unlike_any_other));
+    EXPECT_FALSE(runs("when led /PSU#3 on"));
+    EXPECT_TRUE(fs::is_empty(scratch_ / "boxes"));
+  }
+}
+
+TEST_F(PlayVerb, EndsWhatHasLeftTheCommandsSession) {
+  const std::string unlike_any_other = "4" + std::to_string(getpid()) + ".25";
+  const auto done = play("box qe2\nstart sh -c \"setsid sleep " + unlike_any_other +
+                         " >/dev/null 2>&1 & sleep 0.2\"\nexit 0\nin_order\n");
+  EXPECT_EQ(done.exit_status, 1);
+  EXPECT_NE(done.output.find("    sleep still runs\n"), std::string::npos) << done.output;
+  EXPECT_FALSE(runs(unlike_any_other));
+  EXPECT_TRUE(fs::is_empty(scratch_ / "boxes"));
+}
+
+TEST_F(PlayVerb, KeepsABoxThatItWasAskedFor) {
+  expect_done("box qe2\nspbox pull /PSU#3\n", {"--box", "mine"});
+  expect_done("spbox show /PSU#3\nsays \"Not installed\"\n", {"--box", "mine"});
+  const auto done = play("box qa\n", {"--box", "mine"});
+  EXPECT_EQ(done.exit_status, 1);
+  EXPECT_NE(done.output.find("is a box of model qe2. Give one of model qa"), std::string::npos) << done.output;
+  EXPECT_EQ(play("spbox show /PSU#3\nsays \"Faulted\"\n", {"--box", "mine"}).exit_status, 1);
+  EXPECT_TRUE(fs::exists(scratch_ / "mine/mgb"));
+}
+
+struct Nonsense {
+  const char *says;
+  const char *script;
+  Words words;
+  const char *told;
+};
+
+TEST_F(PlayVerb, RefusesWhatMakesNoSenseBeforeTheFirstStep) {
+  const Nonsense rows[] = {
+      {"an unknown step",
+       "box qe2\nsay \"begun\"\njump\n",
+       {},
+       "walk.play:3: `jump`: there is no step \"jump\"; there are "},
+      {"a verb that does not work on a box",
+       "box qe2\nspbox run ls\n",
+       {},
+       "\"run\" is no verb that works on a box; those are "},
+      {"a technician's step", "box qe2\nhands \"juggle\"\n", {}, "step 1, `juggle`: there is no such step."},
+      {"a script without a box",
+       "say \"begun\"\n",
+       {},
+       "walk.play makes no box. Write `box qe1`, for example, or give one"},
+      {"a box that is none", "say \"begun\"\n", {"--box", "boxes"}, "boxes is no box, and walk.play makes none."},
+      {"a value without a name", "box qe2\n", {"PSU#3"}, "\"PSU#3\" gives no value: write NAME=VALUE"},
+      {"an option that is none", "box qe2\nsay \"begun\"\n", {"--twice"}, "spbox: "},
+  };
+  for (const Nonsense &row : rows) {
+    const auto done = play(row.script, row.words);
+    EXPECT_EQ(done.exit_status, 2) << row.says << ": " << done.output;
+    EXPECT_NE(done.output.find(row.told), std::string::npos) << row.says << ": " << done.output;
+    EXPECT_EQ(done.output.find("begun"), done.output.find("`say \"begun") == std::string::npos ? std::string::npos : 0)
+        << row.says << ": " << done.output;
+  }
+  EXPECT_EQ(terminal::run(command({"nowhere.play"})).output,
+            "nowhere.play: No such file or directory. Name a script that can be read.\n");
+}
+
+TEST_F(PlayVerb, GivesTheScriptValues) {
+  expect_done("box qe2\nspbox show $UNIT\nsays \"/PSU#4\"\n", {"UNIT=/PSU#4"});
+}
+
+TEST_F(PlayVerb, SignalsTheCommandAndNotSpbox) {
+  expect_done(
+      "box qe2\nstart sh -c \"trap 'echo got it' USR1; echo up; while :; do sleep 0.05; done\"\nwait \"up\"\n"
+      "signal USR1\nwait \"got it\"\nsignal TERM\ndies TERM\nstart sleep 30\nsignal KILL\ndies KILL\nin_order\n");
+}
+
+TEST_F(PlayVerb, CutsTheLineOfACommand) {
+  expect_done("box qe2\nstart sleep 30\nhangup\ndies HUP\nin_order\n");
+}
+
+TEST_F(PlayVerb, LetsATechnicianWorkBesideTheOperator) {
+  expect_done(
+      "box qe2\nhands \"when led /PSU#3 blink; pull /PSU#3\"\nstart /mgb/bin/ctlled -u /PSU#3 -c blink\nexit 0\n"
+      "handsdone\nspbox show /PSU#3\nsays \"Not installed\"\n");
+}
+
+TEST_F(PlayVerb, StopsAtOnceWhereATechnicianDoesNotKnowAUnit) {
+  const auto done = play("box qe2\nhands \"after 30; pull /PSU#99\"\nsay \"begun\"\n");
+  EXPECT_EQ(done.exit_status, 1);
+  EXPECT_NE(done.output.find("walk.play:2: `hands \"after 30; pull /PSU#99\"`: the technician gave up."),
+            std::string::npos)
+      << done.output;
+  EXPECT_NE(done.output.find("has no unit /PSU#99"), std::string::npos) << done.output;
+}
+
+TEST_F(PlayVerb, WritesTraceAndLogBehindTheTranscriptAlsoOfAFailure) {
+  const auto done = play("box qe2\nsay \"begun\"\nspbox fault /PSU#3\nsays \"Normal\"\n", {"--transcript", "walk.txt"});
+  EXPECT_EQ(done.exit_status, 1);
+  const auto text = text_of("walk.txt");
+  EXPECT_TRUE(text.starts_with("A box of model qe2.\n\nbegun\n\nThe technician: spbox fault /PSU#3\n")) << text;
+  EXPECT_NE(text.find("walk.play:4: `says \"Normal\"`: spbox said something else:\n"), std::string::npos) << text;
+  EXPECT_TRUE(
+      text.ends_with("==== The trace\n\nThe trace is empty: the library has recorded nothing in this box yet.\n\n"
+                     "==== The log\n\nThe log is empty.\n\n"))
+      << text;
+}
+
+TEST_F(PlayVerb, SaysThatTheTranscriptCannotBeWritten) {
+  const auto done = play("box qe2\nsay \"begun\"\n", {"--transcript", "boxes"});
+  EXPECT_EQ(done.exit_status, 1);
+  EXPECT_EQ(done.output, "spbox: the transcript boxes cannot be written: Is a directory\n");
+}
+
+TEST_F(PlayVerb, DrawsTheSamePictureOfTheSamePlay) {
+  const std::string script =
+      "box qe2\nstart sh -c \"echo 'a < b'; read x\"\nwait \"a < b\"\nscreen \"a & b\"\ntype \"1\\n\"\nexit 0\n"
+      "screen \"the end\"\n";
+  expect_done(script, {"--picture", "one.svg"});
+  expect_done(script, {"--picture", "two.svg"});
+  EXPECT_EQ(text_of("one.svg"), text_of("two.svg"));
+  EXPECT_NE(text_of("one.svg").find(">a &lt; b</text>"), std::string::npos) << text_of("one.svg");
+}
+
+TEST_F(PlayVerb, HelpHasEveryStep) {
+  const auto help = terminal::run({SPBOX, "play", "--help"});
+  EXPECT_EQ(help.exit_status, 0);
+  for (const auto &form : play::step_forms()) {
+    EXPECT_NE(help.output.find("  " + std::string(form.written)), std::string::npos) << form.written;
+  }
+  std::istringstream lines(help.output);
+  for (std::string line; std::getline(lines, line);) EXPECT_LE(line.size(), 80U) << line;
+}
+
+}  // namespace

@@ -1,0 +1,74 @@
+#include <gtest/gtest.h>
+
+#include "host/terminal/screen.h"
+
+namespace {
+
+using terminal::Screen;
+
+class ScreenTest : public testing::Test {
+ protected:
+  Screen screen_{{4, 20}, [](std::string_view) {}};
+};
+
+TEST_F(ScreenTest, ShowsATextWithinALine) {
+  screen_.feed("one\r\ntwo three");
+  EXPECT_TRUE(screen_.shows("wo thr"));
+  EXPECT_FALSE(screen_.shows("one two"));
+}
+
+TEST_F(ScreenTest, TextIsNewUntilTheScreenGrowsOld) {
+  screen_.feed("Sure?");
+  EXPECT_TRUE(screen_.shows_new("Sure?"));
+  screen_.grow_old();
+  EXPECT_FALSE(screen_.shows_new("Sure?"));
+  EXPECT_TRUE(screen_.shows("Sure?"));
+}
+
+TEST_F(ScreenTest, TheSameTextBelowIsNew) {
+  screen_.feed("Sure?");
+  screen_.grow_old();
+  screen_.feed("\r\nSure?");
+  EXPECT_TRUE(screen_.shows_new("Sure?"));
+}
+
+TEST_F(ScreenTest, TheSameTextWrittenOverItselfIsNew) {
+  screen_.feed("Sure?");
+  screen_.grow_old();
+  screen_.feed("\rSur");
+  EXPECT_FALSE(screen_.shows_new("Sure?"));
+  screen_.feed("e?");
+  EXPECT_TRUE(screen_.shows_new("Sure?"));
+}
+
+TEST_F(ScreenTest, OldTextStaysOldWhereverItScrolls) {
+  screen_.feed("1\r\n2\r\nSure?");
+  screen_.grow_old();
+  screen_.feed("\r\n4\r\n5");
+  EXPECT_EQ(screen_.rows()[1], "Sure?");
+  EXPECT_FALSE(screen_.shows_new("Sure?"));
+  EXPECT_TRUE(screen_.shows_new("5"));
+}
+
+TEST_F(ScreenTest, NewTextStaysNewWhereverItScrolls) {
+  screen_.feed("1\r\n2\r\n3\r\n");
+  screen_.grow_old();
+  screen_.feed("Sure?\r\n5\r\n6");
+  EXPECT_EQ(screen_.rows()[1], "Sure?");
+  EXPECT_TRUE(screen_.shows_new("Sure?"));
+  EXPECT_FALSE(screen_.shows_new("3"));
+}
+
+TEST_F(ScreenTest, ABlankMayBeMovedOver) {
+  screen_.feed("             ");
+  screen_.grow_old();
+  screen_.feed("\rDone\033[2Call");
+  EXPECT_TRUE(screen_.shows_new("Done  all"));
+}
+
+TEST_F(ScreenTest, TextThatTheScreenLosesIsNotShown) {
+  screen_.feed("Sure?\033[2K");
+  EXPECT_FALSE(screen_.shows_new("Sure?"));
+}
+
+}  // namespace
