@@ -96,7 +96,7 @@ inline Outcome work_on(const Server &server, const Procedure &procedure, const K
     if (outcome != kDone) return outcome;
     Work work(server, kind, unit, record, procedure.action);
     outcome = walk_steps(procedure, work);
-    if (!work.take_back() && outcome == kDone) outcome = kFailed;
+    if (!work.take_back()) outcome = kFailed;
     if (outcome != kRefused) return outcome;
     outcome = confirm("Type 1 to choose another %s, q to give up: ", kind.one);
     if (outcome != kDone) return outcome;
@@ -119,7 +119,7 @@ inline Outcome walk(const Procedure &procedure, const Kind *kind) {
   Outcome outcome = marked.begin(claim.is_taken_over());
   if (outcome == kDone && kind == nullptr) outcome = choose_kind(server, procedure, kind);
   if (outcome == kDone) outcome = work_on(server, procedure, *kind);
-  if (!maintenance.end() && outcome == kDone) outcome = kFailed;
+  if (!maintenance.end()) outcome = kFailed;
   return outcome;
 }
 

@@ -54,7 +54,10 @@ class Claim {
       return kFailed;
     }
     is_taken_over_ = text[0] != '\0';
-    if (is_taken_over_) std::printf("The last procedure, process %s, died on its way. This one takes over.\n", text);
+    if (other > 0)
+      std::printf("The last procedure, process %d, died on its way. This one takes over.\n", static_cast<int>(other));
+    else if (is_taken_over_)
+      std::printf("%s names no procedure. This one takes over.\n", kFile);
     result = lmainte_put_pinfo(fd);
     is_held_ = result == LMAINTE_OK;
     return is_held_ ? kDone

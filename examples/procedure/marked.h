@@ -1,8 +1,10 @@
 // The units that are marked for replacement: they have a maintenance flag, and stand in the list that the library keeps.
 #pragma once
 
+#include <algorithm>
 #include <cstdint>
 #include <cstdio>
+#include <iterator>
 
 #include "../in_order.h"
 #include "lmainte.h"
@@ -50,6 +52,8 @@ class Marked {
       const bool good = led == LMAINTE_OK && flag == LMAINTE_OK;
       std::printf("It left %s marked, perhaps out of operation. %s.\n", unit.name,
                   good ? "The marks are taken back" : "Its marks could not be taken back: the trace says why");
+      if (const Kind *kind = kind_of(entry->unit_type); kind != nullptr)
+        std::printf("If it is out of operation, put it into operation with: add_unit %s\n", kind->word.data());
     }
   }
 
@@ -57,6 +61,13 @@ class Marked {
     lmainte_swap_fru *head = nullptr;
     lmainte_get_swap_fru_list(&head);
     return head;
+  }
+
+  static const Kind *kind_of(uint32_t type) {
+    const Kind *const end = std::end(kKinds);
+    const Kind *const kind =
+        std::find_if(std::begin(kKinds), end, [&](const Kind &row) { return row.type == static_cast<int32_t>(type); });
+    return kind == end ? nullptr : kind;
   }
 
   static UnitRecord record_of(const lmainte_swap_fru &entry) {

@@ -38,7 +38,8 @@ inline const char *way_out_of(int32_t result) {
     case LMAINTE_LED_FAILED:
       return "The unit does not answer. Check that it is in place, then start again.";
     case LMAINTE_DETACH_FAILED:
-      return "The server still uses the unit. Stop what runs on it, then start again.";
+      return "The server still uses the unit: stop what runs on it, then start again.\n"
+             "If it is out of operation already, put it into operation with add_unit first.";
     case LMAINTE_SETUP_FAILED:
     case LMAINTE_CLEAR_FAILED:
       return "A domain runs on the board, or its other unit is missing. Mend that, then start again.";

@@ -132,7 +132,7 @@ class Work {
     if (result == LMAINTE_OK)
       result =
           with_progress(std::string("Putting ") + unit.name() + " back into operation ", [this] { return bring_up(); });
-    return is_back("is still out of operation", result, std::string("replace_unit ") + kind.word.data());
+    return is_back("is still out of operation", result, std::string("add_unit ") + kind.word.data());
   }
 
   bool is_back(const char *what, int32_t result, const std::string &mend) const {
