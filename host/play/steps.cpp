@@ -83,7 +83,7 @@ void check_seconds(const Words &words, const Checks & /*checks*/) {
 
 constexpr std::array<StepForm, 20> kForms{{
     {"box", 1, 1, "box MODEL", "a new, healthy box of this model", check_model},
-    {"terminal", 2, 2, "terminal ROWS COLUMNS", "its size, for the next commands; 24 80 at first", check_size},
+    {"terminal", 2, 2, "terminal ROWS COLUMNS", "for the next commands; 24 80 at first", check_size},
     {"play", 1, kAny, "play FILE [NAME=VALUE...]", "plays another script, found beside this one", nullptr},
     {"start", 1, kAny, "start COMMAND...", "the operator starts a command in the box", nullptr},
     {"wait", 1, 1, "wait \"text\"",

@@ -7,6 +7,8 @@
 #include <fstream>
 #include <iostream>
 #include <memory>
+#include <sstream>
+#include <utility>
 
 #include "host/box/contents.h"
 #include "host/play/interrupts.h"
@@ -121,9 +123,10 @@ std::string help() {
   std::string text = "Steps:\n";
   for (const auto &form : play::step_forms()) {
     std::string left = "  " + std::string(form.written);
+    if (left.size() >= kColumn) text += std::exchange(left, "") + "\n";
     std::istringstream lines{std::string(form.meaning)};
     for (std::string line; std::getline(lines, line); left.clear()) {
-      left.resize(std::max(left.size() + 1, kColumn), ' ');
+      left.resize(kColumn, ' ');
       text += left + line + "\n";
     }
   }
@@ -142,7 +145,7 @@ void add_play(CLI::App &app, Action &action) {
       ->option_text("FILE");
   verb->add_option("--picture", options->picture, "Write there the screens, as a moving SVG")->option_text("FILE");
   verb->footer(help() +
-               "A word in quotes keeps its blanks and knows the escapes of C. $NAME in a word\n"
+               "\nA word in quotes keeps its blanks and knows the escapes of C. $NAME in a word\n"
                "stands for a value, $$ for a dollar. # begins a comment line. All scripts are\n"
                "read and checked before the first step.\n\n"
                "Without --box, the box is gone after the play. Exit status: 0 played to its\n"

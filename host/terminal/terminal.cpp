@@ -67,6 +67,7 @@ void Terminal::start(const std::vector<std::string> &command) {
   session_.reset();
   grow_old();
   session_.emplace(path_, command);
+  is_end_told_ = false;
 }
 
 void Terminal::type(std::string_view keys) {
@@ -80,11 +81,12 @@ void Terminal::grow_old() {
   screen_.grow_old();
 }
 
-// Takes in what the command writes; false when nothing came.
+// Takes in what the command writes; false when nothing came. The command's end is news, too, once.
 bool Terminal::read_output(milliseconds patience) {
   std::array<pollfd, 3> wait{pollfd{master_, POLLIN, 0}, pollfd{session_ ? session_->news() : -1, POLLIN, 0},
                              pollfd{alarm_, POLLIN, 0}};
-  if (session_ && session_->ending()) wait[1].fd = -1;
+  if (session_ && !is_end_told_ && session_->ending()) return is_end_told_ = true;
+  if (is_end_told_) wait[1].fd = -1;
   if (poll(wait.data(), wait.size(), static_cast<int>(patience.count())) <= 0) return false;
   if (wait[2].revents != 0) throw Interrupted();
   if ((wait[0].revents & POLLIN) == 0) return wait[1].revents != 0;

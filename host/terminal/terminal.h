@@ -79,6 +79,7 @@ class Terminal {
   std::string path_;
   Screen screen_;
   std::optional<Session> session_;
+  bool is_end_told_ = false;
 };
 
 }  // namespace terminal
