@@ -48,7 +48,7 @@ class Claim {
     char text[257] = {};  // the library reads up to 256 bytes and writes no NUL
     int32_t result = lmainte_get_pinfo(fd, text);
     if (result != LMAINTE_OK) return failed(std::string("The file ") + kFile + " could not be read", result, kTryAgain);
-    const pid_t other = lmainte_get_pid(text);
+    const pid_t other = text[0] == '\0' ? 0 : lmainte_get_pid(text);
     if (other > 0 && (kill(other, 0) == 0 || errno == EPERM)) {
       std::printf("Another procedure is running: process %d. Let it end, then start again.\n", static_cast<int>(other));
       return kFailed;

@@ -108,16 +108,30 @@ inline Outcome choose_division(Work &work) {
   return outcome;
 }
 
-// A unit that fails its test is exchanged until one passes, or the operator gives up.
+// What another unit would do better: null where the unit is not to blame.
+inline const char *fault_of_unit(int32_t result) {
+  switch (result) {
+    case LMAINTE_TEST_FAILED:
+      return "failed its test";
+    case LMAINTE_FANSPEED_FAILED:
+      return "does not run at its speed";
+    case LMAINTE_LINK_FAILED:
+      return "does not answer";
+    default:
+      return nullptr;
+  }
+}
+
+// A unit that is no good is exchanged until one is, or the operator gives up.
 inline Outcome bring_up(Work &work) {
   for (;;) {
     int32_t result = work.read();
     if (result != LMAINTE_OK) return not_read(work, result);
     result = with_progress(std::string("Testing ") + work.unit.name() + " ", [&] { return work.bring_up(); });
     if (result == LMAINTE_OK) return kDone;
-    if (result != LMAINTE_TEST_FAILED && result != LMAINTE_FANSPEED_FAILED)
-      return failed(work, " is not in operation", result);
-    std::printf("%s failed its test (result %d). Exchange it for another one.\n", work.unit.name(), result);
+    const char *const fault = fault_of_unit(result);
+    if (fault == nullptr) return failed(work, " is not in operation", result);
+    std::printf("%s %s (result %d). Exchange it for another one.\n", work.unit.name(), fault, result);
     for (const Step step : {take_out, put_in})
       if (const Outcome outcome = step(work); outcome != kDone) return outcome;
   }

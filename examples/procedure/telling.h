@@ -44,7 +44,7 @@ inline const char *way_out_of(int32_t result) {
     case LMAINTE_CLEAR_FAILED:
       return "A domain runs on the board, or its other unit is missing. Mend that, then start again.";
     case LMAINTE_LINK_FAILED:
-      return "The board does not answer. Put in another one, then start again.";
+      return "The board does not answer. Look at its seat, then start again.";
     default:
       return "The control program is missing, failed or took too long; the trace says which.\nThen start again.";
   }
