@@ -21,10 +21,10 @@ class LineReader {
  public:
   explicit LineReader(std::string_view line) : rest_(line) {}
 
-  // Nothing at the end of the line. Throws std::invalid_argument with what is wrong.
+  // Nothing at the end of the line, or of what stands before its comment. Throws std::invalid_argument with what is wrong.
   std::optional<std::string> next_word() {
     rest_.remove_prefix(std::min(rest_.find_first_not_of(" \t\r"), rest_.size()));
-    if (rest_.empty()) return {};
+    if (rest_.empty() || rest_.front() == '#') return {};
     if (rest_.front() == '"') return quoted();
     const auto end = std::min(rest_.find_first_of(" \t\r"), rest_.size());
     std::string word(rest_.substr(0, end));
@@ -85,7 +85,7 @@ std::vector<Line> read_script(std::istream &script, std::string_view name) {
     LineReader reader(line);
     try {
       const auto verb = reader.next_word();
-      if (!verb || verb->starts_with('#')) continue;
+      if (!verb) continue;
       Line read{number, trimmed(line), *verb, {}};
       while (const auto word = reader.next_word()) read.words.push_back(*word);
       lines.push_back(std::move(read));

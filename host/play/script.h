@@ -25,7 +25,7 @@ class ScriptError : public std::runtime_error {
 };
 
 // Blanks separate words. A word in double quotes keeps its blanks and knows the escapes of C: \n \t \r \e \" \\ \003.
-// Empty lines, and lines that begin with '#', are left out. Throws ScriptError.
+// A word that begins with '#' begins a comment. Lines without a word are left out. Throws ScriptError.
 std::vector<Line> read_script(std::istream &script, std::string_view name);
 
 // The reverse, for people: "3", Enter, Ctrl-C.

@@ -146,8 +146,8 @@ void add_play(CLI::App &app, Action &action) {
   verb->add_option("--picture", options->picture, "Write there the screens, as a moving SVG")->option_text("FILE");
   verb->footer(help() +
                "\nA word in quotes keeps its blanks and knows the escapes of C. $NAME in a word\n"
-               "stands for a value, $$ for a dollar. # begins a comment line. All scripts are\n"
-               "read and checked before the first step.\n\n"
+               "stands for a value, $$ for a dollar. # begins a comment. All scripts are read\n"
+               "and checked before the first step.\n\n"
                "Without --box, the box is gone after the play. Exit status: 0 played to its\n"
                "end, 1 a step failed, 2 the script or the command line makes no sense.\n\n"
                "Examples:\n"

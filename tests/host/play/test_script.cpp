@@ -37,6 +37,11 @@ TEST(Script, EmptyLinesAndCommentsAreNoSteps) {
   EXPECT_EQ(steps[0].number, 4);
 }
 
+TEST(Script, ACommentBeginsWithAWord) {
+  EXPECT_EQ(read("spbox pull /PSU#3 # the #3\n")[0].words, (std::vector<std::string>{"pull", "/PSU#3"}));
+  EXPECT_EQ(read("say \"# not one\"")[0].words, (std::vector<std::string>{"# not one"}));
+}
+
 TEST(Script, QuotedWordsKeepBlanksAndKnowEscapes) {
   const auto steps = read(R"(type "a b\n\t\r\e\"\\\003x\101")");
   ASSERT_EQ(steps.size(), 1U);
