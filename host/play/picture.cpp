@@ -12,7 +12,8 @@ namespace {
 // Of a picture, in pixels. A letter's width is that of all common monospaced fonts, 0.6 of their size.
 constexpr double kFont = 14, kLetter = 8.4, kLine = 18, kMargin = 16, kBar = 34, kFoot = 50, kNoteLine = 19,
                  kNoteBase = 14;
-constexpr std::size_t kNoteLength = 84, kNoteLines = 2;  // letters that fit below a window of 80 columns
+constexpr double kNoteLetter = 7.8, kButtons = 75;
+constexpr std::size_t kNoteLines = 2;
 
 // Seconds that a screen is shown.
 constexpr double kGlance = 2, kLetterTime = 0.005, kLongest = 8, kRest = 2;
@@ -82,32 +83,33 @@ std::string row_text(const std::string &row, std::size_t number) {
          xml(text) + "</text>\n";
 }
 
-std::string shortened(const std::string &text) {
-  if (length(text) <= kNoteLength) return text;
+// At most so many letters.
+std::string shortened(const std::string &text, std::size_t longest) {
+  if (length(text) <= longest) return text;
   std::size_t end = 0;
-  for (std::size_t i = 0; i + 3 < kNoteLength; ++i) {
+  for (std::size_t i = 0; i + 3 < longest; ++i) {
     end += std::max<std::size_t>(character_size(std::string_view(text).substr(end)), 1);
   }
   return text.substr(0, end) + "...";
 }
 
 // Sentences in the lines below the window, as far as they fit.
-std::vector<std::string> note_lines(const std::vector<std::string> &notes) {
+std::vector<std::string> note_lines(const std::vector<std::string> &notes, std::size_t longest) {
   std::vector<std::string> lines;
   for (const auto &note : notes) {
-    const bool fits = !lines.empty() && length(lines.back()) + length(note) + 3 <= kNoteLength;
+    const bool fits = !lines.empty() && length(lines.back()) + length(note) + 3 <= longest;
     if (fits) {
       lines.back() += "   " + note;
     } else if (lines.size() < kNoteLines) {
       lines.push_back(note);
     }
   }
-  for (auto &line : lines) line = shortened(line);
+  for (auto &line : lines) line = shortened(line, longest);
   return lines;
 }
 
-std::string note_text(const std::vector<std::string> &notes, double height) {
-  const auto lines = note_lines(notes);
+std::string note_text(const std::vector<std::string> &notes, double width, double height) {
+  const auto lines = note_lines(notes, static_cast<std::size_t>((width - 2 * kMargin) / kNoteLetter));
   double base = height - (kFoot + kNoteLine * static_cast<double>(lines.size())) / 2 + kNoteBase;
   std::string text;
   for (const auto &line : lines) {
@@ -185,10 +187,10 @@ std::string Picture::window(double width, double height) const {
                  kBar);
   text += format("<path d=\"M1 %.1fH%.1fV%.1fa9 9 0 0 1-9 9H10a9 9 0 0 1-9-9z\" fill=\"#252a34\"/>\n", foot, width - 1,
                  height - 10);
-  constexpr std::array<const char *, 3> kButtons{"#e0685f", "#e3b04b", "#6cb56c"};
-  for (std::size_t i = 0; i < kButtons.size(); ++i) {
+  constexpr std::array<const char *, 3> kColours{"#e0685f", "#e3b04b", "#6cb56c"};
+  for (std::size_t i = 0; i < kColours.size(); ++i) {
     text += format("<circle cx=\"%.1f\" cy=\"%.1f\" r=\"5.5\" fill=\"%s\"/>\n", 20 + 18 * static_cast<double>(i),
-                   kBar / 2, kButtons[i]);
+                   kBar / 2, kColours[i]);
   }
   return text;
 }
@@ -196,6 +198,7 @@ std::string Picture::window(double width, double height) const {
 std::string Picture::svg() const {
   const double width = 2 * kMargin + kLetter * size_.columns;
   const double height = kBar + 2 * kMargin + kLine * size_.rows + kFoot;
+  const auto longest_caption = static_cast<std::size_t>(std::max(0.0, (width - 2 * kButtons) / kLetter));
   std::string text = format(
       "<svg xmlns=\"http://www.w3.org/2000/svg\" width=\"%.1f\" height=\"%.1f\" "
       "viewBox=\"0 0 %.1f %.1f\" role=\"img\" xml:space=\"preserve\">\n",
@@ -206,9 +209,9 @@ std::string Picture::svg() const {
     const Frame &frame = frames_[i];
     text += format("<g class=\"f\" id=\"f%zu\">\n<text class=\"caption\" x=\"%.1f\" y=\"%.1f\">", i, width / 2,
                    kBar / 2 + 5);
-    text += xml(frame.caption) + "</text>\n";
+    text += xml(shortened(frame.caption, longest_caption)) + "</text>\n";
     for (std::size_t row = 0; row < frame.rows.size(); ++row) text += row_text(frame.rows[row], row);
-    text += note_text(frame.notes, height);
+    text += note_text(frame.notes, width, height);
     text += "</g>\n";
   }
   return text + "</svg>\n";

@@ -15,8 +15,6 @@ class Picture {
   void add(std::string_view caption, std::vector<std::string> rows, terminal::Size size);
   void note(std::string_view sentence);
 
-  bool is_empty() const { return frames_.empty(); }
-
   // The same screens give the same text. Each is shown the longer the more is new on it.
   std::string svg() const;
 

@@ -2,6 +2,7 @@
 #include <unistd.h>
 
 #include <CLI/CLI.hpp>
+#include <algorithm>
 #include <csignal>
 #include <cstdio>
 #include <fstream>
@@ -43,18 +44,18 @@ play::Checks checks_of(const CLI::App &app) {
   return checks;
 }
 
-bool makes_box(const std::vector<play::Step> &steps) {
-  for (const auto &step : steps) {
-    if (step.form->verb == "box") return true;
-  }
-  return false;
+bool has(const std::vector<play::Step> &steps, std::string_view verb) {
+  return std::any_of(steps.begin(), steps.end(), [&](const auto &step) { return step.form->verb == verb; });
 }
 
 std::vector<play::Step> read(const Options &options, const play::Checks &checks) {
   play::Values values;
   for (const auto &word : options.values) play::add_value(word, values);
   auto steps = play::read_plan(options.script, values, checks);
-  if (makes_box(steps)) return steps;
+  if (!options.picture.empty() && !has(steps, "screen")) {
+    throw UsageError(options.script.string() + " shows no screen to be drawn. Write `screen \"what it shows\"`.");
+  }
+  if (has(steps, "box")) return steps;
   if (options.box.empty()) {
     throw UsageError(options.script.string() + " makes no box. Write `box qe1`, for example, or give one with --box.");
   }

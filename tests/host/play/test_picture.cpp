@@ -122,7 +122,15 @@ TEST(Picture, CutsANoteThatIsTooLong) {
   Picture picture;
   picture.add("one", {}, {24, 80});
   picture.note(std::string(100, 'x'));
-  EXPECT_TRUE(has(picture.svg(), ">" + std::string(81, 'x') + "...</text>"));
+  EXPECT_TRUE(has(picture.svg(), ">" + std::string(83, 'x') + "...</text>"));
+  picture.add("two", {}, {24, 132});
+  EXPECT_TRUE(has(picture.svg(), ">" + std::string(100, 'x') + "</text>"));
+}
+
+TEST(Picture, CutsACaptionThatIsTooLong) {
+  Picture picture;
+  picture.add(std::string(100, 'x'), {}, {24, 80});
+  EXPECT_TRUE(has(picture.svg(), ">" + std::string(62, 'x') + "...</text>"));
 }
 
 }  // namespace
