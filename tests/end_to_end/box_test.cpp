@@ -4,6 +4,9 @@
 #include <csignal>
 #include <cstdlib>
 #include <fstream>
+#include <iterator>
+#include <sstream>
+#include <stdexcept>
 
 #include "host/box/database.h"
 #include "host/box/place.h"
@@ -12,6 +15,17 @@
 
 namespace end_to_end {
 namespace fs = std::filesystem;
+using std::chrono::milliseconds;
+
+namespace {
+
+std::string framed(const std::vector<std::string> &rows) {
+  std::string text = "\n";
+  for (const auto &row : rows) text += "|" + row + "\n";
+  return text;
+}
+
+}  // namespace
 
 terminal::Ending died_of(int signal) {
   return {false, 128 + signal};
@@ -36,15 +50,33 @@ Words BoxTest::in_box(const Words &command) const {
 
 void BoxTest::make_box(const std::string &model) {
   spbox({"create", "--model", model});
+  before_ = play::before_command(box::Place(box()), terminal_);
 }
 
 void BoxTest::start(const Words &command) {
   terminal_.start(in_box(command));
 }
 
-void BoxTest::start_replace_unit(const std::string &model) {
-  make_box(model);
-  start({REPLACE_UNIT});
+void BoxTest::start_procedure(const std::string &command) {
+  std::istringstream in(PROCEDURES "/" + command);
+  start({std::istream_iterator<std::string>(in), {}});
+}
+
+void BoxTest::answers(std::string_view question, std::string_view keys) {
+  if (!terminal_.wait_for_new(question, kLater)) {
+    throw std::runtime_error("\"" + std::string(question) + "\" was not asked:" + framed(terminal_.screen()));
+  }
+  if (!keys.empty()) types(keys);
+}
+
+void BoxTest::reads_on_to(std::string_view question) {
+  eventually(
+      [&] {
+        if (terminal_.wait_for_new("--More--", {})) types(" ");
+        return !terminal_.runs() || terminal_.wait_for_new(question, milliseconds{200});
+      },
+      kLater);
+  answers(question);
 }
 
 bool BoxTest::was_shown(std::string_view text) {
@@ -77,12 +109,6 @@ std::vector<std::string> read_screen(const std::string &name) {
   return rows;
 }
 
-std::string framed(const std::vector<std::string> &rows) {
-  std::string text = "\n";
-  for (const auto &row : rows) text += "|" + row + "\n";
-  return text;
-}
-
 }  // namespace
 
 void BoxTest::expect_screen(const std::string &name) {
@@ -106,6 +132,10 @@ std::string BoxTest::led(const std::string &unit) const {
 
 std::string BoxTest::flag(const std::string &unit) const {
   return box::Hardware(box::Place(box())).flag(unit);
+}
+
+void BoxTest::take_out_of_operation(const std::string &unit) const {
+  EXPECT_EQ(terminal::run(in_box({"/mgb/bin/detachfru", "-u", unit})).exit_status, 0);
 }
 
 void BoxTest::bend(const std::string &program, const Words &how) {
@@ -141,6 +171,21 @@ std::string BoxTest::call(const Words &words) const {
   Words command{CALL};
   command.insert(command.end(), words.begin(), words.end());
   return terminal::run(in_box(command)).output;
+}
+
+void BoxTest::expect_in_order(const Words &detached) {
+  expect_left({}, detached);
+}
+
+void BoxTest::expect_left(const Words &sentences) {
+  expect_left(sentences, {});
+}
+
+void BoxTest::expect_left(const Words &sentences, const Words &detached) {
+  Words left;
+  eventually([&] { return (left = play::not_in_order(box::Place(box()), terminal_, *before_, detached)) == sentences; },
+             seconds{2});
+  EXPECT_EQ(left, sentences);
 }
 
 void BoxTest::expect_nothing_left() {

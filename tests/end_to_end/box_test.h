@@ -10,6 +10,7 @@
 #include <string_view>
 #include <vector>
 
+#include "host/play/in_order.h"
 #include "host/terminal/run.h"
 #include "host/terminal/terminal.h"
 
@@ -34,10 +35,13 @@ class BoxTest : public testing::Test {
   std::filesystem::path box() const { return folder_ / "box"; }
 
   // The operator.
-  void start(const Words &command);                   // in the box
-  void start_replace_unit(const std::string &model);  // makes the box, too
+  void start(const Words &command);                  // in the box
+  void start_procedure(const std::string &command);  // "replace_unit psu"
   bool sees(std::string_view text, seconds patience = kSoon) { return terminal_.wait_for(text, patience); }
   void types(std::string_view keys) { terminal_.type(keys); }
+  // The question comes up, after what was typed last. Throws where it does not; then the keys are not typed.
+  void answers(std::string_view question, std::string_view keys = "");
+  void reads_on_to(std::string_view question);  // turns the pager's pages until it comes up
   bool was_shown(std::string_view text);                  // on the screen or above it
   bool comes_up_again(std::string_view text, int times);  // on so many lines
   std::optional<terminal::Ending> ending() { return terminal_.wait_for_exit(kLater); }
@@ -50,6 +54,7 @@ class BoxTest : public testing::Test {
   terminal::Done spbox(const Words &words);  // spbox VERB BOX ...; must succeed
   std::string led(const std::string &unit) const;
   std::string flag(const std::string &unit) const;
+  void take_out_of_operation(const std::string &unit) const;
   void bend(const std::string &program, const Words &how);
   void set_time_limits(std::uint32_t limit) const;  // of every control program, in seconds
   void remove_list_file() const;                    // the one that is there
@@ -57,6 +62,11 @@ class BoxTest : public testing::Test {
 
   // A function of the library called in the box by a command without a terminal: its output, "result 0\n" at the end.
   std::string call(const Words &words) const;
+
+  // After a procedure: LED, flag, fans, maintenance mode, terminal, processes, files and locks are as before it. The units
+  // named may be out of operation.
+  void expect_in_order(const Words &detached = {});
+  void expect_left(const Words &sentences);  // what is not in order, in words, and nothing else
 
   // After every end: the terminal as it was, no process, no list file, no lock.
   void expect_nothing_left();
@@ -70,9 +80,11 @@ class BoxTest : public testing::Test {
 
  private:
   std::ptrdiff_t lines_with(std::string_view text);
+  void expect_left(const Words &sentences, const Words &detached);
 
   std::filesystem::path folder_;
   terminal::Mode mode_before_;
+  std::optional<play::Before> before_;
 };
 
 // How spbox passes on that the command in the box died of a signal.

@@ -1,4 +1,4 @@
-// Whatever ends a maintenance command, it leaves the terminal, the units and the box as it found them.
+// Whatever ends a maintenance command, and wherever it is, it leaves the terminal, the units and the box as it found them.
 
 #include <algorithm>
 #include <csignal>
@@ -12,88 +12,152 @@ namespace {
 
 using terminal::Ending;
 
+// How a command is ended by something that comes from outside: by a signal, or because there is no operator any more.
 struct End {
+  enum class By { kSignal, kCtrlC, kLineCut, kGivingUp, kEndOfInput };
+
   const char *name;
-  int signal;
-  bool key;  // typed as Ctrl-C, which reaches all processes in the foreground, instead of sent to the command alone
+  By by;
+  int signal;  // of which the command dies; 0 where it does not
 };
+
+constexpr End kCtrlC{"CtrlC", End::By::kCtrlC, SIGINT};
+constexpr End kSigint{"Sigint", End::By::kSignal, SIGINT};
+constexpr End kSigterm{"Sigterm", End::By::kSignal, SIGTERM};
+constexpr End kSighup{"Sighup", End::By::kSignal, SIGHUP};
+constexpr End kLineCut{"LineCut", End::By::kLineCut, SIGHUP};
+constexpr End kGivingUp{"GivingUp", End::By::kGivingUp, 0};
+constexpr End kEndOfInput{"EndOfInput", End::By::kEndOfInput, 0};
 
 std::ostream &operator<<(std::ostream &out, const End &end) {
   return out << end.name;
 }
 
-class Endings : public BoxTest, public testing::WithParamInterface<End> {
+class EndingTest : public BoxTest {
  protected:
-  void strike(const char *program = "replace_unit") {
-    if (GetParam().key) {
-      types("\003");
-    } else {
-      send(GetParam().signal, program);
+  void strike(const End &end, const char *program) {
+    switch (end.by) {
+      case End::By::kSignal:
+        return send(end.signal, program);
+      case End::By::kCtrlC:
+        return types("\003");
+      case End::By::kLineCut:
+        return terminal_.hang_up();
+      case End::By::kGivingUp:
+        return types("q\n");
+      case End::By::kEndOfInput:
+        return types("\004");
     }
+  }
+
+  // Ctrl-C reaches all processes in the foreground, a signal that is sent the command alone.
+  void expect_end(const End &end) {
+    const auto ended = ending();
+    ASSERT_TRUE(ended) << "it still runs";
+    if (end.by == End::By::kLineCut)
+      return;  // It takes spbox along, too: nobody is there to hear of the command's end.
+    EXPECT_EQ(*ended, end.signal == 0 ? (Ending{false, 2}) : died_of(end.signal));
+    EXPECT_TRUE(was_shown(end.signal == 0 ? "Given up." : "Interrupted."));
   }
 };
 
-TEST_P(Endings, AtTheQuestionLeaveNothingBehind) {
-  start_replace_unit("qa");
-  ASSERT_TRUE(sees("Which power supply"));
-  strike();
-  EXPECT_EQ(ending(), died_of(GetParam().signal));
-  EXPECT_TRUE(was_shown("Interrupted."));
-  expect_nothing_left();
+// A question of a procedure, and what leads to it.
+struct Question {
+  struct Answer {
+    const char *question, *keys;
+  };
+
+  const char *name, *model;
+  Words pulled;  // beforehand
+  const char *command;
+  std::vector<Answer> answers;
+  const char *question;
+  Words out;  // of operation, also after the end
+};
+
+std::ostream &operator<<(std::ostream &out, const Question &question) {
+  return out << question.command << ": " << question.question;
 }
 
-TEST_P(Endings, InThePagerLeaveNothingBehind) {
-  start_replace_unit("qe2");
-  ASSERT_TRUE(sees("--More--"));
-  EXPECT_TRUE(terminal_.process("busybox"));
-  strike();
-  EXPECT_EQ(ending(), died_of(GetParam().signal));
-  EXPECT_TRUE(was_shown("Interrupted."));
-  expect_nothing_left();
+const Question kQuestions[] = {
+    {"Kind", "qa", {}, "replace_unit", {}, "What do you replace?", {}},
+    {"Unit", "qa", {}, "remove_unit psu", {}, "Which power supply do you remove?", {}},
+    {"AnotherUnit", "qa", {}, "add_unit psu", {{"Which power supply", "1\n"}}, "to choose another power supply", {}},
+    {"Division", "qe1", {"/CMU#0"}, "add_unit cmu", {{"Which CPU/memory unit", "1\n"}}, "Type 1 or 2", {}},
+    {"PullingAFanTray", "qa", {}, "replace_unit fan", {{"Which fan tray", "1\n"}}, "Pull out /FAN_A#0 now.", {}},
+    {"PullingABoard", "qe1", {}, "remove_unit cmu", {{"Which CPU/memory unit", "1\n"}}, "Pull out /CMU#0 now.", {}},
+    {"PuttingInWhatIsAdded",
+     "qa",
+     {"/PSU#0"},
+     "add_unit psu",
+     {{"Which power supply", "1\n"}},
+     "Put in /PSU#0 now.",
+     {}},
+};
+
+class Endings : public EndingTest, public testing::WithParamInterface<std::tuple<Question, End>> {};
+
+TEST_P(Endings, LeaveAllInOrder) {
+  const auto &[question, end] = GetParam();
+  make_box(question.model);
+  for (const auto &unit : question.pulled) spbox({"pull", unit});
+  start_procedure(question.command);
+  for (const auto &answer : question.answers) answers(answer.question, answer.keys);
+  answers(question.question);
+  const std::string command = question.command;
+  strike(end, command.substr(0, command.find(' ')).c_str());
+  expect_end(end);
+  expect_in_order(question.out);
 }
 
-TEST_P(Endings, InAListThatAsksNothingLeaveNothingBehind) {
-  make_box("qe2");
-  start({SHOW_UNITS, "psu"});
-  ASSERT_TRUE(sees("--More--"));
-  strike("show_units");
-  EXPECT_EQ(ending(), died_of(GetParam().signal));
-  EXPECT_TRUE(was_shown("Interrupted."));
-  expect_nothing_left();
-}
+INSTANTIATE_TEST_SUITE_P(
+    At, Endings,
+    testing::Combine(testing::ValuesIn(kQuestions),
+                     testing::Values(kCtrlC, kSigint, kSigterm, kSighup, kLineCut, kGivingUp, kEndOfInput)),
+    [](const auto &row) { return std::string(std::get<0>(row.param).name) + "By" + std::get<1>(row.param).name; });
 
-TEST_P(Endings, AtTheMarkedUnitTakeTheMarksBack) {
-  start_replace_unit("qa");
-  ASSERT_TRUE(sees("Which power supply"));
+class WhileTheUnitIsOut : public EndingTest, public testing::WithParamInterface<End> {};
+
+TEST_P(WhileTheUnitIsOut, ThePlaceIsSaidToStayEmpty) {
+  make_box("qa");
+  start_procedure("replace_unit psu");
+  answers("Which power supply", "1\n");
+  answers("Pull out /PSU#0 now.");
+  spbox({"pull", "/PSU#0"});
   types("1\n");
-  ASSERT_TRUE(sees("Replace /PSU#0 now"));
-  EXPECT_EQ(led("/PSU#0"), "blink");
-  strike();
-  EXPECT_EQ(ending(), died_of(GetParam().signal));
-  EXPECT_EQ(led("/PSU#0"), "off");
-  EXPECT_EQ(flag("/PSU#0"), "");
-  expect_nothing_left();
+  answers("Put in /PSU#0 now.");
+  strike(GetParam(), "replace_unit");
+  expect_end(GetParam());
+  EXPECT_TRUE(terminal_.hung_up() || was_shown("The place of /PSU#0 stays empty. Add a unit with: add_unit psu"));
+  expect_in_order({"/PSU#0"});
 }
 
-INSTANTIATE_TEST_SUITE_P(By, Endings,
-                         testing::Values(End{"CtrlC", SIGINT, true}, End{"Sigint", SIGINT, false},
-                                         End{"Sigterm", SIGTERM, false}, End{"Sighup", SIGHUP, false}),
+INSTANTIATE_TEST_SUITE_P(By, WhileTheUnitIsOut, testing::Values(kCtrlC, kSigterm, kLineCut, kGivingUp),
                          [](const auto &end) { return std::string(end.param.name); });
 
-class LineCut : public BoxTest {};
+class InThePager : public EndingTest, public testing::WithParamInterface<End> {};
 
-TEST_F(LineCut, TakesTheMarksBack) {
-  start_replace_unit("qa");
-  ASSERT_TRUE(sees("Which power supply"));
-  types("1\n");
-  ASSERT_TRUE(sees("Replace /PSU#0 now"));
-  terminal_.hang_up();
-  EXPECT_TRUE(ending());
-  EXPECT_EQ(led("/PSU#0"), "off");
-  EXPECT_EQ(flag("/PSU#0"), "");
-  expect_no_process();
-  EXPECT_EQ(call({"locks"}), "result 0\n");
+TEST_P(InThePager, OfAProcedureLeaveAllInOrder) {
+  make_box("qe2");
+  start_procedure("replace_unit psu");
+  answers("--More--");
+  EXPECT_TRUE(terminal_.process("busybox"));
+  strike(GetParam(), "replace_unit");
+  expect_end(GetParam());
+  expect_in_order();
 }
+
+TEST_P(InThePager, OfAListThatAsksNothingLeaveAllInOrder) {
+  make_box("qe2");
+  start({SHOW_UNITS, "psu"});
+  answers("--More--");
+  strike(GetParam(), "show_units");
+  expect_end(GetParam());
+  expect_in_order();
+}
+
+INSTANTIATE_TEST_SUITE_P(By, InThePager, testing::Values(kCtrlC, kSigint, kSigterm, kSighup),
+                         [](const auto &end) { return std::string(end.param.name); });
 
 class CtrlC : public BoxTest {};
 
@@ -101,16 +165,29 @@ class CtrlC : public BoxTest {};
 TEST_F(CtrlC, DoesNotTearAControlProgramAway) {
   make_box("qa");
   bend("ctlled", {"--delay", "1"});
-  start({REPLACE_UNIT});
-  ASSERT_TRUE(sees("Which power supply"));
-  types("1\n");
+  start_procedure("replace_unit psu");
+  answers("Which power supply", "1\n");
   ASSERT_TRUE(eventually([&] { return terminal_.process("ctlled").has_value(); }));
   types("\003");
   EXPECT_EQ(ending(), died_of(SIGINT));
   EXPECT_TRUE(was_shown("The LED of /PSU#0 blinks"));
-  EXPECT_EQ(led("/PSU#0"), "off");
-  EXPECT_EQ(flag("/PSU#0"), "");
-  expect_nothing_left();
+  expect_in_order();
+}
+
+// Nor the check that a unit is gone: it is heeded at the question behind it.
+TEST_F(CtrlC, WhileTheUnitIsWatchedIsHeededAtTheNextQuestion) {
+  make_box("qa");
+  start_procedure("replace_unit psu");
+  answers("Which power supply", "1\n");
+  answers("Pull out /PSU#0 now.");
+  spbox({"pull", "/PSU#0"});
+  types("1\n");
+  answers("Watching the unit");
+  types("\003");
+  EXPECT_EQ(ending(), died_of(SIGINT));
+  EXPECT_TRUE(was_shown("Put in /PSU#0 now."));
+  EXPECT_TRUE(was_shown("The place of /PSU#0 stays empty."));
+  expect_in_order({"/PSU#0"});
 }
 
 class Sigterm : public BoxTest {

@@ -24,16 +24,16 @@ TEST_P(KilledPager, IsNoFailureOfTheList) {
 }
 
 TEST_P(KilledPager, LeavesAQuestionWhereTypingIsSeenAndCorrected) {
-  start_replace_unit("qe2");
-  ASSERT_TRUE(sees("--More--"));
+  make_box("qe2");
+  start_procedure("replace_unit psu");
+  answers("--More--");
   send(GetParam(), "busybox");
-  ASSERT_TRUE(sees("Which power supply"));
+  answers("Which power supply");
   EXPECT_EQ(terminal_.mode(), kAtAQuestion);
   types("18\x7f\x37\n");  // the 8 is taken back: 17
-  EXPECT_TRUE(sees("Replace /PSU#41 now"));
-  types("q\n");
+  answers("Pull out /PSU#41 now", "q\n");
   EXPECT_EQ(ending(), (Ending{false, 2}));
-  expect_nothing_left();
+  expect_in_order();
 }
 
 INSTANTIATE_TEST_SUITE_P(By, KilledPager, testing::Values(SIGKILL, SIGTERM, SIGSEGV),

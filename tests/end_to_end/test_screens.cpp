@@ -15,7 +15,7 @@ class Screens : public BoxTest {};
 TEST_F(Screens, OfAProcedureFromTheListToTheEnd) {
   make_box("qe2");
   spbox({"fault", "/PSU#41"});
-  start({REPLACE_UNIT});
+  start_procedure("replace_unit psu");
   expect_screen("walk_1_list");
   const auto command = terminal_.process("replace_unit");
   ASSERT_TRUE(command);
@@ -24,17 +24,17 @@ TEST_F(Screens, OfAProcedureFromTheListToTheEnd) {
   expect_screen("walk_2_question");
   EXPECT_EQ(signals_of(*command), signals);
   types("17\n");
-  expect_screen("walk_3_marked");
+  expect_screen("walk_3_pull");
   EXPECT_EQ(signals_of(*command), signals);
   spbox({"pull", "/PSU#41"});
   types("1\n");
-  expect_screen("walk_4_too_early");
+  expect_screen("walk_4_put_in");
   EXPECT_EQ(signals_of(*command), signals);
   spbox({"insert", "/PSU#41"});
   types("1\n");
   EXPECT_EQ(ending(), (Ending{false, 0}));
   expect_screen("walk_5_replaced");
-  expect_nothing_left();
+  expect_in_order();
 }
 
 class Pages : public BoxTest {
