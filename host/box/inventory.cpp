@@ -242,4 +242,16 @@ bool Inventory::set_flag(std::string_view name, bool start) const {
   return before;
 }
 
+void flag_marked_units(Contents &contents) {
+  const auto &current = contents.records.at(LMAINTE_DB_CURRENT);
+  for (const UnitPlace &place : places_of(contents.model)) {
+    const bool marked = std::any_of(place.entries.begin(), place.entries.end(), [&](const UnitEntry &entry) {
+      const auto record = current.find(entry.record);
+      return record != current.end() && record->second.size() >= entry.status_at + sizeof(std::uint32_t) &&
+             (word_at(record->second, entry.status_at) & kMarkedBit) != 0;
+    });
+    if (marked) set_flag(contents.hardware, place.name);
+  }
+}
+
 }  // namespace box

@@ -68,4 +68,7 @@ class Inventory {
   std::vector<UnitPlace> places_;
 };
 
+// Puts units under maintenance where their records say so: a server tells by these alone.
+void flag_marked_units(Contents &contents);
+
 }  // namespace box

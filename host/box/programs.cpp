@@ -11,6 +11,7 @@ namespace {
 
 constexpr std::string_view kLed = "led", kFlag = "flag", kDetached = "detached", kLink = "link", kPower = "power",
                            kFan = "fan";
+constexpr const char *kFlagSet = "start";
 
 std::string key_of(std::string_view what, std::string_view unit) {
   return std::string(what) + " " + std::string(unit);
@@ -23,6 +24,10 @@ std::map<std::string, std::string> after_power_on(std::uint32_t model) {
   if (!is_high_end(model)) return state;
   for (const char *expansion : {"/IOX@0A21", "/IOX@0A22"}) state[key_of(kPower, expansion)] = "on";
   return state;
+}
+
+void set_flag(std::map<std::string, std::string> &state, const std::string &unit) {
+  state[key_of(kFlag, unit)] = kFlagSet;
 }
 
 Hardware::Hardware(const Place &place, bool create) : database_(place.hardware(), create) {}
@@ -100,7 +105,7 @@ std::string Hardware::flag(const std::string &unit) const {
 }
 
 void Hardware::set_flag(const std::string &unit, bool start) {
-  set_of_unit(kFlag, unit, start ? "start" : "");
+  set_of_unit(kFlag, unit, start ? kFlagSet : "");
 }
 
 bool Hardware::any_flag() const {

@@ -63,6 +63,9 @@ struct Run {
 // The state of a model's hardware after power-on, by the keys of Hardware.
 std::map<std::string, std::string> after_power_on(std::uint32_t model);
 
+// As if setmainteflag had put this unit under maintenance.
+void set_flag(std::map<std::string, std::string> &state, const std::string &unit);
+
 // The hardware of a box, in a database of its own.
 class Hardware {
  public:

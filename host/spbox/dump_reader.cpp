@@ -4,6 +4,7 @@
 #include <set>
 
 #include "host/box/breakage.h"
+#include "host/box/inventory.h"
 #include "host/box/number.h"
 #include "host/box/programs.h"
 #include "host/box/record_words.h"
@@ -195,12 +196,15 @@ class Reader {
   }
 
   box::Contents finished() {
-    if (!databases_.contains("box")) contents_.hardware = box::after_power_on(contents_.model);
     const bool swap = *order_ != std::endian::native;
     for (auto &records : contents_.records) {
       for (auto &[name, record] : records) {
         if (swap) box::swap_words(name, record);
       }
+    }
+    if (!databases_.contains("box")) {
+      contents_.hardware = box::after_power_on(contents_.model);
+      box::flag_marked_units(contents_);
     }
     for (auto &[key, record] : broken_) {
       if (swap) box::swap_words(box::record_of_key(key)->name, record);

@@ -134,6 +134,8 @@ TEST_F(Dump, OfABoardOfAnotherByteOrderIsLoaded) {
       << "bytes keep their places";
   EXPECT_EQ(record(2, "unknown kind"), (box::Bytes{1, 2, 3, 4, 5}));
   EXPECT_EQ(box::Hardware(place()).get("fan"), "low") << "the hardware is as after power-on";
+  EXPECT_EQ(box::Hardware(place()).flag("/PSU#0"), "start") << "its status says that it is under maintenance";
+  EXPECT_EQ(box::Hardware(place()).flag("/PSU#1"), "");
   EXPECT_TRUE(fs::exists(place().tmp() / ".qa"));
   done({"units", "box"});
 }
