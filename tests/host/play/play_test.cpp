@@ -28,7 +28,7 @@ PlayTest::PlayTest() {
         "technician)\n"
         "  case $6 in late*) exit 1 ;; esac\n"
         "  printf . >&3; exec 3>&-\n"
-        "  while [ ! -e $(dirname $0)/$6 ]; do sleep 0.02; done\n"
+        "  while [ ! -e ${0%/*}/$6 ]; do sleep 0.02; done\n"
         "  echo worked: $6; [ $6 != fail ] ;;\n"
         "show) echo 'Model qe2'; [ $3 != /PSU#99 ] ;;\n"
         "*) echo asked: $1 $3 ;;\n"

@@ -108,8 +108,9 @@ TEST_F(InOrderTest, NamesAllThatIsNotInOrder) {
 }
 
 TEST_F(InOrderTest, DoesNotTakeATechnicianForTheCommand) {
-  const auto hands = "start true\nexit 0\nhands \"" + place().root().filename().string() + "\"\n";
-  EXPECT_EQ(found_after(hands), "");
+  EXPECT_EQ(
+      error_of("start true\nexit 0\nhands \"tomorrow\"\nin_order\nstart touch " + path("tomorrow") + "\nexit 0\n"),
+      "no error");
 }
 
 }  // namespace
