@@ -21,6 +21,7 @@ class Helper {
   Helper(Helper &&other) noexcept;
   Helper(const Helper &) = delete;
   Helper &operator=(const Helper &) = delete;
+  Helper &operator=(Helper &&) = delete;
 
   // The exit status, 128 + n where signal n ended it; nothing when it still runs then. Without patience it waits for ever.
   std::optional<int> wait(std::optional<std::chrono::milliseconds> patience = {});

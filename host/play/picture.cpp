@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <array>
-#include <cstdarg>
 #include <cstdio>
 #include <set>
 
@@ -18,13 +17,10 @@ constexpr std::size_t kNoteLines = 2;
 // Seconds that a screen is shown.
 constexpr double kGlance = 2, kLetterTime = 0.005, kLongest = 8, kRest = 2;
 
-std::string format(const char *form, ...) __attribute__((format(printf, 1, 2)));
-std::string format(const char *form, ...) {
+template <typename... Values>
+std::string format(const char *form, Values... values) {
   std::array<char, 512> text{};
-  va_list values;
-  va_start(values, form);
-  std::vsnprintf(text.data(), text.size(), form, values);
-  va_end(values);
+  std::snprintf(text.data(), text.size(), form, values...);
   return text.data();
 }
 
@@ -77,7 +73,7 @@ std::string row_text(const std::string &row, std::size_t number) {
   const auto first = row.find_first_not_of(' ');
   if (first == std::string::npos) return "";
   const std::string text = row.substr(first);
-  return format("<text x=\"%.1f\" y=\"%.1f\" textLength=\"%.1f\">", kMargin + kLetter * static_cast<double>(first),
+  return format(R"(<text x="%.1f" y="%.1f" textLength="%.1f">)", kMargin + kLetter * static_cast<double>(first),
                 kBar + kMargin + kLine * static_cast<double>(number) + kFont,
                 kLetter * static_cast<double>(length(text))) +
          xml(text) + "</text>\n";
@@ -113,7 +109,7 @@ std::string note_text(const std::vector<std::string> &notes, double width, doubl
   double base = height - (kFoot + kNoteLine * static_cast<double>(lines.size())) / 2 + kNoteBase;
   std::string text;
   for (const auto &line : lines) {
-    text += format("<text class=\"note\" x=\"%.1f\" y=\"%.1f\">", kMargin, base) + xml(line) + "</text>\n";
+    text += format(R"(<text class="note" x="%.1f" y="%.1f">)", kMargin, base) + xml(line) + "</text>\n";
     base += kNoteLine;
   }
   return text;

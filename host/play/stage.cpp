@@ -27,7 +27,7 @@ fs::path new_folder() {
 
 }  // namespace
 
-Stage::Stage(std::string spbox, fs::path folder, int alarm)
+Stage::Stage(std::string spbox, const fs::path &folder, int alarm)
     : spbox_(std::move(spbox)),
       temporary_(folder.empty() ? new_folder() : ""),
       box_(folder.empty() ? temporary_ / "box" : fs::absolute(folder)),

@@ -13,7 +13,7 @@ namespace play {
 class Stage {
  public:
   // `spbox` is the program. Where no folder is named, the box gets one of its own, which is removed at the end.
-  Stage(std::string spbox, std::filesystem::path folder, int alarm);
+  Stage(std::string spbox, const std::filesystem::path &folder, int alarm);
   ~Stage();  // Ends what is left in a box that goes.
   Stage(const Stage &) = delete;
   Stage &operator=(const Stage &) = delete;

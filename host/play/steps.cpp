@@ -67,7 +67,7 @@ void check_spbox(const Words &words, const Checks &checks) {
 }
 
 void check_says(const Words &words, const Checks & /*checks*/) {
-  if (words.size() == 2 && words[0] != "not") wrong("write it as: says \"text\", or says not \"text\"");
+  if (words.size() == 2 && words[0] != "not") wrong(R"(write it as: says "text", or says not "text")");
 }
 
 void check_in_order(const Words &words, const Checks & /*checks*/) {
@@ -89,7 +89,7 @@ constexpr std::array<StepForm, 20> kForms{{
     {"wait", 1, 1, "wait \"text\"",
      "until the text comes on the screen: what was\nthere before the last keys does not count", check_text},
     {"absent", 1, 1, "absent \"text\"", "the text is not on the screen", check_text},
-    {"type", 1, 1, "type \"keys\"", "\"3\\n\", \" \", \"\\003\" for Ctrl-C", nullptr},
+    {"type", 1, 1, "type \"keys\"", R"("3\n", " ", "\003" for Ctrl-C)", nullptr},
     {"screen", 1, 1, "screen \"caption\"", "prints the screen", nullptr},
     {"exit", 1, 1, "exit STATUS", "waits for the command's end with this status", check_status},
     {"dies", 1, 1, "dies SIGNAL", "waits for its end by this signal: INT, HUP, ...", check_signal},

@@ -49,7 +49,11 @@ struct Screen::Machine {
   VTermScreenCallbacks callbacks{};
   std::vector<char> is_new;  // of each cell: written since the screen grew old
 
-  char &is_new_at(int row, int column) { return is_new[static_cast<std::size_t>(row * size.columns + column)]; }
+  std::size_t cell(int row, int column) const {
+    return static_cast<std::size_t>(row) * static_cast<std::size_t>(size.columns) + static_cast<std::size_t>(column);
+  }
+
+  char &is_new_at(int row, int column) { return is_new[cell(row, column)]; }
 
   static int take_note(VTermRect written, void *user) {
     Machine &machine = *static_cast<Screen *>(user)->machine_;
@@ -65,8 +69,8 @@ struct Screen::Machine {
     const std::vector<char> before = machine.is_new;
     for (int row = 0; row < to.end_row - to.start_row; ++row) {
       for (int column = 0; column < to.end_col - to.start_col; ++column) {
-        const int at = (from.start_row + row) * machine.size.columns + from.start_col + column;
-        machine.is_new_at(to.start_row + row, to.start_col + column) = before[static_cast<std::size_t>(at)];
+        machine.is_new_at(to.start_row + row, to.start_col + column) =
+            before[machine.cell(from.start_row + row, from.start_col + column)];
       }
     }
     return 1;
@@ -87,7 +91,7 @@ struct Screen::Machine {
       : size(wanted), vterm(vterm_new(wanted.rows, wanted.columns)), screen(vterm_obtain_screen(vterm)) {
     vterm_set_utf8(vterm, 1);
     vterm_output_set_callback(vterm, &Machine::answer, owner);
-    is_new.resize(static_cast<std::size_t>(size.rows * size.columns));
+    is_new.resize(cell(size.rows, 0));
     vterm_screen_reset(screen, 1);
     callbacks.sb_pushline = &Machine::keep_line;
     callbacks.damage = &Machine::take_note;

@@ -28,7 +28,7 @@ constexpr Row kRows[] = {
     {"and gets one", "signal 0", "there is no signal \"0\"; give a name such as TERM, or a number"},
     {"hands do what technicians do", "hands \"juggle /PSU#3\"", "nobody can juggle"},
     {"spbox has verbs", "spbox paint /PSU#3", "\"paint\" is no verb that works on a box; those are pull, show"},
-    {"text is said or not", "says never \"this\"", "write it as: says \"text\", or says not \"text\""},
+    {"text is said or not", "says never \"this\"", R"(write it as: says "text", or says not "text")"},
     {"exceptions to the order are units", "in_order but", "write it as: in_order but /PSU#3"},
     {"and come behind their word", "in_order /PSU#3", "write it as: in_order but /PSU#3"},
     {"patience is in seconds", "patience long", "\"long\" is no number of seconds from 0 to 86400; write 3, or 0.5"},
