@@ -23,7 +23,8 @@ class Helper {
   Helper &operator=(const Helper &) = delete;
   Helper &operator=(Helper &&) = delete;
 
-  // The exit status, 128 + n where signal n ended it; nothing when it still runs then. Without patience it waits for ever.
+  // The exit status, 128 + n where signal n ended it; nothing when it still runs then. Waits for ever where no patience
+  // is given.
   std::optional<int> wait(std::optional<std::chrono::milliseconds> patience = {});
 
   // Until the program writes a byte to descriptor 3, or ends without: false.

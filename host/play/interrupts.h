@@ -8,8 +8,8 @@
 
 namespace play {
 
-// One at a time in a process. While it lives, SIGHUP, SIGINT, SIGQUIT, SIGTERM and SIGPIPE end nothing; what the process
-// ignored at the start stays ignored.
+// One at a time in a process. While it lives, SIGHUP, SIGINT, SIGQUIT, SIGTERM and SIGPIPE end nothing; what the
+// process ignored at the start stays ignored.
 class Interrupts {
  public:
   Interrupts();  // Throws std::system_error.

@@ -25,8 +25,8 @@ using Values = std::map<std::string, std::string>;
 void add_value(const std::string &word, Values &values);
 
 // In the words of a script, "$NAME" stands for the value of this name, and "$$" for a dollar. A script that another one
-// plays has the values that are given there, and no others. Throws ScriptError where a script cannot be read or makes no
-// sense.
+// plays has the values that are given there, and no others. Throws ScriptError where a script cannot be read, or makes
+// no sense.
 std::vector<Step> read_plan(const std::filesystem::path &script, const Values &values, const Checks &checks);
 
 }  // namespace play

@@ -33,8 +33,8 @@ class Player {
   Player(const Player &) = delete;
   Player &operator=(const Player &) = delete;
 
-  // Plays all steps and waits for the technicians. Throws Failure at the first step that fails, and terminal::Interrupted
-  // when the alarm rings.
+  // Plays all steps and waits for the technicians. Throws Failure at the first step that fails, and
+  // terminal::Interrupted when the alarm rings.
   void play(const std::vector<Step> &steps);
 
  private:

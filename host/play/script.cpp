@@ -21,7 +21,7 @@ class LineReader {
  public:
   explicit LineReader(std::string_view line) : rest_(line) {}
 
-  // Nothing at the end of the line, or of what stands before its comment. Throws std::invalid_argument with what is wrong.
+  // Nothing at the end of the line, or where its comment begins. Throws std::invalid_argument with what is wrong.
   std::optional<std::string> next_word() {
     rest_.remove_prefix(std::min(rest_.find_first_not_of(" \t\r"), rest_.size()));
     if (rest_.empty() || rest_.front() == '#') return {};

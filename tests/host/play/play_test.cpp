@@ -18,7 +18,8 @@ play::Checks checks() {
 
 }  // namespace
 
-// It runs commands where it stands, works as a technician until a file "insert" is there, and says what else it was asked.
+// It runs commands where it stands, works as a technician until there is a file of the steps' name, and says what else
+// it was asked.
 PlayTest::PlayTest() {
   write("spbox",
         "#!/bin/sh\n"
