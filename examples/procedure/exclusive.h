@@ -82,7 +82,11 @@ class Maintenance {
     const int32_t result = lmainte_control_mainte(LMAINTE_MAINTE_LOCK, mode_time());
     is_begun_ =
         result == LMAINTE_OK || result == LMAINTE_FAILED;  // a program stopped at its limit may have done its work
-    if (result != LMAINTE_OK) return failed("Maintenance mode could not be begun", result, way_out_of(result));
+    if (result != LMAINTE_OK) {
+      failed("Maintenance mode could not be begun", result, way_out_of(result));
+      if (result == LMAINTE_BUSY) std::puts("If there is none, end the mode with: /mgb/bin/ctlmainte -c unlock");
+      return kFailed;
+    }
     report(LMAINTE_REPORT_START);
     return kDone;
   }

@@ -101,7 +101,7 @@ inline Outcome choose_division(Work &work) {
   if (work.division == 0) return kDone;
   int32_t choice = 0;
   const Outcome outcome = ask(2, choice,
-                              "\n1. One extended system board\n2. Four extended system boards\n"
+                              "1. One extended system board\n2. Four extended system boards\n"
                               "How is the board of %s to be used? Type 1 or 2, q to give up: ",
                               work.unit.name());
   if (outcome == kDone) work.division = choice == 1 ? 1 : 4;

@@ -42,7 +42,7 @@ inline const char *way_out_of(int32_t result) {
              "If it is out of operation already, put it into operation with add_unit first.";
     case LMAINTE_SETUP_FAILED:
     case LMAINTE_CLEAR_FAILED:
-      return "A domain runs on the board, or its other unit is missing. Mend that, then start again.";
+      return "A domain runs on the board, or its other unit is missing.\nMend that, then start again.";
     case LMAINTE_LINK_FAILED:
       return "The board does not answer. Look at its seat, then start again.";
     default:
