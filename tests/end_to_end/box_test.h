@@ -41,7 +41,7 @@ class BoxTest : public testing::Test {
   void types(std::string_view keys) { terminal_.type(keys); }
   // The question comes up, after what was typed last. Throws where it does not; then the keys are not typed.
   void answers(std::string_view question, std::string_view keys = "");
-  void reads_on_to(std::string_view question);  // turns the pager's pages until it comes up
+  void reads_on_to(std::string_view question);            // turns the pager's pages until it comes up
   bool was_shown(std::string_view text);                  // on the screen or above it
   bool comes_up_again(std::string_view text, int times);  // on so many lines
   std::optional<terminal::Ending> ending() { return terminal_.wait_for_exit(kLater); }

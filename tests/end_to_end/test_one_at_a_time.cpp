@@ -73,6 +73,7 @@ TEST_F(OneAtATime, MaintenanceModeOfAnotherCommandIsRespected) {
   EXPECT_EQ(ending(), (Ending{false, 1}));
   EXPECT_TRUE(was_shown("Maintenance mode could not be begun (result 128)."));
   EXPECT_TRUE(was_shown("Another procedure is at work."));
+  EXPECT_TRUE(was_shown("If there is none, end the mode with: /mgb/bin/ctlmainte -c unlock"));
   EXPECT_EQ(call({"mainte", "0", "10"}), "result 0\n");
   expect_in_order();
 }
