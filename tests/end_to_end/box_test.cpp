@@ -57,8 +57,12 @@ void BoxTest::start(const Words &command) {
   terminal_.start(in_box(command));
 }
 
+std::string BoxTest::procedure(const std::string &command) {
+  return std::string(PROCEDURES) + "/" + command;
+}
+
 void BoxTest::start_procedure(const std::string &command) {
-  std::istringstream in(PROCEDURES "/" + command);
+  std::istringstream in(procedure(command));
   start({std::istream_iterator<std::string>(in), {}});
 }
 

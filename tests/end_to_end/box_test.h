@@ -74,7 +74,8 @@ class BoxTest : public testing::Test {
   std::vector<std::string> processes_of_box() const;  // those that were started with its folder, by their names
   void expect_no_list_file() const;
 
-  Words in_box(const Words &command) const;  // spbox run BOX -- COMMAND
+  static std::string procedure(const std::string &command);  // "replace_unit psu" with the path of the program
+  Words in_box(const Words &command) const;                  // spbox run BOX -- COMMAND
 
   terminal::Terminal terminal_;
 

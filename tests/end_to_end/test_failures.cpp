@@ -264,7 +264,7 @@ class NoWalk : public BoxTest {
 };
 
 TEST_F(NoWalk, WithoutThePager) {
-  terminal_.start({SPBOX, "run", "--no-pager", box(), "--", PROCEDURES "/replace_unit", "psu"});
+  terminal_.start({SPBOX, "run", "--no-pager", box(), "--", procedure("replace_unit"), "psu"});
   expect_failure({"The list could not be shown (result 8).", "Check that /bin/busybox is there"});
   expect_in_order();
 }
@@ -294,7 +294,7 @@ TEST_F(NoWalk, WithARecordOfTheWrongSize) {
 }
 
 TEST_F(NoWalk, WithoutTheMarkerOfAModel) {
-  start({"sh", "-c", "rm /tmp/.qa; exec " PROCEDURES "/replace_unit"});
+  start({"sh", "-c", "rm /tmp/.qa; exec " + procedure("replace_unit")});
   EXPECT_EQ(ending(), (Ending{false, 1}));
   EXPECT_TRUE(was_shown("The server's model could not be read (result 8)."));
   std::ofstream(box() / "tmp/.qa").close();

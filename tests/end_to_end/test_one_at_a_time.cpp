@@ -23,7 +23,7 @@ TEST_F(OneAtATime, TheSecondIsToldWhichOneRuns) {
   const auto first = terminal_.process("replace_unit");
   ASSERT_TRUE(first);
   terminal::Terminal other;
-  other.start(in_box({PROCEDURES "/add_unit", "fan"}));
+  other.start(in_box({procedure("add_unit"), "fan"}));
   EXPECT_EQ(other.wait_for_exit(kSoon), (Ending{false, 1}));
   EXPECT_TRUE(other.shows("Another procedure is running: process " + std::to_string(*first) + "."));
   types("q\n");

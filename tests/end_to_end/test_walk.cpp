@@ -102,7 +102,7 @@ struct Mistake {
 
 TEST_F(Walk, NeedsATerminalAndAtMostAKindThatThereIs) {
   make_box("qa");
-  const std::string replace = PROCEDURES "/replace_unit";
+  const std::string replace = procedure("replace_unit");
   const char *const kUsage = "usage: replace_unit [KIND], where KIND is one of: cmu iou fan psu ddc\n";
   const Mistake mistakes[] = {
       {"no terminal", {replace}, "replace_unit: this is no terminal. Start it on the operator's terminal.\n"},
