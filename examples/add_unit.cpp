@@ -10,7 +10,7 @@
 namespace {
 
 constexpr procedure::Step kSteps[] = {
-    procedure::may_be_added,     // its place is empty
+    procedure::may_be_added,     // its place is empty, or holds a unit that is no good
     procedure::choose_division,  // how a board will be used
     procedure::mark,             // so that the technician finds the place
     procedure::put_in,           // the operator's hands, and the proof that it is there

@@ -7,16 +7,14 @@
 //
 // Around the steps stands what every procedure owes: it is the only one at work, the server is in maintenance mode, the
 // operator has chosen a unit. What a step switched is switched back at every way out: after a refusal, a failure, a "q",
-// an interrupt, a lost terminal. Copy this
-// header with the folder procedure, in_order.h and server.h.
+// an interrupt, a lost terminal. Copy this header with the folder procedure, in_order.h and server.h.
 #pragma once
 
-#include <algorithm>
 #include <cstdint>
 #include <cstdio>
+#include <cstring>
 #include <span>
 #include <string>
-#include <string_view>
 #include <vector>
 
 #include "in_order.h"
@@ -35,6 +33,7 @@ struct Procedure {
   const char *verb;  // of the question
   int32_t action;    // LMAINTE_EVENT_...
   std::span<const Step> steps;
+  const char *kind = nullptr;  // the word of the only kind that it is for; null: the operator chooses
 };
 
 inline Outcome choose_kind(const Server &server, const Procedure &procedure, const Kind *&kind) {
@@ -81,10 +80,17 @@ inline Outcome choose_unit(const Server &server, const Procedure &procedure, con
   return result == LMAINTE_OK ? kDone : failed("The unit could not be read", result, kTryAgain);
 }
 
+// A step that is not done ends the walk. But once the unit has all that it needed, the steps that are left are walked all
+// the same: the log is to know of it whether or not its LED can be switched off.
 inline Outcome walk_steps(const Procedure &procedure, Work &work) {
-  for (const Step step : procedure.steps)
-    if (const Outcome outcome = step(work); outcome != kDone) return outcome;
-  return kDone;
+  Outcome walked = kDone;
+  for (const Step step : procedure.steps) {
+    const Outcome outcome = step(work);
+    if (outcome == kDone) continue;
+    walked = outcome;
+    if (!work.is_settled()) break;
+  }
+  return walked;
 }
 
 // A unit that is refused leaves the others to choose from.
@@ -106,7 +112,11 @@ inline Outcome work_on(const Server &server, const Procedure &procedure, const K
 inline Outcome walk(const Procedure &procedure, const Kind *kind) {
   Server server;
   int32_t result = server.read_with_times();
-  if (result != LMAINTE_OK) return failed("The server's model could not be read", result, kTryAgain);
+  if (result != LMAINTE_OK) {
+    const bool no_model = server.model() == LMAINTE_MODEL_NONE;
+    return failed("The server's model could not be read", result,
+                  no_model ? "/tmp holds no marker file of a model. Start it on a service processor." : kTryAgain);
+  }
   if (kind != nullptr && kind->count(server) == 0) {
     std::printf("This server has no %s.\n", kind->many);
     return kFailed;
@@ -117,28 +127,28 @@ inline Outcome walk(const Procedure &procedure, const Kind *kind) {
   if (const Outcome outcome = maintenance.begin(claim.is_taken_over()); outcome != kDone) return outcome;
   Marked marked(server);
   Outcome outcome = marked.begin(claim.is_taken_over());
+  if (outcome == kDone) claim.settle();
   if (outcome == kDone && kind == nullptr) outcome = choose_kind(server, procedure, kind);
   if (outcome == kDone) outcome = work_on(server, procedure, *kind);
   if (!maintenance.end()) outcome = kFailed;
   return outcome;
 }
 
-inline const Kind *kind_named(std::string_view word) {
-  const Kind *const end = std::end(kKinds);
-  const Kind *const kind = std::find_if(std::begin(kKinds), end, [&](const Kind &row) { return row.word == word; });
-  return kind == end ? nullptr : kind;
-}
-
 inline int misused(const Procedure &procedure) {
-  std::fprintf(stderr, "usage: %s [KIND], where KIND is one of:", procedure.name);
-  for (const Kind &kind : kKinds) std::fprintf(stderr, " %s", kind.word.data());
+  std::fprintf(stderr, "usage: %s", procedure.name);
+  if (procedure.kind == nullptr) std::fputs(" [KIND], where KIND is one of:", stderr);
+  for (const Kind &kind : kKinds)
+    if (procedure.kind == nullptr) std::fprintf(stderr, " %s", kind.word);
   std::fputs("\n", stderr);
   return kFailed;
 }
 
 inline int run(const Procedure &procedure, int argc, char **argv) {
-  const Kind *kind = argc == 2 ? kind_named(argv[1]) : nullptr;
-  if (argc > 2 || (argc == 2 && kind == nullptr)) return misused(procedure);
+  const int most = procedure.kind == nullptr ? 2 : 1;
+  const char *const word = argc == 2 ? argv[1] : procedure.kind;
+  const Kind *const kind =
+      word == nullptr ? nullptr : find_kind([&](const Kind &row) { return std::strcmp(row.word, word) == 0; });
+  if (argc > most || (word != nullptr && kind == nullptr)) return misused(procedure);
   in_order::catch_signals();
   Outcome outcome = kFailed;
   {

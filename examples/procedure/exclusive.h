@@ -23,7 +23,8 @@ class Claim {
  public:
   Claim() = default;
   ~Claim() {
-    if (is_held_ && lmainte_fclear_pinfo(kFile) != LMAINTE_OK)
+    // Unless what the last procedure left has been taken care of, the next one is to find that this one died, too.
+    if (is_held_ && !is_taken_over_ && lmainte_fclear_pinfo(kFile) != LMAINTE_OK)
       std::printf("%s could not be cleared: remove it.\n", kFile);
   }
   Claim(const Claim &) = delete;
@@ -32,7 +33,11 @@ class Claim {
   Outcome take() {
     // While the file is open nobody else reads or writes it: two procedures cannot both find it free.
     const int32_t fd = lcmn_lopen(kFile, O_RDWR | O_CREAT, 0644);
-    if (fd < 0) return failed(std::string("The file ") + kFile + " could not be opened", errno, "Is /tmp full?");
+    if (fd < 0) {
+      std::printf("The file %s could not be opened (error %d of the system).\nMake room in /tmp, or remove the file.\n",
+                  kFile, errno);
+      return kFailed;
+    }
     const Outcome outcome = take(fd);
     lcmn_close(fd);
     return outcome;
@@ -40,6 +45,8 @@ class Claim {
 
   // True when the last procedure died on its way, and left things as they were.
   bool is_taken_over() const { return is_taken_over_; }
+  // They are in order.
+  void settle() { is_taken_over_ = false; }
 
  private:
   static constexpr char kFile[] = "/tmp/mainte_procedure";
@@ -50,14 +57,16 @@ class Claim {
     if (result != LMAINTE_OK) return failed(std::string("The file ") + kFile + " could not be read", result, kTryAgain);
     const pid_t other = text[0] == '\0' ? 0 : lmainte_get_pid(text);
     if (other > 0 && (kill(other, 0) == 0 || errno == EPERM)) {
-      std::printf("Another procedure is running: process %d. Let it end, then start again.\n", static_cast<int>(other));
+      std::printf(
+          "Another procedure is running: process %d. Let it end, then start again.\nIf that is none, remove %s.\n",
+          static_cast<int>(other), kFile);
       return kFailed;
     }
-    is_taken_over_ = text[0] != '\0';
-    if (other > 0)
+    is_taken_over_ = other > 0;
+    if (is_taken_over_)
       std::printf("The last procedure, process %d, died on its way. This one takes over.\n", static_cast<int>(other));
-    else if (is_taken_over_)
-      std::printf("%s names no procedure. This one takes over.\n", kFile);
+    else if (text[0] != '\0')
+      std::printf("%s named no process, and is written anew.\n", kFile);
     result = lmainte_put_pinfo(fd);
     is_held_ = result == LMAINTE_OK;
     return is_held_ ? kDone
@@ -80,14 +89,14 @@ class Maintenance {
     const in_order::Undisturbed undisturbed;
     if (is_taken_over) lmainte_control_mainte(LMAINTE_MAINTE_UNLOCK, mode_time());  // whether or not it was locked
     const int32_t result = lmainte_control_mainte(LMAINTE_MAINTE_LOCK, mode_time());
-    is_begun_ =
-        result == LMAINTE_OK || result == LMAINTE_FAILED;  // a program stopped at its limit may have done its work
+    is_begun_ = perhaps_done(result);
     if (result != LMAINTE_OK) {
       failed("Maintenance mode could not be begun", result, way_out_of(result));
       if (result == LMAINTE_BUSY) std::puts("If there is none, end the mode with: /mgb/bin/ctlmainte -c unlock");
       return kFailed;
     }
     report(LMAINTE_REPORT_START);
+    is_reported_ = true;
     return kDone;
   }
 
@@ -95,7 +104,7 @@ class Maintenance {
     if (!is_begun_) return true;
     is_begun_ = false;
     const in_order::Undisturbed undisturbed;
-    report(LMAINTE_REPORT_END);
+    if (is_reported_) report(LMAINTE_REPORT_END);
     const int32_t result = lmainte_control_mainte(LMAINTE_MAINTE_UNLOCK, mode_time());
     if (result != LMAINTE_OK)
       failed("The server may still be in maintenance mode", result, "Mend it with: /mgb/bin/ctlmainte -c unlock");
@@ -113,6 +122,7 @@ class Maintenance {
 
   const Server &server_;
   bool is_begun_ = false;
+  bool is_reported_ = false;  // that it began
 };
 
 }  // namespace procedure

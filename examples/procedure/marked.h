@@ -1,14 +1,13 @@
 // The units that are marked for replacement: they have a maintenance flag, and stand in the list that the library keeps.
 #pragma once
 
-#include <algorithm>
 #include <cstdint>
 #include <cstdio>
-#include <iterator>
 
 #include "../in_order.h"
 #include "lmainte.h"
 #include "lmainte_platform.h"
+#include "marks.h"
 #include "telling.h"
 #include "unit_kinds.h"
 
@@ -42,18 +41,14 @@ class Marked {
   }
 
   void take_back_what_was_left() const {
-    const in_order::Undisturbed undisturbed;
     for (const lmainte_swap_fru *entry = first(); entry != nullptr; entry = entry->next) {
-      UnitRecord unit = record_of(*entry);
-      if (entry->unit_type == LMAINTE_TYPE_FANTRAY)
-        lmainte_control_fan(LMAINTE_FAN_LOW, server_.time(LMAINTE_CMD_CTLFAN), nullptr);
-      const int32_t led = lmainte_control_led(LMAINTE_LED_OFF, server_.time(LMAINTE_CMD_CTLLED), &unit);
-      const int32_t flag = lmainte_set_mainteflag(LMAINTE_FLAG_END, server_.time(LMAINTE_CMD_SETMAINTEFLAG), &unit);
-      const bool good = led == LMAINTE_OK && flag == LMAINTE_OK;
-      std::printf("It left %s marked, perhaps out of operation. %s.\n", unit.name,
-                  good ? "The marks are taken back" : "Its marks could not be taken back: the trace says why");
-      if (const Kind *kind = kind_of(entry->unit_type); kind != nullptr)
-        std::printf("If it is out of operation, put it into operation with: add_unit %s\n", kind->word.data());
+      const UnitRecord unit = record_of(*entry);
+      const Kind *const kind = find_kind([&](const Kind &row) { return row.type == unit.type; });
+      Marks marks(server_, unit);
+      marks.take_over();
+      if (marks.take_back()) std::printf("It left %s marked. The marks are taken back.\n", unit.name);
+      if (kind != nullptr)
+        std::printf("If %s is out of operation, put it back with: add_unit %s\n", unit.name, kind->word);
     }
   }
 
@@ -61,13 +56,6 @@ class Marked {
     lmainte_swap_fru *head = nullptr;
     lmainte_get_swap_fru_list(&head);
     return head;
-  }
-
-  static const Kind *kind_of(uint32_t type) {
-    const Kind *const end = std::end(kKinds);
-    const Kind *const kind =
-        std::find_if(std::begin(kKinds), end, [&](const Kind &row) { return row.type == static_cast<int32_t>(type); });
-    return kind == end ? nullptr : kind;
   }
 
   static UnitRecord record_of(const lmainte_swap_fru &entry) {

@@ -22,23 +22,20 @@ inline Outcome not_read(const Work &work, int32_t result) {
   return failed(std::string("The state of ") + work.unit.name() + " could not be read", result, kTryAgain);
 }
 
-inline uint32_t type_of(const Work &work) {
-  return static_cast<uint32_t>(work.unit.record.type);
-}
-inline uint32_t number_of(const Work &work) {
-  return static_cast<uint32_t>(work.unit.record.number);
-}
-
+// The server decides. Why it refuses is plain only where the unit's place says so itself.
 inline Outcome judge(Work &work, int32_t mode, const char *what) {
   const int32_t result = undisturbed(
       [&] { return lmainte_judge_control_fru(mode, work.time(LMAINTE_CMD_JUDGECTLFRU), &work.unit.record); });
   if (result == LMAINTE_OK) return kDone;
   if (result != LMAINTE_FRU_REFUSED && result != LMAINTE_FRU_REFUSED_2)
     return failed(work, " could not be judged", result);
-  std::printf("%s may not be %s now: %s.\n", work.unit.name(), what,
-              result == LMAINTE_FRU_REFUSED_2 ? "the server cannot do without it"
-              : work.unit.is_installed()      ? "it is in place"
-                                              : "it is not in place");
+  const bool is_in_place = work.unit.is_installed();
+  const char *reason = is_in_place ? "it is in place" : "it is not in place";
+  if (result == LMAINTE_FRU_REFUSED_2)
+    reason = "the server cannot do without it";
+  else if (is_in_place == (mode == LMAINTE_JUDGE_DELETE))
+    reason = "the server refuses";
+  std::printf("%s may not be %s now: %s.\n", work.unit.name(), what, reason);
   return kRefused;
 }
 
@@ -51,6 +48,7 @@ inline Outcome may_be_added(Work &work) {
 
 // So that the technician finds it, and nobody else touches it.
 inline Outcome mark(Work &work) {
+  if (in_order::signal() != 0) return not_chosen(LMAINTE_OK);
   const int32_t result = work.mark();
   if (result == LMAINTE_BUSY || result == LMAINTE_FLAG_REFUSED) {
     std::printf("%s has a maintenance flag: another procedure is at work on it, or left it.\nTo end it: %s\n",
@@ -58,13 +56,14 @@ inline Outcome mark(Work &work) {
     return kRefused;
   }
   if (result != LMAINTE_OK) return failed(work, " could not be marked", result);
-  const int32_t marked = lmainte_add_swap_fru_to_list(type_of(work), number_of(work));
+  const int32_t marked = lmainte_add_swap_fru_to_list(work.type(), work.number());
   if (marked < 0) return not_read(work, marked);
   std::printf("The LED of %s blinks, its maintenance flag is set.\n", work.unit.name());
   return kDone;
 }
 
 inline Outcome detach(Work &work) {
+  if (in_order::signal() != 0) return not_chosen(LMAINTE_OK);
   const int32_t result =
       with_progress(std::string("Taking ") + work.unit.name() + " out of operation ", [&] { return work.detach(); });
   if (result != LMAINTE_OK) return failed(work, " is not out of operation", result);
@@ -96,15 +95,29 @@ inline Outcome put_in(Work &work) {
                "%s is not in place, or did not stay there.\n");
 }
 
-// How a board that is added is to be used.
+// How a board that is added is to be used. It is divided once both its units are there.
 inline Outcome choose_division(Work &work) {
   if (work.division == 0) return kDone;
   int32_t choice = 0;
-  const Outcome outcome = ask(2, choice,
-                              "1. One extended system board\n2. Four extended system boards\n"
-                              "How is the board of %s to be used? Type 1 or 2, q to give up: ",
+  const Outcome outcome = ask(3, choice,
+                              "1. One extended system board\n2. One, its memory mirrored\n3. Four\n"
+                              "How is the board of %s to be used? Type 1, 2 or 3, q to give up: ",
                               work.unit.name());
-  if (outcome == kDone) work.division = choice == 1 ? 1 : 4;
+  if (outcome != kDone) return outcome;
+  work.division = choice == 3 ? 4 : 1;
+  work.is_mirrored = choice == 2;
+  return kDone;
+}
+
+// How a board that is replaced was used, as far as the inventory does not tell.
+inline Outcome choose_mirroring(Work &work) {
+  if (work.division != 1) return kDone;
+  int32_t choice = 0;
+  const Outcome outcome = ask(2, choice,
+                              "1. Not mirrored\n2. Mirrored\n"
+                              "How is the memory of the board of %s to be used? Type 1 or 2, q to give up: ",
+                              work.unit.name());
+  work.is_mirrored = choice == 2;
   return outcome;
 }
 
@@ -122,23 +135,38 @@ inline const char *fault_of_unit(int32_t result) {
   }
 }
 
+inline Outcome exchange(Work &work) {
+  if (!work.is_detached())
+    if (const Outcome outcome = detach(work); outcome != kDone) return outcome;
+  if (const Outcome outcome = take_out(work); outcome != kDone) return outcome;
+  return put_in(work);
+}
+
 // A unit that is no good is exchanged until one is, or the operator gives up.
 inline Outcome bring_up(Work &work) {
   for (;;) {
     int32_t result = work.read();
     if (result != LMAINTE_OK) return not_read(work, result);
-    result = with_progress(std::string("Testing ") + work.unit.name() + " ", [&] { return work.bring_up(); });
-    if (result == LMAINTE_OK) return kDone;
+    const bool is_half = work.kind.is_board() && !work.is_whole_board();
+    if (is_half)
+      std::printf("The other unit of its board is missing: %s is linked, and not tested.\n", work.unit.name());
+    result = with_progress((is_half ? "Linking " : "Testing ") + std::string(work.unit.name()) + " ",
+                           [&] { return work.bring_up(); });
+    if (result == LMAINTE_OK) {
+      work.settle();
+      return kDone;
+    }
     const char *const fault = fault_of_unit(result);
     if (fault == nullptr) return failed(work, " is not in operation", result);
     std::printf("%s %s (result %d). Exchange it for another one.\n", work.unit.name(), fault, result);
-    for (const Step step : {take_out, put_in})
-      if (const Outcome outcome = step(work); outcome != kDone) return outcome;
+    if (work.is_whole_board()) std::puts("The board is tested as a whole: the fault may be in its other unit.");
+    if (const Outcome outcome = exchange(work); outcome != kDone) return outcome;
   }
 }
 
-// The extended system boards of a board that is gone belong to no domain any more.
+// The unit is gone for good. The extended system boards of its board belong to no domain any more.
 inline Outcome give_up_parts(Work &work) {
+  work.settle();
   if (work.division == 0) return kDone;
   const int32_t result = undisturbed(
       [&] { return lmainte_clear_xsb(work.division, work.time(LMAINTE_CMD_DELETEBOARD), &work.unit.record); });
@@ -147,12 +175,12 @@ inline Outcome give_up_parts(Work &work) {
                 way_out_of(result));
 }
 
-// The unit is as it was to be.
 inline Outcome unmark(Work &work) {
-  work.settle();
   if (!work.take_back()) return kFailed;
-  lmainte_delete_swap_fru_from_list(type_of(work), number_of(work));
-  std::printf("LED and maintenance flag of %s are off.\n\n", work.unit.name());
+  const int32_t left = lmainte_delete_swap_fru_from_list(work.type(), work.number());
+  std::printf("LED and maintenance flag of %s are off.\n", work.unit.name());
+  if (left > 0) std::printf("More units are marked for replacement: %d.\n", left);
+  std::puts("");
   return kDone;
 }
 

@@ -28,6 +28,11 @@ inline Outcome failed(const std::string &what, int32_t result, const char *way_o
   return kFailed;
 }
 
+// Whether an operation may have done its work: a program that was stopped at its time limit may have.
+inline bool perhaps_done(int32_t result) {
+  return result == LMAINTE_OK || result == LMAINTE_FAILED;
+}
+
 // What to do after an operation has failed.
 inline const char *way_out_of(int32_t result) {
   switch (result) {

@@ -7,7 +7,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
-#include <string_view>
+#include <iterator>
 #include <vector>
 
 #include "../in_order.h"
@@ -17,16 +17,33 @@
 
 namespace procedure {
 
-// Room for the record of any unit.
-union AnyRecord {
-  SbData board;
-  FantrayData tray;
-  PsuData psu;
-  BpUnitData ddc;
+// Room for the record of any unit; a board's is the largest.
+struct AnyRecord {
+  alignas(SbData) std::byte bytes[sizeof(SbData)];
+
+  template <class Record>
+  const Record &as() const {
+    static_assert(sizeof(Record) <= sizeof bytes);
+    return *reinterpret_cast<const Record *>(bytes);
+  }
 };
 
+// With this every kind's record begins.
+struct Head {
+  int32_t type, number;
+  uint32_t unit_id[2], status;
+};
+
+template <class Record>
+inline constexpr bool kBeginsWithHead = offsetof(Record, type) == offsetof(Head, type) &&
+                                        offsetof(Record, number) == offsetof(Head, number) &&
+                                        offsetof(Record, unit_id) == offsetof(Head, unit_id) &&
+                                        offsetof(Record, status) == offsetof(Head, status);
+static_assert(kBeginsWithHead<CmuData> && kBeginsWithHead<IouData> && kBeginsWithHead<FantrayData> &&
+              kBeginsWithHead<PsuData> && kBeginsWithHead<BpUnitData>);
+
 struct Kind {
-  std::string_view word;  // on the command line
+  const char *word;  // on the command line
   const char *one;
   const char *many;
   int32_t type;
@@ -50,13 +67,15 @@ struct Unit {
   bool is_installed() const { return (status & LMAINTE_STATUS_INSTALLED) != 0; }
 };
 
-// Takes the unit out of its record. Every kind's record begins in the same way. False where the unit has no location.
-inline bool take_unit(const Kind &kind, const void *record, Unit &unit) {
-  struct Head {
-    int32_t type, number;
-    uint32_t unit_id[2], status;
-  } head{};
+inline Head head_of(const Kind &kind, const void *record) {
+  Head head{};
   std::memcpy(&head, static_cast<const char *>(record) + kind.head, sizeof head);
+  return head;
+}
+
+// The unit of a record. False where it has no location.
+inline bool take_unit(const Kind &kind, const void *record, Unit &unit) {
+  const Head head = head_of(kind, record);
   unit = {{head.type, head.number, 0, {head.unit_id[0], head.unit_id[1]}, {}}, head.status};
   return api_conv_unit_name_get(head.unit_id, 0, unit.record.name, 0, 0) == 0;
 }
@@ -101,7 +120,7 @@ inline uint32_t count_of_ddcs(const Server &server) {
   return server.data().model == LMAINTE_MODEL_QE1 ? server.count(LMAINTE_SLOT_BP32) : 0;
 }
 
-template <typename Record, auto Show>
+template <class Record, auto Show>
 int32_t show_list(const Server & /*server*/, uint32_t count, const void *records, const ListLine *lines) {
   return Show(0, count, static_cast<const Record *>(records), lines);
 }
@@ -117,14 +136,14 @@ int32_t show_boards(const Server &server, uint32_t count, const void *records, c
   return lmainte_show_cmu_iou_list(0, Parts, count, static_cast<const SbData *>(records), xsbs.data(), lines);
 }
 
-template <auto Member, auto Show>
+template <class Record, auto Show>
 int32_t show_status(const AnyRecord &record, const ListLine *lines) {
-  return Show(0, &(record.*Member), lines);
+  return Show(0, &record.as<Record>(), lines);
 }
 
 template <uint32_t Parts>
 int32_t show_board(const AnyRecord &record, const ListLine *lines) {
-  return lmainte_show_sb_status(0, Parts, &record.board, lines);
+  return lmainte_show_sb_status(0, Parts, &record.as<SbData>(), lines);
 }
 
 inline constexpr char kBoardColumns[] =
@@ -138,11 +157,19 @@ inline constexpr Kind kKinds[] = {
      offsetof(SbData, iou), kBoardColumns, show_boards<LMAINTE_BOARD_IOU>, show_board<LMAINTE_BOARD_IOU>},
     {"fan", "fan tray", "fan trays", LMAINTE_TYPE_FANTRAY, 2, count_of<LMAINTE_SLOT_FAN>, sizeof(FantrayData), 0,
      kUnitColumns, show_list<FantrayData, lmainte_show_fantray_list>,
-     show_status<&AnyRecord::tray, lmainte_show_fantray_status>},
+     show_status<FantrayData, lmainte_show_fantray_status>},
     {"psu", "power supply", "power supplies", LMAINTE_TYPE_PSU, 3, count_of<LMAINTE_SLOT_PSU>, sizeof(PsuData), 0,
-     kUnitColumns, show_list<PsuData, lmainte_show_psu_list>, show_status<&AnyRecord::psu, lmainte_show_psu_status>},
+     kUnitColumns, show_list<PsuData, lmainte_show_psu_list>, show_status<PsuData, lmainte_show_psu_status>},
     {"ddc", "DDC unit", "DDC units", LMAINTE_TYPE_DDC, 7, count_of_ddcs, sizeof(BpUnitData), 0, kUnitColumns,
-     show_list<BpUnitData, lmainte_show_ddca_list>, show_status<&AnyRecord::ddc, lmainte_show_ddca_status>},
+     show_list<BpUnitData, lmainte_show_ddca_list>, show_status<BpUnitData, lmainte_show_ddca_status>},
 };
+
+// The first kind of which this is true, or null.
+template <class Predicate>
+const Kind *find_kind(Predicate predicate) {
+  const Kind *const end = std::end(kKinds);
+  const Kind *const kind = std::find_if(std::begin(kKinds), end, predicate);
+  return kind == end ? nullptr : kind;
+}
 
 }  // namespace procedure

@@ -1,4 +1,4 @@
-// Work on one unit: what was switched for it is switched back at every way out.
+// Work on one unit. What was switched for it is switched back, and the unit put back into operation, at every way out.
 #pragma once
 
 #include <cstdint>
@@ -7,23 +7,23 @@
 
 #include "../in_order.h"
 #include "lmainte.h"
+#include "marks.h"
 #include "telling.h"
 #include "unit_kinds.h"
 
 namespace procedure {
 
-// The line that mends by hand what a control program did not.
-inline std::string by_hand(const char *program, const char *unit, const char *mode) {
-  return std::string("/mgb/bin/") + program + " -u " + unit + " -c " + mode;
-}
-
-// The unit, and what was switched for it. At the latest the destructor switches it back.
 class Work {
  public:
   Work(const Server &the_server, const Kind &the_kind, const Unit &the_unit, const AnyRecord &the_record,
        int32_t the_action)
-      : server(the_server), kind(the_kind), unit(the_unit), record(the_record), action(the_action) {
-    if (kind.is_board() && server.is_high_end()) division = record.board.cmu.xsb_mode == 1 ? 1 : 4;
+      : server(the_server),
+        kind(the_kind),
+        unit(the_unit),
+        record(the_record),
+        action(the_action),
+        marks_(the_server, the_unit.record) {
+    if (kind.is_board() && server.is_high_end()) division = board().cmu.xsb_mode == 1 ? 1 : 4;
   }
   ~Work() { take_back(); }
   Work(const Work &) = delete;
@@ -33,115 +33,109 @@ class Work {
   const Kind &kind;
   Unit unit;
   AnyRecord record;
-  const int32_t action;  // LMAINTE_EVENT_...
-  int32_t division = 0;  // extended system boards into which a board is divided; 0 for what is never divided
+  const int32_t action;      // LMAINTE_EVENT_...
+  int32_t division = 0;      // extended system boards into which a board is divided; 0 for what is never divided
+  bool is_mirrored = false;  // the memory of a board that is one extended system board
 
   int32_t time(size_t program) const { return server.time(program); }
-  bool is_board() const { return kind.is_board(); }
-  bool is_fan_tray() const { return kind.type == LMAINTE_TYPE_FANTRAY; }
+  uint32_t type() const { return static_cast<uint32_t>(unit.record.type); }
+  uint32_t number() const { return static_cast<uint32_t>(unit.record.number); }
 
-  // Reads the unit's state anew.
+  // Reads the unit's state anew. Which unit it is was settled when it was chosen: an empty place may not tell.
   int32_t read() {
     const int32_t result = read_one(server, kind, unit.record.number, record);
-    if (result == LMAINTE_OK) take_unit(kind, &record, unit);
+    if (result == LMAINTE_OK) unit.status = head_of(kind, &record).status;
     return result;
   }
 
-  // The flag is set, the LED blinks, and the other fans make up for a tray that is taken out.
-  int32_t mark() {
-    const in_order::Undisturbed undisturbed;
-    int32_t result = lmainte_set_mainteflag(LMAINTE_FLAG_START, time(LMAINTE_CMD_SETMAINTEFLAG), &unit.record);
-    has_flag_ = perhaps(result);
-    if (result != LMAINTE_OK) return result;
-    result = lmainte_control_led(LMAINTE_LED_BLINK, time(LMAINTE_CMD_CTLLED), &unit.record);
-    has_led_ = perhaps(result);
-    if (result != LMAINTE_OK || !is_fan_tray()) return result;
-    result = lmainte_control_fan(LMAINTE_FAN_HIGH, time(LMAINTE_CMD_CTLFAN), nullptr);
-    has_fans_ = perhaps(result);
-    return result;
-  }
+  int32_t mark() { return marks_.set(); }
+  int32_t speed_fans_up() { return marks_.speed_fans_up(); }
 
   // Out of operation, and a board off the server's links.
   int32_t detach() {
     const in_order::Undisturbed undisturbed;
     const int32_t result = lmainte_detach_fru(time(LMAINTE_CMD_DETACHFRU), &unit.record);
-    is_detached_ = perhaps(result);
-    if (result != LMAINTE_OK || !is_board()) return result;
+    is_detached_ = result == LMAINTE_OK;
+    is_in_doubt_ = result == LMAINTE_FAILED;  // stopped at its limit, or never run
+    if (result != LMAINTE_OK || !kind.is_board()) return result;
     return lmainte_link_board(LMAINTE_LINK_DOWN, time(LMAINTE_CMD_LINKBOARD), &unit.record);
   }
 
-  // Tested and in operation. A board is tested and divided when both its units are there. What fails here is not tried
-  // again on the way out.
+  // Safe to pull out.
+  bool is_detached() const { return is_detached_; }
+
+  // The other unit of its board is in place: only a whole board is tested and divided.
+  bool is_whole_board() const {
+    const int32_t both = board().cmu.status & board().iou.status;
+    return kind.is_board() && (static_cast<uint32_t>(both) & LMAINTE_STATUS_INSTALLED) != 0;
+  }
+
+  // Tested, set up and in operation.
   int32_t bring_up() {
-    is_detached_ = false;
-    int32_t result = is_board() ? bring_up_board() : lmainte_test_fru(time(LMAINTE_CMD_TESTFRU), &unit.record);
-    if (result == LMAINTE_OK && is_fan_tray())
+    is_rejected_ = true;  // until it has passed
+    const int32_t result = kind.is_board() ? bring_up_board(division) : bring_up_unit();
+    if (result == LMAINTE_OK) is_rejected_ = is_detached_ = is_in_doubt_ = false;
+    return result;
+  }
+
+  // What the unit needed is done: whatever comes afterwards, nothing of it is undone.
+  void settle() { is_settled_ = true; }
+  bool is_settled() const { return is_settled_; }
+
+  // The unit back in operation, or a word on how it is left; then its marks.
+  bool take_back() {
+    const bool good = is_settled_ || leave_unit();
+    is_settled_ = true;
+    return marks_.take_back() && good;
+  }
+
+ private:
+  const SbData &board() const { return record.as<SbData>(); }
+
+  int32_t bring_up_unit() {
+    int32_t result = lmainte_test_fru(time(LMAINTE_CMD_TESTFRU), &unit.record);
+    if (result == LMAINTE_OK) is_detached_ = false;  // what passes is in operation
+    if (result == LMAINTE_OK && kind.type == LMAINTE_TYPE_FANTRAY)
       result = lmainte_check_fanspeed(time(LMAINTE_CMD_CHKFANSPEED), unit.name());
     return result;
   }
 
-  // What has become of the unit is to stay so: it is not put back into operation.
-  void settle() { is_detached_ = false; }
-
-  // In reverse order. What cannot be switched back is named, and the rest is done all the same.
-  bool take_back() {
-    bool good = !is_detached_ || put_back();
-    is_detached_ = false;
-    const in_order::Undisturbed undisturbed;
-    if (has_fans_) {
-      const int32_t result = lmainte_control_fan(LMAINTE_FAN_LOW, time(LMAINTE_CMD_CTLFAN), nullptr);
-      good = is_back("makes the fans run fast", result, "/mgb/bin/ctlfan -c low") && good;
-    }
-    if (has_led_) {
-      const int32_t result = lmainte_control_led(LMAINTE_LED_OFF, time(LMAINTE_CMD_CTLLED), &unit.record);
-      good = is_back("may still have its LED blinking", result, by_hand("ctlled", unit.name(), "off")) && good;
-    }
-    if (has_flag_) {
-      const int32_t result = lmainte_set_mainteflag(LMAINTE_FLAG_END, time(LMAINTE_CMD_SETMAINTEFLAG), &unit.record);
-      good =
-          is_back("may still have its maintenance flag", result, by_hand("setmainteflag", unit.name(), "end")) && good;
-    }
-    has_fans_ = has_flag_ = has_led_ = false;
-    return good;
-  }
-
- private:
-  // A program that was stopped at its time limit may have done its work all the same.
-  static bool perhaps(int32_t result) { return result == LMAINTE_OK || result == LMAINTE_FAILED; }
-
-  bool is_whole_board() const {
-    const int32_t both = record.board.cmu.status & record.board.iou.status;
-    return (static_cast<uint32_t>(both) & LMAINTE_STATUS_INSTALLED) != 0;
-  }
-
-  int32_t bring_up_board() {
+  int32_t bring_up_board(int32_t parts) {
     int32_t result = is_whole_board() ? lmainte_test_sb(time(LMAINTE_CMD_TESTSB), &unit.record) : LMAINTE_OK;
-    if (result == LMAINTE_OK && is_whole_board() && division != 0)
-      result = lmainte_set_xsb(division, 0, time(LMAINTE_CMD_SETUPFRU), &unit.record);
+    if (result == LMAINTE_OK && is_whole_board() && parts != 0)
+      result = lmainte_set_xsb(parts, is_mirrored ? 1 : 0, time(LMAINTE_CMD_SETUPFRU), &unit.record);
     if (result == LMAINTE_OK) result = lmainte_link_board(LMAINTE_LINK_UP, time(LMAINTE_CMD_LINKBOARD), &unit.record);
     return result;
   }
 
-  // The operator gave up: the unit works again where it is, or its place stays empty.
-  bool put_back() {
+  // The procedure ends before its time. A unit that was not touched goes back into operation as it was, not divided anew.
+  bool leave_unit() {
+    if (!is_detached_ && !is_in_doubt_ && !is_rejected_) return true;
     int32_t result = read();
-    if (result == LMAINTE_OK && !unit.is_installed()) {
-      std::printf("The place of %s stays empty. Add a unit with: add_unit %s\n", unit.name(), kind.word.data());
+    if (result != LMAINTE_OK) return is_left("is in a state that could not be read", result);
+    if (!unit.is_installed()) {
+      std::printf("The place of %s stays empty. Add a unit with: add_unit %s\n", unit.name(), kind.word);
       return true;
     }
-    if (result == LMAINTE_OK)
-      result =
-          with_progress(std::string("Putting ") + unit.name() + " back into operation ", [this] { return bring_up(); });
-    return is_back("is still out of operation", result, std::string("add_unit ") + kind.word.data());
+    if (is_rejected_) return is_left("stays in place, and is no good", LMAINTE_OK);
+    if (is_in_doubt_) return is_left("may be out of operation", LMAINTE_FAILED);
+    result = with_progress(std::string("Putting ") + unit.name() + " back into operation ",
+                           [this] { return kind.is_board() ? bring_up_board(0) : bring_up_unit(); });
+    return result == LMAINTE_OK || is_left("is still out of operation", result);
   }
 
-  bool is_back(const char *what, int32_t result, const std::string &mend) const {
-    if (result != LMAINTE_OK)
-      std::printf("%s %s (result %d).\nMend it with: %s\n", unit.name(), what, result, mend.c_str());
+  bool is_left(const char *how, int32_t result) const {
+    std::printf("%s %s", unit.name(), how);
+    if (result != LMAINTE_OK) std::printf(" (result %d)", result);
+    std::printf(".\nTo test it again and put it into operation: add_unit %s\n", kind.word);
     return result == LMAINTE_OK;
   }
 
-  bool has_led_ = false, has_flag_ = false, has_fans_ = false, is_detached_ = false;
+  Marks marks_;
+  bool is_detached_ = false;  // taken out of operation, and not back since
+  bool is_in_doubt_ = false;  // the program that should have taken it out did not end well
+  bool is_rejected_ = false;  // it did not pass when it was brought up
+  bool is_settled_ = false;
 };
 
 }  // namespace procedure
