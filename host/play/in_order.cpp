@@ -5,10 +5,12 @@
 
 #include <algorithm>
 #include <fstream>
+#include <stdexcept>
 
 #include "host/box/database.h"
 #include "host/box/number.h"
 #include "host/box/programs.h"
+#include "host/box/unit_name.h"
 
 namespace play {
 namespace {
@@ -29,6 +31,11 @@ bool has_argument(const fs::path &process, const std::string &wanted) {
     if (word == wanted) return true;
   }
   return false;
+}
+
+// Scripts may leave out the first slash of a location.
+std::string location(const std::string &unit) {
+  return (unit.starts_with('/') ? "" : "/") + unit;
 }
 
 // "led /PSU#3": the unit, where the key is of this kind.
@@ -85,6 +92,14 @@ Sentences files_left(const box::Place &place, const Before &before) {
 
 }  // namespace
 
+void check_units(std::string_view model, std::span<const std::string> units) {
+  const auto *row = box::find_model(model);
+  for (const auto &unit : units) {
+    if (row != nullptr && box::unit_id(row->code, location(unit))) continue;
+    throw std::invalid_argument("a server of model " + std::string(model) + " has no unit " + location(unit));
+  }
+}
+
 std::string program_of(pid_t process) {
   std::ifstream file("/proc/" + std::to_string(process) + "/comm");
   std::string name;
@@ -118,14 +133,14 @@ std::set<fs::path> files_in_tmp(const box::Place &place) {
 }
 
 Sentences hardware_not_in_order(const box::Place &place, const Sentences &detached) {
-  Sentences sentences;
+  Sentences sentences, missing;
+  for (const auto &unit : detached) missing.push_back(location(unit));
   for (const auto &[key, value] : box::Hardware(place).all()) {
-    const bool may_be = std::any_of(detached.begin(), detached.end(), [&, &unit_key = key](const std::string &unit) {
-      return unit_key == "detached " + std::string(unit.starts_with('/') ? "" : "/") + unit;
-    });
-    const auto text = may_be ? "" : sentence(key, value);
+    const bool has_to_be = std::erase(missing, unit_of(key, "detached")) > 0;
+    const auto text = has_to_be ? "" : sentence(key, value);
     if (!text.empty()) sentences.push_back(text);
   }
+  for (const auto &unit : missing) sentences.push_back(unit + " is not detached");
   return sentences;
 }
 

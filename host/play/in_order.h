@@ -5,7 +5,9 @@
 
 #include <filesystem>
 #include <set>
+#include <span>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "host/box/place.h"
@@ -22,8 +24,8 @@ struct Before {
 
 Before before_command(const box::Place &place, const terminal::Terminal &terminal);
 
-// A sentence for each thing that is not in order, such as "the LED of /PSU#3 blinks". The units in `detached` may be
-// detached. Throws where the box cannot be read.
+// A sentence for each thing that is not in order, such as "the LED of /PSU#3 blinks". The units in `detached`, and no others,
+// have to be detached. Throws where the box cannot be read.
 std::vector<std::string> not_in_order(const box::Place &place, const terminal::Terminal &terminal, const Before &before,
                                       const std::vector<std::string> &detached);
 
@@ -31,6 +33,9 @@ std::vector<std::string> not_in_order(const box::Place &place, const terminal::T
 std::vector<std::string> hardware_not_in_order(const box::Place &place, const std::vector<std::string> &detached);
 std::vector<std::string> locked_databases(const box::Place &place);
 std::set<std::filesystem::path> files_in_tmp(const box::Place &place);  // those that are not empty
+
+// Throws std::invalid_argument where a server of this model has no such unit.
+void check_units(std::string_view model, std::span<const std::string> units);
 
 // The processes in the box, whatever their session, and those that were started for it with its folder among their
 // arguments, such as its daemon; not this process.

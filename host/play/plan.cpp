@@ -5,6 +5,8 @@
 #include <cstring>
 #include <fstream>
 
+#include "host/play/in_order.h"
+
 namespace play {
 namespace {
 
@@ -53,6 +55,10 @@ const StepForm &form_of(const std::string &verb) {
   return *form;
 }
 
+ScriptError wrong_with(const Step &step, const std::string &reason) {
+  return ScriptError(step.place + ": `" + step.text + "`: " + reason + step.via);
+}
+
 class Reader {
  public:
   explicit Reader(const Checks &checks) : checks_(checks) {}
@@ -89,7 +95,7 @@ class Reader {
     } catch (const ScriptError &) {
       throw;
     } catch (const std::exception &wrong) {
-      throw ScriptError(step.place + ": `" + step.text + "`: " + wrong.what() + via);
+      throw wrong_with(step, wrong.what());
     }
     steps.push_back(std::move(step));
   }
@@ -107,17 +113,25 @@ class Reader {
   const Checks &checks_;
 };
 
-// What is wrong with the order of the steps: a server that comes too late, or twice.
+void check_units_of(const Step &step, const std::string &model) {
+  try {
+    check_units(model, units_in_order(step.words));
+  } catch (const std::invalid_argument &wrong) {
+    throw wrong_with(step, wrong.what());
+  }
+}
+
+// What is wrong with the order of the steps: a server that comes too late, or twice, or is not the one of the steps
+// behind it.
 void check_boxes(const std::vector<Step> &steps) {
-  bool is_made = false, is_used = false;
+  const Step *made = nullptr;
+  bool is_used = false;
   for (const Step &step : steps) {
     const auto verb = step.form->verb;
-    if (verb == "box" && (is_made || is_used)) {
-      throw ScriptError(step.place + ": `" + step.text +
-                        "`: " + (is_made ? "a play has one box" : "the steps before it have worked on a box already") +
-                        step.via);
-    }
-    is_made |= verb == "box";
+    if (verb == "box" && made != nullptr) throw wrong_with(step, "a play has one box");
+    if (verb == "box" && is_used) throw wrong_with(step, "the steps before it have worked on a box already");
+    if (verb == "box") made = &step;
+    if (verb == "in_order" && made != nullptr) check_units_of(step, made->words[0]);
     is_used |= verb == "start" || verb == "spbox" || verb == "hands" || verb == "in_order";
   }
 }

@@ -4,6 +4,7 @@
 #include <array>
 #include <csignal>
 
+#include "host/box/contents.h"
 #include "host/box/signal_name.h"
 #include "host/play/text.h"
 
@@ -13,8 +14,7 @@ namespace {
 using std::chrono::milliseconds;
 
 constexpr milliseconds kLookAgain{20};
-constexpr milliseconds kToEnd{3000};     // for a command whose line was cut at the play's end
-constexpr milliseconds kToSettle{1000};  // for processes that die with the command, a moment later
+constexpr milliseconds kToEnd{3000};  // for a command whose line was cut at the play's end
 
 }  // namespace
 
@@ -249,12 +249,15 @@ void Player::says(const Step &step) {
   throw std::runtime_error(std::string("spbox said ") + (wanted ? "something else" : "it") + ":\n" + indented(*said_));
 }
 
+// What dies with the command dies a moment later.
 void Player::in_order(const Step &step) {
   auto &terminal = the_terminal();
-  const Words detached(step.words.begin() + (step.words.empty() ? 0 : 1), step.words.end());
+  const auto units = units_in_order(step.words);
+  const Words detached(units.begin(), units.end());
+  if (!detached.empty()) check_units(::box::model_name(::box::model_of_box(stage_.place())), detached);
   Before before = before_.value();
   for (const auto &hands : hands_) before.processes.insert(hands.technician.pid());
-  const auto deadline = std::chrono::steady_clock::now() + kToSettle;
+  const auto deadline = std::chrono::steady_clock::now() + patience_;
   auto wrong = not_in_order(stage_.place(), terminal, before, detached);
   while (!wrong.empty() && std::chrono::steady_clock::now() < deadline) {
     terminal.watch(kLookAgain);

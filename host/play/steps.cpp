@@ -42,7 +42,7 @@ void check_size(const Words &words, const Checks & /*checks*/) {
 }
 
 void check_text(const Words &words, const Checks & /*checks*/) {
-  if (words[0].find_first_not_of(' ') == std::string::npos) wrong("the text is empty");
+  if (words.back().find_first_not_of(' ') == std::string::npos) wrong("the text is empty");
 }
 
 void check_status(const Words &words, const Checks & /*checks*/) {
@@ -66,8 +66,9 @@ void check_spbox(const Words &words, const Checks &checks) {
   wrong("\"" + words[0] + "\" is no verb that works on a box; those are " + known);
 }
 
-void check_says(const Words &words, const Checks & /*checks*/) {
+void check_says(const Words &words, const Checks &checks) {
   if (words.size() == 2 && words[0] != "not") wrong(R"(write it as: says "text", or says not "text")");
+  check_text(words, checks);
 }
 
 void check_in_order(const Words &words, const Checks & /*checks*/) {
@@ -102,8 +103,8 @@ constexpr std::array<StepForm, 20> kForms{{
     {"spbox", 1, kAny, "spbox VERB ...", "works on the box, as in `spbox pull /PSU#3`", check_spbox},
     {"says", 1, 2, "says [not] \"text\"", "the last such step printed it", check_says},
     {"in_order", 0, kAny, "in_order [but UNIT...]",
-     "the command left all as it should: no LED, no\nflag, no maintenance mode, no unit but these\ndetached, "
-     "no process, file or lock",
+     "the command left all as it should: no LED, no\nflag, no maintenance mode, no process, file or\n"
+     "lock; these units detached, and no others",
      check_in_order},
     {"patience", 1, 1, "patience SECONDS", "of the waits that follow; 10 at first", check_seconds},
     {"pause", 1, 1, "pause SECONDS", "nobody does anything", check_seconds},
@@ -130,6 +131,10 @@ std::chrono::milliseconds seconds_of(const std::string &word) {
 
 int whole_number_of(const std::string &word) {
   return box::number_in<int>(word).value_or(0);
+}
+
+std::span<const std::string> units_in_order(const Words &words) {
+  return std::span(words).subspan(words.empty() ? 0 : 1);
 }
 
 }  // namespace play

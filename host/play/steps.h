@@ -39,5 +39,6 @@ std::string step_names();
 // What the words of checked steps stand for.
 std::chrono::milliseconds seconds_of(const std::string &word);
 int whole_number_of(const std::string &word);
+std::span<const std::string> units_in_order(const Words &words);  // those behind `but`
 
 }  // namespace play

@@ -15,12 +15,17 @@ class InOrderTest : public PlayTest {
   InOrderTest() { make_box("qe2"); }
 
   // What a play finds that ends with in_order: the lines between the first one and the screen.
-  std::string found_after(const std::string &text, const std::string &in_order = "in_order") {
-    const auto error = error_of(text + in_order + "\n");
+  std::string found_after(const std::string &text, const std::string &in_order = "in_order\n") {
+    const auto error = error_of(text + in_order);
     const auto begin = error.find('\n') + 1;
     return error == "no error" ? "" : error.substr(begin, error.find("+--") - begin);
   }
 };
+
+// A process that stays, and is what it will be before the command goes on.
+const std::string kLeavesAProcess = "sleep 30 & until grep -qx sleep /proc/$$!/comm; do :; done; ";
+
+constexpr const char *kNow = "patience 0\nin_order\n";
 
 struct Row {
   const char *says;
@@ -52,7 +57,7 @@ TEST_F(InOrderTest, NamesEverySettingThatACommandHasToTakeBack) {
   }
 }
 
-TEST_F(InOrderTest, LetsTheNamedUnitsBeDetached) {
+TEST_F(InOrderTest, WantsTheNamedUnitsDetached) {
   box::Hardware hardware(place());
   hardware.set_detached("/PSU#3", true);
   hardware.set_detached("/PSU#4", true);
@@ -60,6 +65,18 @@ TEST_F(InOrderTest, LetsTheNamedUnitsBeDetached) {
   EXPECT_EQ(play::hardware_not_in_order(place(), {"PSU#3", "/PSU#4"}), Sentences{"the LED of /PSU#3 is on"});
   EXPECT_EQ(play::hardware_not_in_order(place(), {"/PSU#4"}),
             (Sentences{"/PSU#3 is detached", "the LED of /PSU#3 is on"}));
+  hardware.set_detached("/PSU#3", false);
+  EXPECT_EQ(play::hardware_not_in_order(place(), {"PSU#3", "/PSU#4"}),
+            (Sentences{"the LED of /PSU#3 is on", "/PSU#3 is not detached"}));
+}
+
+TEST_F(InOrderTest, NamesAUnitThatTheBoxDoesNotHave) {
+  EXPECT_EQ(reason_of("start true\nexit 0\nin_order but PSU#99\n"),
+            "walk.play:3: `in_order but PSU#99`: a server of model qe2 has no unit /PSU#99");
+}
+
+TEST_F(InOrderTest, WaitsAsLongAsItsPatienceForWhatDiesWithTheCommand) {
+  EXPECT_EQ(found_after("start sh -c \"sleep 1.5 & exit 0\"\nexit 0\n"), "");
 }
 
 TEST_F(InOrderTest, NamesALockedDatabase) {
@@ -75,7 +92,7 @@ TEST_F(InOrderTest, IsContentWithACommandThatLeavesNothing) {
 }
 
 TEST_F(InOrderTest, NamesTheModeOfTheTerminal) {
-  EXPECT_EQ(found_after("start stty -echo -icanon\nexit 0\n"),
+  EXPECT_EQ(found_after("start stty -echo -icanon\nexit 0\n", kNow),
             "    the terminal has another mode than before: echo off, lines off, interrupt on\n");
 }
 
@@ -86,25 +103,29 @@ TEST_F(InOrderTest, AsksNothingOfATerminalWhoseLineIsCut) {
 }
 
 TEST_F(InOrderTest, NamesTheProcessesOfTheCommand) {
-  EXPECT_EQ(found_after("start sh -c \"sleep 30 & exit 0\"\nexit 0\n"), "    sleep still runs\n");
-  EXPECT_EQ(found_after("start cat\n"), "    cat still runs\n");
+  EXPECT_EQ(found_after("start sh -c \"" + kLeavesAProcess + "exit 0\"\nexit 0\n", kNow), "    sleep still runs\n");
+  write("up", "up\n");
+  EXPECT_EQ(found_after("start tail -f " + path("up") + "\nwait \"up\"\n", kNow), "    tail still runs\n");
 }
 
 TEST_F(InOrderTest, NamesTheFilesOfTheCommandAndOfNobodyElse) {
   std::ofstream(path("box/tmp/mine")) << "there before";
   EXPECT_EQ(
-      found_after("start sh -c \"mkdir " + path("box/tmp/a") + "; echo 1 >" + path("box/tmp/a/list") + "\"\nexit 0\n"),
+      found_after("start sh -c \"mkdir " + path("box/tmp/a") + "; echo 1 >" + path("box/tmp/a/list") + "\"\nexit 0\n",
+                  kNow),
       "    the file /tmp/a/list is left\n");
 }
 
 TEST_F(InOrderTest, NamesAllThatIsNotInOrder) {
   box::Hardware(place()).set_led("/PSU#3", "blink");
-  EXPECT_EQ(found_after("start sh -c \"sleep 30 & stty -echo; echo 1 >" + path("box/tmp/list") + "\"\nexit 0\n",
-                        "in_order but /PSU#3"),
-            "    the LED of /PSU#3 blinks\n"
-            "    the terminal has another mode than before: echo off, lines on, interrupt on\n"
-            "    sleep still runs\n"
-            "    the file /tmp/list is left\n");
+  EXPECT_EQ(
+      found_after("start sh -c \"" + kLeavesAProcess + "stty -echo; echo 1 >" + path("box/tmp/list") + "\"\nexit 0\n",
+                  "patience 0\nin_order but /PSU#4\n"),
+      "    the LED of /PSU#3 blinks\n"
+      "    /PSU#4 is not detached\n"
+      "    the terminal has another mode than before: echo off, lines on, interrupt on\n"
+      "    sleep still runs\n"
+      "    the file /tmp/list is left\n");
 }
 
 TEST_F(InOrderTest, DoesNotTakeATechnicianForTheCommand) {

@@ -29,6 +29,8 @@ constexpr Row kRows[] = {
     {"hands do what technicians do", "hands \"juggle /PSU#3\"", "nobody can juggle"},
     {"spbox has verbs", "spbox paint /PSU#3", "\"paint\" is no verb that works on a box; those are pull, show"},
     {"text is said or not", "says never \"this\"", R"(write it as: says "text", or says not "text")"},
+    {"spbox says something at least", "says \"\"", "the text is empty"},
+    {"and not everything", "says not \" \"", "the text is empty"},
     {"exceptions to the order are units", "in_order but", "write it as: in_order but /PSU#3"},
     {"and come behind their word", "in_order /PSU#3", "write it as: in_order but /PSU#3"},
     {"patience is in seconds", "patience long", "\"long\" is no number of seconds from 0 to 86400; write 3, or 0.5"},
@@ -102,6 +104,12 @@ TEST_F(PlanTest, AScriptThatPlaysItselfIsAnError) {
   const auto wrong = wrong_with("play walk.play\n");
   EXPECT_EQ(wrong.substr(0, wrong.find('\n')),
             "walk.play:1: `play walk.play`: more than 16 scripts play one another. Does one play itself?");
+}
+
+TEST_F(PlanTest, NamesAUnitThatTheServerDoesNotHave) {
+  EXPECT_EQ(wrong_with("box qa\nin_order but /PSU#0 PSU#99\n"),
+            "walk.play:2: `in_order but /PSU#0 PSU#99`: a server of model qa has no unit /PSU#99");
+  EXPECT_EQ(wrong_with("box qe1\nin_order but /PSU#40\n"), "nothing");
 }
 
 TEST_F(PlanTest, APlayHasOneBox) {

@@ -97,7 +97,8 @@ TEST_F(PlayVerb, RemovesItsBoxAndEndsItsCommandWhenItIsInterrupted) {
 TEST_F(PlayVerb, EndsWhatHasLeftTheCommandsSession) {
   const std::string unlike_any_other = "4" + std::to_string(getpid()) + ".25";
   const auto done = play("box qe2\nstart sh -c \"setsid sleep " + unlike_any_other +
-                         " >/dev/null 2>&1 & sleep 0.2\"\nexit 0\nin_order\n");
+                         " >/dev/null 2>&1 & until grep -qx sleep /proc/$$!/comm; do :; done\"\nexit 0\n"
+                         "patience 0\nin_order\n");
   EXPECT_EQ(done.exit_status, 1);
   EXPECT_NE(done.output.find("    sleep still runs\n"), std::string::npos) << done.output;
   EXPECT_FALSE(runs(unlike_any_other));
