@@ -134,21 +134,28 @@ inline Outcome walk(const Procedure &procedure, const Kind *kind) {
   return outcome;
 }
 
-inline int misused(const Procedure &procedure) {
-  std::fprintf(stderr, "usage: %s", procedure.name);
-  if (procedure.kind == nullptr) std::fputs(" [KIND], where KIND is one of:", stderr);
-  for (const Kind &kind : kKinds)
-    if (procedure.kind == nullptr) std::fprintf(stderr, " %s", kind.word);
-  std::fputs("\n", stderr);
-  return kFailed;
+inline void tell_usage(const Procedure &procedure, std::FILE *out) {
+  std::fprintf(out, "usage: %s", procedure.name);
+  if (procedure.kind == nullptr) {
+    std::fputs(" [KIND], where KIND is one of:", out);
+    for (const Kind &kind : kKinds) std::fprintf(out, " %s", kind.word);
+  }
+  std::fputs("\n", out);
 }
 
 inline int run(const Procedure &procedure, int argc, char **argv) {
+  if (argc == 2 && std::strcmp(argv[1], "--help") == 0) {
+    tell_usage(procedure, stdout);
+    return kDone;
+  }
   const int most = procedure.kind == nullptr ? 2 : 1;
   const char *const word = argc == 2 ? argv[1] : procedure.kind;
   const Kind *const kind =
       word == nullptr ? nullptr : find_kind([&](const Kind &row) { return std::strcmp(row.word, word) == 0; });
-  if (argc > most || (word != nullptr && kind == nullptr)) return misused(procedure);
+  if (argc > most || (word != nullptr && kind == nullptr)) {
+    tell_usage(procedure, stderr);
+    return kFailed;
+  }
   in_order::catch_signals();
   Outcome outcome = kFailed;
   {

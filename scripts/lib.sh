@@ -47,7 +47,7 @@ build_tools() {
   if ! grep -qs '^LMAINTE_TESTS:BOOL=ON' build/release/CMakeCache.txt; then
     configure release -DLMAINTE_TESTS=OFF -DLMAINTE_BENCH=OFF
   fi
-  say 'Building ...'
+  say 'Building; the first time takes some minutes ...'
   if ! compile release lmainte lmainte_host control_program spbox monitor_daemon examples >build/tools.log 2>&1; then
     cat build/tools.log >&2
     die 'the build failed.'

@@ -22,8 +22,13 @@ inline Outcome not_read(const Work &work, int32_t result) {
   return failed(std::string("The state of ") + work.unit.name() + " could not be read", result, kTryAgain);
 }
 
+inline const char *done_to(const Work &work) {
+  constexpr const char *kWords[] = {"replaced", "added", "removed"};  // by LMAINTE_EVENT_...
+  return kWords[work.action];
+}
+
 // The server decides. Why it refuses is plain only where the unit's place says so itself.
-inline Outcome judge(Work &work, int32_t mode, const char *what) {
+inline Outcome judge(Work &work, int32_t mode) {
   const int32_t result = undisturbed(
       [&] { return lmainte_judge_control_fru(mode, work.time(LMAINTE_CMD_JUDGECTLFRU), &work.unit.record); });
   if (result == LMAINTE_OK) return kDone;
@@ -35,15 +40,15 @@ inline Outcome judge(Work &work, int32_t mode, const char *what) {
     reason = "the server cannot do without it";
   else if (is_in_place == (mode == LMAINTE_JUDGE_DELETE))
     reason = "the server refuses";
-  std::printf("%s may not be %s now: %s.\n", work.unit.name(), what, reason);
+  std::printf("%s may not be %s now: %s.\n", work.unit.name(), done_to(work), reason);
   return kRefused;
 }
 
 inline Outcome may_be_removed(Work &work) {
-  return judge(work, LMAINTE_JUDGE_DELETE, "removed");
+  return judge(work, LMAINTE_JUDGE_DELETE);
 }
 inline Outcome may_be_added(Work &work) {
-  return judge(work, LMAINTE_JUDGE_ADD, "added");
+  return judge(work, LMAINTE_JUDGE_ADD);
 }
 
 // So that the technician finds it, and nobody else touches it.
@@ -51,8 +56,9 @@ inline Outcome mark(Work &work) {
   if (in_order::signal() != 0) return not_chosen(LMAINTE_OK);
   const int32_t result = work.mark();
   if (result == LMAINTE_BUSY || result == LMAINTE_FLAG_REFUSED) {
-    std::printf("%s has a maintenance flag: another procedure is at work on it, or left it.\nTo end it: %s\n",
-                work.unit.name(), by_hand("setmainteflag", work.unit.name(), "end").c_str());
+    std::printf(
+        "%s may have a maintenance flag already: another procedure is at work on it,\nor left it. To end it: %s\n",
+        work.unit.name(), by_hand("setmainteflag", work.unit.name(), "end").c_str());
     return kRefused;
   }
   if (result != LMAINTE_OK) return failed(work, " could not be marked", result);
@@ -196,11 +202,10 @@ inline Outcome show_state(Work &work) {
 
 // The log has the event.
 inline Outcome record(Work &work) {
-  constexpr const char *kDoneTo[] = {"replaced", "added", "removed"};  // by LMAINTE_EVENT_...
   const EventUnit event = {{}, {work.unit.record.ident[0], work.unit.record.ident[1]}, {}, 0};
   const int32_t result = lmainte_send_event(work.action, work.kind.event_kind, &event);
   if (result != LMAINTE_OK) return failed("The log has no record of it", result, "Is the disk of the log full?");
-  std::printf("%s is %s.\n", work.unit.name(), kDoneTo[work.action]);
+  std::printf("%s is %s.\n", work.unit.name(), done_to(work));
   return kDone;
 }
 

@@ -20,7 +20,8 @@ enum Outcome {
 };
 
 inline constexpr const char *kTryAgain =
-    "Another command may hold the database: try again in a minute.\nThe trace names the reason.";
+    "Another command may hold the database: try again in a minute.\nIf it fails again, a record is broken: the trace "
+    "names it.";
 inline constexpr const char *kCheckPager = "Check that /bin/busybox is there and that /tmp has room.";
 
 inline Outcome failed(const std::string &what, int32_t result, const char *way_out) {

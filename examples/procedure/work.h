@@ -117,7 +117,7 @@ class Work {
       std::printf("The place of %s stays empty. Add a unit with: add_unit %s\n", unit.name(), kind.word);
       return true;
     }
-    if (is_rejected_) return is_left("stays in place, and is no good", LMAINTE_OK);
+    if (is_rejected_) return is_left("stays in place, and has not passed", LMAINTE_OK);
     if (is_in_doubt_) return is_left("may be out of operation", LMAINTE_FAILED);
     result = with_progress(std::string("Putting ") + unit.name() + " back into operation ",
                            [this] { return kind.is_board() ? bring_up_board(0) : bring_up_unit(); });
