@@ -93,7 +93,7 @@ void Player::tell(const std::string &what, const std::string &output) {
 }
 
 void Player::box(const Step &step) {
-  stage_.make(step.words[0]);
+  stage_.make(step.words[0], patience_);
   transcript_.paragraph("A box of model " + step.words[0] + ".");
 }
 
@@ -209,8 +209,10 @@ void Player::hangup(const Step & /*step*/) {
 void Player::hands(const Step &step) {
   transcript_.paragraph("A technician works beside the operator: " + step.words[0]);
   hands_.push_back({&step, stage_.spbox({"technician", "--ready-fd", "3", "--do", step.words[0]})});
-  if (hands_.back().technician.is_ready()) return;
-  hands_.back().technician.wait();
+  const auto is_ready = hands_.back().technician.wait_until_ready(patience_);
+  if (!is_ready) throw std::runtime_error("the technician did not come in " + seconds_text(patience_) + ".");
+  if (*is_ready) return;
+  hands_.back().technician.wait(patience_);  // for his last words
   throw std::runtime_error("the technician gave up.");
 }
 
@@ -233,12 +235,13 @@ void Player::wait_for_hands() {
 
 void Player::spbox(const Step &step) {
   auto done = stage_.spbox(step.words);
-  const int status = done.wait().value_or(0);
+  const auto status = done.wait(patience_);
   said_ = stage_.without_folder(done.output());
   tell("The technician: spbox " + joined(step.words), *said_);
   picture_.note("The technician: spbox " + joined(step.words));
-  if (status != 0) {
-    throw std::runtime_error("it ended with " + text(terminal::Ending{false, status}) + ":\n" + indented(*said_));
+  if (!status) throw std::runtime_error("it was not done in " + seconds_text(patience_) + ", and is ended.");
+  if (*status != 0) {
+    throw std::runtime_error("it ended with " + text(terminal::Ending{false, *status}) + ":\n" + indented(*said_));
   }
 }
 

@@ -9,12 +9,12 @@
 #include <string_view>
 #include <vector>
 
-#include "host/play/helper.h"
 #include "host/play/in_order.h"
 #include "host/play/picture.h"
 #include "host/play/plan.h"
 #include "host/play/stage.h"
 #include "host/play/transcript.h"
+#include "host/terminal/helper.h"
 #include "host/terminal/terminal.h"
 
 namespace play {
@@ -41,7 +41,7 @@ class Player {
   struct Action;
   struct Hands {
     const Step *step;
-    Helper technician;
+    terminal::Helper technician;
   };
 
   void perform(const Step &step);

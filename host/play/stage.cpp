@@ -11,6 +11,7 @@
 #include "host/box/contents.h"
 #include "host/box/model.h"
 #include "host/play/in_order.h"
+#include "host/play/text.h"
 
 namespace play {
 namespace {
@@ -60,7 +61,7 @@ bool Stage::exists() const {
   return box::is_box(place());
 }
 
-void Stage::make(const std::string &model) {
+void Stage::make(const std::string &model, std::chrono::milliseconds patience) {
   if (exists()) {
     const std::string there(box::model_name(box::model_of_box(place())));
     if (there == model) return;
@@ -68,13 +69,15 @@ void Stage::make(const std::string &model) {
                              ", or a folder that does not exist yet.");
   }
   auto create = spbox({"create", "--model", model});
-  if (create.wait() != 0) throw std::runtime_error("no box could be made:\n" + create.output());
+  const auto status = create.wait(patience);
+  if (!status) throw std::runtime_error("the box was not made in " + seconds_text(patience) + ".");
+  if (*status != 0) throw std::runtime_error("no box could be made:\n" + create.output());
 }
 
-Helper Stage::spbox(std::vector<std::string> words) const {
+terminal::Helper Stage::spbox(std::vector<std::string> words) const {
   words.insert(words.begin(), spbox_);
   words.insert(words.begin() + 2, box_.string());
-  return {words, alarm_};
+  return terminal::Helper(words, alarm_);
 }
 
 std::vector<std::string> Stage::command_in_box(const std::vector<std::string> &command) const {

@@ -1,12 +1,13 @@
 // The box on which a play is played: one that is there, or a new one, which goes with the play unless it was asked for.
 #pragma once
 
+#include <chrono>
 #include <filesystem>
 #include <string>
 #include <vector>
 
 #include "host/box/place.h"
-#include "host/play/helper.h"
+#include "host/terminal/helper.h"
 
 namespace play {
 
@@ -19,10 +20,10 @@ class Stage {
   Stage &operator=(const Stage &) = delete;
 
   // Makes the box; where there is one already, it must be of this model. Throws.
-  void make(const std::string &model);
+  void make(const std::string &model, std::chrono::milliseconds patience);
 
   // spbox VERB BOX WORDS...
-  Helper spbox(std::vector<std::string> words) const;
+  terminal::Helper spbox(std::vector<std::string> words) const;
   std::vector<std::string> command_in_box(const std::vector<std::string> &command) const;  // spbox run BOX -- COMMAND
 
   // A text without the name of a folder that is gone after the play, and another one each time.

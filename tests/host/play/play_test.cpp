@@ -27,11 +27,11 @@ PlayTest::PlayTest() {
         "run) shift 3; exec \"$@\" ;;\n"
         "create) mkdir \"$2\" ;;\n"
         "technician)\n"
-        "  case $6 in late*) exit 1 ;; esac\n"
+        "  case $6 in late*) exit 1 ;; mute) exec sleep 60 ;; esac\n"
         "  printf . >&3; exec 3>&-\n"
         "  while [ ! -e ${0%/*}/$6 ]; do sleep 0.02; done\n"
         "  echo worked: $6; [ $6 != fail ] ;;\n"
-        "show) echo 'Model qe2'; [ $3 != /PSU#99 ] ;;\n"
+        "show) echo 'Model qe2'; [ $3 = /PSU#98 ] && exec sleep 60; [ $3 != /PSU#99 ] ;;\n"
         "*) echo asked: $1 $3 ;;\n"
         "esac\n");
   chmod(path("spbox").c_str(), 0755);

@@ -1,5 +1,6 @@
 // A play in a folder of its own: scripts, a box where one is asked for, and a spbox that needs no root of its own for a
-// command.
+// command. A technician who is asked to be "mute" is never ready, and one who comes "late" gives up; /PSU#98 takes a
+// minute to be shown, and /PSU#99 is none.
 #pragma once
 
 #include <gtest/gtest.h>

@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include <chrono>
 #include <csignal>
 #include <filesystem>
 #include <fstream>
@@ -8,6 +9,7 @@
 
 namespace {
 
+using namespace std::chrono_literals;
 using PlayerTest = PlayTest;
 
 TEST_F(PlayerTest, PrintsTheScreenThatTheOperatorSees) {
@@ -111,6 +113,13 @@ TEST_F(PlayerTest, IsPatientAsLongAsItIsTold) {
             "walk.play:3: `exit 0`: the command did not end in 0.1 s.");
 }
 
+TEST_F(PlayerTest, IsNoMorePatientWithSpboxAndWithTechnicians) {
+  EXPECT_EQ(reason_of("patience 0.1\nspbox show /PSU#98\n"),
+            "walk.play:2: `spbox show /PSU#98`: it was not done in 0.1 s, and is ended.");
+  EXPECT_EQ(reason_of("patience 0.1\nhands \"mute\"\n"),
+            "walk.play:2: `hands \"mute\"`: the technician did not come in 0.1 s.");
+}
+
 TEST_F(PlayerTest, ChecksHowTheCommandEnds) {
   EXPECT_EQ(reason_of("start sh -c \"exit 4\"\nexit 0\n"),
             "walk.play:2: `exit 0`: the command ended with exit status 4.");
@@ -150,9 +159,15 @@ TEST_F(PlayerTest, CutsTheLine) {
   EXPECT_EQ(reason_of(hears + "type \"x\"\n"), "walk.play:4: `type \"x\"`: the operator's line was cut");
 }
 
-TEST_F(PlayerTest, Pauses) {
-  EXPECT_EQ(reason_of("pause 0\nstart sh -c \"sleep 0.1; echo late\"\npause 0.3\nabsent \"late\"\n"),
-            "walk.play:4: `absent \"late\"`: the screen shows it.");
+// Without a command, and beside one whose news would wake a wait.
+TEST_F(PlayerTest, PausesAsLongAsItIsTold) {
+  const auto lasts = [&](const std::string &text) {
+    const auto begin = std::chrono::steady_clock::now();
+    EXPECT_EQ(reason_of(text + "pause 0.3\n"), "no error");
+    return std::chrono::steady_clock::now() - begin;
+  };
+  EXPECT_GE(lasts(""), 300ms);
+  EXPECT_GE(lasts("start sh -c \"while echo news; do sleep 0.01; done\"\nwait \"news\"\n"), 300ms);
 }
 
 TEST_F(PlayerTest, StopsWhereTheTechnicianIsRefused) {

@@ -9,8 +9,8 @@
 
 #include "host/box/number.h"
 #include "host/box/place.h"
-#include "host/play/helper.h"
 #include "host/play/steps.h"
+#include "host/terminal/helper.h"
 #include "host/terminal/run.h"
 #include "tests/eventually.h"
 #include "tests/host/box/scratch.h"
@@ -84,7 +84,7 @@ TEST_F(PlayVerb, RemovesItsBoxAndEndsItsCommandWhenItIsInterrupted) {
   const std::string unlike_any_other = "3" + std::to_string(getpid()) + ".25";
   write("walk.play", "box qe2\nhands \"when led /PSU#3 on\"\nstart sleep " + unlike_any_other + "\nexit 0\n");
   for (const int signal : {SIGTERM, SIGINT, SIGHUP}) {
-    play::Helper player(command({"walk.play"}), -1);
+    terminal::Helper player(command({"walk.play"}));
     ASSERT_TRUE(eventually([&] { return runs(unlike_any_other); })) << player.output();
     kill(player.pid(), signal);
     EXPECT_EQ(player.wait(20s), 128 + signal);
@@ -92,6 +92,17 @@ TEST_F(PlayVerb, RemovesItsBoxAndEndsItsCommandWhenItIsInterrupted) {
     EXPECT_FALSE(runs("when led /PSU#3 on"));
     EXPECT_TRUE(fs::is_empty(scratch_ / "boxes"));
   }
+}
+
+TEST_F(PlayVerb, TakesItsTechniciansAndItsCommandAlongWhenItIsKilled) {
+  const std::string unlike_any_other = "5" + std::to_string(getpid()) + ".25";
+  const std::string hands = "when text /tmp/" + unlike_any_other + " ready; pull /PSU#3";
+  write("walk.play", "box qe2\nhands \"" + hands + "\"\nstart sleep " + unlike_any_other + "\nexit 0\n");
+  terminal::Helper player(command({"walk.play"}));
+  ASSERT_TRUE(eventually([&] { return runs(hands) && runs(unlike_any_other); })) << player.output();
+  player.kill();
+  EXPECT_TRUE(eventually([&] { return !runs(hands); }));
+  EXPECT_TRUE(eventually([&] { return !runs(unlike_any_other); }));
 }
 
 TEST_F(PlayVerb, EndsWhatHasLeftTheCommandsSession) {

@@ -1,4 +1,4 @@
-// A program that works for a play in the background: spbox, mostly. It does not outlive its owner.
+// A program that works in the background, without a terminal: spbox, mostly. It does not outlive its owner.
 #pragma once
 
 #include <sys/types.h>
@@ -10,13 +10,14 @@
 
 #include "host/box/descriptor.h"
 
-namespace play {
+namespace terminal {
 
 class Helper {
  public:
-  // Starts a program, found by the environment variable PATH, without input. What waits here throws
-  // terminal::Interrupted as soon as the descriptor `alarm` becomes readable. Throws std::system_error.
-  Helper(const std::vector<std::string> &command, int alarm);
+  // Starts a program, found by the environment variable PATH, without input. It is killed with the Helper, and when the
+  // thread ends that started it, however that ends. What waits here throws Interrupted as soon as the descriptor
+  // `alarm` becomes readable. Throws std::system_error.
+  explicit Helper(const std::vector<std::string> &command, int alarm = -1);
   ~Helper();
   Helper(Helper &&other) noexcept;
   Helper(const Helper &) = delete;
@@ -27,8 +28,8 @@ class Helper {
   // is given.
   std::optional<int> wait(std::optional<std::chrono::milliseconds> patience = {});
 
-  // Until the program writes a byte to descriptor 3, or ends without: false.
-  bool is_ready();
+  // Whether the program wrote a byte to descriptor 3 before it closed it or ended; nothing when it did neither in time.
+  std::optional<bool> wait_until_ready(std::chrono::milliseconds patience);
 
   std::string output() const;  // standard output and standard error until now, in the order in which they came
   void kill();
@@ -41,4 +42,4 @@ class Helper {
   box::Descriptor process_, output_, told_;
 };
 
-}  // namespace play
+}  // namespace terminal

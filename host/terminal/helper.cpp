@@ -1,9 +1,9 @@
-#include "host/play/helper.h"
+#include "host/terminal/helper.h"
 
 #include <fcntl.h>
 #include <poll.h>
-#include <spawn.h>
 #include <sys/mman.h>
+#include <sys/prctl.h>
 #include <sys/syscall.h>
 #include <unistd.h>
 
@@ -16,7 +16,7 @@
 #include "host/box/child.h"
 #include "host/terminal/terminal.h"
 
-namespace play {
+namespace terminal {
 namespace {
 
 using Clock = std::chrono::steady_clock;
@@ -28,6 +28,17 @@ constexpr int kTold = 3;  // the descriptor by which the program tells that it i
   throw std::system_error(error, std::generic_category(), what);
 }
 
+struct Pipe {
+  Pipe() {
+    std::array<int, 2> ends{};
+    if (pipe2(ends.data(), O_CLOEXEC) != 0) fail(errno, "cannot make a pipe");
+    out = box::Descriptor(ends[0]);
+    in = box::Descriptor(ends[1]);
+  }
+
+  box::Descriptor out, in;
+};
+
 // Whether the descriptor became readable in time. Throws Interrupted.
 bool comes(int fd, int alarm, std::optional<milliseconds> patience) {
   const auto deadline = Clock::now() + patience.value_or(milliseconds{0});
@@ -35,11 +46,32 @@ bool comes(int fd, int alarm, std::optional<milliseconds> patience) {
     const auto left = std::chrono::duration_cast<milliseconds>(deadline - Clock::now()).count();
     std::array<pollfd, 2> wait{pollfd{fd, POLLIN, 0}, pollfd{alarm, POLLIN, 0}};
     const int ready = poll(wait.data(), wait.size(), !patience ? -1 : left > 0 ? static_cast<int>(left) : 0);
-    if (ready > 0 && wait[1].revents != 0) throw terminal::Interrupted();
+    if (ready > 0 && wait[1].revents != 0) throw Interrupted();
     if (ready > 0) return true;
     if (ready == 0 && patience && Clock::now() >= deadline) return false;
     if (ready < 0 && errno != EINTR) fail(errno, "poll");
   }
+}
+
+// A copy out of the way of the descriptors that the program gets.
+int beyond_those_of_program(int fd) {
+  return fcntl(fd, F_DUPFD_CLOEXEC, kTold + 1);
+}
+
+// A program whose owner is gone, killed perhaps, would work on: nobody knew of it.
+[[noreturn]] void become(const box::ArgumentVector &arguments, pid_t owner, int output, int tells, int exec_error) {
+  prctl(PR_SET_PDEATHSIG, SIGKILL);
+  if (getppid() != owner) _exit(127);
+  output = beyond_those_of_program(output);
+  tells = beyond_those_of_program(tells);
+  exec_error = beyond_those_of_program(exec_error);
+  close(STDIN_FILENO);
+  const bool is_ready = open("/dev/null", O_RDONLY) == STDIN_FILENO && dup2(output, STDOUT_FILENO) >= 0 &&
+                        dup2(output, STDERR_FILENO) >= 0 && dup2(tells, kTold) >= 0;
+  if (is_ready) execvp(arguments.program(), arguments.data());
+  const int error = errno;
+  if (write(exec_error, &error, sizeof error) < 0) _exit(126);
+  _exit(127);
 }
 
 }  // namespace
@@ -47,26 +79,22 @@ bool comes(int fd, int alarm, std::optional<milliseconds> patience) {
 Helper::Helper(const std::vector<std::string> &command, int alarm) : alarm_(alarm) {
   const box::ArgumentVector arguments(command);
   output_ = box::Descriptor(memfd_create("output", MFD_CLOEXEC));
-  std::array<int, 2> ends{};
-  if (output_.get() < 0 || pipe2(ends.data(), O_CLOEXEC) != 0) fail(errno, "cannot run " + command.at(0));
-  told_ = box::Descriptor(ends[0]);
-  const box::Descriptor tells(ends[1]);
+  if (output_.get() < 0) fail(errno, "cannot run " + command.at(0));
+  Pipe told, exec_error;
+  const pid_t owner = getpid();
+  pid_ = fork();
+  if (pid_ < 0) fail(errno, "cannot run " + command.at(0));
+  if (pid_ == 0) become(arguments, owner, output_.get(), told.in.get(), exec_error.in.get());
+  told_ = std::move(told.out);
+  exec_error.in.reset();
 
-  posix_spawn_file_actions_t actions;
-  posix_spawn_file_actions_init(&actions);
-  posix_spawn_file_actions_addopen(&actions, STDIN_FILENO, "/dev/null", O_RDONLY, 0);
-  posix_spawn_file_actions_adddup2(&actions, output_.get(), STDOUT_FILENO);
-  posix_spawn_file_actions_adddup2(&actions, output_.get(), STDERR_FILENO);
-  posix_spawn_file_actions_adddup2(&actions, tells.get(), kTold);
-  const int error = posix_spawnp(&pid_, arguments.program(), &actions, nullptr, arguments.data(), environ);
-  posix_spawn_file_actions_destroy(&actions);
-  if (error != 0) fail(error, "cannot run " + command.at(0));
-  process_ = box::Descriptor(static_cast<int>(syscall(SYS_pidfd_open, pid_, 0)));
-  if (process_.get() < 0) {
-    const int reason = errno;
-    kill();
-    fail(reason, "cannot watch " + command.at(0));
-  }
+  int error = 0;  // Nothing comes where execve succeeds.
+  const bool failed = read(exec_error.out.get(), &error, sizeof error) == sizeof error;
+  process_ = box::Descriptor(failed ? -1 : static_cast<int>(syscall(SYS_pidfd_open, pid_, 0)));
+  if (process_.get() >= 0) return;
+  if (!failed) error = errno;
+  kill();
+  fail(error, (failed ? "cannot run " : "cannot watch ") + command.at(0));
 }
 
 Helper::Helper(Helper &&other) noexcept
@@ -96,8 +124,8 @@ std::optional<int> Helper::wait(std::optional<milliseconds> patience) {
   return status_;
 }
 
-bool Helper::is_ready() {
-  comes(told_.get(), alarm_, {});
+std::optional<bool> Helper::wait_until_ready(milliseconds patience) {
+  if (!comes(told_.get(), alarm_, patience)) return {};
   char byte = 0;
   return read(told_.get(), &byte, 1) == 1;
 }
@@ -112,4 +140,4 @@ std::string Helper::output() const {
   }
 }
 
-}  // namespace play
+}  // namespace terminal
