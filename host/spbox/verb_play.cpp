@@ -146,9 +146,10 @@ void add_play(CLI::App &app, Action &action) {
       ->option_text("FILE");
   verb->add_option("--picture", options->picture, "Write there the screens, as a moving SVG")->option_text("FILE");
   verb->footer(help() +
-               "\nA word in quotes keeps its blanks and knows the escapes of C. $NAME in a word\n"
-               "stands for a value, $$ for a dollar. # begins a comment. All scripts are read\n"
-               "and checked before the first step.\n\n"
+               "\nA word in quotes keeps its blanks and knows \\n \\t \\r \\e \\\" \\\\ and\n"
+               "bytes in octal, such as \\003. $NAME in a word stands for a value, $$ for a\n"
+               "dollar. # begins a comment. All scripts are read and checked before the first\n"
+               "step.\n\n"
                "Without --box, the box is gone after the play. Exit status: 0 played to its\n"
                "end, 1 a step failed, 2 the script or the command line makes no sense.\n\n"
                "Examples:\n"
