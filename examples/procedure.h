@@ -113,9 +113,10 @@ inline Outcome walk(const Procedure &procedure, const Kind *kind) {
   Server server;
   int32_t result = server.read_with_times();
   if (result != LMAINTE_OK) {
-    const bool no_model = server.model() == LMAINTE_MODEL_NONE;
-    return failed("The server's model could not be read", result,
-                  no_model ? "/tmp holds no marker file of a model. Start it on a service processor." : kTryAgain);
+    failed("The server's model could not be read", result, kTryAgain);
+    if (server.model() == LMAINTE_MODEL_NONE)
+      std::puts("Or /tmp holds no marker file of a model: then this is no service processor.");
+    return kFailed;
   }
   if (kind != nullptr && kind->count(server) == 0) {
     std::printf("This server has no %s.\n", kind->many);

@@ -142,7 +142,7 @@ inline const char *fault_of_unit(int32_t result) {
 }
 
 inline Outcome exchange(Work &work) {
-  if (!work.is_detached())
+  if (work.is_in_operation())
     if (const Outcome outcome = detach(work); outcome != kDone) return outcome;
   if (const Outcome outcome = take_out(work); outcome != kDone) return outcome;
   return put_in(work);

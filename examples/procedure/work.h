@@ -22,7 +22,8 @@ class Work {
         unit(the_unit),
         record(the_record),
         action(the_action),
-        marks_(the_server, the_unit.record) {
+        marks_(the_server, the_unit.record),
+        is_in_operation_(the_action != LMAINTE_EVENT_ADDED) {
     if (kind.is_board() && server.is_high_end()) division = board().cmu.xsb_mode == 1 ? 1 : 4;
   }
   ~Work() { take_back(); }
@@ -56,13 +57,14 @@ class Work {
     const in_order::Undisturbed undisturbed;
     const int32_t result = lmainte_detach_fru(time(LMAINTE_CMD_DETACHFRU), &unit.record);
     is_detached_ = result == LMAINTE_OK;
+    if (is_detached_) is_in_operation_ = false;
     is_in_doubt_ = result == LMAINTE_FAILED;  // stopped at its limit, or never run
     if (result != LMAINTE_OK || !kind.is_board()) return result;
     return lmainte_link_board(LMAINTE_LINK_DOWN, time(LMAINTE_CMD_LINKBOARD), &unit.record);
   }
 
-  // Safe to pull out.
-  bool is_detached() const { return is_detached_; }
+  // Not safe to pull out.
+  bool is_in_operation() const { return is_in_operation_; }
 
   // The other unit of its board is in place: only a whole board is tested and divided.
   bool is_whole_board() const {
@@ -94,7 +96,7 @@ class Work {
 
   int32_t bring_up_unit() {
     int32_t result = lmainte_test_fru(time(LMAINTE_CMD_TESTFRU), &unit.record);
-    if (result == LMAINTE_OK) is_detached_ = false;  // what passes is in operation
+    if (result == LMAINTE_OK) be_in_operation();  // what passes is
     if (result == LMAINTE_OK && kind.type == LMAINTE_TYPE_FANTRAY)
       result = lmainte_check_fanspeed(time(LMAINTE_CMD_CHKFANSPEED), unit.name());
     return result;
@@ -105,7 +107,13 @@ class Work {
     if (result == LMAINTE_OK && is_whole_board() && parts != 0)
       result = lmainte_set_xsb(parts, is_mirrored ? 1 : 0, time(LMAINTE_CMD_SETUPFRU), &unit.record);
     if (result == LMAINTE_OK) result = lmainte_link_board(LMAINTE_LINK_UP, time(LMAINTE_CMD_LINKBOARD), &unit.record);
+    if (result == LMAINTE_OK) be_in_operation();
     return result;
+  }
+
+  void be_in_operation() {
+    is_in_operation_ = true;
+    is_detached_ = false;
   }
 
   // The procedure ends before its time. A unit that was not touched goes back into operation as it was, not divided anew.
@@ -132,6 +140,7 @@ class Work {
   }
 
   Marks marks_;
+  bool is_in_operation_;
   bool is_detached_ = false;  // taken out of operation, and not back since
   bool is_in_doubt_ = false;  // the program that should have taken it out did not end well
   bool is_rejected_ = false;  // it did not pass when it was brought up
