@@ -154,12 +154,14 @@ INSTANTIATE_TEST_SUITE_P(
                 "detachfru",
                 {"--hang"},
                 "replace_unit psu",
-                {"/PSU#0 is not out of operation (result 8).", "Putting /PSU#0 back into operation"}},
+                {"/PSU#0 is not out of operation (result 8).", "/PSU#0 may be out of operation (result 8).",
+                 "To test it again and put it into operation: add_unit psu"}},
         Failure{"TheDetachingProgramIsDeaf",
                 "detachfru",
                 {"--hang", "--ignore-term"},
                 "remove_unit psu",
-                {"/PSU#0 is not out of operation (result 8).", "Putting /PSU#0 back into operation"}}),
+                {"/PSU#0 is not out of operation (result 8).", "/PSU#0 may be out of operation (result 8).",
+                 "To test it again and put it into operation: add_unit psu"}}),
     name_of);
 
 class TakingBackFails : public FailingProgram {};
@@ -173,42 +175,43 @@ TEST_P(TakingBackFails, AndIsNamedWithWhatMendsIt) {
   expect_ending();
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    Of, TakingBackFails,
-    testing::Values(Failure{"TheFlag",
-                            "setmainteflag",
-                            {"--exit", "204"},
-                            "replace_unit psu",
-                            {"/PSU#0 may still have its maintenance flag (result 204).",
-                             "Mend it with: /mgb/bin/setmainteflag -u /PSU#0 -c end"},
-                            {"/PSU#0 is under maintenance"}},
-                    Failure{"TheLed",
-                            "ctlled",
-                            {"--exit", "206"},
-                            "remove_unit psu",
-                            {"/PSU#0 may still have its LED blinking (result 206).",
-                             "Mend it with: /mgb/bin/ctlled -u /PSU#0 -c off"},
-                            {"the LED of /PSU#0 blinks"}},
-                    Failure{"TheFans",
-                            "ctlfan",
-                            {"--exit", "219"},
-                            "replace_unit fan",
-                            {"/FAN_A#0 makes the fans run fast (result 219).", "Mend it with: /mgb/bin/ctlfan -c low"},
-                            {"the fans run at speed \"high\""}},
-                    Failure{"TheUnitsOperation",
-                            "testfru",
-                            {"--exit", "208"},
-                            "replace_unit psu",
-                            {"/PSU#0 is still out of operation (result 208).", "Mend it with: add_unit psu"},
-                            {"/PSU#0 is detached"}},
-                    Failure{"MaintenanceMode",
-                            "ctlmainte",
-                            {"--exit", "77"},
-                            "replace_unit psu",
-                            {"The server may still be in maintenance mode (result 8).",
-                             "Mend it with: /mgb/bin/ctlmainte -c unlock"},
-                            {"maintenance mode is on"}}),
-    name_of);
+INSTANTIATE_TEST_SUITE_P(Of, TakingBackFails,
+                         testing::Values(Failure{"TheFlag",
+                                                 "setmainteflag",
+                                                 {"--exit", "204"},
+                                                 "replace_unit psu",
+                                                 {"/PSU#0 may still have its maintenance flag (result 204).",
+                                                  "Mend it with: /mgb/bin/setmainteflag -u /PSU#0 -c end"},
+                                                 {"/PSU#0 is under maintenance"}},
+                                         Failure{"TheLed",
+                                                 "ctlled",
+                                                 {"--exit", "206"},
+                                                 "remove_unit psu",
+                                                 {"/PSU#0 may still have its LED blinking (result 206).",
+                                                  "Mend it with: /mgb/bin/ctlled -u /PSU#0 -c off"},
+                                                 {"the LED of /PSU#0 blinks"}},
+                                         Failure{"TheFans",
+                                                 "ctlfan",
+                                                 {"--exit", "219"},
+                                                 "replace_unit fan",
+                                                 {"/FAN_A#0 makes the fans run fast (result 219).",
+                                                  "Mend it with: /mgb/bin/ctlfan -c low"},
+                                                 {"the fans run at speed \"high\""}},
+                                         Failure{"TheUnitsOperation",
+                                                 "testfru",
+                                                 {"--exit", "208"},
+                                                 "replace_unit psu",
+                                                 {"/PSU#0 is still out of operation (result 208).",
+                                                  "To test it again and put it into operation: add_unit psu"},
+                                                 {"/PSU#0 is detached"}},
+                                         Failure{"MaintenanceMode",
+                                                 "ctlmainte",
+                                                 {"--exit", "77"},
+                                                 "replace_unit psu",
+                                                 {"The server may still be in maintenance mode (result 8).",
+                                                  "Mend it with: /mgb/bin/ctlmainte -c unlock"},
+                                                 {"maintenance mode is on"}}),
+                         name_of);
 
 class Boards : public BoxTest {
  protected:
@@ -231,7 +234,7 @@ TEST_F(Boards, ThatCannotBeDividedStayOutOfOperation) {
   bend("setupfru", {"--exit", "137"});
   start_procedure("add_unit cmu");
   answers("Which CPU/memory unit", "1\n");
-  answers("Type 1 or 2", "2\n");
+  answers("Type 1, 2 or 3", "3\n");
   answers("Put in /CMU#0 now.");
   spbox({"insert", "/CMU#0"});
   types("1\n");
@@ -297,6 +300,7 @@ TEST_F(NoWalk, WithoutTheMarkerOfAModel) {
   start({"sh", "-c", "rm /tmp/.qa; exec " + procedure("replace_unit")});
   EXPECT_EQ(ending(), (Ending{false, 1}));
   EXPECT_TRUE(was_shown("The server's model could not be read (result 8)."));
+  EXPECT_TRUE(was_shown("/tmp holds no marker file of a model"));
   std::ofstream(box() / "tmp/.qa").close();
   expect_in_order();
 }
@@ -339,8 +343,8 @@ TEST_F(Walks, WhenAUnitIsFlaggedAlreadyToAnotherOne) {
   bend("setmainteflag", {"--exit", "128"});
   start_procedure("replace_unit psu");
   answers("Which power supply", "1\n");
-  answers("/PSU#0 has a maintenance flag: another procedure is at work on it, or left it.");
-  EXPECT_TRUE(was_shown("To end it: /mgb/bin/setmainteflag -u /PSU#0 -c end"));
+  answers("/PSU#0 may have a maintenance flag already");
+  EXPECT_TRUE(was_shown("or left it. To end it: /mgb/bin/setmainteflag -u /PSU#0 -c end"));
   answers("Type 1 to choose another power supply", "q\n");
   EXPECT_EQ(ending(), (Ending{false, 2}));
   expect_in_order();
