@@ -122,10 +122,10 @@ void BoxTest::expect_screen(const std::string &name) {
   EXPECT_EQ(framed(rows), framed(wanted)) << name;
 }
 
-terminal::Done BoxTest::spbox(const Words &words) {
+Done BoxTest::spbox(const Words &words) {
   Words command{SPBOX, words[0], box()};
   command.insert(command.end(), words.begin() + 1, words.end());
-  auto done = terminal::run(command);
+  auto done = run_to_end(command);
   EXPECT_EQ(done.exit_status, 0) << "spbox " << words[0] << ": " << done.output;
   return done;
 }
@@ -139,7 +139,7 @@ std::string BoxTest::flag(const std::string &unit) const {
 }
 
 void BoxTest::take_out_of_operation(const std::string &unit) const {
-  EXPECT_EQ(terminal::run(in_box({"/mgb/bin/detachfru", "-u", unit})).exit_status, 0);
+  EXPECT_EQ(run_to_end(in_box({"/mgb/bin/detachfru", "-u", unit})).exit_status, 0);
 }
 
 void BoxTest::bend(const std::string &program, const Words &how) {
@@ -174,7 +174,7 @@ void BoxTest::put_record(std::uint32_t db_id, const std::string &name, std::size
 std::string BoxTest::call(const Words &words) const {
   Words command{CALL};
   command.insert(command.end(), words.begin(), words.end());
-  return terminal::run(in_box(command)).output;
+  return run_to_end(in_box(command)).output;
 }
 
 void BoxTest::expect_in_order(const Words &detached) {

@@ -11,8 +11,8 @@
 #include <vector>
 
 #include "host/play/in_order.h"
-#include "host/terminal/run.h"
 #include "host/terminal/terminal.h"
+#include "tests/run.h"
 
 namespace end_to_end {
 
@@ -51,7 +51,7 @@ class BoxTest : public testing::Test {
   void expect_screen(const std::string &name);
 
   // The technician.
-  terminal::Done spbox(const Words &words);  // spbox VERB BOX ...; must succeed
+  Done spbox(const Words &words);  // spbox VERB BOX ...; must succeed
   std::string led(const std::string &unit) const;
   std::string flag(const std::string &unit) const;
   void take_out_of_operation(const std::string &unit) const;

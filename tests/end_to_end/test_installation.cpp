@@ -20,10 +20,8 @@ class Installation : public BoxTest {
 
   // The technician begins with a pull of /PSU#3; he is there once that is done.
   void technician(const std::string &steps) {
-    hands_ =
-        std::async(std::launch::async, [command = Words{SPBOX, "technician", box(), "--do", "pull /PSU#3; " + steps}] {
-          return terminal::run(command);
-        });
+    hands_ = std::async(std::launch::async, [command = Words{SPBOX, "technician", box(), "--do",
+                                                             "pull /PSU#3; " + steps}] { return run_to_end(command); });
     ASSERT_TRUE(eventually([&] { return !is_installed(); }));
   }
   bool is_installed() const {
@@ -32,8 +30,8 @@ class Installation : public BoxTest {
 
   // The check of /PSU#3, to the end of the technician's work.
   std::string check(const char *expectation) {
-    std::string result = terminal::run(in_box({ACT, "installed", expectation, "3"})).output;
-    const terminal::Done hands = hands_.get();
+    std::string result = run_to_end(in_box({ACT, "installed", expectation, "3"})).output;
+    const Done hands = hands_.get();
     EXPECT_EQ(hands.exit_status, 0) << hands.output;
     return result;
   }
@@ -48,7 +46,7 @@ class Installation : public BoxTest {
   }
 
  private:
-  std::future<terminal::Done> hands_;
+  std::future<Done> hands_;
 };
 
 TEST_F(Installation, IsMetByAUnitThatAppearsLate) {

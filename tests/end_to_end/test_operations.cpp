@@ -15,7 +15,7 @@ class Operations : public BoxTest {
   std::string act(const Words &words) const {
     Words command{ACT};
     command.insert(command.end(), words.begin(), words.end());
-    return terminal::run(in_box(command)).output;
+    return run_to_end(in_box(command)).output;
   }
 
   struct Row {

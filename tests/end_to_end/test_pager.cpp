@@ -63,7 +63,7 @@ TEST_F(Pager, ShowsToTheEndAFileThatIsGoneAndTheCommandSaysSo) {
 
 TEST_F(Pager, RunsThroughInOneGoWhereThereIsNoTerminal) {
   make_box("qe2");
-  const auto done = terminal::run(in_box({SHOW_UNITS, "psu"}));
+  const auto done = run_to_end(in_box({SHOW_UNITS, "psu"}));
   EXPECT_EQ(done.exit_status, 0);
   EXPECT_EQ(done.output.substr(0, 27), "Model qe2: power supplies\n\n");
   EXPECT_NE(done.output.find("\n30. PSU#54          Normal\n\n30 in all.\n"), std::string::npos) << done.output;

@@ -109,7 +109,7 @@ TEST_F(Walk, NeedsATerminalAndAtMostAKindThatThereIs) {
       {"no such kind", {replace, "psu2"}, kUsage},
       {"two kinds", {replace, "psu", "fan"}, kUsage}};
   for (const auto &mistake : mistakes) {
-    const auto done = terminal::run(in_box(mistake.command));
+    const auto done = run_to_end(in_box(mistake.command));
     EXPECT_EQ(done.exit_status, 1) << mistake.says;
     EXPECT_EQ(done.output, mistake.output) << mistake.says;
   }
@@ -139,7 +139,7 @@ class EveryModel : public BoxTest, public testing::WithParamInterface<Model> {};
 
 TEST_P(EveryModel, IsReadAndItsKindsAndItsPowerSuppliesAreListed) {
   make_box(GetParam().name);
-  EXPECT_EQ(terminal::run({SPBOX, "run", box(), "--", SHOW_MODEL}).output, GetParam().says);
+  EXPECT_EQ(run_to_end({SPBOX, "run", box(), "--", SHOW_MODEL}).output, GetParam().says);
   start_procedure("remove_unit");
   answers("What do you remove? Type its number, q to give up:");
   for (const char *kind : {" 1. CPU/memory units", " 2. I/O units", " 3. fan trays", " 4. power supplies"}) {

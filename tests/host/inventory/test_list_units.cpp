@@ -3,8 +3,8 @@
 #include <sstream>
 
 #include "host/box/database.h"
-#include "host/terminal/run.h"
 #include "tests/host/inventory/bent_box.h"
+#include "tests/run.h"
 
 namespace {
 
@@ -50,10 +50,10 @@ Units units_in(const std::string &output) {
 
 class ListUnits : public BentBox {
  protected:
-  terminal::Done list_units(const Words &arguments = {}) const {
+  Done list_units(const Words &arguments = {}) const {
     Words words = {SPBOX, "run", place().root(), "--", LIST_UNITS};
     words.insert(words.end(), arguments.begin(), arguments.end());
-    return terminal::run(words);
+    return run_to_end(words);
   }
 
   void remove(std::uint32_t db_id, const std::string &name) const {

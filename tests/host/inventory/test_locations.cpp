@@ -2,8 +2,8 @@
 
 #include <sstream>
 
-#include "host/terminal/run.h"
 #include "tests/host/inventory/bent_box.h"
+#include "tests/run.h"
 
 namespace {
 
@@ -14,7 +14,7 @@ class Locations : public BentBox {
   Lines located(const std::vector<std::string> &locations) const {
     std::vector<std::string> words = {SPBOX, "run", place().root(), "--", LOCATE};
     words.insert(words.end(), locations.begin(), locations.end());
-    const auto done = terminal::run(words);
+    const auto done = run_to_end(words);
     EXPECT_EQ(done.exit_status, 0) << done.output;
     Lines lines;
     std::istringstream output(done.output);

@@ -3,9 +3,9 @@
 #include <cstdio>
 #include <map>
 
-#include "host/terminal/run.h"
 #include "include/lmainte.h"
 #include "tests/host/inventory/bent_box.h"
+#include "tests/run.h"
 
 namespace {
 
@@ -40,7 +40,7 @@ class MarkedUnits : public BentBox {
   std::string listed(const Words &flags = {}) const {
     Words words = {SPBOX, "run", place().root(), "--", MARKED};
     words.insert(words.end(), flags.begin(), flags.end());
-    return terminal::run(words).output;
+    return run_to_end(words).output;
   }
 
   std::string started(const std::vector<Marked> &units) const {

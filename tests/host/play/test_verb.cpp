@@ -11,9 +11,9 @@
 #include "host/box/place.h"
 #include "host/play/steps.h"
 #include "host/terminal/helper.h"
-#include "host/terminal/run.h"
 #include "tests/eventually.h"
 #include "tests/host/box/scratch.h"
+#include "tests/run.h"
 
 namespace {
 
@@ -36,11 +36,11 @@ class PlayVerb : public testing::Test {
     command.insert(command.end(), words.begin(), words.end());
     return command;
   }
-  terminal::Done play(const std::string &text, const Words &words = {}) const {
+  Done play(const std::string &text, const Words &words = {}) const {
     write("walk.play", text);
     Words all{"walk.play"};
     all.insert(all.end(), words.begin(), words.end());
-    return terminal::run(command(all));
+    return run_to_end(command(all));
   }
   void expect_done(const std::string &text, const Words &words = {}) const {
     const auto done = play(text, words);
@@ -160,7 +160,7 @@ TEST_F(PlayVerb, RefusesWhatMakesNoSenseBeforeTheFirstStep) {
     EXPECT_EQ(done.output.find("begun"), done.output.find("`say \"begun") == std::string::npos ? std::string::npos : 0)
         << row.says << ": " << done.output;
   }
-  EXPECT_EQ(terminal::run(command({"nowhere.play"})).output,
+  EXPECT_EQ(run_to_end(command({"nowhere.play"})).output,
             "nowhere.play: No such file or directory. Name a script that can be read.\n");
 }
 
@@ -222,7 +222,7 @@ TEST_F(PlayVerb, DrawsTheSamePictureOfTheSamePlay) {
 }
 
 TEST_F(PlayVerb, HelpHasEveryStep) {
-  const auto help = terminal::run({SPBOX, "play", "--help"});
+  const auto help = run_to_end({SPBOX, "play", "--help"});
   EXPECT_EQ(help.exit_status, 0);
   for (const auto &form : play::step_forms()) {
     EXPECT_NE(help.output.find("  " + std::string(form.written)), std::string::npos) << form.written;

@@ -3,26 +3,26 @@
 #include <algorithm>
 #include <cstring>
 
-terminal::Done SpboxTest::spbox(const Words &words) const {
+Done SpboxTest::spbox(const Words &words) const {
   Words command{"/usr/bin/env", "-C", scratch_.path(), SPBOX};
   command.insert(command.end(), words.begin(), words.end());
-  return terminal::run(command);
+  return run_to_end(command);
 }
 
 std::string SpboxTest::done(const Words &words) const {
-  const terminal::Done result = spbox(words);
+  const Done result = spbox(words);
   EXPECT_EQ(result.exit_status, 0) << "spbox " << words.front() << ": " << result.output;
   return result.output;
 }
 
 std::string SpboxTest::refused(const Words &words) const {
-  const terminal::Done result = spbox(words);
+  const Done result = spbox(words);
   EXPECT_EQ(result.exit_status, 1) << "spbox " << words.front() << ": " << result.output;
   EXPECT_EQ(std::count(result.output.begin(), result.output.end(), '\n'), 1) << result.output;
   return result.output;
 }
 
-terminal::Done SpboxTest::in_box(const Words &command) const {
+Done SpboxTest::in_box(const Words &command) const {
   Words words{"run", "box", "--"};
   words.insert(words.end(), command.begin(), command.end());
   return spbox(words);

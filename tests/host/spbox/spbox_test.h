@@ -10,21 +10,21 @@
 #include "host/box/inventory.h"
 #include "host/box/place.h"
 #include "host/box/programs.h"
-#include "host/terminal/run.h"
 #include "tests/host/box/scratch.h"
+#include "tests/run.h"
 
 using Words = std::vector<std::string>;
 
 class SpboxTest : public testing::Test {
  protected:
   // Runs spbox with these words, in a folder where the box is called "box".
-  terminal::Done spbox(const Words &words) const;
+  Done spbox(const Words &words) const;
   // The same for what must succeed; returns the output.
   std::string done(const Words &words) const;
   // The same for what must be refused: exit status 1 and one line for the user.
   std::string refused(const Words &words) const;
   // A command in the box.
-  terminal::Done in_box(const Words &command) const;
+  Done in_box(const Words &command) const;
 
   void make_box(const std::string &model) { done({"create", "box", "--model", model}); }
   box::Place place() const { return box::Place(scratch_ / "box"); }

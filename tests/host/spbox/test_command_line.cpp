@@ -27,7 +27,7 @@ TEST_F(CommandLine, ThatMakesNoSenseIsExitStatusTwo) {
                                  {"trace", "box", "--last", "0"},
                                  {"trace", "box", "--last", "many"}};
   for (const Words &line : lines) {
-    const terminal::Done result = spbox(line);
+    const Done result = spbox(line);
     EXPECT_EQ(result.exit_status, 2) << (line.empty() ? "" : line.front()) << ": " << result.output;
     EXPECT_TRUE(result.output.starts_with("spbox: ")) << result.output;
     EXPECT_NE(result.output.find("spbox --help"), std::string::npos) << result.output;

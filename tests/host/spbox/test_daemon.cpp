@@ -107,7 +107,7 @@ TEST_F(Daemon, RefusesWhatMakesNoSense) {
 }
 
 TEST_F(Daemon, RunsAsLongAsTheCommand) {
-  const terminal::Done seen = in_box({"sh", "-c", "test -S /mgb/run/monitor && " + find_daemon()});
+  const Done seen = in_box({"sh", "-c", "test -S /mgb/run/monitor && " + find_daemon()});
   ASSERT_EQ(seen.exit_status, 0) << seen.output;
   const pid_t daemon = daemon_in(seen.output);
   ASSERT_GT(daemon, 0) << seen.output;
@@ -121,7 +121,7 @@ TEST_F(Daemon, IsRunningForOthersToSee) {
 
 // The next command's daemon takes its turn, and the box is none the worse.
 TEST_F(Daemon, IsNotLeftBehindByACommandThatIsKilled) {
-  const terminal::Done seen = in_box({"sh", "-c", find_daemon() + "; kill -KILL $$"});
+  const Done seen = in_box({"sh", "-c", find_daemon() + "; kill -KILL $$"});
   EXPECT_EQ(seen.exit_status, 128 + SIGKILL);
   const pid_t daemon = daemon_in(seen.output);
   ASSERT_GT(daemon, 0) << seen.output;
@@ -146,7 +146,7 @@ TEST_F(Daemon, EndsWithASpboxThatIsKilled) {
 }
 
 TEST_F(Daemon, IsReportedWhenItEndsBeforeTheCommand) {
-  const terminal::Done seen = in_box({"sh", "-c", "kill -KILL $(" + find_daemon() + ")"});
+  const Done seen = in_box({"sh", "-c", "kill -KILL $(" + find_daemon() + ")"});
   EXPECT_EQ(seen.exit_status, 0);
   EXPECT_EQ(seen.output,
             "spbox: the box's daemon ended before the command: signal 9. Requests to it failed from then on.\n");
@@ -154,7 +154,7 @@ TEST_F(Daemon, IsReportedWhenItEndsBeforeTheCommand) {
 
 TEST_F(Daemon, IsDoneWithoutWhereItCannotRun) {
   std::ofstream(place().daemons()).close();  // a file where its folder should be
-  const terminal::Done seen = in_box({"true"});
+  const Done seen = in_box({"true"});
   EXPECT_EQ(seen.exit_status, 0);
   EXPECT_NE(seen.output.find("The command runs without it."), std::string::npos) << seen.output;
   EXPECT_NE(seen.output.find(place().daemons().string()), std::string::npos) << "and why: " << seen.output;

@@ -151,7 +151,7 @@ TEST_F(Dump, OfALittleEndianMachineIsLoaded) {
 
 TEST_F(Dump, ComesFromStandardInputToo) {
   make_box("qb1");
-  const terminal::Done result = terminal::run(
+  const Done result = run_to_end(
       {"/bin/sh", "-c", "cd " + scratch_.path().string() + " && " SPBOX " dump box | " SPBOX " load - copy"});
   EXPECT_EQ(result.output, "Made copy: model qb1, 55 records of standard input. `spbox units copy` lists its units.\n");
   EXPECT_EQ(done({"dump", "copy"}), done({"dump", "box", "-"}));
@@ -246,7 +246,7 @@ TEST_F(Dump, OfTheProgramInTheDocumentationIsTheSame) {
   write("run", "awk '/^database [0-9]/ {db = $2} /^record/ {print db, $2}' list.dump | " SPBOX " run box -- " BOARD_DUMP
                " qe1 >board.dump\n");
   done({"dump", "box", "list.dump"});
-  const terminal::Done run = terminal::run({"/bin/sh", "-c", "cd " + scratch_.path().string() + " && . ./run"});
+  const Done run = run_to_end({"/bin/sh", "-c", "cd " + scratch_.path().string() + " && . ./run"});
   EXPECT_EQ(run.exit_status, 0) << run.output;
   done({"load", "board.dump", "copy"});
   const std::string copy = done({"dump", "copy"});

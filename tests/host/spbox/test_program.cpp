@@ -64,7 +64,7 @@ TEST_F(Program, RefusesWhatMakesNoSense) {
                                  {"ctlled", "--reset", "--hang"}};
   for (Words line : lines) {
     line.insert(line.begin(), {"program", "box"});
-    const terminal::Done result = spbox(line);
+    const Done result = spbox(line);
     EXPECT_EQ(result.exit_status, 2) << line.back();
     EXPECT_TRUE(result.output.starts_with("spbox: ")) << result.output;
   }

@@ -15,7 +15,7 @@ using namespace std::chrono_literals;
 class Run : public SpboxTest {
  protected:
   void SetUp() override { make_box("qe1"); }
-  terminal::Done shell(const std::string &line) const { return in_box({"sh", "-c", line}); }
+  Done shell(const std::string &line) const { return in_box({"sh", "-c", line}); }
 
   // The words that start spbox as an ordinary user, who may write in the test's folder.
   Words as_ordinary_user() {
@@ -63,8 +63,8 @@ TEST_F(Run, LetsNothingBeWrittenButTheBox) {
 
 TEST_F(Run, KeepsTheFolderAndTheDescriptors) {
   EXPECT_EQ(shell("pwd").output, scratch_.path().string() + "\n");
-  const terminal::Done result =
-      terminal::run({"/bin/sh", "-c", "cd " + scratch_.path().string() + " && echo word | " SPBOX " run box -- cat"});
+  const Done result =
+      run_to_end({"/bin/sh", "-c", "cd " + scratch_.path().string() + " && echo word | " SPBOX " run box -- cat"});
   EXPECT_EQ(result.output, "word\n");
 }
 
@@ -94,7 +94,7 @@ TEST_F(Run, LetsControlProgramsAct) {
 }
 
 TEST_F(Run, NamesACommandThatIsNotThere) {
-  const terminal::Done result = in_box({"no_such_command"});
+  const Done result = in_box({"no_such_command"});
   EXPECT_EQ(result.exit_status, 127);
   EXPECT_EQ(result.output,
             "spbox: no_such_command: there is no such program on the PATH in the box. The box has the workstation's "
@@ -117,7 +117,7 @@ TEST_F(Run, TakesTheCommandAsItStands) {
 }
 
 TEST_F(Run, KeepsTheBoxFromBeingMadeAnew) {
-  const terminal::Done result = terminal::run(
+  const Done result = run_to_end(
       {"/bin/sh", "-c",
        "cd " + scratch_.path().string() +
            "; " SPBOX
@@ -129,18 +129,17 @@ TEST_F(Run, KeepsTheBoxFromBeingMadeAnew) {
 }
 
 TEST_F(Run, SaysThatBubblewrapIsMissing) {
-  const terminal::Done result =
-      terminal::run({"/usr/bin/env", "-C", scratch_.path(), "PATH=/nowhere", SPBOX, "run", "box", "--", "/usr/bin/id"});
+  const Done result =
+      run_to_end({"/usr/bin/env", "-C", scratch_.path(), "PATH=/nowhere", SPBOX, "run", "box", "--", "/usr/bin/id"});
   EXPECT_EQ(result.exit_status, 1);
   EXPECT_EQ(result.output,
             "spbox: bwrap is missing: it gives a command a root of its own. Install it (apt install bubblewrap).\n");
 }
 
 TEST_F(Run, SaysThatNamespacesAreForbidden) {
-  const terminal::Done result =
-      terminal::run({"/usr/bin/unshare", "-Ur", "/bin/sh", "-c",
-                     "echo 0 >/proc/sys/user/max_user_namespaces; cd " + scratch_.path().string() +
-                         "; exec setpriv --bounding-set=-all " SPBOX " run box -- id"});
+  const Done result = run_to_end({"/usr/bin/unshare", "-Ur", "/bin/sh", "-c",
+                                  "echo 0 >/proc/sys/user/max_user_namespaces; cd " + scratch_.path().string() +
+                                      "; exec setpriv --bounding-set=-all " SPBOX " run box -- id"});
   EXPECT_EQ(result.exit_status, 1);
   EXPECT_NE(
       result.output.find("spbox: the command was not run: no root of its own could be made for it (see above). This "
@@ -157,19 +156,19 @@ TEST_F(Run, CanTakeThePagerAway) {
 TEST_F(Run, IsForOrdinaryUsersToo) {
   fs::remove_all(place().root());
   const Words user = as_ordinary_user();
-  EXPECT_EQ(terminal::run(user + Words{"create", "box", "--model", "qa"}).exit_status, 0);
-  const terminal::Done result = terminal::run(
+  EXPECT_EQ(run_to_end(user + Words{"create", "box", "--model", "qa"}).exit_status, 0);
+  const Done result = run_to_end(
       user + Words{"run", "box", "--", "sh", "-c", "id -u; /mgb/bin/ctlled -u /PSU#0 -c on; echo $?; touch /x /usr/x"});
   EXPECT_FALSE(result.output.starts_with("0\n")) << "somebody, not root";
   EXPECT_NE(result.output.find("\n0\n"), std::string::npos) << result.output;
   EXPECT_NE(result.exit_status, 0);
   EXPECT_EQ(box::Hardware(place()).led("/PSU#0"), "on");
-  EXPECT_EQ(terminal::run(user + Words{"pull", "box", "/PSU#0"}).exit_status, 0);
+  EXPECT_EQ(run_to_end(user + Words{"pull", "box", "/PSU#0"}).exit_status, 0);
 }
 
 TEST_F(Run, SaysThatTheBoxIsSomebodyElses) {
   fs::permissions(place().root() / "mgb/lib", fs::perms::owner_read | fs::perms::owner_exec);
-  const terminal::Done result = terminal::run(as_ordinary_user() + Words{"run", "box", "--", "id"});
+  const Done result = run_to_end(as_ordinary_user() + Words{"run", "box", "--", "id"});
   EXPECT_EQ(result.exit_status, 1);
   EXPECT_NE(result.output.find("a box is for the user who made it"), std::string::npos) << result.output;
 }
@@ -181,7 +180,7 @@ TEST_F(Run, PassesASignalOnAndWaitsForTheCommand) {
       "; " SPBOX
       " run box -- sh -c 'trap \"echo cleaned up; exit 5\" TERM; touch /tmp/ready; while :; do sleep 0.1; done' & "
       "while [ ! -e box/tmp/ready ]; do sleep 0.05; done; kill -TERM $!; wait $!; echo status $?";
-  EXPECT_EQ(terminal::run({"/bin/sh", "-c", script}).output, "cleaned up\nstatus 5\n");
+  EXPECT_EQ(run_to_end({"/bin/sh", "-c", script}).output, "cleaned up\nstatus 5\n");
 }
 
 class RunOnTerminal : public Run {

@@ -18,8 +18,8 @@
 #include "host/spbox/text.h"
 #include "host/spbox/trace/phrases.h"
 #include "host/spbox/trace_book.h"
-#include "host/terminal/run.h"
 #include "tests/host/box/scratch.h"
+#include "tests/run.h"
 
 namespace {
 
@@ -46,7 +46,7 @@ const std::map<std::uint32_t, std::uint32_t> &recorded() {
     std::istringstream programs(UNIT_TESTS);
     for (std::string program; programs >> program;) {
       // The tests of the trace itself invent events.
-      const terminal::Done done = terminal::run({program, "--gtest_brief=1", "--gtest_filter=-TraceTest.*"});
+      const Done done = run_to_end({program, "--gtest_brief=1", "--gtest_filter=-TraceTest.*"});
       EXPECT_LE(done.exit_status, 1) << program << " did not run to its end; that a test fails is told elsewhere";
     }
     unsetenv("LMAINTE_KEPT_EVENTS");

@@ -1,10 +1,10 @@
-// Runs a program to its end and takes what it prints.
+// Running a program in a test, and taking what it prints.
 #pragma once
 
 #include <string>
 #include <vector>
 
-namespace terminal {
+#include "host/terminal/helper.h"
 
 struct Done {
   int exit_status;     // 128 + n where signal n ended it
@@ -12,6 +12,8 @@ struct Done {
 };
 
 // Runs a program to its end. Throws std::system_error when it cannot be run.
-Done run(const std::vector<std::string> &command);
-
-}  // namespace terminal
+inline Done run_to_end(const std::vector<std::string> &command) {
+  terminal::Helper program(command);
+  const int exit_status = program.wait().value();
+  return {exit_status, program.output()};
+}
