@@ -1,4 +1,5 @@
 #include <fcntl.h>
+#include <sys/socket.h>
 #include <unistd.h>
 
 #include <CLI/CLI.hpp>
@@ -31,18 +32,16 @@ namespace fs = std::filesystem;
 constexpr std::array<int, 4> kEnding{SIGINT, SIGQUIT, SIGTERM, SIGHUP};
 
 volatile sig_atomic_t command_pid = 0;
-volatile sig_atomic_t early_signal = 0;  // came before the command was there
+volatile sig_atomic_t early_signal = 0;  // came before the command was there, and waits for it
 
 // A signal for spbox alone is passed on. When the terminal goes, only the leader of its session hears of it.
 void pass_on(int signal, siginfo_t *info, void * /*context*/) {
   const int error = errno;
   const bool for_all = info->si_code > 0 && !(signal == SIGHUP && getsid(0) == getpid());
-  if (!for_all) {
-    if (command_pid > 0) {
-      kill(command_pid, signal);
-    } else {
-      early_signal = signal;
-    }
+  if (command_pid == 0) {
+    early_signal = signal;
+  } else if (!for_all) {
+    kill(command_pid, signal);
   }
   errno = error;
 }
@@ -126,20 +125,24 @@ void listen_for_signals() {
   }
 }
 
-// The command's process id, once it is inside; 0 when it never got there.
-pid_t read_pid(int fd) {
+// What comes until the other end is closed.
+std::string read_to_end(int fd) {
   std::string text;
   char character = 0;
   for (ssize_t got = 0; (got = read(fd, &character, 1)) == 1 || (got < 0 && errno == EINTR);) {
     if (got == 1) text += character;
   }
-  return box::number_in<pid_t>(text).value_or(0);
+  return text;
 }
 
 // Starts bwrap as a child and stays until it has ended. Returns the command's exit status.
+//
+// Until the command is inside nobody listens to the signals of its group but spbox. So that none is lost, and none comes
+// twice, the command blocks them, tells its process id, and waits: spbox takes note of it, which divides the signals
+// that spbox has to pass on from those that wait for the command itself.
 int visit(std::vector<std::string> arguments, const std::vector<std::string> &command) {
   std::array<int, 2> ends{};
-  if (pipe2(ends.data(), O_CLOEXEC) != 0) system_failure("pipe");
+  if (socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, ends.data()) != 0) system_failure("socketpair");
   fcntl(ends[1], F_SETFD, 0);
   arguments.insert(arguments.end(), {"--", kSpboxInside, kEnter, std::to_string(ends[1]), ignored_now()});
   arguments.insert(arguments.end(), command.begin(), command.end());
@@ -149,9 +152,10 @@ int visit(std::vector<std::string> arguments, const std::vector<std::string> &co
   if (child < 0) system_failure("fork");
   if (child == 0) become_bwrap(std::move(arguments));
   close(ends[1]);
-  command_pid = read_pid(ends[0]);
-  close(ends[0]);
+  // 0 when it never got there.
+  command_pid = box::number_in<pid_t>(read_to_end(ends[0])).value_or(0);
   if (command_pid > 0 && early_signal > 0) kill(command_pid, early_signal);
+  close(ends[0]);
   const bool entered = command_pid > 0;
   const int status = box::exit_status_of(child);
   command_pid = 0;
@@ -215,11 +219,18 @@ int enter_box(int argc, char **argv) {
   if (argc < 3) return kUsage;
   const auto fd = box::number_in<int>(argv[0]);
   if (!fd) return kUsage;
+  sigset_t ending, before;
+  sigemptyset(&ending);
+  for (const int signal : kEnding) sigaddset(&ending, signal);
+  sigprocmask(SIG_BLOCK, &ending, &before);
   for (std::size_t i = 0; i < kEnding.size(); ++i) {
     if (argv[1][i] == 'd') std::signal(kEnding[i], SIG_DFL);
   }
   dprintf(*fd, "%d", static_cast<int>(getpid()));
+  shutdown(*fd, SHUT_WR);
+  read_to_end(*fd);  // nothing comes: spbox closes its end once it knows whom to pass signals on to
   close(*fd);
+  sigprocmask(SIG_SETMASK, &before, nullptr);
   execvp(argv[2], argv + 2);
   const int error = errno;
   std::fprintf(stderr, "spbox: %s: %s\n", argv[2], cannot_run(argv[2], error).c_str());

@@ -124,10 +124,13 @@ bool Terminal::wait_for_new(std::string_view text, milliseconds patience) {
 
 bool Terminal::wait_until(const std::function<bool()> &is_true, milliseconds patience) {
   const auto deadline = Clock::now() + patience;
+  bool is_over = false;
   while (!is_true()) {
+    if (is_over) return false;
     const bool ended = !session_ || session_->ending();
     const bool news = read_output(ended ? kStandsStill : left_until(deadline));
-    if (!news && (ended || Clock::now() >= deadline)) return false;
+    is_over = (ended && !news) || Clock::now() >= deadline;
+    if (is_over) settle();
   }
   settle();
   return true;

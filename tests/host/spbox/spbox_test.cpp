@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <fstream>
 
 Done SpboxTest::spbox(const Words &words) const {
   Words command{"/usr/bin/env", "-C", scratch_.path(), SPBOX};
@@ -20,6 +21,10 @@ std::string SpboxTest::refused(const Words &words) const {
   EXPECT_EQ(result.exit_status, 1) << "spbox " << words.front() << ": " << result.output;
   EXPECT_EQ(std::count(result.output.begin(), result.output.end(), '\n'), 1) << result.output;
   return result.output;
+}
+
+void SpboxTest::write(const std::string &name, const std::string &text) const {
+  std::ofstream(scratch_.path() / name, std::ios::binary) << text;
 }
 
 Done SpboxTest::in_box(const Words &command) const {

@@ -26,6 +26,9 @@ class SpboxTest : public testing::Test {
   // A command in the box.
   Done in_box(const Words &command) const;
 
+  // A file in that folder.
+  void write(const std::string &name, const std::string &text) const;
+
   void make_box(const std::string &model) { done({"create", "box", "--model", model}); }
   box::Place place() const { return box::Place(scratch_ / "box"); }
   box::Bytes record(std::uint32_t db_id, const std::string &name) const;

@@ -10,9 +10,6 @@ namespace fs = std::filesystem;
 
 class Dump : public SpboxTest {
  protected:
-  void write(const std::string &name, const std::string &text) const {
-    std::ofstream(scratch_.path() / name, std::ios::binary) << text;
-  }
   std::string read(const std::string &name) const {
     std::ostringstream text;
     text << std::ifstream(scratch_.path() / name, std::ios::binary).rdbuf();

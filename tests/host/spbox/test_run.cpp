@@ -212,4 +212,20 @@ TEST_F(RunOnTerminal, AnInterruptIsTheCommandsToHandle) {
   EXPECT_EQ(ending->number, 4);
 }
 
+// bwrap and spbox let the interrupt pass; the command, which is not there yet, must not miss it.
+TEST_F(RunOnTerminal, AnInterruptBeforeTheCommandIsInsideWaitsForIt) {
+  fs::create_directory(scratch_ / "bin");
+  write("bin/bwrap",
+        "#!/bin/sh\necho on the way\nuntil test -e there; do sleep 0.01; done\nexec /usr/bin/bwrap \"$@\"\n");
+  fs::permissions(scratch_ / "bin/bwrap", fs::perms::owner_all);
+  terminal_.start({"/usr/bin/env", "-C", scratch_.path(), "PATH=" + (scratch_ / "bin").string() + ":/usr/bin:/bin",
+                   SPBOX, "run", "box", "--", "sh", "-c", "echo inside; sleep 60"});
+  ASSERT_TRUE(terminal_.wait_for("on the way", 10s));
+  terminal_.type("\x03");
+  ASSERT_TRUE(terminal_.wait_for("^C", 10s));
+  write("there", "");
+  EXPECT_EQ(terminal_.wait_for_exit(10s), (terminal::Ending{false, 128 + SIGINT}));
+  EXPECT_FALSE(terminal_.shows("inside"));
+}
+
 }  // namespace

@@ -84,6 +84,14 @@ TEST(TerminalScreen, GivesUpOnATextWhenTheCommandHasEnded) {
   EXPECT_LT(std::chrono::steady_clock::now() - begin, 10s);
 }
 
+TEST(TerminalScreen, GivesUpOnATextWhileTheCommandPrintsOnAndOn) {
+  Terminal terminal;
+  terminal.start({"yes"});
+  const auto begin = std::chrono::steady_clock::now();
+  EXPECT_FALSE(terminal.wait_for("no", 100ms));
+  EXPECT_LT(std::chrono::steady_clock::now() - begin, 10s);
+}
+
 TEST(TerminalKeys, ReachTheCommand) {
   Terminal terminal;
   terminal.start(shell("read word; echo got $word"));
