@@ -46,12 +46,13 @@ void add_technician(CLI::App &app, Action &action) {
   auto options = std::make_shared<Options>();
   add_box(verb, options->box);
   auto *script = verb->add_option("SCRIPT", options->script, "File with the steps, one a line");
-  auto *steps = verb->add_option("--do", options->steps, "The steps themselves, parted by semicolons");
+  auto *steps =
+      verb->add_option("--do", options->steps, "The steps themselves, parted by semicolons")->option_text("STEPS");
   script->excludes(steps);
-  verb->add_option("--limit", options->limit, "Seconds that a step waits at most; 600 without it")
-      ->check(CLI::Range(1, 86400));
-  // For a program that does nothing before the technician is there: a byte comes to this descriptor.
-  verb->add_option("--ready-fd", options->ready_fd)->group("");
+  verb->add_option("--limit", options->limit, "What a step waits at most; 600 without it")
+      ->check(CLI::Range(1, 86400))
+      ->option_text("SECONDS");
+  verb->add_option("--ready-fd", options->ready_fd, "A byte comes there once the hands are at work")->option_text("FD");
   verb->footer(
       "Steps:\n"
       "  after 3                           wait three seconds\n"

@@ -218,7 +218,7 @@ class Boards : public BoxTest {
   void SetUp() override { make_box("qe1"); }
 };
 
-TEST_F(Boards, ThatKeepTheirLinkGoBackIntoOperation) {
+TEST_F(Boards, ThatKeepTheirLinkAreSaidToBeStillOutOfOperation) {
   bend("linkboard", {"--exit", "128"});
   start_procedure("remove_unit cmu");
   answers("Which CPU/memory unit", "1\n");
