@@ -15,9 +15,9 @@ constexpr procedure::Step kSteps[] = {
     procedure::mark,             // so that the technician finds the place
     procedure::put_in,           // the operator's hands, and the proof that it is there
     procedure::bring_up,         // tested, set up and in operation
-    procedure::unmark,
-    procedure::show_state,
-    procedure::record,  // in the log
+    procedure::unmark,           // no LED, no flag
+    procedure::show_state,       // as it is now
+    procedure::record,           // in the log
 };
 
 }  // namespace

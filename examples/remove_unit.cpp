@@ -15,8 +15,9 @@ constexpr procedure::Step kSteps[] = {
     procedure::detach,          // out of operation
     procedure::take_out,        // the operator's hands, and the proof that it is gone
     procedure::give_up_parts,   // what a board was set up for
-    procedure::unmark,         procedure::show_state,
-    procedure::record,  // in the log
+    procedure::unmark,          // no LED, no flag
+    procedure::show_state,      // as it is now
+    procedure::record,          // in the log
 };
 
 }  // namespace

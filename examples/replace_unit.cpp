@@ -18,9 +18,9 @@ constexpr procedure::Step kSteps[] = {
     procedure::take_out,          // the operator's hands, and the proof that it is gone
     procedure::put_in,            // the same for the new one
     procedure::bring_up,          // tested, set up and in operation
-    procedure::unmark,
-    procedure::show_state,
-    procedure::record,  // in the log
+    procedure::unmark,            // no LED, no flag
+    procedure::show_state,        // as it is now
+    procedure::record,            // in the log
 };
 
 }  // namespace

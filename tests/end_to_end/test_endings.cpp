@@ -35,6 +35,16 @@ std::ostream &operator<<(std::ostream &out, const End &end) {
 
 class EndingTest : public BoxTest {
  protected:
+  // The replacement of /PSU#0, until the operator says that it is out.
+  void replace_until_it_is_out() {
+    make_box("qa");
+    start_procedure("replace_unit psu");
+    answers("Which power supply", "1\n");
+    answers("Pull out /PSU#0 now.");
+    spbox({"pull", "/PSU#0"});
+    types("1\n");
+  }
+
   void strike(const End &end, const char *program) {
     switch (end.by) {
       case End::By::kSignal:
@@ -126,12 +136,7 @@ INSTANTIATE_TEST_SUITE_P(
 class WhileTheUnitIsOut : public EndingTest, public testing::WithParamInterface<End> {};
 
 TEST_P(WhileTheUnitIsOut, ThePlaceIsSaidToStayEmpty) {
-  make_box("qa");
-  start_procedure("replace_unit psu");
-  answers("Which power supply", "1\n");
-  answers("Pull out /PSU#0 now.");
-  spbox({"pull", "/PSU#0"});
-  types("1\n");
+  replace_until_it_is_out();
   answers("Put in /PSU#0 now.");
   strike(GetParam(), "replace_unit");
   expect_end(GetParam());
@@ -166,7 +171,7 @@ TEST_P(InThePager, OfAListThatAsksNothingLeaveAllInOrder) {
 INSTANTIATE_TEST_SUITE_P(By, InThePager, testing::Values(kCtrlC, kSigint, kSigterm, kSighup),
                          [](const auto &end) { return std::string(end.param.name); });
 
-class CtrlC : public BoxTest {};
+class CtrlC : public EndingTest {};
 
 // The programs are in the terminal's foreground, too, but Ctrl-C waits until they are done.
 TEST_F(CtrlC, DoesNotTearAControlProgramAway) {
@@ -183,12 +188,7 @@ TEST_F(CtrlC, DoesNotTearAControlProgramAway) {
 
 // Nor the check that a unit is gone: it is heeded at the question behind it.
 TEST_F(CtrlC, WhileTheUnitIsWatchedIsHeededAtTheNextQuestion) {
-  make_box("qa");
-  start_procedure("replace_unit psu");
-  answers("Which power supply", "1\n");
-  answers("Pull out /PSU#0 now.");
-  spbox({"pull", "/PSU#0"});
-  types("1\n");
+  replace_until_it_is_out();
   answers("Watching the unit");
   types("\003");
   EXPECT_EQ(ending(), died_of(SIGINT));
