@@ -106,7 +106,7 @@ inline Outcome choose_division(Work &work) {
   if (work.division == 0) return kDone;
   int32_t choice = 0;
   const Outcome outcome = ask(3, choice,
-                              "1. One extended system board\n2. One, its memory mirrored\n3. Four\n"
+                              "\n1. One extended system board\n2. One, its memory mirrored\n3. Four\n"
                               "How is the board of %s to be used? Type 1, 2 or 3, q to give up: ",
                               work.unit.name());
   if (outcome != kDone) return outcome;
@@ -120,8 +120,8 @@ inline Outcome choose_mirroring(Work &work) {
   if (work.division != 1) return kDone;
   int32_t choice = 0;
   const Outcome outcome = ask(2, choice,
-                              "1. Not mirrored\n2. Mirrored\n"
-                              "How is the memory of the board of %s to be used? Type 1 or 2, q to give up: ",
+                              "\n1. One extended system board\n2. One, its memory mirrored\n"
+                              "How is the board of %s to be used? Type 1 or 2, q to give up: ",
                               work.unit.name());
   work.is_mirrored = choice == 2;
   return outcome;
