@@ -28,6 +28,10 @@ constexpr bool plays_every_step(const Actions &actions) {
   return action == actions.end();
 }
 
+std::runtime_error ended_otherwise(const terminal::Ending &ending) {
+  return std::runtime_error("the command ended with " + text(ending) + ".");
+}
+
 }  // namespace
 
 struct Player::Action {
@@ -168,23 +172,24 @@ void Player::screen(const Step &step) {
   picture_.add(step.words[0], rows, size_);
 }
 
-void Player::expect_end(const terminal::Ending &wanted) {
+terminal::Ending Player::end() {
   const auto ending = the_terminal().wait_for_exit(patience_);
   if (!ending) throw std::runtime_error("the command did not end in " + seconds_text(patience_) + ".");
-  if (*ending != wanted) throw std::runtime_error("the command ended with " + text(*ending) + ".");
+  return *ending;
 }
 
 void Player::exit(const Step &step) {
   const terminal::Ending wanted{false, whole_number_of(step.words[0])};
-  expect_end(wanted);
+  if (const auto ending = end(); ending != wanted) throw ended_otherwise(ending);
   transcript_.paragraph("The command ends with " + text(wanted) + ".");
   picture_.note("The command ends with " + text(wanted) + ".");
 }
 
-// spbox tells of a command that a signal ended as a shell does.
+// spbox tells of a command that a signal ended as a shell does; before the command is inside, it dies itself.
 void Player::dies(const Step &step) {
   const int signal = ::box::signal_number(step.words[0]);
-  expect_end({false, 128 + signal});
+  const terminal::Ending told{false, 128 + signal}, died{true, signal};
+  if (const auto ending = end(); ending != told && ending != died) throw ended_otherwise(ending);
   transcript_.paragraph("The command dies of " + ::box::signal_name(signal) + ".");
   picture_.note("The command dies of " + ::box::signal_name(signal) + ".");
 }

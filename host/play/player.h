@@ -70,7 +70,7 @@ class Player {
 
   terminal::Terminal &the_terminal();
   terminal::Terminal &running();
-  void expect_end(const terminal::Ending &wanted);
+  terminal::Ending end();
   std::optional<pid_t> command_in_box() const;
   void tell(const std::string &what, const std::string &output);
 

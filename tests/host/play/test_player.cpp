@@ -127,7 +127,8 @@ TEST_F(PlayerTest, ChecksHowTheCommandEnds) {
 }
 
 TEST_F(PlayerTest, ChecksWhatTheCommandDiesOf) {
-  EXPECT_EQ(reason_of("start sh -c \"exit 130\"\ndies INT\n"), "no error");  // as a shell tells it, and spbox
+  EXPECT_EQ(reason_of("start sh -c \"exit 130\"\ndies INT\n"), "no error");        // as a shell tells it, and spbox
+  EXPECT_EQ(reason_of("start sh -c \"kill -INT $$$$\"\ndies INT\n"), "no error");  // spbox itself, on its way
   EXPECT_EQ(reason_of("start sh -c \"exit 143\"\ndies INT\n"),
             "walk.play:2: `dies INT`: the command ended with exit status 143.");
 }
