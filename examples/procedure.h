@@ -114,12 +114,17 @@ inline Outcome walk(const Procedure &procedure, const Kind *kind) {
   int32_t result = server.read_with_times();
   if (result != LMAINTE_OK) {
     failed("The server's model could not be read", result, kTryAgain);
-    if (server.model() == LMAINTE_MODEL_NONE)
-      std::puts("Or /tmp holds no marker file of a model: then this is no service processor.");
+    std::puts(server.model() == LMAINTE_MODEL_NONE
+                  ? "Or /tmp holds no marker file of a model: then this is no service processor."
+                  : "Or a file of times is missing: /mgb/cli/etc/controltime_* or cmdtime_*.");
     return kFailed;
   }
   if (kind != nullptr && kind->count(server) == 0) {
     std::printf("This server has no %s.\n", kind->many);
+    return kFailed;
+  }
+  if (!has_room_for_lists()) {
+    std::puts("/tmp has no room for the lists. Remove from it what is not needed.");
     return kFailed;
   }
   Claim claim;

@@ -3,12 +3,14 @@
 
 #include <fcntl.h>
 #include <sys/types.h>
+#include <unistd.h>
 
 #include <cerrno>
 #include <csignal>
 #include <cstdint>
 #include <cstdio>
 #include <string>
+#include <system_error>
 
 #include "../in_order.h"
 #include "lmainte.h"
@@ -34,8 +36,8 @@ class Claim {
     // While the file is open nobody else reads or writes it: two procedures cannot both find it free.
     const int32_t fd = lcmn_lopen(kFile, O_RDWR | O_CREAT, 0644);
     if (fd < 0) {
-      std::printf("The file %s could not be opened (error %d of the system).\nMake room in /tmp, or remove the file.\n",
-                  kFile, errno);
+      std::printf("The file %s could not be opened: %s.\nMake room in /tmp, or remove the file.\n", kFile,
+                  std::system_category().message(errno).c_str());
       return kFailed;
     }
     const Outcome outcome = take(fd);
@@ -56,7 +58,8 @@ class Claim {
     int32_t result = lmainte_get_pinfo(fd, text);
     if (result != LMAINTE_OK) return failed(std::string("The file ") + kFile + " could not be read", result, kTryAgain);
     const pid_t other = text[0] == '\0' ? 0 : lmainte_get_pid(text);
-    if (other > 0 && (kill(other, 0) == 0 || errno == EPERM)) {
+    const bool is_alive = other > 0 && other != getpid() && (kill(other, 0) == 0 || errno == EPERM);
+    if (is_alive) {
       std::printf(
           "Another procedure is running: process %d. Let it end, then start again.\nIf that is none, remove %s.\n",
           static_cast<int>(other), kFile);
@@ -64,7 +67,7 @@ class Claim {
     }
     is_taken_over_ = other > 0;
     if (is_taken_over_)
-      std::printf("The last procedure, process %d, died on its way. This one takes over.\n", static_cast<int>(other));
+      std::printf("\nThe last procedure, process %d, died on its way. This one takes over.\n", static_cast<int>(other));
     else if (text[0] != '\0')
       std::printf("%s named no process, and is written anew.\n", kFile);
     result = lmainte_put_pinfo(fd);

@@ -51,7 +51,7 @@ class Marks {
     bool good = true;
     if (has_fans_) {
       const int32_t result = lmainte_control_fan(LMAINTE_FAN_LOW, time(LMAINTE_CMD_CTLFAN), nullptr);
-      good = is_back("makes the fans run fast", result, "/mgb/bin/ctlfan -c low");
+      good = is_back("may have left the fans fast", result, "/mgb/bin/ctlfan -c low");
     }
     if (has_led_) {
       const int32_t result = lmainte_control_led(LMAINTE_LED_OFF, time(LMAINTE_CMD_CTLLED), &unit_);

@@ -39,7 +39,8 @@ inline Outcome judge(Work &work, int32_t mode) {
   if (result == LMAINTE_FRU_REFUSED_2)
     reason = "the server cannot do without it";
   else if (is_in_place == (mode == LMAINTE_JUDGE_DELETE))
-    reason = "the server refuses";
+    reason =
+        work.kind.is_board() && !work.server.is_high_end() ? "the server has to be off for it" : "the server refuses";
   std::printf("%s may not be %s now: %s.\n", work.unit.name(), done_to(work), reason);
   return kRefused;
 }
@@ -70,17 +71,19 @@ inline Outcome mark(Work &work) {
 
 inline Outcome detach(Work &work) {
   if (in_order::signal() != 0) return not_chosen(LMAINTE_OK);
-  const int32_t result =
-      with_progress(std::string("Taking ") + work.unit.name() + " out of operation ", [&] { return work.detach(); });
-  if (result != LMAINTE_OK) return failed(work, " is not out of operation", result);
-  return kDone;
+  const int32_t result = with_progress(std::string("Taking ") + work.unit.name() + " out of operation ",
+                                       work.time_to_detach(), [&] { return work.detach(); });
+  if (result == LMAINTE_OK) return kDone;
+  return failed(
+      work, work.may_be_in_operation() ? " is not out of operation" : " is out of operation, and still linked", result);
 }
 
 // Until the unit is in place or gone, as it is expected, or the operator gives up.
 inline Outcome await(Work &work, uint32_t expectation, const char *request, const char *not_so) {
+  constexpr int32_t kLongest = 15;  // seconds; the library looks for fourteen
   for (;;) {
     if (const Outcome outcome = confirm(request, work.unit.name()); outcome != kDone) return outcome;
-    const int32_t result = with_progress("Watching the unit ", [&] {
+    const int32_t result = with_progress("Watching the unit ", kLongest, [&] {
       return lmainte_chk_fru_install(expectation, work.kind.type, work.unit.record.number, work.server.model(),
                                      &work.record);
     });
@@ -97,6 +100,7 @@ inline Outcome take_out(Work &work) {
 
 inline Outcome put_in(Work &work) {
   constexpr uint32_t kInPlace = 1;
+  work.expect_another();
   return await(work, kInPlace, "Put in %s now. Type 1 when it is in place, q to give up: ",
                "%s is not in place, or did not stay there.\n");
 }
@@ -115,9 +119,9 @@ inline Outcome choose_division(Work &work) {
   return kDone;
 }
 
-// How a board that is replaced was used, as far as the inventory does not tell.
+// How a board that is replaced was used, as far as the inventory does not tell. A half of one is not divided.
 inline Outcome choose_mirroring(Work &work) {
-  if (work.division != 1) return kDone;
+  if (work.division != 1 || !work.is_whole_board()) return kDone;
   int32_t choice = 0;
   const Outcome outcome = ask(2, choice,
                               "\n1. One extended system board\n2. One, its memory mirrored\n"
@@ -142,7 +146,7 @@ inline const char *fault_of_unit(int32_t result) {
 }
 
 inline Outcome exchange(Work &work) {
-  if (work.is_in_operation())
+  if (work.may_be_in_operation())
     if (const Outcome outcome = detach(work); outcome != kDone) return outcome;
   if (const Outcome outcome = take_out(work); outcome != kDone) return outcome;
   return put_in(work);
@@ -155,17 +159,23 @@ inline Outcome bring_up(Work &work) {
     if (result != LMAINTE_OK) return not_read(work, result);
     const bool is_half = work.kind.is_board() && !work.is_whole_board();
     if (is_half)
-      std::printf("The other unit of its board is missing: %s is linked, and not tested.\n", work.unit.name());
+      std::printf(
+          "The other unit of its board is missing: %s is linked, no more.\n"
+          "The board is tested and divided when that is added, too.\n",
+          work.unit.name());
     result = with_progress((is_half ? "Linking " : "Testing ") + std::string(work.unit.name()) + " ",
-                           [&] { return work.bring_up(); });
+                           work.time_to_bring_up(), [&] { return work.bring_up(); });
     if (result == LMAINTE_OK) {
       work.settle();
       return kDone;
     }
     const char *const fault = fault_of_unit(result);
-    if (fault == nullptr) return failed(work, " is not in operation", result);
+    if (fault == nullptr)
+      return failed(work, work.has_passed() ? " could not be checked to the end" : " is not in operation", result);
     std::printf("%s %s (result %d). Exchange it for another one.\n", work.unit.name(), fault, result);
-    if (work.is_whole_board()) std::puts("The board is tested as a whole: the fault may be in its other unit.");
+    if (work.is_whole_board())
+      std::printf("A board is tested as a whole, and not while a domain runs on it: the fault may be\nin its %s.\n",
+                  work.kind.type == LMAINTE_TYPE_CMU ? "I/O unit" : "CPU/memory unit");
     if (const Outcome outcome = exchange(work); outcome != kDone) return outcome;
   }
 }
@@ -177,8 +187,12 @@ inline Outcome give_up_parts(Work &work) {
   const int32_t result = undisturbed(
       [&] { return lmainte_clear_xsb(work.division, work.time(LMAINTE_CMD_DELETEBOARD), &work.unit.record); });
   if (result == LMAINTE_OK) return kDone;
-  return failed(std::string("The extended system boards of ") + work.unit.name() + " are still assigned", result,
-                way_out_of(result));
+  failed(std::string("The extended system boards of ") + work.unit.name() + " are still assigned", result,
+         "Stop the domain that runs on them. Then give them up with:");
+  std::fputs("/mgb/cli/usr/bin/deleteboard -q y -c unassign", stdout);
+  for (int32_t part = 0; part < work.division; ++part) std::printf(" %02u-%d", work.number(), part);
+  std::puts("");
+  return kFailed;
 }
 
 inline Outcome unmark(Work &work) {

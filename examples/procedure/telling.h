@@ -1,6 +1,8 @@
 // What a procedure tells the operator, what it asks, and how it and its steps end.
 #pragma once
 
+#include <sys/statvfs.h>
+
 #include <cstdint>
 #include <cstdio>
 #include <string>
@@ -10,6 +12,13 @@
 #include "lmainte_host.h"
 
 namespace procedure {
+
+// The library shows what it could write: a list that /tmp had no room for is cut short, and nobody knows.
+inline bool has_room_for_lists() {
+  constexpr uint64_t kRoom = 65536;
+  struct statvfs tmp {};
+  return statvfs("/tmp", &tmp) == 0 && uint64_t{tmp.f_bavail} * tmp.f_frsize >= kRoom;
+}
 
 // How a procedure ends, its exit status; and how a step ends.
 enum Outcome {
@@ -44,10 +53,10 @@ inline const char *way_out_of(int32_t result) {
     case LMAINTE_LED_FAILED:
       return "The unit does not answer. Check that it is in place, then start again.";
     case LMAINTE_DETACH_FAILED:
-      return "The server still uses the unit: stop what runs on it, then start again.\n"
-             "If it is out of operation already, put it into operation with add_unit first.";
+      return "The server still uses the unit: stop what runs on it, then start again.";
+    case LMAINTE_FAN_FAILED:
+      return "The fans' speed could not be set. Look at the fan trays, then start again.";
     case LMAINTE_SETUP_FAILED:
-    case LMAINTE_CLEAR_FAILED:
       return "A domain runs on the board, or its other unit is missing.\nMend that, then start again.";
     case LMAINTE_LINK_FAILED:
       return "The board does not answer. Look at its seat, then start again.";
@@ -84,12 +93,12 @@ int32_t undisturbed(Operation operation) {
   return operation();
 }
 
-// The same, under a line that shows that time passes.
+// The same, under a line that shows that time passes, but no longer than the operation may take: the child that draws it
+// outlives a command that is killed.
 template <class Operation>
-int32_t with_progress(const std::string &message, Operation operation) {
-  constexpr int32_t kLongest = 3600;
+int32_t with_progress(const std::string &message, int32_t longest, Operation operation) {
   const in_order::Undisturbed undisturbed;
-  const DotParam line = {1, message.c_str(), kLongest};
+  const DotParam line = {1, message.c_str(), longest};
   const int32_t child = lmainte_dot_start(&line);
   const int32_t result = operation();
   if (child > 0) lmainte_dot_end(child);

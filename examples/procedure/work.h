@@ -23,7 +23,8 @@ class Work {
         record(the_record),
         action(the_action),
         marks_(the_server, the_unit.record),
-        is_in_operation_(the_action != LMAINTE_EVENT_ADDED) {
+        was_in_place_(the_unit.is_installed()),
+        may_be_in_operation_(the_unit.is_installed()) {
     if (kind.is_board() && server.is_high_end()) division = board().cmu.xsb_mode == 1 ? 1 : 4;
   }
   ~Work() { take_back(); }
@@ -57,14 +58,29 @@ class Work {
     const in_order::Undisturbed undisturbed;
     const int32_t result = lmainte_detach_fru(time(LMAINTE_CMD_DETACHFRU), &unit.record);
     is_detached_ = result == LMAINTE_OK;
-    if (is_detached_) is_in_operation_ = false;
+    if (is_detached_) may_be_in_operation_ = has_passed_ = false;
     is_in_doubt_ = result == LMAINTE_FAILED;  // stopped at its limit, or never run
     if (result != LMAINTE_OK || !kind.is_board()) return result;
     return lmainte_link_board(LMAINTE_LINK_DOWN, time(LMAINTE_CMD_LINKBOARD), &unit.record);
   }
 
   // Not safe to pull out.
-  bool is_in_operation() const { return is_in_operation_; }
+  bool may_be_in_operation() const { return may_be_in_operation_; }
+  // It passed its test, and is in operation, whatever came after that.
+  bool has_passed() const { return has_passed_; }
+
+  // From now on what is in the place is another unit.
+  void expect_another() {
+    is_another_ = true;
+    is_rejected_ = is_in_doubt_ = has_passed_ = false;
+  }
+
+  // How long it may take, in seconds.
+  int32_t time_to_detach() const { return time(LMAINTE_CMD_DETACHFRU) + (kind.is_board() ? time_to_link() : 0); }
+  int32_t time_to_bring_up() const {
+    return kind.is_board() ? time(LMAINTE_CMD_TESTSB) + time(LMAINTE_CMD_SETUPFRU) + time_to_link()
+                           : time(LMAINTE_CMD_TESTFRU) + time(LMAINTE_CMD_CHKFANSPEED);
+  }
 
   // The other unit of its board is in place: only a whole board is tested and divided.
   bool is_whole_board() const {
@@ -74,9 +90,10 @@ class Work {
 
   // Tested, set up and in operation.
   int32_t bring_up() {
-    is_rejected_ = true;  // until it has passed
+    is_rejected_ = true;  // until all of it is done
+    has_passed_ = false;
     const int32_t result = kind.is_board() ? bring_up_board(division) : bring_up_unit();
-    if (result == LMAINTE_OK) is_rejected_ = is_detached_ = is_in_doubt_ = false;
+    is_rejected_ = result != LMAINTE_OK;
     return result;
   }
 
@@ -112,22 +129,31 @@ class Work {
   }
 
   void be_in_operation() {
-    is_in_operation_ = true;
-    is_detached_ = false;
+    may_be_in_operation_ = has_passed_ = true;
+    is_detached_ = is_in_doubt_ = false;
   }
 
-  // The procedure ends before its time. A unit that was not touched goes back into operation as it was, not divided anew.
+  int32_t time_to_link() const { return time(LMAINTE_CMD_LINKBOARD); }
+
+  // The procedure ends before its time. The unit that was taken out of operation, and no other, goes back as it was, a board
+  // not divided anew.
   bool leave_unit() {
-    if (!is_detached_ && !is_in_doubt_ && !is_rejected_) return true;
+    if (!is_detached_ && !is_in_doubt_ && !is_rejected_ && !is_another_) return true;
     int32_t result = read();
     if (result != LMAINTE_OK) return is_left("is in a state that could not be read", result);
     if (!unit.is_installed()) {
-      std::printf("The place of %s stays empty. Add a unit with: add_unit %s\n", unit.name(), kind.word);
+      if (was_in_place_)
+        std::printf("The place of %s stays empty. Add a unit with: add_unit %s\n", unit.name(), kind.word);
+      return true;
+    }
+    if (has_passed_) {
+      std::printf("%s is in operation, and has not passed all its checks.\n", unit.name());
       return true;
     }
     if (is_rejected_) return is_left("stays in place, and has not passed", LMAINTE_OK);
+    if (is_another_) return is_left("is in place, and was not tested", LMAINTE_OK);
     if (is_in_doubt_) return is_left("may be out of operation", LMAINTE_FAILED);
-    result = with_progress(std::string("Putting ") + unit.name() + " back into operation ",
+    result = with_progress(std::string("Putting ") + unit.name() + " back into operation ", time_to_bring_up(),
                            [this] { return kind.is_board() ? bring_up_board(0) : bring_up_unit(); });
     return result == LMAINTE_OK || is_left("is still out of operation", result);
   }
@@ -135,15 +161,18 @@ class Work {
   bool is_left(const char *how, int32_t result) const {
     std::printf("%s %s", unit.name(), how);
     if (result != LMAINTE_OK) std::printf(" (result %d)", result);
-    std::printf(".\nTo test it again and put it into operation: add_unit %s\n", kind.word);
+    std::printf(".\nTo test it and put it into operation: add_unit %s\n", kind.word);
     return result == LMAINTE_OK;
   }
 
   Marks marks_;
-  bool is_in_operation_;
+  const bool was_in_place_;
+  bool may_be_in_operation_;  // what was in place may be, until it is taken out of operation here
   bool is_detached_ = false;  // taken out of operation, and not back since
   bool is_in_doubt_ = false;  // the program that should have taken it out did not end well
+  bool is_another_ = false;   // the one that was there is gone
   bool is_rejected_ = false;  // it did not pass when it was brought up
+  bool has_passed_ = false;   // its test, and is in operation
   bool is_settled_ = false;
 };
 

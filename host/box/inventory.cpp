@@ -3,6 +3,8 @@
 #include <algorithm>
 
 #include "host/box/inventory_records.h"
+#include "host/box/model.h"
+#include "host/box/number.h"
 #include "host/box/programs.h"
 #include "host/box/record_layout.h"
 #include "host/box/record_set.h"
@@ -153,8 +155,12 @@ std::string refusal(Change change, const UnitPlace &unit, std::uint32_t status, 
 // The changes to one box, made in copies of its records.
 class Edit {
  public:
-  Edit(const Place &place, const std::vector<UnitPlace> &places)
-      : place_(place), places_(places), current_(place, LMAINTE_DB_CURRENT), fru_(place, LMAINTE_DB_FRU) {
+  Edit(const Place &place, std::uint32_t model, const std::vector<UnitPlace> &places)
+      : place_(place),
+        model_(model),
+        places_(places),
+        current_(place, LMAINTE_DB_CURRENT),
+        fru_(place, LMAINTE_DB_FRU) {
     current_.lock();
     fru_.lock();
   }
@@ -165,6 +171,7 @@ class Edit {
     one(change, index);
     if (change != Change::kPull && change != Change::kInsert) return;
     if (places_[index].carried) return;
+    if (change == Change::kPull) stop_board(places_[index].name);
     for (std::size_t below = index + 1; below < places_.size() && places_[below].carried; ++below) one(change, below);
   }
 
@@ -196,7 +203,18 @@ class Edit {
     }
   }
 
+  // No domain runs on a board without one of its two units.
+  void stop_board(std::string_view unit) {
+    if (!is_high_end(model_) || !(unit.starts_with("/CMU#") || unit.starts_with("/IOU#"))) return;
+    const auto board = number_in<std::uint32_t>(unit.substr(unit.find('#') + 1)).value();
+    for (std::uint32_t part = board * kMostParts; part < (board + 1) * kMostParts; ++part) {
+      const std::string record = kCurrentXsb.of(part);
+      if (current_.complaint(record, kCurrentXsb.size).empty()) current_.at(record, kCurrentXsb.size)[kXsbActive] = 0;
+    }
+  }
+
   Place place_;
+  std::uint32_t model_;
   const std::vector<UnitPlace> &places_;
   RecordSet current_, fru_;
 };
@@ -206,7 +224,7 @@ class Edit {
 void Inventory::change(Change change, const std::vector<std::string> &names) const {
   std::vector<std::size_t> indices;
   for (const std::string &name : names) indices.push_back(find(name));
-  Edit edit(place_, places_);
+  Edit edit(place_, model_, places_);
   for (const std::size_t index : indices) edit.unit(change, index);
   edit.save();
 }

@@ -13,7 +13,7 @@
 namespace box {
 
 enum class Change {
-  kPull,     // taken out, with the units that it carries; its identity record stays, cleared
+  kPull,     // taken out, with the units that it carries; its identity record stays, cleared; its board stops
   kInsert,   // put in, with the units that it carries, all healthy and with identity records of their own
   kFault,    // faulted, no longer degraded
   kDegrade,  // degraded, no longer faulted

@@ -34,6 +34,8 @@ bool can_be_spared(const Machine &machine, const std::string &name, const UnitSt
 
 int judge_addition(const Machine &machine, const std::string &name, const UnitState &unit) {
   if (!unit.carrier.empty() && !machine.unit(unit.carrier).installed()) return kRefused;
+  // The only board of a server: with it the server is off.
+  if (board_of(name) && unit.carrier.empty() && !Boards(machine.place, machine.model).can_be_divided()) return kRefused;
   const bool in_operation = unit.installed() && !unit.faulted() && !machine.is_detached(name);
   return in_operation ? kRefused : kDone;
 }
@@ -70,7 +72,8 @@ int detachfru(const Arguments &arguments, Machine &machine) {
   if (name.empty()) return kUsage;
   if (!machine.has_unit(name)) return kNotDetached;
   const UnitState unit = machine.unit(name);
-  if (!unit.installed() || machine.is_detached(name)) return kRefused;
+  if (!unit.installed()) return kRefused;
+  if (machine.is_detached(name)) return kDone;
   if (const auto board = board_of(name); board && unit.carrier.empty()) {
     BoardChange boards(machine.place, machine.model);
     if (!boards.can_be_spared(*board)) return kRefused;

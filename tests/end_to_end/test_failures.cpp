@@ -148,20 +148,19 @@ INSTANTIATE_TEST_SUITE_P(
                 {"--exit", "128"},
                 "remove_unit psu",
                 {"/PSU#0 is not out of operation (result 205).",
-                 "The server still uses the unit: stop what runs on it, then start again.",
-                 "If it is out of operation already, put it into operation with add_unit first."}},
+                 "The server still uses the unit: stop what runs on it, then start again."}},
         Failure{"TheUnitIsNotOutOfOperationInTime",
                 "detachfru",
                 {"--hang"},
                 "replace_unit psu",
                 {"/PSU#0 is not out of operation (result 8).", "/PSU#0 may be out of operation (result 8).",
-                 "To test it again and put it into operation: add_unit psu"}},
+                 "To test it and put it into operation: add_unit psu"}},
         Failure{"TheDetachingProgramIsDeaf",
                 "detachfru",
                 {"--hang", "--ignore-term"},
                 "remove_unit psu",
                 {"/PSU#0 is not out of operation (result 8).", "/PSU#0 may be out of operation (result 8).",
-                 "To test it again and put it into operation: add_unit psu"}}),
+                 "To test it and put it into operation: add_unit psu"}}),
     name_of);
 
 class TakingBackFails : public FailingProgram {};
@@ -194,7 +193,7 @@ INSTANTIATE_TEST_SUITE_P(Of, TakingBackFails,
                                                  "ctlfan",
                                                  {"--exit", "219"},
                                                  "replace_unit fan",
-                                                 {"/FAN_A#0 makes the fans run fast (result 219).",
+                                                 {"/FAN_A#0 may have left the fans fast (result 219).",
                                                   "Mend it with: /mgb/bin/ctlfan -c low"},
                                                  {"the fans run at speed \"high\""}},
                                          Failure{"TheUnitsOperation",
@@ -202,7 +201,7 @@ INSTANTIATE_TEST_SUITE_P(Of, TakingBackFails,
                                                  {"--exit", "208"},
                                                  "replace_unit psu",
                                                  {"/PSU#0 is still out of operation (result 208).",
-                                                  "To test it again and put it into operation: add_unit psu"},
+                                                  "To test it and put it into operation: add_unit psu"},
                                                  {"/PSU#0 is detached"}},
                                          Failure{"MaintenanceMode",
                                                  "ctlmainte",
@@ -222,7 +221,7 @@ TEST_F(Boards, ThatKeepTheirLinkAreSaidToBeStillOutOfOperation) {
   bend("linkboard", {"--exit", "128"});
   start_procedure("remove_unit cmu");
   answers("Which CPU/memory unit", "1\n");
-  answers("/CMU#0 is not out of operation (result 226).");
+  answers("/CMU#0 is out of operation, and still linked (result 226).");
   answers("/CMU#0 is still out of operation (result 226).");
   EXPECT_EQ(ending(), (Ending{false, 1}));
   expect_in_order({"/CMU#0"});
@@ -251,8 +250,26 @@ TEST_F(Boards, WhosePartsCannotBeGivenUpAreNotRemoved) {
   spbox({"pull", "/CMU#0"});
   types("1\n");
   answers("The extended system boards of /CMU#0 are still assigned (result 210).");
+  answers("deleteboard -q y -c unassign 00-0");
   EXPECT_EQ(ending(), (Ending{false, 1}));
   expect_in_order({"/CMU#0"});
+}
+
+class FanTrays : public BoxTest {};
+
+TEST_F(FanTrays, ThatCannotBeCheckedAreInOperationAllTheSame) {
+  make_box("qa");
+  spbox({"pull", "/FAN_A#0"});
+  bend("chkfanspeed", {"--exit", "1"});
+  start_procedure("add_unit fan");
+  answers("Which fan tray", "1\n");
+  answers("Put in /FAN_A#0 now.");
+  spbox({"insert", "/FAN_A#0"});
+  types("1\n");
+  answers("/FAN_A#0 could not be checked to the end (result 8).");
+  answers("/FAN_A#0 is in operation, and has not passed all its checks.");
+  EXPECT_EQ(ending(), (Ending{false, 1}));
+  expect_in_order();
 }
 
 class NoWalk : public BoxTest {
@@ -309,7 +326,23 @@ TEST_F(NoWalk, WithoutTheControlTimeFile) {
   std::filesystem::remove(box() / "mgb/cli/etc/cmdtime_qa");
   EXPECT_EQ(call({"model"}), "model 6, 2 power supplies\nresult 0\n");
   start_procedure("replace_unit");
-  expect_failure({"The server's model could not be read (result 8)."});
+  expect_failure({"The server's model could not be read (result 8).", "Or a file of times is missing"});
+}
+
+// Where a list would be cut short unseen, nothing is begun.
+TEST_F(NoWalk, WithoutRoomForTheLists) {
+  const std::string tmp = (box() / "tmp").string();
+  const Words run = in_box({procedure("replace_unit"), "psu"});
+  Words command{"unshare",
+                "-rm",
+                "sh",
+                "-c",
+                "mount -t tmpfs -o size=32k none " + tmp + " && touch " + tmp + "/.qa && exec \"$@\"",
+                "sh"};
+  command.insert(command.end(), run.begin(), run.end());
+  terminal_.start(command);
+  expect_failure({"/tmp has no room for the lists. Remove from it what is not needed."});
+  expect_in_order();
 }
 
 TEST_F(NoWalk, WithoutTheLedProgram) {

@@ -56,6 +56,15 @@ TEST_F(OneAtATime, AfterOneWasKilledTheNextTakesBackWhatItLeft) {
   expect_in_order();
 }
 
+// Numbers of processes come back when the service processor has started anew.
+TEST_F(OneAtATime, TheProcessOfADeadOneMayBeItsOwnNow) {
+  start({"sh", "-c", "printf %d $$ >/tmp/mainte_procedure; exec " + procedure("replace_unit") + " psu"});
+  answers("died on its way. This one takes over.");
+  answers("Which power supply", "q\n");
+  EXPECT_EQ(ending(), (Ending{false, 2}));
+  expect_in_order();
+}
+
 TEST_F(OneAtATime, WhatAnotherCommandHasMarkedIsNamedAndLeft) {
   EXPECT_EQ(call({"flag", "0", "10", "/PSU#1"}), "result 0\n");
   start_procedure("replace_unit psu");

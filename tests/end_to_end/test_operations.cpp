@@ -33,7 +33,7 @@ class Operations : public BoxTest {
 TEST_F(Operations, AReplacementInTheOrderOfItsSteps) {
   expect({{"it may be taken", {"judge", "1", "/PSU#3"}, 0},
           {"out of operation", {"detach", "/PSU#3"}, 0},
-          {"once", {"detach", "/PSU#3"}, 205}});
+          {"where it is already", {"detach", "/PSU#3"}, 0}});
   EXPECT_NE(spbox({"units"}).output.find("detached"), std::string::npos);
   spbox({"pull", "/PSU#3"});
   expect({{"nothing to test", {"test", "/PSU#3"}, 208}, {"a place for one", {"judge", "0", "/PSU#3"}, 0}});

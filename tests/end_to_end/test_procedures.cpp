@@ -160,6 +160,11 @@ INSTANTIATE_TEST_SUITE_P(
                 {"fault", "/PSU#1"},
                 "replace_unit psu",
                 "/PSU#0 may not be replaced now: the server cannot do without it."},
+        Refusal{"AServerHasToBeOffForABoard",
+                "qb2",
+                {"pull", "/IOU#0"},
+                "add_unit iou",
+                "/IOU#0 may not be added now: the server has to be off for it."},
         Refusal{"ABoardIsTheOnlyOneOfTheServer",
                 "qb2",
                 {},
@@ -204,6 +209,106 @@ TEST_F(Exchange, OfAFanTrayThatDoesNotTurnAsItShould) {
   answers("Pull out /FAN_A#0 now.", "q\n");
   EXPECT_EQ(ending(), (Ending{false, 2}));
   expect_in_order({"/FAN_A#0"});
+}
+
+// A fault does not take a unit out of operation: the operator is not asked to pull it before somebody has.
+TEST_F(Exchange, OfAUnitThatIsInOperationWhenItIsAdded) {
+  make_box("qa");
+  spbox({"fault", "/PSU#0"});
+  start_procedure("add_unit psu");
+  answers("Which power supply", "1\n");
+  answers("Put in /PSU#0 now.", "1\n");
+  answers("/PSU#0 failed its test (result 208). Exchange it for another one.");
+  answers("Taking /PSU#0 out of operation");
+  answers("Pull out /PSU#0 now.");
+  spbox({"pull", "/PSU#0"});
+  types("1\n");
+  answers("Put in /PSU#0 now.");
+  spbox({"insert", "/PSU#0"});
+  types("1\n");
+  answers("/PSU#0 is added.");
+  EXPECT_EQ(ending(), (Ending{false, 0}));
+  expect_in_order();
+}
+
+TEST_F(Exchange, OfAUnitThatWasOutOfOperationWhenItWasAdded) {
+  make_box("qa");
+  take_out_of_operation("/PSU#0");
+  spbox({"fault", "/PSU#0"});
+  start_procedure("add_unit psu");
+  answers("Which power supply", "1\n");
+  answers("Put in /PSU#0 now.", "1\n");
+  answers("Pull out /PSU#0 now.", "q\n");
+  answers("/PSU#0 stays in place, and has not passed.");
+  EXPECT_EQ(ending(), (Ending{false, 2}));
+  expect_in_order({"/PSU#0"});
+}
+
+// A domain does not run on a board that is not there: the new one can be tested.
+TEST_F(Exchange, OfABoardThatNobodyTookOutOfOperation) {
+  make_box("qe1");
+  spbox({"pull", "/CMU#2"});
+  start_procedure("add_unit cmu");
+  answers("Which CPU/memory unit", "3\n");
+  answers("Type 1, 2 or 3", "1\n");
+  answers("Put in /CMU#2 now.");
+  spbox({"insert", "/CMU#2"});
+  types("1\n");
+  reads_on_to("/CMU#2 is added.");
+  EXPECT_EQ(ending(), (Ending{false, 0}));
+  expect_in_order();
+}
+
+class AnotherUnit : public BoxTest {
+ protected:
+  void expect_left_untested(const Words &out) {
+    answers("/PSU#0 is in place, and was not tested.");
+    answers("To test it and put it into operation: add_unit psu");
+    EXPECT_EQ(ending(), (Ending{false, 2}));
+    expect_in_order(out);
+  }
+};
+
+TEST_F(AnotherUnit, IsNotPutIntoOperationWhenTheOperatorGivesUp) {
+  make_box("qa");
+  start_procedure("replace_unit psu");
+  answers("Which power supply", "1\n");
+  answers("Pull out /PSU#0 now.");
+  spbox({"pull", "/PSU#0"});
+  types("1\n");
+  answers("Put in /PSU#0 now.");
+  spbox({"insert", "/PSU#0"});
+  types("q\n");
+  expect_left_untested({"/PSU#0"});
+}
+
+TEST_F(AnotherUnit, IsNamedWhenTheOperatorGivesUpAddingIt) {
+  make_box("qa");
+  spbox({"pull", "/PSU#0"});
+  start_procedure("add_unit psu");
+  answers("Which power supply", "1\n");
+  answers("Put in /PSU#0 now.");
+  spbox({"insert", "/PSU#0"});
+  types("q\n");
+  expect_left_untested({});
+}
+
+// Half a board is linked, and nobody is asked how a whole one would be used.
+TEST_F(AnotherUnit, OfHalfABoardIsLinkedAndNoMore) {
+  make_box("qe1");
+  spbox({"pull", "/IOU#2"});
+  start_procedure("replace_unit cmu");
+  answers("Which CPU/memory unit", "3\n");
+  reads_on_to("Pull out /CMU#2 now.");
+  spbox({"pull", "/CMU#2"});
+  types("1\n");
+  answers("Put in /CMU#2 now.");
+  spbox({"insert", "/CMU#2"});
+  types("1\n");
+  answers("The other unit of its board is missing: /CMU#2 is linked, no more.");
+  reads_on_to("/CMU#2 is replaced.");
+  EXPECT_EQ(ending(), (Ending{false, 0}));
+  expect_in_order();
 }
 
 class Hands : public BoxTest {};

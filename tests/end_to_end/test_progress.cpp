@@ -45,10 +45,14 @@ TEST_F(Progress, GrowsByADotInFiveSecondsAndEndsInOrder) {
   expect_nothing_left();
 }
 
+// The signal that stops it may come while it writes its first number, which is lost then.
 TEST_F(Progress, StoppedAtOnceIsDoneAllTheSame) {
-  start_progress("60", "0");
+  start({CALL, "dots", "60", "0"});
   EXPECT_EQ(ending(), (Ending{false, 0}));
-  expect_screen("progress_stopped_at_once");
+  if (was_shown("Testing   0"))
+    expect_screen("progress_stopped_at_once");
+  else
+    expect_screen("progress_stopped_before_it_began");
   expect_nothing_left();
 }
 

@@ -25,10 +25,9 @@ std::pair<double, double> time_of(const std::string &svg, const std::string &fra
   if (at == std::string::npos) return {-1, -1};
   const char *const steps = svg.c_str() + svg.find('{', at);
   double from = 0, to = -1;
-  const char *const form = frame == "0" ? "{0%%{visibility:visible}%lf%%{visibility:hidden}"
-                                        : "{0%%{visibility:hidden}%lf%%{visibility:visible}%lf%%";
-  const int found = frame == "0" ? std::sscanf(steps, form, &to) : std::sscanf(steps, form, &from, &to);
-  return found == (frame == "0" ? 1 : 2) ? std::pair(from, to) : std::pair(-1.0, -1.0);
+  if (std::sscanf(steps, "{0%%{visibility:visible}%lf%%{visibility:hidden}", &to) == 1) return {0, to};
+  if (std::sscanf(steps, "{0%%{visibility:hidden}%lf%%{visibility:visible}%lf%%", &from, &to) == 2) return {from, to};
+  return {-1, -1};
 }
 
 bool has(const std::string &text, const std::string &part) {

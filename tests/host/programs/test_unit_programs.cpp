@@ -23,7 +23,7 @@ TEST_F(UnitPrograms, AReplacementGoesThroughThemStepByStep) {
   expect({{"it may be taken", "judgectlfru", "-u /PSU#3 -c del", 0},
           {"a unit in operation is not added", "judgectlfru", "-u /PSU#3 -c add", 128},
           {"it is taken out of operation", "detachfru", "-u /PSU#3", 0, "detached /PSU#3", "yes"},
-          {"once", "detachfru", "-u /PSU#3", 128, "detached /PSU#3", "yes"}});
+          {"where it is already", "detachfru", "-u /PSU#3", 0, "detached /PSU#3", "yes"}});
   change(Change::kPull, {"/PSU#3"});
   expect({{"an empty place may get one", "judgectlfru", "-u /PSU#3 -c add", 0},
           {"an empty place has nothing to take", "judgectlfru", "-u /PSU#3 -c del", 128},
