@@ -32,14 +32,18 @@ namespace fs = std::filesystem;
 constexpr std::array<int, 4> kEnding{SIGINT, SIGQUIT, SIGTERM, SIGHUP};
 
 volatile sig_atomic_t command_pid = 0;
-volatile sig_atomic_t early_signal = 0;  // came before the command was there, and waits for it
+volatile sig_atomic_t early_signals = 0;  // a bit for each that came before the command was there, and waits for it
+
+constexpr int bit_of(int signal) {
+  return 1 << signal;
+}
 
 // A signal for spbox alone is passed on. When the terminal goes, only the leader of its session hears of it.
 void pass_on(int signal, siginfo_t *info, void * /*context*/) {
   const int error = errno;
   const bool for_all = info->si_code > 0 && !(signal == SIGHUP && getsid(0) == getpid());
   if (command_pid == 0) {
-    early_signal = signal;
+    early_signals = early_signals | bit_of(signal);
   } else if (!for_all) {
     kill(command_pid, signal);
   }
@@ -115,12 +119,19 @@ std::string ignored_now() {
   _exit(kFailure);
 }
 
+sigset_t ending_signals() {
+  sigset_t signals;
+  sigemptyset(&signals);
+  for (const int signal : kEnding) sigaddset(&signals, signal);
+  return signals;
+}
+
 void listen_for_signals() {
   for (const int signal : kEnding) {
     struct sigaction action = {};
     action.sa_sigaction = pass_on;
     action.sa_flags = SA_SIGINFO | SA_RESTART;
-    sigemptyset(&action.sa_mask);
+    action.sa_mask = ending_signals();
     sigaction(signal, &action, nullptr);
   }
 }
@@ -154,7 +165,9 @@ int visit(std::vector<std::string> arguments, const std::vector<std::string> &co
   close(ends[1]);
   // 0 when it never got there.
   command_pid = box::number_in<pid_t>(read_to_end(ends[0])).value_or(0);
-  if (command_pid > 0 && early_signal > 0) kill(command_pid, early_signal);
+  for (const int signal : kEnding) {
+    if (command_pid > 0 && (early_signals & bit_of(signal)) != 0) kill(command_pid, signal);
+  }
   close(ends[0]);
   const bool entered = command_pid > 0;
   const int status = box::exit_status_of(child);
@@ -219,9 +232,8 @@ int enter_box(int argc, char **argv) {
   if (argc < 3) return kUsage;
   const auto fd = box::number_in<int>(argv[0]);
   if (!fd) return kUsage;
-  sigset_t ending, before;
-  sigemptyset(&ending);
-  for (const int signal : kEnding) sigaddset(&ending, signal);
+  const sigset_t ending = ending_signals();
+  sigset_t before;
   sigprocmask(SIG_BLOCK, &ending, &before);
   for (std::size_t i = 0; i < kEnding.size(); ++i) {
     if (argv[1][i] == 'd') std::signal(kEnding[i], SIG_DFL);
