@@ -1,7 +1,6 @@
 #include <expat.h>
 #include <gtest/gtest.h>
 
-#include <cstdio>
 #include <memory>
 #include <set>
 
@@ -21,13 +20,12 @@ std::string wrong_with(const std::string &text) {
 
 // From when to when a frame is seen, in percent; nowhere and never where the text has no such frame.
 std::pair<double, double> time_of(const std::string &svg, const std::string &frame) {
-  const std::size_t at = svg.find("@keyframes k" + frame + "{");
-  if (at == std::string::npos) return {-1, -1};
-  const char *const steps = svg.c_str() + svg.find('{', at);
-  double from = 0, to = -1;
-  if (std::sscanf(steps, "{0%%{visibility:visible}%lf%%{visibility:hidden}", &to) == 1) return {0, to};
-  if (std::sscanf(steps, "{0%%{visibility:hidden}%lf%%{visibility:visible}%lf%%", &from, &to) == 2) return {from, to};
-  return {-1, -1};
+  const std::size_t steps = svg.find("@keyframes k" + frame + "{");
+  if (steps == std::string::npos) return {-1, -1};
+  const std::string show = "%{visibility:visible}";
+  const std::size_t shown = svg.find(show, steps);
+  const std::size_t from = svg.find_last_of("{}", shown) + 1, to = shown + show.size();
+  return {std::stod(svg.substr(from)), std::stod(svg.substr(to))};
 }
 
 bool has(const std::string &text, const std::string &part) {
