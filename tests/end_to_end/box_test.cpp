@@ -130,6 +130,18 @@ Done BoxTest::spbox(const Words &words) {
   return done;
 }
 
+void BoxTest::pulls(const std::string &unit) {
+  answers("Pull out " + unit + " now.");
+  spbox({"pull", unit});
+  types("1\n");
+}
+
+void BoxTest::puts_in(const std::string &unit) {
+  answers("Put in " + unit + " now.");
+  spbox({"insert", unit});
+  types("1\n");
+}
+
 std::string BoxTest::led(const std::string &unit) const {
   return box::Hardware(box::Place(box())).led(unit);
 }

@@ -50,6 +50,10 @@ class BoxTest : public testing::Test {
   // The screen comes to be the one in the file of this name, all 24 lines of it; lines missing at the file's end are blank.
   void expect_screen(const std::string &name);
 
+  // The technician does what the procedure asks for, and the operator says so.
+  void pulls(const std::string &unit);
+  void puts_in(const std::string &unit);
+
   // The technician.
   Done spbox(const Words &words);  // spbox VERB BOX ...; must succeed
   std::string led(const std::string &unit) const;

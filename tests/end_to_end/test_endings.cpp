@@ -40,9 +40,7 @@ class EndingTest : public BoxTest {
     make_box("qa");
     start_procedure("replace_unit psu");
     answers("Which power supply", "1\n");
-    answers("Pull out /PSU#0 now.");
-    spbox({"pull", "/PSU#0"});
-    types("1\n");
+    pulls("/PSU#0");
   }
 
   void strike(const End &end, const char *program) {

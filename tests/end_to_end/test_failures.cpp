@@ -234,9 +234,7 @@ TEST_F(Boards, ThatCannotBeDividedStayOutOfOperation) {
   start_procedure("add_unit cmu");
   answers("Which CPU/memory unit", "1\n");
   answers("Type 1, 2 or 3", "3\n");
-  answers("Put in /CMU#0 now.");
-  spbox({"insert", "/CMU#0"});
-  types("1\n");
+  puts_in("/CMU#0");
   answers("/CMU#0 is not in operation (result 209).");
   EXPECT_EQ(ending(), (Ending{false, 1}));
   expect_in_order({"/CMU#0"});
@@ -246,9 +244,7 @@ TEST_F(Boards, WhosePartsCannotBeGivenUpAreNotRemoved) {
   bend("deleteboard", {"--exit", "133"});
   start_procedure("remove_unit cmu");
   answers("Which CPU/memory unit", "1\n");
-  answers("Pull out /CMU#0 now.");
-  spbox({"pull", "/CMU#0"});
-  types("1\n");
+  pulls("/CMU#0");
   answers("The extended system boards of /CMU#0 are still assigned (result 210).");
   answers("deleteboard -q y -c unassign 00-0");
   EXPECT_EQ(ending(), (Ending{false, 1}));
@@ -263,9 +259,7 @@ TEST_F(FanTrays, ThatCannotBeCheckedAreInOperationAllTheSame) {
   bend("chkfanspeed", {"--exit", "1"});
   start_procedure("add_unit fan");
   answers("Which fan tray", "1\n");
-  answers("Put in /FAN_A#0 now.");
-  spbox({"insert", "/FAN_A#0"});
-  types("1\n");
+  puts_in("/FAN_A#0");
   answers("/FAN_A#0 could not be checked to the end (result 8).");
   answers("/FAN_A#0 is in operation, and has not passed all its checks.");
   EXPECT_EQ(ending(), (Ending{false, 1}));
