@@ -4,7 +4,7 @@
 
 #include "host/box/inventory_records.h"
 #include "host/box/model.h"
-#include "host/box/number.h"
+#include "host/box/partitions.h"
 #include "host/box/programs.h"
 #include "host/box/record_layout.h"
 #include "host/box/record_set.h"
@@ -205,9 +205,9 @@ class Edit {
 
   // No domain runs on a board without one of its two units.
   void stop_board(std::string_view unit) {
-    if (!is_high_end(model_) || !(unit.starts_with("/CMU#") || unit.starts_with("/IOU#"))) return;
-    const auto board = number_in<std::uint32_t>(unit.substr(unit.find('#') + 1)).value();
-    for (std::uint32_t part = board * kMostParts; part < (board + 1) * kMostParts; ++part) {
+    const auto board = board_of(unit);
+    if (!board || !is_high_end(model_)) return;
+    for (std::uint32_t part = *board * kMostParts; part < (*board + 1) * kMostParts; ++part) {
       const std::string record = kCurrentXsb.of(part);
       if (current_.complaint(record, kCurrentXsb.size).empty()) current_.at(record, kCurrentXsb.size)[kXsbActive] = 0;
     }

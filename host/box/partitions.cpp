@@ -2,10 +2,17 @@
 
 #include "host/box/inventory_records.h"
 #include "host/box/model.h"
+#include "host/box/number.h"
 #include "host/box/record_layout.h"
 #include "host/box/record_set.h"
 
 namespace box {
+
+std::optional<std::uint32_t> board_of(std::string_view unit) {
+  if (unit.starts_with("/MBU_")) return 0;
+  if (!unit.starts_with("/CMU#") && !unit.starts_with("/IOU#")) return std::nullopt;
+  return number_in<std::uint32_t>(unit.substr(5, unit.find('/', 5) - 5));
+}
 
 std::string xsb_name(std::uint32_t number) {
   const std::string board = std::to_string(number / kMostParts);

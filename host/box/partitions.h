@@ -2,7 +2,9 @@
 #pragma once
 
 #include <cstdint>
+#include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "host/box/place.h"
@@ -29,6 +31,9 @@ struct Server {
   std::uint32_t service_processor;  // number of the unit that runs
   std::string unreadable;
 };
+
+// The number in "/CMU#3", "/IOU#3/PCI#1" or "/MBU_A"; nothing for a unit that is no system board and sits on none.
+std::optional<std::uint32_t> board_of(std::string_view unit);
 
 std::string xsb_name(std::uint32_t number);
 std::vector<Xsb> xsbs_of(const Place &place, std::uint32_t model);

@@ -2,6 +2,7 @@
 #include <algorithm>
 
 #include "host/box/number.h"
+#include "host/box/partitions.h"
 #include "host/programs/boards.h"
 #include "host/programs/control_programs.h"
 
@@ -12,7 +13,7 @@ namespace {
 std::vector<std::string> units_of(const Machine &machine, std::uint32_t board) {
   std::vector<std::string> names;
   for (const box::UnitPlace &at : machine.inventory.places()) {
-    if (!at.carried && board_of(at.name) == board) names.push_back(at.name);
+    if (!at.carried && box::board_of(at.name) == board) names.push_back(at.name);
   }
   return names;
 }
@@ -122,7 +123,7 @@ int linkboard(const Arguments &arguments, Machine &machine) {
   const std::string name = arguments.value('u');
   const std::string direction = arguments.value('c');
   if (!arguments.words.empty() || name.empty() || !one_of(direction, {"up", "down"})) return kUsage;
-  const auto board = board_of(name);
+  const auto board = box::board_of(name);
   if (!board || !machine.has_unit(name) || !machine.unit(name).carrier.empty()) return kNotLinked;
   if (!machine.unit(name).installed()) return kRefused;
   return direction == "up" ? link_up(machine, name, *board) : link_down(machine, name, *board);

@@ -2,19 +2,12 @@
 
 #include "host/box/inventory_records.h"
 #include "host/box/model.h"
-#include "host/box/number.h"
 #include "host/box/record_layout.h"
 #include "include/lmainte.h"
 
 namespace programs {
 
 using box::kMostParts;
-
-std::optional<std::uint32_t> board_of(std::string_view unit) {
-  if (unit.starts_with("/MBU_")) return 0;
-  if (!unit.starts_with("/CMU#") && !unit.starts_with("/IOU#")) return std::nullopt;
-  return box::number_in<std::uint32_t>(unit.substr(5, unit.find('/', 5) - 5));
-}
 
 Boards::Boards(const box::Place &place, std::uint32_t model)
     : model_(model), setup_(place, LMAINTE_DB_SETUP), current_(place, LMAINTE_DB_CURRENT) {}

@@ -2,16 +2,11 @@
 #pragma once
 
 #include <cstdint>
-#include <optional>
 #include <string>
-#include <string_view>
 
 #include "host/box/record_set.h"
 
 namespace programs {
-
-// The number in "/CMU#3", "/IOU#3/PCI#1" or "/MBU_A"; nothing for a unit that is no system board and sits on none.
-std::optional<std::uint32_t> board_of(std::string_view unit);
 
 // Questions about the boards, which take no lock. The models that divide no board have no extended system boards: the
 // server runs on all that they have. Throws where a database fails.

@@ -1,4 +1,6 @@
 // Programs that concern one unit.
+#include "host/box/model.h"
+#include "host/box/partitions.h"
 #include "host/programs/boards.h"
 #include "host/programs/control_programs.h"
 #include "include/lmainte.h"
@@ -24,7 +26,7 @@ bool is_part_of_a_board(const UnitState &unit) {
 }
 
 bool can_be_spared(const Machine &machine, const std::string &name, const UnitState &unit) {
-  if (const auto board = board_of(name); board && is_part_of_a_board(unit)) {
+  if (const auto board = box::board_of(name); board && is_part_of_a_board(unit)) {
     Boards boards(machine.place, machine.model);
     // What sits on a board is not to be had while a domain runs there; the board itself is, if the domain has another.
     return unit.carrier.empty() ? boards.can_be_spared(*board) : !boards.is_active(*board);
@@ -35,7 +37,7 @@ bool can_be_spared(const Machine &machine, const std::string &name, const UnitSt
 int judge_addition(const Machine &machine, const std::string &name, const UnitState &unit) {
   if (!unit.carrier.empty() && !machine.unit(unit.carrier).installed()) return kRefused;
   // The only board of a server: with it the server is off.
-  if (board_of(name) && unit.carrier.empty() && !Boards(machine.place, machine.model).can_be_divided()) return kRefused;
+  if (box::board_of(name) && unit.carrier.empty() && !box::is_high_end(machine.model)) return kRefused;
   const bool in_operation = unit.installed() && !unit.faulted() && !machine.is_detached(name);
   return in_operation ? kRefused : kDone;
 }
@@ -63,7 +65,7 @@ int testfru(const Arguments &arguments, Machine &machine) {
   const UnitState unit = machine.unit(name);
   if (!unit.installed()) return kRefused;
   if (machine.has_fault(name)) return kTestFailed;
-  if (!board_of(name) || !unit.carrier.empty()) machine.set_detached(name, false);
+  if (!box::board_of(name) || !unit.carrier.empty()) machine.set_detached(name, false);
   return kDone;
 }
 
@@ -74,7 +76,7 @@ int detachfru(const Arguments &arguments, Machine &machine) {
   const UnitState unit = machine.unit(name);
   if (!unit.installed()) return kRefused;
   if (machine.is_detached(name)) return kDone;
-  if (const auto board = board_of(name); board && unit.carrier.empty()) {
+  if (const auto board = box::board_of(name); board && unit.carrier.empty()) {
     BoardChange boards(machine.place, machine.model);
     if (!boards.can_be_spared(*board)) return kRefused;
     boards.stop(*board);
