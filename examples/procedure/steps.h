@@ -105,30 +105,27 @@ inline Outcome put_in(Work &work) {
                "%s is not in place, or did not stay there.\n");
 }
 
-// How a board that is added is to be used. It is divided once both its units are there.
-inline Outcome choose_division(Work &work) {
-  if (work.division == 0) return kDone;
+// How a board is to be used: as one extended system board, as one whose memory is mirrored or, with three uses, as four.
+inline Outcome choose_use(Work &work, int32_t uses) {
   int32_t choice = 0;
-  const Outcome outcome = ask(3, choice,
-                              "\n1. One extended system board\n2. One, its memory mirrored\n3. Four\n"
-                              "How is the board of %s to be used? Type 1, 2 or 3, q to give up: ",
-                              work.unit.name());
+  const Outcome outcome = ask(uses, choice,
+                              "\n1. One extended system board\n2. One, its memory mirrored\n%s"
+                              "How is the board of %s to be used? Type %s, q to give up: ",
+                              uses == 3 ? "3. Four\n" : "", work.unit.name(), uses == 3 ? "1, 2 or 3" : "1 or 2");
   if (outcome != kDone) return outcome;
   work.division = choice == 3 ? 4 : 1;
   work.is_mirrored = choice == 2;
   return kDone;
 }
 
-// How a board that is replaced was used, as far as the inventory does not tell. A half of one is not divided.
+// Of a board that is added. It is divided once both its units are there.
+inline Outcome choose_division(Work &work) {
+  return work.division == 0 ? kDone : choose_use(work, 3);
+}
+
+// Of a board that is replaced, as far as the inventory does not tell. A half of one is not divided.
 inline Outcome choose_mirroring(Work &work) {
-  if (work.division != 1 || !work.is_whole_board()) return kDone;
-  int32_t choice = 0;
-  const Outcome outcome = ask(2, choice,
-                              "\n1. One extended system board\n2. One, its memory mirrored\n"
-                              "How is the board of %s to be used? Type 1 or 2, q to give up: ",
-                              work.unit.name());
-  work.is_mirrored = choice == 2;
-  return outcome;
+  return work.division == 1 && work.is_whole_board() ? choose_use(work, 2) : kDone;
 }
 
 // What another unit would do better: null where the unit is not to blame.
