@@ -249,7 +249,11 @@ TEST_F(Exchange, OfABoardThatNobodyTookOutOfOperation) {
 
 class AnotherUnit : public BoxTest {
  protected:
-  void expect_left_untested(const Words &out) {
+  // The operator is asked to put one in; it is in when he gives up.
+  void gives_up_when_it_is_in(const Words &out) {
+    answers("Put in /PSU#0 now.");
+    spbox({"insert", "/PSU#0"});
+    types("q\n");
     answers("/PSU#0 is in place, and was not tested.");
     answers("To test it and put it into operation: add_unit psu");
     EXPECT_EQ(ending(), (Ending{false, 2}));
@@ -262,10 +266,7 @@ TEST_F(AnotherUnit, IsNotPutIntoOperationWhenTheOperatorGivesUp) {
   start_procedure("replace_unit psu");
   answers("Which power supply", "1\n");
   pulls("/PSU#0");
-  answers("Put in /PSU#0 now.");
-  spbox({"insert", "/PSU#0"});
-  types("q\n");
-  expect_left_untested({"/PSU#0"});
+  gives_up_when_it_is_in({"/PSU#0"});
 }
 
 TEST_F(AnotherUnit, IsNamedWhenTheOperatorGivesUpAddingIt) {
@@ -273,10 +274,7 @@ TEST_F(AnotherUnit, IsNamedWhenTheOperatorGivesUpAddingIt) {
   spbox({"pull", "/PSU#0"});
   start_procedure("add_unit psu");
   answers("Which power supply", "1\n");
-  answers("Put in /PSU#0 now.");
-  spbox({"insert", "/PSU#0"});
-  types("q\n");
-  expect_left_untested({});
+  gives_up_when_it_is_in({});
 }
 
 // Half a board is linked, and nobody is asked how a whole one would be used.
