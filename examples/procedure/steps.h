@@ -58,7 +58,7 @@ inline Outcome mark(Work &work) {
   const int32_t result = work.mark();
   if (result == LMAINTE_BUSY || result == LMAINTE_FLAG_REFUSED) {
     std::printf(
-        "%s may have a maintenance flag already: another procedure is at work on it,\nor left it. To end it: %s\n",
+        "%s may have a maintenance flag already:\nanother procedure is at work on it,\nor left it. To end it: %s\n",
         work.unit.name(), by_hand("setmainteflag", work.unit.name(), "end").c_str());
     return kRefused;
   }
@@ -171,7 +171,7 @@ inline Outcome bring_up(Work &work) {
       return failed(work, work.has_passed() ? " could not be checked to the end" : " is not in operation", result);
     std::printf("%s %s (result %d). Exchange it for another one.\n", work.unit.name(), fault, result);
     if (work.is_whole_board())
-      std::printf("A board is tested as a whole, and not while a domain runs on it: the fault may be\nin its %s.\n",
+      std::printf("A board is tested as a whole, and not while a domain runs on it:\nthe fault may be in its %s.\n",
                   work.kind.type == LMAINTE_TYPE_CMU ? "I/O unit" : "CPU/memory unit");
     if (const Outcome outcome = exchange(work); outcome != kDone) return outcome;
   }
