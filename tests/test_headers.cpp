@@ -1,0 +1,1 @@
+// Nothing but its precompiled header, which the tests share.
