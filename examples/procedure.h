@@ -7,7 +7,7 @@
 //
 // Around the steps stands what every procedure owes: it is the only one at work, the server is in maintenance mode, the
 // operator has chosen a unit. What a step switched is switched back at every way out: after a refusal, a failure, a "q",
-// an interrupt, a lost terminal. Copy this header with the folder procedure, in_order.h and server.h.
+// an interrupt, a lost terminal. Copy this header with the folder procedure, graceful.h and server.h.
 #pragma once
 
 #include <cstdint>
@@ -17,7 +17,7 @@
 #include <string>
 #include <vector>
 
-#include "in_order.h"
+#include "graceful.h"
 #include "lmainte.h"
 #include "procedure/exclusive.h"
 #include "procedure/marked.h"
@@ -45,7 +45,7 @@ inline Outcome choose_kind(const Server &server, const Procedure &procedure, con
     lines.push_back({LMAINTE_LINE_HEAD, "%2d. %s\n", 0, {there.size(), reinterpret_cast<uintptr_t>(row.many)}});
   }
   lines.push_back({LMAINTE_LINE_END, nullptr, 0, {}});
-  const int32_t result = in_order::after_pager(lmainte_show_menu(lines.data()));
+  const int32_t result = graceful::after_pager(lmainte_show_menu(lines.data()));
   if (result != LMAINTE_OK) return failed("The menu could not be shown", result, kCheckPager);
   int32_t choice = 0;
   const Outcome outcome = ask(static_cast<int32_t>(there.size()), choice,
@@ -162,18 +162,18 @@ inline int run(const Procedure &procedure, int argc, char **argv) {
     tell_usage(procedure, stderr);
     return kFailed;
   }
-  in_order::catch_signals();
+  graceful::catch_signals();
   Outcome outcome = kFailed;
   {
-    const in_order::Dialogue dialogue;
-    if (in_order::Dialogue::begun()) {
+    const graceful::Dialogue dialogue;
+    if (graceful::Dialogue::begun()) {
       outcome = walk(procedure, kind);
     } else {
       std::fprintf(stderr, "%s: this is no terminal. Start it on the operator's terminal.\n", procedure.name);
     }
   }
   std::fflush(stdout);
-  in_order::die_of_signal();
+  graceful::die_of_signal();
   return outcome;
 }
 

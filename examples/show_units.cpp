@@ -16,7 +16,7 @@
 #include <string_view>
 #include <vector>
 
-#include "in_order.h"
+#include "graceful.h"
 #include "lmainte.h"
 #include "server.h"
 
@@ -37,7 +37,7 @@ Outcome unreadable(int32_t result) {
 }
 
 Outcome shown(int32_t result) {
-  in_order::after_pager(result);
+  graceful::after_pager(result);
   if (result == LMAINTE_OK) return kShown;
   return failed("the units could not be shown", result,
                 "Check that /bin/busybox is there and that /tmp has room.\nThe trace names the reason.");
@@ -265,14 +265,14 @@ Outcome show(const Request &request) {
 int main(int argc, char **argv) {
   Request request;
   if (!understand(argc, argv, request)) return usage();
-  in_order::catch_signals();
+  graceful::catch_signals();
   Outcome outcome = kFailed;
   {
-    const in_order::Dialogue dialogue;  // Where there is no terminal a list runs through in one go.
+    const graceful::Dialogue dialogue;  // Where there is no terminal a list runs through in one go.
     outcome = show(request);
   }
-  if (in_order::signal() != 0) std::puts("Interrupted.");
+  if (graceful::signal() != 0) std::puts("Interrupted.");
   std::fflush(stdout);
-  in_order::die_of_signal();
+  graceful::die_of_signal();
   return outcome;
 }

@@ -12,7 +12,7 @@
 #include <string>
 #include <system_error>
 
-#include "../in_order.h"
+#include "../graceful.h"
 #include "lmainte.h"
 #include "lmainte_platform.h"
 #include "telling.h"
@@ -89,7 +89,7 @@ class Maintenance {
   Maintenance &operator=(const Maintenance &) = delete;
 
   Outcome begin(bool is_taken_over) {
-    const in_order::Undisturbed undisturbed;
+    const graceful::Undisturbed undisturbed;
     if (is_taken_over) lmainte_control_mainte(LMAINTE_MAINTE_UNLOCK, mode_time());  // whether or not it was locked
     const int32_t result = lmainte_control_mainte(LMAINTE_MAINTE_LOCK, mode_time());
     is_begun_ = perhaps_done(result);
@@ -106,7 +106,7 @@ class Maintenance {
   bool end() {
     if (!is_begun_) return true;
     is_begun_ = false;
-    const in_order::Undisturbed undisturbed;
+    const graceful::Undisturbed undisturbed;
     if (is_reported_) report(LMAINTE_REPORT_END);
     const int32_t result = lmainte_control_mainte(LMAINTE_MAINTE_UNLOCK, mode_time());
     if (result != LMAINTE_OK)

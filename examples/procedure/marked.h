@@ -4,7 +4,7 @@
 #include <cstdint>
 #include <cstdio>
 
-#include "../in_order.h"
+#include "../graceful.h"
 #include "lmainte.h"
 #include "lmainte_platform.h"
 #include "marks.h"

@@ -5,7 +5,7 @@
 #include <cstdio>
 #include <string>
 
-#include "../in_order.h"
+#include "../graceful.h"
 #include "../server.h"
 #include "lmainte.h"
 #include "telling.h"
@@ -23,7 +23,7 @@ class Marks {
 
   // Sets them. What was begun is taken back also where it failed.
   int32_t set() {
-    const in_order::Undisturbed undisturbed;
+    const graceful::Undisturbed undisturbed;
     int32_t result = lmainte_set_mainteflag(LMAINTE_FLAG_START, time(LMAINTE_CMD_SETMAINTEFLAG), &unit_);
     has_flag_ = perhaps_done(result);
     if (result != LMAINTE_OK) return result;
@@ -33,7 +33,7 @@ class Marks {
   }
 
   int32_t speed_fans_up() {
-    const in_order::Undisturbed undisturbed;
+    const graceful::Undisturbed undisturbed;
     const int32_t result = lmainte_control_fan(LMAINTE_FAN_HIGH, time(LMAINTE_CMD_CTLFAN), nullptr);
     has_fans_ = has_fans_ || perhaps_done(result);
     return result;
@@ -47,7 +47,7 @@ class Marks {
 
   // In reverse order. What cannot be switched back is named, and the rest is done all the same.
   bool take_back() {
-    const in_order::Undisturbed undisturbed;
+    const graceful::Undisturbed undisturbed;
     bool good = true;
     if (has_fans_) {
       const int32_t result = lmainte_control_fan(LMAINTE_FAN_LOW, time(LMAINTE_CMD_CTLFAN), nullptr);

@@ -5,7 +5,7 @@
 #include <cstdio>
 #include <string>
 
-#include "../in_order.h"
+#include "../graceful.h"
 #include "lmainte.h"
 #include "telling.h"
 #include "work.h"
@@ -54,7 +54,7 @@ inline Outcome may_be_added(Work &work) {
 
 // So that the technician finds it, and nobody else touches it.
 inline Outcome mark(Work &work) {
-  if (in_order::signal() != 0) return not_chosen(LMAINTE_OK);
+  if (graceful::signal() != 0) return not_chosen(LMAINTE_OK);
   const int32_t result = work.mark();
   if (result == LMAINTE_BUSY || result == LMAINTE_FLAG_REFUSED) {
     std::printf(
@@ -70,7 +70,7 @@ inline Outcome mark(Work &work) {
 }
 
 inline Outcome detach(Work &work) {
-  if (in_order::signal() != 0) return not_chosen(LMAINTE_OK);
+  if (graceful::signal() != 0) return not_chosen(LMAINTE_OK);
   const int32_t result = with_progress(std::string("Taking ") + work.unit.name() + " out of operation ",
                                        work.time_to_detach(), [&] { return work.detach(); });
   if (result == LMAINTE_OK) return kDone;
@@ -207,7 +207,7 @@ inline Outcome show_state(Work &work) {
   const ListLine lines[] = {{LMAINTE_LINE_HEAD, "Unit          State\n", 0, {}},
                             {LMAINTE_LINE_FOOT, "\n", 0, {}},
                             {LMAINTE_LINE_END, nullptr, 0, {}}};
-  result = in_order::after_pager(work.kind.show_status(work.record, lines));
+  result = graceful::after_pager(work.kind.show_status(work.record, lines));
   return result == LMAINTE_OK ? kDone : failed("The unit's state could not be shown", result, kCheckPager);
 }
 

@@ -7,7 +7,7 @@
 #include <cstdio>
 #include <string>
 
-#include "../in_order.h"
+#include "../graceful.h"
 #include "lmainte.h"
 #include "lmainte_host.h"
 
@@ -67,9 +67,9 @@ inline const char *way_out_of(int32_t result) {
 
 // The operator typed q, the input ended, a signal came, or the terminal failed.
 inline Outcome not_chosen(int32_t result) {
-  if (in_order::signal() == 0 && result < 0)
+  if (graceful::signal() == 0 && result < 0)
     return failed("The question could not be asked", result, "Start the procedure on the operator's terminal.");
-  std::puts(in_order::signal() != 0 ? "Interrupted." : "Given up.");
+  std::puts(graceful::signal() != 0 ? "Interrupted." : "Given up.");
   return kGaveUp;
 }
 
@@ -77,7 +77,7 @@ inline Outcome not_chosen(int32_t result) {
 template <class... Values>
 Outcome ask(int32_t count, int32_t &choice, const char *format, Values... values) {
   const int32_t result = lmainte_ask_select(count, &choice, format, values...);
-  return result == LMAINTE_HOST_CHOSEN && in_order::signal() == 0 ? kDone : not_chosen(result);
+  return result == LMAINTE_HOST_CHOSEN && graceful::signal() == 0 ? kDone : not_chosen(result);
 }
 
 template <class... Values>
@@ -89,7 +89,7 @@ Outcome confirm(const char *format, Values... values) {
 // Ctrl-C does not reach the control program, nor cut the library's waiting short; it is heeded at the next question.
 template <class Operation>
 int32_t undisturbed(Operation operation) {
-  const in_order::Undisturbed undisturbed;
+  const graceful::Undisturbed undisturbed;
   return operation();
 }
 
@@ -97,7 +97,7 @@ int32_t undisturbed(Operation operation) {
 // outlives a command that is killed.
 template <class Operation>
 int32_t with_progress(const std::string &message, int32_t longest, Operation operation) {
-  const in_order::Undisturbed undisturbed;
+  const graceful::Undisturbed undisturbed;
   const DotParam line = {1, message.c_str(), longest};
   const int32_t child = lmainte_dot_start(&line);
   const int32_t result = operation();

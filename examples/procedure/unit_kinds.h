@@ -10,7 +10,7 @@
 #include <iterator>
 #include <vector>
 
-#include "../in_order.h"
+#include "../graceful.h"
 #include "../server.h"
 #include "lmainte.h"
 #include "lmainte_platform.h"
@@ -98,7 +98,7 @@ class Units {
   uint32_t count() const { return count_; }
   const void *at(size_t place) const { return records_.data() + place * kind_.record_size; }
   int32_t show(const ListLine *lines) const {
-    return in_order::after_pager(kind_.show_list(server_, count_, records_.data(), lines));
+    return graceful::after_pager(kind_.show_list(server_, count_, records_.data(), lines));
   }
 
  private:

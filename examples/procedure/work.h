@@ -5,7 +5,7 @@
 #include <cstdio>
 #include <string>
 
-#include "../in_order.h"
+#include "../graceful.h"
 #include "lmainte.h"
 #include "marks.h"
 #include "telling.h"
@@ -55,7 +55,7 @@ class Work {
 
   // Out of operation, and a board off the server's links.
   int32_t detach() {
-    const in_order::Undisturbed undisturbed;
+    const graceful::Undisturbed undisturbed;
     const int32_t result = lmainte_detach_fru(time(LMAINTE_CMD_DETACHFRU), &unit.record);
     is_detached_ = result == LMAINTE_OK;
     if (is_detached_) may_be_in_operation_ = has_passed_ = false;

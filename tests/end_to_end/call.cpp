@@ -7,7 +7,7 @@
 #include <cstdlib>
 #include <vector>
 
-#include "examples/in_order.h"
+#include "examples/graceful.h"
 #include "lmainte.h"
 #include "lmainte_host.h"
 #include "lmainte_platform.h"
@@ -37,14 +37,14 @@ int32_t led(char **words) {
 }
 
 // As a command that ends in order: a signal waits for the end of the control program.
-int32_t led_in_order(char **words) {
-  in_order::catch_signals();
+int32_t led_gracefully(char **words) {
+  graceful::catch_signals();
   int32_t result = LMAINTE_OK;
   {
-    const in_order::Undisturbed undisturbed;
+    const graceful::Undisturbed undisturbed;
     result = led(words);
   }
-  in_order::die_of_signal();
+  graceful::die_of_signal();
   return result;
 }
 
@@ -103,12 +103,12 @@ int32_t dots(char **words) {
   return pid > 0 ? 0 : -1;
 }
 
-int32_t dots_in_order(char **words) {
-  in_order::catch_signals();
+int32_t dots_gracefully(char **words) {
+  graceful::catch_signals();
   const int32_t result = dots(words);
-  if (in_order::signal() != 0) std::puts("\nInterrupted.");
+  if (graceful::signal() != 0) std::puts("\nInterrupted.");
   std::fflush(stdout);
-  in_order::die_of_signal();
+  graceful::die_of_signal();
   return result;
 }
 
@@ -134,7 +134,7 @@ int32_t hold(char **words) {
 
 constexpr std::array<Row, 16> kRows{{{"exec", 3, exec},
                                      {"led", 3, led},
-                                     {"led_in_order", 3, led_in_order},
+                                     {"led_gracefully", 3, led_gracefully},
                                      {"flag", 3, flag},
                                      {"fan", 2, fan},
                                      {"mainte", 2, mainte},
@@ -145,7 +145,7 @@ constexpr std::array<Row, 16> kRows{{{"exec", 3, exec},
                                      {"tty", 2, tty},
                                      {"ask", 2, ask},
                                      {"dots", 2, dots},
-                                     {"dots_in_order", 2, dots_in_order},
+                                     {"dots_gracefully", 2, dots_gracefully},
                                      {"locks", 0, locks},
                                      {"hold", 1, hold}}};
 

@@ -208,7 +208,7 @@ class Sigterm : public BoxTest {
 TEST_F(Sigterm, LeavesAControlProgramItsTimeToEnd) {
   make_box("qa");
   bend("ctlled", {"--hang", "--ignore-term"});
-  start({CALL, "led_in_order", "2", "1", "/PSU#0"});
+  start({CALL, "led_gracefully", "2", "1", "/PSU#0"});
   ASSERT_TRUE(eventually([&] { return is_deaf("ctlled"); }));
   send(SIGTERM, "call");
   EXPECT_FALSE(terminal_.wait_for_exit(seconds{9}));

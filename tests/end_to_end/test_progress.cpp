@@ -94,10 +94,10 @@ TEST_F(Progress, IsGoneAfterCtrlC) {
 }
 
 TEST_F(Progress, IsGoneAfterCtrlCInACommandThatEndsInOrder) {
-  start_progress("60", "30", "dots_in_order");
+  start_progress("60", "30", "dots_gracefully");
   types("\003");
   EXPECT_EQ(ending(), died_of(SIGINT));
-  expect_screen("progress_interrupted_in_order");
+  expect_screen("progress_interrupted_gracefully");
   expect_nothing_left();
 }
 

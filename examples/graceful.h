@@ -1,5 +1,5 @@
-// Ending in order: a signal ends the wait for the operator, the command goes back the way it came, and the terminal is
-// left as it was found. Copy it with the command.
+// A graceful end: a signal ends the wait for the operator, the command goes back the way it came, and the terminal is left
+// as it was found. Copy it with the command.
 #pragma once
 
 #include <sys/wait.h>
@@ -13,7 +13,7 @@
 
 #include "lmainte.h"
 
-namespace in_order {
+namespace graceful {
 
 inline volatile std::sig_atomic_t g_signal = 0;
 inline volatile std::sig_atomic_t g_undisturbed = 0;
@@ -114,4 +114,4 @@ inline int32_t after_pager(int32_t result) {
   return result;
 }
 
-}  // namespace in_order
+}  // namespace graceful
