@@ -1,14 +1,16 @@
-// How the help of spbox is laid out: for a terminal of 80 columns, without the parser's own words for types.
+// The help texts, made from the verbs' rows for a terminal of 80 columns.
 #pragma once
 
-#include <memory>
+#include <string>
+#include <vector>
 
-namespace CLI {
-class FormatterBase;
-}
+#include "host/spbox/verb.h"
 
 namespace spbox {
 
-std::shared_ptr<CLI::FormatterBase> help_format();
+// "spbox pull [OPTIONS] DIR UNIT..."
+std::string usage_of(const Verb &verb);
+std::string help_of(const Verb &verb);
+std::string help_of_all(const std::vector<Verb> &verbs);
 
 }  // namespace spbox

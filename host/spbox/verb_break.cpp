@@ -1,5 +1,4 @@
 // Records that are broken on purpose, and mended.
-#include <CLI/CLI.hpp>
 #include <cstdio>
 #include <memory>
 
@@ -115,52 +114,64 @@ int mend_records(const Options &options) {
 }
 
 void check_identity(const Options &options) {
-  if (options.targets.empty() && options.identity) throw CLI::ValidationError("--fru is of a unit, and none is named");
+  if (options.targets.empty() && options.identity) throw UsageError("--fru is of a unit, and no unit is named.");
 }
 
-std::shared_ptr<Options> add_targets(CLI::App *verb, const char *help) {
-  auto options = std::make_shared<Options>();
-  add_box(verb, options->box);
-  verb->add_option("UNIT|RECORD", options->targets, help);
-  verb->add_flag("--fru", options->identity, "Of a unit, its identity record, not that of its state");
-  return options;
+void check_breakage(const Options &options) {
+  check_identity(options);
+  const bool how_is_said = options.missing || options.shorter || options.longer;
+  if (options.targets.empty() && how_is_said) throw UsageError("no unit and no record is named.");
+  if (!options.targets.empty() && !how_is_said) {
+    throw UsageError("how is the record to be broken? Give --missing, --short or --long.");
+  }
+}
+
+Word targets_word(Options &options, const std::string &help) {
+  return {.name = "UNIT|RECORD", .help = help, .to = &options.targets};
+}
+
+Word identity_option(Options &options) {
+  return {.name = "--fru", .help = "The unit's identity record, not that of its state", .to = &options.identity};
 }
 
 }  // namespace
 
-void add_break(CLI::App &app, Action &action) {
-  CLI::App *verb = app.add_subcommand("break", "Break records on purpose: missing, too short, too long");
-  auto options = add_targets(verb, "Locations of units, names of records; none: see what is broken");
-  auto *missing = verb->add_flag("--missing", options->missing, "The record is not there");
-  auto *shorter = verb->add_flag("--short", options->shorter, "It is one byte too short");
-  verb->add_flag("--long", options->longer, "It is one byte too long")->excludes(missing)->excludes(shorter);
-  missing->excludes(shorter);
-  verb->footer(
-      "A record that holds many units is broken for all of them. `spbox show` names a\nunit's records. A dump takes "
-      "along what is broken.\n\n"
-      "Examples:\n"
-      "  spbox break box /PSU#3 --fru --missing      its identity record\n"
-      "  spbox break box current_domain_info_05 --short\n"
-      "  spbox break box                             what is broken");
-  verb->callback([options, &action] {
-    check_identity(*options);
-    const bool how_is_said = options->missing || options->shorter || options->longer;
-    if (options->targets.empty() && how_is_said) throw CLI::ValidationError("no unit and no record is named");
-    if (!options->targets.empty() && !how_is_said) {
-      throw CLI::ValidationError("say how it is to be broken: --missing, --short or --long");
-    }
-    action = [options] { return break_records(*options); };
-  });
+Verb break_verb() {
+  auto options = std::make_shared<Options>();
+  return {.name = "break",
+          .line = "Break records on purpose: missing, too short, too long",
+          .words = {box_word(options->box),
+                    targets_word(*options, "Units or names of records; without any, what is broken is\nshown"),
+                    identity_option(*options),
+                    {.name = "--missing",
+                     .help = "The record is not there",
+                     .to = &options->missing,
+                     .excludes = {"--short", "--long"}},
+                    {.name = "--short",
+                     .help = "The record is one byte too short",
+                     .to = &options->shorter,
+                     .excludes = {"--long"}},
+                    {.name = "--long", .help = "The record is one byte too long", .to = &options->longer}},
+          .footer =
+              "Many units may share a record; it is broken for all of them. `spbox show` names\n"
+              "the records of a unit. A dump keeps what is broken.\n\n"
+              "Examples:\n"
+              "  spbox break box /PSU#3 --fru --missing      its identity record\n"
+              "  spbox break box current_domain_info_05 --short\n"
+              "  spbox break box                             what is broken",
+          .check = [options] { check_breakage(*options); },
+          .act = [options] { return break_records(*options); }};
 }
 
-void add_mend(CLI::App &app, Action &action) {
-  CLI::App *verb = app.add_subcommand("mend", "Restore the records that were broken on purpose");
-  auto options = add_targets(verb, "Only these; none: all");
-  verb->footer("Examples:\n  spbox mend box\n  spbox mend box /PSU#3 --fru");
-  verb->callback([options, &action] {
-    check_identity(*options);
-    action = [options] { return mend_records(*options); };
-  });
+Verb mend_verb() {
+  auto options = std::make_shared<Options>();
+  return {.name = "mend",
+          .line = "Restore the records that were broken on purpose",
+          .words = {box_word(options->box), targets_word(*options, "Only these; without any, all"),
+                    identity_option(*options)},
+          .footer = "Examples:\n  spbox mend box\n  spbox mend box /PSU#3 --fru",
+          .check = [options] { check_identity(*options); },
+          .act = [options] { return mend_records(*options); }};
 }
 
 }  // namespace spbox

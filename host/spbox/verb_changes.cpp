@@ -1,5 +1,4 @@
 // What a technician does to units, and what happens to them.
-#include <CLI/CLI.hpp>
 #include <cstdio>
 #include <memory>
 
@@ -29,16 +28,22 @@ int change(const Options &options, box::Change change) {
 
 }  // namespace
 
-void add_changes(CLI::App &app, Action &action) {
+std::vector<Verb> change_verbs() {
+  std::vector<Verb> verbs;
   for (const ChangeRow &row : kChanges) {
-    CLI::App *verb = app.add_subcommand(std::string(row.verb), std::string(row.help));
     auto options = std::make_shared<Options>();
-    add_box(verb, options->box);
-    verb->add_option("UNIT", options->units, "Their locations, such as /PSU#3 or /CMU#0/MEM#03A")->required();
-    verb->footer("Where one unit cannot be changed, none is.\n\nExample:\n  spbox " + std::string(row.verb) +
-                 " box /PSU#3 /FAN_A#0");
-    verb->callback([options, &row, &action] { action = [options, &row] { return change(*options, row.change); }; });
+    verbs.push_back({.name = std::string(row.verb),
+                     .line = std::string(row.help),
+                     .words = {box_word(options->box),
+                               {.name = "UNIT",
+                                .help = "Their locations, such as /PSU#3 or /CMU#0/MEM#03A",
+                                .to = &options->units,
+                                .need = Need::kRequired}},
+                     .footer = "If one unit cannot be changed, none is.\n\nExample:\n  spbox " + std::string(row.verb) +
+                               " box /PSU#3 /FAN_A#0",
+                     .act = [options, &row] { return change(*options, row.change); }});
   }
+  return verbs;
 }
 
 }  // namespace spbox

@@ -1,4 +1,3 @@
-#include <CLI/CLI.hpp>
 #include <cstdio>
 #include <memory>
 
@@ -31,17 +30,19 @@ int create(const Options &options) {
 
 }  // namespace
 
-void add_create(CLI::App &app, Action &action) {
-  CLI::App *verb = app.add_subcommand("create", "Make a box: a full, healthy server of a model");
+Verb create_verb() {
   auto options = std::make_shared<Options>();
-  add_box(verb, options->box);
-  verb->add_option("--model", options->model, "qa (entry), qb1, qb2 (mid-range), qe1, qe2 or qe3 (high-end)")
-      ->option_text("MODEL")
-      ->required()
-      ->check(CLI::IsMember(model_names()));
-  verb->add_flag("--force", options->force, "Make it anew where there is a box already");
-  verb->footer("Example:\n  spbox create box --model qe1");
-  verb->callback([options, &action] { action = [options] { return create(*options); }; });
+  return {.name = "create",
+          .line = "Make a box: a full, healthy server of a model",
+          .words = {box_word(options->box),
+                    {.name = "--model",
+                     .help = "qa (entry), qb1, qb2 (mid-range), qe1, qe2 or qe3 (high-end)",
+                     .to = Choice{&options->model, "model", model_names()},
+                     .need = Need::kRequired,
+                     .value = "MODEL"},
+                    force_option(options->force)},
+          .footer = "Example:\n  spbox create box --model qe1",
+          .act = [options] { return create(*options); }};
 }
 
 }  // namespace spbox

@@ -1,4 +1,3 @@
-#include <CLI/CLI.hpp>
 #include <algorithm>
 #include <cstdio>
 #include <memory>
@@ -25,10 +24,10 @@ const box::DaemonWayName &row_of(box::DaemonWay way) {
                        [&](const auto &row) { return row.way == way; });
 }
 
-const box::DaemonWayName *row_of(std::string_view name) {
-  const auto *const row =
-      std::find_if(box::kDaemonWays.begin(), box::kDaemonWays.end(), [&](const auto &at) { return at.name == name; });
-  return row == box::kDaemonWays.end() ? nullptr : row;
+box::DaemonWay way_of(std::string_view name) {
+  return std::find_if(box::kDaemonWays.begin(), box::kDaemonWays.end(),
+                      [&](const auto &row) { return row.name == name; })
+      ->way;
 }
 
 std::string way_text(const box::DaemonBend &bend) {
@@ -51,7 +50,7 @@ int daemon(const Options &options) {
   const box::Place place(options.box);
   box::model_of_box(place);  // says what is wrong where this is no box
   box::Hardware hardware(place);
-  if (!options.way.empty()) box::set_daemon_bend(hardware, {row_of(options.way)->way, options.seconds});
+  if (!options.way.empty()) box::set_daemon_bend(hardware, {way_of(options.way), options.seconds});
   const box::DaemonBend bend = box::daemon_bend(hardware);
   const bool running = box::daemon_listens(place.daemons(), LMAINTE_HOST_MONITOR);
   if (options.as_json) {
@@ -67,40 +66,42 @@ int daemon(const Options &options) {
   return 0;
 }
 
-std::string no_way(const std::string &text) {
-  if (row_of(text) != nullptr) return "";
-  std::string names;
-  for (const box::DaemonWayName &row : box::kDaemonWays) names += (names.empty() ? "" : ", ") + std::string(row.name);
-  return "a daemon cannot be " + text + ". It can be " + names;
+std::vector<std::string> way_names() {
+  std::vector<std::string> names;
+  for (const box::DaemonWayName &row : box::kDaemonWays) names.emplace_back(row.name);
+  return names;
+}
+
+void check(const Options &options) {
+  const bool late = options.way == "late";
+  if (late && options.seconds == 0) throw UsageError("how late? Give seconds, as in `spbox daemon DIR late 5`.");
+  if (!late && options.seconds > 0) throw UsageError("only `late` takes seconds.");
 }
 
 }  // namespace
 
-void add_daemon(CLI::App &app, Action &action) {
-  CLI::App *verb = app.add_subcommand("daemon", "Show the box's daemon, or bend how it answers");
+Verb daemon_verb() {
   auto options = std::make_shared<Options>();
-  add_box(verb, options->box);
-  verb->add_option("WAY", options->way, "well, late, silent, dead or garbled")->check(no_way);
-  verb->add_option("SECONDS", options->seconds, "How late")->check(CLI::Range(1, 86400));
-  verb->add_flag("--json", options->as_json, "For scripts");
-  verb->footer(
-      "`spbox run` starts the daemon with the command and ends it after it. How it is\n"
-      "bent counts from the next request on.\n\n"
-      "Examples:\n"
-      "  spbox daemon box                 whether it runs, and how it answers\n"
-      "  spbox daemon box late 5          every answer comes after five seconds\n"
-      "  spbox daemon box silent          no answer comes\n"
-      "  spbox daemon box dead            the connection ends instead\n"
-      "  spbox daemon box garbled         answers are not as long as they say\n"
-      "  spbox daemon box well            as it should be");
-  verb->callback([options, &action] {
-    const bool late = options->way == "late";
-    if (late != (options->seconds > 0)) {
-      throw CLI::ValidationError(late ? "how late? Give seconds: spbox daemon DIR late 5"
-                                      : "only `late` takes seconds");
-    }
-    action = [options] { return daemon(*options); };
-  });
+  return {.name = "daemon",
+          .line = "Show the box's daemon, or bend how it answers",
+          .words = {box_word(options->box),
+                    {.name = "WAY",
+                     .help = "well, late, silent, dead or garbled",
+                     .to = Choice{&options->way, "way to answer", way_names()}},
+                    {.name = "SECONDS", .help = "How late", .to = number(options->seconds, 1, 86400)},
+                    json_option(options->as_json)},
+          .footer =
+              "`spbox run` starts the daemon with the command, and ends it when the command has\n"
+              "ended. It answers the new way from the next request on.\n\n"
+              "Examples:\n"
+              "  spbox daemon box                 whether it runs, and how it answers\n"
+              "  spbox daemon box late 5          every answer comes after five seconds\n"
+              "  spbox daemon box silent          no answer comes\n"
+              "  spbox daemon box dead            the connection ends instead\n"
+              "  spbox daemon box garbled         answers are not as long as they say\n"
+              "  spbox daemon box well            it answers as it should",
+          .check = [options] { check(*options); },
+          .act = [options] { return daemon(*options); }};
 }
 
 }  // namespace spbox

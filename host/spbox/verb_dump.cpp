@@ -1,4 +1,3 @@
-#include <CLI/CLI.hpp>
 #include <cstdio>
 #include <fstream>
 #include <iostream>
@@ -21,9 +20,7 @@ struct Options {
 int dump(const Options &options) {
   const std::string text = dump_of(box::contents_of(box::Place(options.box)));
   if (options.file.empty() || options.file == "-") {
-    if (std::fputs(text.c_str(), stdout) < 0 || std::fflush(stdout) != 0) {
-      throw box::InventoryError("the dump could not be written to standard output.");
-    }
+    std::fputs(text.c_str(), stdout);
     return 0;
   }
   std::ofstream out(options.file, std::ios::binary);
@@ -55,29 +52,36 @@ int load(const Options &options) {
 
 }  // namespace
 
-void add_dump(CLI::App &app, Action &action) {
-  CLI::App *verb = app.add_subcommand("dump", "Write all that the box holds as a text to compare and keep");
+Verb dump_verb() {
   auto options = std::make_shared<Options>();
-  add_box(verb, options->box);
-  verb->add_option("FILE", options->file, "Where to; without it, to standard output");
-  verb->footer(
-      "The databases, the hardware's state and how programs are bent; not the trace and\n"
-      "the log. Rows of zeros are left out. What a command changes between one database\n"
-      "and the next is seen half.\n\n"
-      "Examples:\n"
-      "  spbox dump box before.dump\n"
-      "  spbox dump box | diff before.dump -");
-  verb->callback([options, &action] { action = [options] { return dump(*options); }; });
+  return {.name = "dump",
+          .line = "Write all that the box holds as a text to compare and keep",
+          .words = {box_word(options->box),
+                    {.name = "FILE", .help = "The text; without it, or with -, standard output", .to = &options->file}},
+          .footer =
+              "The text has the databases, the hardware's state and how programs are bent, but\n"
+              "not the trace and the log. It leaves out rows of zeros. The databases are read\n"
+              "one after the other: what a command changes meanwhile may be there in part.\n\n"
+              "Examples:\n"
+              "  spbox dump box before.dump\n"
+              "  spbox dump box | diff before.dump -",
+          .act = [options] { return dump(*options); }};
 }
 
-void add_load(CLI::App &app, Action &action) {
-  CLI::App *verb = app.add_subcommand("load", "Make a box of a dump, taken from a box or from a real server");
+Verb load_verb() {
   auto options = std::make_shared<Options>();
-  verb->add_option("FILE", options->file, "The dump; - for standard input")->required();
-  add_box(verb, options->box);
-  verb->add_flag("--force", options->force, "Make it anew where there is a box already");
-  verb->footer("docs/host-platform.md says how a real server writes a dump.\n\nExample:\n  spbox load before.dump box");
-  verb->callback([options, &action] { action = [options] { return load(*options); }; });
+  return {.name = "load",
+          .line = "Make a box of a dump, taken from a box or from a real server",
+          .words = {{.name = "FILE",
+                     .help = "The dump; - for standard input",
+                     .to = &options->file,
+                     .need = Need::kRequired},
+                    box_word(options->box),
+                    force_option(options->force)},
+          .footer =
+              "docs/host-platform.md says how a real server writes a dump.\n\n"
+              "Example:\n  spbox load before.dump box",
+          .act = [options] { return load(*options); }};
 }
 
 }  // namespace spbox

@@ -1,7 +1,6 @@
 // Plays a script: an operator and technicians who work by themselves.
 #include <unistd.h>
 
-#include <CLI/CLI.hpp>
 #include <algorithm>
 #include <csignal>
 #include <cstdio>
@@ -28,16 +27,10 @@ struct Options {
   std::vector<std::string> values;
 };
 
-// The script makes sense, and the command line does not.
-class UsageError : public std::runtime_error {
- public:
-  using std::runtime_error::runtime_error;
-};
-
-play::Checks checks_of(const CLI::App &app) {
+play::Checks checks() {
   play::Checks checks;
-  for (const CLI::App *verb : app.get_subcommands([](const CLI::App *) { return true; })) {
-    const std::string name = verb->get_name();
+  for (const Verb &verb : all_verbs()) {
+    const std::string &name = verb.name;
     if (name != "create" && name != "run" && name != "play" && name != "load") checks.verbs.push_back(name);
   }
   checks.check_hands = [](const std::string &steps) { parse_technician(steps); };
@@ -48,10 +41,10 @@ bool has(const std::vector<play::Step> &steps, std::string_view verb) {
   return std::any_of(steps.begin(), steps.end(), [&](const auto &step) { return step.form->verb == verb; });
 }
 
-std::vector<play::Step> read(const Options &options, const play::Checks &checks) {
+std::vector<play::Step> read(const Options &options) {
   play::Values values;
   for (const auto &word : options.values) play::add_value(word, values);
-  auto steps = play::read_plan(options.script, values, checks);
+  auto steps = play::read_plan(options.script, values, checks());
   if (!options.picture.empty() && !has(steps, "screen")) {
     throw UsageError(options.script.string() + " shows no screen to be drawn. Write `screen \"what it shows\"`.");
   }
@@ -100,10 +93,10 @@ int perform(const Options &options, const std::vector<play::Step> &steps, int al
   return 0;
 }
 
-int play_script(const Options &options, const play::Checks &checks) {
+int play_script(const Options &options) {
   std::vector<play::Step> steps;
   try {
-    steps = read(options, checks);
+    steps = read(options);
   } catch (const std::exception &wrong) {
     std::fprintf(stderr, "%s\n", wrong.what());
     return kUsage;
@@ -136,29 +129,39 @@ std::string help() {
 
 }  // namespace
 
-void add_play(CLI::App &app, Action &action) {
-  CLI::App *verb = app.add_subcommand("play", "Play an operator and a technician by a script");
+Verb play_verb() {
   auto options = std::make_shared<Options>();
-  verb->add_option("SCRIPT", options->script, "File with the steps, one a line")->required();
-  verb->add_option("NAME=VALUE", options->values, "What $NAME stands for in the script");
-  verb->add_option("--box", options->box, "Play on this box and keep it; made where there is none")->option_text("DIR");
-  verb->add_option("--transcript", options->transcript, "Write there what is printed, with trace and log")
-      ->option_text("FILE");
-  verb->add_option("--picture", options->picture, "Write there the screens, as a moving SVG")->option_text("FILE");
-  verb->footer(help() +
-               "\nA word in quotes keeps its blanks and knows \\n \\t \\r \\e \\\" \\\\ and\n"
-               "bytes in octal, such as \\003. $NAME in a word stands for a value, $$ for a\n"
-               "dollar. # begins a comment. All scripts are read and checked before the first\n"
-               "step.\n\n"
-               "Without --box, the box is gone after the play. Exit status: 0 played to its\n"
-               "end, 1 a step failed, 2 the script or the command line makes no sense.\n\n"
-               "Examples:\n"
-               "  spbox play replace.play\n"
-               "  spbox play replace.play --box box --transcript replace.txt\n"
-               "  spbox play replace.play UNIT=/PSU#3 --picture replace.svg");
-  verb->callback([options, &app, &action] {
-    action = [options, checks = checks_of(app)] { return play_script(*options, checks); };
-  });
+  return {.name = "play",
+          .line = "Play an operator and a technician by a script",
+          .words = {{.name = "SCRIPT",
+                     .help = "File with the steps, one a line",
+                     .to = &options->script,
+                     .need = Need::kRequired},
+                    {.name = "NAME=VALUE", .help = "What $NAME stands for in the script", .to = &options->values},
+                    {.name = "--box",
+                     .help = "Play on this box and keep it; made if there is none",
+                     .to = &options->box,
+                     .value = "DIR"},
+                    {.name = "--transcript",
+                     .help = "Keep there what is printed, with trace and log",
+                     .to = &options->transcript,
+                     .value = "FILE"},
+                    {.name = "--picture",
+                     .help = "Keep there the screens, as a moving SVG",
+                     .to = &options->picture,
+                     .value = "FILE"}},
+          .footer = help() +
+                    "\nA word in quotes keeps its blanks and knows \\n \\t \\r \\e \\\" \\\\ and\n"
+                    "bytes in octal, such as \\003. $NAME in a word stands for a value, $$ for a\n"
+                    "dollar. # begins a comment. All scripts are read and checked before the first\n"
+                    "step.\n\n"
+                    "Without --box, the box is gone after the play. Exit status: 0 played to its\n"
+                    "end, 1 a step failed, 2 the script or the command line makes no sense.\n\n"
+                    "Examples:\n"
+                    "  spbox play replace.play\n"
+                    "  spbox play replace.play --box box --transcript replace.txt\n"
+                    "  spbox play replace.play UNIT=/PSU#3 --picture replace.svg",
+          .act = [options] { return play_script(*options); }};
 }
 
 }  // namespace spbox

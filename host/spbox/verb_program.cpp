@@ -1,4 +1,3 @@
-#include <CLI/CLI.hpp>
 #include <algorithm>
 #include <cstdio>
 #include <memory>
@@ -80,58 +79,64 @@ int program(const Options &options) {
   const box::Place place(options.box);
   box::model_of_box(place);  // says what is wrong where this is no box
   box::Hardware hardware(place);
-  box::Bend bend = options.bend;
-  if (!options.die.empty()) bend.die = box::signal_number(options.die);
-  const bool changes = options.reset || !bend.straight();
+  const bool changes = options.reset || !options.bend.straight();
   if (options.name.empty() && changes) {
     throw box::InventoryError("no program is named. `spbox program " + box::quoted(place.root()) + "` lists them.");
   }
-  if (changes) hardware.set_bend(options.name, bend);
+  if (changes) hardware.set_bend(options.name, options.bend);
   print(hardware, options.name.empty() ? program_names() : std::vector{options.name}, options.as_json);
   return 0;
 }
 
-// Validators: what is wrong, or nothing.
-std::string no_program(const std::string &text) {
-  const std::vector<std::string> names = program_names();
-  if (std::find(names.begin(), names.end(), text) != names.end()) return "";
-  return "there is no control program " + text + ". `spbox program DIR` lists them";
-}
-
-std::string no_signal(const std::string &text) {
-  return box::signal_number(text) > 0 ? "" : "there is no signal " + text + ". Give a name such as TERM, or a number";
+void check(Options &options) {
+  if (options.die.empty()) return;
+  options.bend.die = box::signal_number(options.die);
+  if (*options.bend.die > 0) return;
+  throw UsageError("there is no signal `" + options.die + "`. Give a name such as TERM, or a number.");
 }
 
 }  // namespace
 
-void add_program(CLI::App &app, Action &action) {
-  CLI::App *verb = app.add_subcommand("program", "Show a control program, or bend what it does");
+Verb program_verb() {
   auto options = std::make_shared<Options>();
-  add_box(verb, options->box);
-  verb->add_option("NAME", options->name, "Control program; without it, all are shown")->check(no_program);
-  auto *exit =
-      verb->add_option("--exit", options->bend.exit, "Ends with this status, not acting; with --hang, at SIGTERM");
-  exit->option_text("STATUS")->check(CLI::Range(0, 255));
-  auto *delay = verb->add_option("--delay", options->bend.delay, "Waits so many seconds first");
-  delay->option_text("SECONDS")->check(CLI::Range(1, 86400));
-  auto *hang = verb->add_flag("--hang", options->bend.hang, "Never ends");
-  auto *term = verb->add_flag("--ignore-term", options->bend.ignore_term, "Does not end at SIGTERM");
-  auto *die = verb->add_option("--die", options->die, "Dies by this signal instead of acting");
-  die->option_text("SIGNAL")->check(no_signal);
-  auto *reset = verb->add_flag("--reset", options->reset, "Makes it straight again");
-  for (CLI::Option *option : {exit, delay, hang, term, die}) reset->excludes(option);
-  die->excludes(exit);
-  die->excludes(hang);
-  verb->add_flag("--json", options->as_json, "For scripts");
-  verb->footer(
-      "What is given replaces how the program was bent before. Several may be given\ntogether, but not --die with "
-      "--exit or --hang.\n\n"
-      "Examples:\n"
-      "  spbox program box                      all programs and their last runs\n"
-      "  spbox program box ctlled --exit 206    the LED is not switched\n"
-      "  spbox program box ctlmainte --hang --ignore-term\n"
-      "  spbox program box ctlled --reset");
-  verb->callback([options, &action] { action = [options] { return program(*options); }; });
+  box::Bend &bend = options->bend;
+  return {.name = "program",
+          .line = "Show a control program, or bend what it does",
+          .words = {box_word(options->box),
+                    {.name = "NAME",
+                     .help = "The control program; without it, all are shown",
+                     .to = Choice{&options->name, "control program", program_names()}},
+                    {.name = "--exit",
+                     .help = "It does nothing and ends with this status; with --hang, at\n"
+                             "SIGTERM",
+                     .to = number(bend.exit, 0, 255),
+                     .value = "STATUS"},
+                    {.name = "--delay",
+                     .help = "It waits so long first",
+                     .to = number(bend.delay, 1, 86400),
+                     .value = "SECONDS"},
+                    {.name = "--hang", .help = "It never ends", .to = &bend.hang},
+                    {.name = "--ignore-term", .help = "It does not end at SIGTERM", .to = &bend.ignore_term},
+                    {.name = "--die",
+                     .help = "It does nothing and dies by this signal",
+                     .to = &options->die,
+                     .value = "SIGNAL",
+                     .excludes = {"--exit", "--hang"}},
+                    {.name = "--reset",
+                     .help = "It does again what it should",
+                     .to = &options->reset,
+                     .excludes = {"--exit", "--delay", "--hang", "--ignore-term", "--die"}},
+                    json_option(options->as_json)},
+          .footer =
+              "What is given replaces how the program was bent before. Several options may be\n"
+              "given together, but not --die with --exit or --hang.\n\n"
+              "Examples:\n"
+              "  spbox program box                      all programs and their last runs\n"
+              "  spbox program box ctlled --exit 206    the LED is not switched\n"
+              "  spbox program box ctlmainte --hang --ignore-term\n"
+              "  spbox program box ctlled --reset",
+          .check = [options] { check(*options); },
+          .act = [options] { return program(*options); }};
 }
 
 }  // namespace spbox

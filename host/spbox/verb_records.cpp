@@ -1,5 +1,4 @@
 // What commands left behind in the box: the trace and the log.
-#include <CLI/CLI.hpp>
 #include <cstdio>
 #include <memory>
 #include <nlohmann/json.hpp>
@@ -119,30 +118,35 @@ int log(const Options &options) {
   return 0;
 }
 
-std::shared_ptr<Options> add_common(CLI::App *verb) {
-  auto options = std::make_shared<Options>();
-  add_box(verb, options->box);
-  verb->add_option("--last", options->last, "The last so many only")->option_text("COUNT")->check(CLI::Range(1, 65536));
-  verb->add_flag("--json", options->as_json, "For scripts");
-  return options;
+Word last_option(Options &options) {
+  return {.name = "--last", .help = "Only so many, the newest", .to = number(options.last, 1, 65536), .value = "COUNT"};
 }
 
 }  // namespace
 
-void add_trace(CLI::App &app, Action &action) {
-  CLI::App *verb = app.add_subcommand("trace", "Show what the library recorded, in words");
-  auto options = add_common(verb);
-  verb->add_flag("--errors", options->errors, "Errors only");
-  verb->footer("The ring holds the last 65536 records of all commands.\n\nExamples:\n  spbox trace box --last 20\n" +
-               std::string("  spbox trace box --errors"));
-  verb->callback([options, &action] { action = [options] { return trace(*options); }; });
+Verb trace_verb() {
+  auto options = std::make_shared<Options>();
+  return {.name = "trace",
+          .line = "Show what the library recorded, in words",
+          .words = {box_word(options->box),
+                    last_option(*options),
+                    json_option(options->as_json),
+                    {.name = "--errors", .help = "Only errors", .to = &options->errors}},
+          .footer =
+              "The trace keeps the last 65536 records of all commands.\n\n"
+              "Examples:\n"
+              "  spbox trace box --last 20\n"
+              "  spbox trace box --errors",
+          .act = [options] { return trace(*options); }};
 }
 
-void add_log(CLI::App &app, Action &action) {
-  CLI::App *verb = app.add_subcommand("log", "Show the service processor's log, in words");
-  auto options = add_common(verb);
-  verb->footer("Example:\n  spbox log box --json");
-  verb->callback([options, &action] { action = [options] { return log(*options); }; });
+Verb log_verb() {
+  auto options = std::make_shared<Options>();
+  return {.name = "log",
+          .line = "Show the service processor's log, in words",
+          .words = {box_word(options->box), last_option(*options), json_option(options->as_json)},
+          .footer = "Example:\n  spbox log box --json",
+          .act = [options] { return log(*options); }};
 }
 
 }  // namespace spbox

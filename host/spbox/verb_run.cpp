@@ -2,7 +2,6 @@
 #include <sys/socket.h>
 #include <unistd.h>
 
-#include <CLI/CLI.hpp>
 #include <array>
 #include <cerrno>
 #include <csignal>
@@ -20,6 +19,7 @@
 #include "host/box/number.h"
 #include "host/spbox/daemon_process.h"
 #include "host/spbox/enclosure.h"
+#include "host/spbox/enter_box.h"
 #include "host/spbox/verbs.h"
 
 namespace spbox {
@@ -227,7 +227,6 @@ std::string cannot_run(const std::string &program, int error) {
 
 }  // namespace
 
-// Arguments: the descriptor that waits for the process id, a letter for each signal, and the command.
 int enter_box(int argc, char **argv) {
   if (argc < 3) return kUsage;
   const auto fd = box::number_in<int>(argv[0]);
@@ -249,30 +248,34 @@ int enter_box(int argc, char **argv) {
   return error == ENOENT ? 127 : 126;
 }
 
-void add_run(CLI::App &app, Action &action, const std::vector<std::string> &command) {
-  CLI::App *verb = app.add_subcommand("run", "Run a command in the box, on this terminal");
+Verb run_verb() {
   struct Options {
     fs::path box;
     bool no_pager = false;
-    std::vector<std::string> command;  // for the help: it is taken before the line is parsed
+    std::vector<std::string> command;
   };
   auto options = std::make_shared<Options>();
-  add_box(verb, options->box);
-  verb->add_option("COMMAND", options->command, "The command and its arguments; -- may stand before it");
-  verb->add_flag("--no-pager", options->no_pager, "With a /bin/busybox that cannot be run, so without a pager");
-  verb->footer(
-      "The command sees the workstation read only, the box's databases, programs and\n"
-      "times as /mgb, and the box's own /tmp. Of the workstation's /tmp only what holds\n"
-      "the program, the working folder or spbox is there. The exit status is the\n"
-      "command's own; 128 and the signal's number when a signal ended it.\n\n"
-      "Examples:\n"
-      "  spbox run box ./replace_unit\n"
-      "  spbox run box /mgb/bin/ctlled -u /PSU#0 -c blink\n"
-      "  spbox run box sh                         look around");
-  verb->callback([options, &action, &command] {
-    if (command.empty()) throw CLI::ValidationError("no command is given, as in: spbox run DIR ls");
-    action = [options, &command] { return run(options->box, !options->no_pager, command); };
-  });
+  return {.name = "run",
+          .line = "Run a command in the box, on this terminal",
+          .words = {box_word(options->box),
+                    {.name = "COMMAND",
+                     .help = "The command and its arguments; -- may stand before it",
+                     .to = Rest{&options->command},
+                     .need = Need::kRequired},
+                    {.name = "--no-pager",
+                     .help = "Without a pager: /bin/busybox cannot be run",
+                     .to = &options->no_pager}},
+          .footer =
+              "The command sees the workstation, but cannot write there. It has the box's\n"
+              "databases, programs and times as /mgb, and the box's own /tmp. Of the\n"
+              "workstation's /tmp it sees only what holds the program, the working folder or\n"
+              "spbox. The exit status is the command's own, or 128 and the number of the\n"
+              "signal that ended it.\n\n"
+              "Examples:\n"
+              "  spbox run box ./replace_unit\n"
+              "  spbox run box /mgb/bin/ctlled -u /PSU#0 -c blink\n"
+              "  spbox run box sh                         look around",
+          .act = [options] { return run(options->box, !options->no_pager, options->command); }};
 }
 
 }  // namespace spbox

@@ -1,5 +1,4 @@
 // One unit, and where it is written down.
-#include <CLI/CLI.hpp>
 #include <cstdio>
 #include <memory>
 #include <optional>
@@ -124,14 +123,16 @@ int show(const Options &options) {
 
 }  // namespace
 
-void add_show(CLI::App &app, Action &action) {
-  CLI::App *verb = app.add_subcommand("show", "Show one unit, and where it is written down");
+Verb show_verb() {
   auto options = std::make_shared<Options>();
-  add_box(verb, options->box);
-  verb->add_option("UNIT", options->unit, "Its location, such as /PSU#3")->required();
-  verb->add_flag("--json", options->as_json, "For scripts");
-  verb->footer("Example:\n  spbox show box /PSU#3");
-  verb->callback([options, &action] { action = [options] { return show(*options); }; });
+  return {
+      .name = "show",
+      .line = "Show one unit, and the records that hold it",
+      .words = {box_word(options->box),
+                {.name = "UNIT", .help = "Its location, such as /PSU#3", .to = &options->unit, .need = Need::kRequired},
+                json_option(options->as_json)},
+      .footer = "Example:\n  spbox show box /PSU#3",
+      .act = [options] { return show(*options); }};
 }
 
 }  // namespace spbox

@@ -1,6 +1,5 @@
 #include <unistd.h>
 
-#include <CLI/CLI.hpp>
 #include <cstdio>
 #include <fstream>
 #include <iterator>
@@ -39,44 +38,55 @@ int technician(const Options &options) {
   return 0;
 }
 
+void check(const Options &options) {
+  if (options.script.empty() && options.steps.empty()) {
+    throw UsageError("no steps are given. Name a SCRIPT, or give them with --do.");
+  }
+}
+
 }  // namespace
 
-void add_technician(CLI::App &app, Action &action) {
-  CLI::App *verb = app.add_subcommand("technician", "Hands that pull and insert units while a command runs");
+Verb technician_verb() {
   auto options = std::make_shared<Options>();
-  add_box(verb, options->box);
-  auto *script = verb->add_option("SCRIPT", options->script, "File with the steps, one a line");
-  auto *steps =
-      verb->add_option("--do", options->steps, "The steps themselves, parted by semicolons")->option_text("STEPS");
-  script->excludes(steps);
-  verb->add_option("--limit", options->limit, "What a step waits at most; 600 without it")
-      ->check(CLI::Range(1, 86400))
-      ->option_text("SECONDS");
-  verb->add_option("--ready-fd", options->ready_fd, "A byte comes there once the hands are at work")->option_text("FD");
-  verb->footer(
-      "Steps:\n"
-      "  after 3                           wait three seconds\n"
-      "  when led /PSU#3 blink             wait until the LED is off, on or blinks\n"
-      "  when flag /PSU#3 start            until the maintenance flag is set, or `end`\n"
-      "  when detached /PSU#3 yes          until the unit is out of operation, or `no`\n"
-      "  when mode lock                    until maintenance mode is on, or `unlock`\n"
-      "  when trace FUNCTION [EVENT]       until the library records it, as in\n"
-      "                                    `spbox trace`: lmainte_chk_fru_install entry\n"
-      "  when text FILE TEXT               until the file holds the text\n"
-      "  pull UNIT...                      and insert, fault, degrade, repair\n"
-      "  flicker UNIT TIMES SECONDS        so many times out or in, so far apart\n"
-      "  # a comment                       also behind a step, to the line's end\n"
-      "Of the trace, a step looks at what came after the record that the last such step\n"
-      "has found, or after the beginning. All units are looked up before the first step.\n\n"
-      "Examples:\n"
-      "  spbox technician box hands.txt &\n"
-      "  spbox technician box --do 'when flag /PSU#3 start; after 2; pull /PSU#3' &");
-  verb->callback([options, &action] {
-    if (options->script.empty() == options->steps.empty()) {
-      throw CLI::ValidationError("no steps are given: name a SCRIPT, or give them with --do");
-    }
-    action = [options] { return technician(*options); };
-  });
+  return {.name = "technician",
+          .line = "Pull and insert units by a script while a command runs",
+          .words = {box_word(options->box),
+                    {.name = "SCRIPT",
+                     .help = "File with the steps, one a line",
+                     .to = &options->script,
+                     .excludes = {"--do"}},
+                    {.name = "--do",
+                     .help = "The steps themselves, with semicolons between them",
+                     .to = &options->steps,
+                     .value = "STEPS"},
+                    {.name = "--limit",
+                     .help = "How long a step waits at most; 600 without it",
+                     .to = number(options->limit, 1, 86400),
+                     .value = "SECONDS"},
+                    {.name = "--ready-fd",
+                     .help = "A byte is written there when the first step begins",
+                     .to = number(options->ready_fd, 0, 65535),
+                     .value = "FD"}},
+          .footer =
+              "Steps:\n"
+              "  after 3                           wait three seconds\n"
+              "  when led /PSU#3 blink             wait until the LED is off, on or blinks\n"
+              "  when flag /PSU#3 start            until the maintenance flag is set, or `end`\n"
+              "  when detached /PSU#3 yes          until the unit is out of operation, or `no`\n"
+              "  when mode lock                    until maintenance mode is on, or `unlock`\n"
+              "  when trace FUNCTION [EVENT]       until the library records it, as in\n"
+              "                                    `spbox trace`: lmainte_chk_fru_install entry\n"
+              "  when text FILE TEXT               until the file holds the text\n"
+              "  pull UNIT...                      and insert, fault, degrade, repair\n"
+              "  flicker UNIT TIMES SECONDS        so many times out or in, so far apart\n"
+              "  # a comment                       also behind a step, to the line's end\n"
+              "All units are looked up before the first step. `when trace` looks at what was\n"
+              "recorded after the record that the last such step found, or after the beginning.\n\n"
+              "Examples:\n"
+              "  spbox technician box hands.txt &\n"
+              "  spbox technician box --do 'when flag /PSU#3 start; after 2; pull /PSU#3' &",
+          .check = [options] { check(*options); },
+          .act = [options] { return technician(*options); }};
 }
 
 }  // namespace spbox

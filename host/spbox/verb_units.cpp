@@ -1,4 +1,3 @@
-#include <CLI/CLI.hpp>
 #include <cstdio>
 #include <map>
 #include <memory>
@@ -158,20 +157,22 @@ int units(const Options &options) {
 
 }  // namespace
 
-void add_units(CLI::App &app, Action &action) {
-  CLI::App *verb = app.add_subcommand("units", "List the units, each with state, LED and maintenance flag");
+Verb units_verb() {
   auto options = std::make_shared<Options>();
-  add_box(verb, options->box);
-  verb->add_option("UNIT", options->units, "Only these, with what sits on them");
-  verb->add_flag("--json", options->as_json, "For scripts");
-  verb->footer(
-      "Below them come extended system boards, domains, and what control programs\n"
-      "have set that is of no unit in the list, such as the LED of a fan backplane.\n\n"
-      "Examples:\n"
-      "  spbox units box\n"
-      "  spbox units box /CMU#0\n"
-      "  spbox units box --json | jq '.units[] | select(.state != \"Normal\")'");
-  verb->callback([options, &action] { action = [options] { return units(*options); }; });
+  return {.name = "units",
+          .line = "List the units, each with state, LED and maintenance flag",
+          .words = {box_word(options->box),
+                    {.name = "UNIT", .help = "List only these, with what sits on them", .to = &options->units},
+                    json_option(options->as_json)},
+          .footer =
+              "Below the units come extended system boards and domains, and then what control\n"
+              "programs have set for units that are not in the list, such as the LED of a fan\n"
+              "backplane.\n\n"
+              "Examples:\n"
+              "  spbox units box\n"
+              "  spbox units box /CMU#0\n"
+              "  spbox units box --json | jq '.units[] | select(.state != \"Normal\")'",
+          .act = [options] { return units(*options); }};
 }
 
 }  // namespace spbox

@@ -1,57 +1,160 @@
+#include <fstream>
 #include <sstream>
 
+#include "host/spbox/spelling.h"
+#include "host/spbox/verbs.h"
 #include "tests/host/spbox/spbox_test.h"
 
 namespace {
 
-class CommandLine : public SpboxTest {};
+namespace fs = std::filesystem;
 
-TEST_F(CommandLine, ThatMakesNoSenseIsExitStatusTwo) {
+struct WrongRow {
+  Words line;
+  const char *says;
+};
+
+const WrongRow kWrong[] = {
+    {{}, "give a verb, as in `spbox create box --model qe1`. `spbox help` lists the verbs."},
+    {{"frob"}, "there is no verb `frob`. `spbox help` lists the verbs."},
+    {{"unit", "box"}, "there is no verb `unit`. Did you mean `units`? `spbox help` lists the verbs."},
+    {{"craete", "x"}, "there is no verb `craete`. Did you mean `create`? `spbox help` lists the verbs."},
+    {{"help", "frob"}, "there is no verb `frob`. `spbox help` lists the verbs."},
+    {{"--versoin"}, "there is no option --versoin. Did you mean `--version`? `spbox help` lists the verbs."},
+    {{"create", "x"},
+     "--model is missing, as in `spbox create [OPTIONS] DIR --model MODEL`. `spbox help create` says more."},
+    {{"create", "x", "--model", "qz"},
+     "there is no model `qz`. Give qa, qb1, qb2, qe1, qe2 or qe3. `spbox help create` says more."},
+    {{"create", "x", "--model"}, "--model takes a value: --model MODEL. `spbox help create` says more."},
+    {{"create", "x", "--model", "qa", "--model", "qb1"}, "--model is given twice. `spbox help create` says more."},
+    {{"units"}, "DIR is missing, as in `spbox units [OPTIONS] DIR [UNIT...]`. `spbox help units` says more."},
+    {{"units", "box", "--jsn"},
+     "`spbox units` has no option --jsn. Did you mean `--json`? `spbox help units` says more."},
+    {{"units", "box", "--xml=yes"}, "`spbox units` has no option --xml. `spbox help units` says more."},
+    {{"units", "box", "--json=yes"}, "--json takes no value. `spbox help units` says more."},
+    {{"show", "box"}, "UNIT is missing, as in `spbox show [OPTIONS] DIR UNIT`. `spbox help show` says more."},
+    {{"show", "box", "/PSU#0", "/PSU#1"},
+     "`/PSU#1` is one word too many for `spbox show [OPTIONS] DIR UNIT`. `spbox help show` says more."},
+    {{"pull", "box"}, "UNIT is missing, as in `spbox pull DIR UNIT...`. `spbox help pull` says more."},
+    {{"run", "box"}, "COMMAND is missing, as in `spbox run [OPTIONS] DIR COMMAND...`. `spbox help run` says more."},
+    {{"run", "box", "--"},
+     "COMMAND is missing, as in `spbox run [OPTIONS] DIR COMMAND...`. `spbox help run` says more."},
+    {{"run", "--no-pagr", "box", "ls"},
+     "`spbox run` has no option --no-pagr. Did you mean `--no-pager`? `spbox help run` says more."},
+    {{"break", "box", "/PSU#0"},
+     "how is the record to be broken? Give --missing, --short or --long. `spbox help break` says more."},
+    {{"break", "box", "--short"}, "no unit and no record is named. `spbox help break` says more."},
+    {{"break", "box", "/PSU#0", "--short", "--long"},
+     "--short and --long cannot be given together. `spbox help break` says more."},
+    {{"load", "x.dump"}, "DIR is missing, as in `spbox load [OPTIONS] FILE DIR`. `spbox help load` says more."},
+    {{"dump"}, "DIR is missing, as in `spbox dump DIR [FILE]`. `spbox help dump` says more."},
+    {{"trace", "box", "--last", "0"}, "--last takes a number from 1 to 65536, not `0`. `spbox help trace` says more."},
+    {{"trace", "box", "--last", "many"},
+     "--last takes a number from 1 to 65536, not `many`. `spbox help trace` says more."},
+    {{"trace", "box", "--last=\x1b[2J"},
+     "--last takes a number from 1 to 65536, not `\\x1B[2J`. `spbox help trace` says more."},
+    {{"daemon", "box", "late"},
+     "how late? Give seconds, as in `spbox daemon DIR late 5`. `spbox help daemon` says more."},
+    {{"play", "x", "--box", ""},
+     "--box is empty. Is a variable not set? The current folder is a dot. `spbox help play` says more."},
+};
+
+class CommandLine : public SpboxTest {
+ protected:
+  // The exit status of spbox when what it prints goes to a file that takes nothing, and what it says about it.
+  Done into_full_file(const Words &words) const {
+    std::string line = "cd " + scratch_.path().string() + " && exec " SPBOX;
+    for (const std::string &word : words) line += " " + box::quoted(word);
+    return run_to_end({"/bin/sh", "-c", line + " 2>&1 >/dev/full"});
+  }
+};
+
+TEST_F(CommandLine, ThatMakesNoSenseIsExitStatusTwoAndASentence) {
   make_box("qa");
-  const std::vector<Words> lines{{},
-                                 {"frob"},
-                                 {"create", "x"},
-                                 {"create", "x", "--model", "qz"},
-                                 {"units"},
-                                 {"units", "box", "--jsn"},
-                                 {"show", "box"},
-                                 {"show", "box", "/PSU#0", "/PSU#1"},
-                                 {"pull", "box"},
-                                 {"run", "box"},
-                                 {"run", "box", "--"},
-                                 {"break", "box", "/PSU#0"},
-                                 {"break", "box", "--short"},
-                                 {"break", "box", "/PSU#0", "--short", "--long"},
-                                 {"load", "x.dump"},
-                                 {"dump"},
-                                 {"trace", "box", "--last", "0"},
-                                 {"trace", "box", "--last", "many"}};
-  for (const Words &line : lines) {
-    const Done result = spbox(line);
-    EXPECT_EQ(result.exit_status, 2) << (line.empty() ? "" : line.front()) << ": " << result.output;
-    EXPECT_TRUE(result.output.starts_with("spbox: ")) << result.output;
-    EXPECT_NE(result.output.find("spbox --help"), std::string::npos) << result.output;
+  for (const WrongRow &row : kWrong) {
+    const Done result = spbox(row.line);
+    EXPECT_EQ(result.exit_status, 2) << row.says;
+    EXPECT_EQ(result.output, "spbox: " + std::string(row.says) + "\n");
   }
 }
 
-TEST_F(CommandLine, NamesAVerbThatDoesNotExist) {
-  EXPECT_NE(spbox({"frob", "box"}).output.find("there is no verb frob"), std::string::npos);
+// As from a shell in which a variable is not set: the current folder is not meant.
+TEST_F(CommandLine, WithAnEmptyDirIsRefusedByEveryVerb) {
+  write("letter", "dear");
+  for (const spbox::Verb &verb : spbox::all_verbs()) {
+    Words line{verb.name};
+    for (const spbox::Word &word : verb.words) {
+      if (word.is_option() && word.need == spbox::Need::kOptional) continue;
+      if (word.is_option()) line.push_back(word.name);
+      line.push_back(word.name == "DIR" ? "" : word.name == "--model" ? "qa" : "letter");
+    }
+    if (verb.name == "create") line.push_back("--force");
+    if (verb.name == "play") line.insert(line.end(), {"--box", ""});
+    if (verb.name == "daemon") line = {"daemon", ""};
+    if (verb.name == "program") line = {"program", ""};
+    const Done result = spbox(line);
+    EXPECT_EQ(result.exit_status, 2) << verb.name;
+    EXPECT_NE(result.output.find(" is empty. Is a variable not set?"), std::string::npos) << result.output;
+  }
+  EXPECT_FALSE(fs::exists(scratch_ / "mgb"));
+  EXPECT_TRUE(fs::exists(scratch_ / "letter"));
+}
+
+TEST_F(CommandLine, IsAFailureWhereItsOutputCannotBeWritten) {
+  make_box("qa");
+  done({"dump", "box", "box.dump"});
+  write("say.play", "box qa\nsay \"word\"\n");
+  const std::vector<Words> lines{{"help"},
+                                 {"--version"},
+                                 {"units", "--help"},
+                                 {"create", "other", "--model", "qa"},
+                                 {"units", "box"},
+                                 {"units", "box", "--json"},
+                                 {"show", "box", "/PSU#0"},
+                                 {"pull", "box", "/PSU#0"},
+                                 {"technician", "box", "--do", "insert /PSU#0"},
+                                 {"play", "say.play"},
+                                 {"program", "box"},
+                                 {"daemon", "box", "--json"},
+                                 {"break", "box"},
+                                 {"mend", "box"},
+                                 {"trace", "box"},
+                                 {"trace", "box", "--json"},
+                                 {"log", "box"},
+                                 {"dump", "box"},
+                                 {"load", "box.dump", "third"}};
+  for (const Words &line : lines) {
+    const Done result = into_full_file(line);
+    EXPECT_EQ(result.exit_status, 1) << line.front();
+    EXPECT_TRUE(result.output.starts_with("spbox: the output cannot be written")) << line.front() << result.output;
+    EXPECT_EQ(std::count(result.output.begin(), result.output.end(), '\n'), 1) << result.output;
+  }
 }
 
 TEST_F(CommandLine, HelpsWithExamplesForEveryVerb) {
-  EXPECT_NE(done({"--help"}).find("spbox create box --model qe1"), std::string::npos);
-  for (const char *verb : {"create", "run", "units", "show", "pull", "insert", "fault", "degrade", "repair", "program",
-                           "break", "mend", "trace", "log", "dump", "load"}) {
-    EXPECT_NE(done({verb, "--help"}).find("Example"), std::string::npos) << verb;
+  const std::string all = done({"--help"});
+  EXPECT_NE(all.find("spbox create box --model qe1"), std::string::npos);
+  EXPECT_EQ(done({"help"}), all);
+  EXPECT_EQ(done({"-h"}), all);
+  for (const spbox::Verb &verb : spbox::all_verbs()) {
+    EXPECT_NE(all.find("\n  " + verb.name + " "), std::string::npos) << verb.name;
+    const std::string help = done({verb.name, "--help"});
+    EXPECT_NE(help.find("Example"), std::string::npos) << verb.name;
+    EXPECT_EQ(done({"help", verb.name}), help);
   }
 }
 
 TEST_F(CommandLine, FitsATerminalOf80ColumnsInEveryHelp) {
-  for (const char *verb : {"", "create", "run", "units", "show", "pull", "insert", "fault", "degrade", "repair",
-                           "program", "break", "mend", "trace", "log", "dump", "load"}) {
-    std::istringstream help(*verb == '\0' ? done({"--help"}) : done({verb, "--help"}));
-    for (std::string line; std::getline(help, line);) EXPECT_LE(line.size(), 80u) << verb << ": " << line;
+  std::vector<Words> lines{{"help"}};
+  for (const spbox::Verb &verb : spbox::all_verbs()) lines.push_back({"help", verb.name});
+  for (const Words &words : lines) {
+    std::istringstream help(done(words));
+    for (std::string line; std::getline(help, line);) EXPECT_LE(line.size(), 80u) << words.back() << ": " << line;
   }
+}
+
+TEST_F(CommandLine, TellsTheVersion) {
+  EXPECT_EQ(done({"--version"}), "spbox " VERSION "\n");
 }
 
 TEST_F(CommandLine, NeedsABoxForEveryVerbButCreate) {
@@ -67,6 +170,16 @@ TEST_F(CommandLine, NeedsABoxForEveryVerbButCreate) {
                                               {"run", "no", "--", "true"}}) {
     EXPECT_EQ(refused(line), "spbox: no is no box. `spbox create no --model MODEL` makes one.\n") << line.front();
   }
+}
+
+TEST(Spelling, NamesWhatIsOneOrTwoKeysAway) {
+  const Words names{"units", "create", "log", "load"};
+  const struct {
+    const char *word, *meant;
+  } rows[] = {{"unit", "units"},   {"uints", "units"}, {"unitss", "units"},    {"umits", "units"},
+              {"crate", "create"}, {"lgo", "log"},     {"laod", "load"},       {"something", ""},
+              {"x", ""},           {"", ""},           {"createss", "create"}, {"creations", ""}};
+  for (const auto &row : rows) EXPECT_EQ(spbox::nearest(row.word, names), row.meant) << row.word;
 }
 
 }  // namespace

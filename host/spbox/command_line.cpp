@@ -1,0 +1,174 @@
+#include "host/spbox/command_line.h"
+
+#include <CLI/CLI.hpp>
+#include <algorithm>
+
+#include "host/box/number.h"
+#include "host/spbox/help.h"
+#include "host/spbox/spelling.h"
+
+namespace spbox {
+namespace {
+
+using Words = std::vector<std::string>;
+
+[[noreturn]] void refuse(const std::string &what) {
+  throw UsageError(what);
+}
+
+// What was given for a row: its values, or none where it was not given.
+struct Given {
+  const Word *row;
+  Words values;
+  CLI::Option *option;
+};
+
+bool is_option(const std::string &word) {
+  return word.size() > 1 && word.front() == '-';
+}
+
+// Takes the words of another program off the line: they begin behind the words that have their place before them, or
+// behind "--".
+Words take_rest(const Verb &verb, Words &line) {
+  const auto is_rest = [](const Word &row) { return std::holds_alternative<Rest>(row.to); };
+  const auto row = std::find_if(verb.words.begin(), verb.words.end(), is_rest);
+  if (row == verb.words.end()) return {};
+  auto before = std::count_if(verb.words.begin(), row, [](const Word &word) { return !word.is_option(); });
+  auto at = line.begin();
+  for (; at != line.end() && *at != "--" && (before > 0 || is_option(*at)); ++at) {
+    if (!is_option(*at)) --before;
+  }
+  Words rest(at, line.end());
+  line.erase(at, line.end());
+  if (!rest.empty() && rest.front() == "--") rest.erase(rest.begin());
+  return rest;
+}
+
+Words option_names(const Verb &verb) {
+  Words names{"--help"};
+  for (const Word &row : verb.words) {
+    if (row.is_option()) names.push_back(row.name);
+  }
+  return names;
+}
+
+// What the parser could not place: options that there are not come before words too many.
+void refuse_leftovers(const Verb &verb, const Words &left) {
+  const auto option = std::find_if(left.begin(), left.end(), is_option);
+  if (option != left.end()) {
+    const std::string name = option->substr(0, option->find('='));
+    refuse("`spbox " + verb.name + "` has no option " + name + "." + did_you_mean(name, option_names(verb)));
+  }
+  if (!left.empty()) refuse("`" + left.front() + "` is one word too many for `" + usage_of(verb) + "`.");
+}
+
+// A line ends behind an option that takes a value, or a value is given to one that takes none.
+void refuse_mismatch(const Verb &verb, const Words &line) {
+  for (const Word &row : verb.words) {
+    if (!row.value.empty() && line.back() == row.name)
+      refuse(row.name + " takes a value: " + row.name + " " + row.value + ".");
+    for (const std::string &word : line) {
+      if (row.value.empty() && word.starts_with(row.name + "=")) refuse(row.name + " takes no value.");
+    }
+  }
+  refuse("`" + usage_of(verb) + "` is how it is written.");
+}
+
+// Puts what was given for a row where it goes.
+class Taking {
+ public:
+  explicit Taking(const Given &given) : name_(given.row->name), values_(given.values) {}
+
+  void operator()(bool *to) const { *to = true; }
+  void operator()(std::string *to) const { *to = values_.back(); }
+  void operator()(Words *to) const { *to = values_; }
+  void operator()(const Rest &rest) const { *rest.to = values_; }
+  void operator()(std::filesystem::path *to) const {
+    if (values_.back().empty()) refuse(name_ + " is empty. Is a variable not set? The current folder is a dot.");
+    *to = values_.back();
+  }
+  void operator()(const Number &number) const {
+    const auto value = box::number_in<std::int64_t>(values_.back());
+    if (!value || *value < number.least || *value > number.most) {
+      refuse(name_ + " takes a number from " + std::to_string(number.least) + " to " + std::to_string(number.most) +
+             ", not `" + values_.back() + "`.");
+    }
+    number.take(*value);
+  }
+  void operator()(const Choice &choice) const {
+    const std::string &value = values_.back();
+    if (std::find(choice.names.begin(), choice.names.end(), value) == choice.names.end()) {
+      refuse("there is no " + choice.what + " `" + value + "`. Give " + one_of(choice.names) + ".");
+    }
+    *choice.to = value;
+  }
+
+ private:
+  const std::string &name_;
+  const Words &values_;
+};
+
+bool was_given(const std::vector<Given> &all, const std::string &name) {
+  return std::any_of(all.begin(), all.end(),
+                     [&](const Given &given) { return given.row->name == name && !given.values.empty(); });
+}
+
+void judge(const Verb &verb, const std::vector<Given> &all) {
+  for (const Given &given : all) {
+    const Word &row = *given.row;
+    if (given.values.empty()) {
+      if (row.need == Need::kRequired) refuse(row.name + " is missing, as in `" + usage_of(verb) + "`.");
+      continue;
+    }
+    if (row.is_option() && !row.value.empty() && given.values.size() > 1) refuse(row.name + " is given twice.");
+    for (const std::string &other : row.excludes) {
+      if (was_given(all, other)) refuse(row.name + " and " + other + " cannot be given together.");
+    }
+  }
+}
+
+void add_to(CLI::App &app, Given &given) {
+  const Word &row = *given.row;
+  if (std::holds_alternative<bool *>(row.to)) {
+    given.option = app.add_flag(row.name)->disable_flag_override();
+    return;
+  }
+  given.option = app.add_option(row.name, given.values);
+  if (!std::holds_alternative<Words *>(row.to)) given.option->expected(1)->allow_extra_args(false);
+  given.option->multi_option_policy(CLI::MultiOptionPolicy::TakeAll);
+}
+
+}  // namespace
+
+Asked read_line(const Verb &verb, Words line) {
+  Words rest = take_rest(verb, line);
+  bool help = false;
+  CLI::App app;
+  app.set_help_flag("");
+  app.add_flag("-h,--help", help);
+  app.allow_extras();
+  std::vector<Given> all;
+  for (const Word &row : verb.words) all.push_back({&row, {}, nullptr});
+  for (Given &given : all) {
+    if (!std::holds_alternative<Rest>(given.row->to)) add_to(app, given);
+  }
+  try {
+    app.parse(Words(line.rbegin(), line.rend()));  // it takes them from behind
+  } catch (const CLI::ParseError &) {
+    refuse_mismatch(verb, line);
+  }
+  if (help) return Asked::kForHelp;
+  refuse_leftovers(verb, app.remaining());
+  for (Given &given : all) {
+    if (std::holds_alternative<Rest>(given.row->to)) given.values = rest;
+    if (std::holds_alternative<bool *>(given.row->to) && given.option->count() > 0) given.values = {"given"};
+  }
+  judge(verb, all);
+  for (const Given &given : all) {
+    if (!given.values.empty()) std::visit(Taking(given), given.row->to);
+  }
+  if (verb.check) verb.check();
+  return Asked::kToAct;
+}
+
+}  // namespace spbox

@@ -1,0 +1,80 @@
+// A verb of the command line as data: what it takes, where that goes, its help, and what it does.
+#pragma once
+
+#include <cstdint>
+#include <filesystem>
+#include <functional>
+#include <stdexcept>
+#include <string>
+#include <variant>
+#include <vector>
+
+namespace spbox {
+
+// The exit statuses of spbox's own: it could not be done, and what was asked for makes no sense.
+inline constexpr int kFailure = 1, kUsage = 2;
+
+// The command line makes no sense. The text is one sentence for the user; the way to the verb's help is added to it.
+class UsageError : public std::runtime_error {
+ public:
+  using std::runtime_error::runtime_error;
+};
+
+// Where a word of the command line goes, and what it may be.
+struct Number {
+  std::int64_t least, most;
+  std::function<void(std::int64_t)> take;
+};
+struct Choice {
+  std::string *to;
+  std::string what;  // "model"
+  std::vector<std::string> names;
+};
+// All that follows, options too: the words of another program.
+struct Rest {
+  std::vector<std::string> *to;
+};
+// A path is never empty, a flag takes no value, and a vector takes as many words as there are.
+using Target =
+    std::variant<bool *, std::filesystem::path *, std::string *, std::vector<std::string> *, Number, Choice, Rest>;
+
+template <typename To>
+Number number(To &to, std::int64_t least, std::int64_t most) {
+  return {least, most, [&to](std::int64_t value) { to = static_cast<To>(value); }};
+}
+
+enum class Need { kOptional, kRequired };
+
+// A word that has its place, such as "UNIT", or an option, which begins with "--".
+struct Word {
+  std::string name;
+  std::string help;
+  Target to;
+  Need need = Need::kOptional;
+  std::string value = {};                  // of an option, what stands behind it: "SECONDS"
+  std::vector<std::string> excludes = {};  // options that cannot be given with this one
+
+  bool is_option() const { return name.starts_with('-'); }
+};
+
+struct Verb {
+  std::string name;
+  std::string line;  // what it does, in one line
+  std::vector<Word> words;
+  std::string footer;                // of its help: what else there is to know, and examples
+  std::function<void()> check = {};  // throws UsageError for what the words' rows cannot tell; may be empty
+  std::function<int()> act;          // returns the exit status; may throw: the text is for the user
+};
+
+// The words that many verbs take.
+inline Word box_word(std::filesystem::path &box) {
+  return {.name = "DIR", .help = "Folder of the box", .to = &box, .need = Need::kRequired};
+}
+inline Word json_option(bool &as_json) {
+  return {.name = "--json", .help = "For scripts", .to = &as_json};
+}
+inline Word force_option(bool &force) {
+  return {.name = "--force", .help = "Replace the box that is there, and lose what it holds", .to = &force};
+}
+
+}  // namespace spbox
