@@ -63,5 +63,5 @@ built_library() {
 
 # sources: every C and C++ file of ours, NUL-separated.
 sources() {
-  find include src host examples tests bench \( -name '*.h' -o -name '*.c' -o -name '*.cpp' \) -print0 2>/dev/null
+  find include trace_events src host examples tests bench \( -name '*.h' -o -name '*.c' -o -name '*.cpp' \) -print0 2>/dev/null
 }

@@ -10,7 +10,7 @@
 #include "host/box/trace_ring.h"
 #include "host/box/unit_name.h"
 #include "host/spbox/changes.h"
-#include "host/spbox/trace_book.h"
+#include "host/trace_book/trace_book.h"
 
 namespace spbox {
 namespace {
@@ -142,7 +142,7 @@ bool Technician::was_recorded(const std::vector<std::string> &words) {
   if (entries.empty()) return false;
   const auto found = std::find_if(entries.begin(), entries.end(), [&](const box::TraceEntry &entry) {
     if (entry.number < next_entry_) return false;
-    const TraceLine line = words_of(entry);
+    const trace_book::TraceLine line = trace_book::words_of(entry);
     return wanted == line.function || wanted == line.function + " " + line.event;
   });
   const bool was = found != entries.end();

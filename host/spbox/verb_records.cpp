@@ -7,13 +7,15 @@
 #include "host/spbox/json_text.h"
 #include "host/spbox/log_book.h"
 #include "host/spbox/text.h"
-#include "host/spbox/trace_book.h"
 #include "host/spbox/verbs.h"
+#include "host/trace_book/trace_book.h"
 
 namespace spbox {
 namespace {
 
 using nlohmann::json;
+using trace_book::TraceLine;
+using trace_book::TraceValue;
 
 struct Options {
   std::filesystem::path box;
@@ -35,15 +37,22 @@ std::uint32_t line_of(const box::TraceEntry &entry) {
 }
 
 json json_of(const box::TraceEntry &entry) {
-  const TraceLine line = words_of(entry);
+  const TraceLine line = trace_book::words_of(entry);
   json values = json::array();
   for (const TraceValue &value : line.values) {
     values.push_back(
         {{"meaning", value.meaning}, {"number", static_cast<std::int32_t>(value.word)}, {"text", value.text}});
   }
-  return {{"number", entry.number},    {"time", utc(entry.time_ns)},       {"pid", pid_of(entry)},
-          {"function", line.function}, {"line", line_of(entry)},           {"level", line.level},
-          {"event", line.event},       {"code", hexadecimal(entry.event)}, {"known", line.is_known},
+  return {{"number", entry.number},
+          {"time", utc(entry.time_ns)},
+          {"pid", pid_of(entry)},
+          {"function", line.function},
+          {"line", line_of(entry)},
+          {"level", line.level},
+          {"name", line.name},
+          {"event", line.event},
+          {"code", hexadecimal(entry.event)},
+          {"known", line.is_known},
           {"values", values}};
 }
 
@@ -57,12 +66,12 @@ std::string text_of(const TraceLine &line) {
 }
 
 std::vector<std::string> cells_of(const box::TraceEntry &entry) {
-  const TraceLine line = words_of(entry);
+  const TraceLine line = trace_book::words_of(entry);
   return {time_of_day(entry.time_ns), std::to_string(pid_of(entry)), line.level, line.function, text_of(line)};
 }
 
 bool is_error(const box::TraceEntry &entry) {
-  return words_of(entry).is_error;
+  return trace_book::words_of(entry).is_error;
 }
 
 int trace(const Options &options) {

@@ -6,7 +6,7 @@
 #include "host/box/inventory.h"
 #include "host/box/place.h"
 #include "host/box/trace_ring.h"
-#include "host/spbox/trace_book.h"
+#include "host/trace_book/trace_book.h"
 #include "lmainte.h"
 #include "tests/end_to_end/box_test.h"
 #include "tests/eventually.h"
@@ -40,8 +40,8 @@ class Installation : public BoxTest {
   std::ptrdiff_t looks() const {
     const auto entries = box::TraceRing::read(box::Place(box()).trace());
     return std::count_if(entries.begin(), entries.end(), [](const auto &entry) {
-      const auto line = spbox::words_of(entry);
-      return line.function == "lmainte_chk_fru_install (test)" && line.event == "exit";
+      const auto line = trace_book::words_of(entry);
+      return line.function == "lmainte_chk_fru_install:test" && line.event == "exit";
     });
   }
 
@@ -63,7 +63,7 @@ TEST_F(Installation, IsNotMetByAUnitThatNeverComes) {
 TEST_F(Installation, IsNotMetByAUnitThatVanishesAgain) {
   technician(
       "when trace lmainte_chk_fru_install entry; insert /PSU#3; "
-      "when trace lmainte_chk_fru_install (test) exit; pull /PSU#3");
+      "when trace lmainte_chk_fru_install:test exit; pull /PSU#3");
   EXPECT_EQ(check("0"), "result 224\n");
 }
 
@@ -71,7 +71,7 @@ TEST_F(Installation, IsNotMetByAUnitThatVanishesAgain) {
 TEST_F(Installation, IsNotMetByAUnitThatFlickers) {
   technician(
       "when trace lmainte_chk_fru_install entry; flicker /PSU#3 5 0.3; "
-      "when trace lmainte_chk_fru_install (test) exit; after 1.4; flicker /PSU#3 1 0; after 1; flicker /PSU#3 1 0");
+      "when trace lmainte_chk_fru_install:test exit; after 1.4; flicker /PSU#3 1 0; after 1; flicker /PSU#3 1 0");
   EXPECT_EQ(check("0"), "result 224\n");
   EXPECT_TRUE(is_installed()) << "in the end";
 }

@@ -5,7 +5,7 @@
 
 #include "host/box/place.h"
 #include "host/box/trace_ring.h"
-#include "host/spbox/trace_book.h"
+#include "host/trace_book/trace_book.h"
 #include "tests/end_to_end/box_test.h"
 
 namespace end_to_end {
@@ -15,9 +15,10 @@ using terminal::Ending;
 
 class Trace : public BoxTest {
  protected:
-  std::vector<spbox::TraceLine> read() const {
-    std::vector<spbox::TraceLine> lines;
-    for (const auto &entry : box::TraceRing::read(box::Place(box()).trace())) lines.push_back(spbox::words_of(entry));
+  std::vector<trace_book::TraceLine> read() const {
+    std::vector<trace_book::TraceLine> lines;
+    for (const auto &entry : box::TraceRing::read(box::Place(box()).trace()))
+      lines.push_back(trace_book::words_of(entry));
     return lines;
   }
 
@@ -25,7 +26,7 @@ class Trace : public BoxTest {
   void expect_whole() const {
     std::map<std::string, int> inside;
     for (const auto &entry : box::TraceRing::read(box::Place(box()).trace())) {
-      const auto line = spbox::words_of(entry);
+      const auto line = trace_book::words_of(entry);
       EXPECT_TRUE(line.is_known) << std::hex << entry.event << " with " << std::dec << entry.word_count << " words";
       if (line.event == "entry") ++inside[line.function];
       if (line.event == "exit") --inside[line.function];

@@ -158,7 +158,7 @@ TEST_F(TechnicianTest, WaitsForWhatTheOperatorsCommandDoes) {
       {"mode lock", [this] { set("maintenance", "lock"); }},
       {"mode unlock", [this] { set("maintenance", "unlock"); }},
       {"trace lmainte_chk_fru_install entry", [this] { record(0x110C06B0); }},
-      {"trace lmainte_chk_fru_install (await)", [this] { record(0x110C06C0); }},
+      {"trace lmainte_chk_fru_install:await", [this] { record(0x110C06C0); }},
   };
   for (const auto &row : rows) {
     const milliseconds start = now_;

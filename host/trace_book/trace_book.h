@@ -7,7 +7,7 @@
 
 #include "host/box/trace_ring.h"
 
-namespace spbox {
+namespace trace_book {
 
 struct TraceValue {
   std::string meaning;  // "time limit"
@@ -17,7 +17,8 @@ struct TraceValue {
 
 struct TraceLine {
   std::string function;  // "lmainte_exec", with an internal step behind it where the record is of one
-  std::string event;     // "entry", "exit", "a child was started"
+  std::string name;      // the event's in the catalogue: "entry", "exit", "started"; empty for an unknown one
+  std::string event;     // in words: "a child was started"
   std::string level;     // "progress", "error", "process", "system error"
   std::vector<TraceValue> values;
   bool is_known;  // false for an event that no function of the library writes
@@ -26,4 +27,4 @@ struct TraceLine {
 
 TraceLine words_of(const box::TraceEntry &entry);
 
-}  // namespace spbox
+}  // namespace trace_book

@@ -1,4 +1,4 @@
-#include "host/spbox/trace_book.h"
+#include "host/trace_book/trace_book.h"
 
 #include <gtest/gtest.h>
 
@@ -75,6 +75,25 @@ TEST(TraceBook, PutsEventsIntoWords) {
        true,
        true},
       {0x110C0442, 256, {5}, "lmainte_get_model_data", "the model is known", "model 5 (qe3)", "progress", true, false},
+      {0x110C1323,
+       2053,
+       {205},
+       "lmainte_detach_fru",
+       "the unit was not detached",
+       "exit status 205",
+       "error",
+       true,
+       true},
+      {0x110C1363, 2053, {208}, "lmainte_test_fru", "the test failed", "exit status 208", "error", true, true},
+      {0x110C1151,
+       2053,
+       {},
+       "lmainte_show_iox_list or lmainte_show_ioxpsu_list",
+       "the lines are null",
+       "",
+       "error",
+       true,
+       true},
       {0x110C12F3,
        2053,
        {1, 200},
@@ -86,9 +105,9 @@ TEST(TraceBook, PutsEventsIntoWords) {
        true},
   };
   for (const Row &row : rows) {
-    const spbox::TraceLine line = spbox::words_of(entry_of(row.event, row.level, row.values));
+    const trace_book::TraceLine line = trace_book::words_of(entry_of(row.event, row.level, row.values));
     std::string words;
-    for (const spbox::TraceValue &value : line.values) {
+    for (const trace_book::TraceValue &value : line.values) {
       words += (words.empty() ? "" : ", ") + value.meaning + " " + value.text;
     }
     EXPECT_EQ(line.function, row.function);
@@ -101,19 +120,19 @@ TEST(TraceBook, PutsEventsIntoWords) {
 }
 
 TEST(TraceBook, ShowsHonestlyWhatItDoesNotHave) {
-  const spbox::TraceLine nowhere = spbox::words_of(entry_of(0x110CBFF3, 7, {0xFFFFFFFE}));
+  const trace_book::TraceLine nowhere = trace_book::words_of(entry_of(0x110CBFF3, 7, {0xFFFFFFFE}));
   EXPECT_FALSE(nowhere.is_known);
   EXPECT_EQ(nowhere.function, "?");
   EXPECT_EQ(nowhere.event, "event 110CBFF3 (block 0FF, error 3)");
   ASSERT_EQ(nowhere.values.size(), 1u);
   EXPECT_EQ(nowhere.values[0].text, "-2");
   EXPECT_EQ(nowhere.level, "level 0x7");
-  const spbox::TraceLine between = spbox::words_of(entry_of(0x110C002F, 256));
+  const trace_book::TraceLine between = trace_book::words_of(entry_of(0x110C002F, 256));
   EXPECT_FALSE(between.is_known);
   EXPECT_EQ(between.function, "lmainte_exec");
   EXPECT_EQ(between.event, "event 110C002F (block 002, point 15)");
-  EXPECT_FALSE(spbox::words_of(entry_of(0x00000020, 256)).is_known);
-  EXPECT_FALSE(spbox::words_of(entry_of(0x220C0020, 256)).is_known);
+  EXPECT_FALSE(trace_book::words_of(entry_of(0x00000020, 256)).is_known);
+  EXPECT_FALSE(trace_book::words_of(entry_of(0x220C0020, 256)).is_known);
 }
 
 }  // namespace

@@ -1,0 +1,279 @@
+#include "trace_events/inventory.h"
+#include "host/trace_book/phrases.h"
+
+namespace trace_book {
+
+using namespace trace_events;
+
+namespace {
+
+constexpr std::array kShared{
+    SharedPhrase{"not-opened", "a database was not opened", "database", "result"},
+    SharedPhrase{"not-locked", "a database was not locked", "database", "result"},
+    SharedPhrase{"not-unlocked", "a database was not unlocked", "database", "result"},
+    SharedPhrase{"not-closed", "a database was not closed", "database", "result"},
+    SharedPhrase{"refused", "an argument is refused", "count", "model"},
+    SharedPhrase{"no-model", "no such model", "model"},
+    SharedPhrase{"no-board", "no such board", "board"},
+    SharedPhrase{"no-current", "the current record was not read"},
+    SharedPhrase{"no-result", "the record is null"},
+};
+
+}  // namespace
+
+template <>
+inline constexpr Page kPage<GetSbData>{
+    "lmainte_get_sb_data",
+    {
+        {GetSbData::kRefused, "an argument is refused", "count"},
+        {GetSbData::kCmuNotRead, "a CMU was not read", "result"},
+        {GetSbData::kIouNotRead, "an IOU was not read", "result"},
+    },
+};
+
+template <>
+inline constexpr Page kPage<ReadCmu>{
+    "lmainte_get_sb_data:cmu",
+    {
+        {ReadCmu::kNoRecord, "a record of the CMU was not read", "result", "board"},
+        {ReadCmu::kModulesNotRead, "the CMU's modules were not read", "result", "board"},
+    },
+};
+
+template <>
+inline constexpr Page kPage<ReadCpuModules>{
+    "lmainte_get_sb_data:cpu-modules",
+    {
+        {ReadCpuModules::kNoRecord, "a record of the board's modules was not read", "result", "board"},
+        {ReadCpuModules::kNoFruRecord, "the module's FRU record was not read", "result", "number"},
+    },
+};
+
+template <>
+inline constexpr Page kPage<ReadIou>{
+    "lmainte_get_sb_data:iou",
+    {
+        {ReadIou::kNoRecord, "a record of the IOU was not read", "result", "board"},
+    },
+};
+
+template <>
+inline constexpr Page kPage<ReadDimms>{
+    "lmainte_get_sb_data:dimms",
+    {
+        {ReadDimms::kNoRecord, "a record of the board's modules was not read", "result", "board"},
+        {ReadDimms::kNoFruRecord, "the module's FRU record was not read", "result", "number"},
+    },
+};
+
+template <>
+inline constexpr Page kPage<GetXsbData>{
+    "lmainte_get_xsb_data",
+    {
+        {GetXsbData::kNoSetup, "the setup records were not read"},
+        {GetXsbData::kNoCurrent, "the current records were not read"},
+        {GetXsbData::kNoRecord, "a record is missing", "number", "place"},
+    },
+};
+
+template <>
+inline constexpr Page kPage<GetFantrayData>{
+    "lmainte_get_fantray_data",
+    {
+        {GetFantrayData::kNoCurrent, "the current record was not read", "database"},
+        {GetFantrayData::kNoFruRecords, "the FRU records were not read", "database", "first"},
+    },
+};
+
+template <>
+inline constexpr Page kPage<ReadFantrays>{
+    "lmainte_get_fantray_data:read",
+    {
+        {ReadFantrays::kNoEntry, "no such fan tray", "number"},
+        {ReadFantrays::kNoFantray, "the model has no such fan tray", "number"},
+        {ReadFantrays::kNoFruRecord, "an installed fan tray has no FRU record", "number"},
+        {ReadFantrays::kNoRecord, "the current record is missing"},
+    },
+};
+
+template <>
+inline constexpr Page kPage<GetCoolgrpData>{
+    "lmainte_get_coolgrp_data",
+    {
+        {GetCoolgrpData::kNoModel, "the model has no cooling groups", "model"},
+        {GetCoolgrpData::kNoGroup, "the unit is in no cooling group", "number"},
+    },
+};
+
+template <>
+inline constexpr Page kPage<GetPsuData>{
+    "lmainte_get_psu_data",
+    {
+        {GetPsuData::kNotRead, "the power supplies were not read", "first", "count"},
+    },
+};
+
+template <>
+inline constexpr Page kPage<FetchPsus>{
+    "lmainte_get_psu_data:fetch",
+    {
+        {FetchPsus::kNoFruRecords, "the FRU records were not read", "first", "count"},
+        {FetchPsus::kNoRecord, "the current record is missing"},
+    },
+};
+
+template <>
+inline constexpr Page kPage<ReadPsus>{
+    "lmainte_get_psu_data:read",
+    {
+        {ReadPsus::kNoEntry, "no such power supply", "number"},
+        {ReadPsus::kNoFruRecord, "an installed power supply has no FRU record", "number"},
+    },
+};
+
+template <>
+inline constexpr Page kPage<GetSystemStatus>{
+    "lmainte_get_system_status",
+    {
+        {GetSystemStatus::kNotRead, "the system's record was not read"},
+        {GetSystemStatus::kNoRecord, "the system's record is missing"},
+    },
+};
+
+template <>
+inline constexpr Page kPage<GetDomainData>{
+    "lmainte_get_domain_data",
+    {
+        {GetDomainData::kRefused, "an argument is refused", "count"},
+        {GetDomainData::kNotRead, "the domains' records were not read"},
+        {GetDomainData::kNoRecord, "a domain's record is missing", "number", "place"},
+    },
+};
+
+template <>
+inline constexpr Page kPage<GetBp32Data>{
+    "lmainte_get_bp32_data",
+    {
+        {GetBp32Data::kNoBackplane, "the backplane's FRU record was not read"},
+        {GetBp32Data::kNoDdcs, "the DDC units' FRU records were not read"},
+        {GetBp32Data::kNoRecord, "a record is missing"},
+        {GetBp32Data::kNoFruRecord, "an installed DDC unit has no FRU record", "number"},
+    },
+};
+
+template <>
+inline constexpr Page kPage<GetDdcaData>{
+    "lmainte_get_ddca_data",
+    {
+        {GetDdcaData::kNoUnits, "no such DDC units", "number", "count"},
+        {GetDdcaData::kNotRead, "the backplane was not read", "result"},
+    },
+};
+
+template <>
+inline constexpr Page kPage<GetFruData>{
+    "lmainte_get_fru_data",
+    {
+        {GetFruData::kRefused, "an argument is refused", "count"},
+        {GetFruData::kNoType, "no such type of unit", "type"},
+        {GetFruData::kNotRead, "the unit was not read", "result"},
+    },
+};
+
+template <>
+inline constexpr Page kPage<ChkFruInstall>{
+    "lmainte_chk_fru_install",
+    {
+        {ChkFruInstall::kRefused, "an argument is refused", "number", "model"},
+    },
+};
+
+template <>
+inline constexpr Page kPage<AwaitState>{
+    "lmainte_chk_fru_install:await",
+    {
+        {AwaitState::kNotRead, "the unit was not read", "result"},
+        {AwaitState::kNotReached, "the unit did not reach the expected state, or did not keep it", "result"},
+    },
+};
+
+template <>
+inline constexpr Page kPage<TestState>{
+    "lmainte_chk_fru_install:test",
+    {
+        {TestState::kNoType, "units of this type are not checked", "type"},
+    },
+};
+
+template <>
+inline constexpr Page kPage<GetEmgbuData>{
+    "lmainte_get_emgbu_data",
+    {
+        {GetEmgbuData::kNotOpened, "a database was not opened", "result", "database"},
+        {GetEmgbuData::kNotLocked, "a database was not locked", "result", "database"},
+        {GetEmgbuData::kNotUnlocked, "a database was not unlocked", "result", "database"},
+        {GetEmgbuData::kNotClosed, "a database was not closed", "result", "database"},
+    },
+};
+
+template <>
+inline constexpr Page kPage<GetEmgbrData>{
+    "lmainte_get_emgbr_data",
+    {
+        {GetEmgbrData::kNotOpened, "a database was not opened", "result", "database"},
+        {GetEmgbrData::kNotLocked, "a database was not locked", "result", "database"},
+        {GetEmgbrData::kNotUnlocked, "a database was not unlocked", "result", "database"},
+        {GetEmgbrData::kNotClosed, "a database was not closed", "result", "database"},
+    },
+};
+
+template <>
+inline constexpr Page kPage<GetEmgbData>{
+    "lmainte_get_emgb_data",
+    {
+        {GetEmgbData::kNoType, "no service processor unit has this type", "type"},
+        {GetEmgbData::kNotRead, "the units were not read", "type", "result"},
+    },
+};
+
+template <>
+inline constexpr Page kPage<ReadEmgbs>{
+    "lmainte_get_emgbu_data:read",
+    {
+        {ReadEmgbs::kNoRecord, "the current record was not read", "result", "type"},
+        {ReadEmgbs::kNoUnit, "no such service processor unit", "number"},
+        {ReadEmgbs::kNoFruRecord, "the unit's FRU record was not read", "result", "number"},
+    },
+};
+
+template <>
+inline constexpr Page kPage<MergeLocal>{
+    "lmainte_get_emgbu_data:local-record",
+    {
+        {MergeLocal::kNoRecord, "the local record was not read", "result", "type"},
+    },
+};
+
+template <>
+inline constexpr Page kPage<GetEmgbDataAll>{
+    {"lmainte_get_emgb_data_all", "lmainte_get_emgb_data_pair"},
+    {
+        {GetEmgbDataAll::kNoResult, "the records are null"},
+        {GetEmgbDataAll::kNotOpened, "a database was not opened", "result", "database"},
+        {GetEmgbDataAll::kNotLocked, "a database was not locked", "result", "database"},
+        {GetEmgbDataAll::kEmgbusNotRead, "the units of the first kind were not read", "result"},
+        {GetEmgbDataAll::kEmgbrsNotRead, "the units of the second kind were not read", "result"},
+        {GetEmgbDataAll::kNotUnlocked, "a database was not unlocked", "result", "database"},
+        {GetEmgbDataAll::kNotClosed, "a database was not closed", "result", "database"},
+        {GetEmgbDataAll::kNoPairs, "the model has no pairs", "model"},
+        {GetEmgbDataAll::kNoMemory, "no memory for the units", "errno"},
+        {GetEmgbDataAll::kNotRead, "the units were not read", "result"},
+    },
+};
+
+Functions inventory_functions() {
+  static constexpr auto kFunctions = functions_of<kShared>(Inventory{});
+  return kFunctions;
+}
+
+}  // namespace trace_book

@@ -1,0 +1,118 @@
+#include "host/trace_book/trace_book.h"
+
+#include <array>
+#include <cstdio>
+#include <cstring>
+#include <span>
+
+#include "host/box/inventory_kinds.h"
+#include "host/box/programs.h"
+#include "host/box/signal_name.h"
+#include "host/trace_book/pages.h"
+
+namespace trace_book {
+namespace {
+
+std::string format(const char *pattern, auto... values) {
+  char text[128];
+  std::snprintf(text, sizeof text, pattern, values...);
+  return text;
+}
+
+std::string level_text(std::uint32_t level) {
+  switch (level) {
+    case 0x100:
+      return "progress";
+    case 0x805:
+      return "error";
+    case 0x8001:
+      return "process";
+    case 0x800A:
+      return "system error";
+    default:
+      return format("level %#x", level);
+  }
+}
+
+std::string wait_status_text(std::uint32_t status) {
+  const std::uint32_t signal = status & 0x7F;
+  if (signal != 0) return format("%u (signal %u, %s)", status, signal, strsignal(static_cast<int>(signal)));
+  return format("%u (exit status %u)", status, status >> 8 & 0xFF);
+}
+
+std::string named(std::uint32_t word, std::string_view name) {
+  const std::string number = std::to_string(static_cast<int>(word));
+  return name.empty() ? number : number + " (" + std::string(name) + ")";
+}
+
+template <std::size_t Size>
+std::string_view name_in(const std::array<std::string_view, Size> &names, std::uint32_t word) {
+  return word < Size ? names[word] : std::string_view();
+}
+
+constexpr std::array<std::string_view, 6> kDatabases{"general", "setup", "current", "local", "FRU", "reserved"};
+
+std::string value_text(const std::string &meaning, std::uint32_t word) {
+  const int number = static_cast<int>(word);
+  // NOLINTNEXTLINE(concurrency-mt-unsafe): one thread
+  if (meaning.ends_with("errno")) return named(word, std::strerror(number));
+  if (meaning == "wait status") return wait_status_text(word);
+  if (meaning == "signal") return named(word, box::signal_name(number));
+  if (meaning == "unit id") return format("%08X", word);
+  if (meaning == "model") return named(word, box::model_name(word));
+  if (meaning.ends_with("database")) return named(word, name_in(kDatabases, word));
+  if (meaning == "command") return named(word, word < box::kPrograms.size() ? box::kPrograms[word].name : "");
+  return named(word, "");
+}
+
+TraceValue value_of(const char *meaning, std::uint32_t word) {
+  return {meaning, value_text(meaning, word), word};
+}
+
+void add_values(const box::TraceEntry &entry, std::span<const char *const> meanings, TraceLine &line) {
+  constexpr std::uint32_t kHeadWords = 2;  // process id and source line
+  for (std::uint32_t i = kHeadWords; i < entry.word_count; ++i) {
+    const std::uint32_t place = i - kHeadWords;
+    const bool has_meaning = place < meanings.size() && meanings[place] != nullptr;
+    line.values.push_back(value_of(has_meaning ? meanings[place] : "value", entry.words[i]));
+  }
+}
+
+// "event 110C002F (block 002, point 15)": an event that no function of the library writes.
+std::string unknown_text(std::uint32_t event, std::uint32_t block, bool is_error, std::uint32_t number) {
+  return format("event %08X (block %03X, %s %u)", event, block, is_error ? "error" : "point", number);
+}
+
+void describe(const box::TraceEntry &entry, Code code, TraceLine &line) {
+  const Function *function = function_of(code);
+  const Event *event = function == nullptr ? nullptr : event_of(*function, code);
+  line.is_error = trace_events::is_error(code);
+  if (function != nullptr) line.function = function->title();
+  line.is_known = event != nullptr;
+  if (event != nullptr) {
+    line.name = event->name;
+    line.event = event->text;
+    const char *const meanings[] = {event->first, event->second};
+    add_values(entry, meanings, line);
+    return;
+  }
+  const BlockNumber at = block_number_of(code);
+  line.event = unknown_text(entry.event, at.block, line.is_error, at.number);
+  add_values(entry, {}, line);
+}
+
+}  // namespace
+
+TraceLine words_of(const box::TraceEntry &entry) {
+  TraceLine line{"?", "", "", level_text(entry.level), {}, false, false};
+  const auto code = code_of(entry.event);
+  if (code) {
+    describe(entry, *code, line);
+  } else {
+    line.event = format("event %08X", entry.event);
+    add_values(entry, {}, line);
+  }
+  return line;
+}
+
+}  // namespace trace_book
