@@ -1,11 +1,11 @@
 /*
- * lmainte_platform.h - what the service processor gives to liblmainte
+ * lmainte_platform.h - the functions that the service processor provides to liblmainte
  *
- * liblmainte calls these functions and defines none of them: the service processor's own libraries do on the target,
- * the host platform does on a workstation, and a test brings doubles. Put the library on another platform by giving it
+ * liblmainte calls these functions and defines none of them. On the target, the service processor's own libraries define
+ * them; on a workstation, the host platform does; a test has doubles. To bring the library to another platform, define
  * all of them.
  *
- * All functions run on the thread of the maintenance command that called liblmainte. Unless a comment says otherwise a
+ * All functions run on the thread of the maintenance command that called liblmainte. Unless a comment says otherwise, a
  * function may block, need not be safe in a signal handler, and may set errno.
  */
 #ifndef LMAINTE_PLATFORM_H
@@ -29,12 +29,12 @@ extern "C" {
  *         0x800A a failed system or service call
  * kind    15
  * event   0x110C0000 + space (0 or 0x8000) + block * 16 + point; errors add 0x1000 (plain space) or 0x3000
- * words   the record's words: process id, source line, up to two values. Valid during the call only.
- * length  bytes that the record takes in the trace: its words and a head of 8. So (length - 8) / 4 words are valid: two
- *         to four, for a length of 16, 20 or 24. Nothing behind them may be read.
+ * words   the record's words: process id, source line, and up to two values. They are valid only during the call.
+ * length  bytes that the record takes in the trace: its words and a head of 8 bytes. So (length - 8) / 4 words are
+ *         valid: two to four, for a length of 16, 20 or 24. Do not read beyond them.
  *
- * Called in signal handlers and in a child between fork and execve: it must not allocate, lock or wait.
- * The result is ignored; a trace that fails never changes what a function does.
+ * It is called in signal handlers and in a child between fork and execve, so it must not allocate, lock or wait.
+ * The result is ignored: a trace that fails never changes what a function does.
  */
 int32_t mgb_trace_write(uint32_t module, uint32_t level, uint32_t kind, uint32_t event, const uint32_t *words,
                         uint32_t length);
@@ -47,7 +47,7 @@ int32_t mgb_trace_write(uint32_t module, uint32_t level, uint32_t kind, uint32_t
  * head    the address of the head word, 0x00030000 in the machine's byte order
  * record  the event: 48 bytes, big-endian
  *
- * Returns 0 or above once the event is saved, a negative value when it could not be.
+ * Returns 0 or above when the event is saved, and a negative value when it could not be saved.
  */
 int32_t mgblog_save(const uint32_t *head, const void *record);
 
@@ -55,15 +55,16 @@ int32_t mgblog_save(const uint32_t *head, const void *record);
 
 /*
  * The databases are numbered: 0 general, 1 setup, 2 current, 3 local, 4 FRU, 5 reserved. liblmainte counts its own
- * users of each, so that the client sees one open, one lock, one unlock and one close, however deep the calls nest.
+ * users of each database. So these functions see one open, one lock, one unlock and one close, even when calls nest.
  *
  * Each returns 0 on success and any other value on failure. A failed call changes nothing.
  */
 int32_t scdb_open(uint32_t db_id);
 int32_t scdb_close(uint32_t db_id);
 
-/* Takes the database's lock, which excludes every other process, and gives it back. liblmainte locks in ascending and
- * unlocks in descending order of the ids, so two of its users never wait for each other in a circle. */
+/* scdb_lock takes the lock of the database, which keeps out every other process; scdb_unlock releases it. liblmainte
+ * locks in ascending and unlocks in descending order of the ids, so two of its users never wait for each other in a
+ * circle. */
 int32_t scdb_lock(uint32_t db_id);
 int32_t scdb_unlock(uint32_t db_id);
 
@@ -71,8 +72,8 @@ int32_t scdb_unlock(uint32_t db_id);
  * Reads one record.
  *
  * key     128 bytes: the record's name, such as "current_psu_info", padded with zero bytes
- * record  receives a buffer from malloc that holds the record. The caller frees it whatever the result: a buffer may be
- *         handed over by a call that fails.
+ * record  receives a buffer from malloc that holds the record. The caller frees it whatever the result is: a call that
+ *         fails may provide a buffer, too.
  * size    receives the record's length in bytes
  * flags   0
  *
@@ -81,7 +82,7 @@ int32_t scdb_unlock(uint32_t db_id);
 int32_t scdb_get(uint32_t db_id, const char *key, void **record, int32_t *size, uint32_t flags);
 
 /*
- * Writes one record, key as above, of size bytes. flags is 0. data may be null and must then be refused.
+ * Writes one record of size bytes; key as above. flags is 0. The function must refuse null data.
  *
  * Returns 0 on success and any other value on failure.
  */
@@ -90,21 +91,21 @@ int32_t lcmn_scdb_put(uint32_t db_id, const char *key, const void *data, int32_t
 /* ---- Files ------------------------------------------------------------------------------------------------------- */
 
 /*
- * Opens a file like open(2) and keeps other users of lcmn_lopen out of it until lcmn_close.
+ * Opens a file as open(2) does, and keeps other users of lcmn_lopen out of it until lcmn_close.
  *
  * flags   O_RDONLY, O_RDWR or O_RDWR | O_CREAT
- * mode    permission bits of a new file; always passed
+ * mode    permission bits of a new file; the library always passes them
  *
  * Returns a descriptor, or a negative value with errno set.
  */
 int32_t lcmn_lopen(const char *path, int32_t flags, uint32_t mode);
 
-/* Read and write like read(2) and write(2), from the descriptor's position. Return the number of bytes, or a negative
+/* Read and write as read(2) and write(2) do, from the descriptor's position. Return the number of bytes, or a negative
  * value with errno set. */
 int32_t lcmn_read(int32_t fd, void *buffer, int32_t size);
 int32_t lcmn_write(int32_t fd, const void *buffer, int32_t size);
 
-/* Ends the exclusion and closes the descriptor. Returns 0, or another value with errno set. */
+/* Closes the descriptor and lets other users of lcmn_lopen in. Returns 0, or another value with errno set. */
 int32_t lcmn_close(int32_t fd);
 
 /* ---- Messages ---------------------------------------------------------------------------------------------------- */
@@ -134,8 +135,8 @@ int32_t lcmn_process_iszero(const fd_set *set);
 /*
  * Shows the prompt on the terminal and reads the operator's choice.
  *
- * first, second  the caller's, passed on by lmainte_ask_select unread; what they mean is the platform's to say. second
- *                is never null.
+ * first, second  values of the caller; lmainte_ask_select passes them on and does not read them. The platform defines
+ *                their meaning. second is never null.
  * prompt         the text to show, at most 1023 characters
  *
  * Returns a result that lmainte_ask_select hands to its caller unchanged.

@@ -4,9 +4,9 @@
  * For the author of a maintenance command that runs in a box, a service processor in a folder, instead of on a service
  * processor. Link the command with liblmainte and with liblmainte_host, which has every function of lmainte_platform.h.
  *
- * A command started by `spbox run DIR -- COMMAND` finds the box at the paths of a service processor: /mgb and /tmp. A unit
- * test has no such root: there SPBOX_ROOT=DIR in the environment leads the platform to DIR/mgb and DIR/tmp. The library
- * itself and the control programs keep to /mgb and /tmp.
+ * A command that `spbox run DIR -- COMMAND` starts finds the box at the paths of a service processor: /mgb and /tmp. A
+ * unit test does not have these paths: SPBOX_ROOT=DIR in the environment leads the platform to DIR/mgb and DIR/tmp. The
+ * library itself and the control programs use /mgb and /tmp in any case.
  *
  *   mgb/db/0 .. mgb/db/5   the configuration databases
  *   mgb/log/trace          the trace: the last 65536 records
@@ -24,7 +24,7 @@
 extern "C" {
 #endif
 
-/* The environment variable that names the box's folder. Unset or empty: the box is under "/". */
+/* The environment variable that names the box's folder. When it is unset or empty, the box is at "/". */
 #define LMAINTE_HOST_ROOT "SPBOX_ROOT"
 
 /* ---- The operator's choice --------------------------------------------------------------------------------------- */
@@ -38,24 +38,24 @@ extern "C" {
  *   int32_t choice = 0;
  *   if (lmainte_ask_select(count, &choice, "Select a unit [1-%d, q to give up]: ", count) == LMAINTE_HOST_CHOSEN) ...
  *
- * Any other answer is told what is accepted and asked again: an empty line, a word, a number out of range, a line too
- * long. Spaces around the answer do not count. The answer is read from standard input up to its line's end and not a byte
- * further, and around standard input's own buffer: do not read it through stdio as well.
+ * After any other answer the operator is told what is accepted, and asked again: after an empty line, a word, a number out
+ * of range, a line too long. Spaces around the answer do not count. The function reads the descriptor of standard input up
+ * to the end of the line and not a byte further. It does not use the buffer of stdin: do not read it through stdio as well.
  */
 enum {
   LMAINTE_HOST_CHOSEN = 0,       /* second holds the choice */
   LMAINTE_HOST_GAVE_UP = 1,      /* the operator answered q */
   LMAINTE_HOST_END_OF_INPUT = 2, /* the input ended before an answer: Ctrl-D, or the terminal is gone */
   LMAINTE_HOST_INTERRUPTED = 3,  /* a signal handler without SA_RESTART ran: clean up, or ask again */
-  LMAINTE_HOST_ASK_FAILED = -1   /* a bad argument; the prompt cannot be written, or the answer not be read.
-                                    lmainte_ask_select says the same where it cannot prepare the terminal */
+  LMAINTE_HOST_ASK_FAILED = -1   /* a bad argument; the prompt cannot be written, or the answer cannot be read.
+                                    lmainte_ask_select returns the same when it cannot prepare the terminal */
 };
 
 /* ---- Messages to daemons ----------------------------------------------------------------------------------------- */
 
 /*
- * What lcmn_send, lcmn_receive and lmainte_ipc_communicate take for a message: a head in the machine's byte order, and
- * behind it what the command says.
+ * A message for lcmn_send, lcmn_receive and lmainte_ipc_communicate: a head in the machine's byte order, followed by what
+ * the command defines.
  *
  *   struct { lmainte_host_message head; uint32_t unit_id[2]; } request = {{sizeof request, ...}, ...};
  *   union { lmainte_host_message head; uint8_t bytes[LMAINTE_HOST_MESSAGE_MOST]; } reply;
@@ -66,49 +66,50 @@ enum {
 typedef struct lmainte_host_message {
   uint32_t size;    /* bytes of the whole message, this head included: from 16 to LMAINTE_HOST_MESSAGE_MOST */
   uint32_t daemon;  /* the daemon's number; liblmainte records it with the command */
-  uint32_t command; /* what is asked for; in a reply, what was */
-  /* the asker's count; its reply has the same. Count up, and a reply that comes when the next request has been sent is
-     dropped instead of being taken for the next one's */
+  uint32_t command; /* the request; a reply has that of its request */
+  /* a number of the caller's; a reply has that of its request. Count it up: then a late reply, which comes after the next
+     request was sent, is dropped and not taken for the reply to the next request */
   uint32_t sequence;
 } lmainte_host_message;
 
-/* The most bytes of a message. lcmn_receive knows no size: its buffer has room for these. */
+/* The largest size of a message in bytes. lcmn_receive is told no size: its buffer must have room for this. */
 #define LMAINTE_HOST_MESSAGE_MOST 1024
 
-/* How many channels a process may have open at a time. */
+/* The largest number of channels that a process may have open at the same time. */
 #define LMAINTE_HOST_CHANNELS_MOST 16
 
 /*
- * Opens a channel to the daemon of a name, such as "monitor", for lcmn_send, lcmn_receive and lmainte_ipc_communicate.
+ * Opens a channel to a daemon by its name, such as "monitor", for lcmn_send, lcmn_receive and lmainte_ipc_communicate.
  *
- * Returns its descriptor, which execve closes; end it with lmainte_host_close_channel, not with close. Or -1 with errno:
+ * Returns the channel's descriptor, which execve closes; close it with lmainte_host_close_channel, not with close. On
+ * failure returns -1 with errno:
  *   EINVAL        a null pointer; an empty name, one with a slash or a dot in front, one of 64 characters or more
  *   ENOENT, ECONNREFUSED  no such daemon runs
- *   EAGAIN        too many wait for it
+ *   EAGAIN        too many others wait for the daemon
  *   EACCES        the box or the daemon is another user's
- *   EMFILE        LMAINTE_HOST_CHANNELS_MOST channels are open, or the descriptors have come to the end of an fd_set
- *   ENFILE, ENOMEM  the system has no descriptor or no memory for it
+ *   EMFILE        LMAINTE_HOST_CHANNELS_MOST channels are open, or the descriptor would not fit into an fd_set
+ *   ENFILE, ENOMEM  the system has no descriptor or no memory left
  *
- * Of two commands in a box, the second one's daemon takes over when the first one ends. The second one's channels end with
- * that, as lcmn_select and lcmn_receive tell (LMAINTE_HOST_ONE_GONE, ECONNRESET): close the channel and open it anew. For a
- * moment no daemon runs; try again after some milliseconds.
+ * When two commands are in a box and the first one ends, the daemon of the second one takes over. The channels of the second
+ * command end then; lcmn_select and lcmn_receive report it (LMAINTE_HOST_ONE_GONE, ECONNRESET). Close the channel and open it
+ * anew. For a moment no daemon runs: try again after some milliseconds.
  */
 int32_t lmainte_host_open_channel(const char *daemon);
 
-/* Closes a channel; what was sent to it is lost. Returns 0, or -1 with errno EBADF where the descriptor is no channel. */
+/* Closes a channel; messages that were not received are lost. Returns 0, or -1 with errno EBADF for another descriptor. */
 int32_t lmainte_host_close_channel(int32_t fd);
 
 /*
- * Of the functions of lmainte_platform.h, none of which ends the process when a daemon is gone:
+ * These functions of lmainte_platform.h use channels. None of them ends the process when a daemon is gone.
  *
  * lcmn_send     does not wait. Returns the bytes sent, or -1 with errno: EINVAL a null message; EBADF no channel; EMSGSIZE
- *               a size out of range; EAGAIN the daemon has read none of the many messages before; EPIPE it is gone
+ *               a size out of range; EAGAIN the daemon has not read many earlier messages; EPIPE the daemon is gone
  * lcmn_receive  does not wait. Returns the message's bytes, or -1 with errno, the buffer untouched: EINVAL a null buffer;
  *               EBADF no channel; EAGAIN nothing has come; EBADMSG what came is no message or not as long as it says;
  *               ECONNRESET the daemon is gone
  * lcmn_select   watches all channels of the process. A signal does not shorten the wait; limit is not changed. Returns how
  *               many are ready, 0 when the time is over, or -1 with errno: EINVAL a null pointer, a set for writing or
- *               exceptions, a limit below 0; ENOTCONN no channel is open; EBADF one was closed behind the platform's back
+ *               exceptions, a limit below 0; ENOTCONN no channel is open; EBADF a channel was closed with close
  *
  * lcmn_select's two status bytes:
  */
@@ -116,16 +117,16 @@ enum {
   LMAINTE_HOST_READY = 0,     /* first: a channel is ready */
   LMAINTE_HOST_TIME_OVER = 1, /* first: nothing came in time */
   LMAINTE_HOST_ALL_THERE = 0, /* second: every channel still has its daemon */
-  /* second: a daemon has gone. Its channel counts as ready, and receiving from it fails once its last words are read */
+  /* second: a daemon is gone. Its channel counts as ready; receiving from it fails when its last messages are read */
   LMAINTE_HOST_ONE_GONE = 1
 };
 
 /* ---- The box's daemon -------------------------------------------------------------------------------------------- */
 
 /*
- * "monitor", number 1, runs as long as a command that `spbox run` started. It answers what follows and can be made late,
- * silent, dead or garbled with `spbox daemon`. The request is a head and, where words are named, these; the reply is
- * a lmainte_host_reply.
+ * "monitor", number 1, runs as long as the command that `spbox run` started. It answers the requests below. `spbox daemon`
+ * makes it late, silent, dead or garbled. A request is a head, followed by the words that its line names; the reply is a
+ * lmainte_host_reply.
  */
 #define LMAINTE_HOST_MONITOR "monitor"
 #define LMAINTE_HOST_MONITOR_NUMBER 1
@@ -154,15 +155,15 @@ typedef struct lmainte_host_reply {
 /* ---- Results of the configuration database ----------------------------------------------------------------------- */
 
 /*
- * What the scdb functions and lcmn_scdb_put return when they fail. liblmainte turns them all into its own results; the
- * trace shows which one it was.
+ * The results of the scdb functions and lcmn_scdb_put when they fail. liblmainte turns all of them into its own results;
+ * the trace shows the original one.
  */
 enum {
   LMAINTE_HOST_DB_ARGUMENT = -1, /* no such database, a null pointer, a bad key or size, flags that are not 0 */
   LMAINTE_HOST_DB_SESSION = -2,  /* opened or locked twice; not open or not locked */
   LMAINTE_HOST_DB_BUSY = -3,     /* another process has held the lock for 3 seconds */
   LMAINTE_HOST_DB_ABSENT = -4,   /* there is no such record */
-  LMAINTE_HOST_DB_STORAGE = -5   /* the files cannot be read or written, or the parent process has opened them */
+  LMAINTE_HOST_DB_STORAGE = -5   /* the files cannot be read or written, or the parent process opened them */
 };
 
 #ifdef __cplusplus
