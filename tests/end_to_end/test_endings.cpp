@@ -219,7 +219,7 @@ TEST_F(Sigterm, LeavesAControlProgramItsTimeToEnd) {
 
 class Daemon : public BoxTest {};
 
-TEST_F(Daemon, IsInTheBoxWhileACommandIsAndNoLonger) {
+TEST_F(Daemon, RunsOnlyWhileACommandIsInTheBox) {
   make_box("qa");
   start({CALL, "hold", "0"});
   ASSERT_TRUE(sees("held"));

@@ -28,7 +28,7 @@ class BreakageTest : public testing::Test {
   RecordName psus_{2, "current_psu_info"};
 };
 
-TEST_F(BreakageTest, TakesARecordAwayOrAByteOrGivesAByteMore) {
+TEST_F(BreakageTest, RemovesARecordOrMakesItAByteShorterOrLonger) {
   const box::Bytes whole = now(psus_).value();
   box::Bytes shorter = whole, longer = whole;
   shorter.pop_back();
@@ -55,7 +55,7 @@ TEST_F(BreakageTest, KeepsWhatACommandWroteAnew) {
   EXPECT_EQ(box::mend_record(place_, psus_), Mended::kWhole);
 }
 
-TEST_F(BreakageTest, BreaksAnewWhatACommandWroteSinceAndNotWhatWasBefore) {
+TEST_F(BreakageTest, BreaksTheRecordThatACommandWroteSince) {
   box::break_record(place_, psus_, Breakage::kMissing);
   const box::Bytes anew(3360, 7);
   box::Database(place_.database(2)).put("current_psu_info", anew);

@@ -424,7 +424,7 @@ TEST_F(DatabaseTest, AChangeOfItsOwnThatCannotBeSavedLeavesNoLock) {
             0);
 }
 
-TEST_F(DatabaseTest, AKeyThatIsNoneIsRefusedAndLeavesNoLock) {
+TEST_F(DatabaseTest, ABadKeyIsRefusedAndLeavesNoLock) {
   Database database(folder);
   EXPECT_NE(message_of([&] { database.put("", bytes("text")); }), "");
   EXPECT_NE(message_of([&] { database.put(std::string(600, 'k'), bytes("text")); }), "");

@@ -108,7 +108,7 @@ TEST(Prompt, SaysWhatASingleChoiceIs) {
   EXPECT_EQ(dialogue.shown, "Unit? Type 1, or q to give up.\nUnit? ");
 }
 
-TEST(Prompt, RefusesBadArgumentsWithoutAWord) {
+TEST(Prompt, RefusesBadArgumentsAndPrintsNothing) {
   for (std::int32_t choices : {0, -1}) {
     const Dialogue dialogue = ask("1\n", choices);
     EXPECT_EQ(dialogue.outcome, "-1");

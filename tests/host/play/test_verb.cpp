@@ -148,10 +148,13 @@ TEST_F(PlayVerb, RefusesWhatMakesNoSenseBeforeTheFirstStep) {
        "say \"begun\"\n",
        {},
        "walk.play makes no box. Write `box qe1`, for example, or give one"},
-      {"a box that is none", "say \"begun\"\n", {"--box", "boxes"}, "boxes is no box, and walk.play makes none."},
-      {"a picture of nothing", "box qe2\n", {"--picture", "walk.svg"}, "walk.play shows no screen to be drawn. Write "},
+      {"a folder that is no box", "say \"begun\"\n", {"--box", "boxes"}, "boxes is no box, and walk.play makes none."},
+      {"a picture of a play without screens",
+       "box qe2\n",
+       {"--picture", "walk.svg"},
+       "walk.play shows no screen to be drawn. Write "},
       {"a value without a name", "box qe2\n", {"PSU#3"}, "\"PSU#3\" gives no value: write NAME=VALUE"},
-      {"an option that is none", "box qe2\nsay \"begun\"\n", {"--twice"}, "spbox: "},
+      {"an unknown option", "box qe2\nsay \"begun\"\n", {"--twice"}, "spbox: "},
   };
   for (const Nonsense &row : rows) {
     const auto done = play(row.script, row.words);

@@ -24,22 +24,22 @@ class BoardPrograms : public ControlProgram {
 
 TEST_F(BoardPrograms, ABoardLeavesItsDomainStepByStep) {
   expect({{"a domain runs on it", "testsb", "-q -y 0", 128},
-          {"it is not deleted then", "deleteboard", "-q y -c unassign 00-0", 133},
-          {"nor divided", "setupfru", "-m n -x 4 sb 0", 137},
-          {"nor unlinked", "linkboard", "-u /CMU#0 -c down", 128, "link /CMU#0", ""},
-          {"but detached", "detachfru", "-u /CMU#0", 0, "detached /CMU#0", "yes"}});
+          {"an active board is not deleted", "deleteboard", "-q y -c unassign 00-0", 133},
+          {"an active board is not divided", "setupfru", "-m n -x 4 sb 0", 137},
+          {"an active board is not unlinked", "linkboard", "-u /CMU#0 -c down", 128, "link /CMU#0", ""},
+          {"the board is detached", "detachfru", "-u /CMU#0", 0, "detached /CMU#0", "yes"}});
   EXPECT_EQ(xsb("00-0"), "0 off");
   EXPECT_EQ(xsb("01-0"), "0 on");
   expect({{"it can be tested now", "testsb", "-q -y 0", 0},
-          {"and unlinked", "linkboard", "-u /CMU#0 -c down", 0, "link /CMU#0", "down"},
-          {"and deleted", "deleteboard", "-q y -c unassign 00-0", 0}});
+          {"the detached board is unlinked", "linkboard", "-u /CMU#0 -c down", 0, "link /CMU#0", "down"},
+          {"the detached board is deleted", "deleteboard", "-q y -c unassign 00-0", 0}});
   EXPECT_EQ(xsb("00-0"), "SP off");
 }
 
 TEST_F(BoardPrograms, ALinkedBoardRunsInItsDomainAgain) {
   expect({{"out", "detachfru", "-u /CMU#0", 0},
-          {"unlinked", "linkboard", "-u /CMU#0 -c down", 0},
-          {"its test leaves it detached", "testfru", "-u /CMU#0", 0, "detached /CMU#0", "yes"},
+          {"the board is unlinked", "linkboard", "-u /CMU#0 -c down", 0},
+          {"the test of the unit leaves it detached", "testfru", "-u /CMU#0", 0, "detached /CMU#0", "yes"},
           {"in", "linkboard", "-u /CMU#0 -c up", 0, "detached /CMU#0", ""}});
   EXPECT_EQ(hardware("link /CMU#0"), "up");
   EXPECT_EQ(xsb("00-0"), "0 on");
@@ -48,8 +48,8 @@ TEST_F(BoardPrograms, ALinkedBoardRunsInItsDomainAgain) {
 TEST_F(BoardPrograms, ABoardRunsWhenBothItsUnitsAreLinked) {
   expect({{"out", "detachfru", "-u /IOU#0", 0},
           {"one", "linkboard", "-u /CMU#0 -c down", 0},
-          {"the other", "linkboard", "-u /IOU#0 -c down", 0},
-          {"one again", "linkboard", "-u /CMU#0 -c up", 0}});
+          {"the second unit is unlinked", "linkboard", "-u /IOU#0 -c down", 0},
+          {"the first unit is linked again", "linkboard", "-u /CMU#0 -c up", 0}});
   EXPECT_EQ(xsb("00-0"), "0 off");
   expect({{"the other again", "linkboard", "-u /IOU#0 -c up", 0}});
   EXPECT_EQ(xsb("00-0"), "0 on");
@@ -57,8 +57,8 @@ TEST_F(BoardPrograms, ABoardRunsWhenBothItsUnitsAreLinked) {
 
 TEST_F(BoardPrograms, ADomainKeepsItsLastBoard) {
   expect({{"one of two", "detachfru", "-u /CMU#0", 0},
-          {"the last one", "judgectlfru", "-u /CMU#1 -c del", 232},
-          {"stays", "detachfru", "-u /CMU#1", 128, "detached /CMU#1", ""}});
+          {"the domain's last board may not be removed", "judgectlfru", "-u /CMU#1 -c del", 232},
+          {"the domain's last board is not detached", "detachfru", "-u /CMU#1", 128, "detached /CMU#1", ""}});
   EXPECT_EQ(xsb("01-0"), "0 on");
 }
 
@@ -68,8 +68,8 @@ TEST_F(BoardPrograms, OnlyAWholeBoardInOrderIsLinkedTestedAndDivided) {
   expect({{"a faulted module", "testsb", "-q -y 0", 208}, {"is not linked", "linkboard", "-u /CMU#0 -c up", 226}});
   change(Change::kPull, {"/CMU#0"});
   expect({{"a missing unit", "testsb", "-q -y 0", 128},
-          {"is not linked either", "linkboard", "-u /CMU#0 -c up", 128},
-          {"nor divided", "setupfru", "-m n -x 4 sb 0", 6}});
+          {"a missing unit is not linked", "linkboard", "-u /CMU#0 -c up", 128},
+          {"a board with a missing unit is not divided", "setupfru", "-m n -x 4 sb 0", 6}});
   EXPECT_EQ(xsb("00-0"), "0 off");
 }
 
@@ -84,27 +84,27 @@ TEST_F(BoardPrograms, QuestionsAreAnsweredWhileTheDatabasesAreLocked) {
   });
   ASSERT_TRUE(command.is_ready());
   expect({{"may a board go", "judgectlfru", "-u /CMU#0 -c del", 0},
-          {"may a module go", "judgectlfru", "-u /CMU#0/MEM#03A -c del", 232},
+          {"a module on a running board may not be removed", "judgectlfru", "-u /CMU#0/MEM#03A -c del", 232},
           {"a running board is not tested", "testsb", "-q -y 0", 128},
-          {"nor unlinked", "linkboard", "-u /CMU#0 -c down", 128},
-          {"a change has to wait", "detachfru", "-u /CMU#0", 8, "detached /CMU#0", ""}});
+          {"a running board is not unlinked", "linkboard", "-u /CMU#0 -c down", 128},
+          {"no unit is detached while the database is locked", "detachfru", "-u /CMU#0", 8, "detached /CMU#0", ""}});
 }
 
 TEST_F(BoardPrograms, OnlyBoardUnitsAreLinked) {
   expect({{"a power supply", "linkboard", "-u /PSU#0 -c up", 226},
-          {"a module", "linkboard", "-u /CMU#0/CPUM#1 -c up", 226}});
+          {"a module is not linked", "linkboard", "-u /CMU#0/CPUM#1 -c up", 226}});
 }
 
 TEST_F(BoardPrograms, ABoardIsDividedAndPutTogether) {
   expect({{"out", "detachfru", "-u /CMU#0", 0},
-          {"a whole board has one part", "deleteboard", "-q y -c unassign 00-1", 132},
-          {"four", "setupfru", "-m n -x 4 sb 0", 0, "mirror 0", "n"},
-          {"each can be deleted", "deleteboard", "-q y -c unassign 00-0 00-1 00-2 00-3", 0},
-          {"mirrored, one", "setupfru", "-m y -x 1 sb 0", 0, "mirror 0", "y"},
-          {"the others are no more", "deleteboard", "-q y -c unassign 00-0 00-1", 132}});
+          {"a board that is not divided has only part 0", "deleteboard", "-q y -c unassign 00-1", 132},
+          {"a board is divided into four", "setupfru", "-m n -x 4 sb 0", 0, "mirror 0", "n"},
+          {"all four parts are deleted", "deleteboard", "-q y -c unassign 00-0 00-1 00-2 00-3", 0},
+          {"a board is made one, mirrored", "setupfru", "-m y -x 1 sb 0", 0, "mirror 0", "y"},
+          {"parts that no longer exist are not deleted", "deleteboard", "-q y -c unassign 00-0 00-1", 132}});
 }
 
-TEST_F(BoardPrograms, PartsThatNoLongerExistAreNobodys) {
+TEST_F(BoardPrograms, PartsThatNoLongerExistBelongToNoDomain) {
   expect({{"out", "detachfru", "-u /CMU#3", 0}});
   EXPECT_EQ(xsb("03-1"), "1 off");
   expect({{"one", "setupfru", "-m n -x 1 sb 3", 0}});
@@ -112,9 +112,9 @@ TEST_F(BoardPrograms, PartsThatNoLongerExistAreNobodys) {
   EXPECT_EQ(xsb("03-1"), "SP off");
 }
 
-TEST_F(BoardPrograms, WhereOnePartCannotBeDeletedNoneIs) {
+TEST_F(BoardPrograms, NoPartIsDeletedWhenOneCannotBeDeleted) {
   expect({{"out", "detachfru", "-u /CMU#0", 0},
-          {"the second is active", "deleteboard", "-q y -c unassign 00-0 01-0", 133}});
+          {"no part is deleted when the second one is active", "deleteboard", "-q y -c unassign 00-0 01-0", 133}});
   EXPECT_EQ(xsb("00-0"), "0 off");
 }
 
@@ -125,10 +125,10 @@ class BoardProgramsOfTheEntryModel : public ControlProgram {
 
 TEST_F(BoardProgramsOfTheEntryModel, HaveNothingToDivide) {
   expect({{"divide", "setupfru", "-m n -x 1 sb 0", 136},
-          {"delete", "deleteboard", "-q y -c unassign 00-0", 131},
-          {"test", "testsb", "-q -y 0", 128},
-          {"unlink", "linkboard", "-u /MBU_A -c down", 128},
-          {"link", "linkboard", "-u /MBU_A -c up", 0, "link /MBU_A", "up"}});
+          {"nothing is deleted", "deleteboard", "-q y -c unassign 00-0", 131},
+          {"the board is not tested", "testsb", "-q -y 0", 128},
+          {"the board is not unlinked", "linkboard", "-u /MBU_A -c down", 128},
+          {"the board is linked", "linkboard", "-u /MBU_A -c up", 0, "link /MBU_A", "up"}});
 }
 
 }  // namespace

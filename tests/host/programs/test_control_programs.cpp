@@ -9,35 +9,35 @@ using EveryProgram = ControlProgram;
 
 TEST_F(EveryProgram, SwitchesMaintenanceModeOnceEachWay) {
   expect({{"a box is not in maintenance mode", "ctlmainte", "-c unlock", 200, "maintenance", "unlock"},
-          {"mode is entered", "ctlmainte", "-c lock", 0, "maintenance", "lock"},
-          {"mode is entered once", "ctlmainte", "-c lock", 128, "maintenance", "lock"},
-          {"mode is left", "ctlmainte", "-c unlock", 0, "maintenance", "unlock"},
-          {"there is no other mode", "ctlmainte", "-c open", 1, "maintenance", "unlock"},
-          {"a mode is needed", "ctlmainte", "", 1},
-          {"a mode has its option", "ctlmainte", "lock", 1},
-          {"an option comes once", "ctlmainte", "-c lock -c lock", 1, "maintenance", "unlock"}});
+          {"maintenance mode is switched on", "ctlmainte", "-c lock", 0, "maintenance", "lock"},
+          {"maintenance mode is not switched on twice", "ctlmainte", "-c lock", 128, "maintenance", "lock"},
+          {"maintenance mode is switched off", "ctlmainte", "-c unlock", 0, "maintenance", "unlock"},
+          {"an unknown mode is refused", "ctlmainte", "-c open", 1, "maintenance", "unlock"},
+          {"a missing mode is refused", "ctlmainte", "", 1},
+          {"a mode without its option is refused", "ctlmainte", "lock", 1},
+          {"an option that comes twice is refused", "ctlmainte", "-c lock -c lock", 1, "maintenance", "unlock"}});
 }
 
 TEST_F(EveryProgram, SetsTheFans) {
   expect({{"all fans", "ctlfan", "-c high", 0, "fan", "high"},
-          {"all fans slower", "ctlfan", "-c low", 0, "fan", "low"},
-          {"full speed is for one unit", "ctlfan", "-c full", 1, "fan", "low"},
+          {"all fans run slowly", "ctlfan", "-c low", 0, "fan", "low"},
+          {"full speed for all fans is refused", "ctlfan", "-c full", 1, "fan", "low"},
           {"one unit", "ctlfan", "-u /FAN_A#0 -c full", 0, "fan /FAN_A#0", "full"},
           {"a unit of another model", "ctlfan", "-u /FAN_A#9 -c low", 219, "fan /FAN_A#9", ""},
-          {"there is no other speed", "ctlfan", "-u /FAN_A#0 -c slow", 1, "fan /FAN_A#0", "full"}});
+          {"an unknown speed is refused", "ctlfan", "-u /FAN_A#0 -c slow", 1, "fan /FAN_A#0", "full"}});
 }
 
 TEST_F(EveryProgram, SwitchesLeds) {
   expect({{"blink", "ctlled", "-u /PSU#3 -c blink", 0, "led /PSU#3", "blink"},
           {"on", "ctlled", "-u /PSU#3 -c on", 0, "led /PSU#3", "on"},
           {"off", "ctlled", "-u /PSU#3 -c off", 0, "led /PSU#3", "off"},
-          {"of a unit below another", "ctlled", "-u /CMU#0/MEM#03A -c on", 0, "led /CMU#0/MEM#03A", "on"},
-          {"of a unit that is not in the databases", "ctlled", "-u /FANBP_C#0 -c on", 0, "led /FANBP_C#0", "on"},
-          {"of a unit that the model lacks", "ctlled", "-u /PSU#9 -c on", 206, "led /PSU#9", ""},
-          {"of no unit", "ctlled", "-c on", 1},
-          {"to no state", "ctlled", "-u /PSU#3 -c dim", 1, "led /PSU#3", "off"},
-          {"with a word too many", "ctlled", "-u /PSU#3 -c on now", 1, "led /PSU#3", "off"},
-          {"with an unknown option", "ctlled", "-u /PSU#3 -x -c on", 1, "led /PSU#3", "off"}});
+          {"a unit on another unit", "ctlled", "-u /CMU#0/MEM#03A -c on", 0, "led /CMU#0/MEM#03A", "on"},
+          {"a unit without a record", "ctlled", "-u /FANBP_C#0 -c on", 0, "led /FANBP_C#0", "on"},
+          {"a unit that the model does not have", "ctlled", "-u /PSU#9 -c on", 206, "led /PSU#9", ""},
+          {"no unit is named", "ctlled", "-c on", 1},
+          {"an unknown state", "ctlled", "-u /PSU#3 -c dim", 1, "led /PSU#3", "off"},
+          {"one word too many", "ctlled", "-u /PSU#3 -c on now", 1, "led /PSU#3", "off"},
+          {"an unknown option", "ctlled", "-u /PSU#3 -x -c on", 1, "led /PSU#3", "off"}});
 }
 
 TEST_F(EveryProgram, LightsTheLedOfAUnitThatWantsServiceOnSync) {
@@ -54,7 +54,7 @@ TEST_F(EveryProgram, LightsTheLedOfAUnitThatWantsServiceOnSync) {
 TEST_F(EveryProgram, SetsMaintenanceFlagsOnceEachWay) {
   expect({{"not under maintenance", "setmainteflag", "-u /PSU#3 -c end", 204, "flag /PSU#3", ""},
           {"start", "setmainteflag", "-u /PSU#3 -c start", 0, "flag /PSU#3", "start"},
-          {"start once", "setmainteflag", "-u /PSU#3 -c start", 128, "flag /PSU#3", "start"},
+          {"a flag that is set is not set again", "setmainteflag", "-u /PSU#3 -c start", 128, "flag /PSU#3", "start"},
           {"another unit", "setmainteflag", "-u /PSU#4 -c start", 0, "flag /PSU#4", "start"},
           {"end", "setmainteflag", "-u /PSU#3 -c end", 0, "flag /PSU#3", ""},
           {"a unit that the model lacks", "setmainteflag", "-u /PSU#9 -c start", 204, "flag /PSU#9", ""},
@@ -64,8 +64,8 @@ TEST_F(EveryProgram, SetsMaintenanceFlagsOnceEachWay) {
 TEST_F(EveryProgram, ReportsMaintenance) {
   expect({{"start", "vantamainte", "-s", 0, "report", "start"},
           {"end", "vantamainte", "-e", 0, "report", "end"},
-          {"one of the two", "vantamainte", "-s -e", 1, "report", "end"},
-          {"one at least", "vantamainte", "", 1}});
+          {"start and end at once are refused", "vantamainte", "-s -e", 1, "report", "end"},
+          {"neither start nor end is refused", "vantamainte", "", 1}});
 }
 
 TEST_F(EveryProgram, DrivesExpansionUnits) {
@@ -76,29 +76,29 @@ TEST_F(EveryProgram, DrivesExpansionUnits) {
           {"no such unit", "ioadm", "poweron /IOX@FFFF", 128, "power /IOX@FFFF", ""},
           {"no expansion unit", "ioadm", "-u /PSU#0 -c on", 128},
           {"no such LED mode", "ioadm", "-u /IOX@0A22 -c sync", 1},
-          {"both at once", "ioadm", "-c on poweron /IOX@0A22", 1}});
+          {"LED and power at once are refused", "ioadm", "-c on poweron /IOX@0A22", 1}});
 }
 
 TEST_F(EveryProgram, RefusesLinesThatMakeNoSense) {
   expect({{"judge what", "judgectlfru", "-u /PSU#0", 1},
-          {"judge which", "judgectlfru", "-c add", 1},
-          {"test what", "testfru", "", 1},
-          {"test and more", "testfru", "-u /PSU#0 twice", 1},
-          {"detach what", "detachfru", "", 1},
-          {"whose speed", "chkfanspeed", "", 1},
-          {"link where to", "linkboard", "-u /CMU#0 -c left", 1},
-          {"link what", "linkboard", "-c up", 1},
-          {"test which board", "testsb", "-q", 1},
-          {"divide what", "setupfru", "-m n -x 1 sb", 1},
-          {"divide in three", "setupfru", "-m n -x 3 sb 0", 1},
-          {"mirrored in four", "setupfru", "-m y -x 4 sb 3", 1},
-          {"divide another thing", "setupfru", "-m n -x 1 cmu 0", 1},
-          {"delete no part", "deleteboard", "-q y -c unassign 03-4", 1},
-          {"delete no number", "deleteboard", "-q y -c unassign 0x-0", 1},
-          {"delete nothing", "deleteboard", "-q y -c unassign", 1},
-          {"delete in another way", "deleteboard", "-q y -c remove 03-0", 1},
-          {"clear what", "clearpci", "", 1},
-          {"ready for what", "waitmgbready", "now", 1},
+          {"no unit to judge", "judgectlfru", "-c add", 1},
+          {"no unit to test", "testfru", "", 1},
+          {"one word too many for a test", "testfru", "-u /PSU#0 twice", 1},
+          {"no unit to detach", "detachfru", "", 1},
+          {"no unit whose speed is checked", "chkfanspeed", "", 1},
+          {"an unknown direction of a link", "linkboard", "-u /CMU#0 -c left", 1},
+          {"no unit to link", "linkboard", "-c up", 1},
+          {"no board to test", "testsb", "-q", 1},
+          {"no board to divide", "setupfru", "-m n -x 1 sb", 1},
+          {"a division into three", "setupfru", "-m n -x 3 sb 0", 1},
+          {"mirrored memory and four parts", "setupfru", "-m y -x 4 sb 3", 1},
+          {"a division of something that is no board", "setupfru", "-m n -x 1 cmu 0", 1},
+          {"a part number above 3", "deleteboard", "-q y -c unassign 03-4", 1},
+          {"a board number that is no number", "deleteboard", "-q y -c unassign 0x-0", 1},
+          {"no part to delete", "deleteboard", "-q y -c unassign", 1},
+          {"an unknown way to delete", "deleteboard", "-q y -c remove 03-0", 1},
+          {"no slot to clear", "clearpci", "", 1},
+          {"one word too many for waitmgbready", "waitmgbready", "now", 1},
           {"ready", "waitmgbready", "", 0}});
 }
 
@@ -110,7 +110,7 @@ TEST_F(EveryProgram, HasAStatusForAUnitThatTheModelLacks) {
           {"link", "linkboard", "-u /CMU#9 -c up", 226},
           {"clear", "clearpci", "-u /IOU#9/PCI#1", 220},
           {"test a board", "testsb", "-q -y 4", 208},
-          {"test what is no number", "testsb", "-q -y 3x", 208},
+          {"test a board whose number is no number", "testsb", "-q -y 3x", 208},
           {"divide a board", "setupfru", "-m n -x 4 sb 4", 136},
           {"delete a board", "deleteboard", "-q y -c unassign 04-0", 131}});
 }
@@ -193,7 +193,7 @@ TEST_F(EveryProgram, FailsWhereThereIsNoBox) {
   EXPECT_EQ(run("ctlled", "-u /PSU#3 -c blink"), 8);
 }
 
-TEST_F(EveryProgram, IsNoneUnderAnotherName) {
+TEST_F(EveryProgram, DoesNotRunUnderAnUnknownName) {
   EXPECT_EQ(run("ctlother", "-c on"), 1);
 }
 

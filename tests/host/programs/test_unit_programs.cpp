@@ -22,24 +22,24 @@ class UnitProgramsOfTheEntryModel : public ControlProgram {
 TEST_F(UnitPrograms, AReplacementGoesThroughThemStepByStep) {
   expect({{"it may be taken", "judgectlfru", "-u /PSU#3 -c del", 0},
           {"a unit in operation is not added", "judgectlfru", "-u /PSU#3 -c add", 128},
-          {"it is taken out of operation", "detachfru", "-u /PSU#3", 0, "detached /PSU#3", "yes"},
-          {"where it is already", "detachfru", "-u /PSU#3", 0, "detached /PSU#3", "yes"}});
+          {"a unit in operation is detached", "detachfru", "-u /PSU#3", 0, "detached /PSU#3", "yes"},
+          {"a detached unit may be detached again", "detachfru", "-u /PSU#3", 0, "detached /PSU#3", "yes"}});
   change(Change::kPull, {"/PSU#3"});
   expect({{"an empty place may get one", "judgectlfru", "-u /PSU#3 -c add", 0},
-          {"an empty place has nothing to take", "judgectlfru", "-u /PSU#3 -c del", 128},
-          {"nor to test", "testfru", "-u /PSU#3", 128, "detached /PSU#3", "yes"},
-          {"nor to detach", "detachfru", "-u /PSU#3", 128}});
+          {"nothing is removed from an empty place", "judgectlfru", "-u /PSU#3 -c del", 128},
+          {"nothing is tested in an empty place", "testfru", "-u /PSU#3", 128, "detached /PSU#3", "yes"},
+          {"nothing is detached in an empty place", "detachfru", "-u /PSU#3", 128}});
   change(Change::kInsert, {"/PSU#3"});
   expect({{"the new one may be added", "judgectlfru", "-u /PSU#3 -c add", 0},
-          {"it passes, and is in operation", "testfru", "-u /PSU#3", 0, "detached /PSU#3", ""},
-          {"it is not added again", "judgectlfru", "-u /PSU#3 -c add", 128}});
+          {"a unit that passes its test is in operation", "testfru", "-u /PSU#3", 0, "detached /PSU#3", ""},
+          {"a unit that passed is not added again", "judgectlfru", "-u /PSU#3 -c add", 128}});
 }
 
 TEST_F(UnitPrograms, AFaultedUnitFailsItsTest) {
   change(Change::kFault, {"/PSU#3"});
   expect({{"faulted, it may be added anew", "judgectlfru", "-u /PSU#3 -c add", 0},
           {"detached", "detachfru", "-u /PSU#3", 0, "detached /PSU#3", "yes"},
-          {"it fails, and stays detached", "testfru", "-u /PSU#3", 208, "detached /PSU#3", "yes"}});
+          {"a unit that fails its test stays detached", "testfru", "-u /PSU#3", 208, "detached /PSU#3", "yes"}});
   change(Change::kRepair, {"/PSU#3"});
   expect({{"repaired", "testfru", "-u /PSU#3", 0, "detached /PSU#3", ""}});
   change(Change::kDegrade, {"/PSU#4"});
@@ -55,29 +55,29 @@ TEST_F(UnitProgramsOfTheEntryModel, TheLastOneThatWorksIsNotTaken) {
   expect({{"one of two", "judgectlfru", "-u /PSU#0 -c del", 0}});
   change(Change::kFault, {"/PSU#1"});
   expect({{"the other one is faulted", "judgectlfru", "-u /PSU#0 -c del", 232},
-          {"so it is not detached", "detachfru", "-u /PSU#0", 128, "detached /PSU#0", ""},
-          {"the faulted one may go", "judgectlfru", "-u /PSU#1 -c del", 0}});
+          {"the last working unit is not detached", "detachfru", "-u /PSU#0", 128, "detached /PSU#0", ""},
+          {"the faulted unit may be removed", "judgectlfru", "-u /PSU#1 -c del", 0}});
   change(Change::kRepair, {"/PSU#1"});
   expect({{"the other one is detached", "detachfru", "-u /PSU#1", 0},
-          {"then this one has to stay", "judgectlfru", "-u /PSU#0 -c del", 232},
-          {"until that one is back", "testfru", "-u /PSU#1", 0},
-          {"and may go again", "judgectlfru", "-u /PSU#0 -c del", 0}});
+          {"the only unit in operation may not be removed", "judgectlfru", "-u /PSU#0 -c del", 232},
+          {"the other unit passes its test", "testfru", "-u /PSU#1", 0},
+          {"then the first unit may be removed", "judgectlfru", "-u /PSU#0 -c del", 0}});
 }
 
 TEST_F(UnitProgramsOfTheEntryModel, TheOnlyBoardIsNotTakenNorWhatSitsOnIt) {
   expect({{"the board", "judgectlfru", "-u /MBU_A -c del", 232},
           {"a memory module", "judgectlfru", "-u /MBU_A/MEM#0A -c del", 232},
-          {"is not detached", "detachfru", "-u /MBU_A", 128},
-          {"a card may", "judgectlfru", "-u /MBU_A/PCI#0 -c del", 0}});
+          {"the only board is not detached", "detachfru", "-u /MBU_A", 128},
+          {"the card of a PCI slot may be removed", "judgectlfru", "-u /MBU_A/PCI#0 -c del", 0}});
 }
 
 TEST_F(UnitPrograms, AModuleMayGoOnceNoDomainRunsOnItsBoard) {
   expect({{"a domain runs", "judgectlfru", "-u /CMU#0/MEM#03A -c del", 232},
           {"the board is detached", "detachfru", "-u /CMU#0", 0},
-          {"the module may go", "judgectlfru", "-u /CMU#0/MEM#03A -c del", 0}});
+          {"a module on a detached board may be removed", "judgectlfru", "-u /CMU#0/MEM#03A -c del", 0}});
   change(Change::kPull, {"/CMU#0"});
   expect({{"no module without a board", "judgectlfru", "-u /CMU#0/MEM#03A -c add", 128},
-          {"the board may come back", "judgectlfru", "-u /CMU#0 -c add", 0}});
+          {"the board may be added again", "judgectlfru", "-u /CMU#0 -c add", 0}});
 }
 
 // A unit under maintenance is marked in its status word, and the server in its own while any unit is.
@@ -104,15 +104,15 @@ TEST_F(UnitPrograms, UnitsUnderMaintenanceAreMarkedInTheDatabase) {
   expect_marks(false, false, false);
 }
 
-TEST_F(UnitPrograms, AMarkDecidesNothing) {
+TEST_F(UnitPrograms, AMarkForReplacementChangesNoDecision) {
   change(Change::kFault, {"/PSU#4"});
   expect({{"of a unit that works", "setmainteflag", "-u /PSU#3 -c start", 0},
           {"of a faulted one", "setmainteflag", "-u /PSU#4 -c start", 0},
-          {"it is in operation", "judgectlfru", "-u /PSU#3 -c add", 128},
-          {"it may go", "judgectlfru", "-u /PSU#3 -c del", 0},
-          {"it wants no service", "ctlled", "-u /PSU#3 -c sync", 0, "led /PSU#3", "off"},
-          {"it passes", "testfru", "-u /PSU#3", 0},
-          {"the faulted one fails", "testfru", "-u /PSU#4", 208}});
+          {"a unit under maintenance is not added", "judgectlfru", "-u /PSU#3 -c add", 128},
+          {"a unit under maintenance may be removed", "judgectlfru", "-u /PSU#3 -c del", 0},
+          {"sync leaves the LED of a normal unit off", "ctlled", "-u /PSU#3 -c sync", 0, "led /PSU#3", "off"},
+          {"a unit under maintenance passes its test", "testfru", "-u /PSU#3", 0},
+          {"a faulted unit fails its test", "testfru", "-u /PSU#4", 208}});
 }
 
 // The flag, the unit's mark and that of the server: all three change or none does.

@@ -152,7 +152,7 @@ TEST_F(Daemon, IsReportedWhenItEndsBeforeTheCommand) {
             "spbox: the box's daemon ended before the command: signal 9. Requests to it failed from then on.\n");
 }
 
-TEST_F(Daemon, IsDoneWithoutWhereItCannotRun) {
+TEST_F(Daemon, DoesNotKeepTheCommandFromRunningWhenItCannotStart) {
   std::ofstream(place().daemons()).close();  // a file where its folder should be
   const Done seen = in_box({"true"});
   EXPECT_EQ(seen.exit_status, 0);

@@ -178,7 +178,7 @@ TEST_F(TechnicianTest, WaitsForATextInAFile) {
   EXPECT_LE(now_, 1004s);
 }
 
-TEST_F(TechnicianTest, LooksAtTheTraceFromWhereHeCame) {
+TEST_F(TechnicianTest, LooksAtTheTraceFromTheStartOfTheTechnician) {
   record(0x110C06B0);
   EXPECT_THROW(work("when trace lmainte_chk_fru_install entry", 5s), spbox::ScriptError) << "long ago";
   at(now_ + 1s, [this] { record(0x110C06B0); });

@@ -76,7 +76,7 @@ TEST_F(LmainteAskSelect, EmptyPromptIsAPrompt) {
   EXPECT_EQ(machine().asked.at(0).prompt, "");
 }
 
-TEST_F(LmainteAskSelect, NowhereToPutTheAnswerIsRefused) {
+TEST_F(LmainteAskSelect, MissingPointerToTheAnswerIsRefused) {
   EXPECT_EQ(doubles::printed_by([this] { result_ = lmainte_ask_select(1, nullptr, nullptr); }), "");
   EXPECT_EQ(result_, -1);
   EXPECT_EQ(machine().calls, Lines{});

@@ -43,7 +43,7 @@ TEST_F(LmainteDotEnd, IndicatorThatHasEndedIsReapedAndGetsNoSignal) {
   EXPECT_EQ(own_trace(), (Lines{"100 110C0380", "8001 110C0382 500", "100 110C0381"}));
 }
 
-TEST_F(LmainteDotEnd, StrangersGetNoSignal) {
+TEST_F(LmainteDotEnd, ProcessThatIsNoChildGetsNoSignal) {
   for (const int32_t pid : {1, 4711, INT_MAX}) {
     machine().start();
     lmainte_dot_end(pid);

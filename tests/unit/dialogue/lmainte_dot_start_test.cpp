@@ -337,8 +337,8 @@ struct RefusedRow {
 TEST_F(LmainteDotStart, RequestIsCheckedBeforeAnythingIsPrinted) {
   const RefusedRow rows[] = {{"disabled", {0, "Testing: ", 60}, "805 110C1372 0 60"},
                              {"no seconds", {1, "Testing: ", 0}, "805 110C1372 1 0"},
-                             {"fewer than no seconds", {7, "Testing: ", -1}, "805 110C1372 7 -1"},
-                             {"the fewest seconds", {1, nullptr, INT_MIN}, "805 110C1372 1 -2147483648"}};
+                             {"a negative number of seconds", {7, "Testing: ", -1}, "805 110C1372 7 -1"},
+                             {"the smallest number of seconds", {1, nullptr, INT_MIN}, "805 110C1372 1 -2147483648"}};
   for (const auto &row : rows) {
     machine().start();
     EXPECT_EQ(doubles::printed_by([&] { EXPECT_EQ(lmainte_dot_start(&row.request), -1); }), "") << row.says;

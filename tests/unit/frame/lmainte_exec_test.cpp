@@ -196,10 +196,10 @@ TEST_F(LmainteExec, RefusesWhatItCannotRun) {
       {"a time limit of 0", 0, 0, "-c lock"},
       {"a negative time limit", 0, -1, "-c lock"},
       {"the smallest time limit", 0, INT32_MIN, "-c lock"},
-      {"the number behind the last", 16, 10, "-c lock"},
+      {"the number after the last", 16, 10, "-c lock"},
       {"the number that ends the table", -1, 10, "-c lock"},
       {"a negative number", -2, 10, "-c lock"},
-      {"nothing that is right", -1, 0, nullptr},
+      {"all arguments wrong", -1, 0, nullptr},
   };
   for (const auto &row : kRows) {
     machine().start();

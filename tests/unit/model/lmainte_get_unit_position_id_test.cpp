@@ -637,10 +637,11 @@ struct CutRow {
 TEST_F(ReplaceMemLocation, CutsAt31Characters) {
   constexpr CutRow kRows[] = {
       {"31 characters fit", "123456789012345", "ABCDEFGHIJKLMNO", "123456789012345/ABCDEFGHIJKLMNO"},
-      {"of 32 one is cut", "123456789012345", "ABCDEFGHIJKLMNOP", "123456789012345/ABCDEFGHIJKLMNO"},
-      {"the stroke may be the last", "123456789012345678901234567890", "ABC", "123456789012345678901234567890/"},
-      {"or be cut itself", "1234567890123456789012345678901", "ABC", "1234567890123456789012345678901"},
-      {"empty parts leave the stroke", "", "", "/"},
+      {"one of 32 characters is cut", "123456789012345", "ABCDEFGHIJKLMNOP", "123456789012345/ABCDEFGHIJKLMNO"},
+      {"the slash may be the last character", "123456789012345678901234567890", "ABC",
+       "123456789012345678901234567890/"},
+      {"the slash may be cut", "1234567890123456789012345678901", "ABC", "1234567890123456789012345678901"},
+      {"empty parts leave the slash", "", "", "/"},
   };
   for (const auto &row : kRows) {
     lmainte_path_component parts[3] = {{}, part("", "", row.second), part("", "", row.third)};

@@ -76,17 +76,12 @@ struct DivisionRow {
 
 TEST_F(BoardOperations, SetUpRefusesWhatIsNotOffered) {
   constexpr DivisionRow kRows[] = {
-      {"four boards, mirrored", 4, 1},
-      {"mirrored twice", 1, 2},
-      {"mirrored by less than nothing", 1, -1},
-      {"four boards, twice", 4, 2},
-      {"two boards", 2, 0},
-      {"two boards, mirrored", 2, 1},
-      {"no board", 0, 0},
-      {"no board, mirrored", 0, 1},
-      {"less than no board", -1, 0},
-      {"257 boards", 257, 0},
-      {"mirrored 256 times", 1, 256},
+      {"division 4, mirrored", 4, 1}, {"mirror 2", 1, 2},
+      {"mirror -1", 1, -1},           {"division 4, mirror 2", 4, 2},
+      {"division 2", 2, 0},           {"division 2, mirrored", 2, 1},
+      {"division 0", 0, 0},           {"division 0, mirrored", 0, 1},
+      {"a division of -1", -1, 0},    {"division 257", 257, 0},
+      {"mirror 256", 1, 256},
   };
   for (const auto &row : kRows) {
     machine().start();

@@ -18,7 +18,7 @@ class LmainteClearStatus : public doubles::LibraryTest {
   }
 };
 
-TEST_F(LmainteClearStatus, NoArgumentsAreAsGoodAsSome) {
+TEST_F(LmainteClearStatus, EmptyArgumentsAreAccepted) {
   expect_arguments(doubles::a_request(""), "/mgb/bin/clearpci\n");
 }
 

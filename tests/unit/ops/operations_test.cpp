@@ -279,7 +279,7 @@ TEST_F(UnitOperations, NegativeTimeLimitOfAnExpansionUnitReachesTheRunner) {
   EXPECT_EQ(doubles::trace().size(), 3u);
 }
 
-TEST_F(UnitOperations, TimeLimitOfZeroOfAnExpansionUnitDoesNot) {
+TEST_F(UnitOperations, TimeLimitOfZeroOfAnExpansionUnitRunsNothing) {
   EXPECT_EQ(lmainte_control_ioxled(0, 0, &doubles::the_unit()), 8);
   EXPECT_EQ(lmainte_control_ioxpower(0, 0, &doubles::the_unit()), 8);
   EXPECT_EQ(doubles::trace(), Lines{});
