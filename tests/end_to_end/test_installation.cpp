@@ -18,7 +18,7 @@ class Installation : public BoxTest {
  protected:
   void SetUp() override { make_box("qe1"); }
 
-  // The technician begins with a pull of /PSU#3; he is there once that is done.
+  // The technician begins with a pull of /PSU#3; they are ready when that is done.
   void technician(const std::string &steps) {
     hands_ = std::async(std::launch::async, [command = Words{SPBOX, "technician", box(), "--do",
                                                              "pull /PSU#3; " + steps}] { return run_to_end(command); });

@@ -249,7 +249,7 @@ TEST_F(Exchange, OfABoardThatNobodyTookOutOfOperation) {
 
 class AnotherUnit : public BoxTest {
  protected:
-  // The operator is asked to put one in; it is in when he gives up.
+  // The operator is asked to put one in; it is in when they give up.
   void gives_up_when_it_is_in(const Words &out) {
     answers("Put in /PSU#0 now.");
     spbox({"insert", "/PSU#0"});

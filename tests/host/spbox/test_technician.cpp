@@ -97,7 +97,7 @@ TEST(TechnicianScript, NamesTheStepThatMakesNoSenseAndTheWayOut) {
   }
 }
 
-// A technician whose time is the test's: while he sleeps, what is planned for that time happens.
+// A technician whose clock is the test's: while they sleep, the things happen that are planned for that time.
 class TechnicianTest : public testing::Test {
  protected:
   TechnicianTest() { box::create_box(place_, LMAINTE_MODEL_QE1); }
@@ -182,7 +182,7 @@ TEST_F(TechnicianTest, LooksAtTheTraceFromTheStartOfTheTechnician) {
   record(0x110C06B0);
   EXPECT_THROW(work("when trace lmainte_chk_fru_install entry", 5s), spbox::ScriptError) << "long ago";
   at(now_ + 1s, [this] { record(0x110C06B0); });
-  work("after 3; when trace lmainte_chk_fru_install entry");  // while he waited for something else
+  work("after 3; when trace lmainte_chk_fru_install entry");  // while they waited for something else
   EXPECT_THROW(work("when trace lmainte_chk_fru_install exit", 5s), spbox::ScriptError);
 }
 

@@ -12,16 +12,16 @@
 
 namespace doubles {
 
-// The trace as text, a record a line: level and event in hexadecimal, then the values in decimal.
+// The trace as text, one line for each record: level and event in hexadecimal, then the values in decimal.
 Lines trace();
 Lines trace_of(uint32_t entry_event);  // of the function with this entry record alone, errors included
 Lines child_trace();
 std::vector<uint32_t> source_lines_of(uint32_t event);
 
-// Laws that are broken, a sentence for each: records are well formed, and calls nest from their entries to their exits.
+// One sentence for each law that is broken: records are well formed, and calls nest from their entries to their exits.
 Lines broken_trace_laws();
 
-// Runs a test's body where the state that it leaves in the library harms no other test.
+// Runs a test's body in a place where the state that it leaves in the library harms no other test.
 void in_a_process_of_its_own(const std::function<void()> &body);
 
 // What is written to standard output meanwhile.

@@ -1,7 +1,7 @@
 // The machine that the library sees in a unit test: databases, files, a trace, a terminal, child processes and a clock.
 //
-// Everything lies in memory. Every call of the library is written down as a line of text and can be made to fail. What
-// the library must give back is counted. It can also fork in earnest: trace, calls and execve of such a child are kept
+// Everything is in memory. Every call of the library is written down as a line of text and can be made to fail. What
+// the library must give back is counted. It can also really fork: trace, calls and execve of such a child are kept
 // in shared memory, where the test reads them.
 #pragma once
 
@@ -139,7 +139,7 @@ class Machine {
   bool child_left_by_exit() const;  // without running the caller's exit handlers
   uint32_t blocks_left_in_child() const;
 
-  // What is not given back, a sentence for each.
+  // One sentence for each thing that the library did not give back.
   Lines left_behind() const;
   void forget_children() { children.clear(); }
 

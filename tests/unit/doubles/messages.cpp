@@ -36,7 +36,7 @@ int32_t lcmn_receive(int32_t fd, void *message) {
   return machine().daemon.result;
 }
 
-// Its status bytes and its set come in cleared: what they hold afterwards is this function's alone.
+// The caller clears the status bytes and the set: what they hold afterwards comes from this function.
 int32_t lcmn_select(uint8_t *status_1, uint8_t *status_2, fd_set *readable, fd_set *writable, fd_set *exceptional,
                     timeval *limit) {
   EXPECT_EQ(*status_1 + *status_2, 0) << "status bytes that are not cleared";

@@ -124,7 +124,7 @@ int32_t scdb_get(uint32_t db_id, const char *key, void **record, int32_t *size, 
   return stored.result;
 }
 
-// A null record is taken without a word: refusing it is the library's own.
+// A null record is accepted: to refuse it is the library's task.
 int32_t lcmn_scdb_put(uint32_t db_id, const char *key, const void *data, int32_t size, uint32_t flags) {
   require(is_padded(key), "a key that is not padded with zero bytes");
   require(flags == 0, "flags in a write");

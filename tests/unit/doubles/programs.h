@@ -1,4 +1,4 @@
-// Child processes that never exist: what becomes of each, told beforehand and played on the double's clock.
+// Child processes that do not exist: a test says what each will do, and it happens on the double's clock.
 #pragma once
 
 #include <climits>

@@ -1,4 +1,4 @@
-// Handlers and masks of signals: written down, and then set in earnest.
+// Handlers and masks of signals: they are written down, and then really set.
 
 #include <cerrno>
 #include <csignal>

@@ -19,7 +19,7 @@ using doubles::Machine;
 using doubles::machine;
 using doubles::Program;
 
-// Functions of the system that the library calls by name. Where no machine is running they are the system's own.
+// Functions of the system that the library calls by name. While no machine runs, they are the system's own.
 
 namespace {
 
@@ -148,7 +148,7 @@ void __wrap__exit(int status) {
   __real__exit(status);
 }
 
-// A child that runs in earnest ends at once, so a wait for it need not be repeated.
+// A real child ends at once, so a wait for it need not be repeated.
 pid_t __wrap_waitpid(pid_t pid, int *status, int options) {
   if (!machine().active) return __real_waitpid(pid, status, options);
   const bool no_hang = (options & WNOHANG) != 0;

@@ -10,7 +10,7 @@ namespace {
 using doubles::Lines;
 using doubles::machine;
 
-// Programs are played on the double's clock, or run in earnest as far as execve.
+// Programs are played on the double's clock, or are real children up to execve.
 class LmainteExec : public doubles::LibraryTest {
  protected:
   void SetUp() override {

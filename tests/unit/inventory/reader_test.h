@@ -17,7 +17,7 @@ namespace doubles {
 
 constexpr uint8_t kUntouched = 0x5A;
 
-// A record as the caller left it.
+// A record as it was before the call.
 template <class Record>
 Record untouched() {
   Record record;
