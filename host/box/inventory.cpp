@@ -2,10 +2,10 @@
 
 #include <algorithm>
 
+#include "host/box/hardware.h"
 #include "host/box/inventory_records.h"
 #include "host/box/model.h"
 #include "host/box/partitions.h"
-#include "host/box/programs.h"
 #include "host/box/record_layout.h"
 #include "host/box/record_set.h"
 
@@ -247,7 +247,7 @@ bool Inventory::set_flag(std::string_view name, bool start) const {
   Hardware hardware(place_);
   current.lock();
   hardware.lock();
-  const bool before = !hardware.flag(whole).empty();
+  const bool before = hardware.flag(whole);
   if (before == start) return before;
   hardware.set_flag(whole, start);
   if (const auto unit = place_named(whole); unit != places_.end()) {

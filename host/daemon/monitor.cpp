@@ -12,9 +12,9 @@
 #include <span>
 
 #include "host/box/event_log.h"
+#include "host/box/hardware.h"
 #include "host/box/inventory.h"
 #include "host/box/model.h"
-#include "host/box/programs.h"
 #include "host/include/lmainte_host.h"
 #include "include/lmainte.h"
 
@@ -113,7 +113,7 @@ void fill(const Moment &now, Body request, lmainte_host_reply &reply) {
 // A daemon that cannot even read how it is bent is not bent.
 box::DaemonBend bend_in(const box::Place &place) {
   try {
-    return box::daemon_bend(box::Hardware(place));
+    return box::daemon_bend(box::TextDatabase(place));
   } catch (const std::exception &) {
     return {};
   }

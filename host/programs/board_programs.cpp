@@ -88,7 +88,7 @@ int setupfru(const Arguments &arguments, Machine &machine) {
   if (boards.is_active(*board)) return kBoardActive;
   boards.divide(*board, division == "1" ? 1 : 4);
   boards.save();
-  machine.hardware.set("mirror " + std::to_string(*board), mirror);
+  machine.hardware.set_mirrored(*board, mirror == "y");
   return kDone;
 }
 

@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <iterator>
 
+#include "host/box/programs.h"
+
 namespace programs {
 namespace {
 

@@ -8,8 +8,8 @@
 #include <string>
 #include <string_view>
 
+#include "host/box/hardware.h"
 #include "host/box/inventory.h"
-#include "host/box/programs.h"
 
 namespace programs {
 

@@ -74,7 +74,7 @@ int show_unrecorded(const box::Hardware &hardware, const std::string &name, cons
                             {"unit_id", nullptr},
                             {"state", nullptr},
                             {"led", hardware.led(name)},
-                            {"maintenance", hardware.flag(name) == "start"},
+                            {"maintenance", hardware.flag(name)},
                             {"detached", hardware.detached(name)}};
     if (id) entry["unit_id"] = {hexadecimal((*id)[0]), hexadecimal((*id)[1])};
     if (const auto speed = hardware.fan(name); !speed.empty()) entry["fan_speed"] = speed;
