@@ -7,6 +7,15 @@
 namespace box {
 namespace {
 
+constexpr bool are_in_order() {
+  for (std::size_t i = 0; i < kPrograms.size(); ++i) {
+    const Program &row = kPrograms[i];
+    if (row.number != i || row.path.substr(row.path.rfind('/') + 1) != row.name) return false;
+  }
+  return true;
+}
+static_assert(are_in_order(), "a row has another number than its place, or another name than its path");
+
 std::string bend_key(std::string_view program) {
   return "bend " + std::string(program);
 }

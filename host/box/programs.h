@@ -8,6 +8,7 @@
 #include <string_view>
 
 #include "host/box/text_database.h"
+#include "include/lmainte.h"
 
 namespace box {
 
@@ -15,28 +16,29 @@ namespace box {
 inline constexpr std::string_view kControlProgram = "/mgb/lib/control_program";
 
 struct Program {
+  std::uint32_t number;  // by which the library runs it
   std::string_view name;
   std::string_view path;
 };
 
-// In the order of their numbers (LMAINTE_CMD_...).
+// In the order of their numbers.
 inline constexpr std::array<Program, 16> kPrograms{{
-    {"ctlmainte", "/mgb/bin/ctlmainte"},
-    {"ctlfan", "/mgb/bin/ctlfan"},
-    {"judgectlfru", "/mgb/bin/judgectlfru"},
-    {"testfru", "/mgb/bin/testfru"},
-    {"detachfru", "/mgb/bin/detachfru"},
-    {"ctlled", "/mgb/bin/ctlled"},
-    {"waitmgbready", "/mgb/bin/waitmgbready"},
-    {"setmainteflag", "/mgb/bin/setmainteflag"},
-    {"setupfru", "/mgb/cli/usr/bin/setupfru"},
-    {"ioadm", "/mgb/cli/usr/bin/ioadm"},
-    {"clearpci", "/mgb/bin/clearpci"},
-    {"vantamainte", "/mgb/bin/vantamainte"},
-    {"testsb", "/mgb/cli/usr/bin/testsb"},
-    {"deleteboard", "/mgb/cli/usr/bin/deleteboard"},
-    {"chkfanspeed", "/mgb/bin/chkfanspeed"},
-    {"linkboard", "/mgb/bin/linkboard"},
+    {LMAINTE_CMD_CTLMAINTE, "ctlmainte", "/mgb/bin/ctlmainte"},
+    {LMAINTE_CMD_CTLFAN, "ctlfan", "/mgb/bin/ctlfan"},
+    {LMAINTE_CMD_JUDGECTLFRU, "judgectlfru", "/mgb/bin/judgectlfru"},
+    {LMAINTE_CMD_TESTFRU, "testfru", "/mgb/bin/testfru"},
+    {LMAINTE_CMD_DETACHFRU, "detachfru", "/mgb/bin/detachfru"},
+    {LMAINTE_CMD_CTLLED, "ctlled", "/mgb/bin/ctlled"},
+    {LMAINTE_CMD_WAITMGBREADY, "waitmgbready", "/mgb/bin/waitmgbready"},
+    {LMAINTE_CMD_SETMAINTEFLAG, "setmainteflag", "/mgb/bin/setmainteflag"},
+    {LMAINTE_CMD_SETUPFRU, "setupfru", "/mgb/cli/usr/bin/setupfru"},
+    {LMAINTE_CMD_IOADM, "ioadm", "/mgb/cli/usr/bin/ioadm"},
+    {LMAINTE_CMD_CLEARPCI, "clearpci", "/mgb/bin/clearpci"},
+    {LMAINTE_CMD_VANTAMAINTE, "vantamainte", "/mgb/bin/vantamainte"},
+    {LMAINTE_CMD_TESTSB, "testsb", "/mgb/cli/usr/bin/testsb"},
+    {LMAINTE_CMD_DELETEBOARD, "deleteboard", "/mgb/cli/usr/bin/deleteboard"},
+    {LMAINTE_CMD_CHKFANSPEED, "chkfanspeed", "/mgb/bin/chkfanspeed"},
+    {LMAINTE_CMD_LINKBOARD, "linkboard", "/mgb/bin/linkboard"},
 }};
 
 // How a control program is bent, in the order in which it acts.
