@@ -64,7 +64,7 @@ void tell_power(const Moment &now, Body body, lmainte_host_reply &reply) {
   reply.result = unit ? LMAINTE_HOST_ANSWERED : LMAINTE_HOST_NO_UNIT;
   if (!unit) return;
   const bool detached = box::Hardware(now.place).detached(unit->place.name);
-  reply.word[0] = (unit->status & LMAINTE_STATUS_INSTALLED) != 0 && !detached ? 1 : 0;
+  reply.word[0] = unit->installed() && !detached ? 1 : 0;
 }
 
 void save_event(const Moment &now, Body body, lmainte_host_reply &reply) {

@@ -124,7 +124,7 @@ int linkboard(const Arguments &arguments, Machine &machine) {
   const std::string direction = arguments.value('c');
   if (!arguments.words.empty() || name.empty() || !one_of(direction, {"up", "down"})) return kUsage;
   const auto board = box::board_of(name);
-  if (!board || !machine.has_unit(name) || !machine.unit(name).carrier.empty()) return kNotLinked;
+  if (!board || !machine.has_unit(name) || machine.unit(name).place.carried) return kNotLinked;
   if (!machine.unit(name).installed()) return kRefused;
   return direction == "up" ? link_up(machine, name, *board) : link_down(machine, name, *board);
 }

@@ -130,7 +130,7 @@ void Technician::change(box::Change change, const std::vector<std::string> &unit
 void Technician::flicker(const Step &step) {
   for (std::uint32_t i = 0; i < step.times; ++i) {
     if (i > 0) clock_.sleep(step.time);
-    const bool installed = (inventory_.unit(step.words[0]).status & LMAINTE_STATUS_INSTALLED) != 0;
+    const bool installed = inventory_.unit(step.words[0]).installed();
     change(installed ? box::Change::kPull : box::Change::kInsert, step.words);
   }
 }

@@ -33,7 +33,7 @@ nlohmann::json json_of(const box::Unit &unit, const box::Hardware &hardware) {
   const std::string &name = unit.place.name;
   nlohmann::json entry = {
       {"name", name},
-      {"type", unit.place.entries.front().type},
+      {"type", unit.place.type()},
       {"unit_id", {hexadecimal(unit.place.id[0]), hexadecimal(unit.place.id[1])}},
       {"state", box::state_word(unit)},
       {"status", hexadecimal(unit.status)},

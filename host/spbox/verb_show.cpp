@@ -36,7 +36,7 @@ constexpr TypeRow kTypes[] = {
 
 std::string type_text(const box::UnitPlace &place) {
   if (!has_id(place)) return "fan";
-  const std::int32_t type = place.entries.front().type;
+  const std::int32_t type = place.type();
   for (const TypeRow &row : kTypes) {
     if (row.type == type) return std::string(row.name) + " (" + std::to_string(type) + ")";
   }
