@@ -1,9 +1,8 @@
 #include "host/box/breakage.h"
 
 #include "host/box/contents.h"
-
+#include "host/box/programs.h"
 #include "host/box/record_set.h"
-#include "host/box/text_database.h"
 
 namespace box {
 namespace {
@@ -43,11 +42,11 @@ std::optional<RecordName> record_of_key(const std::string &key) {
 }
 
 RecordName find_record(const Place &place, const std::string &name) {
-  const TextDatabase kept(place);
+  const Hardware hardware(place);
   std::vector<RecordName> found;
   for (std::uint32_t db_id = 0; db_id < kDatabaseCount; ++db_id) {
     const RecordName record{db_id, name};
-    if (read(place, record) || kept.get(whole_key(record))) found.push_back(record);
+    if (read(place, record) || hardware.get(whole_key(record))) found.push_back(record);
   }
   if (found.size() == 1) return found.front();
   const std::string box = place.root().string();
@@ -60,16 +59,16 @@ RecordName find_record(const Place &place, const std::string &name) {
 
 // Under the record database's lock from the first look to the last change: no command writes in between.
 BrokenRecord break_record(const Place &place, const RecordName &record, Breakage breakage) {
-  TextDatabase kept(place);
+  Hardware hardware(place);
   Database database(place.database(record.db_id));
   lock(database, place.database(record.db_id));
-  const std::optional<Bytes> whole = whole_record(kept.get(whole_key(record)), database.get(record.name));
+  const std::optional<Bytes> whole = whole_record(hardware.get(whole_key(record)), database.get(record.name));
   if (!whole) throw InventoryError(place.root().string() + " has no record " + record.name + ".");
   if (whole->empty() && breakage == Breakage::kShort) {
     throw InventoryError(place.root().string() + ": the record " + record.name + " is empty and cannot be shorter.");
   }
   // Kept first: whatever happens then, it can be mended.
-  kept.set(whole_key(record), std::string(whole->begin(), whole->end()));
+  hardware.set(whole_key(record), std::string(whole->begin(), whole->end()));
   BrokenRecord broken{record, std::nullopt, whole->size()};
   if (breakage == Breakage::kMissing) {
     database.remove(record.name);
@@ -85,7 +84,7 @@ BrokenRecord break_record(const Place &place, const RecordName &record, Breakage
 
 std::vector<BrokenRecord> broken_records(const Place &place) {
   std::vector<BrokenRecord> broken;
-  for (const auto &[key, whole] : TextDatabase(place).all()) {
+  for (const auto &[key, whole] : Hardware(place).all()) {
     const std::optional<RecordName> record = record_of_key(key);
     if (!record) continue;
     const std::optional<Bytes> now = read(place, *record);
@@ -95,15 +94,15 @@ std::vector<BrokenRecord> broken_records(const Place &place) {
 }
 
 Mended mend_record(const Place &place, const RecordName &record) {
-  TextDatabase kept(place);
+  Hardware hardware(place);
   Database database(place.database(record.db_id));
   lock(database, place.database(record.db_id));
-  const std::optional<std::string> whole = kept.get(whole_key(record));
+  const std::optional<std::string> whole = hardware.get(whole_key(record));
   if (!whole) return Mended::kWhole;
   const bool rewritten = is_rewritten(*whole, database.get(record.name));
   if (!rewritten) database.put(record.name, bytes_of(*whole));
   save(database, place.database(record.db_id));
-  kept.clear(whole_key(record));
+  hardware.clear(whole_key(record));
   return rewritten ? Mended::kRewritten : Mended::kRestored;
 }
 
