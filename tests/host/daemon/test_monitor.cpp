@@ -5,7 +5,6 @@
 
 #include "host/box/breakage.h"
 #include "host/box/event_log.h"
-#include "host/box/hardware.h"
 #include "host/box/inventory.h"
 #include "host/daemon/monitor.h"
 #include "host/include/lmainte_host.h"
@@ -44,8 +43,8 @@ class MonitorTest : public testing::Test {
   }
 
   void bend(box::DaemonWay way, std::uint32_t seconds = 0) {
-    box::TextDatabase kept(place_);
-    box::set_daemon_bend(kept, {way, seconds});
+    box::Hardware hardware(place_);
+    box::set_daemon_bend(hardware, {way, seconds});
   }
 
   Scratch scratch_;

@@ -17,14 +17,16 @@ class Run : public SpboxTest {
   void SetUp() override { make_box("qe1"); }
   Done shell(const std::string &line) const { return in_box({"sh", "-c", line}); }
 
-  // The words that start spbox as an ordinary user, who may write in the test's folder.
+  // The words that start spbox as an ordinary user, who may write in the test's folder. The tools lie there, too: root may
+  // have built them in a folder that is closed to others.
   Words as_ordinary_user() {
     if (geteuid() != 0) return {"/usr/bin/env", "-C", scratch_.path(), SPBOX};
+    const fs::path tools = scratch_.path() / "tools";
+    fs::create_directory(tools);
+    for (const fs::path tool : {SPBOX, CONTROL_PROGRAM, MONITOR_DAEMON}) fs::copy(tool, tools / tool.filename());
     fs::permissions(scratch_.path(), fs::perms::all);
-    return {"/usr/bin/setpriv", "--reuid=nobody",
-            "--regid=nogroup",  "--clear-groups",
-            "/usr/bin/env",     "-C",
-            scratch_.path(),    SPBOX};
+    return {"/usr/bin/setpriv", "--reuid=nobody", "--regid=nogroup", "--clear-groups", "/usr/bin/env", "-C",
+            scratch_.path(),    tools / "spbox"};
   }
 };
 
