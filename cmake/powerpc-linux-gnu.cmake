@@ -2,6 +2,11 @@
 set(CMAKE_SYSTEM_NAME Linux)
 set(CMAKE_SYSTEM_PROCESSOR ppc)
 
+find_program(POWERPC_COMPILER powerpc-linux-gnu-g++)
+if(NOT POWERPC_COMPILER)
+  message(FATAL_ERROR "powerpc-linux-gnu-g++, the compiler for the service processor, is missing: install the package "
+      "g++-powerpc-linux-gnu, or run ./dev install test.")
+endif()
 set(CMAKE_C_COMPILER powerpc-linux-gnu-gcc)
 set(CMAKE_CXX_COMPILER powerpc-linux-gnu-g++)
 

@@ -4,6 +4,15 @@
 packages_for() { awk -v use="$1" '!/^#/ && NF && index("," $2 ",", "," use ",") { print $1 }' scripts/packages; }
 every_package() { awk '!/^#/ && NF { print $1 }' scripts/packages; }
 
+# missing_programs PACKAGE...: the programs of these packages that are not on the PATH.
+missing_programs() {
+  local package program
+  for package in "$@"; do
+    program=$(awk -v package="$package" '$1 == package && $3 != "-" { print $3 }' scripts/packages)
+    if [[ -n $program ]] && ! command -v "$program" >/dev/null; then echo "$program"; fi
+  done
+}
+
 missing_among() {
   local package
   for package in "$@"; do
@@ -20,23 +29,52 @@ apt_get() {
   "${sudo[@]}" env DEBIAN_FRONTEND=noninteractive apt-get -qq "$@"
 }
 
+# may_install PACKAGE...: root, or somebody whom sudo lets be root. Others are told what to ask for.
+may_install() {
+  if ((EUID == 0)); then return 0; fi
+  if command -v sudo >/dev/null && sudo -v; then return 0; fi
+  die "packages are missing, and to install them you must be root or allowed to use sudo.
+       Ask whoever looks after this machine to run, as root:
+         apt-get update && apt-get install --no-install-recommends $*"
+}
+
+# amount PACKAGE...: what apt says of an installation: "12 packages, 85.3 MB to download, 338 MB on the disk; some 3 minutes".
+amount() {
+  LC_ALL=C apt-get install --assume-no --no-install-recommends "$@" 2>/dev/null | awk '
+    /newly installed/ { count = $3 }
+    /^Need to get/ { sub(/^Need to get /, ""); sub(/ of archives.*/, ""); sub(/.*\//, ""); download = $0 }
+    /^After this operation/ { disk = $4 " " $5; megabytes = $5 == "GB" ? 1000 * $4 : $4 }
+    END {
+      if (!count || disk == "") print "these packages; some minutes"
+      else printf "%s packages, %s to download, %s on the disk; some %d minutes", count, download, disk, 2 + megabytes / 200
+    }' || true
+}
+
+# install_missing PACKAGE...: says how much it is, and installs it.
+install_missing() {
+  may_install "$@"
+  say "Missing here: $*"
+  apt_get update || die 'the lists of packages cannot be fetched: apt-get says why above.'
+  say "Installing $(amount "$@") ..."
+  apt_get install -y --no-install-recommends "$@" || die 'the packages cannot be installed: apt-get says why above.'
+}
+
 # need PACKAGE...: the packages are there afterwards. DEV_NO_INSTALL=1 goes on with what the machine has.
 need() {
-  if [[ ${DEV_NO_INSTALL:-} == 1 ]]; then return 0; fi
+  local missing
+  if [[ ${DEV_NO_INSTALL:-} == 1 ]]; then
+    mapfile -t missing < <(missing_programs "$@")
+    if ((${#missing[@]} == 0)); then return 0; fi
+    die "these programs are missing: ${missing[*]}
+       Install them in your system's own way; scripts/packages names their packages in Debian. Without DEV_NO_INSTALL=1 in
+       the environment, they are installed on Debian and Ubuntu."
+  fi
   if ! command -v apt-get >/dev/null || ! command -v dpkg-query >/dev/null; then
     die "only Debian and Ubuntu are known here. Install what these packages hold in your system's own way: $*.
        Then run again with DEV_NO_INSTALL=1 in the environment."
   fi
-  local missing
   mapfile -t missing < <(missing_among "$@")
-  if ((${#missing[@]} == 0)); then return 0; fi
-  if ((EUID != 0)) && ! command -v sudo >/dev/null; then
-    die "packages are missing, and installing needs root or sudo. As root, run:
-       apt-get update && apt-get install --no-install-recommends ${missing[*]}"
-  fi
-  say "Installing: ${missing[*]}"
-  apt_get update
-  apt_get install -y --no-install-recommends "${missing[@]}"
+  if ((${#missing[@]})); then install_missing "${missing[@]}"; fi
 }
 
 need_for() {

@@ -15,19 +15,31 @@ no_arguments() {
   if (($#)); then die "'${0##*/}' takes no arguments, and was given: $*"; fi
 }
 
+# forget_moved FOLDER: a build folder knows where it lies. In a tree that was moved or copied it is made anew.
+forget_moved() {
+  if [[ ! -f $1/CMakeCache.txt ]] || grep -qxF "CMAKE_CACHEFILE_DIR:INTERNAL=$(realpath "$1")" "$1/CMakeCache.txt"; then
+    return 0
+  fi
+  say "This tree was moved or copied: $1 is made anew." >&2
+  rm -rf "$1"
+}
+
 # configure PRESET [OPTION...]: makes build/PRESET what the preset says. Quiet unless it fails.
-configure() {
-  local preset=$1 log options=()
-  shift
-  log=build/$preset.configure.log
+configure() { configure_in "build/$1" "$@"; }
+
+# configure_in FOLDER PRESET [OPTION...]: the same in another folder.
+configure_in() {
+  local folder=$1 preset=$2 options=()
+  shift 2
+  forget_moved "$folder"
   mkdir -p build
   if command -v ccache >/dev/null; then
     options+=(-DCMAKE_C_COMPILER_LAUNCHER=ccache -DCMAKE_CXX_COMPILER_LAUNCHER=ccache)
   fi
   # Another compiler than ours may know other warnings; with ours there are none.
   if [[ $(g++ -dumpversion) == 12 ]]; then options+=(-DLMAINTE_WERROR=ON); fi
-  if ! cmake --preset "$preset" "${options[@]}" "$@" >"$log" 2>&1; then
-    cat "$log" >&2
+  if ! cmake --preset "$preset" -B "$folder" "${options[@]}" "$@" >"$folder.configure.log" 2>&1; then
+    cat "$folder.configure.log" >&2
     return 1
   fi
 }
@@ -38,17 +50,36 @@ compile() {
   shift
   local targets=()
   if (($#)); then targets=(--target "$@"); fi
-  cmake --build "build/$preset" --parallel "$jobs" "${targets[@]}"
+  # What ccache has to overlook so that it serves files that are compiled over a precompiled header.
+  CCACHE_SLOPPINESS=${CCACHE_SLOPPINESS:-pch_defines,time_macros,include_file_mtime,include_file_ctime} \
+    cmake --build "build/$preset" --parallel "$jobs" "${targets[@]}"
+}
+
+# count_steps: turns what ninja says into one line that counts, and says nothing when there was nothing to do. Where nobody
+# watches, the line comes at the first step and at the last.
+count_steps() {
+  local line done=0 of=0
+  while IFS= read -r line; do
+    if [[ ! $line =~ ^\[([0-9]+)/([0-9]+)\] ]] || ((BASH_REMATCH[1] == 0)); then continue; fi
+    done=${BASH_REMATCH[1]} of=${BASH_REMATCH[2]}
+    if [[ -t 1 ]]; then
+      printf '\rBuilding: step %d of %d ' "$done" "$of"
+    elif ((done == 1 || done == of)); then
+      say "Building: step $done of $of"
+    fi
+  done
+  if ((of)) && [[ -t 1 ]]; then echo; fi
 }
 
 # build_tools: the box's tools and the examples, quietly, and without what only tests need: a workstation that only wants
 # to look need not install the test libraries.
 build_tools() {
+  forget_moved build/release
   if ! grep -qs '^LMAINTE_TESTS:BOOL=ON' build/release/CMakeCache.txt; then
-    configure release -DLMAINTE_TESTS=OFF -DLMAINTE_BENCH=OFF
+    configure release -DLMAINTE_TESTS=OFF -DLMAINTE_BENCH=OFF || exit 1
   fi
-  say 'Building; the first time takes some minutes ...'
-  if ! compile release lmainte lmainte_host control_program spbox monitor_daemon examples >build/tools.log 2>&1; then
+  if ! compile release lmainte lmainte_host control_program spbox monitor_daemon examples 2>&1 |
+    tee build/tools.log | count_steps; then
     cat build/tools.log >&2
     die 'the build failed.'
   fi
@@ -59,6 +90,16 @@ built_library() {
   local library=build/$1/liblmainte.so.1
   if [[ ! -f $library ]]; then die "$library is not built. './dev check library' builds it."; fi
   echo "$library"
+}
+
+# base_commit: what a change is compared with: where this branch left origin/main; on main itself, the commit before the last.
+base_commit() {
+  local base
+  base=$(git merge-base HEAD origin/main 2>/dev/null || echo HEAD)
+  if [[ $(git rev-parse "$base") == $(git rev-parse HEAD) ]]; then
+    base=$(git rev-parse --verify --quiet HEAD~1 || git hash-object -t tree /dev/null)
+  fi
+  echo "$base"
 }
 
 # sources: every C and C++ file of ours, NUL-separated.

@@ -1,0 +1,44 @@
+# shellcheck shell=bash
+# How long building and testing takes. build/times has a line for each thing that was measured last: its name, seconds of CPU
+# (user and system, of all its processes) and of wall; scripts/aims says what they may cost.
+source scripts/lib.sh
+
+# timed NAME COMMAND...: runs the command, keeps its times under the name, and sets cpu and wall.
+timed() {
+  local name=$1 status=0 file=build/times.now user kernel TIMEFORMAT='%U %S %R'
+  shift
+  mkdir -p build
+  { time "$@" 2>&4; } 4>&2 2>"$file" || status=$?
+  read -r user kernel wall <"$file"
+  rm -f "$file"
+  cpu=$(awk -v user="$user" -v kernel="$kernel" 'BEGIN { printf "%.1f", user + kernel }')
+  keep_times "$name" "$cpu" "$wall"
+  return "$status"
+}
+
+# keep_times NAME CPU WALL
+keep_times() {
+  touch build/times
+  awk -F ';' -v name="$1" '$1 != name' build/times >build/times.new
+  printf '%s;%s;%s\n' "$1" "$2" "$3" >>build/times.new
+  mv build/times.new build/times
+}
+
+# calibrate: measures what a known file costs the compiler on this machine, now, on all processors at once.
+calibrate() {
+  timed calibration xargs -P "$jobs" -I '{}' g++ -std=c++20 -O1 -S -o - scripts/calibration.cpp < <(seq "$jobs") >/dev/null
+  keep_times calibration "$(awk -v cpu="$cpu" -v jobs="$jobs" 'BEGIN { printf "%.2f", cpu / jobs }')" "$wall"
+}
+
+# above_aims ROOM: what cost more than scripts/aims allow, times ROOM, on a machine as fast as this one.
+above_aims() {
+  awk -F ' *; *' -v room="$1" '
+    FNR == NR { if (!/^#/ && NF) aim[$1] = $2; next }
+    { cpu[$1] = $2 }
+    END {
+      machine = ("calibration" in cpu) ? cpu["calibration"] / aim["calibration"] : 1
+      for (name in aim)
+        if (name != "calibration" && cpu[name] > aim[name] * machine * room)
+          printf "%s took %d s of CPU; its aim is %d s, which is %d s on this machine now\n", name, cpu[name], aim[name], aim[name] * machine
+    }' scripts/aims build/times | sort
+}
