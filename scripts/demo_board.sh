@@ -78,7 +78,7 @@ run_procedure() {
   printf '  %-39s  %s\n' \
     "./dev spbox trace $box | less" 'what the library did' \
     "./dev spbox show $box $unit" 'the state of the board now' \
-    './dev demo again' "go on in this box with $(procedure_for_unit) cmu" \
+    './dev demo again' "go on in this box: $(procedure_for_unit) cmu" \
     './dev demo' 'begin with a new box'
 }
 

@@ -1,8 +1,9 @@
 #include "host/box/breakage.h"
 
 #include "host/box/contents.h"
-#include "host/box/programs.h"
+
 #include "host/box/record_set.h"
+#include "host/box/text_database.h"
 
 namespace box {
 namespace {
@@ -42,11 +43,11 @@ std::optional<RecordName> record_of_key(const std::string &key) {
 }
 
 RecordName find_record(const Place &place, const std::string &name) {
-  const Hardware hardware(place);
+  const TextDatabase kept(place);
   std::vector<RecordName> found;
   for (std::uint32_t db_id = 0; db_id < kDatabaseCount; ++db_id) {
     const RecordName record{db_id, name};
-    if (read(place, record) || hardware.get(whole_key(record))) found.push_back(record);
+    if (read(place, record) || kept.get(whole_key(record))) found.push_back(record);
   }
   if (found.size() == 1) return found.front();
   const std::string box = place.root().string();
@@ -59,16 +60,16 @@ RecordName find_record(const Place &place, const std::string &name) {
 
 // Under the record database's lock from the first look to the last change: no command writes in between.
 BrokenRecord break_record(const Place &place, const RecordName &record, Breakage breakage) {
-  Hardware hardware(place);
+  TextDatabase kept(place);
   Database database(place.database(record.db_id));
   lock(database, place.database(record.db_id));
-  const std::optional<Bytes> whole = whole_record(hardware.get(whole_key(record)), database.get(record.name));
+  const std::optional<Bytes> whole = whole_record(kept.get(whole_key(record)), database.get(record.name));
   if (!whole) throw InventoryError(place.root().string() + " has no record " + record.name + ".");
   if (whole->empty() && breakage == Breakage::kShort) {
     throw InventoryError(place.root().string() + ": the record " + record.name + " is empty and cannot be shorter.");
   }
   // Kept first: whatever happens then, it can be mended.
-  hardware.set(whole_key(record), std::string(whole->begin(), whole->end()));
+  kept.set(whole_key(record), std::string(whole->begin(), whole->end()));
   BrokenRecord broken{record, std::nullopt, whole->size()};
   if (breakage == Breakage::kMissing) {
     database.remove(record.name);
@@ -84,7 +85,7 @@ BrokenRecord break_record(const Place &place, const RecordName &record, Breakage
 
 std::vector<BrokenRecord> broken_records(const Place &place) {
   std::vector<BrokenRecord> broken;
-  for (const auto &[key, whole] : Hardware(place).all()) {
+  for (const auto &[key, whole] : TextDatabase(place).all()) {
     const std::optional<RecordName> record = record_of_key(key);
     if (!record) continue;
     const std::optional<Bytes> now = read(place, *record);
@@ -94,15 +95,15 @@ std::vector<BrokenRecord> broken_records(const Place &place) {
 }
 
 Mended mend_record(const Place &place, const RecordName &record) {
-  Hardware hardware(place);
+  TextDatabase kept(place);
   Database database(place.database(record.db_id));
   lock(database, place.database(record.db_id));
-  const std::optional<std::string> whole = hardware.get(whole_key(record));
+  const std::optional<std::string> whole = kept.get(whole_key(record));
   if (!whole) return Mended::kWhole;
   const bool rewritten = is_rewritten(*whole, database.get(record.name));
   if (!rewritten) database.put(record.name, bytes_of(*whole));
   save(database, place.database(record.db_id));
-  hardware.clear(whole_key(record));
+  kept.clear(whole_key(record));
   return rewritten ? Mended::kRewritten : Mended::kRestored;
 }
 

@@ -3,6 +3,7 @@
 #include <fstream>
 #include <vector>
 
+#include "host/box/hardware.h"
 #include "host/box/programs.h"
 #include "host/box/trace_ring.h"
 

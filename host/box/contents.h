@@ -22,7 +22,7 @@ class InventoryError : public std::runtime_error {
 struct Contents {
   std::uint32_t model = LMAINTE_MODEL_NONE;
   std::array<std::map<std::string, Bytes>, kDatabaseCount> records;  // by database and name
-  std::map<std::string, std::string> hardware;                       // see programs.h
+  std::map<std::string, std::string> hardware;                       // see hardware.h
 };
 
 // A healthy server of this model, full of units. What readers copy from a record differs from unit to unit.

@@ -12,8 +12,8 @@ constexpr const char *kKey = "bend-daemon monitor";
 }  // namespace
 
 // "late 5", "silent"; nothing while it works well.
-DaemonBend daemon_bend(const Hardware &hardware) {
-  std::istringstream words(hardware.get(kKey).value_or(""));
+DaemonBend daemon_bend(const TextDatabase &box) {
+  std::istringstream words(box.get(kKey).value_or(""));
   std::string name;
   DaemonBend bend;
   words >> name >> bend.seconds;
@@ -23,10 +23,10 @@ DaemonBend daemon_bend(const Hardware &hardware) {
   return bend;
 }
 
-void set_daemon_bend(Hardware &hardware, const DaemonBend &bend) {
-  if (bend.way == DaemonWay::kWell) return hardware.clear(kKey);
+void set_daemon_bend(TextDatabase &box, const DaemonBend &bend) {
+  if (bend.way == DaemonWay::kWell) return box.clear(kKey);
   for (const DaemonWayName &row : kDaemonWays) {
-    if (row.way == bend.way) hardware.set(kKey, std::string(row.name) + " " + std::to_string(bend.seconds));
+    if (row.way == bend.way) box.set(kKey, std::string(row.name) + " " + std::to_string(bend.seconds));
   }
 }
 

@@ -5,7 +5,7 @@
 #include <cstdint>
 #include <string_view>
 
-#include "host/box/programs.h"
+#include "host/box/text_database.h"
 
 namespace box {
 
@@ -34,7 +34,7 @@ struct DaemonBend {
 };
 
 // Both throw where the box's own database fails.
-DaemonBend daemon_bend(const Hardware &hardware);
-void set_daemon_bend(Hardware &hardware, const DaemonBend &bend);
+DaemonBend daemon_bend(const TextDatabase &box);
+void set_daemon_bend(TextDatabase &box, const DaemonBend &bend);
 
 }  // namespace box

@@ -2,10 +2,10 @@
 
 #include <algorithm>
 
+#include "host/box/hardware.h"
 #include "host/box/inventory_records.h"
 #include "host/box/model.h"
 #include "host/box/partitions.h"
-#include "host/box/programs.h"
 #include "host/box/record_layout.h"
 #include "host/box/record_set.h"
 
@@ -63,7 +63,7 @@ class Reading {
     Unit unit{place, 0, current_.complaint(entry.record, entry.size), "", ""};
     if (!unit.unreadable.empty()) return unit;
     unit.status = merged_status(entry, current_.at(entry.record, entry.size));
-    if (!(unit.status & LMAINTE_STATUS_INSTALLED) || entry.fru_record.empty()) return unit;
+    if (!unit.installed() || entry.fru_record.empty()) return unit;
     unit.fru_unreadable = fru_.complaint(entry.fru_record, entry.fru.size);
     if (unit.fru_unreadable.empty()) unit.fru_name = name_in(entry.fru, fru_.at(entry.fru_record, entry.fru.size));
     return unit;
@@ -83,11 +83,21 @@ class Reading {
 
 }  // namespace
 
+bool Unit::installed() const {
+  return unreadable.empty() && (status & LMAINTE_STATUS_INSTALLED) != 0;
+}
+bool Unit::faulted() const {
+  return installed() && (status & LMAINTE_STATUS_FAULTED) != 0;
+}
+bool Unit::degraded() const {
+  return installed() && (status & LMAINTE_STATUS_DEGRADED) != 0;
+}
+
 std::string_view state_word(const Unit &unit) {
   if (!unit.unreadable.empty()) return "Unreadable";
-  if (!(unit.status & LMAINTE_STATUS_INSTALLED)) return "Not installed";
-  if (unit.status & LMAINTE_STATUS_FAULTED) return "Faulted";
-  return unit.status & LMAINTE_STATUS_DEGRADED ? "Degraded" : "Normal";
+  if (!unit.installed()) return "Not installed";
+  if (unit.faulted()) return "Faulted";
+  return unit.degraded() ? "Degraded" : "Normal";
 }
 
 Inventory::Inventory(const Place &place) : place_(place), model_(model_of_box(place)), places_(places_of(model_)) {}
@@ -247,7 +257,7 @@ bool Inventory::set_flag(std::string_view name, bool start) const {
   Hardware hardware(place_);
   current.lock();
   hardware.lock();
-  const bool before = !hardware.flag(whole).empty();
+  const bool before = hardware.flag(whole);
   if (before == start) return before;
   hardware.set_flag(whole, start);
   if (const auto unit = place_named(whole); unit != places_.end()) {

@@ -26,6 +26,12 @@ struct Unit {
   std::string unreadable;      // why it cannot be read, as RecordSet complains; empty when it can
   std::string fru_name;        // empty where there is none
   std::string fru_unreadable;  // why the identity record of an installed unit cannot be read
+
+  // All false for a unit that cannot be read; the last three for one that is not installed.
+  bool installed() const;
+  bool faulted() const;
+  bool degraded() const;
+  bool wants_service() const { return faulted() || degraded(); }
 };
 
 std::string_view state_word(const Unit &unit);  // "Normal", "Degraded", "Faulted", "Not installed", "Unreadable"

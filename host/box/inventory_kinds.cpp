@@ -74,7 +74,7 @@ std::vector<UnitPlace> places_of(std::uint32_t model) {
   std::vector<UnitPlace> units;
   for (const UnitPlace &carrier : carriers) {
     units.push_back(carrier);
-    if (carrier.entries.front().type == LMAINTE_TYPE_FANTRAY) add_fans(*row, carrier, units);
+    if (carrier.type() == LMAINTE_TYPE_FANTRAY) add_fans(*row, carrier, units);
     for (const UnitPlace &unit : carried) {
       if (unit.carrier() == carrier.name) units.push_back(unit);
     }

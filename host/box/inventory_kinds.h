@@ -31,6 +31,7 @@ struct UnitPlace {
   bool carried;       // sits on the unit that comes before it in the list and is not carried itself
   std::vector<UnitEntry> entries;
 
+  std::int32_t type() const { return entries.empty() ? 0 : entries.front().type; }  // unit type code of the records
   std::string carrier() const { return name.substr(0, name.find('/', 1)); }
 };
 

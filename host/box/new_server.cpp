@@ -1,8 +1,8 @@
 #include <algorithm>
 
 #include "host/box/contents.h"
+#include "host/box/hardware.h"
 #include "host/box/inventory_records.h"
-#include "host/box/programs.h"
 #include "host/box/record_layout.h"
 
 namespace box {

@@ -1,15 +1,14 @@
-// What the control programs of a box share: their names, how they are bent for a test, and the hardware that they move.
+// The control programs of a box: their names, how they are bent for a test, and their last runs.
 #pragma once
 
 #include <array>
 #include <cstdint>
-#include <map>
 #include <optional>
 #include <string>
 #include <string_view>
 
-#include "host/box/database.h"
-#include "host/box/place.h"
+#include "host/box/text_database.h"
+#include "include/lmainte.h"
 
 namespace box {
 
@@ -17,28 +16,29 @@ namespace box {
 inline constexpr std::string_view kControlProgram = "/mgb/lib/control_program";
 
 struct Program {
+  std::uint32_t number;  // by which the library runs it
   std::string_view name;
   std::string_view path;
 };
 
-// In the order of their numbers (LMAINTE_CMD_...).
+// In the order of their numbers.
 inline constexpr std::array<Program, 16> kPrograms{{
-    {"ctlmainte", "/mgb/bin/ctlmainte"},
-    {"ctlfan", "/mgb/bin/ctlfan"},
-    {"judgectlfru", "/mgb/bin/judgectlfru"},
-    {"testfru", "/mgb/bin/testfru"},
-    {"detachfru", "/mgb/bin/detachfru"},
-    {"ctlled", "/mgb/bin/ctlled"},
-    {"waitmgbready", "/mgb/bin/waitmgbready"},
-    {"setmainteflag", "/mgb/bin/setmainteflag"},
-    {"setupfru", "/mgb/cli/usr/bin/setupfru"},
-    {"ioadm", "/mgb/cli/usr/bin/ioadm"},
-    {"clearpci", "/mgb/bin/clearpci"},
-    {"vantamainte", "/mgb/bin/vantamainte"},
-    {"testsb", "/mgb/cli/usr/bin/testsb"},
-    {"deleteboard", "/mgb/cli/usr/bin/deleteboard"},
-    {"chkfanspeed", "/mgb/bin/chkfanspeed"},
-    {"linkboard", "/mgb/bin/linkboard"},
+    {LMAINTE_CMD_CTLMAINTE, "ctlmainte", "/mgb/bin/ctlmainte"},
+    {LMAINTE_CMD_CTLFAN, "ctlfan", "/mgb/bin/ctlfan"},
+    {LMAINTE_CMD_JUDGECTLFRU, "judgectlfru", "/mgb/bin/judgectlfru"},
+    {LMAINTE_CMD_TESTFRU, "testfru", "/mgb/bin/testfru"},
+    {LMAINTE_CMD_DETACHFRU, "detachfru", "/mgb/bin/detachfru"},
+    {LMAINTE_CMD_CTLLED, "ctlled", "/mgb/bin/ctlled"},
+    {LMAINTE_CMD_WAITMGBREADY, "waitmgbready", "/mgb/bin/waitmgbready"},
+    {LMAINTE_CMD_SETMAINTEFLAG, "setmainteflag", "/mgb/bin/setmainteflag"},
+    {LMAINTE_CMD_SETUPFRU, "setupfru", "/mgb/cli/usr/bin/setupfru"},
+    {LMAINTE_CMD_IOADM, "ioadm", "/mgb/cli/usr/bin/ioadm"},
+    {LMAINTE_CMD_CLEARPCI, "clearpci", "/mgb/bin/clearpci"},
+    {LMAINTE_CMD_VANTAMAINTE, "vantamainte", "/mgb/bin/vantamainte"},
+    {LMAINTE_CMD_TESTSB, "testsb", "/mgb/cli/usr/bin/testsb"},
+    {LMAINTE_CMD_DELETEBOARD, "deleteboard", "/mgb/cli/usr/bin/deleteboard"},
+    {LMAINTE_CMD_CHKFANSPEED, "chkfanspeed", "/mgb/bin/chkfanspeed"},
+    {LMAINTE_CMD_LINKBOARD, "linkboard", "/mgb/bin/linkboard"},
 }};
 
 // How a control program is bent, in the order in which it acts.
@@ -60,63 +60,10 @@ struct Run {
   std::string arguments;
 };
 
-// The state of a model's hardware after power-on, by the keys of Hardware.
-std::map<std::string, std::string> after_power_on(std::uint32_t model);
-
-// As if setmainteflag had put this unit under maintenance.
-void set_flag(std::map<std::string, std::string> &state, const std::string &unit);
-
-// The hardware of a box, in a database of its own.
-class Hardware {
- public:
-  explicit Hardware(const Place &place, bool create = false);
-
-  // Readable keys with readable values, such as "led /PSU#0" and "blink". Throws.
-  std::optional<std::string> get(const std::string &key) const;
-  void set(const std::string &key, const std::string &value);
-  void clear(const std::string &key);
-
-  // Sets a key and returns what it was, in one step: of several processes that do this at a time, each gets what the one
-  // before it has set. An empty value is none. Throws.
-  std::string exchange(const std::string &key, const std::string &value);
-
-  // From lock to unlock no other process changes any of it, and what is not unlocked is undone with the object. Whoever
-  // takes the lock of a configuration database too takes that one first. Both throw.
-  void lock();
-  void unlock();
-
-  // All of it, and all of it at once.
-  std::map<std::string, std::string> all() const;
-  void set_all(const std::map<std::string, std::string> &state);
-
-  // What belongs to one unit, by its location.
-  std::string led(const std::string &unit) const;  // "off", "on" or "blink"
-  void set_led(const std::string &unit, const std::string &light);
-  std::string flag(const std::string &unit) const;     // "start" while the unit is under maintenance, else empty
-  void set_flag(const std::string &unit, bool start);  // here alone; Inventory::set_flag lets the databases follow
-  bool any_flag() const;                               // a unit is under maintenance
-  bool detached(const std::string &unit) const;        // out of operation
-  void set_detached(const std::string &unit, bool detached);
-  std::string link(const std::string &unit) const;  // of a board: "up" or "down", empty while it was never linked
-  void set_link(const std::string &unit, const std::string &link);
-  std::string power(const std::string &unit) const;  // of an I/O expansion unit: "on" or "off", else empty
-  void set_power(const std::string &unit, const std::string &power);
-  std::string fan(const std::string &unit) const;  // its own fan speed, empty where it has none
-  void set_fan(const std::string &unit, const std::string &speed);
-
-  // True for an I/O expansion unit of the server and for what is in one.
-  bool has_expansion(std::string_view unit) const;
-
-  Bend bend(std::string_view program) const;
-  void set_bend(std::string_view program, const Bend &bend);
-  std::optional<Run> last_run(std::string_view program) const;
-  void set_last_run(std::string_view program, const Run &run);
-
- private:
-  std::string of_unit(std::string_view what, std::string_view unit) const;
-  void set_of_unit(std::string_view what, std::string_view unit, const std::string &value);
-
-  Database database_;
-};
+// All four throw where the box's own database fails.
+Bend bend_of(const TextDatabase &box, std::string_view program);
+void set_bend(TextDatabase &box, std::string_view program, const Bend &bend);
+std::optional<Run> last_run(const TextDatabase &box, std::string_view program);
+void set_last_run(TextDatabase &box, std::string_view program, const Run &run);
 
 }  // namespace box

@@ -12,9 +12,9 @@
 #include <span>
 
 #include "host/box/event_log.h"
+#include "host/box/hardware.h"
 #include "host/box/inventory.h"
 #include "host/box/model.h"
-#include "host/box/programs.h"
 #include "host/include/lmainte_host.h"
 #include "include/lmainte.h"
 
@@ -64,7 +64,7 @@ void tell_power(const Moment &now, Body body, lmainte_host_reply &reply) {
   reply.result = unit ? LMAINTE_HOST_ANSWERED : LMAINTE_HOST_NO_UNIT;
   if (!unit) return;
   const bool detached = box::Hardware(now.place).detached(unit->place.name);
-  reply.word[0] = (unit->status & LMAINTE_STATUS_INSTALLED) != 0 && !detached ? 1 : 0;
+  reply.word[0] = unit->installed() && !detached ? 1 : 0;
 }
 
 void save_event(const Moment &now, Body body, lmainte_host_reply &reply) {
@@ -113,7 +113,7 @@ void fill(const Moment &now, Body request, lmainte_host_reply &reply) {
 // A daemon that cannot even read how it is bent is not bent.
 box::DaemonBend bend_in(const box::Place &place) {
   try {
-    return box::daemon_bend(box::Hardware(place));
+    return box::daemon_bend(box::TextDatabase(place));
   } catch (const std::exception &) {
     return {};
   }

@@ -8,8 +8,8 @@
 #include <stdexcept>
 
 #include "host/box/database.h"
+#include "host/box/hardware.h"
 #include "host/box/number.h"
-#include "host/box/programs.h"
 #include "host/box/unit_name.h"
 
 namespace play {
@@ -38,23 +38,24 @@ std::string location(const std::string &unit) {
   return (unit.starts_with('/') ? "" : "/") + unit;
 }
 
-// "led /PSU#3": the unit, where the key is of this kind.
-std::string unit_of(const std::string &key, const std::string &kind) {
-  return key.starts_with(kind + " ") ? key.substr(kind.size() + 1) : "";
-}
-
-std::string sentence(const std::string &key, const std::string &value) {
-  if (key == "maintenance") return value == "unlock" ? "" : "maintenance mode is on";
-  if (key == "fan") return value == "low" ? "" : "the fans run at speed \"" + value + "\"";
-  if (const auto unit = unit_of(key, "fan"); !unit.empty() && value != "low") {
-    return "the fans of " + unit + " run at speed \"" + value + "\"";
+// Empty where a command need not take the setting back.
+std::string sentence(const box::SettingValue &row) {
+  switch (row.setting) {
+    case box::Setting::kMaintenance:
+      return row.value == "unlock" ? "" : "maintenance mode is on";
+    case box::Setting::kFan:
+      if (row.value == "low") return "";
+      return "the fans " + (row.of.empty() ? "" : "of " + row.of + " ") + "run at speed \"" + row.value + "\"";
+    case box::Setting::kLed:
+      if (row.value == "off") return "";
+      return "the LED of " + row.of + (row.value == "blink" ? " blinks" : " is on");
+    case box::Setting::kFlag:
+      return row.of + " is under maintenance";
+    case box::Setting::kDetached:
+      return row.of + " is detached";
+    default:
+      return "";
   }
-  if (const auto unit = unit_of(key, "led"); !unit.empty() && value != "off") {
-    return "the LED of " + unit + (value == "blink" ? " blinks" : " is on");
-  }
-  if (const auto unit = unit_of(key, "flag"); !unit.empty()) return unit + " is under maintenance";
-  if (const auto unit = unit_of(key, "detached"); !unit.empty()) return unit + " is detached";
-  return "";
 }
 
 void add(Sentences &sentences, const Sentences &more) {
@@ -135,9 +136,9 @@ std::set<fs::path> files_in_tmp(const box::Place &place) {
 Sentences hardware_not_in_order(const box::Place &place, const Sentences &detached) {
   Sentences sentences, missing;
   for (const auto &unit : detached) missing.push_back(location(unit));
-  for (const auto &[key, value] : box::Hardware(place).all()) {
-    const bool has_to_be = std::erase(missing, unit_of(key, "detached")) > 0;
-    const auto text = has_to_be ? "" : sentence(key, value);
+  for (const box::SettingValue &row : box::Hardware(place).settings()) {
+    const bool has_to_be = row.setting == box::Setting::kDetached && std::erase(missing, row.of) > 0;
+    const auto text = has_to_be ? "" : sentence(row);
     if (!text.empty()) sentences.push_back(text);
   }
   for (const auto &unit : missing) sentences.push_back(unit + " is not detached");

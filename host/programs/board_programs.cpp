@@ -88,7 +88,7 @@ int setupfru(const Arguments &arguments, Machine &machine) {
   if (boards.is_active(*board)) return kBoardActive;
   boards.divide(*board, division == "1" ? 1 : 4);
   boards.save();
-  machine.hardware.set("mirror " + std::to_string(*board), mirror);
+  machine.hardware.set_mirrored(*board, mirror == "y");
   return kDone;
 }
 
@@ -124,7 +124,7 @@ int linkboard(const Arguments &arguments, Machine &machine) {
   const std::string direction = arguments.value('c');
   if (!arguments.words.empty() || name.empty() || !one_of(direction, {"up", "down"})) return kUsage;
   const auto board = box::board_of(name);
-  if (!board || !machine.has_unit(name) || !machine.unit(name).carrier.empty()) return kNotLinked;
+  if (!board || !machine.has_unit(name) || machine.unit(name).place.carried) return kNotLinked;
   if (!machine.unit(name).installed()) return kRefused;
   return direction == "up" ? link_up(machine, name, *board) : link_down(machine, name, *board);
 }

@@ -94,9 +94,10 @@ void BoardChange::divide(std::uint32_t board, std::uint32_t parts) {
   for (std::uint32_t part = parts; part < kMostParts; ++part) assign_to_none(board, part);
 }
 
+// In descending order: databases are locked in ascending order by everybody.
 void BoardChange::save() {
-  setup_.save();
   current_.save();
+  setup_.save();
 }
 
 }  // namespace programs

@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <iterator>
 
+#include "host/box/programs.h"
+
 namespace programs {
 namespace {
 
@@ -24,7 +26,13 @@ constexpr ControlProgram kControlPrograms[] = {
     {"chkfanspeed", "u:", chkfanspeed},
     {"linkboard", "u:c:", linkboard},
 };
-static_assert(std::size(kControlPrograms) == box::kPrograms.size());
+
+constexpr bool are_those_of_a_box() {
+  return std::equal(std::begin(kControlPrograms), std::end(kControlPrograms), box::kPrograms.begin(),
+                    box::kPrograms.end(),
+                    [](const ControlProgram &acts, const box::Program &listed) { return acts.name == listed.name; });
+}
+static_assert(are_those_of_a_box(), "the programs that act and those of host/box/programs.h differ in name or order");
 
 }  // namespace
 

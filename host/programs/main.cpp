@@ -9,6 +9,7 @@
 #include <string>
 
 #include "host/box/place.h"
+#include "host/box/programs.h"
 #include "host/programs/control_programs.h"
 
 namespace programs {
@@ -76,13 +77,13 @@ int work(int argc, char **argv, const ControlProgram &program, const box::Place 
 int run(int argc, char **argv, const ControlProgram &program) {
   const box::Place place = box::Place::here();
   box::Hardware hardware(place);
-  const box::Bend bend = hardware.bend(program.name);
+  const box::Bend bend = box::bend_of(hardware, program.name);
   if (bend.ignore_term) std::signal(SIGTERM, SIG_IGN);
   box::Run record{now_ns(), getpid(), std::nullopt, joined(argc, argv)};
-  hardware.set_last_run(program.name, record);
+  box::set_last_run(hardware, program.name, record);
   record.status = bent(bend);
   if (!record.status) record.status = work(argc, argv, program, place, hardware);
-  hardware.set_last_run(program.name, record);
+  box::set_last_run(hardware, program.name, record);
   return *record.status;
 }
 

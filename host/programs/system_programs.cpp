@@ -6,8 +6,9 @@ namespace programs {
 int ctlmainte(const Arguments &arguments, Machine &machine) {
   const std::string mode = arguments.value('c');
   if (!arguments.words.empty() || !one_of(mode, {"lock", "unlock"})) return kUsage;
-  const bool locked = machine.hardware.exchange("maintenance", mode) == "lock";  // of two that lock, one comes second
-  if (mode == "lock") return locked ? kRefused : kDone;
+  const bool lock = mode == "lock";
+  const bool locked = machine.hardware.set_maintenance_mode(lock);  // of two that lock, one comes second
+  if (lock) return locked ? kRefused : kDone;
   return locked ? kDone : kNotInMode;
 }
 
@@ -16,7 +17,7 @@ int ctlfan(const Arguments &arguments, Machine &machine) {
   if (!arguments.words.empty() || !one_of(speed, {"low", "high", "full"})) return kUsage;
   if (!arguments.has('u')) {
     if (speed == "full") return kUsage;  // full speed is for the trays around one unit
-    machine.hardware.set("fan", speed);
+    machine.hardware.set_fan_speed(speed);
     return kDone;
   }
   const std::string unit = arguments.value('u');
@@ -27,7 +28,7 @@ int ctlfan(const Arguments &arguments, Machine &machine) {
 
 int vantamainte(const Arguments &arguments, Machine &machine) {
   if (!arguments.words.empty() || arguments.options.size() != 1) return kUsage;
-  machine.hardware.set("report", arguments.has('s') ? "start" : "end");
+  machine.hardware.set_report(arguments.has('s'));
   return kDone;
 }
 

@@ -21,28 +21,28 @@ constexpr bool shares_a_load(std::int32_t type) {
 }
 
 // A slot's card can be changed while the board runs.
-bool is_part_of_a_board(const UnitState &unit) {
-  return unit.type != LMAINTE_TYPE_PCI;
+bool is_part_of_a_board(const box::Unit &unit) {
+  return unit.place.type() != LMAINTE_TYPE_PCI;
 }
 
-bool can_be_spared(const Machine &machine, const std::string &name, const UnitState &unit) {
+bool can_be_spared(const Machine &machine, const std::string &name, const box::Unit &unit) {
   if (const auto board = box::board_of(name); board && is_part_of_a_board(unit)) {
     Boards boards(machine.place, machine.model);
     // What sits on a board is not to be had while a domain runs there; the board itself is, if the domain has another.
-    return unit.carrier.empty() ? boards.can_be_spared(*board) : !boards.is_active(*board);
+    return unit.place.carried ? !boards.is_active(*board) : boards.can_be_spared(*board);
   }
-  return !shares_a_load(unit.type) || unit.faulted() || machine.another_works(name);
+  return !shares_a_load(unit.place.type()) || unit.faulted() || machine.another_works(name);
 }
 
-int judge_addition(const Machine &machine, const std::string &name, const UnitState &unit) {
-  if (!unit.carrier.empty() && !machine.unit(unit.carrier).installed()) return kRefused;
+int judge_addition(const Machine &machine, const std::string &name, const box::Unit &unit) {
+  if (unit.place.carried && !machine.unit(unit.place.carrier()).installed()) return kRefused;
   // The only board of a server: with it the server is off.
-  if (box::board_of(name) && unit.carrier.empty() && !box::is_high_end(machine.model)) return kRefused;
+  if (box::board_of(name) && !unit.place.carried && !box::is_high_end(machine.model)) return kRefused;
   const bool in_operation = unit.installed() && !unit.faulted() && !machine.is_detached(name);
   return in_operation ? kRefused : kDone;
 }
 
-int judge_removal(const Machine &machine, const std::string &name, const UnitState &unit) {
+int judge_removal(const Machine &machine, const std::string &name, const box::Unit &unit) {
   if (!unit.installed()) return kRefused;
   return can_be_spared(machine, name, unit) ? kDone : kIndispensable;
 }
@@ -53,7 +53,7 @@ int judgectlfru(const Arguments &arguments, Machine &machine) {
   const std::string name = unit_of(arguments, {"add", "del"});
   if (name.empty()) return kUsage;
   if (!machine.has_unit(name)) return kNoJudgement;
-  const UnitState unit = machine.unit(name);
+  const box::Unit unit = machine.unit(name);
   return arguments.value('c') == "add" ? judge_addition(machine, name, unit) : judge_removal(machine, name, unit);
 }
 
@@ -62,10 +62,10 @@ int testfru(const Arguments &arguments, Machine &machine) {
   const std::string name = unit_of(arguments, {});
   if (name.empty()) return kUsage;
   if (!machine.has_unit(name)) return kTestFailed;
-  const UnitState unit = machine.unit(name);
+  const box::Unit unit = machine.unit(name);
   if (!unit.installed()) return kRefused;
   if (machine.has_fault(name)) return kTestFailed;
-  if (!box::board_of(name) || !unit.carrier.empty()) machine.set_detached(name, false);
+  if (!box::board_of(name) || unit.place.carried) machine.set_detached(name, false);
   return kDone;
 }
 
@@ -73,10 +73,10 @@ int detachfru(const Arguments &arguments, Machine &machine) {
   const std::string name = unit_of(arguments, {});
   if (name.empty()) return kUsage;
   if (!machine.has_unit(name)) return kNotDetached;
-  const UnitState unit = machine.unit(name);
+  const box::Unit unit = machine.unit(name);
   if (!unit.installed()) return kRefused;
   if (machine.is_detached(name)) return kDone;
-  if (const auto board = box::board_of(name); board && unit.carrier.empty()) {
+  if (const auto board = box::board_of(name); board && !unit.place.carried) {
     BoardChange boards(machine.place, machine.model);
     if (!boards.can_be_spared(*board)) return kRefused;
     boards.stop(*board);
@@ -118,7 +118,7 @@ int clearpci(const Arguments &arguments, Machine &machine) {
   for (const std::string &name : names) {
     if (machine.has_expansion(name)) continue;
     if (!machine.has_unit(name)) return kNotCleared;
-    const UnitState slot = machine.unit(name);
+    const box::Unit slot = machine.unit(name);
     if (!slot.installed()) return kRefused;
     if (slot.wants_service()) slots.push_back(name);
   }
@@ -130,8 +130,8 @@ int chkfanspeed(const Arguments &arguments, Machine &machine) {
   const std::string name = unit_of(arguments, {});
   if (name.empty()) return kUsage;
   if (!machine.has_unit(name)) return kNoFanSpeed;
-  const UnitState tray = machine.unit(name);
-  if (tray.type != LMAINTE_TYPE_FANTRAY) return kNoFanSpeed;
+  const box::Unit tray = machine.unit(name);
+  if (tray.place.type() != LMAINTE_TYPE_FANTRAY) return kNoFanSpeed;
   if (!tray.installed()) return kRefused;
   return machine.has_fault(name) ? kNoFanSpeed : kDone;
 }

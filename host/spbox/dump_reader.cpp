@@ -4,9 +4,9 @@
 #include <set>
 
 #include "host/box/breakage.h"
+#include "host/box/hardware.h"
 #include "host/box/inventory.h"
 #include "host/box/number.h"
-#include "host/box/programs.h"
 #include "host/box/record_words.h"
 #include "host/spbox/dump.h"
 

@@ -6,7 +6,7 @@
 #include <iterator>
 #include <thread>
 
-#include "host/box/programs.h"
+#include "host/box/hardware.h"
 #include "host/box/trace_ring.h"
 #include "host/box/unit_name.h"
 #include "host/spbox/changes.h"
@@ -130,7 +130,7 @@ void Technician::change(box::Change change, const std::vector<std::string> &unit
 void Technician::flicker(const Step &step) {
   for (std::uint32_t i = 0; i < step.times; ++i) {
     if (i > 0) clock_.sleep(step.time);
-    const bool installed = (inventory_.unit(step.words[0]).status & LMAINTE_STATUS_INSTALLED) != 0;
+    const bool installed = inventory_.unit(step.words[0]).installed();
     change(installed ? box::Change::kPull : box::Change::kInsert, step.words);
   }
 }
@@ -154,9 +154,9 @@ bool Technician::holds(const std::vector<std::string> &condition) {
   if (condition[0] == "trace") return was_recorded(condition);
   if (condition[0] == "text") return has_text(condition[1], joined(condition, 2));
   const box::Hardware hardware(place_);
-  if (condition[0] == "mode") return hardware.get("maintenance").value_or("unlock") == condition[1];
+  if (condition[0] == "mode") return hardware.maintenance_mode() == (condition[1] == "lock");
   if (condition[0] == "led") return hardware.led(condition[1]) == condition[2];
-  if (condition[0] == "flag") return (hardware.flag(condition[1]) == "start") == (condition[2] == "start");
+  if (condition[0] == "flag") return hardware.flag(condition[1]) == (condition[2] == "start");
   return hardware.detached(condition[1]) == (condition[2] == "yes");
 }
 

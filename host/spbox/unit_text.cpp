@@ -5,11 +5,8 @@
 namespace spbox {
 namespace {
 
-// Of the box's own database, what other verbs and the heading of `units` show.
-bool is_shown_elsewhere(const std::string &key) {
-  if (key == "maintenance" || key == "fan") return true;
-  const std::string word = key.substr(0, key.find(' '));
-  return word == "bend" || word == "bend-daemon" || word == "ran" || word == "whole";
+bool is_in_heading(const box::SettingValue &row) {
+  return row.of.empty() && (row.setting == box::Setting::kMaintenance || row.setting == box::Setting::kFan);
 }
 
 }  // namespace
@@ -22,7 +19,7 @@ bool has_id(const box::UnitPlace &place) {
 std::string flag_text(const box::Hardware &hardware, const std::string &unit) {
   std::string text;
   const auto add = [&text](const char *part) { text += (text.empty() ? "" : ", ") + std::string(part); };
-  if (hardware.flag(unit) == "start") add("maintenance");
+  if (hardware.flag(unit)) add("maintenance");
   if (hardware.detached(unit)) add("detached");
   if (hardware.link(unit) == "down") add("link down");
   return text;
@@ -36,12 +33,12 @@ nlohmann::json json_of(const box::Unit &unit, const box::Hardware &hardware) {
   const std::string &name = unit.place.name;
   nlohmann::json entry = {
       {"name", name},
-      {"type", unit.place.entries.front().type},
+      {"type", unit.place.type()},
       {"unit_id", {hexadecimal(unit.place.id[0]), hexadecimal(unit.place.id[1])}},
       {"state", box::state_word(unit)},
       {"status", hexadecimal(unit.status)},
       {"led", hardware.led(name)},
-      {"maintenance", hardware.flag(name) == "start"},
+      {"maintenance", hardware.flag(name)},
       {"detached", hardware.detached(name)},
       {"fru_name", unit.fru_name},
   };
@@ -63,14 +60,11 @@ nlohmann::json json_of(const box::Unit &unit, const box::Hardware &hardware) {
   return entry;
 }
 
-// A setting of a unit is of a listed one where its name ends the key.
 std::map<std::string, std::string> other_settings(const box::Hardware &hardware, const box::Inventory &inventory) {
-  std::map<std::string, std::string> others = hardware.all();
-  std::erase_if(others, [&](const auto &setting) {
-    const std::size_t space = setting.first.find(" /");
-    const bool listed = space != std::string::npos && inventory.has(setting.first.substr(space + 1));
-    return listed || is_shown_elsewhere(setting.first);
-  });
+  std::map<std::string, std::string> others;
+  for (const box::SettingValue &row : hardware.settings()) {
+    if (!inventory.has(row.of) && !is_in_heading(row)) others.emplace(row.key(), row.value);
+  }
   return others;
 }
 

@@ -5,8 +5,8 @@
 #include <nlohmann/json.hpp>
 #include <string>
 
+#include "host/box/hardware.h"
 #include "host/box/inventory.h"
-#include "host/box/programs.h"
 
 namespace spbox {
 

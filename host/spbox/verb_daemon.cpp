@@ -49,9 +49,9 @@ std::string way_text(const box::DaemonBend &bend) {
 int daemon(const Options &options) {
   const box::Place place(options.box);
   box::model_of_box(place);  // says what is wrong where this is no box
-  box::Hardware hardware(place);
-  if (!options.way.empty()) box::set_daemon_bend(hardware, {way_of(options.way), options.seconds});
-  const box::DaemonBend bend = box::daemon_bend(hardware);
+  box::TextDatabase kept(place);
+  if (!options.way.empty()) box::set_daemon_bend(kept, {way_of(options.way), options.seconds});
+  const box::DaemonBend bend = box::daemon_bend(kept);
   const bool running = box::daemon_listens(place.daemons(), LMAINTE_HOST_MONITOR);
   if (options.as_json) {
     const nlohmann::json whole = {

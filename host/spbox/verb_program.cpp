@@ -41,8 +41,8 @@ std::string run_text(const std::optional<box::Run> &run) {
          status;
 }
 
-json json_of(const box::Hardware &hardware, std::string_view name) {
-  const box::Bend bend = hardware.bend(name);
+json json_of(const box::TextDatabase &kept, std::string_view name) {
+  const box::Bend bend = bend_of(kept, name);
   json entry = {{"name", name},
                 {"ignore_term", bend.ignore_term},
                 {"delay", bend.delay},
@@ -50,7 +50,7 @@ json json_of(const box::Hardware &hardware, std::string_view name) {
                 {"die", bend.die ? json(box::signal_name(*bend.die)) : json()},
                 {"exit", bend.exit ? json(*bend.exit) : json()},
                 {"last_run", nullptr}};
-  if (const auto run = hardware.last_run(name)) {
+  if (const auto run = last_run(kept, name)) {
     entry["last_run"] = {{"time", utc(run->time_ns)},
                          {"pid", run->pid},
                          {"arguments", run->arguments},
@@ -59,12 +59,12 @@ json json_of(const box::Hardware &hardware, std::string_view name) {
   return entry;
 }
 
-void print(const box::Hardware &hardware, const std::vector<std::string> &names, bool as_json) {
+void print(const box::TextDatabase &kept, const std::vector<std::string> &names, bool as_json) {
   std::vector<std::vector<std::string>> lines{{"Program", "Bent", "Last run"}};
   json list = json::array();
   for (const std::string &name : names) {
-    lines.push_back({name, bend_text(hardware.bend(name)), run_text(hardware.last_run(name))});
-    list.push_back(json_of(hardware, name));
+    lines.push_back({name, bend_text(bend_of(kept, name)), run_text(last_run(kept, name))});
+    list.push_back(json_of(kept, name));
   }
   std::fputs(as_json ? json_text(list).c_str() : aligned(lines).c_str(), stdout);
 }
@@ -78,13 +78,13 @@ std::vector<std::string> program_names() {
 int program(const Options &options) {
   const box::Place place(options.box);
   box::model_of_box(place);  // says what is wrong where this is no box
-  box::Hardware hardware(place);
+  box::TextDatabase kept(place);
   const bool changes = options.reset || !options.bend.straight();
   if (options.name.empty() && changes) {
     throw box::InventoryError("no program is named. `spbox program " + box::quoted(place.root()) + "` lists them.");
   }
-  if (changes) hardware.set_bend(options.name, options.bend);
-  print(hardware, options.name.empty() ? program_names() : std::vector{options.name}, options.as_json);
+  if (changes) box::set_bend(kept, options.name, options.bend);
+  print(kept, options.name.empty() ? program_names() : std::vector{options.name}, options.as_json);
   return 0;
 }
 

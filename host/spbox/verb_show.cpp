@@ -36,7 +36,7 @@ constexpr TypeRow kTypes[] = {
 
 std::string type_text(const box::UnitPlace &place) {
   if (!has_id(place)) return "fan";
-  const std::int32_t type = place.entries.front().type;
+  const std::int32_t type = place.type();
   for (const TypeRow &row : kTypes) {
     if (row.type == type) return std::string(row.name) + " (" + std::to_string(type) + ")";
   }
@@ -74,7 +74,7 @@ int show_unrecorded(const box::Hardware &hardware, const std::string &name, cons
                             {"unit_id", nullptr},
                             {"state", nullptr},
                             {"led", hardware.led(name)},
-                            {"maintenance", hardware.flag(name) == "start"},
+                            {"maintenance", hardware.flag(name)},
                             {"detached", hardware.detached(name)}};
     if (id) entry["unit_id"] = {hexadecimal((*id)[0]), hexadecimal((*id)[1])};
     if (const auto speed = hardware.fan(name); !speed.empty()) entry["fan_speed"] = speed;

@@ -3,9 +3,9 @@
 #include <memory>
 #include <nlohmann/json.hpp>
 
+#include "host/box/hardware.h"
 #include "host/box/inventory.h"
 #include "host/box/partitions.h"
-#include "host/box/programs.h"
 #include "host/box/record_layout.h"
 #include "host/spbox/json_text.h"
 #include "host/spbox/text.h"
@@ -43,11 +43,7 @@ struct View {
 };
 
 std::string maintenance(const box::Hardware &hardware) {
-  return hardware.get("maintenance") == "lock" ? "locked" : "unlocked";
-}
-
-std::string fan_speed(const box::Hardware &hardware) {
-  return hardware.get("fan").value_or("low");
+  return hardware.maintenance_mode() ? "locked" : "unlocked";
 }
 
 std::string domain_text(std::uint32_t domain) {
@@ -73,7 +69,7 @@ json whole_json(const View &view, const std::vector<box::Unit> &units) {
   }
   json whole = {{"model", box::model_name(view.inventory.model())},
                 {"maintenance_mode", maintenance(view.hardware)},
-                {"fan_speed", fan_speed(view.hardware)},
+                {"fan_speed", view.hardware.fan_speed()},
                 {"units", list},
                 {"xsbs", xsbs},
                 {"domains", domains},
@@ -89,7 +85,7 @@ json whole_json(const View &view, const std::vector<box::Unit> &units) {
 
 std::string heading(const View &view) {
   std::string text = "Model " + std::string(box::model_name(view.inventory.model())) + ", maintenance mode " +
-                     maintenance(view.hardware) + ", fans " + fan_speed(view.hardware) + "\n";
+                     maintenance(view.hardware) + ", fans " + view.hardware.fan_speed() + "\n";
   if (!view.server.unreadable.empty()) return text + "Server " + unreadable(view.server.unreadable) + "\n";
   return text + "System status " + hexadecimal(view.server.status) + ", on service processor unit " +
          std::to_string(view.server.service_processor) + "\n";

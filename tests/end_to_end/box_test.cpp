@@ -9,8 +9,8 @@
 #include <stdexcept>
 
 #include "host/box/database.h"
+#include "host/box/hardware.h"
 #include "host/box/place.h"
-#include "host/box/programs.h"
 #include "tests/eventually.h"
 
 namespace end_to_end {
@@ -146,7 +146,7 @@ std::string BoxTest::led(const std::string &unit) const {
   return box::Hardware(box::Place(box())).led(unit);
 }
 
-std::string BoxTest::flag(const std::string &unit) const {
+bool BoxTest::flag(const std::string &unit) const {
   return box::Hardware(box::Place(box())).flag(unit);
 }
 

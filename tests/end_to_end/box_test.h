@@ -57,7 +57,7 @@ class BoxTest : public testing::Test {
   // The technician.
   Done spbox(const Words &words);  // spbox VERB BOX ...; must succeed
   std::string led(const std::string &unit) const;
-  std::string flag(const std::string &unit) const;
+  bool flag(const std::string &unit) const;
   void take_out_of_operation(const std::string &unit) const;
   void bend(const std::string &program, const Words &how);
   void set_time_limits(std::uint32_t limit) const;  // of every control program, in seconds

@@ -24,9 +24,7 @@ class Installation : public BoxTest {
                                                              "pull /PSU#3; " + steps}] { return run_to_end(command); });
     ASSERT_TRUE(eventually([&] { return !is_installed(); }));
   }
-  bool is_installed() const {
-    return (box::Inventory(box::Place(box())).unit("/PSU#3").status & LMAINTE_STATUS_INSTALLED) != 0;
-  }
+  bool is_installed() const { return box::Inventory(box::Place(box())).unit("/PSU#3").installed(); }
 
   // The check of /PSU#3, to the end of the technician's work.
   std::string check(const char *expectation) {

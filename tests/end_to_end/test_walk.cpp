@@ -42,7 +42,7 @@ TEST_F(Walk, MapsANumberOfTheListToTheUnitBehindIt) {
   answers("Which power supply", "16\n");  // The sixteenth is no /PSU#15: that name does not exist.
   answers("Pull out /PSU#40 now");
   EXPECT_EQ(led("/PSU#40"), "blink");
-  EXPECT_EQ(flag("/PSU#40"), "start");
+  EXPECT_TRUE(flag("/PSU#40"));
 }
 
 TEST_F(Walk, GoesOnWhenTheOperatorLeavesThePagerEarly) {

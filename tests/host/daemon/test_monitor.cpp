@@ -5,6 +5,7 @@
 
 #include "host/box/breakage.h"
 #include "host/box/event_log.h"
+#include "host/box/hardware.h"
 #include "host/box/inventory.h"
 #include "host/daemon/monitor.h"
 #include "host/include/lmainte_host.h"
@@ -43,8 +44,8 @@ class MonitorTest : public testing::Test {
   }
 
   void bend(box::DaemonWay way, std::uint32_t seconds = 0) {
-    box::Hardware hardware(place_);
-    box::set_daemon_bend(hardware, {way, seconds});
+    box::TextDatabase kept(place_);
+    box::set_daemon_bend(kept, {way, seconds});
   }
 
   Scratch scratch_;

@@ -118,8 +118,8 @@ class ServerTest : public testing::Test {
   }
 
   void bend(box::DaemonWay way, std::uint32_t seconds = 0) {
-    box::Hardware hardware(place_);
-    box::set_daemon_bend(hardware, {way, seconds});
+    box::TextDatabase kept(place_);
+    box::set_daemon_bend(kept, {way, seconds});
   }
 
   Scratch scratch_;

@@ -80,7 +80,7 @@ class MarkedUnits : public BentBox {
 
   void put_another_one_in(const std::string &name) const {
     const box::Inventory inventory(place());
-    if ((inventory.unit(name).status & LMAINTE_STATUS_INSTALLED) != 0) inventory.change(box::Change::kPull, {name});
+    if (inventory.unit(name).installed()) inventory.change(box::Change::kPull, {name});
     inventory.change(box::Change::kInsert, {name});
     inventory.change(box::Change::kFault, {name});
   }

@@ -8,8 +8,8 @@
 #include <string>
 #include <vector>
 
+#include "host/box/hardware.h"
 #include "host/box/place.h"
-#include "host/box/programs.h"
 #include "host/play/picture.h"
 #include "host/play/plan.h"
 #include "host/play/player.h"

@@ -11,6 +11,7 @@
 #include <vector>
 
 #include "host/box/child.h"
+#include "host/box/hardware.h"
 #include "host/box/inventory.h"
 #include "host/box/programs.h"
 #include "include/lmainte.h"
@@ -74,6 +75,7 @@ class ControlProgram : public testing::Test {
   }
 
   std::string hardware(const std::string &key) const { return hardware_->get(key).value_or(""); }
+  std::optional<box::Run> last_run(const std::string &name) const { return box::last_run(*hardware_, name); }
 
   Scratch scratch_;
   box::Place place_{scratch_ / "box"};

@@ -11,13 +11,13 @@ using namespace std::chrono_literals;
 
 class Bending : public ControlProgram {
  protected:
-  void bend(const box::Bend &bend) { hardware_->set_bend("ctlled", bend); }
+  void bend(const box::Bend &bend) { box::set_bend(*hardware_, "ctlled", bend); }
 
   pid_t start_blinking() const { return start("ctlled", "-u /PSU#3 -c blink"); }
 
   // Waits until the program has noted that it runs, which comes before it is bent.
   void await_start() const {
-    ASSERT_TRUE(eventually([&] { return hardware_->last_run("ctlled").has_value(); }));
+    ASSERT_TRUE(eventually([&] { return last_run("ctlled").has_value(); }));
   }
 
   // Whether SIGTERM is among these signals of a process: "SigIgn" those that it ignores, "SigCgt" those that it handles.
@@ -41,7 +41,7 @@ TEST_F(Bending, ExitStatusTakesThePlaceOfTheWork) {
   bend({.exit = 206});
   EXPECT_EQ(run("ctlled", "-u /PSU#3 -c blink"), 206);
   EXPECT_EQ(hardware("led /PSU#3"), "");
-  EXPECT_EQ(hardware_->last_run("ctlled")->status, 206);
+  EXPECT_EQ(last_run("ctlled")->status, 206);
 }
 
 TEST_F(Bending, ExitStatusZeroDoesNothingAndSaysThatItDid) {
@@ -73,7 +73,7 @@ TEST_F(Bending, HangingEndsAtSigterm) {
   status = box::wait_status_of(pid);
   EXPECT_TRUE(WIFSIGNALED(status));
   EXPECT_EQ(WTERMSIG(status), SIGTERM);
-  EXPECT_FALSE(hardware_->last_run("ctlled")->status);
+  EXPECT_FALSE(last_run("ctlled")->status);
 }
 
 TEST_F(Bending, HangingWithAnExitStatusEndsWithItAtSigterm) {
@@ -111,15 +111,15 @@ TEST_F(Bending, DyingIsByTheSignalThatIsSet) {
 
 TEST_F(Bending, IsKeptWholeInTheBox) {
   bend({.ignore_term = true, .delay = 7, .hang = true, .die = 9, .exit = 3});
-  const box::Bend kept = box::Hardware(place_).bend("ctlled");
+  const box::Bend kept = box::bend_of(box::TextDatabase(place_), "ctlled");
   EXPECT_TRUE(kept.ignore_term);
   EXPECT_EQ(kept.delay, 7u);
   EXPECT_TRUE(kept.hang);
   EXPECT_EQ(kept.die, 9);
   EXPECT_EQ(kept.exit, 3);
-  EXPECT_TRUE(box::Hardware(place_).bend("ctlfan").straight());
+  EXPECT_TRUE(box::bend_of(box::TextDatabase(place_), "ctlfan").straight());
   bend({});
-  EXPECT_TRUE(box::Hardware(place_).bend("ctlled").straight());
+  EXPECT_TRUE(box::bend_of(box::TextDatabase(place_), "ctlled").straight());
   EXPECT_EQ(run("ctlled", "-u /PSU#3 -c blink"), 0);
 }
 

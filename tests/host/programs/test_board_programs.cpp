@@ -1,6 +1,10 @@
 // What the programs for system boards do: on this model boards 0 and 1 are domain 0, boards 2 and 3 domain 1, and board 3
 // is divided into four extended system boards, the last of which is nobody's.
+#include <fcntl.h>
+
+#include "host/box/child.h"
 #include "host/box/database.h"
+#include "host/box/descriptor.h"
 #include "host/box/partitions.h"
 #include "tests/host/box/child.h"
 #include "tests/host/programs/control_program.h"
@@ -88,6 +92,34 @@ TEST_F(BoardPrograms, QuestionsAreAnsweredWhileTheDatabasesAreLocked) {
           {"a running board is not tested", "testsb", "-q -y 0", 128},
           {"a running board is not unlinked", "linkboard", "-u /CMU#0 -c down", 128},
           {"no unit is detached while the database is locked", "detachfru", "-u /CMU#0", 8, "detached /CMU#0", ""}});
+}
+
+// The process that has a database locked; 0 when none has.
+pid_t holder_of(const box::Place &place, std::uint32_t db_id) {
+  const box::Descriptor file(open((place.database(db_id) / "holder").c_str(), O_RDWR | O_CLOEXEC));
+  struct flock lock {};
+  lock.l_type = F_WRLCK;
+  lock.l_whence = SEEK_SET;
+  return fcntl(file.get(), F_GETLK, &lock) == 0 && lock.l_type != F_UNLCK ? lock.l_pid : 0;
+}
+
+// What is seen on both sides of a look at the other database was so while it was looked at.
+bool holds_the_higher_alone(const box::Place &place) {
+  const pid_t holder = holder_of(place, 2);
+  return holder != 0 && holder_of(place, 1) == 0 && holder_of(place, 2) == holder;
+}
+
+TEST_F(BoardPrograms, TheLowerDatabaseIsUnlockedLast) {
+  expect({{"out", "detachfru", "-u /CMU#0", 0}});
+  int looks = 0;
+  for (const char *line : {"-m n -x 4 sb 0", "-m n -x 1 sb 0", "-m n -x 4 sb 0", "-m n -x 1 sb 0"}) {
+    const pid_t program = start("setupfru", line);
+    for (siginfo_t ended{}; ended.si_pid == 0; ++looks) {
+      EXPECT_FALSE(holds_the_higher_alone(place_)) << "at look " << looks;
+      ASSERT_EQ(waitid(P_PID, static_cast<id_t>(program), &ended, WEXITED | WNOWAIT | WNOHANG), 0);
+    }
+    EXPECT_EQ(box::exit_status_of(program), 0);
+  }
 }
 
 TEST_F(BoardPrograms, OnlyBoardUnitsAreLinked) {

@@ -116,15 +116,15 @@ TEST_F(EveryProgram, HasAStatusForAUnitThatTheModelLacks) {
 }
 
 TEST_F(EveryProgram, LeavesARecordOfItsLastRun) {
-  EXPECT_FALSE(hardware_->last_run("ctlled"));
+  EXPECT_FALSE(last_run("ctlled"));
   run("ctlled", "-u /PSU#3 -c blink");
   run("ctlled", "-u /PSU#9 -c on");
-  const auto last = hardware_->last_run("ctlled");
+  const auto last = last_run("ctlled");
   ASSERT_TRUE(last);
   EXPECT_EQ(last->arguments, "-u /PSU#9 -c on");
   EXPECT_EQ(last->status, 206);
   EXPECT_GT(last->pid, 0);
-  EXPECT_FALSE(hardware_->last_run("ctlfan"));
+  EXPECT_FALSE(last_run("ctlfan"));
 }
 
 // Several at a time: one enters maintenance mode, the others are told that they come second.
@@ -169,7 +169,7 @@ TEST_F(EveryProgram, FailsWhereARecordThatDecidesCannotBeRead) {
       box::break_record(place_, {2, record}, how);
     }
     expect(rows);
-    EXPECT_EQ(hardware_->last_run("linkboard")->status, 8);
+    EXPECT_EQ(last_run("linkboard")->status, 8);
   }
 }
 

@@ -122,7 +122,7 @@ TEST_F(UnitPrograms, AFlagWhoseRecordsCannotBeChangedStays) {
     for (const box::Breakage how : {box::Breakage::kMissing, box::Breakage::kShort, box::Breakage::kLong}) {
       box::break_record(place_, {2, record}, how);
       expect({{"is not set", "setmainteflag", "-u /PSU#3 -c start", 8, "flag /PSU#3", ""}});
-      EXPECT_EQ(hardware_->last_run("setmainteflag")->status, 8);
+      EXPECT_EQ(last_run("setmainteflag")->status, 8);
       box::mend_record(place_, {2, record});
       EXPECT_EQ(unit_status("/PSU#3"), 0x80000000u);
       EXPECT_EQ(box::server_of(place_).status, 0x80000000u);

@@ -7,9 +7,9 @@
 #include <vector>
 
 #include "host/box/database.h"
+#include "host/box/hardware.h"
 #include "host/box/inventory.h"
 #include "host/box/place.h"
-#include "host/box/programs.h"
 #include "tests/host/box/scratch.h"
 #include "tests/run.h"
 

@@ -1,5 +1,6 @@
 #include <nlohmann/json.hpp>
 
+#include "host/box/programs.h"
 #include "tests/host/spbox/spbox_test.h"
 
 namespace {
@@ -9,7 +10,7 @@ using nlohmann::json;
 class Program : public SpboxTest {
  protected:
   void SetUp() override { make_box("qa"); }
-  box::Bend bend() const { return box::Hardware(place()).bend("ctlled"); }
+  box::Bend bend() const { return box::bend_of(box::TextDatabase(place()), "ctlled"); }
 };
 
 TEST_F(Program, IsStraightInANewBox) {
@@ -73,8 +74,8 @@ TEST_F(Program, RefusesWhatMakesNoSense) {
 }
 
 TEST_F(Program, ShowsItsLastRun) {
-  box::Hardware(place()).set_last_run("ctlled",
-                                      {.time_ns = 0, .pid = 4711, .status = 206, .arguments = "-u /PSU#9 -c on"});
+  box::TextDatabase kept(place());
+  box::set_last_run(kept, "ctlled", {.time_ns = 0, .pid = 4711, .status = 206, .arguments = "-u /PSU#9 -c on"});
   EXPECT_NE(done({"program", "box", "ctlled"}).find("process 4711, \"-u /PSU#9 -c on\", exit status 206\n"),
             std::string::npos);
   const json run = json::parse(done({"program", "box", "ctlled", "--json"}))[0]["last_run"];
@@ -82,7 +83,7 @@ TEST_F(Program, ShowsItsLastRun) {
   EXPECT_EQ(run["arguments"], "-u /PSU#9 -c on");
   EXPECT_EQ(run["exit_status"], 206);
   EXPECT_EQ(run["time"], "1970-01-01T00:00:00.000000Z");
-  box::Hardware(place()).set_last_run("ctlled", {.time_ns = 0, .pid = 1, .status = {}, .arguments = ""});
+  box::set_last_run(kept, "ctlled", {.time_ns = 0, .pid = 1, .status = {}, .arguments = ""});
   EXPECT_NE(done({"program", "box", "ctlled"}).find("did not end by itself"), std::string::npos);
 }
 

@@ -5,7 +5,7 @@
 #include <fstream>
 
 #include "host/box/contents.h"
-#include "host/box/programs.h"
+#include "host/box/hardware.h"
 #include "host/box/trace_ring.h"
 #include "tests/host/spbox/spbox_test.h"
 

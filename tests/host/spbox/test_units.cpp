@@ -3,6 +3,7 @@
 #include <nlohmann/json.hpp>
 #include <sstream>
 
+#include "host/box/programs.h"
 #include "tests/host/spbox/spbox_test.h"
 
 namespace {
@@ -94,7 +95,7 @@ TEST_F(Units, AreFollowedByWhatIsSetForOthers) {
   hardware.set("mirror 3", "y");
   hardware.set("report", "start");
   done({"program", "box", "ctlled", "--delay", "3"});
-  hardware.set_last_run("ctlfan", {.time_ns = 7, .pid = 8, .status = 0, .arguments = "-u /PSU#99"});
+  box::set_last_run(hardware, "ctlfan", {.time_ns = 7, .pid = 8, .status = 0, .arguments = "-u /PSU#99"});
   done({"daemon", "box", "late", "5"});
   done({"break", "box", "/PSU#40", "--fru", "--missing"});
   hardware.set("led /PSU#40", "on");  // of a listed unit

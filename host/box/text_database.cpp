@@ -1,0 +1,57 @@
+#include "host/box/text_database.h"
+
+#include <stdexcept>
+
+namespace box {
+
+TextDatabase::TextDatabase(const Place &place, bool create) : database_(place.hardware(), create) {}
+
+std::optional<std::string> TextDatabase::get(const std::string &key) const {
+  const std::optional<Bytes> record = database_.get(key);
+  if (!record) return std::nullopt;
+  return std::string(record->begin(), record->end());
+}
+
+void TextDatabase::set(const std::string &key, const std::string &value) {
+  database_.put(key, {reinterpret_cast<const std::uint8_t *>(value.data()), value.size()});
+}
+
+void TextDatabase::clear(const std::string &key) {
+  if (database_.get(key)) database_.remove(key);
+}
+
+std::string TextDatabase::exchange(const std::string &key, const std::string &value) {
+  lock();
+  std::string before = get(key).value_or("");
+  if (value.empty()) {
+    clear(key);
+  } else if (value != before) {
+    set(key, value);
+  }
+  unlock();
+  return before;
+}
+
+void TextDatabase::lock() {
+  if (!database_.lock()) throw std::runtime_error("the box's own database is locked by another process");
+}
+
+void TextDatabase::unlock() {
+  if (!database_.unlock()) throw std::runtime_error("the box's own database could not be written");
+}
+
+std::map<std::string, std::string> TextDatabase::all() const {
+  std::map<std::string, std::string> texts;
+  database_.each([&](std::string_view key, std::span<const std::uint8_t> value) {
+    texts.emplace(key, std::string(value.begin(), value.end()));
+  });
+  return texts;
+}
+
+void TextDatabase::set_all(const std::map<std::string, std::string> &texts) {
+  lock();
+  for (const auto &[key, value] : texts) set(key, value);
+  unlock();
+}
+
+}  // namespace box
