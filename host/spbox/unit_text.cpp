@@ -25,38 +25,36 @@ std::string flag_text(const box::Hardware &hardware, const std::string &unit) {
   return text;
 }
 
+Json id_json(const box::UnitId &id) {
+  return Json::List{hexadecimal(id[0]), hexadecimal(id[1])};
+}
+
 std::string unreadable(const std::string &why) {
   return "unreadable: " + why;
 }
 
-nlohmann::json json_of(const box::Unit &unit, const box::Hardware &hardware) {
-  const std::string &name = unit.place.name;
-  nlohmann::json entry = {
-      {"name", name},
-      {"type", unit.place.type()},
-      {"unit_id", {hexadecimal(unit.place.id[0]), hexadecimal(unit.place.id[1])}},
+Json::Object json_of(const box::Unit &unit, const box::Hardware &hardware) {
+  const box::UnitPlace &place = unit.place;
+  const bool has_type = has_id(place);  // a fan has neither a type nor an id of its own
+  Json::Object entry{
+      {"name", place.name},
+      {"type", has_type ? Json(place.type()) : Json()},
+      {"unit_id", has_type ? id_json(place.id) : Json()},
       {"state", box::state_word(unit)},
-      {"status", hexadecimal(unit.status)},
-      {"led", hardware.led(name)},
-      {"maintenance", hardware.flag(name)},
-      {"detached", hardware.detached(name)},
-      {"fru_name", unit.fru_name},
+      {"status", unit.unreadable.empty() ? Json(hexadecimal(unit.status)) : Json()},
+      {"led", hardware.led(place.name)},
+      {"maintenance", hardware.flag(place.name)},
+      {"detached", hardware.detached(place.name)},
+      {"fru_name", unit.fru_unreadable.empty() ? Json(unit.fru_name) : Json()},
   };
-  if (!has_id(unit.place)) {
-    entry["type"] = nullptr;  // a fan has neither a type nor an id of its own
-    entry["unit_id"] = nullptr;
-  }
-  if (!unit.unreadable.empty()) {
-    entry["status"] = nullptr;
-    entry["unreadable"] = unit.unreadable;
-  }
-  if (!unit.fru_unreadable.empty()) {
-    entry["fru_name"] = nullptr;
-    entry["fru_unreadable"] = unit.fru_unreadable;
-  }
-  if (unit.place.carried) entry["sits_on"] = unit.place.carrier();
-  if (const auto speed = hardware.fan(name); !speed.empty()) entry["fan_speed"] = speed;
-  if (const auto link = hardware.link(name); !link.empty()) entry["link"] = link;
+  const auto add = [&entry](const char *name, const std::string &text) {
+    if (!text.empty()) entry.push_back({name, text});
+  };
+  add("unreadable", unit.unreadable);
+  add("fru_unreadable", unit.fru_unreadable);
+  add("sits_on", place.carried ? place.carrier() : "");
+  add("fan_speed", hardware.fan(place.name));
+  add("link", hardware.link(place.name));
   return entry;
 }
 

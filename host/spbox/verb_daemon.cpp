@@ -1,12 +1,12 @@
 #include <algorithm>
 #include <cstdio>
 #include <memory>
-#include <nlohmann/json.hpp>
 
 #include "host/box/contents.h"
 #include "host/box/daemon_bend.h"
 #include "host/box/daemon_socket.h"
 #include "host/include/lmainte_host.h"
+#include "host/spbox/json.h"
 #include "host/spbox/verbs.h"
 
 namespace spbox {
@@ -54,12 +54,11 @@ int daemon(const Options &options) {
   const box::DaemonBend bend = box::daemon_bend(kept);
   const bool running = box::daemon_listens(place.daemons(), LMAINTE_HOST_MONITOR);
   if (options.as_json) {
-    const nlohmann::json whole = {
-        {"name", LMAINTE_HOST_MONITOR},
-        {"running", running},
-        {"way", row_of(bend.way).name},
-        {"seconds", bend.way == box::DaemonWay::kLate ? nlohmann::json(bend.seconds) : nullptr}};
-    std::puts(whole.dump(2).c_str());
+    const Json whole = Json::Object{{"name", LMAINTE_HOST_MONITOR},
+                                    {"running", running},
+                                    {"way", row_of(bend.way).name},
+                                    {"seconds", bend.way == box::DaemonWay::kLate ? Json(bend.seconds) : Json()}};
+    std::fputs(whole.text().c_str(), stdout);
     return 0;
   }
   std::printf("%s, %s: %s\n", LMAINTE_HOST_MONITOR, running ? "running" : "not running", way_text(bend).c_str());

@@ -1,19 +1,16 @@
 #include <algorithm>
 #include <cstdio>
 #include <memory>
-#include <nlohmann/json.hpp>
 
 #include "host/box/contents.h"
 #include "host/box/programs.h"
 #include "host/box/signal_name.h"
-#include "host/spbox/json_text.h"
+#include "host/spbox/json.h"
 #include "host/spbox/text.h"
 #include "host/spbox/verbs.h"
 
 namespace spbox {
 namespace {
-
-using nlohmann::json;
 
 struct Options {
   std::filesystem::path box;
@@ -41,32 +38,31 @@ std::string run_text(const std::optional<box::Run> &run) {
          status;
 }
 
-json json_of(const box::TextDatabase &kept, std::string_view name) {
+Json last_run_json(const std::optional<box::Run> &run) {
+  if (!run) return nullptr;
+  return Json::Object{
+      {"time", utc(run->time_ns)}, {"pid", run->pid}, {"arguments", run->arguments}, {"exit_status", run->status}};
+}
+
+Json json_of(const box::TextDatabase &kept, std::string_view name) {
   const box::Bend bend = bend_of(kept, name);
-  json entry = {{"name", name},
-                {"ignore_term", bend.ignore_term},
-                {"delay", bend.delay},
-                {"hang", bend.hang},
-                {"die", bend.die ? json(box::signal_name(*bend.die)) : json()},
-                {"exit", bend.exit ? json(*bend.exit) : json()},
-                {"last_run", nullptr}};
-  if (const auto run = last_run(kept, name)) {
-    entry["last_run"] = {{"time", utc(run->time_ns)},
-                         {"pid", run->pid},
-                         {"arguments", run->arguments},
-                         {"exit_status", run->status ? json(*run->status) : json()}};
-  }
-  return entry;
+  return Json::Object{{"name", name},
+                      {"ignore_term", bend.ignore_term},
+                      {"delay", bend.delay},
+                      {"hang", bend.hang},
+                      {"die", bend.die ? Json(box::signal_name(*bend.die)) : Json()},
+                      {"exit", bend.exit},
+                      {"last_run", last_run_json(last_run(kept, name))}};
 }
 
 void print(const box::TextDatabase &kept, const std::vector<std::string> &names, bool as_json) {
   std::vector<std::vector<std::string>> lines{{"Program", "Bent", "Last run"}};
-  json list = json::array();
+  Json::List list;
   for (const std::string &name : names) {
     lines.push_back({name, bend_text(bend_of(kept, name)), run_text(last_run(kept, name))});
     list.push_back(json_of(kept, name));
   }
-  std::fputs(as_json ? json_text(list).c_str() : aligned(lines).c_str(), stdout);
+  std::fputs(as_json ? Json(list).text().c_str() : aligned(lines).c_str(), stdout);
 }
 
 std::vector<std::string> program_names() {

@@ -1,10 +1,9 @@
 // What commands left behind in the box: the trace and the log.
 #include <cstdio>
 #include <memory>
-#include <nlohmann/json.hpp>
 
 #include "host/box/contents.h"
-#include "host/spbox/json_text.h"
+#include "host/spbox/json.h"
 #include "host/spbox/log_book.h"
 #include "host/spbox/text.h"
 #include "host/spbox/verbs.h"
@@ -13,7 +12,6 @@
 namespace spbox {
 namespace {
 
-using nlohmann::json;
 using trace_book::TraceLine;
 using trace_book::TraceValue;
 
@@ -36,24 +34,24 @@ std::uint32_t line_of(const box::TraceEntry &entry) {
   return entry.words[1];
 }
 
-json json_of(const box::TraceEntry &entry) {
+Json json_of(const box::TraceEntry &entry) {
   const TraceLine line = trace_book::words_of(entry);
-  json values = json::array();
+  Json::List values;
   for (const TraceValue &value : line.values) {
-    values.push_back(
-        {{"meaning", value.meaning}, {"number", static_cast<std::int32_t>(value.word)}, {"text", value.text}});
+    values.push_back(Json::Object{
+        {"meaning", value.meaning}, {"number", static_cast<std::int32_t>(value.word)}, {"text", value.text}});
   }
-  return {{"number", entry.number},
-          {"time", utc(entry.time_ns)},
-          {"pid", pid_of(entry)},
-          {"function", line.function},
-          {"line", line_of(entry)},
-          {"level", line.level},
-          {"name", line.name},
-          {"event", line.event},
-          {"code", hexadecimal(entry.event)},
-          {"known", line.is_known},
-          {"values", values}};
+  return Json::Object{{"number", entry.number},
+                      {"time", utc(entry.time_ns)},
+                      {"pid", pid_of(entry)},
+                      {"function", line.function},
+                      {"line", line_of(entry)},
+                      {"level", line.level},
+                      {"name", line.name},
+                      {"event", line.event},
+                      {"code", hexadecimal(entry.event)},
+                      {"known", line.is_known},
+                      {"values", values}};
 }
 
 // "a child was started: time limit 10, child 4711"
@@ -81,9 +79,9 @@ int trace(const Options &options) {
   if (options.errors) std::erase_if(entries, [](const box::TraceEntry &entry) { return !is_error(entry); });
   keep_last(entries, options.last);
   if (options.as_json) {
-    json list = json::array();
+    Json::List list;
     for (const box::TraceEntry &entry : entries) list.push_back(json_of(entry));
-    std::fputs(json_text(list).c_str(), stdout);
+    std::fputs(Json(list).text().c_str(), stdout);
     return 0;
   }
   std::vector<std::vector<std::string>> lines{{"Time", "Pid", "Level", "Function", "Event"}};
@@ -102,23 +100,23 @@ int log(const Options &options) {
   const std::uint32_t model = box::model_of_box(place);
   std::vector<box::LogEntry> entries = box::EventLog::read(place.events());
   keep_last(entries, options.last);
-  json list = json::array();
+  Json::List list;
   std::vector<std::vector<std::string>> lines{{"Time", "Pid", "Event", "Kind", "Unit", "Detail"}};
   for (const box::LogEntry &entry : entries) {
     const LogLine line = decode(model, entry);
     lines.push_back(
         {date_and_time(entry.time_ns), std::to_string(entry.pid), line.what, line.kind, line.unit, line.detail});
-    list.push_back({{"time", utc(entry.time_ns)},
-                    {"pid", entry.pid},
-                    {"head", hexadecimal(entry.head)},
-                    {"code", line.code},
-                    {"what", line.what},
-                    {"kind", line.kind},
-                    {"unit", line.unit},
-                    {"detail", line.detail}});
+    list.push_back(Json::Object{{"time", utc(entry.time_ns)},
+                                {"pid", entry.pid},
+                                {"head", hexadecimal(entry.head)},
+                                {"code", line.code},
+                                {"what", line.what},
+                                {"kind", line.kind},
+                                {"unit", line.unit},
+                                {"detail", line.detail}});
   }
   if (options.as_json) {
-    std::fputs(json_text(list).c_str(), stdout);
+    std::fputs(Json(list).text().c_str(), stdout);
   } else if (entries.empty()) {
     std::puts("The log is empty.");
   } else {

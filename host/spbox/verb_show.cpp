@@ -5,7 +5,7 @@
 
 #include "host/box/inventory.h"
 #include "host/box/unit_name.h"
-#include "host/spbox/json_text.h"
+#include "host/spbox/json.h"
 #include "host/spbox/text.h"
 #include "host/spbox/unit_text.h"
 #include "host/spbox/verbs.h"
@@ -70,16 +70,15 @@ void add_hardware(const box::Hardware &hardware, const std::string &name, Lines 
 int show_unrecorded(const box::Hardware &hardware, const std::string &name, const std::optional<box::UnitId> &id,
                     bool as_json) {
   if (as_json) {
-    nlohmann::json entry = {{"name", name},
-                            {"unit_id", nullptr},
-                            {"state", nullptr},
-                            {"led", hardware.led(name)},
-                            {"maintenance", hardware.flag(name)},
-                            {"detached", hardware.detached(name)}};
-    if (id) entry["unit_id"] = {hexadecimal((*id)[0]), hexadecimal((*id)[1])};
-    if (const auto speed = hardware.fan(name); !speed.empty()) entry["fan_speed"] = speed;
-    if (const auto power = hardware.power(name); !power.empty()) entry["power"] = power;
-    std::fputs(json_text(entry).c_str(), stdout);
+    Json::Object entry{{"name", name},
+                       {"unit_id", id ? id_json(*id) : Json()},
+                       {"state", nullptr},
+                       {"led", hardware.led(name)},
+                       {"maintenance", hardware.flag(name)},
+                       {"detached", hardware.detached(name)}};
+    if (const auto speed = hardware.fan(name); !speed.empty()) entry.push_back({"fan_speed", speed});
+    if (const auto power = hardware.power(name); !power.empty()) entry.push_back({"power", power});
+    std::fputs(Json(entry).text().c_str(), stdout);
     return 0;
   }
   Lines lines{{"Unit", name}, {"State", "unknown: it has no record"}};
@@ -101,7 +100,7 @@ int show(const Options &options) {
   const box::Unit unit = inventory.unit(options.unit);
   const std::string &name = unit.place.name;
   if (options.as_json) {
-    std::fputs(json_text(json_of(unit, hardware)).c_str(), stdout);
+    std::fputs(Json(json_of(unit, hardware)).text().c_str(), stdout);
     return 0;
   }
   Lines lines{{"Unit", name}, {"Kind", type_text(unit.place)}};

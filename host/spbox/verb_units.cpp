@@ -1,13 +1,12 @@
 #include <cstdio>
 #include <map>
 #include <memory>
-#include <nlohmann/json.hpp>
 
 #include "host/box/hardware.h"
 #include "host/box/inventory.h"
 #include "host/box/partitions.h"
 #include "host/box/record_layout.h"
-#include "host/spbox/json_text.h"
+#include "host/spbox/json.h"
 #include "host/spbox/text.h"
 #include "host/spbox/unit_text.h"
 #include "host/spbox/verbs.h"
@@ -15,7 +14,6 @@
 namespace spbox {
 namespace {
 
-using nlohmann::json;
 using Lines = std::vector<std::vector<std::string>>;
 
 struct Options {
@@ -50,35 +48,36 @@ std::string domain_text(std::uint32_t domain) {
   return domain <= box::kLastDomain ? std::to_string(domain) : "SP";
 }
 
-json whole_json(const View &view, const std::vector<box::Unit> &units) {
-  json list = json::array(), xsbs = json::array(), domains = json::array();
-  for (const box::Unit &unit : units) list.push_back(json_of(unit, view.hardware));
-  for (const box::Xsb &xsb : view.xsbs) {
-    json entry = {{"name", xsb.name}, {"unreadable", xsb.unreadable}};
-    if (xsb.unreadable.empty()) {
-      entry = {{"name", xsb.name}, {"active", xsb.active}, {"domain", xsb.domain}, {"setup_domain", xsb.setup_domain}};
-    }
-    xsbs.push_back(entry);
-  }
-  for (const box::Domain &domain : view.domains) {
-    json entry = {{"number", domain.number}, {"unreadable", domain.unreadable}};
-    if (domain.unreadable.empty()) {
-      entry = {{"number", domain.number}, {"word_0", hexadecimal(domain.word_0)}, {"byte_44", domain.byte_44}};
-    }
-    domains.push_back(entry);
-  }
-  json whole = {{"model", box::model_name(view.inventory.model())},
-                {"maintenance_mode", maintenance(view.hardware)},
-                {"fan_speed", view.hardware.fan_speed()},
-                {"units", list},
-                {"xsbs", xsbs},
-                {"domains", domains},
-                {"other_settings", view.others}};
+Json xsb_json(const box::Xsb &xsb) {
+  if (!xsb.unreadable.empty()) return Json::Object{{"name", xsb.name}, {"unreadable", xsb.unreadable}};
+  return Json::Object{
+      {"name", xsb.name}, {"active", xsb.active}, {"domain", xsb.domain}, {"setup_domain", xsb.setup_domain}};
+}
+
+Json domain_json(const box::Domain &domain) {
+  if (!domain.unreadable.empty()) return Json::Object{{"number", domain.number}, {"unreadable", domain.unreadable}};
+  return Json::Object{{"number", domain.number}, {"word_0", hexadecimal(domain.word_0)}, {"byte_44", domain.byte_44}};
+}
+
+Json whole_json(const View &view, const std::vector<box::Unit> &units) {
+  Json::List list, xsbs, domains;
+  Json::Object others;
+  for (const box::Unit &unit : units) list.emplace_back(json_of(unit, view.hardware));
+  for (const box::Xsb &xsb : view.xsbs) xsbs.push_back(xsb_json(xsb));
+  for (const box::Domain &domain : view.domains) domains.push_back(domain_json(domain));
+  for (const auto &[key, value] : view.others) others.push_back({key, value});
+  Json::Object whole{{"model", box::model_name(view.inventory.model())},
+                     {"maintenance_mode", maintenance(view.hardware)},
+                     {"fan_speed", view.hardware.fan_speed()},
+                     {"units", list},
+                     {"xsbs", xsbs},
+                     {"domains", domains},
+                     {"other_settings", others}};
   if (view.server.unreadable.empty()) {
-    whole["system_status"] = hexadecimal(view.server.status);
-    whole["service_processor"] = view.server.service_processor;
+    whole.push_back({"system_status", hexadecimal(view.server.status)});
+    whole.push_back({"service_processor", view.server.service_processor});
   } else {
-    whole["unreadable"] = view.server.unreadable;
+    whole.push_back({"unreadable", view.server.unreadable});
   }
   return whole;
 }
@@ -142,7 +141,7 @@ int units(const Options &options) {
   const std::vector<box::Unit> all =
       options.units.empty() ? view.inventory.units() : view.inventory.units(view.inventory.with_carried(options.units));
   if (options.as_json) {
-    std::fputs(json_text(whole_json(view, all)).c_str(), stdout);
+    std::fputs(whole_json(view, all).text().c_str(), stdout);
     return 0;
   }
   std::string text = unit_table(all, view.hardware);

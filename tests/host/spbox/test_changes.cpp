@@ -1,13 +1,11 @@
 #include <cctype>
 #include <cstring>
-#include <nlohmann/json.hpp>
 
 #include "host/box/database.h"
+#include "tests/host/spbox/read_json.h"
 #include "tests/host/spbox/spbox_test.h"
 
 namespace {
-
-using nlohmann::json;
 
 class Changes : public SpboxTest {
  protected:
@@ -17,7 +15,7 @@ class Changes : public SpboxTest {
   std::uint8_t psu_flags(std::size_t number) const { return record(2, "current_psu_info").at(56 * number + 20); }
   std::uint32_t cmu_status() const { return word(record(2, "current_cmu_info_01"), 8); }
   std::string state(const std::string &unit) const {
-    return json::parse(done({"show", "box", unit, "--json"}))["state"];
+    return ReadJson(done({"show", "box", unit, "--json"}))["state"].string();
   }
 };
 
@@ -121,7 +119,7 @@ constexpr KindRow kKindRows[] = {
 class ChangesOfKinds : public SpboxTest, public testing::WithParamInterface<KindRow> {
  protected:
   std::string state(const std::string &unit) const {
-    return json::parse(done({"show", "box", unit, "--json"}))["state"];
+    return ReadJson(done({"show", "box", unit, "--json"}))["state"].string();
   }
 };
 
@@ -133,9 +131,9 @@ TEST_P(ChangesOfKinds, FollowOneAnotherAndLeaveTheOtherUnits) {
                                                          {"pull", "Not installed"}, {"insert", "Normal"}};
   for (const auto &[verb, state_after] : steps) {
     EXPECT_EQ(done({verb, "box", unit}), unit + "  " + state_after + "\n");
-    const json all = json::parse(done({"units", "box", "--json"}));
-    for (const json &other : all["units"]) {
-      const std::string name = other["name"];
+    const ReadJson all(done({"units", "box", "--json"}));
+    for (const ReadJson &other : all["units"].entries()) {
+      const std::string name = other["name"].string();
       if (name == unit) continue;
       const bool goes_along = name.starts_with(unit + "/") && state_after == std::string("Not installed");
       EXPECT_EQ(other["state"], goes_along ? "Not installed" : "Normal") << name << " after " << verb << ' ' << unit;

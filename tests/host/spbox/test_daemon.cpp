@@ -5,13 +5,13 @@
 #include <csignal>
 #include <fstream>
 #include <iterator>
-#include <nlohmann/json.hpp>
 #include <sstream>
 #include <utility>
 
 #include "host/box/child.h"
 #include "host/box/daemon_bend.h"
 #include "tests/eventually.h"
+#include "tests/host/spbox/read_json.h"
 #include "tests/host/spbox/spbox_test.h"
 
 namespace {
@@ -94,8 +94,8 @@ TEST_F(Daemon, IsBentAsAsked) {
 
 TEST_F(Daemon, IsShownToScripts) {
   done({"daemon", "box", "late", "7"});
-  const auto shown = nlohmann::json::parse(done({"daemon", "box", "--json"}));
-  EXPECT_EQ(shown, nlohmann::json({{"name", "monitor"}, {"running", false}, {"way", "late"}, {"seconds", 7}}));
+  const auto shown = ReadJson(done({"daemon", "box", "--json"}));
+  EXPECT_EQ(shown, ReadJson(R"({"name": "monitor", "running": false, "way": "late", "seconds": 7})"));
 }
 
 TEST_F(Daemon, RefusesWhatMakesNoSense) {

@@ -1,11 +1,8 @@
-#include <nlohmann/json.hpp>
-
 #include "host/box/programs.h"
+#include "tests/host/spbox/read_json.h"
 #include "tests/host/spbox/spbox_test.h"
 
 namespace {
-
-using nlohmann::json;
 
 class Program : public SpboxTest {
  protected:
@@ -20,7 +17,7 @@ TEST_F(Program, IsStraightInANewBox) {
 }
 
 TEST_F(Program, IsOneOfSixteen) {
-  const json all = json::parse(done({"program", "box", "--json"}));
+  const ReadJson all(done({"program", "box", "--json"}));
   EXPECT_EQ(all.size(), 16u);
   EXPECT_EQ(all[0]["name"], "ctlmainte");
   EXPECT_EQ(all[15]["name"], "linkboard");
@@ -78,7 +75,7 @@ TEST_F(Program, ShowsItsLastRun) {
   box::set_last_run(kept, "ctlled", {.time_ns = 0, .pid = 4711, .status = 206, .arguments = "-u /PSU#9 -c on"});
   EXPECT_NE(done({"program", "box", "ctlled"}).find("process 4711, \"-u /PSU#9 -c on\", exit status 206\n"),
             std::string::npos);
-  const json run = json::parse(done({"program", "box", "ctlled", "--json"}))[0]["last_run"];
+  const ReadJson run = ReadJson(done({"program", "box", "ctlled", "--json"}))[0]["last_run"];
   EXPECT_EQ(run["pid"], 4711);
   EXPECT_EQ(run["arguments"], "-u /PSU#9 -c on");
   EXPECT_EQ(run["exit_status"], 206);

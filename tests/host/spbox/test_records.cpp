@@ -1,12 +1,10 @@
-#include <nlohmann/json.hpp>
 
 #include "host/box/event_log.h"
 #include "host/box/trace_ring.h"
+#include "tests/host/spbox/read_json.h"
 #include "tests/host/spbox/spbox_test.h"
 
 namespace {
-
-using nlohmann::json;
 
 class Records : public SpboxTest {
  protected:
@@ -36,8 +34,8 @@ TEST_F(Records, AreNoneInANewBox) {
   EXPECT_EQ(done({"trace", "box"}), "The trace is empty: the library has recorded nothing in this box yet.\n");
   EXPECT_EQ(done({"trace", "box", "--errors"}), "The trace holds no error.\n");
   EXPECT_EQ(done({"log", "box"}), "The log is empty.\n");
-  EXPECT_EQ(json::parse(done({"trace", "box", "--json"})), json::array());
-  EXPECT_EQ(json::parse(done({"log", "box", "--json"})), json::array());
+  EXPECT_EQ(ReadJson(done({"trace", "box", "--json"})), ReadJson("[]"));
+  EXPECT_EQ(ReadJson(done({"log", "box", "--json"})), ReadJson("[]"));
 }
 
 TEST_F(Records, OfTheTraceAreInWords) {
@@ -57,11 +55,11 @@ TEST_F(Records, OfTheTraceAreCutToTheLastOrToErrors) {
   trace(2053, 0x110C0022, {5, 4});
   trace(32778, 0x110C1025, {0xFFFFFFFF, 10});
   trace(256, 0x110C0021, {});
-  EXPECT_EQ(json::parse(done({"trace", "box", "--json"})).size(), 4u);
-  const json last = json::parse(done({"trace", "box", "--json", "--last", "2"}));
+  EXPECT_EQ(ReadJson(done({"trace", "box", "--json"})).size(), 4u);
+  const ReadJson last(done({"trace", "box", "--json", "--last", "2"}));
   ASSERT_EQ(last.size(), 2u);
   EXPECT_EQ(last[0]["number"], 2);
-  const json errors = json::parse(done({"trace", "box", "--json", "--errors"}));
+  const ReadJson errors(done({"trace", "box", "--json", "--errors"}));
   ASSERT_EQ(errors.size(), 1u) << "what the runner records at the level of errors is none";
   EXPECT_EQ(errors[0]["event"], "the wait for the child failed");
   EXPECT_EQ(errors[0]["code"], "0x110C1025");
@@ -70,7 +68,7 @@ TEST_F(Records, OfTheTraceAreCutToTheLastOrToErrors) {
   EXPECT_EQ(errors[0]["function"], "lmainte_exec");
   EXPECT_EQ(errors[0]["level"], "system error");
   EXPECT_EQ(errors[0]["known"], true);
-  EXPECT_EQ(errors[0]["values"][0], json({{"meaning", "result"}, {"number", -1}, {"text", "-1"}}));
+  EXPECT_EQ(errors[0]["values"][0], ReadJson(R"({"meaning": "result", "number": -1, "text": "-1"})"));
 }
 
 TEST_F(Records, OfTheLogAreInWords) {
@@ -79,7 +77,7 @@ TEST_F(Records, OfTheLogAreInWords) {
   const std::string text = done({"log", "box"});
   EXPECT_NE(text.find("4711  unit replaced  kind 3  /PSU#41\n"), text.npos) << text;
   EXPECT_NE(text.find("4711  event 99               /PSU#41\n"), text.npos) << text;
-  const json entries = json::parse(done({"log", "box", "--json", "--last", "1"}));
+  const ReadJson entries(done({"log", "box", "--json", "--last", "1"}));
   ASSERT_EQ(entries.size(), 1u);
   EXPECT_EQ(entries[0]["code"], 99);
   EXPECT_EQ(entries[0]["head"], "0x00030000");

@@ -1,14 +1,12 @@
 #include <algorithm>
 #include <fstream>
-#include <nlohmann/json.hpp>
 #include <sstream>
 
 #include "host/box/programs.h"
+#include "tests/host/spbox/read_json.h"
 #include "tests/host/spbox/spbox_test.h"
 
 namespace {
-
-using nlohmann::json;
 
 std::string golden(const std::string &name) {
   std::ostringstream text;
@@ -48,24 +46,24 @@ TEST_F(Units, AreTheSameForScripts) {
   done({"fault", "box", "/PSU#41"});
   box::Hardware(place()).set("led /PSU#41", "on");
   box::Hardware(place()).set("flag /PSU#41", "start");
-  const json whole = json::parse(done({"units", "box", "--json"}));
+  const ReadJson whole(done({"units", "box", "--json"}));
   EXPECT_EQ(whole["model"], "qe1");
   EXPECT_EQ(whole["maintenance_mode"], "unlocked");
   EXPECT_EQ(whole["units"].size(), 248u);
   EXPECT_EQ(whole["xsbs"].size(), 16u);
-  EXPECT_EQ(whole["xsbs"][14], json({{"name", "03-2"}, {"active", true}, {"domain", 1}, {"setup_domain", 2}}));
+  EXPECT_EQ(whole["xsbs"][14], ReadJson(R"({"name": "03-2", "active": true, "domain": 1, "setup_domain": 2})"));
   EXPECT_EQ(whole["domains"].size(), 24u);
-  EXPECT_EQ(whole["domains"][5], json({{"number", 5}, {"word_0", "0x00010006"}, {"byte_44", 6}}));
+  EXPECT_EQ(whole["domains"][5], ReadJson(R"({"number": 5, "word_0": "0x00010006", "byte_44": 6})"));
   EXPECT_EQ(whole["system_status"], "0x80000000");
   EXPECT_EQ(whole["service_processor"], 0);
   int faulted = 0;
-  for (const json &unit : whole["units"]) {
+  for (const ReadJson &unit : whole["units"].entries()) {
     if (unit["state"] != "Faulted") continue;
     ++faulted;
     EXPECT_EQ(unit["name"], "/PSU#41");
     EXPECT_EQ(unit["type"], 161);
     EXPECT_EQ(unit["status"], "0xA0000000");
-    EXPECT_EQ(unit["unit_id"], json({"0x59012900", "0x00000000"}));
+    EXPECT_EQ(unit["unit_id"], ReadJson(R"(["0x59012900", "0x00000000"])"));
     EXPECT_EQ(unit["led"], "on");
     EXPECT_EQ(unit["maintenance"], true);
   }
@@ -82,7 +80,7 @@ TEST_F(Units, ShowWhatTheControlProgramsDidToThem) {
   EXPECT_NE(done({"units", "box"}).find("maintenance, detached, link down"), std::string::npos);
   EXPECT_NE(done({"show", "box", "/CMU#0"}).find("maintenance, detached, link down"), std::string::npos);
   EXPECT_NE(done({"show", "box", "/CMU#1"}).find("none"), std::string::npos);
-  const json unit = json::parse(done({"show", "box", "/CMU#0", "--json"}));
+  const ReadJson unit(done({"show", "box", "/CMU#0", "--json"}));
   EXPECT_EQ(unit["detached"], true);
   EXPECT_EQ(unit["link"], "down");
 }
@@ -107,11 +105,9 @@ TEST_F(Units, AreFollowedByWhatIsSetForOthers) {
             "power /IOX@0A21  off\n"
             "power /IOX@0A22  on\n"
             "report           start\n");
-  EXPECT_EQ(json::parse(done({"units", "box", "--json"}))["other_settings"], json({{"led /FANBP_C#0", "on"},
-                                                                                   {"mirror 3", "y"},
-                                                                                   {"power /IOX@0A21", "off"},
-                                                                                   {"power /IOX@0A22", "on"},
-                                                                                   {"report", "start"}}));
+  EXPECT_EQ(ReadJson(done({"units", "box", "--json"}))["other_settings"],
+            ReadJson(R"({"led /FANBP_C#0": "on", "mirror 3": "y", "power /IOX@0A21": "off", "power /IOX@0A22": "on",
+                         "report": "start"})"));
 }
 
 TEST_F(Units, WithoutARecordAreShownWithWhatIsSetForThem) {
@@ -128,7 +124,7 @@ TEST_F(Units, WithoutARecordAreShownWithWhatIsSetForThem) {
             "LED    off\n"
             "Flag   none\n"
             "Power  on\n");
-  const json expansion = json::parse(done({"show", "box", "/IOX@0A21", "--json"}));
+  const ReadJson expansion(done({"show", "box", "/IOX@0A21", "--json"}));
   EXPECT_EQ(expansion["power"], "on");
   EXPECT_TRUE(expansion["unit_id"].is_null());
   EXPECT_NE(refused({"show", "box", "/IOX@FFFF"}).find("no unit /IOX@FFFF"), std::string::npos);
@@ -144,9 +140,8 @@ TEST_F(Units, WithForeignBytesInTheirNamesHarmNeitherTerminalNorScript) {
   box::Database(place().database(4)).put("fru_psu_qe_info_09", fru);
   EXPECT_EQ(lines_with(done({"units", "box"}), "/PSU#40"),
             "/PSU#40     Normal  off        A\\x1B[2J\\xFF\xc3\xa9\\xC2\\x9B\\x0A\n");
-  EXPECT_EQ(json::parse(done({"show", "box", "/PSU#40", "--json"}))["fru_name"],
-            "A\x1b[2J\xef\xbf\xbd\xc3\xa9\xc2\x9b\n");
-  EXPECT_EQ(json::parse(done({"units", "box", "--json"}))["units"].size(), 248u);
+  EXPECT_EQ(ReadJson(done({"show", "box", "/PSU#40", "--json"}))["fru_name"], "A\x1b[2J\xef\xbf\xbd\xc3\xa9\xc2\x9b\n");
+  EXPECT_EQ(ReadJson(done({"units", "box", "--json"}))["units"].size(), 248u);
 }
 
 TEST_F(Units, OfAFolderThatIsNoBoxAreRefused) {
@@ -187,11 +182,11 @@ TEST_F(Units, WithABrokenRecordSayWhyTheyCannotBeRead) {
             "LED       off\n"
             "Flag      none\n"
             "Record    current_panel_info, database 2, from byte 0\n");
-  const json unit = json::parse(done({"show", "box", "/OPNL#0", "--json"}));
+  const ReadJson unit(done({"show", "box", "/OPNL#0", "--json"}));
   EXPECT_EQ(unit["state"], "Unreadable");
   EXPECT_TRUE(unit["status"].is_null());
   EXPECT_EQ(unit["unreadable"], "record current_panel_info is missing");
-  const json psu = json::parse(done({"show", "box", "/PSU#40", "--json"}));
+  const ReadJson psu(done({"show", "box", "/PSU#40", "--json"}));
   EXPECT_EQ(psu["state"], "Normal");
   EXPECT_EQ(psu["fru_unreadable"], "record fru_psu_qe_info_09 is 321 bytes, should be 320");
 }
@@ -208,7 +203,7 @@ TEST_F(Units, AreAlwaysListedWhateverIsBroken) {
   const std::string broken = lines_with(text, "unreadable: record ");
   EXPECT_EQ(std::count(broken.begin(), broken.end(), '\n'), 1 + 248 + 16 + 24);
   EXPECT_NE(text.find("\nServer unreadable: record current_system_info is missing\n"), std::string::npos);
-  const json whole = json::parse(done({"units", "box", "--json"}));
+  const ReadJson whole(done({"units", "box", "--json"}));
   EXPECT_EQ(whole["xsbs"][0]["unreadable"], "record current_xsb_info_00 is missing");
   EXPECT_EQ(whole["domains"][23]["unreadable"], "record current_domain_info_23 is missing");
 }
@@ -256,7 +251,7 @@ TEST_F(Units, ThatAreFansHaveNoIdOfTheirOwn) {
             "LED          off\n"
             "Flag         none\n"
             "Record       current_fantray_info, database 2, from byte 576, flag byte 588\n");
-  const json unit = json::parse(done({"show", "box", "/FAN_A#0/FAN#2", "--json"}));
+  const ReadJson unit(done({"show", "box", "/FAN_A#0/FAN#2", "--json"}));
   EXPECT_EQ(unit["sits_on"], "/FAN_A#0");
   EXPECT_TRUE(unit["unit_id"].is_null());
 }

@@ -1,0 +1,53 @@
+// Values as scripts get them. Only json.cpp knows the library that writes them.
+#pragma once
+
+#include <concepts>
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <utility>
+#include <variant>
+#include <vector>
+
+namespace spbox {
+
+class Json {
+ public:
+  struct Member;
+  using List = std::vector<Json>;
+  using Object = std::vector<Member>;
+  using Value = std::variant<std::nullptr_t, bool, std::int64_t, std::string, List, Object>;
+
+  // Each is a value as it stands, so that rows of them can be written down.
+  Json() : value_(nullptr) {}
+  Json(std::nullptr_t) : value_(nullptr) {}
+  Json(bool value) : value_(value) {}
+  template <std::integral Number>
+  Json(Number value) : value_(static_cast<std::int64_t>(value)) {}
+  Json(const char *text) : value_(std::string(text)) {}
+  Json(std::string_view text) : value_(std::string(text)) {}
+  Json(std::string text) : value_(std::move(text)) {}
+  Json(List values) : value_(std::move(values)) {}
+  Json(Object members);
+  template <typename Some>
+  Json(const std::optional<Some> &value) : Json(value ? Json(*value) : Json()) {}
+
+  const Value &value() const { return value_; }
+
+  // With a line end; an object's members come in the order of their names. Bytes of a box that are no UTF-8 become
+  // U+FFFD: a script gets JSON whatever a box holds.
+  std::string text() const;
+
+ private:
+  Value value_;
+};
+
+struct Json::Member {
+  std::string name;
+  Json value;
+};
+
+inline Json::Json(Object members) : value_(std::move(members)) {}
+
+}  // namespace spbox
