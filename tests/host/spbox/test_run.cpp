@@ -118,6 +118,18 @@ TEST_F(Run, TakesTheCommandAsItStands) {
   EXPECT_EQ(spbox({"run", "box", "--no-pager", "--", "echo", "two"}).output, "two\n");
 }
 
+// The words are `spbox run`'s own: a descriptor, a letter for each of four signals, and a command.
+TEST_F(Run, RefusesToEnterTheBoxInAnotherWay) {
+  for (const Words &line : {Words{"enter-box"}, Words{"enter-box", "1"}, Words{"enter-box", "1", "dddd"},
+                            Words{"enter-box", "x", "dddd", "true"}, Words{"enter-box", "1", "", "true"},
+                            Words{"enter-box", "1", "d", "true"}, Words{"enter-box", "1", "dddx", "true"},
+                            Words{"enter-box", "1", "ddddd", "true"}}) {
+    const Done result = spbox(line);
+    EXPECT_EQ(result.exit_status, 2) << line.back();
+    EXPECT_EQ(result.output, "spbox: `spbox run` alone enters a box. `spbox help run` says more.\n");
+  }
+}
+
 TEST_F(Run, KeepsTheBoxFromBeingMadeAnew) {
   const Done result = run_to_end(
       {"/bin/sh", "-c",

@@ -1,0 +1,58 @@
+#include "host/spbox/enter_box.h"
+
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstdio>
+#include <cstring>
+#include <string>
+
+#include "host/box/number.h"
+#include "host/spbox/handshake.h"
+#include "host/spbox/signals.h"
+#include "host/spbox/text.h"
+#include "host/spbox/verb.h"
+
+namespace spbox {
+namespace {
+
+// Why a program cannot be run inside the box's root, and what helps.
+std::string cannot_run(const std::string &program, int error) {
+  if (error == ENOENT && program.find('/') == std::string::npos) {
+    return "there is no such program on the PATH in the box. The box has the workstation's programs, but of /tmp only "
+           "the program's own folder, the working folder and spbox's.";
+  }
+  if (error == ENOENT && access(program.c_str(), F_OK) != 0) {
+    return "there is no such file in the box. It has the workstation's folders, but a /tmp, a /dev and a /mgb of its "
+           "own.";
+  }
+  if (error == ENOENT) return "the interpreter or loader that it names is not there.";
+  if (error == EACCES) return "it is no program that may be run (see its permissions).";
+  return std::string("it cannot be run: ") + std::strerror(error) + ".";  // NOLINT(concurrency-mt-unsafe): one thread
+}
+
+int refuse() {
+  std::fputs("spbox: `spbox run` alone enters a box. `spbox help run` says more.\n", stderr);
+  return kUsage;
+}
+
+}  // namespace
+
+int enter_box(int argc, char **argv) {
+  const auto fd = box::number_in<int>(argc < 3 ? "" : argv[0]);
+  if (!fd) return refuse();
+  const sigset_t ending = ending_signals();
+  sigset_t before;
+  sigprocmask(SIG_BLOCK, &ending, &before);
+  if (!restore_signals(argv[1])) return refuse();
+  announce_to(*fd);
+  close(*fd);
+  sigprocmask(SIG_SETMASK, &before, nullptr);
+  char **command = argv + 2;
+  execvp(command[0], command);
+  const int error = errno;
+  std::fprintf(stderr, "spbox: %s: %s\n", printable(command[0]).c_str(), cannot_run(command[0], error).c_str());
+  return error == ENOENT ? 127 : 126;
+}
+
+}  // namespace spbox

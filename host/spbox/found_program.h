@@ -1,0 +1,20 @@
+// The programs that `spbox run` needs, and where they are.
+#pragma once
+
+#include <filesystem>
+#include <string>
+
+namespace spbox {
+
+// A program as the shell finds it. A name with a slash is taken as it is, whether the file is there or not: what is wrong
+// with it is told inside the box. Empty where no folder of the PATH has it.
+std::filesystem::path find_program(const std::string &name);
+
+// A program that belongs to spbox: installed beside it, or in the folder beside its own where both were built. Throws.
+std::filesystem::path find_part(const std::filesystem::path &spbox, const std::string &folder, const std::string &name);
+
+// Throw where the system lacks one, and say how to install it.
+void check_bwrap();
+void check_pager();
+
+}  // namespace spbox
