@@ -1,7 +1,5 @@
 // spbox: a service processor in a folder, for people.
-#include <cerrno>
 #include <cstdio>
-#include <cstring>
 #include <exception>
 #include <filesystem>
 #include <string>
@@ -12,6 +10,7 @@
 #include "host/spbox/enter_box.h"
 #include "host/spbox/help.h"
 #include "host/spbox/spelling.h"
+#include "host/spbox/standard_output.h"
 #include "host/spbox/text.h"
 #include "host/spbox/verbs.h"
 
@@ -87,18 +86,10 @@ int judged(const Words &words) {
   }
 }
 
-// A verb that could not print what it was asked for has failed.
-int with_output_judged(int status) {
-  errno = 0;
-  if (std::fflush(stdout) == 0 && std::ferror(stdout) == 0) return status;
-  const std::string why = errno == 0 ? "" : std::string(": ") + std::strerror(errno);  // NOLINT(concurrency-mt-unsafe)
-  std::fprintf(stderr, "spbox: the output cannot be written%s.\n", why.c_str());
-  return status == 0 ? spbox::kFailure : status;
-}
-
 }  // namespace
 
 int main(int argc, char **argv) {
   if (argc > 1 && std::string_view(argv[1]) == spbox::kEnter) return spbox::enter_box(argc - 2, argv + 2);
-  return with_output_judged(judged(Words(argv + 1, argv + argc)));
+  spbox::keep_standard_descriptors();
+  return spbox::with_output_judged(judged(Words(argv + 1, argv + argc)));
 }

@@ -1,4 +1,5 @@
-#include <fstream>
+#include <algorithm>
+#include <map>
 #include <sstream>
 
 #include "host/spbox/spelling.h"
@@ -129,6 +130,25 @@ TEST_F(CommandLine, IsAFailureWhereItsOutputCannotBeWritten) {
     EXPECT_TRUE(result.output.starts_with("spbox: the output cannot be written")) << line.front() << result.output;
     EXPECT_EQ(std::count(result.output.begin(), result.output.end(), '\n'), 1) << result.output;
   }
+}
+
+// A closed output leaves its descriptor to the next file that is opened, which is one of the box's.
+TEST_F(CommandLine, WritesNoOutputIntoTheBox) {
+  make_box("qe1");
+  const auto sizes = [&] {
+    std::map<std::string, std::uintmax_t> all;
+    for (const auto &entry : fs::recursive_directory_iterator(scratch_ / "box")) {
+      if (entry.is_regular_file()) all[entry.path()] = entry.file_size();
+    }
+    return all;
+  };
+  done({"units", "box"});  // which leaves the files of its locks
+  const auto before = sizes();
+  const Done result =
+      run_to_end({"/bin/sh", "-c", "cd " + scratch_.path().string() + " && exec " SPBOX " units box --json >&-"});
+  EXPECT_EQ(sizes(), before);
+  EXPECT_EQ(result.exit_status, 1);
+  EXPECT_EQ(result.output, "spbox: the output cannot be written.\n");
 }
 
 TEST_F(CommandLine, HelpsWithExamplesForEveryVerb) {

@@ -1,0 +1,34 @@
+#include "host/spbox/standard_output.h"
+
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstdio>
+#include <cstring>
+#include <string>
+
+#include "host/spbox/verb.h"
+
+namespace spbox {
+
+// Each stays closed to all that uses it: nothing can be read from the first, and nothing be written to the others. The
+// commands that spbox starts find them closed.
+void keep_standard_descriptors() {
+  for (const int fd : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
+    if (fcntl(fd, F_GETFD) >= 0) continue;
+    const int direction = fd == STDIN_FILENO ? O_WRONLY : O_RDONLY;
+    if (open("/dev/null", direction | O_CLOEXEC) < 0) return;
+  }
+}
+
+int with_output_judged(int status) {
+  errno = 0;
+  if (std::fflush(stdout) == 0 && std::ferror(stdout) == 0) return status;
+  // An earlier flush may have failed, and the reason is no longer known. NOLINTNEXTLINE(concurrency-mt-unsafe)
+  const std::string why = errno == 0 ? "" : std::string(": ") + std::strerror(errno);
+  std::fprintf(stderr, "spbox: the output cannot be written%s.\n", why.c_str());
+  return status == 0 ? kFailure : status;
+}
+
+}  // namespace spbox
