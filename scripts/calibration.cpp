@@ -1,4 +1,4 @@
-// What the compiler is timed with, so that times of one machine can be compared with those of another. It stays as it is.
+// The compiler is timed with this file, so that the times of two machines can be compared. Do not change it.
 #include <algorithm>
 #include <filesystem>
 #include <fstream>

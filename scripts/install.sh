@@ -1,5 +1,5 @@
 # shellcheck shell=bash
-# Installs the packages that a command needs, and touches nothing when they are there.
+# Installs the packages that a command needs. Changes nothing when they are there.
 
 packages_for() { awk -v use="$1" '!/^#/ && NF && index("," $2 ",", "," use ",") { print $1 }' scripts/packages; }
 every_package() { awk '!/^#/ && NF { print $1 }' scripts/packages; }
@@ -22,14 +22,14 @@ missing_among() {
   done
 }
 
-# apt_get ARGUMENT...: apt-get as root, asking nothing.
+# apt_get ARGUMENT...: runs apt-get as root, without questions.
 apt_get() {
   local sudo=()
   if ((EUID != 0)); then sudo=(sudo); fi
   "${sudo[@]}" env DEBIAN_FRONTEND=noninteractive apt-get -qq "$@"
 }
 
-# may_install PACKAGE...: root, or somebody whom sudo lets be root. Others are told what to ask for.
+# may_install PACKAGE...: fails unless the user is root or may use sudo, and says what to ask for.
 may_install() {
   if ((EUID == 0)); then return 0; fi
   if command -v sudo >/dev/null && sudo -v; then return 0; fi
@@ -38,7 +38,7 @@ may_install() {
          apt-get update && apt-get install --no-install-recommends $*"
 }
 
-# amount PACKAGE...: what apt says of an installation: "12 packages, 85.3 MB to download, 338 MB on the disk; some 3 minutes".
+# amount PACKAGE...: prints what an installation takes: "12 packages, 85.3 MB to download, 338 MB on the disk; some 3 minutes".
 amount() {
   LC_ALL=C apt-get install --assume-no --no-install-recommends "$@" 2>/dev/null | awk '
     /newly installed/ { count = $3 }
@@ -50,7 +50,7 @@ amount() {
     }' || true
 }
 
-# install_missing PACKAGE...: says how much it is, and installs it.
+# install_missing PACKAGE...: prints how much it is, and installs it.
 install_missing() {
   may_install "$@"
   say "Missing here: $*"
@@ -59,7 +59,8 @@ install_missing() {
   apt_get install -y --no-install-recommends "$@" || die 'the packages cannot be installed: apt-get says why above.'
 }
 
-# need PACKAGE...: the packages are there afterwards. DEV_NO_INSTALL=1 goes on with what the machine has.
+# need PACKAGE...: installs the packages that are missing. With DEV_NO_INSTALL=1 it installs nothing, and fails when a program
+# is missing.
 need() {
   local missing
   if [[ ${DEV_NO_INSTALL:-} == 1 ]]; then
@@ -70,7 +71,7 @@ need() {
        the environment, they are installed on Debian and Ubuntu."
   fi
   if ! command -v apt-get >/dev/null || ! command -v dpkg-query >/dev/null; then
-    die "only Debian and Ubuntu are known here. Install what these packages hold in your system's own way: $*.
+    die "packages can be installed on Debian and Ubuntu only. Install what these packages contain in your system's own way: $*.
        Then run again with DEV_NO_INSTALL=1 in the environment."
   fi
   mapfile -t missing < <(missing_among "$@")

@@ -1,5 +1,5 @@
 # shellcheck shell=bash
-# What the commands of ./dev share. They run in the root of the source tree.
+# The functions that the commands of ./dev share. The commands run in the root of the source tree.
 set -euo pipefail
 
 jobs=$(nproc)
@@ -15,7 +15,7 @@ no_arguments() {
   if (($#)); then die "'${0##*/}' takes no arguments, and was given: $*"; fi
 }
 
-# forget_moved FOLDER: a build folder knows where it lies. In a tree that was moved or copied it is made anew.
+# forget_moved FOLDER: removes a build folder of a tree that was moved or copied, because it knows its old place.
 forget_moved() {
   if [[ ! -f $1/CMakeCache.txt ]] || grep -qxF "CMAKE_CACHEFILE_DIR:INTERNAL=$(realpath "$1")" "$1/CMakeCache.txt"; then
     return 0
@@ -24,7 +24,7 @@ forget_moved() {
   rm -rf "$1"
 }
 
-# configure PRESET [OPTION...]: makes build/PRESET what the preset says. Quiet unless it fails.
+# configure PRESET [OPTION...]: configures build/PRESET. It prints nothing unless it fails.
 configure() { configure_in "build/$1" "$@"; }
 
 # configure_in FOLDER PRESET [OPTION...]: the same in another folder.
@@ -36,7 +36,7 @@ configure_in() {
   if command -v ccache >/dev/null; then
     options+=(-DCMAKE_C_COMPILER_LAUNCHER=ccache -DCMAKE_CXX_COMPILER_LAUNCHER=ccache)
   fi
-  # Another compiler than ours may know other warnings; with ours there are none.
+  # With the project's compiler there are no warnings; another compiler may have others.
   if [[ $(g++ -dumpversion) == 12 ]]; then options+=(-DLMAINTE_WERROR=ON); fi
   if ! cmake --preset "$preset" -B "$folder" "${options[@]}" "$@" >"$folder.configure.log" 2>&1; then
     cat "$folder.configure.log" >&2
@@ -55,8 +55,8 @@ compile() {
     cmake --build "build/$preset" --parallel "$jobs" "${targets[@]}"
 }
 
-# count_steps: turns what ninja says into one line that counts, and says nothing when there was nothing to do. Where nobody
-# watches, the line comes at the first step and at the last.
+# count_steps: turns the output of ninja into one line that counts the steps. It prints nothing when there was nothing to
+# build. Without a terminal, the line is printed for the first step and the last.
 count_steps() {
   local line done=0 of=0
   while IFS= read -r line; do
@@ -71,8 +71,8 @@ count_steps() {
   if ((of)) && [[ -t 1 ]]; then echo; fi
 }
 
-# build_tools: the box's tools and the examples, quietly, and without what only tests need: a workstation that only wants
-# to look need not install the test libraries.
+# build_tools: builds the box's tools and the examples, and leaves out what only tests need. So somebody who only wants to
+# look need not install the test libraries.
 build_tools() {
   forget_moved build/release
   if ! grep -qs '^LMAINTE_TESTS:BOOL=ON' build/release/CMakeCache.txt; then
@@ -85,14 +85,16 @@ build_tools() {
   fi
 }
 
-# built_library PRESET: where its shared library lies. A check of a library that is not there would find nothing wrong.
+# built_library PRESET: prints the path of its shared library. Fails when it is not built, because a check would find nothing
+# wrong with it.
 built_library() {
   local library=build/$1/liblmainte.so.1
   if [[ ! -f $library ]]; then die "$library is not built. './dev check library' builds it."; fi
   echo "$library"
 }
 
-# base_commit: what a change is compared with: where this branch left origin/main; on main itself, the commit before the last.
+# base_commit: prints the commit with which a change is compared: the one at which this branch left origin/main. On main
+# itself it is the commit before the last.
 base_commit() {
   local base
   base=$(git merge-base HEAD origin/main 2>/dev/null || echo HEAD)
@@ -102,7 +104,7 @@ base_commit() {
   echo "$base"
 }
 
-# sources: every C and C++ file of ours, NUL-separated.
+# sources: prints the names of all C and C++ files of the project, separated by NUL.
 sources() {
   find include trace_events src host examples tests bench \( -name '*.h' -o -name '*.c' -o -name '*.cpp' \) -print0 2>/dev/null
 }

@@ -1,6 +1,6 @@
 # shellcheck shell=bash
-# How long building and testing takes. build/times has a line for each thing that was measured last: its name, seconds of CPU
-# (user and system, of all its processes) and of wall; scripts/aims says what they may cost.
+# Measures how long building and testing takes. build/times has a line for each thing that was measured last: its name, the
+# seconds of CPU time (user and system, of all its processes), and the seconds of wall time. scripts/aims has the aims.
 source scripts/lib.sh
 
 # timed NAME COMMAND...: runs the command, keeps its times under the name, and sets cpu and wall.
@@ -24,13 +24,13 @@ keep_times() {
   mv build/times.new build/times
 }
 
-# calibrate: measures what a known file costs the compiler on this machine, now, on all processors at once.
+# calibrate: measures how long the compiler needs now for a known file, on all processors of this machine at once.
 calibrate() {
   timed calibration xargs -P "$jobs" -I '{}' g++ -std=c++20 -O1 -S -o - scripts/calibration.cpp < <(seq "$jobs") >/dev/null
   keep_times calibration "$(awk -v cpu="$cpu" -v jobs="$jobs" 'BEGIN { printf "%.2f", cpu / jobs }')" "$wall"
 }
 
-# above_aims ROOM: what cost more than scripts/aims allow, times ROOM, on a machine as fast as this one.
+# above_aims ROOM: prints what took longer than ROOM times its aim in scripts/aims, scaled to the speed of this machine.
 above_aims() {
   awk -F ' *; *' -v room="$1" '
     FNR == NR { if (!/^#/ && NF) aim[$1] = $2; next }
