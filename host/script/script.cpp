@@ -1,0 +1,151 @@
+#include "host/script/script.h"
+
+#include <algorithm>
+#include <array>
+#include <cerrno>
+#include <fstream>
+#include <iterator>
+#include <system_error>
+
+#include "host/script/values.h"
+
+namespace script {
+namespace {
+
+namespace fs = std::filesystem;
+
+constexpr std::string_view kBlanks = " \t\r\v\f";
+constexpr std::size_t kLongestQuote = 200;  // of a statement's text in an error
+
+struct Escape {
+  char letter, value;
+};
+constexpr std::array<Escape, 6> kEscapes{
+    {{'n', '\n'}, {'t', '\t'}, {'r', '\r'}, {'e', '\033'}, {'"', '"'}, {'\\', '\\'}}};
+
+constexpr bool is_octal(char c) {
+  return c >= '0' && c <= '7';
+}
+
+}  // namespace
+
+Error Statement::error(const std::string &reason) const {
+  const bool is_long = text.size() > kLongestQuote;
+  return Error(place + ": `" + text.substr(0, kLongestQuote) + (is_long ? "..." : "") + "`: " + reason);
+}
+
+std::optional<Statement> Reader::next() {
+  skip_blanks();
+  while (rest_.empty() || at_semicolon()) {
+    if (!rest_.empty()) {
+      rest_.remove_prefix(1);
+    } else if (!take_line()) {
+      return {};
+    }
+    skip_blanks();
+  }
+  const char *begin = rest_.data(), *end = begin;
+  Statement statement;
+  statement.place = name_.empty() ? "step " + std::to_string(++count_) : name_ + ":" + std::to_string(line_);
+  try {
+    for (; !rest_.empty() && !at_semicolon(); skip_blanks()) {
+      statement.words.push_back(take_word());
+      end = rest_.data();
+    }
+  } catch (const std::invalid_argument &wrong) {
+    statement.text = {begin, rest_.data() + rest_.size()};
+    throw statement.error(wrong.what());
+  }
+  statement.text = {begin, end};
+  return statement;
+}
+
+bool Reader::line_is_cut() const {
+  return next_line_ > text_.size();
+}
+
+bool Reader::at_semicolon() const {
+  return grammar_.has_semicolons && rest_.front() == ';';
+}
+
+bool Reader::take_line() {
+  if (next_line_ >= text_.size()) return false;
+  const auto end = std::min(text_.find('\n', next_line_), text_.size());
+  rest_ = std::string_view(text_).substr(next_line_, end - next_line_);
+  next_line_ = end + 1;
+  ++line_;
+  return true;
+}
+
+// To the next word; behind the last one, and at a comment, nothing of the line is left.
+void Reader::skip_blanks() {
+  rest_.remove_prefix(std::min(rest_.find_first_not_of(kBlanks), rest_.size()));
+  if (!rest_.empty() && rest_.front() == '#') rest_ = rest_.substr(rest_.size());
+}
+
+std::string Reader::take_word() {
+  if (grammar_.has_quotes && rest_.front() == '"') return take_quoted();
+  const auto end = rest_.find_first_of(std::string(kBlanks) + (grammar_.has_semicolons ? ";" : ""));
+  std::string word(rest_.substr(0, end));
+  rest_.remove_prefix(word.size());
+  return word;
+}
+
+std::string Reader::take_quoted() {
+  std::string word;
+  take();
+  for (char c = take(); c != '"'; c = take()) word.push_back(c == '\\' ? take_escaped() : c);
+  return word;
+}
+
+char Reader::take_escaped() {
+  const char letter = take();
+  for (const Escape &escape : kEscapes) {
+    if (escape.letter == letter) return escape.value;
+  }
+  if (letter == 'x') return take_hexadecimal();
+  if (!is_octal(letter)) {
+    throw std::invalid_argument(std::string("there is no escape \\") + letter +
+                                R"(; there are \n, \t, \r, \e, \", \\, \003 and \x03)");
+  }
+  int value = letter - '0';
+  for (int digits = 1; digits < 3 && !rest_.empty() && is_octal(rest_.front()); ++digits) {
+    value = value * 8 + (take() - '0');
+  }
+  return static_cast<char>(value);
+}
+
+char Reader::take_hexadecimal() {
+  const std::array<std::optional<int>, 2> digits{hexadecimal_digit(take()), hexadecimal_digit(take())};
+  if (!digits[0] || !digits[1]) throw std::invalid_argument(R"(two hexadecimal digits stand behind \x, as in \x03)");
+  return static_cast<char>(*digits[0] * 16 + *digits[1]);
+}
+
+char Reader::take() {
+  if (rest_.empty()) throw std::invalid_argument("the closing \" is missing");
+  const char c = rest_.front();
+  rest_.remove_prefix(1);
+  return c;
+}
+
+std::string joined(const Words &words, std::size_t from) {
+  std::string line;
+  for (std::size_t i = from; i < words.size(); ++i) line += (i == from ? "" : " ") + words[i];
+  return line;
+}
+
+std::string text_of(std::istream &in) {
+  return {std::istreambuf_iterator<char>(in), {}};
+}
+
+std::string text_of_file(const fs::path &file) {
+  std::error_code error;
+  if (fs::is_directory(file, error)) throw Error(file.string() + ": this is a folder, not a file");
+  errno = 0;
+  std::ifstream in(file, std::ios::binary);
+  if (in) return text_of(in);
+  if (errno == ENOENT) throw Error(file.string() + ": there is no such file");
+  throw Error(file.string() + ": it cannot be read: " + std::generic_category().message(errno));
+}
+
+}  // namespace script
