@@ -107,9 +107,9 @@ Database::~Database() {
   if (environment.holder == this && !environment.foreign()) state_->finish(false);
 }
 
-bool Database::lock() {
+bool Database::lock(std::chrono::milliseconds patience) {
   Environment &environment = *state_->environment;
-  if (environment.foreign() || environment.holder != nullptr || !environment.exclude()) return false;
+  if (environment.foreign() || environment.holder != nullptr || !environment.exclude(patience)) return false;
   try {
     environment.writing = environment.begin(0);
   } catch (const std::runtime_error &) {

@@ -1,6 +1,7 @@
 // One configuration database of a box: an LMDB environment whose lock is exclusive between processes.
 #pragma once
 
+#include <chrono>
 #include <cstdint>
 #include <functional>
 #include <memory>
@@ -27,7 +28,7 @@ class Database {
 
   // Takes the lock, waiting a few seconds at most for another process that holds it. False when it is still held then, or
   // when this process holds it already. What is put under the lock becomes durable at unlock, together or not at all.
-  bool lock();
+  bool lock(std::chrono::milliseconds patience = std::chrono::seconds(3));
   bool unlock();  // False when the lock is not held or the changes could not be made durable.
   bool locked() const;
 

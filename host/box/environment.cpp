@@ -17,7 +17,6 @@ namespace {
 
 using std::chrono::steady_clock;
 
-constexpr std::chrono::seconds kPatience{3};
 constexpr std::chrono::milliseconds kBetweenTries{5};
 constexpr std::size_t kMapSize = std::size_t{64} << 20U;  // address space; the file grows as records come
 constexpr mode_t kFileMode = 0666;                        // less the umask
@@ -115,9 +114,9 @@ void Environment::check_process() const {
   }
 }
 
-bool Environment::exclude() const {
+bool Environment::exclude(std::chrono::milliseconds patience) const {
   // A record lock belongs to the process: a child of fork does not inherit it, and the kernel takes it back from the dead.
-  const steady_clock::time_point end = steady_clock::now() + kPatience;
+  const steady_clock::time_point end = steady_clock::now() + patience;
   struct flock lock = whole_file(F_WRLCK);
   while (fcntl(holder_file_, F_SETLK, &lock) != 0) {
     bool held = errno == EACCES || errno == EAGAIN;

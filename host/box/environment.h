@@ -4,6 +4,7 @@
 #include <lmdb.h>
 #include <sys/types.h>
 
+#include <chrono>
 #include <filesystem>
 #include <memory>
 #include <stdexcept>
@@ -25,7 +26,7 @@ class Environment {
   bool foreign() const;
 
   // The exclusion between processes. False when another process still has it when the patience is over.
-  bool exclude() const;
+  bool exclude(std::chrono::milliseconds patience) const;
   void admit() const;
 
   // Begins a transaction, for writing or for reading. Throws.
