@@ -1,7 +1,6 @@
 // A box's contents as a text that people can read and compare, and the way back. docs/host-platform.md has the grammar.
 #pragma once
 
-#include <iosfwd>
 #include <string>
 
 #include "host/box/contents.h"
@@ -13,7 +12,7 @@ inline constexpr const char *kDumpHead = "spbox dump 1";
 // The same contents give the same text, on every machine: words are written with their most significant byte first.
 std::string dump_of(const box::Contents &contents);
 
-// Reads such a text, which `name` names to people. Throws InventoryError that tells the line.
-box::Contents read_dump(std::istream &in, const std::string &name);
+// Reads such a text, which `name` names to people. Throws InventoryError, which tells the line.
+box::Contents read_dump(std::string text, const std::string &name);
 
 }  // namespace spbox

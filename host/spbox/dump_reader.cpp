@@ -1,13 +1,16 @@
 #include <bit>
-#include <istream>
 #include <optional>
 #include <set>
+#include <stdexcept>
+#include <utility>
 
 #include "host/box/breakage.h"
 #include "host/box/hardware.h"
 #include "host/box/inventory.h"
 #include "host/box/number.h"
 #include "host/box/record_words.h"
+#include "host/script/script.h"
+#include "host/script/values.h"
 #include "host/spbox/dump.h"
 
 namespace spbox {
@@ -16,182 +19,154 @@ namespace {
 constexpr std::size_t kLargestRecord = std::size_t{1} << 20U;
 constexpr std::size_t kLongestName = 127, kLongestKey = 511;  // of the library, and of the files
 
-int digit(char c) {
-  if (c >= '0' && c <= '9') return c - '0';
-  if (c >= 'a' && c <= 'f') return c - 'a' + 10;
-  if (c >= 'A' && c <= 'F') return c - 'A' + 10;
-  return -1;
+[[noreturn]] void wrong(const std::string &reason) {
+  throw std::invalid_argument(reason);
 }
 
-// The words of a line, up to its comment. Throws std::string, which says what is wrong.
-class Words {
+class DumpReader {
  public:
-  explicit Words(std::string_view line) : line_(line) {}
-
-  std::vector<std::string> all() {
-    std::vector<std::string> words;
-    while (skip_blanks()) words.push_back(line_.front() == '"' ? in_quotes() : plain());
-    return words;
-  }
-
- private:
-  bool skip_blanks() {
-    while (!line_.empty() && (line_.front() == ' ' || line_.front() == '\t')) line_.remove_prefix(1);
-    return !line_.empty() && line_.front() != '#';
-  }
-
-  char take() {
-    if (line_.empty()) throw std::string("a text in quotes does not end");
-    const char c = line_.front();
-    line_.remove_prefix(1);
-    return c;
-  }
-
-  std::string plain() {
-    std::string word(line_.substr(0, line_.find_first_of(" \t")));
-    line_.remove_prefix(word.size());
-    return word;
-  }
-
-  std::string in_quotes() {
-    std::string word;
-    take();
-    for (char c = take(); c != '"'; c = take()) word += c == '\\' ? escaped() : c;
-    return word;
-  }
-
-  char escaped() {
-    const char c = take();
-    if (c == '"' || c == '\\') return c;
-    const int high = c == 'x' ? digit(take()) : -1;
-    const int low = high < 0 ? -1 : digit(take());
-    if (low < 0) throw std::string("in quotes, a backslash stands before \\, \" or xHH only");
-    return static_cast<char>(high << 4 | low);
-  }
-
-  std::string_view line_;
-};
-
-class Reader {
- public:
-  box::Contents contents(std::istream &in, const std::string &name) {
-    std::string line;
-    while (std::getline(in, line)) {
-      ++line_number_;
-      if (!line.empty() && line.back() == '\r') line.pop_back();
-      try {
-        statement(Words(line).all(), line);
-      } catch (const std::string &what) {
-        throw at_line(name, what);
-      }
+  box::Contents contents(std::string text, const std::string &name) {
+    script::Reader lines(std::move(text), name, {.has_quotes = true, .has_semicolons = false});
+    try {
+      while (const auto line = lines.next()) take(*line);
+    } catch (const script::Error &error) {
+      if (!headed_ || !lines.line_is_cut()) throw box::InventoryError(error.what() + std::string("."));
+      throw box::InventoryError(name + " is cut off in line " + std::to_string(lines.line()) +
+                                ", its last one: the line has no end.");
     }
     if (!headed_) throw box::InventoryError(name + " is no dump: it does not begin with `" + kDumpHead + "`.");
     if (!ended_) throw box::InventoryError(name + " is cut off: it ends without the line `end`.");
+    check_model();
     return finished();
   }
 
  private:
-  using Arguments = std::vector<std::string>;
+  using Arguments = script::Words;
 
-  box::InventoryError at_line(const std::string &name, const std::string &what) const {
-    return box::InventoryError(name + ", line " + std::to_string(line_number_) + ": " + what + ".");
+  void take(const script::Statement &line) {
+    place_ = line.place;
+    try {
+      if (headed_) return statement(line.words);
+      head(line.words);
+      headed_ = true;
+    } catch (const std::invalid_argument &wrong) {
+      throw line.error(wrong.what());
+    }
   }
 
-  void statement(const Arguments &words, const std::string &line) {
-    if (words.empty()) return;
-    if (!headed_) {
-      if (line != kDumpHead) throw "this is no dump: it does not begin with `" + std::string(kDumpHead) + "`";
-      headed_ = true;
-      return;
+  static void head(const Arguments &words) {
+    if (script::joined(words) != kDumpHead) {
+      wrong("this is no dump: it does not begin with `" + std::string(kDumpHead) + "`");
     }
-    if (ended_) throw std::string("something stands behind the line `end`");
+  }
+
+  void statement(const Arguments &words) {
+    if (ended_) wrong("this stands behind the line `end`");
     if (words.front().ends_with(':')) return row(words);
     for (const Statement &known : kStatements) {
       if (words.front() != known.word) continue;
-      if (words.size() != known.words) throw "`" + words.front() + "` is written: " + known.form;
+      if (words.size() != known.words) wrong(std::string("write it as: ") + known.form);
       return (this->*known.read)(words);
     }
-    throw "`" + words.front() + "` is not known";
+    wrong("a dump has no line \"" + words.front() +
+          "\"; it has order, model, database, record, bytes, setting and end");
   }
 
   void order(const Arguments &words) {
-    if (order_) throw std::string("the byte order is given a second time");
-    if (words[1] != "big" && words[1] != "little") throw "there is no byte order `" + words[1] + "`: big or little";
+    if (order_) wrong("the byte order is given a second time");
+    if (words[1] != "big" && words[1] != "little") wrong("the byte order is big or little");
     order_ = words[1] == "big" ? std::endian::big : std::endian::little;
   }
 
   void model(const Arguments &words) {
-    if (contents_.model != LMAINTE_MODEL_NONE) throw std::string("the model is given a second time");
+    if (contents_.model != LMAINTE_MODEL_NONE) wrong("the model is given a second time");
     const box::Model *found = box::find_model(words[1]);
-    if (found == nullptr) throw "there is no model `" + words[1] + "`: " + box::model_names();
+    if (found == nullptr) wrong("there is no model \"" + words[1] + "\"; the models are " + box::model_names());
     contents_.model = found->code;
+    model_place_ = place_;
+  }
+
+  // A record that this model does not have and another one has: the dump is one of that model.
+  void check_model() const {
+    const auto own = box::new_server(contents_.model).records;
+    for (const box::Model &other : box::models()) {
+      const auto others = box::new_server(other.code).records;
+      for (std::size_t db_id = 0; db_id < own.size(); ++db_id) {
+        for (const auto &[name, record] : contents_.records.at(db_id)) {
+          if (own.at(db_id).contains(name) || !others.at(db_id).contains(name)) continue;
+          throw box::InventoryError(model_place_ + ": the model is " + std::string(box::model_name(contents_.model)) +
+                                    ", but the dump has the record " + name + " of database " + std::to_string(db_id) +
+                                    ", which model " + std::string(other.name) +
+                                    " has. Write the model of the server that the dump was taken from.");
+        }
+      }
+    }
   }
 
   void database(const Arguments &words) {
     const auto db_id = box::number_in<std::size_t>(words[1]);
     if (words[1] != "box" && (!db_id || *db_id >= box::kDatabaseCount)) {
-      throw "there is no database `" + words[1] + "`: 0 to " + std::to_string(box::kDatabaseCount - 1) + ", or box";
+      wrong("there is no database \"" + words[1] + "\"; there are 0 to " + std::to_string(box::kDatabaseCount - 1) +
+            " and box");
     }
-    if (!databases_.insert(words[1]).second) throw "the database " + words[1] + " comes a second time";
+    if (!databases_.insert(words[1]).second) wrong("the database comes a second time");
     in_box_ = words[1] == "box";
     database_ = in_box_ ? nullptr : &contents_.records.at(*db_id);
     record_ = nullptr;
   }
 
   void record(const Arguments &words) {
-    if (database_ == nullptr && !in_box_) throw std::string("a record stands outside the databases");
+    if (database_ == nullptr && !in_box_) wrong("a record stands outside the databases");
     const auto size = box::number_in<std::size_t>(words[2]);
     if (!size || *size > kLargestRecord) {
-      throw "a record has 0 to " + std::to_string(kLargestRecord) + " bytes, not `" + words[2] + "`";
+      wrong("a record has 0 to " + std::to_string(kLargestRecord) + " bytes");
     }
     check_name(words[1], in_box_ ? kLongestKey : kLongestName);
-    if (in_box_ && !box::record_of_key(words[1]))
-      throw std::string("the database box holds no records but broken ones");
+    if (in_box_ && !box::record_of_key(words[1])) wrong("the database box holds no records but broken ones");
     auto &records = in_box_ ? broken_ : *database_;
     const auto [at, is_new] = records.try_emplace(words[1], *size);
-    if (!is_new) throw "the record " + words[1] + " comes a second time";
+    if (!is_new) wrong("the record comes a second time");
     record_ = &at->second;
     row_end_ = 0;
   }
 
   static void check_name(const std::string &name, std::size_t longest) {
     if (name.empty() || name.size() > longest) {
-      throw "a name has 1 to " + std::to_string(longest) + " characters, this one " + std::to_string(name.size());
+      wrong("a name has 1 to " + std::to_string(longest) + " characters, this one has " + std::to_string(name.size()));
     }
   }
 
   void setting(const Arguments &words) {
-    if (!in_box_) throw std::string("a setting stands outside the database box");
+    if (!in_box_) wrong("a setting stands outside the database box");
     check_name(words[1], kLongestKey);
-    if (!contents_.hardware.emplace(words[1], words[2]).second)
-      throw "the setting " + words[1] + " comes a second time";
+    if (!contents_.hardware.emplace(words[1], words[2]).second) wrong("the setting comes a second time");
     record_ = nullptr;
   }
 
   void row(const Arguments &words) {
-    if (record_ == nullptr) throw std::string("bytes stand outside a record");
+    if (record_ == nullptr) wrong("bytes stand outside a record");
     const auto at = box::number_in<std::size_t>(std::string_view(words[0]).substr(0, words[0].size() - 1));
-    if (!at) throw "`" + words[0] + "` is no place in a record";
-    if (*at < row_end_) throw "byte " + std::to_string(*at) + " comes a second time, or out of order";
+    if (!at) wrong("\"" + words[0] + "\" is not a place in a record; write its number and a colon");
+    if (*at < row_end_) wrong("byte " + std::to_string(*at) + " comes a second time, or out of order");
     row_end_ = *at;
     for (std::size_t i = 1; i < words.size(); ++i) bytes(words[i]);
   }
 
   void bytes(const std::string &word) {
-    if (word.size() % 2 != 0) throw "`" + word + "` is no bytes: two digits make one";
+    if (word.size() % 2 != 0) wrong("\"" + word + "\" is not a row of bytes: each has two digits");
     for (std::size_t i = 0; i < word.size(); i += 2) {
-      const int high = digit(word[i]), low = digit(word[i + 1]);
-      if (high < 0 || low < 0) throw "`" + word + "` is no bytes: they are written in hexadecimal";
+      const auto high = script::hexadecimal_digit(word[i]), low = script::hexadecimal_digit(word[i + 1]);
+      if (!high || !low) wrong("\"" + word + "\" is not a row of bytes: their digits are hexadecimal");
       if (row_end_ >= record_->size()) {
-        throw "there are more bytes than the record's " + std::to_string(record_->size());
+        wrong("there are more bytes than the record's " + std::to_string(record_->size()));
       }
-      record_->at(row_end_++) = static_cast<std::uint8_t>(high << 4 | low);
+      record_->at(row_end_++) = static_cast<std::uint8_t>(*high * 16 + *low);
     }
   }
 
   void end(const Arguments & /*words*/) {
-    if (!order_) throw std::string("no byte order is given: `order big` or `order little`");
-    if (contents_.model == LMAINTE_MODEL_NONE) throw std::string("no model is given, as by `model qe1`");
+    if (!order_) wrong("no byte order is given: `order big` or `order little`");
+    if (contents_.model == LMAINTE_MODEL_NONE) wrong("no model is given, as by `model qe1`");
     ended_ = true;
   }
 
@@ -217,12 +192,15 @@ class Reader {
     const char *word;
     std::size_t words;
     const char *form;
-    void (Reader::*read)(const Arguments &);
+    void (DumpReader::*read)(const Arguments &);
   };
   static constexpr Statement kStatements[] = {
-      {"order", 2, "order big|little", &Reader::order},          {"model", 2, "model NAME", &Reader::model},
-      {"database", 2, "database NUMBER|box", &Reader::database}, {"record", 3, "record NAME SIZE", &Reader::record},
-      {"setting", 3, "setting KEY VALUE", &Reader::setting},     {"end", 1, "end", &Reader::end},
+      {"order", 2, "order big|little", &DumpReader::order},
+      {"model", 2, "model NAME", &DumpReader::model},
+      {"database", 2, "database NUMBER|box", &DumpReader::database},
+      {"record", 3, "record NAME SIZE", &DumpReader::record},
+      {"setting", 3, "setting KEY VALUE", &DumpReader::setting},
+      {"end", 1, "end", &DumpReader::end},
   };
 
   box::Contents contents_;
@@ -232,14 +210,14 @@ class Reader {
   std::map<std::string, box::Bytes> *database_ = nullptr;
   box::Bytes *record_ = nullptr;
   std::size_t row_end_ = 0;
-  std::size_t line_number_ = 0;
+  std::string place_, model_place_;  // of this line, and of the model's
   bool headed_ = false, ended_ = false, in_box_ = false;
 };
 
 }  // namespace
 
-box::Contents read_dump(std::istream &in, const std::string &name) {
-  return Reader().contents(in, name);
+box::Contents read_dump(std::string text, const std::string &name) {
+  return DumpReader().contents(std::move(text), name);
 }
 
 }  // namespace spbox

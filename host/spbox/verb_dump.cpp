@@ -3,6 +3,7 @@
 #include <iostream>
 #include <memory>
 
+#include "host/script/script.h"
 #include "host/spbox/dump.h"
 #include "host/spbox/new_box.h"
 #include "host/spbox/verbs.h"
@@ -31,11 +32,14 @@ int dump(const Options &options) {
 }
 
 box::Contents read_file(const fs::path &file) {
-  if (file == "-") return read_dump(std::cin, "standard input");
-  std::error_code error;
-  std::ifstream in(file, std::ios::binary);
-  if (!in || fs::is_directory(file, error)) throw box::InventoryError(file.string() + " cannot be read as a dump.");
-  return read_dump(in, file.string());
+  if (file == "-") return read_dump(script::text_of(std::cin), "standard input");
+  std::string text;
+  try {
+    text = script::text_of_file(file);
+  } catch (const script::Error &wrong) {
+    throw box::InventoryError(wrong.what() + std::string("."));
+  }
+  return read_dump(std::move(text), file.string());
 }
 
 int load(const Options &options) {

@@ -162,43 +162,58 @@ struct BadRow {
   const char *error;  // behind "spbox: bad.dump"
 };
 const BadRow kBad[] = {
-    {"no byte order", "model qa\nend\n", ", line 3: no byte order is given: `order big` or `order little`."},
-    {"another byte order", "order middle\n", ", line 2: there is no byte order `middle`: big or little."},
-    {"two byte orders", "order big\norder big\n", ", line 3: the byte order is given a second time."},
-    {"no model", "order big\nend\n", ", line 3: no model is given, as by `model qe1`."},
-    {"another model", "model qz\n", ", line 2: there is no model `qz`: qa, qb1, qb2, qe1, qe2 or qe3."},
-    {"two models", "model qa\nmodel qa\n", ", line 3: the model is given a second time."},
-    {"a database above 5", "database 6\n", ", line 2: there is no database `6`: 0 to 5, or box."},
-    {"a database twice", "database 1\ndatabase 1\n", ", line 3: the database 1 comes a second time."},
-    {"an unknown word", "frob 1\n", ", line 2: `frob` is not known."},
-    {"one word too few", "record x\n", ", line 2: `record` is written: record NAME SIZE."},
-    {"a record outside a database", "record x 1\n", ", line 2: a record stands outside the databases."},
-    {"no size", "database 2\nrecord x many\n", ", line 3: a record has 0 to 1048576 bytes, not `many`."},
-    {"too large", "database 2\nrecord x 1048577\n", ", line 3: a record has 0 to 1048576 bytes, not `1048577`."},
-    {"no name", "database 2\nrecord \"\" 1\n", ", line 3: a name has 1 to 127 characters, this one 0."},
-    {"a record twice", "database 2\nrecord x 1\nrecord x 1\n", ", line 4: the record x comes a second time."},
-    {"bytes outside a record", "database 2\n0: 00\n", ", line 3: bytes stand outside a record."},
+    {"no byte order", "model qa\nend\n", ":3: `end`: no byte order is given: `order big` or `order little`."},
+    {"another byte order", "order middle\n", ":2: `order middle`: the byte order is big or little."},
+    {"two byte orders", "order big\norder big\n", ":3: `order big`: the byte order is given a second time."},
+    {"no model", "order big\nend\n", ":3: `end`: no model is given, as by `model qe1`."},
+    {"another model", "model qz\n",
+     ":2: `model qz`: there is no model \"qz\"; the models are qa, qb1, qb2, qe1, qe2 or qe3."},
+    {"two models", "model qa\nmodel qa\n", ":3: `model qa`: the model is given a second time."},
+    {"a database above 5", "database 6\n", ":2: `database 6`: there is no database \"6\"; there are 0 to 5 and box."},
+    {"a database twice", "database 1\ndatabase 1\n", ":3: `database 1`: the database comes a second time."},
+    {"an unknown word", "frob 1\n",
+     ":2: `frob 1`: a dump has no line \"frob\"; it has order, model, database, record, bytes, setting and end."},
+    {"one word too few", "record x\n", ":2: `record x`: write it as: record NAME SIZE."},
+    {"a record outside a database", "record x 1\n", ":2: `record x 1`: a record stands outside the databases."},
+    {"no size", "database 2\nrecord x many\n", ":3: `record x many`: a record has 0 to 1048576 bytes."},
+    {"too large", "database 2\nrecord x 1048577\n", ":3: `record x 1048577`: a record has 0 to 1048576 bytes."},
+    {"no name", "database 2\nrecord \"\" 1\n", ":3: `record \"\" 1`: a name has 1 to 127 characters, this one has 0."},
+    {"a record twice", "database 2\nrecord x 1\nrecord x 1\n", ":4: `record x 1`: the record comes a second time."},
+    {"bytes outside a record", "database 2\n0: 00\n", ":3: `0: 00`: bytes stand outside a record."},
     {"more bytes than the record has", "database 2\nrecord x 2\n0: 000000\n",
-     ", line 4: there are more bytes than the record's 2."},
+     ":4: `0: 000000`: there are more bytes than the record's 2."},
     {"bytes after the end of the record", "database 2\nrecord x 2\n9: 00\n",
-     ", line 4: there are more bytes than the record's 2."},
-    {"half a byte", "database 2\nrecord x 2\n0: 000\n", ", line 4: `000` is no bytes: two digits make one."},
-    {"no digits", "database 2\nrecord x 2\n0: 0g\n", ", line 4: `0g` is no bytes: they are written in hexadecimal."},
-    {"an offset that is no number", "database 2\nrecord x 2\n0x: 00\n", ", line 4: `0x:` is no place in a record."},
+     ":4: `9: 00`: there are more bytes than the record's 2."},
+    {"half a byte", "database 2\nrecord x 2\n0: 000\n",
+     ":4: `0: 000`: \"000\" is not a row of bytes: each has two digits."},
+    {"no digits", "database 2\nrecord x 2\n0: 0g\n",
+     ":4: `0: 0g`: \"0g\" is not a row of bytes: their digits are hexadecimal."},
+    {"an offset that is no number", "database 2\nrecord x 2\n0x: 00\n",
+     ":4: `0x: 00`: \"0x:\" is not a place in a record; write its number and a colon."},
     {"overlapping", "database 2\nrecord x 9\n0: 0000\n1: 00\n",
-     ", line 5: byte 1 comes a second time, or out of order."},
-    {"a setting outside the box's database", "setting a b\n", ", line 2: a setting stands outside the database box."},
-    {"a setting twice", "database box\nsetting a b\nsetting a c\n", ", line 4: the setting a comes a second time."},
+     ":5: `1: 00`: byte 1 comes a second time, or out of order."},
+    {"a setting outside the box's database", "setting a b\n",
+     ":2: `setting a b`: a setting stands outside the database box."},
+    {"a setting twice", "database box\nsetting a b\nsetting a c\n",
+     ":4: `setting a c`: the setting comes a second time."},
     {"a plain record in the box's database", "database box\nrecord x 1\n",
-     ", line 3: the database box holds no records but broken ones."},
-    {"an open quote", "database box\nsetting \"a b\n", ", line 3: a text in quotes does not end."},
-    {"a wrong escape", "database box\nsetting \"\\n\" b\n",
-     ", line 3: in quotes, a backslash stands before \\, \" or xHH only."},
+     ":3: `record x 1`: the database box holds no records but broken ones."},
+    {"an open quote", "database box\nsetting \"a b\n", ":3: `setting \"a b`: the closing \" is missing."},
+    {"a wrong escape", "database box\nsetting \"\\q\" b\n",
+     ":3: `setting \"\\q\" b`: there is no escape \\q; there are \\n, \\t, \\r, \\e, \\\", \\\\, \\003 and \\x03."},
     {"a line after the end", "order big\nmodel qa\nend\nmodel qa\n",
-     ", line 5: something stands behind the line `end`."},
+     ":5: `model qa`: this stands behind the line `end`."},
     {"cut off", "order big\nmodel qa\ndatabase 2\n", " is cut off: it ends without the line `end`."},
-    {"a line that is cut", "order big\nmodel qa\ndatabase 2\nrecord x 2\n0: 0",
-     ", line 6: `0` is no bytes: two digits make one."},
+    {"cut off in a row of bytes", "order big\nmodel qa\ndatabase 2\nrecord x 2\n0: 0",
+     " is cut off in line 6, its last one: the line has no end."},
+    {"cut off in a number", "order big\nmodel qa\ndatabase 2\nrecord x 64\n0: 00\n3",
+     " is cut off in line 7, its last one: the line has no end."},
+    {"cut off in quotes", "order big\nmodel qa\ndatabase box\nsetting \"led /PS",
+     " is cut off in line 5, its last one: the line has no end."},
+    {"another model's record", "order big\nmodel qa\ndatabase 4\nrecord fru_psu_qb_info_00 320\nend\n",
+     ":3: the model is qa, but the dump has the record fru_psu_qb_info_00 of database 4, which model qb1 has. Write "
+     "the "
+     "model of the server that the dump was taken from."},
 };
 
 TEST_F(Dump, ThatIsBadIsRefusedWithItsLineAndLeavesNoBox) {
@@ -209,14 +224,37 @@ TEST_F(Dump, ThatIsBadIsRefusedWithItsLineAndLeavesNoBox) {
   }
 }
 
+// Of each model that is written in place of the right one, where the two do not have the same records.
+TEST_F(Dump, OfOneModelIsRefusedUnderTheNameOfAnother) {
+  const struct {
+    const char *is, *written, *record;
+  } rows[] = {
+      {"qb1", "qa", "fru_psu_qb_info_00 of database 4, which model qb1"},
+      {"qa", "qb1", "fru_psu_qe_info_00 of database 4, which model"},
+      {"qb2", "qb1", "setup_cmu_info_01 of database 1, which model qb2"},
+      {"qe1", "qe2", "current_bp32_info of database 2, which model qe1"},
+  };
+  for (const auto &row : rows) {
+    done({"create", row.is, "--model", row.is});
+    std::string text = done({"dump", row.is});
+    const std::string model = std::string("\nmodel ") + row.is;
+    text.replace(text.find(model), model.size(), std::string("\nmodel ") + row.written);
+    write("bad.dump", text);
+    const std::string says = refused({"load", "bad.dump", "box"});
+    EXPECT_NE(says.find(std::string(" but the dump has the record ") + row.record), std::string::npos) << says;
+    EXPECT_FALSE(fs::exists(place().root())) << says;
+    fs::remove_all(scratch_ / row.is);
+  }
+}
+
 TEST_F(Dump, ThatIsNoDumpIsRefused) {
   write("letter", "dear\n");
   EXPECT_EQ(refused({"load", "letter", "box"}),
-            "spbox: letter, line 1: this is no dump: it does not begin with `spbox dump 1`.\n");
+            "spbox: letter:1: `dear`: this is no dump: it does not begin with `spbox dump 1`.\n");
   write("empty", "");
   EXPECT_EQ(refused({"load", "empty", "box"}), "spbox: empty is no dump: it does not begin with `spbox dump 1`.\n");
-  EXPECT_EQ(refused({"load", "none", "box"}), "spbox: none cannot be read as a dump.\n");
-  EXPECT_EQ(refused({"load", ".", "box"}), "spbox: . cannot be read as a dump.\n");
+  EXPECT_EQ(refused({"load", "none", "box"}), "spbox: none: there is no such file.\n");
+  EXPECT_EQ(refused({"load", ".", "box"}), "spbox: .: this is a folder, not a file.\n");
   EXPECT_FALSE(fs::exists(place().root()));
 }
 
