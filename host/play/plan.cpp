@@ -1,11 +1,8 @@
 #include "host/play/plan.h"
 
 #include <algorithm>
-#include <cerrno>
-#include <cstring>
-#include <fstream>
 
-#include "host/play/in_order.h"
+#include "host/play/leftovers.h"
 
 namespace play {
 namespace {
@@ -46,76 +43,67 @@ std::string with_values(const std::string &word, const Values &values) {
   return text;
 }
 
-const StepForm &form_of(const std::string &verb) {
-  const auto forms = step_forms();
-  const auto form = std::find_if(forms.begin(), forms.end(), [&](const auto &row) { return row.verb == verb; });
-  if (form == forms.end()) {
-    throw std::invalid_argument("there is no step \"" + verb + "\"; there are " + step_names());
-  }
-  return *form;
+script::Error wrong_with(const Step &step, const std::string &reason) {
+  return script::Error(script::Statement{step.place, step.text, {}}.error(reason).what() + step.via);
 }
 
-ScriptError wrong_with(const Step &step, const std::string &reason) {
-  return ScriptError(step.place + ": `" + step.text + "`: " + reason + step.via);
-}
-
-class Reader {
+class PlanReader {
  public:
-  explicit Reader(const Checks &checks) : checks_(checks) {}
+  explicit PlanReader(const Words &verbs) : verbs_(verbs) {}
 
   void read(const fs::path &script, const Values &values, const std::string &via, int depth) {
-    std::ifstream file(script);
-    std::error_code error;
-    if (!file || fs::is_directory(script, error)) {
-      const char *reason = file ? "it is a folder" : std::strerror(errno);  // NOLINT(concurrency-mt-unsafe): one thread
-      throw ScriptError(script.string() + ": " + reason + ". Name a script that can be read." + via);
-    }
-    std::vector<Line> lines;
     try {
-      lines = read_script(file, script.string());
-    } catch (const ScriptError &wrong) {
-      throw ScriptError(wrong.what() + via);
+      script::Reader reader(script::text_of_file(script), script.string(),
+                            {.has_quotes = true, .has_semicolons = false});
+      while (auto statement = reader.next()) read_step(script, *statement, values, via, depth);
+    } catch (const PlayedScriptError &) {
+      throw;
+    } catch (const script::Error &wrong) {
+      throw PlayedScriptError(wrong.what() + via);
     }
-    for (Line &line : lines) read_line(script, line, values, via, depth);
   }
 
   std::vector<Step> steps;
 
  private:
-  void read_line(const fs::path &script, Line &line, const Values &values, const std::string &via, int depth) {
-    Step step{nullptr, {}, line.text, script.string() + ":" + std::to_string(line.number), via};
+  // One whose text says already where the script is played from.
+  class PlayedScriptError : public script::Error {
+   public:
+    using script::Error::Error;
+  };
+
+  void read_step(const fs::path &script, script::Statement &statement, const Values &values, const std::string &via,
+                 int depth) {
+    Step step{nullptr, {}, statement.text, statement.place, via, script.parent_path()};
     try {
-      step.form = &form_of(line.verb);
-      if (line.words.size() < step.form->fewest || line.words.size() > step.form->most) {
-        throw std::invalid_argument("write it as: " + std::string(step.form->written));
-      }
-      for (const auto &word : line.words) step.words.push_back(with_values(word, values));
-      if (line.verb == "play") return play(script, step, depth);
-      if (step.form->check != nullptr) step.form->check(step.words, checks_);
-    } catch (const ScriptError &) {
+      step.row = &script::take_row(step_rows(), statement.words);
+      for (const auto &word : statement.words) step.words.push_back(with_values(word, values));
+      if (step.row->perform == nullptr) return play(step, depth);
+      if (step.row->check != nullptr) step.row->check(step.words, verbs_);
+    } catch (const PlayedScriptError &) {
       throw;
     } catch (const std::exception &wrong) {
-      throw wrong_with(step, wrong.what());
+      throw statement.error(wrong.what());
     }
     steps.push_back(std::move(step));
   }
 
-  void play(const fs::path &script, const Step &step, int depth) {
+  void play(const Step &step, int depth) {
     if (depth == kDeepest) {
       throw std::invalid_argument("more than " + std::to_string(kDeepest) +
                                   " scripts play one another. Does one play itself?");
     }
     Values values;
     for (std::size_t i = 1; i < step.words.size(); ++i) add_value(step.words[i], values);
-    read(script.parent_path() / step.words[0], values, "\n  played from " + step.place + step.via, depth + 1);
+    read(step.folder / step.words[0], values, "\n  played from " + step.place + step.via, depth + 1);
   }
 
-  const Checks &checks_;
+  const Words &verbs_;
 };
 
 void check_units_of(const Step &step, const std::string &model) {
   try {
-    check_units(model, units_in_order(step.words));
+    check_units(model, units_behind_but(step.words));
   } catch (const std::invalid_argument &wrong) {
     throw wrong_with(step, wrong.what());
   }
@@ -127,7 +115,7 @@ void check_boxes(const std::vector<Step> &steps) {
   const Step *made = nullptr;
   bool is_used = false;
   for (const Step &step : steps) {
-    const auto verb = step.form->verb;
+    const auto verb = step.row->verb;
     if (verb == "box" && made != nullptr) throw wrong_with(step, "a play has one box");
     if (verb == "box" && is_used) throw wrong_with(step, "the steps before it have worked on a box already");
     if (verb == "box") made = &step;
@@ -148,11 +136,15 @@ void add_value(const std::string &word, Values &values) {
   values[name] = word.substr(equals + 1);
 }
 
-std::vector<Step> read_plan(const fs::path &script, const Values &values, const Checks &checks) {
-  Reader reader(checks);
+std::vector<Step> read_plan(const fs::path &script, const Values &values, const Words &verbs) {
+  PlanReader reader(verbs);
   reader.read(script, values, "", 1);
   check_boxes(reader.steps);
   return std::move(reader.steps);
+}
+
+bool has_step(const std::vector<Step> &plan, std::string_view verb) {
+  return std::any_of(plan.begin(), plan.end(), [&](const Step &step) { return step.row->verb == verb; });
 }
 
 }  // namespace play

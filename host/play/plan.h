@@ -4,20 +4,12 @@
 #include <filesystem>
 #include <map>
 #include <string>
+#include <string_view>
 #include <vector>
 
-#include "host/play/script.h"
-#include "host/play/steps.h"
+#include "host/play/step.h"
 
 namespace play {
-
-struct Step {
-  const StepForm *form;
-  Words words;
-  std::string text;   // as it was written
-  std::string place;  // "demo.play:12"
-  std::string via;    // where the script with this step is played from: "\n  played from walk.play:3", or nothing
-};
 
 using Values = std::map<std::string, std::string>;
 
@@ -25,8 +17,10 @@ using Values = std::map<std::string, std::string>;
 void add_value(const std::string &word, Values &values);
 
 // In the words of a script, "$NAME" stands for the value of this name, and "$$" for a dollar. A script that another one
-// plays has the values that are given there, and no others. Throws ScriptError where a script cannot be read, or makes
-// no sense.
-std::vector<Step> read_plan(const std::filesystem::path &script, const Values &values, const Checks &checks);
+// plays has the values that are given there, and no others. `verbs` are those of spbox that work on a box. Throws
+// script::Error where a script cannot be read, or makes no sense.
+std::vector<Step> read_plan(const std::filesystem::path &script, const Values &values, const Words &verbs);
+
+bool has_step(const std::vector<Step> &plan, std::string_view verb);
 
 }  // namespace play

@@ -1,43 +1,29 @@
-// The box on which a play is played: one that is there, or a new one, which goes with the play unless it was asked for.
+// What the steps of a play act on: a box, an operator, technicians, and somebody who tells what happens.
 #pragma once
 
 #include <chrono>
-#include <filesystem>
+#include <optional>
 #include <string>
-#include <vector>
 
-#include "host/box/place.h"
-#include "host/terminal/helper.h"
+#include "host/play/box.h"
+#include "host/play/narrator.h"
+#include "host/play/operator.h"
+#include "host/play/technicians.h"
 
 namespace play {
 
-class Stage {
- public:
-  // `spbox` is the program. Where no folder is named, the box gets one of its own, which is removed at the end.
-  Stage(std::string spbox, const std::filesystem::path &folder, int alarm);
-  ~Stage();  // Ends what is left in a box that goes.
-  Stage(const Stage &) = delete;
-  Stage &operator=(const Stage &) = delete;
+struct Stage {
+  Stage(Box &the_box, Narrator &the_narrator, int alarm) : box(the_box), narrator(the_narrator), op(alarm) {}
 
-  // Makes the box; where there is one already, it must be of this model. Throws.
-  void make(const std::string &model, std::chrono::milliseconds patience);
-
-  // spbox VERB BOX WORDS...
-  terminal::Helper spbox(std::vector<std::string> words) const;
-  std::vector<std::string> command_in_box(const std::vector<std::string> &command) const;  // spbox run BOX -- COMMAND
-
-  // A text without the name of a folder that is gone after the play, and another one each time.
-  std::string without_folder(std::string text) const;
-
-  box::Place place() const { return box::Place(box_); }
-  bool exists() const;
-
- private:
-  void remove() const;
-
-  std::string spbox_;
-  std::filesystem::path temporary_, box_;
-  int alarm_;
+  Box &box;
+  Narrator &narrator;
+  Technicians technicians;
+  Operator op;
+  std::chrono::milliseconds patience{10'000};  // of every wait
+  std::optional<std::string> said;             // by the last spbox step
 };
+
+// Waits until all technicians have done their work, and tells what they said. Throws StepError.
+void wait_for_technicians(Stage &stage);
 
 }  // namespace play

@@ -4,12 +4,17 @@
 #include <sstream>
 
 namespace play {
+namespace {
 
-std::string joined(const std::vector<std::string> &words) {
-  std::string line;
-  for (const auto &word : words) line += (line.empty() ? "" : " ") + word;
-  return line;
+std::string name_of_key(char key) {
+  if (key == '\n' || key == '\r') return "Enter";
+  if (key == '\033') return "Escape";
+  if (key == ' ') return "Space";
+  if (key == '\177') return "Backspace";
+  return std::string("Ctrl-") + static_cast<char>(key + '@');
 }
+
+}  // namespace
 
 std::string indented(const std::string &text) {
   std::string result;
@@ -18,10 +23,20 @@ std::string indented(const std::string &text) {
   return result;
 }
 
-std::string seconds_text(std::chrono::milliseconds time) {
-  std::ostringstream text;
-  text << static_cast<double>(time.count()) / 1000 << " s";
-  return text.str();
+std::string describe_keys(std::string_view keys) {
+  std::string text;
+  bool in_quotes = false;
+  for (const char key : keys) {
+    const bool printable = key > ' ' && key < '\177';
+    if (printable && in_quotes) {
+      text.insert(text.size() - 1, 1, key);
+      continue;
+    }
+    if (!text.empty()) text += ", ";
+    text += printable ? std::string("\"") + key + "\"" : name_of_key(key);
+    in_quotes = printable;
+  }
+  return text;
 }
 
 std::string framed(const std::vector<std::string> &rows, std::string_view caption) {

@@ -16,12 +16,8 @@ class Transcript {
   void keep_in(const std::filesystem::path &file);
   bool is_kept() const { return file_.is_open(); }
 
-  void print(std::string_view text);       // on both
-  void keep(std::string_view text);        // in the file alone
-  void paragraph(std::string_view text) {  // with an empty line behind it
-    print(text);
-    print("\n\n");
-  }
+  void print(std::string_view text);  // on both
+  void keep(std::string_view text);   // in the file alone
 
  private:
   std::ostream &out_;

@@ -6,6 +6,7 @@
 #include <string_view>
 #include <vector>
 
+#include "host/script/script.h"
 #include "host/spbox/command_line.h"
 #include "host/spbox/enter_box.h"
 #include "host/spbox/help.h"
@@ -78,6 +79,8 @@ int judged(const Words &words) {
     return run(words);
   } catch (const spbox::UsageError &error) {
     return complain(error, " `spbox help` lists the verbs.", spbox::kUsage);
+  } catch (const script::Error &error) {
+    return complain(error, "", spbox::kUsage);
   } catch (const std::filesystem::filesystem_error &error) {
     const std::runtime_error plain(error.path1().string() + ": " + error.code().message() + ".");
     return complain(plain, "", spbox::kFailure);

@@ -3,9 +3,9 @@
 #include <memory>
 
 #include "host/box/inventory.h"
-#include "host/spbox/changes.h"
 #include "host/spbox/text.h"
 #include "host/spbox/verbs.h"
+#include "host/technician/changes.h"
 
 namespace spbox {
 namespace {
@@ -30,7 +30,7 @@ int change(const Options &options, box::Change change) {
 
 std::vector<Verb> change_verbs() {
   std::vector<Verb> verbs;
-  for (const ChangeRow &row : kChanges) {
+  for (const technician::ChangeRow &row : technician::kChanges) {
     auto options = std::make_shared<Options>();
     verbs.push_back({.name = std::string(row.verb),
                      .line = std::string(row.help),

@@ -1,13 +1,10 @@
 #include <unistd.h>
 
 #include <cstdio>
-#include <fstream>
-#include <iterator>
 #include <memory>
 
-#include "host/box/contents.h"
-#include "host/spbox/technician.h"
 #include "host/spbox/verbs.h"
+#include "host/technician/technician.h"
 
 namespace spbox {
 namespace {
@@ -19,16 +16,14 @@ struct Options {
   int ready_fd = -1;
 };
 
-std::string text_of(const Options &options) {
-  if (options.script.empty()) return options.steps;
-  std::ifstream in(options.script);
-  if (!in) throw ScriptError(options.script.string() + " cannot be read. Is it the script's name?");
-  return {std::istreambuf_iterator<char>(in), {}};
+std::vector<technician::Step> read(const Options &options) {
+  if (options.script.empty()) return technician::read_script(options.steps, "");
+  return technician::read_script(script::text_of_file(options.script), options.script.string());
 }
 
-int technician(const Options &options) {
-  const std::vector<Step> steps = parse_technician(text_of(options));
-  Technician hands(box::Place(options.box), Clock::real(), [](const std::string &line) {
+int work(const Options &options) {
+  const auto steps = read(options);
+  technician::Technician hands(box::Place(options.box), technician::Clock::real(), [](const std::string &line) {
     std::puts(line.c_str());
     std::fflush(stdout);
   });
@@ -36,6 +31,13 @@ int technician(const Options &options) {
     if (options.ready_fd >= 0 && write(options.ready_fd, "", 1) == 1) close(options.ready_fd);
   });
   return 0;
+}
+
+std::string help() {
+  constexpr std::size_t kColumn = 36;
+  std::string text = "Steps:\n";
+  for (const auto &row : technician::step_rows()) text += script::help_of(row, kColumn);
+  return text + script::help_of({"#", 0, 0, "# a comment", "Also after a step, to the end of the line"}, kColumn);
 }
 
 void check(const Options &options) {
@@ -67,26 +69,14 @@ Verb technician_verb() {
                      .help = "A byte is written there when the first step begins",
                      .to = number(options->ready_fd, 0, 65535),
                      .value = "FD"}},
-          .footer =
-              "Steps:\n"
-              "  after 3                           wait three seconds\n"
-              "  when led /PSU#3 blink             wait until the LED is off, on or blinks\n"
-              "  when flag /PSU#3 start            until the maintenance flag is set, or `end`\n"
-              "  when detached /PSU#3 yes          until the unit is out of operation, or `no`\n"
-              "  when mode lock                    until maintenance mode is on, or `unlock`\n"
-              "  when trace FUNCTION [EVENT]       until the library records it, as in\n"
-              "                                    `spbox trace`: lmainte_chk_fru_install entry\n"
-              "  when text FILE TEXT               until the file holds the text\n"
-              "  pull UNIT...                      and insert, fault, degrade, repair\n"
-              "  flicker UNIT TIMES SECONDS        so many times out or in, so far apart\n"
-              "  # a comment                       also behind a step, to the line's end\n"
-              "All units are looked up before the first step. `when trace` looks at what was\n"
-              "recorded after the record that the last such step found, or after the beginning.\n\n"
-              "Examples:\n"
-              "  spbox technician box hands.txt &\n"
-              "  spbox technician box --do 'when flag /PSU#3 start; after 2; pull /PSU#3' &",
+          .footer = help() +
+                    "All units are looked up before the first step. `when trace` looks at what was\n"
+                    "recorded after the record that the last such step found, or after the beginning.\n\n"
+                    "Examples:\n"
+                    "  spbox technician box hands.txt &\n"
+                    "  spbox technician box --do 'when flag /PSU#3 start; after 2; pull /PSU#3' &",
           .check = [options] { check(*options); },
-          .act = [options] { return technician(*options); }};
+          .act = [options] { return work(*options); }};
 }
 
 }  // namespace spbox

@@ -199,7 +199,7 @@ void BoxTest::expect_left(const Words &sentences) {
 
 void BoxTest::expect_left(const Words &sentences, const Words &detached) {
   Words left;
-  eventually([&] { return (left = play::not_in_order(box::Place(box()), terminal_, *before_, detached)) == sentences; },
+  eventually([&] { return (left = play::leftovers(box::Place(box()), terminal_, *before_, detached)) == sentences; },
              seconds{2});
   EXPECT_EQ(left, sentences);
 }

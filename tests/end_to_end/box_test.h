@@ -10,7 +10,7 @@
 #include <string_view>
 #include <vector>
 
-#include "host/play/in_order.h"
+#include "host/play/leftovers.h"
 #include "host/terminal/terminal.h"
 #include "tests/run.h"
 

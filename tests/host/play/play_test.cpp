@@ -8,17 +8,7 @@
 #include "host/box/contents.h"
 #include "host/box/model.h"
 
-namespace {
-
-play::Checks checks() {
-  return {{"pull", "show"}, [](const std::string &steps) {
-            if (steps.starts_with("juggle")) throw std::runtime_error("nobody can juggle");
-          }};
-}
-
-}  // namespace
-
-// It runs commands where it stands, works as a technician until there is a file of the steps' name, and says what else
+// It runs commands where it stands, works as a technician until there is a file of the unit's name, and says what else
 // it was asked.
 PlayTest::PlayTest() {
   write("spbox",
@@ -27,10 +17,11 @@ PlayTest::PlayTest() {
         "run) shift 3; exec \"$@\" ;;\n"
         "create) mkdir \"$2\" ;;\n"
         "technician)\n"
-        "  case $6 in late*) exit 1 ;; mute) exec sleep 60 ;; esac\n"
+        "  unit=${6##*/}\n"
+        "  case $unit in late) exit 1 ;; mute) exec sleep 60 ;; esac\n"
         "  printf . >&3; exec 3>&-\n"
-        "  while [ ! -e ${0%/*}/$6 ]; do sleep 0.02; done\n"
-        "  echo worked: $6; [ $6 != fail ] ;;\n"
+        "  while [ ! -e ${0%/*}/$unit ]; do sleep 0.02; done\n"
+        "  echo worked: $unit; [ $unit != fail ] ;;\n"
         "show) echo 'Model qe2'; [ $3 = /PSU#98 ] && exec sleep 60; [ $3 != /PSU#99 ] ;;\n"
         "*) echo asked: $1 $3 ;;\n"
         "esac\n");
@@ -41,17 +32,19 @@ void PlayTest::write(const std::string &name, const std::string &text) const {
   std::ofstream(scratch_ / name.c_str()) << text;
 }
 
-std::vector<play::Step> PlayTest::read(const std::string &text, const play::Values &values) {
+std::vector<play::Step> PlayTest::read(const std::string &text, const play::Values &values) const {
   write("walk.play", text);
-  return play::read_plan(scratch_ / "walk.play", values, checks());
+  return play::read_plan(scratch_ / "walk.play", values, {"pull", "show"});
 }
 
 std::string PlayTest::play(const std::string &text) {
   const auto steps = read(text);
   std::ostringstream out;
   play::Transcript transcript(out);
-  play::Stage stage(path("spbox"), scratch_ / "box", -1);
-  play::Player(stage, transcript, picture_, -1).play(steps);
+  play::Narrator narrator(transcript, picture_);
+  play::Box box(path("spbox"), scratch_ / "box", -1);
+  play::Stage stage(box, narrator, -1);
+  play::play_steps(stage, steps);
   return without_folder(out.str());
 }
 
@@ -69,10 +62,10 @@ std::string PlayTest::reason_of(const std::string &text) {
   return error.substr(0, error.find('\n'));
 }
 
-std::string PlayTest::wrong_with(const std::string &text, const play::Values &values) {
+std::string PlayTest::wrong_with(const std::string &text, const play::Values &values) const {
   try {
     read(text, values);
-  } catch (const play::ScriptError &error) {
+  } catch (const script::Error &error) {
     return without_folder(error.what());
   }
   return "nothing";

@@ -1,6 +1,6 @@
 // A play in a folder of its own: scripts, a box where one is asked for, and a spbox that needs no root of its own for a
-// command. A technician who is asked to be "mute" is never ready, and one who comes "late" gives up; /PSU#98 takes a
-// minute to be shown, and /PSU#99 is none.
+// command. A technician is never ready for the unit /mute, and gives up at /late; /PSU#98 takes a minute to be shown,
+// and /PSU#99 is none.
 #pragma once
 
 #include <gtest/gtest.h>
@@ -21,7 +21,7 @@ class PlayTest : public testing::Test {
 
   void write(const std::string &name, const std::string &text) const;
 
-  // Plays a script, "walk.play" by name, and returns what is printed. Throws play::Failure and play::ScriptError.
+  // Plays a script, "walk.play" by name, and returns what is printed. Throws play::Failure and script::Error.
   std::string play(const std::string &text);
 
   // What the exception says that such a play throws: "no error" without one.
@@ -30,8 +30,8 @@ class PlayTest : public testing::Test {
   std::string reason_of(const std::string &text);
 
   // What is wrong with a script, before it is played; its name is without the folder.
-  std::string wrong_with(const std::string &text, const play::Values &values = {});
-  std::vector<play::Step> read(const std::string &text, const play::Values &values = {});
+  std::string wrong_with(const std::string &text, const play::Values &values = {}) const;
+  std::vector<play::Step> read(const std::string &text, const play::Values &values = {}) const;
 
   void make_box(const std::string &model) const;  // a real one, in the place of the play
   box::Place place() const { return box::Place(scratch_ / "box"); }

@@ -21,22 +21,24 @@ constexpr Row kRows[] = {
     {"an unknown model", "box qz", "there is no model \"qz\"; the models are qa, qb1, qb2, qe1, qe2 or qe3"},
     {"a terminal without a row", "terminal 0 80", "a terminal has at least one row and one column"},
     {"and a size that a person could see", "terminal 24 8000",
-     "\"8000\" is no number of columns: a number from 0 to 500"},
-    {"an exit status that is no number", "exit soon", "\"soon\" is no exit status: a number from 0 to 255"},
-    {"an exit status of more than one byte", "exit 256", "\"256\" is no exit status: a number from 0 to 255"},
+     "\"8000\" is not a number of columns: a number from 0 to 500"},
+    {"an exit status that is no number", "exit soon", "\"soon\" is not an exit status: a number from 0 to 255"},
+    {"an exit status of more than one byte", "exit 256", "\"256\" is not an exit status: a number from 0 to 255"},
     {"an unknown signal", "dies OFTEN", "there is no signal \"OFTEN\"; give a name such as TERM, or a number"},
     {"signal 0", "signal 0", "there is no signal \"0\"; give a name such as TERM, or a number"},
-    {"an unknown step of a technician", "hands \"juggle /PSU#3\"", "nobody can juggle"},
+    {"an unknown step of a technician", "hands \"juggle /PSU#3\"",
+     "step 1: `juggle /PSU#3`: there is no step \"juggle\"; there are after, when led, when flag, when detached, when "
+     "mode, when trace, when text, pull, insert, fault, degrade, repair and flicker"},
     {"an unknown verb of spbox", "spbox paint /PSU#3",
-     "\"paint\" is no verb that works on a box; those are pull, show"},
+     "\"paint\" is not a verb that works on a box; those are pull, show"},
     {"another word than not before the text", "says never \"this\"", R"(write it as: says "text", or says not "text")"},
     {"an empty text to be said", "says \"\"", "the text is empty"},
     {"a blank text not to be said", "says not \" \"", "the text is empty"},
     {"no unit after but", "in_order but", "write it as: in_order but /PSU#3"},
     {"a unit without but", "in_order /PSU#3", "write it as: in_order but /PSU#3"},
     {"patience that is no number", "patience long",
-     "\"long\" is no number of seconds from 0 to 86400; write 3, or 0.5"},
-    {"a negative pause", "pause -1", "\"-1\" is no number of seconds from 0 to 86400; write 3, or 0.5"},
+     "\"long\" is not a number of seconds from 0 to 86400; write 3 or 0.5"},
+    {"a negative pause", "pause -1", "\"-1\" is not a number of seconds from 0 to 86400; write 3 or 0.5"},
     {"a blank text to wait for", "wait \" \"", "the text is empty"},
     {"a value whose name begins with a digit", "play inner.play 3=4", "\"3=4\" gives no value: write NAME=VALUE"},
     {"a name has a value", "say \"$WHO\"", "nobody gave $WHO a value; $$ is a dollar"},
@@ -90,16 +92,15 @@ TEST_F(PlanTest, GivesAScriptTheValuesOfItsStepAndNoOthers) {
 }
 
 TEST_F(PlanTest, NamesTheScriptThatIsNotThereAndWhoWantedIt) {
-  EXPECT_EQ(wrong_with("play nowhere.play"),
-            "nowhere.play: No such file or directory. Name a script that can be read.\n  played from walk.play:1");
+  EXPECT_EQ(wrong_with("play nowhere.play"), "nowhere.play: there is no such file\n  played from walk.play:1");
   std::filesystem::create_directory(path("folder"));
-  EXPECT_EQ(wrong_with("play folder"),
-            "folder: it is a folder. Name a script that can be read.\n  played from walk.play:1");
+  EXPECT_EQ(wrong_with("play folder"), "folder: this is a folder, not a file\n  played from walk.play:1");
 }
 
 TEST_F(PlanTest, NamesWhoPlaysAScriptThatCannotBeRead) {
   write("inner.play", "say \"open\n");
-  EXPECT_EQ(wrong_with("play inner.play"), "inner.play:1: the closing \" is missing\n  played from walk.play:1");
+  EXPECT_EQ(wrong_with("play inner.play"),
+            "inner.play:1: `say \"open`: the closing \" is missing\n  played from walk.play:1");
 }
 
 TEST_F(PlanTest, AScriptThatPlaysItselfIsAnError) {

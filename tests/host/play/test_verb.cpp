@@ -9,7 +9,7 @@
 
 #include "host/box/number.h"
 #include "host/box/place.h"
-#include "host/play/steps.h"
+#include "host/play/step.h"
 #include "host/terminal/helper.h"
 #include "tests/eventually.h"
 #include "tests/host/box/scratch.h"
@@ -142,13 +142,19 @@ TEST_F(PlayVerb, RefusesWhatMakesNoSenseBeforeTheFirstStep) {
       {"a verb that does not work on a box",
        "box qe2\nspbox run ls\n",
        {},
-       "\"run\" is no verb that works on a box; those are "},
-      {"a technician's step", "box qe2\nhands \"juggle\"\n", {}, "step 1, `juggle`: there is no such step."},
+       "\"run\" is not a verb that works on a box; those are "},
+      {"a technician's step",
+       "box qe2\nhands \"juggle\"\n",
+       {},
+       "step 1: `juggle`: there is no step \"juggle\"; there are after,"},
       {"a script without a box",
        "say \"begun\"\n",
        {},
        "walk.play makes no box. Write `box qe1`, for example, or give one"},
-      {"a folder that is no box", "say \"begun\"\n", {"--box", "boxes"}, "boxes is no box, and walk.play makes none."},
+      {"a folder that is no box",
+       "say \"begun\"\n",
+       {"--box", "boxes"},
+       "boxes is not a box, and walk.play makes none."},
       {"a picture of a play without screens",
        "box qe2\n",
        {"--picture", "walk.svg"},
@@ -163,12 +169,31 @@ TEST_F(PlayVerb, RefusesWhatMakesNoSenseBeforeTheFirstStep) {
     EXPECT_EQ(done.output.find("begun"), done.output.find("`say \"begun") == std::string::npos ? std::string::npos : 0)
         << row.says << ": " << done.output;
   }
-  EXPECT_EQ(run_to_end(command({"nowhere.play"})).output,
-            "nowhere.play: No such file or directory. Name a script that can be read.\n");
+  EXPECT_EQ(run_to_end(command({"nowhere.play"})).output, "nowhere.play: there is no such file\n");
 }
 
 TEST_F(PlayVerb, GivesTheScriptValues) {
   expect_done("box qe2\nspbox show $UNIT\nsays \"/PSU#4\"\n", {"UNIT=/PSU#4"});
+}
+
+// A command lies beside the script that starts it, also where that is played by another one, and else where spbox is run.
+TEST_F(PlayVerb, StartsCommandsThatLieBesideTheScript) {
+  const auto add_command = [&](const char *path, const std::string &says) {
+    write(path, "#!/bin/sh\necho " + says + "\n");
+    chmod((scratch_ / path).c_str(), 0755);
+  };
+  fs::create_directories(scratch_ / "plays/parts");
+  add_command("plays/greet", "from plays");
+  add_command("plays/parts/greet", "from parts");
+  add_command("greet", "from here");
+  add_command("alone", "alone");
+  write("plays/parts/part.play", "start ./greet\nwait \"from parts\"\nexit 0\n");
+  write("plays/all.play",
+        "box qe2\nstart ./greet\nwait \"from plays\"\nexit 0\nplay parts/part.play\n"
+        "start parts/greet\nwait \"from parts\"\nexit 0\nstart ./alone\nwait \"alone\"\nexit 0\n");
+  const auto done = run_to_end(command({"plays/all.play"}));
+  EXPECT_EQ(done.exit_status, 0) << done.output;
+  EXPECT_NE(done.output.find("The operator starts: ./greet\n"), std::string::npos) << done.output;
 }
 
 TEST_F(PlayVerb, SignalsTheCommandAndNotSpbox) {
@@ -214,6 +239,21 @@ TEST_F(PlayVerb, SaysThatTheTranscriptCannotBeWritten) {
   EXPECT_EQ(done.output, "spbox: the transcript boxes cannot be written: Is a directory\n");
 }
 
+TEST_F(PlayVerb, SaysThatThePictureCannotBeWrittenBeforeTheFirstStep) {
+  const auto done = play("box qe2\nstart true\nexit 0\nscreen \"begun\"\n", {"--picture", "no/such/folder.svg"});
+  EXPECT_EQ(done.exit_status, 1);
+  EXPECT_EQ(done.output, "spbox: the picture no/such/folder.svg cannot be written: No such file or directory\n");
+}
+
+TEST_F(PlayVerb, LeavesThePictureOfAnEarlierPlayWhereAStepFails) {
+  const std::string script = "box qe2\nstart true\nexit 1\nscreen \"the end\"\n";
+  write("kept.svg", "kept");
+  EXPECT_EQ(play(script, {"--picture", "kept.svg"}).exit_status, 1);
+  EXPECT_EQ(text_of("kept.svg"), "kept");
+  EXPECT_EQ(play(script, {"--picture", "new.svg"}).exit_status, 1);
+  EXPECT_FALSE(fs::exists(scratch_ / "new.svg"));
+}
+
 TEST_F(PlayVerb, DrawsTheSamePictureOfTheSamePlay) {
   const std::string script =
       "box qe2\nstart sh -c \"echo 'a < b'; read x\"\nwait \"a < b\"\nscreen \"a & b\"\ntype \"1\\n\"\nexit 0\n"
@@ -227,8 +267,8 @@ TEST_F(PlayVerb, DrawsTheSamePictureOfTheSamePlay) {
 TEST_F(PlayVerb, HelpHasEveryStep) {
   const auto help = run_to_end({SPBOX, "play", "--help"});
   EXPECT_EQ(help.exit_status, 0);
-  for (const auto &form : play::step_forms()) {
-    EXPECT_NE(help.output.find("  " + std::string(form.written)), std::string::npos) << form.written;
+  for (const auto &row : play::step_rows()) {
+    EXPECT_NE(help.output.find("  " + std::string(row.written)), std::string::npos) << row.written;
   }
   std::istringstream lines(help.output);
   for (std::string line; std::getline(lines, line);) EXPECT_LE(line.size(), 80U) << line;

@@ -1,9 +1,10 @@
-#include "host/play/in_order.h"
+#include "host/play/leftovers.h"
 
 #include <sys/stat.h>
 #include <unistd.h>
 
 #include <algorithm>
+#include <chrono>
 #include <fstream>
 #include <stdexcept>
 
@@ -67,7 +68,7 @@ std::string text_of(const terminal::Mode &mode) {
          (mode.interrupt ? "on" : "off");
 }
 
-Sentences terminal_not_in_order(const terminal::Terminal &terminal, const Before &before) {
+Sentences left_at_terminal(const terminal::Terminal &terminal, const Before &before) {
   if (terminal.hung_up() || terminal.mode() == before.mode) return {};
   return {"the terminal has another mode than before: " + text_of(terminal.mode())};
 }
@@ -133,7 +134,7 @@ std::set<fs::path> files_in_tmp(const box::Place &place) {
   return files;
 }
 
-Sentences hardware_not_in_order(const box::Place &place, const Sentences &detached) {
+Sentences left_in_hardware(const box::Place &place, const Sentences &detached) {
   Sentences sentences, missing;
   for (const auto &unit : detached) missing.push_back(location(unit));
   for (const box::SettingValue &row : box::Hardware(place).settings()) {
@@ -149,7 +150,7 @@ Sentences locked_databases(const box::Place &place) {
   Sentences sentences;
   for (std::uint32_t id = 0; id < box::kDatabaseCount; ++id) {
     box::Database database(place.database(id));
-    if (!database.lock()) {
+    if (!database.lock(std::chrono::milliseconds(0))) {
       sentences.push_back("database " + std::to_string(id) + " is locked");
     } else if (!database.unlock()) {
       sentences.push_back("database " + std::to_string(id) + " cannot be written");
@@ -162,10 +163,10 @@ Before before_command(const box::Place &place, const terminal::Terminal &termina
   return {terminal.mode(), files_in_tmp(place), processes_of(place)};
 }
 
-Sentences not_in_order(const box::Place &place, const terminal::Terminal &terminal, const Before &before,
-                       const Sentences &detached) {
-  Sentences sentences = hardware_not_in_order(place, detached);
-  add(sentences, terminal_not_in_order(terminal, before));
+Sentences leftovers(const box::Place &place, const terminal::Terminal &terminal, const Before &before,
+                    const Sentences &detached) {
+  Sentences sentences = left_in_hardware(place, detached);
+  add(sentences, left_at_terminal(terminal, before));
   add(sentences, processes_left(place, terminal, before));
   add(sentences, files_left(place, before));
   add(sentences, locked_databases(place));

@@ -1,4 +1,4 @@
-// What a command owes at its end, and what of it is still open.
+// What a command leaves behind that it should have taken back or ended.
 #pragma once
 
 #include <sys/types.h>
@@ -24,13 +24,13 @@ struct Before {
 
 Before before_command(const box::Place &place, const terminal::Terminal &terminal);
 
-// A sentence for each thing that is not in order, such as "the LED of /PSU#3 blinks". The units in `detached`, and no others,
-// have to be detached. Throws where the box cannot be read.
-std::vector<std::string> not_in_order(const box::Place &place, const terminal::Terminal &terminal, const Before &before,
-                                      const std::vector<std::string> &detached);
+// A sentence for each leftover, such as "the LED of /PSU#3 blinks". The units in `detached`, and no others, have to be
+// detached. Waits for nothing. Throws where the box cannot be read.
+std::vector<std::string> leftovers(const box::Place &place, const terminal::Terminal &terminal, const Before &before,
+                                   const std::vector<std::string> &detached);
 
 // Its parts.
-std::vector<std::string> hardware_not_in_order(const box::Place &place, const std::vector<std::string> &detached);
+std::vector<std::string> left_in_hardware(const box::Place &place, const std::vector<std::string> &detached);
 std::vector<std::string> locked_databases(const box::Place &place);
 std::set<std::filesystem::path> files_in_tmp(const box::Place &place);  // those that are not empty
 

@@ -1,18 +1,23 @@
 #include <gtest/gtest.h>
 
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <chrono>
+#include <csignal>
 #include <fstream>
 
 #include "host/box/database.h"
-#include "host/play/in_order.h"
+#include "host/play/leftovers.h"
 #include "tests/host/play/play_test.h"
 
 namespace {
 
 using Sentences = std::vector<std::string>;
 
-class InOrderTest : public PlayTest {
+class LeftoversTest : public PlayTest {
  protected:
-  InOrderTest() { make_box("qe2"); }
+  LeftoversTest() { make_box("qe2"); }
 
   // What a play finds that ends with in_order: the lines between the first one and the screen.
   std::string found_after(const std::string &text, const std::string &in_order = "in_order\n") {
@@ -45,41 +50,40 @@ const Row kRows[] = {
     {"a unit is out of operation", "detached /PSU#3", "yes", {"/PSU#3 is detached"}},
 };
 
-TEST_F(InOrderTest, NamesEverySettingThatACommandHasToTakeBack) {
-  EXPECT_EQ(play::hardware_not_in_order(place(), {}), Sentences{});
+TEST_F(LeftoversTest, NamesEverySettingThatACommandHasToTakeBack) {
+  EXPECT_EQ(play::left_in_hardware(place(), {}), Sentences{});
   for (const Row &row : kRows) {
     box::Hardware hardware(place());
     const auto before = hardware.all();
     hardware.set(row.key, row.value);
-    EXPECT_EQ(play::hardware_not_in_order(place(), {}), row.found) << row.says;
+    EXPECT_EQ(play::left_in_hardware(place(), {}), row.found) << row.says;
     hardware.set_all(before);
     hardware.clear(before.contains(row.key) ? "none" : row.key);
   }
 }
 
-TEST_F(InOrderTest, WantsTheNamedUnitsDetached) {
+TEST_F(LeftoversTest, WantsTheNamedUnitsDetached) {
   box::Hardware hardware(place());
   hardware.set_detached("/PSU#3", true);
   hardware.set_detached("/PSU#4", true);
   hardware.set_led("/PSU#3", "on");
-  EXPECT_EQ(play::hardware_not_in_order(place(), {"PSU#3", "/PSU#4"}), Sentences{"the LED of /PSU#3 is on"});
-  EXPECT_EQ(play::hardware_not_in_order(place(), {"/PSU#4"}),
-            (Sentences{"/PSU#3 is detached", "the LED of /PSU#3 is on"}));
+  EXPECT_EQ(play::left_in_hardware(place(), {"PSU#3", "/PSU#4"}), Sentences{"the LED of /PSU#3 is on"});
+  EXPECT_EQ(play::left_in_hardware(place(), {"/PSU#4"}), (Sentences{"/PSU#3 is detached", "the LED of /PSU#3 is on"}));
   hardware.set_detached("/PSU#3", false);
-  EXPECT_EQ(play::hardware_not_in_order(place(), {"PSU#3", "/PSU#4"}),
+  EXPECT_EQ(play::left_in_hardware(place(), {"PSU#3", "/PSU#4"}),
             (Sentences{"the LED of /PSU#3 is on", "/PSU#3 is not detached"}));
 }
 
-TEST_F(InOrderTest, NamesAUnitThatTheBoxDoesNotHave) {
+TEST_F(LeftoversTest, NamesAUnitThatTheBoxDoesNotHave) {
   EXPECT_EQ(reason_of("start true\nexit 0\nin_order but PSU#99\n"),
             "walk.play:3: `in_order but PSU#99`: a server of model qe2 has no unit /PSU#99");
 }
 
-TEST_F(InOrderTest, WaitsAsLongAsItsPatienceForWhatDiesWithTheCommand) {
+TEST_F(LeftoversTest, WaitsAsLongAsItsPatienceForWhatDiesWithTheCommand) {
   EXPECT_EQ(found_after("start sh -c \"sleep 1.5 & exit 0\"\nexit 0\n"), "");
 }
 
-TEST_F(InOrderTest, NamesALockedDatabase) {
+TEST_F(LeftoversTest, NamesALockedDatabase) {
   box::Database current(place().database(2));
   ASSERT_TRUE(current.lock());
   EXPECT_EQ(play::locked_databases(place()), Sentences{"database 2 is locked"});
@@ -87,28 +91,70 @@ TEST_F(InOrderTest, NamesALockedDatabase) {
   EXPECT_EQ(play::locked_databases(place()), Sentences{});
 }
 
-TEST_F(InOrderTest, IsContentWithACommandThatLeavesNothing) {
+// Holds the locks of all databases until it is gone.
+class Locker {
+ public:
+  explicit Locker(const box::Place &place) {
+    std::array<int, 2> ready{};
+    if (pipe(ready.data()) != 0) throw std::runtime_error("no pipe");
+    process_ = fork();
+    if (process_ == 0) {
+      std::vector<std::unique_ptr<box::Database>> databases;
+      for (std::uint32_t id = 0; id < 6; ++id) {
+        databases.push_back(std::make_unique<box::Database>(place.database(id)));
+        if (!databases.back()->lock()) _exit(1);
+      }
+      if (write(ready[1], ".", 1) != 1) _exit(1);
+      for (;;) pause();
+    }
+    char byte = 0;
+    close(ready[1]);
+    const bool is_ready = read(ready[0], &byte, 1) == 1;
+    close(ready[0]);
+    if (!is_ready) throw std::runtime_error("no locks");
+  }
+  ~Locker() {
+    kill(process_, SIGKILL);
+    waitpid(process_, nullptr, 0);
+  }
+  Locker(const Locker &) = delete;
+  Locker &operator=(const Locker &) = delete;
+
+ private:
+  pid_t process_;
+};
+
+TEST_F(LeftoversTest, NamesLockedDatabasesWithoutWaitingForTheirLocks) {
+  const Locker locker(place());
+  const auto begin = std::chrono::steady_clock::now();
+  EXPECT_EQ(found_after("start true\nexit 0\n", kNow),
+            "    database 0 is locked\n    database 1 is locked\n    database 2 is locked\n"
+            "    database 3 is locked\n    database 4 is locked\n    database 5 is locked\n");
+  EXPECT_LT(std::chrono::steady_clock::now() - begin, std::chrono::seconds(3)) << "six locks, each for some seconds";
+}
+
+TEST_F(LeftoversTest, IsContentWithACommandThatLeavesNothing) {
   EXPECT_EQ(found_after("start sh -c \"stty -echo; stty echo; : >" + path("box/tmp/empty") + "\"\nexit 0\n"), "");
 }
 
-TEST_F(InOrderTest, NamesTheModeOfTheTerminal) {
+TEST_F(LeftoversTest, NamesTheModeOfTheTerminal) {
   EXPECT_EQ(found_after("start stty -echo -icanon\nexit 0\n", kNow),
             "    the terminal has another mode than before: echo off, lines off, interrupt on\n");
 }
 
-TEST_F(InOrderTest, AsksNothingOfATerminalWhoseLineIsCut) {
+TEST_F(LeftoversTest, AsksNothingOfATerminalWhoseLineIsCut) {
   EXPECT_EQ(
       found_after("start sh -c \"stty -echo; echo up; exec sleep 30\"\nwait \"up\"\nhangup\ndies 1\n").substr(0, 40),
       "");
 }
 
-TEST_F(InOrderTest, NamesTheProcessesOfTheCommand) {
+TEST_F(LeftoversTest, NamesTheProcessesOfTheCommand) {
   EXPECT_EQ(found_after("start sh -c \"" + kLeavesAProcess + "exit 0\"\nexit 0\n", kNow), "    sleep still runs\n");
   write("up", "up\n");
   EXPECT_EQ(found_after("start tail -f " + path("up") + "\nwait \"up\"\n", kNow), "    tail still runs\n");
 }
 
-TEST_F(InOrderTest, NamesTheFilesOfTheCommandAndOfNobodyElse) {
+TEST_F(LeftoversTest, NamesTheFilesOfTheCommandAndOfNobodyElse) {
   std::ofstream(path("box/tmp/mine")) << "there before";
   EXPECT_EQ(
       found_after("start sh -c \"mkdir " + path("box/tmp/a") + "; echo 1 >" + path("box/tmp/a/list") + "\"\nexit 0\n",
@@ -116,7 +162,7 @@ TEST_F(InOrderTest, NamesTheFilesOfTheCommandAndOfNobodyElse) {
       "    the file /tmp/a/list is left\n");
 }
 
-TEST_F(InOrderTest, NamesAllThatIsNotInOrder) {
+TEST_F(LeftoversTest, NamesAllThatIsNotInOrder) {
   box::Hardware(place()).set_led("/PSU#3", "blink");
   EXPECT_EQ(
       found_after("start sh -c \"" + kLeavesAProcess + "stty -echo; echo 1 >" + path("box/tmp/list") + "\"\nexit 0\n",
@@ -128,10 +174,10 @@ TEST_F(InOrderTest, NamesAllThatIsNotInOrder) {
       "    the file /tmp/list is left\n");
 }
 
-TEST_F(InOrderTest, DoesNotTakeATechnicianForTheCommand) {
-  EXPECT_EQ(
-      error_of("start true\nexit 0\nhands \"tomorrow\"\nin_order\nstart touch " + path("tomorrow") + "\nexit 0\n"),
-      "no error");
+TEST_F(LeftoversTest, DoesNotTakeATechnicianForTheCommand) {
+  EXPECT_EQ(error_of("start true\nexit 0\nhands \"pull /tomorrow\"\nin_order\nstart touch " + path("tomorrow") +
+                     "\nexit 0\n"),
+            "no error");
 }
 
 }  // namespace

@@ -1,0 +1,43 @@
+// The box on which a play is played: one that is there, or a new one, which goes with the play unless it was asked for.
+#pragma once
+
+#include <chrono>
+#include <filesystem>
+#include <string>
+#include <vector>
+
+#include "host/box/place.h"
+#include "host/terminal/helper.h"
+
+namespace play {
+
+class Box {
+ public:
+  // `spbox` is the program. Where no folder is named, the box gets one of its own, which is removed at the end.
+  Box(std::string spbox, const std::filesystem::path &folder, int alarm);
+  ~Box();  // Ends what is left in a box that goes.
+  Box(const Box &) = delete;
+  Box &operator=(const Box &) = delete;
+
+  // Makes the box; where there is one already, it must be of this model. Throws.
+  void make(const std::string &model, std::chrono::milliseconds patience);
+
+  // spbox VERB BOX WORDS...
+  terminal::Helper spbox(std::vector<std::string> words) const;
+  std::vector<std::string> command_in_box(const std::vector<std::string> &command) const;  // spbox run BOX -- COMMAND
+
+  // A text without the name of a folder that is gone after the play, and another one each time.
+  std::string without_folder(std::string text) const;
+
+  box::Place place() const { return box::Place(box_); }
+  bool exists() const;
+
+ private:
+  void remove() const;
+
+  std::string spbox_;
+  std::filesystem::path temporary_, box_;
+  int alarm_;
+};
+
+}  // namespace play

@@ -1,0 +1,30 @@
+#include "host/play/narrator.h"
+
+#include "host/play/text.h"
+
+namespace play {
+
+void Narrator::happens(const std::string &sentence) {
+  remarks(sentence);
+  picture_.note(sentence);
+}
+
+void Narrator::remarks(const std::string &sentence) {
+  transcript_.print(sentence + "\n\n");
+}
+
+void Narrator::happens(const std::string &sentence, const std::string &output) {
+  remarks(sentence, output);
+  picture_.note(sentence);
+}
+
+void Narrator::remarks(const std::string &sentence, const std::string &output) {
+  transcript_.print(sentence + "\n" + indented(output) + "\n");
+}
+
+void Narrator::shows(const std::string &caption, const std::vector<std::string> &rows, terminal::Size size) {
+  transcript_.print(framed(rows, caption) + "\n");
+  picture_.add(caption, rows, size);
+}
+
+}  // namespace play

@@ -1,0 +1,82 @@
+#include "host/play/operator.h"
+
+#include <stdexcept>
+
+namespace play {
+namespace {
+
+using std::chrono::milliseconds;
+using std::chrono::steady_clock;
+
+constexpr milliseconds kLookAgain{20};
+constexpr milliseconds kToEnd{3000};  // for a command whose line was cut at the play's end
+
+}  // namespace
+
+Operator::~Operator() {
+  try {
+    if (terminal_) terminal_->end(kToEnd);
+  } catch (const std::exception &) {
+    // The terminal kills what is left.
+  }
+}
+
+void Operator::take_terminal(terminal::Size size) {
+  if (terminal_ && terminal_->runs()) {
+    throw std::runtime_error("a command runs on the terminal: wait for its end first");
+  }
+  size_ = size;
+  terminal_.reset();
+  before_.reset();
+}
+
+terminal::Terminal &Operator::at_terminal() {
+  if (!terminal_) terminal_.emplace(size_, alarm_);
+  return *terminal_;
+}
+
+void Operator::start(const box::Place &place, const std::vector<std::string> &command) {
+  if (terminal_ && terminal_->runs()) throw std::runtime_error("the command before still runs");
+  if (terminal_ && terminal_->hung_up()) terminal_.reset();
+  before_ = before_command(place, at_terminal());
+  terminal_->start(command);
+}
+
+terminal::Terminal &Operator::terminal() {
+  if (!terminal_ || !before_) throw std::runtime_error("no command was started on the terminal");
+  return *terminal_;
+}
+
+terminal::Terminal &Operator::line() {
+  if (terminal().hung_up()) throw std::runtime_error("the operator's line was cut");
+  return *terminal_;
+}
+
+void Operator::watch(milliseconds time) {
+  at_terminal().watch(time);
+}
+
+// `spbox run` and bwrap come before the command, and for a moment the command is spbox still.
+std::optional<pid_t> Operator::command_in_box() const {
+  for (const auto &process : terminal_->processes()) {
+    if (process.name == "bwrap" || process.name == "spbox") continue;
+    if (program_of(process.parent) == "bwrap") return process.pid;
+  }
+  return {};
+}
+
+std::optional<pid_t> Operator::wait_for_command_in_box(milliseconds patience) {
+  const auto deadline = steady_clock::now() + patience;
+  auto command = command_in_box();
+  for (; !command && terminal_->runs() && steady_clock::now() < deadline; command = command_in_box()) {
+    terminal_->watch(kLookAgain);
+  }
+  return command;
+}
+
+std::optional<std::vector<std::string>> Operator::screen() {
+  if (!terminal_) return {};
+  return terminal_->screen();
+}
+
+}  // namespace play

@@ -1,0 +1,53 @@
+// The operator of a play: a terminal, and the command that runs on it.
+#pragma once
+
+#include <sys/types.h>
+
+#include <chrono>
+#include <optional>
+#include <string_view>
+
+#include "host/play/leftovers.h"
+#include "host/terminal/terminal.h"
+
+namespace play {
+
+class Operator {
+ public:
+  explicit Operator(int alarm) : alarm_(alarm) {}
+  ~Operator();  // Cuts the line of a command that still runs and, when it does not end by itself, kills it.
+  Operator(const Operator &) = delete;
+  Operator &operator=(const Operator &) = delete;
+
+  // Takes another terminal for the next command. Throws while a command runs.
+  void take_terminal(terminal::Size size);
+  terminal::Size size() const { return size_; }
+
+  // Starts a command, by the words with which a box runs it. Throws while one runs.
+  void start(const box::Place &place, const std::vector<std::string> &command);
+
+  // The terminal, after a command was started on it; and whose line is not cut. Both throw where it is not so.
+  terminal::Terminal &terminal();
+  terminal::Terminal &line();
+  const Before &before() const { return before_.value(); }  // the last command; only with a terminal
+
+  // Sits there, whatever the command does.
+  void watch(std::chrono::milliseconds time);
+
+  // The command in the box, without the programs that put it there. Gives up when the command ends.
+  std::optional<pid_t> wait_for_command_in_box(std::chrono::milliseconds patience);
+
+  // What stands on the screen; nothing before the first command.
+  std::optional<std::vector<std::string>> screen();
+
+ private:
+  terminal::Terminal &at_terminal();
+  std::optional<pid_t> command_in_box() const;
+
+  int alarm_;
+  terminal::Size size_;
+  std::optional<terminal::Terminal> terminal_;
+  std::optional<Before> before_;
+};
+
+}  // namespace play

@@ -1,0 +1,98 @@
+#include "host/play/performance.h"
+
+#include <array>
+#include <cerrno>
+#include <fstream>
+#include <system_error>
+#include <utility>
+
+#include "host/box/contents.h"
+#include "host/play/player.h"
+
+namespace play {
+namespace {
+
+namespace fs = std::filesystem;
+
+// A file that can be written, before the play; what is in it stays until the picture is finished.
+class PictureFile {
+ public:
+  explicit PictureFile(const fs::path &path) : path_(path) {
+    if (path_.empty()) return;
+    is_new_ = !fs::exists(path_);
+    if (!std::ofstream(path_, std::ios::binary | std::ios::app)) cannot_write();
+  }
+  ~PictureFile() {
+    std::error_code ignored;
+    if (is_new_) fs::remove(path_, ignored);
+  }
+  PictureFile(const PictureFile &) = delete;
+  PictureFile &operator=(const PictureFile &) = delete;
+
+  void write(const Picture &picture) {
+    if (path_.empty()) return;
+    std::ofstream file(path_, std::ios::binary | std::ios::trunc);
+    if (!(file << picture.svg() << std::flush)) cannot_write();
+    is_new_ = false;
+  }
+
+ private:
+  [[noreturn]] void cannot_write() const {
+    throw std::system_error(errno, std::generic_category(), "the picture " + path_.string() + " cannot be written");
+  }
+
+  fs::path path_;
+  bool is_new_ = false;
+};
+
+// What the library recorded and the log, however the play ended.
+void keep_books(const Box &box, Transcript &transcript) {
+  if (!transcript.is_kept() || !box.exists()) return;
+  constexpr std::array<std::pair<const char *, const char *>, 2> kBooks{{{"trace", "The trace"}, {"log", "The log"}}};
+  for (const auto &[verb, heading] : kBooks) {
+    auto book = box.spbox({verb});
+    book.wait();
+    transcript.keep(std::string("==== ") + heading + "\n\n" + book.output() + "\n");
+  }
+}
+
+}  // namespace
+
+std::vector<Step> prepare(const Files &files, const Values &values, const Words &verbs) {
+  auto steps = read_plan(files.script, values, verbs);
+  const auto script = files.script.string();
+  if (!files.picture.empty() && !has_step(steps, "screen")) {
+    throw std::runtime_error(script + " shows no screen to be drawn. Write `screen \"what it shows\"`.");
+  }
+  if (has_step(steps, "box")) return steps;
+  if (files.box.empty()) {
+    throw std::runtime_error(script + " makes no box. Write `box qe1`, for example, or give one with --box.");
+  }
+  if (!box::is_box(box::Place(files.box))) {
+    throw std::runtime_error(files.box.string() + " is not a box, and " + script +
+                             " makes none. Write `box qe1`, for example, or `spbox create` one.");
+  }
+  return steps;
+}
+
+void perform(const std::vector<Step> &steps, const Files &files, const std::string &spbox, std::ostream &out,
+             int alarm) {
+  Transcript transcript(out);
+  if (!files.transcript.empty()) transcript.keep_in(files.transcript);
+  PictureFile picture_file(files.picture);
+  Picture picture;
+  Narrator narrator(transcript, picture);
+  Box box(spbox, files.box, alarm);
+  try {
+    Stage stage(box, narrator, alarm);
+    play_steps(stage, steps);
+  } catch (const Failure &failure) {
+    transcript.keep(std::string(failure.what()) + "\n");
+    keep_books(box, transcript);
+    throw;
+  }
+  keep_books(box, transcript);
+  picture_file.write(picture);
+}
+
+}  // namespace play

@@ -1,0 +1,29 @@
+// A whole play: its script is read, its box and its files are made, its steps are played, its books are kept.
+#pragma once
+
+#include <filesystem>
+#include <iosfwd>
+#include <string>
+#include <vector>
+
+#include "host/play/plan.h"
+
+namespace play {
+
+struct Files {
+  std::filesystem::path script;
+  std::filesystem::path box;         // empty: one that is gone after the play
+  std::filesystem::path transcript;  // empty: none
+  std::filesystem::path picture;     // empty: none
+};
+
+// Reads the script and those that it plays. Throws std::runtime_error where they make no sense with these files, and
+// nothing was done yet.
+std::vector<Step> prepare(const Files &files, const Values &values, const Words &verbs);
+
+// Plays, and tells of it on `out`. `spbox` is the program. Throws Failure where a step fails, terminal::Interrupted when
+// the alarm rings, and std::runtime_error where one of the files cannot be written.
+void perform(const std::vector<Step> &steps, const Files &files, const std::string &spbox, std::ostream &out,
+             int alarm);
+
+}  // namespace play

@@ -1,0 +1,25 @@
+#include "host/play/step.h"
+
+namespace play {
+
+std::span<const StepRow> step_rows() {
+  static const std::vector<StepRow> all = [] {
+    std::vector<StepRow> rows;
+    for (const auto part :
+         {steps_of_the_play(), steps_of_the_operator(), steps_of_the_technician(), steps_of_the_script()}) {
+      rows.insert(rows.end(), part.begin(), part.end());
+    }
+    return rows;
+  }();
+  return all;
+}
+
+void check_is_text(const std::string &word) {
+  if (word.find_first_not_of(' ') == std::string::npos) throw std::invalid_argument("the text is empty");
+}
+
+std::span<const std::string> units_behind_but(const Words &words) {
+  return std::span(words).subspan(words.empty() ? 0 : 1);
+}
+
+}  // namespace play

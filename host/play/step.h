@@ -1,0 +1,61 @@
+// The steps of a play: a row for each that a script may have, and what a script has of them.
+#pragma once
+
+#include <filesystem>
+#include <span>
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+#include "host/script/form.h"
+
+namespace play {
+
+using script::Words;
+
+struct Stage;
+struct Step;
+
+// How a step is written, what its words have to be, and what it does.
+struct StepRow : script::Form {
+  // Throws std::invalid_argument with what is wrong with the words; `verbs` are those of spbox that work on a box. Null: any
+  // words will do.
+  void (*check)(const Words &words, const Words &verbs);
+
+  // Throws where something else happens than the script says. Null: the reader of scripts replaces the step.
+  void (*perform)(Stage &stage, const Step &step);
+};
+
+struct Step {
+  const StepRow *row;
+  Words words;                   // behind the verb
+  std::string text;              // as it was written
+  std::string place;             // "demo.play:12"
+  std::string via;               // where its script is played from: "\n  played from walk.play:3", or nothing
+  std::filesystem::path folder;  // of its script
+};
+
+// In the order of the help.
+std::span<const StepRow> step_rows();
+
+// These parts of the table stand with what they do.
+std::span<const StepRow> steps_of_the_play();
+std::span<const StepRow> steps_of_the_operator();
+std::span<const StepRow> steps_of_the_technician();
+std::span<const StepRow> steps_of_the_script();
+
+// What words stand for. A text that is none is an std::invalid_argument.
+void check_is_text(const std::string &word);
+std::span<const std::string> units_behind_but(const Words &words);  // in_order but UNIT...
+
+// A step that fails although it is not the one that is played: a technician's, whose work goes on beside the others.
+class StepError : public std::runtime_error {
+ public:
+  StepError(const Step &step, const std::string &reason) : std::runtime_error(reason), step_(&step) {}
+  const Step &step() const { return *step_; }
+
+ private:
+  const Step *step_;
+};
+
+}  // namespace play

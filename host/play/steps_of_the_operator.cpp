@@ -1,0 +1,139 @@
+// What the operator does and sees, and what happens to the command.
+#include <array>
+#include <csignal>
+
+#include "host/box/signal_name.h"
+#include "host/play/stage.h"
+#include "host/play/step.h"
+#include "host/play/text.h"
+#include "host/script/values.h"
+
+namespace play {
+namespace {
+
+namespace fs = std::filesystem;
+using std::chrono::milliseconds;
+
+void check_text(const Words &words, const Words & /*verbs*/) {
+  check_is_text(words[0]);
+}
+
+void check_signal(const Words &words, const Words & /*verbs*/) {
+  if (::box::signal_number(words[0]) != 0) return;
+  throw std::invalid_argument("there is no signal \"" + words[0] + "\"; give a name such as TERM, or a number");
+}
+
+int status_in(const Words &words) {
+  return script::number_in(words[0], 255, "an exit status");
+}
+
+void check_status(const Words &words, const Words & /*verbs*/) {
+  status_in(words);
+}
+
+// A program with a relative path lies beside the script or, where it does not, is sought from the current folder.
+Words command_of(const Step &step) {
+  Words command = step.words;
+  const fs::path program = command[0], beside = step.folder / program;
+  std::error_code error;
+  const bool is_path = command[0].find('/') != std::string::npos && program.is_relative();
+  if (is_path && fs::is_regular_file(beside, error)) command[0] = fs::absolute(beside).string();
+  return command;
+}
+
+void start(Stage &stage, const Step &step) {
+  stage.op.start(stage.box.place(), stage.box.command_in_box(command_of(step)));
+  stage.narrator.happens("The operator starts: " + script::joined(step.words));
+}
+
+// Comes early where the command ends without the text.
+void wait(Stage &stage, const Step &step) {
+  auto &terminal = stage.op.line();
+  if (terminal.wait_for_new(step.words[0], stage.patience)) return;
+  const bool runs = terminal.runs();
+  auto reason =
+      "\"" + step.words[0] + "\" did not come up" + (runs ? " in " + script::seconds_text(stage.patience) : "");
+  if (terminal.shows(step.words[0])) reason += "; what the screen shows of it is older than the last keys";
+  if (!runs) reason += ". The command has ended with " + text(*terminal.wait_for_exit(milliseconds{0}));
+  throw std::runtime_error(reason + ".");
+}
+
+void absent(Stage &stage, const Step &step) {
+  if (stage.op.line().shows(step.words[0])) throw std::runtime_error("the screen shows it.");
+}
+
+void type(Stage &stage, const Step &step) {
+  auto &terminal = stage.op.line();
+  if (!terminal.runs()) throw std::runtime_error("no command runs that would read it.");
+  stage.narrator.happens("The operator types: " + describe_keys(step.words[0]));
+  terminal.type(step.words[0]);
+}
+
+void show_screen(Stage &stage, const Step &step) {
+  stage.narrator.shows(step.words[0], stage.op.terminal().screen(), stage.op.size());
+}
+
+terminal::Ending wait_for_end(Stage &stage) {
+  const auto ending = stage.op.terminal().wait_for_exit(stage.patience);
+  if (ending) return *ending;
+  throw std::runtime_error("the command did not end in " + script::seconds_text(stage.patience) + ".");
+}
+
+std::runtime_error ended_otherwise(const terminal::Ending &ending) {
+  return std::runtime_error("the command ended with " + text(ending) + ".");
+}
+
+void wait_for_exit(Stage &stage, const Step &step) {
+  const terminal::Ending wanted{false, status_in(step.words)};
+  if (const auto ending = wait_for_end(stage); ending != wanted) throw ended_otherwise(ending);
+  stage.narrator.happens("The command ends with " + text(wanted) + ".");
+}
+
+// spbox tells of a command that a signal ended as a shell does; before the command is inside, it dies itself.
+void wait_for_death(Stage &stage, const Step &step) {
+  const int signal = ::box::signal_number(step.words[0]);
+  const terminal::Ending told{false, 128 + signal}, died{true, signal};
+  if (const auto ending = wait_for_end(stage); ending != told && ending != died) throw ended_otherwise(ending);
+  stage.narrator.happens("The command dies of " + ::box::signal_name(signal) + ".");
+}
+
+void send_signal(Stage &stage, const Step &step) {
+  stage.op.terminal();
+  const auto command = stage.op.wait_for_command_in_box(stage.patience);
+  const int number = ::box::signal_number(step.words[0]);
+  if (!command || kill(*command, number) != 0) throw std::runtime_error("no command runs in the box.");
+  stage.narrator.happens("The command gets " + ::box::signal_name(number) + ".");
+}
+
+void hang_up(Stage &stage, const Step & /*step*/) {
+  auto &terminal = stage.op.line();
+  terminal.screen();  // takes in what came before
+  terminal.hang_up();
+  stage.narrator.happens("The operator's line is cut.");
+}
+
+constexpr std::array<StepRow, 9> kRows{{
+    {{"start", 1, script::kAny, "start COMMAND...",
+      "the operator starts a command in the box;\n./COMMAND is in the folder of the script"},
+     nullptr,
+     start},
+    {{"wait", 1, 1, "wait \"text\"",
+      "waits until the text comes on the screen; what\nwas there before the last keys does not count"},
+     check_text,
+     wait},
+    {{"absent", 1, 1, "absent \"text\"", "the text is not on the screen"}, check_text, absent},
+    {{"type", 1, 1, "type \"keys\"", R"("3\n", " ", "\003" for Ctrl-C)"}, nullptr, type},
+    {{"screen", 1, 1, "screen \"caption\"", "prints the screen"}, nullptr, show_screen},
+    {{"exit", 1, 1, "exit STATUS", "waits for the command's end with this status"}, check_status, wait_for_exit},
+    {{"dies", 1, 1, "dies SIGNAL", "waits for its end by this signal: INT, HUP, ..."}, check_signal, wait_for_death},
+    {{"signal", 1, 1, "signal SIGNAL", "sends the command a signal"}, check_signal, send_signal},
+    {{"hangup", 0, 0, "hangup", "the operator's line is cut"}, nullptr, hang_up},
+}};
+
+}  // namespace
+
+std::span<const StepRow> steps_of_the_operator() {
+  return kRows;
+}
+
+}  // namespace play

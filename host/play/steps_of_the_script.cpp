@@ -1,0 +1,78 @@
+// What the script itself judges, how long it waits, and what it says.
+#include <algorithm>
+#include <array>
+
+#include "host/box/contents.h"
+#include "host/play/stage.h"
+#include "host/play/step.h"
+#include "host/play/text.h"
+#include "host/script/values.h"
+
+namespace play {
+namespace {
+
+constexpr std::chrono::milliseconds kLookAgain{20};
+
+void check_in_order(const Words &words, const Words & /*verbs*/) {
+  if (!words.empty() && (words[0] != "but" || words.size() < 2)) {
+    throw std::invalid_argument("write it as: in_order but /PSU#3");
+  }
+}
+
+// What dies with the command dies a moment later.
+void in_order(Stage &stage, const Step &step) {
+  auto &terminal = stage.op.terminal();
+  const auto place = stage.box.place();
+  const auto units = units_behind_but(step.words);
+  const Words detached(units.begin(), units.end());
+  if (!detached.empty()) check_units(::box::model_name(::box::model_of_box(place)), detached);
+  Before before = stage.op.before();
+  for (const auto &technician : stage.technicians.at_work()) before.processes.insert(technician.work.pid());
+  const auto deadline = std::chrono::steady_clock::now() + stage.patience;
+  auto left = leftovers(place, terminal, before, detached);
+  while (!left.empty() && std::chrono::steady_clock::now() < deadline) {
+    terminal.watch(kLookAgain);
+    left = leftovers(place, terminal, before, detached);
+  }
+  if (left.empty()) return stage.narrator.remarks("All is in order.");
+  std::string list;
+  for (const auto &sentence : left) list += sentence + "\n";
+  throw std::runtime_error("not all is in order:\n" + indented(list));
+}
+
+void check_seconds(const Words &words, const Words & /*verbs*/) {
+  script::seconds_in(words[0]);
+}
+
+void be_patient(Stage &stage, const Step &step) {
+  stage.patience = script::seconds_in(step.words[0]);
+}
+
+void pause(Stage &stage, const Step &step) {
+  stage.op.watch(script::seconds_in(step.words[0]));
+}
+
+void say(Stage &stage, const Step &step) {
+  stage.narrator.remarks(step.words[0]);
+}
+
+constexpr std::array<StepRow, 4> kRows{{
+    {{"in_order", 0, script::kAny, "in_order [but UNIT...]",
+      "the command left all as it should: no LED, no\nflag, no maintenance mode, no process, file or\n"
+      "lock; these units detached, and no others"},
+     check_in_order,
+     in_order},
+    {{"patience", 1, 1, "patience SECONDS", "the longest time that the next steps wait; 10\nat first"},
+     check_seconds,
+     be_patient},
+    {{"pause", 1, 1, "pause SECONDS", "nobody does anything"}, check_seconds, pause},
+    {{"say", 1, 1, "say \"text\"", "prints a line of the script's own"}, nullptr, say},
+}};
+
+}  // namespace
+
+std::span<const StepRow> steps_of_the_script() {
+  return kRows;
+}
+
+}  // namespace play

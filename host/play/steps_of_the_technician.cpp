@@ -1,0 +1,81 @@
+// What technicians do beside the operator, and on their own.
+#include <algorithm>
+#include <array>
+
+#include "host/play/stage.h"
+#include "host/play/step.h"
+#include "host/play/text.h"
+#include "host/script/values.h"
+#include "host/technician/step.h"
+
+namespace play {
+namespace {
+
+void check_hands(const Words &words, const Words & /*verbs*/) {
+  technician::read_script(words[0], "");
+}
+
+void send_technician(Stage &stage, const Step &step) {
+  const auto &steps = step.words[0];
+  stage.narrator.remarks("A technician works beside the operator: " + steps);
+  stage.technicians.add(step, stage.box.spbox({"technician", "--ready-fd", "3", "--do", steps}), stage.patience);
+}
+
+void wait_for_hands(Stage &stage, const Step & /*step*/) {
+  wait_for_technicians(stage);
+}
+
+void check_verb(const Words &words, const Words &verbs) {
+  if (std::find(verbs.begin(), verbs.end(), words[0]) != verbs.end()) return;
+  std::string known;
+  for (const auto &verb : verbs) known += (known.empty() ? "" : ", ") + verb;
+  throw std::invalid_argument("\"" + words[0] + "\" is not a verb that works on a box; those are " + known);
+}
+
+void run_spbox(Stage &stage, const Step &step) {
+  auto done = stage.box.spbox(step.words);
+  const auto status = done.wait(stage.patience);
+  stage.said = stage.box.without_folder(done.output());
+  stage.narrator.happens("The technician: spbox " + script::joined(step.words), *stage.said);
+  if (!status) {
+    throw std::runtime_error("it was not done in " + script::seconds_text(stage.patience) + ", and is ended.");
+  }
+  if (*status != 0) {
+    throw std::runtime_error("it ended with " + text(terminal::Ending{false, *status}) + ":\n" + indented(*stage.said));
+  }
+}
+
+void check_says(const Words &words, const Words & /*verbs*/) {
+  if (words.size() == 2 && words[0] != "not")
+    throw std::invalid_argument(R"(write it as: says "text", or says not "text")");
+  check_is_text(words.back());
+}
+
+void says(Stage &stage, const Step &step) {
+  if (!stage.said) throw std::runtime_error("no step `spbox` came before it.");
+  const bool wanted = step.words.size() == 1;
+  if ((stage.said->find(step.words.back()) != std::string::npos) == wanted) return;
+  throw std::runtime_error(std::string("spbox said ") + (wanted ? "something else" : "it") + ":\n" +
+                           indented(*stage.said));
+}
+
+constexpr std::array<StepRow, 4> kRows{{
+    {{"hands", 1, 1, "hands \"steps\"", "a technician works beside the operator from now\non; see `spbox technician`"},
+     check_hands,
+     send_technician},
+    {{"handsdone", 0, 0, "handsdone", "waits until the technicians have done their\nwork, as the end of the play does"},
+     nullptr,
+     wait_for_hands},
+    {{"spbox", 1, script::kAny, "spbox VERB ...", "works on the box, as in `spbox pull /PSU#3`"},
+     check_verb,
+     run_spbox},
+    {{"says", 1, 2, "says [not] \"text\"", "the last `spbox` step printed the text, or did\nnot"}, check_says, says},
+}};
+
+}  // namespace
+
+std::span<const StepRow> steps_of_the_technician() {
+  return kRows;
+}
+
+}  // namespace play

@@ -1,0 +1,190 @@
+#include "host/technician/step.h"
+
+#include <algorithm>
+#include <fstream>
+
+#include "host/box/hardware.h"
+#include "host/box/number.h"
+#include "host/script/values.h"
+#include "host/technician/changes.h"
+#include "host/technician/technician.h"
+
+namespace technician {
+namespace {
+
+using Values = std::vector<std::string_view>;
+
+void check_seconds(const Words &words) {
+  script::seconds_in(words[0]);
+}
+
+void after(Technician &hands, const Step &step) {
+  hands.sleep(script::seconds_in(step.words[0]));
+}
+
+void check_is_one_of(const Values &values, const Words &words) {
+  if (std::find(values.begin(), values.end(), words.back()) != values.end()) return;
+  std::string names;
+  for (const auto &value : values) {
+    names += (names.empty() ? "" : &value == &values.back() ? " or " : ", ") + std::string(value);
+  }
+  throw std::invalid_argument("\"" + words.back() + "\" never comes; wait for " + names);
+}
+
+void check_led(const Words &words) {
+  check_is_one_of({"off", "on", "blink"}, words);
+}
+void check_flag(const Words &words) {
+  check_is_one_of({"start", "end"}, words);
+}
+void check_detached(const Words &words) {
+  check_is_one_of({"yes", "no"}, words);
+}
+void check_mode(const Words &words) {
+  check_is_one_of({"lock", "unlock"}, words);
+}
+
+void look_up_place(const Technician &hands, Words &words) {
+  words[0] = hands.place_with_flag(words[0]);
+}
+void look_up_light(const Technician &hands, Words &words) {
+  words[0] = hands.place_with_led(words[0]);
+}
+void look_up_units(const Technician &hands, Words &words) {
+  for (std::string &unit : words) unit = hands.unit(unit);
+}
+void look_up_unit(const Technician &hands, Words &words) {
+  words[0] = hands.unit(words[0]);
+}
+
+void when_led(Technician &hands, const Step &step) {
+  hands.wait_for(step, [&] { return box::Hardware(hands.place()).led(step.words[0]) == step.words[1]; });
+}
+
+void when_flag(Technician &hands, const Step &step) {
+  const bool wanted = step.words[1] == "start";
+  hands.wait_for(step, [&] { return box::Hardware(hands.place()).flag(step.words[0]) == wanted; });
+}
+
+void when_detached(Technician &hands, const Step &step) {
+  const bool wanted = step.words[1] == "yes";
+  hands.wait_for(step, [&] { return box::Hardware(hands.place()).detached(step.words[0]) == wanted; });
+}
+
+void when_mode(Technician &hands, const Step &step) {
+  const bool wanted = step.words[0] == "lock";
+  hands.wait_for(step, [&] { return box::Hardware(hands.place()).maintenance_mode() == wanted; });
+}
+
+void check_trace(const Words &words) {
+  TraceCondition condition(words);
+}
+
+void when_trace(Technician &hands, const Step &step) {
+  const TraceCondition condition(step.words);
+  hands.wait_for(step, [&] { return hands.trace().has_come(condition); });
+}
+
+// A file that is not there has no text yet.
+void when_text(Technician &hands, const Step &step) {
+  hands.wait_for(step, [&] {
+    std::ifstream file(step.words[0]);
+    return script::text_of(file).find(script::joined(step.words, 1)) != std::string::npos;
+  });
+}
+
+void change(Technician &hands, const Step &step) {
+  const auto *row = std::find_if(kChanges.begin(), kChanges.end(),
+                                 [&](const ChangeRow &known) { return known.verb == step.row->verb; });
+  hands.change(row->change, step.words);
+}
+
+std::uint32_t times_in(const std::string &word) {
+  const auto times = box::number_in<std::uint32_t>(word).value_or(0);
+  if (times == 0) throw std::invalid_argument("\"" + word + "\" is not a number of times");
+  return times;
+}
+
+void check_flicker(const Words &words) {
+  times_in(words[1]);
+  script::seconds_in(words[2]);
+}
+
+void flicker(Technician &hands, const Step &step) {
+  const std::uint32_t times = times_in(step.words[1]);
+  for (std::uint32_t i = 0; i < times; ++i) {
+    if (i > 0) hands.sleep(script::seconds_in(step.words[2]));
+    hands.change(hands.is_installed(step.words[0]) ? box::Change::kPull : box::Change::kInsert, {step.words[0]});
+  }
+}
+
+constexpr StepRow kBeforeChanges[] = {
+    {{"after", 1, 1, "after 3", "Wait three seconds"}, check_seconds, nullptr, after},
+    {{"when led", 2, 2, "when led /PSU#3 blink", "Wait until the LED is off, on or blinks"},
+     check_led,
+     look_up_light,
+     when_led},
+    {{"when flag", 2, 2, "when flag /PSU#3 start",
+      "Wait until the maintenance flag is set;\n`end`: until it is cleared"},
+     check_flag,
+     look_up_place,
+     when_flag},
+    {{"when detached", 2, 2, "when detached /PSU#3 yes",
+      "Wait until the unit is out of operation;\n`no`: until it is in operation"},
+     check_detached,
+     look_up_place,
+     when_detached},
+    {{"when mode", 1, 1, "when mode lock", "Wait until maintenance mode is on;\n`unlock`: until it is off"},
+     check_mode,
+     nullptr,
+     when_mode},
+    {{"when trace", 1, script::kAny, "when trace FUNCTION [EVENT]",
+      "Wait until the library records this event,\nsuch as lmainte_chk_fru_install entry"},
+     check_trace,
+     nullptr,
+     when_trace},
+    {{"when text", 2, script::kAny, "when text FILE TEXT", "Wait until the file contains the text"},
+     nullptr,
+     nullptr,
+     when_text},
+};
+constexpr StepRow kFlicker{{"flicker", 3, 3, "flicker /PSU#3 5 0.5", "Out or in five times, half a second apart"},
+                           check_flicker,
+                           look_up_unit,
+                           flicker};
+
+Step step_of(script::Statement &&statement) {
+  try {
+    const StepRow &row = script::take_row(step_rows(), statement.words);
+    if (row.check != nullptr) row.check(statement.words);
+    return {&row, statement.words, statement.text, statement.place};
+  } catch (const std::invalid_argument &wrong) {
+    throw statement.error(wrong.what());
+  }
+}
+
+}  // namespace
+
+std::span<const StepRow> step_rows() {
+  static const std::vector<StepRow> all = [] {
+    std::vector<StepRow> rows(std::begin(kBeforeChanges), std::end(kBeforeChanges));
+    for (const ChangeRow &row : kChanges) {
+      rows.push_back({{row.verb, 1, script::kAny, row.step, row.help}, nullptr, look_up_units, change});
+    }
+    rows.push_back(kFlicker);
+    return rows;
+  }();
+  return all;
+}
+
+std::vector<Step> read_script(std::string text, const std::string &name) {
+  script::Reader reader(std::move(text), name, {.has_quotes = false, .has_semicolons = true});
+  std::vector<Step> steps;
+  while (auto statement = reader.next()) steps.push_back(step_of(std::move(*statement)));
+  if (steps.empty()) {
+    throw script::Error((name.empty() ? "the script" : name) + " has no step. Write one, such as: pull /PSU#3");
+  }
+  return steps;
+}
+
+}  // namespace technician
