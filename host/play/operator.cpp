@@ -57,21 +57,18 @@ void Operator::watch(milliseconds time) {
 }
 
 // `spbox run` and bwrap come before the command, and for a moment the command is spbox still.
-std::optional<pid_t> Operator::command_in_box() const {
-  for (const auto &process : terminal_->processes()) {
-    if (process.name == "bwrap" || process.name == "spbox") continue;
-    if (program_of(process.parent) == "bwrap") return process.pid;
-  }
-  return {};
-}
-
 std::optional<pid_t> Operator::wait_for_command_in_box(milliseconds patience) {
   const auto deadline = steady_clock::now() + patience;
-  auto command = command_in_box();
-  for (; !command && terminal_->runs() && steady_clock::now() < deadline; command = command_in_box()) {
+  for (;;) {
+    bool is_on_its_way = false;
+    for (const auto &process : terminal_->processes()) {
+      const bool comes_before = process.name == "bwrap" || process.name == "spbox";
+      if (!comes_before && program_of(process.parent) == "bwrap") return process.pid;
+      is_on_its_way |= comes_before;
+    }
+    if (!is_on_its_way || !terminal_->runs() || steady_clock::now() >= deadline) return {};
     terminal_->watch(kLookAgain);
   }
-  return command;
 }
 
 std::optional<std::vector<std::string>> Operator::screen() {

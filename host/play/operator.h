@@ -34,7 +34,7 @@ class Operator {
   // Sits there, whatever the command does.
   void watch(std::chrono::milliseconds time);
 
-  // The command in the box, without the programs that put it there. Gives up when the command ends.
+  // The command in the box, without the programs that put it there. Gives up where none of these is at work.
   std::optional<pid_t> wait_for_command_in_box(std::chrono::milliseconds patience);
 
   // What stands on the screen; nothing before the first command.
@@ -42,7 +42,6 @@ class Operator {
 
  private:
   terminal::Terminal &at_terminal();
-  std::optional<pid_t> command_in_box() const;
 
   int alarm_;
   terminal::Size size_;

@@ -105,8 +105,10 @@ void send_signal(Stage &stage, const Step &step) {
   stage.narrator.happens("The command gets " + ::box::signal_name(number) + ".");
 }
 
+// A command that is not in the box yet would never get there: bwrap needs the terminal.
 void hang_up(Stage &stage, const Step & /*step*/) {
   auto &terminal = stage.op.line();
+  stage.op.wait_for_command_in_box(stage.patience);
   terminal.screen();  // takes in what came before
   terminal.hang_up();
   stage.narrator.happens("The operator's line is cut.");
