@@ -5,6 +5,7 @@
 
 #include "include/lmainte_platform.h"
 #include "src/frame/trace.h"
+#include "trace_events/frame.h"
 
 namespace {
 
@@ -17,9 +18,9 @@ void floor(benchmark::State &state) {
 
 void library(benchmark::State &state) {
   static lmainte::Trace trace;
-  static constexpr lmainte::Block kBlock = lmainte::plain_block(0x002);
+  static constexpr lmainte::Block kBlock = lmainte::block_of<trace_events::Exec>();
   const lmainte::Call call(trace, kBlock);
-  for (auto _ : state) call.point(2, 2, 3);
+  for (auto _ : state) call.point(trace_events::Exec::kProgram, 2, 3);
 }
 
 BENCHMARK(floor)->Name("write one trace record/floor");

@@ -7,7 +7,7 @@
 
 namespace lmainte {
 
-// Which records of a run may be missing without failing the fetch: those of units that are not installed.
+// Which records of a run may be missing: those of units that are not installed. The fetch does not fail for them.
 struct Absence {
   bool (*is_tolerated)(const void *context, int32_t index) = nullptr;
   const void *context = nullptr;
@@ -23,7 +23,7 @@ class AccessTable {
     if (entries_ != nullptr) lmainte_db_free_access_table(entries_);
   }
 
-  // True once the table could be made and every record was read, but for tolerated absences.
+  // True if the table was made and every record was read. Tolerated absences do not count.
   bool fetch(uint32_t db_id, const Absence &absence = {});
 
   // The record of an index, or null where the fetched table has none: the entries stand in the order of their indices.

@@ -8,21 +8,32 @@
 #include "src/db/record_name.h"
 #include "src/db/session_bracket.h"
 #include "src/frame/trace.h"
+#include "trace_events/db.h"
 
 namespace {
 
 using lmainte::Absence;
 using lmainte::Block;
 using lmainte::Call;
+using trace_events::FreeAccessTable;
+using trace_events::GetData;
+using trace_events::MakeAccessTable;
 
 lmainte::Trace trace;
-constexpr Block kGetData = lmainte::plain_block(0x03A);
-constexpr Block kMake = lmainte::plain_block(0x03B);
-constexpr Block kFree = lmainte::plain_block(0x03C);
+constexpr Block kGetData = lmainte::block_of<GetData>();
+constexpr Block kMake = lmainte::block_of<MakeAccessTable>();
+constexpr Block kFree = lmainte::block_of<FreeAccessTable>();
+
+constexpr lmainte::BracketErrors kBracketErrors = {
+    .not_opened = GetData::kNotOpened,
+    .not_locked = GetData::kNotLocked,
+    .not_unlocked = GetData::kNotUnlocked,
+    .not_closed = GetData::kNotClosed,
+};
 
 constexpr int32_t kFailed = -1;
 
-// Reads one record into its entry, which owns whatever buffer the client hands over.
+// Reads one record into its entry. The entry owns the buffer that the client hands over, also after a failure.
 bool read_record(const Call &call, uint32_t db_id, lmainte_access_entry &entry, const Absence &absence) {
   const lmainte::RecordName name(entry.name, entry.index);
   const int32_t expected = entry.size;
@@ -30,20 +41,19 @@ bool read_record(const Call &call, uint32_t db_id, lmainte_access_entry &entry, 
   if (result == LMAINTE_OK && entry.size == expected) return true;
   if (result != LMAINTE_OK && absence.is_tolerated != nullptr && absence.is_tolerated(absence.context, entry.index))
     return true;
-  call.system_error(4, result, entry.index);
-  call.error(5, expected, entry.size);
+  call.system_error(GetData::kNotRead, result, entry.index);
+  call.error(GetData::kOtherSize, expected, entry.size);
   return false;
 }
 
 int32_t get_data(uint32_t db_id, lmainte_access_entry *table, const Absence &absence) {
   Call call(trace, kGetData);
   if (table == nullptr) {
-    call.error(1);
+    call.error(GetData::kNoTable);
     return kFailed;
   }
-  const lmainte::BracketEvents events = {.open = 2, .lock = 3, .unlock = 6, .close = 7};
   const uint32_t db_ids[] = {db_id};
-  lmainte::SessionBracket bracket(call, events, db_ids, lmainte::Hold::kLocked);
+  lmainte::SessionBracket bracket(call, kBracketErrors, db_ids, lmainte::Hold::kLocked);
   const bool good = bracket.run([&] {
     for (lmainte_access_entry *entry = table; entry->index >= 0; ++entry)
       if (!read_record(call, db_id, *entry, absence)) return false;
@@ -65,14 +75,14 @@ bool AccessTable::fetch(uint32_t db_id, const Absence &absence) {
 lmainte_access_entry *lmainte_db_make_access_table(int32_t first, int32_t count, int32_t size, const char *name) {
   Call call(trace, kMake);
   if (first < 0 || count < 1 || size < 1 || name == nullptr) {
-    call.error(1, first, count);
-    call.error(2, size);
+    call.error(MakeAccessTable::kRefused, first, count);
+    call.error(MakeAccessTable::kRefusedSize, size);
     return nullptr;
   }
   const auto records = static_cast<size_t>(count);
   auto *table = static_cast<lmainte_access_entry *>(calloc(records + 1, sizeof(lmainte_access_entry)));
   if (table == nullptr) {
-    call.system_error(3, errno);
+    call.system_error(MakeAccessTable::kNoMemory, errno);
     return nullptr;
   }
   for (size_t i = 0; i < records; ++i) {
@@ -90,12 +100,12 @@ int32_t lmainte_db_get_data(uint32_t db_id, lmainte_access_entry *table) {
 void lmainte_db_free_access_table(lmainte_access_entry *table) {
   Call call(trace, kFree);
   if (table == nullptr) {
-    call.error(1);
+    call.error(FreeAccessTable::kNoTable);
     return;
   }
   for (lmainte_access_entry *entry = table; entry->index >= 0; ++entry) {
     if (entry->data == nullptr)
-      call.error(2, entry->index);
+      call.error(FreeAccessTable::kNeverRead, entry->index);
     else
       free(entry->data);
   }

@@ -15,8 +15,8 @@ struct RecordKind {
   uint32_t first_number = 0;  // of this kind among records that share the name
 };
 
-// The identity of an I/O unit has a name for the entry and mid-range models and one for all others; the first row of a
-// kind is the one for all others. The memory modules' names alone count with three digits.
+// The identity of an I/O unit has one name on the entry and mid-range models (kSmallIou), and the name in this table on all
+// others. Only the names of memory modules count with three digits.
 inline constexpr RecordKind kRecordKinds[] = {
     {LMAINTE_DB_SETUP, LMAINTE_TYPE_CMU, {"setup_cmu_info_%02d", 256}},
     {LMAINTE_DB_CURRENT, LMAINTE_TYPE_OPNL, {"current_panel_info", 64}},

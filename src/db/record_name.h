@@ -12,8 +12,7 @@ class RecordName {
  public:
   RecordName() = default;
 
-  // The pattern with the number in the place of its one integer conversion, or the pattern itself where it has none; cut
-  // at 127 characters.
+  // The pattern, with the number in the place of its integer conversion if it has one. Cut at 127 characters.
   RecordName(const char *pattern, int32_t number) {
     if (fill_digits(pattern, number)) return;
     // NOLINTNEXTLINE(clang-diagnostic-format-nonliteral): the record's name is a pattern for the number
@@ -26,8 +25,8 @@ class RecordName {
   static constexpr size_t kSize = 128;
   static constexpr size_t kMarkSize = 4;
 
-  // Fills the names that the records of a run have, "..._%02d" with a number of so many digits, in a fraction of the time
-  // that snprintf takes: readers make hundreds of them. False, and to be written anew, for any other pattern or number.
+  // Fills in the usual names of a run of records, "..._%02d", much faster than snprintf: readers make hundreds of them.
+  // Returns false for another pattern, or a number with more digits. The name must be written anew then.
   bool fill_digits(const char *pattern, int32_t number) {
     const size_t length = strnlen(pattern, kSize);
     if (length < kMarkSize || length == kSize) return false;

@@ -8,9 +8,9 @@
 
 namespace lmainte {
 
-// The error events of a bracket; each carries the failing result and the database id, or these the other way round.
-struct BracketEvents {
-  Point open, lock, unlock, close;
+// The errors of a bracket. Each carries the failing result and the database id, or the database id first.
+struct BracketErrors {
+  Error not_opened, not_locked, not_unlocked, not_closed;
   bool database_first = false;
 };
 
@@ -21,27 +21,27 @@ enum class Hold { kOpen, kLocked };
 template <size_t N>
 class SessionBracket {
  public:
-  SessionBracket(const Call &call, const BracketEvents &events, const uint32_t (&db_ids)[N], Hold hold)
-      : call_(call), events_(events), db_ids_(db_ids), hold_(hold) {}
+  SessionBracket(const Call &call, const BracketErrors &errors, const uint32_t (&db_ids)[N], Hold hold)
+      : call_(call), errors_(errors), db_ids_(db_ids), hold_(hold) {}
 
-  // Opens the databases and locks them, runs the work, unlocks and closes in descending order, whatever happened in
-  // between. True when everything succeeded: a failure of the work stands, a failed release spoils its success.
+  // Opens and locks the databases, runs the work, then unlocks and closes them in descending order, also after a failure.
+  // True when all of it succeeded.
   template <class Work>
   bool run(Work work) {
-    bool good = take(lmainte_scdb_open, events_.open, opened_);
-    if (good && hold_ == Hold::kLocked) good = take(lmainte_scdb_lock, events_.lock, locked_);
+    bool good = take(lmainte_scdb_open, errors_.not_opened, opened_);
+    if (good && hold_ == Hold::kLocked) good = take(lmainte_scdb_lock, errors_.not_locked, locked_);
     if (good) good = work();
-    const bool unlocked = release(lmainte_scdb_unlock, events_.unlock, locked_);
-    const bool closed = release(lmainte_scdb_close, events_.close, opened_);
+    const bool unlocked = release(lmainte_scdb_unlock, errors_.not_unlocked, locked_);
+    const bool closed = release(lmainte_scdb_close, errors_.not_closed, opened_);
     return good && unlocked && closed;
   }
 
  private:
-  bool take(int32_t (*step)(uint32_t), const Point &event, size_t &held) {
+  bool take(int32_t (*step)(uint32_t), Error error, size_t &held) {
     while (held < N) {
       const int32_t result = step(db_ids_[held]);
       if (result != LMAINTE_OK) {
-        record(event, result, db_ids_[held]);
+        record(error, result, db_ids_[held]);
         return false;
       }
       ++held;
@@ -49,28 +49,28 @@ class SessionBracket {
     return true;
   }
 
-  bool release(int32_t (*step)(uint32_t), const Point &event, size_t &held) {
+  bool release(int32_t (*step)(uint32_t), Error error, size_t &held) {
     bool good = true;
     while (held > 0) {
       const uint32_t db_id = db_ids_[--held];
       const int32_t result = step(db_id);
       if (result != LMAINTE_OK) {
-        record(event, result, db_id);
+        record(error, result, db_id);
         good = false;
       }
     }
     return good;
   }
 
-  void record(const Point &event, int32_t result, uint32_t db_id) const {
-    if (events_.database_first)
-      call_.error(event, db_id, result);
+  void record(Error error, int32_t result, uint32_t db_id) const {
+    if (errors_.database_first)
+      call_.error(error, db_id, result);
     else
-      call_.error(event, result, db_id);
+      call_.error(error, result, db_id);
   }
 
   const Call &call_;
-  const BracketEvents &events_;
+  const BracketErrors &errors_;
   const uint32_t (&db_ids_)[N];
   const Hold hold_;
   size_t opened_ = 0;

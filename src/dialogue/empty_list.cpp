@@ -7,17 +7,17 @@
 
 namespace lmainte {
 
-// Unlike the other list files this one lies in the current directory, and a shell removes it. Nobody learns of a failure.
-void show_empty_list(const Call &call, const ListLine *lines) {
+// Unlike the other list files, this one lies in the current directory, and a shell removes it. A failure is not reported.
+void show_empty_list(const Call &call, const EmptyListErrors &errors, const ListLine *lines) {
   if (lines == nullptr) {
-    call.error(1);
+    call.error(errors.no_lines);
     return;
   }
   char name[128];
   snprintf(name, sizeof name, "mainte_fru_list.%d", static_cast<int>(getpid()));
   FILE *file = fopen(name, "w");
   if (file == nullptr) {
-    call.system_error(2, errno);
+    call.system_error(errors.no_file, errno);
     return;
   }
   fclose(file);

@@ -1,4 +1,4 @@
-// The lists of units that the database holds nothing of: an empty file, shown all the same.
+// The lists of units that are not in the database: the pager shows an empty file.
 #pragma once
 
 #include "include/lmainte.h"
@@ -6,6 +6,10 @@
 
 namespace lmainte {
 
-void show_empty_list(const Call &call, const ListLine *lines);
+struct EmptyListErrors {
+  Error no_lines, no_file;
+};
+
+void show_empty_list(const Call &call, const EmptyListErrors &errors, const ListLine *lines);
 
 }  // namespace lmainte

@@ -8,14 +8,14 @@ namespace lmainte {
 bool ListFile::open() {
   snprintf(path_, sizeof path_, "/tmp/mainte_fru_list.%d", static_cast<int>(getpid()));
   file_ = fopen(path_, "w");
-  if (file_ == nullptr) call_.system_error(events_.open, errno);
+  if (file_ == nullptr) call_.system_error(errors_.no_file, errno);
   return file_ != nullptr;
 }
 
 bool ListFile::show() {
   close();
   const int32_t shown = lmainte_show_file(path_);
-  if (shown != LMAINTE_OK) call_.error(events_.show, shown);
+  if (shown != LMAINTE_OK) call_.error(errors_.pager_failed, shown);
   const bool removed = remove_file();
   return shown == LMAINTE_OK && removed;
 }
@@ -33,7 +33,7 @@ void ListFile::close() {
 
 bool ListFile::remove_file() {
   const int removed = remove(path_);
-  if (removed != 0) call_.system_error(events_.remove, removed, errno);
+  if (removed != 0) call_.system_error(errors_.not_removed, removed, errno);
   return removed == 0;
 }
 

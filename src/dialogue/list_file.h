@@ -10,14 +10,14 @@
 
 namespace lmainte {
 
-// The error events of a list file: it cannot be created, the pager fails, it cannot be removed.
-struct ListFileEvents {
-  Point open, show, remove;
+// The errors of a list file.
+struct ListFileErrors {
+  Error no_file, pager_failed, not_removed;
 };
 
 class ListFile {
  public:
-  ListFile(const Call &call, const ListFileEvents &events) : call_(call), events_(events) {}
+  ListFile(const Call &call, const ListFileErrors &errors) : call_(call), errors_(errors) {}
   ListFile(const ListFile &) = delete;
   ListFile &operator=(const ListFile &) = delete;
   // Removes a file that was not shown.
@@ -34,7 +34,7 @@ class ListFile {
   bool remove_file();
 
   const Call &call_;
-  const ListFileEvents events_;
+  const ListFileErrors &errors_;
   char path_[128] = {};
   FILE *file_ = nullptr;
 };

@@ -10,6 +10,7 @@
 #include "src/dialogue/catalogue.h"
 #include "src/frame/signals_blocked.h"
 #include "src/frame/trace.h"
+#include "trace_events/dialogue.h"
 
 int sig_catch = 0;
 
@@ -18,10 +19,10 @@ namespace {
 using lmainte::Block;
 using lmainte::Call;
 using lmainte::Level;
+using trace_events::DotStart;
 
 lmainte::Trace trace;
-constexpr Block kBlock = lmainte::plain_block(0x037);
-constexpr uint32_t kDonePoint = 9;
+constexpr Block kBlock = lmainte::block_of<DotStart>();
 
 constexpr int32_t kFailed = -1;
 constexpr int64_t kSecondsAMark = 5;
@@ -37,10 +38,10 @@ int caught() {
   return __atomic_load_n(&sig_catch, __ATOMIC_RELAXED);
 }
 
-// The clock in a width that no sum of it can leave. A clock that fails reads -1.
+// The clock, wide enough for any sum. If the clock fails, this is -1.
 int64_t read_clock(const Call &call) {
   const time_t now = time(nullptr);
-  if (now == static_cast<time_t>(-1)) call.system_error(4, errno);
+  if (now == static_cast<time_t>(-1)) call.system_error(DotStart::kNoClock, errno);
   return now;
 }
 
@@ -50,10 +51,10 @@ void show_mark(const Call &call, unsigned long seconds) {
     printf("%4lu", seconds);
   else
     putchar('.');
-  call.point(3, static_cast<uint32_t>(seconds));
+  call.point(DotStart::kMark, static_cast<uint32_t>(seconds));
 }
 
-// A clock that jumps ahead is caught up by one mark a second.
+// After the clock jumps ahead, the marks catch up: one in each second.
 void show_progress(const Call &call, int32_t seconds) {
   const int64_t start = read_clock(call);
   fputs("   0", stdout);
@@ -75,13 +76,13 @@ void show_progress(const Call &call, int32_t seconds) {
   const lmainte_signal_entry handlers[] = {{SIGTERM, disp_done}, {-1, nullptr}};
   const lmainte_mask_entry masks[] = {{SIGTERM, SIG_UNBLOCK}, {-1, 0}};
   const int32_t installed = lmainte_signal(handlers);
-  if (installed != LMAINTE_OK) call.error(5, installed);
+  if (installed != LMAINTE_OK) call.error(DotStart::kHandlerNotSet, installed);
   lmainte_signal_mask(masks);
   show_progress(call, seconds);
   // NOLINTNEXTLINE(clang-diagnostic-format-security): the catalogue's text is the format
   printf(lmainte::translated(kDone));
   putchar('\n');
-  call.point(4, caught());
+  call.point(DotStart::kEnded, caught());
   fflush(stdout);
   _exit(0);
 }
@@ -91,34 +92,34 @@ void show_progress(const Call &call, int32_t seconds) {
 int32_t lmainte_dot_start(const DotParam *request) {
   const Call call(trace, kBlock);
   if (request == nullptr) {
-    call.error(1);
+    call.error(DotStart::kNoRequest);
     return kFailed;
   }
   if (request->enable == 0 || request->seconds < 1) {
-    call.error(2, request->enable, request->seconds);
+    call.error(DotStart::kRefused, request->enable, request->seconds);
     return kFailed;
   }
   if (request->message != nullptr) printf("%s", request->message);
-  // What is still unwritten is the caller's: the child must not write it a second time.
+  // Write out what the caller has printed, or the child writes it a second time.
   fflush(stdout);
   // SIGTERM waits until the child has its handler.
   const lmainte::SignalsBlocked blocked(SIGTERM);
   const pid_t child = fork();
   if (child == -1) {
-    call.system_error(3, errno);
+    call.system_error(DotStart::kNoChild, errno);
     return kFailed;
   }
   if (child == 0) run_indicator(call, request->seconds);
-  call.point(Level::kProcess, 2, child);
+  call.point(Level::kProcess, DotStart::kChild, child);
   return child;
 }
 
-// Runs while any other record may be half built, so it has a trace of its own.
+// Has a trace record of its own: it runs at any moment, also while another record is half built.
 void disp_done(int) {
   const int error = errno;
   if (caught() == 0) __atomic_store_n(&sig_catch, 1, __ATOMIC_RELAXED);
   lmainte::Trace own;
   own.begin(__builtin_LINE());
-  own.write(Level::kProgress, kBlock.point(kDonePoint));
+  own.write(Level::kProgress, DotStart::kSignalCame);
   errno = error;
 }

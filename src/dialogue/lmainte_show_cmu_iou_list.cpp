@@ -5,14 +5,26 @@
 
 #include "src/dialogue/unit_lines.h"
 #include "src/frame/trace.h"
+#include "trace_events/dialogue.h"
 
 namespace {
 
 using lmainte::Table;
 using lmainte::UnitName;
+using trace_events::ShowCmuIouList;
 
 lmainte::Trace trace;
-constexpr lmainte::Block kBlock = lmainte::second_block(0x015);
+constexpr lmainte::Block kBlock = lmainte::block_of<ShowCmuIouList>();
+
+constexpr lmainte::TableErrors kErrors = {
+    .file =
+        {
+            .no_file = ShowCmuIouList::kNoFile,
+            .pager_failed = ShowCmuIouList::kPagerFailed,
+            .not_removed = ShowCmuIouList::kNotRemoved,
+        },
+    .no_name = ShowCmuIouList::kNoName,
+};
 
 constexpr uint32_t kXsbsOfABoard = 4;
 constexpr uint32_t kLastDomain = 23;
@@ -113,12 +125,13 @@ int32_t lmainte_show_cmu_iou_list(int32_t, uint32_t kind, uint32_t count, const 
                                   const ListLine *lines) {
   lmainte::Call call(trace, kBlock);
   if (kind > LMAINTE_BOARD_BOTH) {
-    call.error(1, kind);
+    call.error(ShowCmuIouList::kNoKind, kind);
     return call.returns(LMAINTE_FAILED);
   }
-  if (!lmainte::is_given(call, 2, boards) || !lmainte::is_given(call, 3, xsbs) || !lmainte::is_given(call, 4, lines))
-    return call.returns(LMAINTE_FAILED);
-  return call.returns(Table(call, 5).show(lines, [&](Table &table) {
+  if (!lmainte::is_given(call, ShowCmuIouList::kNoBoards, boards)) return call.returns(LMAINTE_FAILED);
+  if (!lmainte::is_given(call, ShowCmuIouList::kNoXsbs, xsbs)) return call.returns(LMAINTE_FAILED);
+  if (!lmainte::is_given(call, ShowCmuIouList::kNoLines, lines)) return call.returns(LMAINTE_FAILED);
+  return call.returns(Table(call, kErrors).show(lines, [&](Table &table) {
     int32_t number = 0;
     for (uint32_t i = 0; i < count; ++i)
       if (!write_board(table, ++number, kind, boards[i], xsbs)) return false;

@@ -7,6 +7,7 @@
 
 #include "src/frame/signals_blocked.h"
 #include "src/frame/trace.h"
+#include "trace_events/dialogue.h"
 
 int g_show_file_pid = -1;
 
@@ -15,9 +16,10 @@ namespace {
 using lmainte::Call;
 using lmainte::Level;
 using lmainte::SignalsBlocked;
+using trace_events::ShowFile;
 
 lmainte::Trace trace;
-constexpr lmainte::Block kBlock = lmainte::plain_block(0x02E);
+constexpr lmainte::Block kBlock = lmainte::block_of<ShowFile>();
 
 constexpr int kCannotRun = 127;
 
@@ -39,11 +41,11 @@ void set_pager_pid(pid_t pid) {
 [[noreturn]] void run_pager(const Call &call, SignalsBlocked &blocked) {
   close(STDIN_FILENO);
   close(STDERR_FILENO);
-  call.point(Level::kProcess, 2);
+  call.point(Level::kProcess, ShowFile::kChildRuns);
   char *const environment[] = {nullptr};
   blocked.restore();
   execve(pager, pager_arguments, environment);
-  call.system_error(3, errno);
+  call.system_error(ShowFile::kCannotRun, errno);
   _exit(kCannotRun);
 }
 
@@ -54,7 +56,7 @@ pid_t start_pager(const Call &call) {
   const int error = errno;
   if (child == 0) run_pager(call, blocked);
   set_pager_pid(child);
-  if (child == -1) call.system_error(2, error);
+  if (child == -1) call.system_error(ShowFile::kNoChild, error);
   return child;
 }
 
@@ -65,15 +67,15 @@ int32_t await_pager(const Call &call, pid_t child) {
   const int error = errno;
   set_pager_pid(-1);
   if (reaped != child) {
-    call.system_error(4, reaped, error);
+    call.system_error(ShowFile::kWaitFailed, reaped, error);
     return LMAINTE_OK;
   }
   if ((status & 0x7F) != 0) {
-    call.error(5, status);
+    call.error(ShowFile::kKilled, status);
     return LMAINTE_OK;
   }
   if (((status >> 8) & 0xFF) != kCannotRun) return LMAINTE_OK;
-  call.error(6, status);
+  call.error(ShowFile::kNotStarted, status);
   return LMAINTE_FAILED;
 }
 
@@ -82,7 +84,7 @@ int32_t await_pager(const Call &call, pid_t child) {
 int32_t lmainte_show_file(const char *path) {
   Call call(trace, kBlock);
   if (path == nullptr) {
-    call.error(1);
+    call.error(ShowFile::kNoPath);
     return call.returns(LMAINTE_FAILED);
   }
   snprintf(path_argument, sizeof path_argument, "%s", path);

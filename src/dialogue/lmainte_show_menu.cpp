@@ -2,11 +2,20 @@
 
 #include "src/dialogue/list_file.h"
 #include "src/frame/trace.h"
+#include "trace_events/dialogue.h"
 
 namespace {
 
+using trace_events::ShowMenu;
+
 lmainte::Trace trace;
-constexpr lmainte::Block kBlock = lmainte::second_block(0x017);
+constexpr lmainte::Block kBlock = lmainte::block_of<ShowMenu>();
+
+constexpr lmainte::ListFileErrors kErrors = {
+    .no_file = ShowMenu::kNoFile,
+    .pager_failed = ShowMenu::kPagerFailed,
+    .not_removed = ShowMenu::kNotRemoved,
+};
 
 constexpr size_t kMenuLineSize = 1024;
 
@@ -15,11 +24,10 @@ constexpr size_t kMenuLineSize = 1024;
 int32_t lmainte_show_menu(const ListLine *lines) {
   const lmainte::Call call(trace, kBlock);
   if (lines == nullptr) {
-    call.error(1);
+    call.error(ShowMenu::kNoLines);
     return LMAINTE_FAILED;
   }
-  const lmainte::ListFileEvents events = {.open = 2, .show = 3, .remove = 4};
-  lmainte::ListFile file(call, events);
+  lmainte::ListFile file(call, kErrors);
   if (!file.open()) return LMAINTE_FAILED;
   for (const ListLine *line = lines; line->position != LMAINTE_LINE_END; ++line) {
     char text[kMenuLineSize] = {};

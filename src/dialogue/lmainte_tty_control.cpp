@@ -5,13 +5,15 @@
 #include <cstdio>
 
 #include "src/frame/trace.h"
+#include "trace_events/dialogue.h"
 
 namespace {
 
 using lmainte::Call;
+using trace_events::TtyControl;
 
 lmainte::Trace trace;
-constexpr lmainte::Block kBlock = lmainte::plain_block(0x001);
+constexpr lmainte::Block kBlock = lmainte::block_of<TtyControl>();
 
 // What one mode changes: a flag of a mode word, or a control character. Off is a byte of 255, not the terminal's own
 // disabling value, and the characters go into the slots given here.
@@ -51,14 +53,14 @@ void change(termios &attributes, const Attribute &attribute, bool on) {
 int32_t flush(const Call &call, bool input) {
   const int result = tcflush(fileno(stdin), input ? TCIFLUSH : TCOFLUSH);
   if (result == 0) return LMAINTE_OK;
-  call.system_error(3, result, errno);
+  call.system_error(TtyControl::kNotFlushed, result, errno);
   return LMAINTE_FAILED;
 }
 
 int32_t apply(const Call &call, const termios &attributes) {
   const int result = tcsetattr(fileno(stdout), TCSANOW, &attributes);
   if (result == 0) return LMAINTE_OK;
-  call.system_error(4, result, errno);
+  call.system_error(TtyControl::kNotSet, result, errno);
   return LMAINTE_FAILED;
 }
 
@@ -70,13 +72,13 @@ int32_t lmainte_tty_control(int32_t mode, int32_t setting) {
   if (is_known(mode) && mode != LMAINTE_TTY_FLUSH) {
     const int result = tcgetattr(fileno(stdout), &attributes);
     if (result != 0) {
-      call.system_error(1, result, errno);
+      call.system_error(TtyControl::kNotRead, result, errno);
       return call.returns(LMAINTE_FAILED);
     }
   }
-  call.point(2, mode, setting);
+  call.point(TtyControl::kMode, mode, setting);
   if (!is_known(mode)) {
-    call.error(2, mode, setting);
+    call.error(TtyControl::kNoMode, mode, setting);
     return call.returns(LMAINTE_FAILED);
   }
   const bool on = setting == 1;

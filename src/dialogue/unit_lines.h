@@ -10,8 +10,8 @@
 namespace lmainte {
 
 // Records an argument that is null as an error.
-inline bool is_given(const Call &call, Point event, const void *argument) {
-  if (argument == nullptr) call.error(event);
+inline bool is_given(const Call &call, Error error, const void *argument) {
+  if (argument == nullptr) call.error(error);
   return argument != nullptr;
 }
 
@@ -32,11 +32,19 @@ inline bool write_status(Table &table, const StatusFormat &format, NameForm form
   return true;
 }
 
-// A list of every record, and a table of one.
+// The errors of a list or a status table of one kind of unit.
+struct UnitsErrors {
+  Error no_units, no_lines;
+  TableErrors table;
+};
+
+// A list of every record, and a status table of one.
 template <class Unit>
-int32_t show_list(const Call &call, uint32_t count, const Unit *units, const ListLine *lines) {
-  if (!is_given(call, 1, units) || !is_given(call, 2, lines)) return LMAINTE_FAILED;
-  return Table(call, 3).show(lines, [&](Table &table) {
+int32_t show_list(const Call &call, const UnitsErrors &errors, uint32_t count, const Unit *units,
+                  const ListLine *lines) {
+  if (!is_given(call, errors.no_units, units)) return LMAINTE_FAILED;
+  if (!is_given(call, errors.no_lines, lines)) return LMAINTE_FAILED;
+  return Table(call, errors.table).show(lines, [&](Table &table) {
     int32_t number = 0;
     for (uint32_t i = 0; i < count; ++i)
       if (!write_numbered(table, ++number, units[i].unit_id, state_text(units[i]))) return false;
@@ -45,9 +53,10 @@ int32_t show_list(const Call &call, uint32_t count, const Unit *units, const Lis
 }
 
 template <class Unit>
-int32_t show_status(const Call &call, const Unit *unit, const ListLine *lines) {
-  if (!is_given(call, 1, unit) || !is_given(call, 2, lines)) return LMAINTE_FAILED;
-  return Table(call, 3).show(lines, [&](Table &table) {
+int32_t show_status(const Call &call, const UnitsErrors &errors, const Unit *unit, const ListLine *lines) {
+  if (!is_given(call, errors.no_units, unit)) return LMAINTE_FAILED;
+  if (!is_given(call, errors.no_lines, lines)) return LMAINTE_FAILED;
+  return Table(call, errors.table).show(lines, [&](Table &table) {
     return write_status(table, kStatusLine, NameForm::kLocation, unit->unit_id, state_text(*unit));
   });
 }

@@ -31,14 +31,16 @@ class UnitName {
 // Which of its names a unit is shown by.
 enum class NameForm : int32_t { kLocation = 0, kStatusTable = 1 };
 
+// The errors of a table: those of its list file, and that of a unit that has no name.
+struct TableErrors {
+  ListFileErrors file;
+  Error no_name;
+};
+
 class Table {
  public:
-  // The first error event is that of a list file that cannot be created. A unit id without a name, a pager that fails
-  // and a list file that cannot be removed follow.
-  Table(const Call &call, Point first_error)
-      : call_(call),
-        no_name_(follows(first_error, 1)),
-        file_(call, {.open = first_error, .show = follows(first_error, 2), .remove = follows(first_error, 3)}) {}
+  Table(const Call &call, const TableErrors &errors)
+      : call_(call), no_name_(errors.no_name), file_(call, errors.file) {}
 
   template <class WriteUnits>
   int32_t show(const ListLine *lines, WriteUnits write_units) {
@@ -63,13 +65,11 @@ class Table {
  private:
   static constexpr size_t kLineSize = 128;
 
-  static constexpr Point follows(Point point, uint32_t distance) { return {point.number + distance, point.line}; }
-
   // Writes the lines of one position and returns the first line of another.
   const ListLine *write_lines(const ListLine *line, int32_t position);
 
   const Call &call_;
-  const Point no_name_;
+  const Error no_name_;
   ListFile file_;
 };
 

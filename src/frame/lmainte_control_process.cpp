@@ -7,14 +7,16 @@
 
 #include "src/frame/process_id_provider.h"
 #include "src/frame/trace.h"
+#include "trace_events/frame.h"
 
 namespace {
 
 using lmainte::Call;
+using trace_events::GetPid;
 
 lmainte::Trace trace;
-constexpr lmainte::Block kProvide = lmainte::plain_block(0x076);
-constexpr lmainte::Block kGetPid = lmainte::plain_block(0x077);
+constexpr lmainte::Block kProvide = lmainte::block_of<trace_events::ProvideProcessId>();
+constexpr lmainte::Block kGetPid = lmainte::block_of<GetPid>();
 
 constexpr int32_t kFailed = -1;
 
@@ -47,16 +49,16 @@ int32_t provide_process_id(char *text, int32_t size) {
 int32_t lmainte_get_pid(const char *text) {
   const Call call(trace, kGetPid);
   if (text == nullptr) {
-    call.error(1);
+    call.error(GetPid::kNoText);
     return kFailed;
   }
   if (text[0] == '\0') {
-    call.error(2);
+    call.error(GetPid::kEmptyText);
     return 0;
   }
   const char *stop = nullptr;
   const uint32_t value = convert(text, stop);
   if (*stop == '\0' || *stop == ',') return static_cast<int32_t>(value);
-  call.error(3, value, static_cast<unsigned char>(*stop));
+  call.error(GetPid::kNoProcessId, value, static_cast<unsigned char>(*stop));
   return kFailed;
 }

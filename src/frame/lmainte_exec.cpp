@@ -12,23 +12,26 @@
 #include <unistd.h>
 
 #include "src/frame/trace.h"
+#include "trace_events/frame.h"
 
 namespace {
 
 using lmainte::Block;
 using lmainte::Call;
 using lmainte::Level;
+using trace_events::Exec;
+using trace_events::StopChild;
 
 lmainte::Trace trace;
-constexpr Block kExec = lmainte::plain_block(0x002);
-constexpr Block kTerminate = lmainte::plain_block(0x069);
+constexpr Block kExec = lmainte::block_of<Exec>();
+constexpr Block kStopChild = lmainte::block_of<StopChild>();
 
 struct ControlProgram {
   int32_t id;
   const char *path;
 };
 
-// waitmgbready is run by no operation; it keeps its place so that the numbers stay as they are.
+// No operation runs waitmgbready. Its place keeps the numbers of the others as they are.
 constexpr ControlProgram kPrograms[] = {
     {LMAINTE_CMD_CTLMAINTE, "/mgb/bin/ctlmainte"},
     {LMAINTE_CMD_CTLFAN, "/mgb/bin/ctlfan"},
@@ -105,33 +108,33 @@ struct Command {
   close(STDIN_FILENO);
   close(STDOUT_FILENO);
   close(STDERR_FILENO);
-  call.point(Level::kProcess, 3, command.id, command.words);
+  call.point(Level::kProcess, Exec::kChildRuns, command.id, command.words);
   execve(command.arguments[0], command.arguments, command.environment);
-  call.system_error(4, errno);
+  call.system_error(Exec::kCannotRun, errno);
   free(command.arguments);
   _exit(LMAINTE_NOT_RUN);
 }
 
 // Stops a child that outlived its limit. Returns 0 with its wait status once it is reaped.
 int32_t terminate(pid_t child, int &status) {
-  Call call(trace, kTerminate);
-  call.point(2, child);
+  Call call(trace, kStopChild);
+  call.point(StopChild::kChild, child);
   for (int32_t attempt = 1; attempt <= kPoliteAttempts; ++attempt) {
     kill(child, SIGTERM);
-    call.point(Level::kProcess, 3, attempt);
+    call.point(Level::kProcess, StopChild::kSignalSent, attempt);
     const pid_t reaped = waitpid(child, &status, WNOHANG);
     if (reaped == child) return LMAINTE_OK;
     if (reaped != 0) {
-      call.system_error(1, reaped, errno);
+      call.system_error(StopChild::kWaitFailed, reaped, errno);
       return LMAINTE_NOT_RUN;
     }
     sleep(kAttemptSeconds);
   }
   kill(child, SIGKILL);
-  call.point(Level::kProcess, 3, kPoliteAttempts + 1);
+  call.point(Level::kProcess, StopChild::kSignalSent, kPoliteAttempts + 1);
   const pid_t reaped = waitpid(child, &status, 0);
   if (reaped == child) return LMAINTE_OK;
-  call.system_error(2, reaped, errno);
+  call.system_error(StopChild::kLastWaitFailed, reaped, errno);
   return LMAINTE_NOT_RUN;
 }
 
@@ -141,14 +144,14 @@ bool await(const Call &call, pid_t child, int32_t time_limit, int &status) {
     const pid_t reaped = waitpid(child, &status, WNOHANG);
     if (reaped == child) return true;
     if (reaped != 0) {
-      call.system_error(5, reaped, errno);
+      call.system_error(Exec::kWaitFailed, reaped, errno);
       return false;
     }
     if (time_limit <= waited) {
-      call.point(Level::kProcess, 5, waited);
+      call.point(Level::kProcess, Exec::kLimitSpent, waited);
       const int32_t result = terminate(child, status);
-      call.point(Level::kProcess, 6, result, status);
-      if (result != LMAINTE_OK) call.error(6, result);
+      call.point(Level::kProcess, Exec::kStopped, result, status);
+      if (result != LMAINTE_OK) call.error(Exec::kNotStopped, result);
       return result == LMAINTE_OK;
     }
     sleep(1);
@@ -157,24 +160,24 @@ bool await(const Call &call, pid_t child, int32_t time_limit, int &status) {
 
 int32_t judge(const Call &call, int status) {
   if ((status & 0x7F) != 0) {
-    call.error(7, status);
+    call.error(Exec::kKilled, status);
     return LMAINTE_NOT_RUN;
   }
   const int32_t exit_status = (status >> 8) & 0xFF;
-  call.point(Level::kProcess, 7, exit_status);
+  call.point(Level::kProcess, Exec::kEnded, exit_status);
   return exit_status;
 }
 
 int32_t run(const Call &call, const Command &command, int32_t time_limit) {
-  // The level of an error, for a record that is none: readers of the trace filter for it.
-  call.point(Level::kError, 2, command.id, command.words);
+  // This is no error, but it has an error's level: readers of the trace filter for it.
+  call.point(Level::kError, Exec::kProgram, command.id, command.words);
   const pid_t child = fork();
   if (child == -1) {
-    call.system_error(3, errno);
+    call.system_error(Exec::kNoChild, errno);
     return LMAINTE_NOT_RUN;
   }
   if (child == 0) run_child(call, command);
-  call.point(Level::kProcess, 4, time_limit, child);
+  call.point(Level::kProcess, Exec::kStarted, time_limit, child);
   int status = 0;
   return await(call, child, time_limit, status) ? judge(call, status) : LMAINTE_NOT_RUN;
 }
@@ -184,7 +187,7 @@ int32_t start(const Call &call, int32_t command_id, const char *path, char *line
   const int32_t words = split_words(line, nullptr);
   char **arguments = static_cast<char **>(calloc(static_cast<size_t>(words) + 2, sizeof *arguments));
   if (arguments == nullptr) {
-    call.system_error(2, errno);
+    call.system_error(Exec::kNoMemory, errno);
     return LMAINTE_NOT_RUN;
   }
   arguments[0] = const_cast<char *>(path);
@@ -201,7 +204,7 @@ int32_t lmainte_exec(int32_t command_id, int32_t time_limit, const char *format,
   const Environment environment;
   Call call(trace, kExec);
   if (format == nullptr) {
-    call.error(1);
+    call.error(Exec::kRefused);
     return LMAINTE_NOT_RUN;
   }
   va_list values;
@@ -210,12 +213,12 @@ int32_t lmainte_exec(int32_t command_id, int32_t time_limit, const char *format,
   if (vsnprintf(line, sizeof line, format, values) < 0) line[0] = '\0';
   va_end(values);
   if (time_limit <= 0) {
-    call.error(1);
+    call.error(Exec::kRefused);
     return LMAINTE_NOT_RUN;
   }
   const char *path = path_of(command_id);
   if (path == nullptr) {
-    call.error(1);
+    call.error(Exec::kRefused);
     return LMAINTE_NOT_RUN;
   }
   return start(call, command_id, path, line, time_limit, environment);

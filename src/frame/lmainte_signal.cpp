@@ -3,14 +3,17 @@
 #include <csignal>
 
 #include "src/frame/trace.h"
+#include "trace_events/frame.h"
 
 namespace {
 
 using lmainte::Call;
+using trace_events::Signal;
+using trace_events::SignalMask;
 
 lmainte::Trace trace;
-constexpr lmainte::Block kSignal = lmainte::plain_block(0x039);
-constexpr lmainte::Block kSignalMask = lmainte::plain_block(0x039, 8);
+constexpr lmainte::Block kSignal = lmainte::block_of<Signal>();
+constexpr lmainte::Block kSignalMask = lmainte::block_of<SignalMask>();
 
 constexpr int32_t kEndOfTable = -1;
 
@@ -21,7 +24,7 @@ int install(const lmainte_signal_entry &entry) {
   return sigaction(entry.signo, &action, nullptr);
 }
 
-// A signal number that does not exist leaves the set empty, and the set is applied all the same.
+// A signal number that does not exist leaves the set empty. The empty set is applied, too.
 void apply(const lmainte_mask_entry &entry) {
   sigset_t signals;
   sigemptyset(&signals);
@@ -34,25 +37,25 @@ void apply(const lmainte_mask_entry &entry) {
 int32_t lmainte_signal(const lmainte_signal_entry *table) {
   const Call call(trace, kSignal);
   if (table == nullptr) {
-    call.error(1);
+    call.error(Signal::kNoTable);
     return LMAINTE_FAILED;
   }
   for (; table->signo != kEndOfTable; ++table) {
     const int result = install(*table);
-    call.point(2, result, table->signo);
+    call.point(Signal::kHandlerSet, result, table->signo);
     if (result != 0) {
-      call.system_error(2, result, table->signo);
+      call.system_error(Signal::kHandlerNotSet, result, table->signo);
       return LMAINTE_FAILED;
     }
   }
   return LMAINTE_OK;
 }
 
-// Unlike handlers, masks are applied to the end of the table whatever happens, each entry for itself.
+// Unlike the handlers, every mask is applied, also after one that failed.
 int32_t lmainte_signal_mask(const lmainte_mask_entry *table) {
   const Call call(trace, kSignalMask);
   if (table == nullptr) {
-    call.error(1);
+    call.error(SignalMask::kNoTable);
     return LMAINTE_FAILED;
   }
   for (; table->signo != kEndOfTable; ++table) apply(*table);

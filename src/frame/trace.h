@@ -1,59 +1,82 @@
-// Trace records: what a function leaves in the service processor's trace, and the events' numbers.
+// Trace records: what a function leaves in the service processor's trace.
 //
 // A source module has one Trace, a file-scope static that all its functions share. A function opens a Call with its
-// block: the call records the entry, and on every way out the exit. In between it records points and errors, a line
-// each:
+// block: the call records the entry, and on every way out the exit. In between it records points and errors, by their
+// names in the catalogue, a line each:
 //
-//   constexpr Block kBlock = plain_block(0x02F);
+//   constexpr Block kBlock = block_of<ControlMainte>();
 //   Trace trace;
 //   ...
 //   Call call(trace, kBlock);
-//   call.point(2, command_id, mode);
-//   if (time_limit <= 0) return call.error(1), LMAINTE_FAILED;
+//   call.point(ControlMainte::kCommand, command_id, mode);
+//   if (time_limit <= 0) return call.error(ControlMainte::kNoTimeLimit), LMAINTE_FAILED;
+//
+// A record names the source line of its trace point, so no two events of a module stand on one line. A helper that
+// serves several functions takes their points as arguments: a Point or an Error has the line at which it is written
+// down.
 #pragma once
 
 #include <stdlib.h>
 #include <sys/types.h>
 #include <unistd.h>
 
+#include <concepts>
 #include <cstdint>
+#include <type_traits>
 
 #include "include/lmainte_platform.h"
+#include "trace_events/event.h"
 
 namespace lmainte {
 
 enum class Level : uint32_t { kProgress = 256, kError = 2053, kProcess = 32769, kSystemError = 32778 };
 
-// The numbers of one function's events. Its line is that of the declaration, and is the line of the exit record: the
-// exit has no line of its own, and no other trace point of the module can have this one.
-struct Block {
-  uint32_t base;
-  uint32_t error_offset;
-  uint32_t line;
+// An event of the catalogue.
+template <class Event>
+concept CatalogueEvent = std::is_enum_v<Event> && std::convertible_to<Event, trace_events::Code> &&
+    std::same_as<std::underlying_type_t<Event>, trace_events::Code>;
 
-  constexpr uint32_t point(uint32_t number) const { return base + number; }
-  constexpr uint32_t error(uint32_t number) const { return base + error_offset + number; }
-};
+// None of these is ever defined: their names are what the compiler says.
+void this_event_is_an_error();
+void this_event_is_no_error();
 
-inline constexpr uint32_t kEventBase = 0x110C0000;
-inline constexpr uint32_t kSecondSpace = 0x8000;
-
-// `first` is the entry point of a function that shares its block with another one; the exit follows it.
-constexpr Block plain_block(uint32_t number, uint32_t first = 0, uint32_t line = __builtin_LINE()) {
-  return {kEventBase + number * 16 + first, 0x1000, line};
-}
-constexpr Block second_block(uint32_t number, uint32_t first = 0, uint32_t line = __builtin_LINE()) {
-  return {kEventBase + kSecondSpace + number * 16 + first, 0x3000, line};
-}
-
-// A point's number within the block, with the source line at which it stands.
+// An event that is no error, and the source line at which it was written down.
 struct Point {
-  uint32_t number;
-  uint32_t line;
+  trace_events::Code code;
+  uint16_t line;
 
-  // NOLINTNEXTLINE(google-explicit-constructor): a number at a trace point becomes a point there
-  constexpr Point(uint32_t number_, uint32_t line_ = __builtin_LINE()) : number(number_), line(line_) {}
+  // NOLINTNEXTLINE(google-explicit-constructor): an event becomes a point at the line where it is named
+  template <CatalogueEvent Event>
+  consteval Point(Event event, uint32_t line_ = __builtin_LINE()) : code(event), line(static_cast<uint16_t>(line_)) {
+    if (trace_events::is_error(code)) this_event_is_an_error();
+  }
 };
+
+// An error event, and the source line at which it was written down.
+struct Error {
+  trace_events::Code code;
+  uint16_t line;
+
+  // NOLINTNEXTLINE(google-explicit-constructor): an event becomes an error at the line where it is named
+  template <CatalogueEvent Event>
+  consteval Error(Event event, uint32_t line_ = __builtin_LINE()) : code(event), line(static_cast<uint16_t>(line_)) {
+    if (!trace_events::is_error(code)) this_event_is_no_error();
+  }
+};
+
+// The entry and the exit of a function. The exit has no line of its own. Its record has the line of this declaration,
+// which no other trace point of the module can have.
+struct Block {
+  trace_events::Code entry;
+  trace_events::Code exit;
+  uint32_t line;
+};
+
+template <class Function>
+consteval Block block_of(uint32_t line = __builtin_LINE()) {
+  static_assert(Function::Home::template kHas<Function>, "the function is missing in the list of its room");
+  return {Function::kEntry, Function::kExit, line};
+}
 
 // One value of a record: 32 bits, whatever type it came from. A character is taken without its sign.
 struct Word {
@@ -74,14 +97,15 @@ class Trace {
     add(line);
   }
 
-  // A word too many is a mistake in the library that must not pass as a record silently cut.
+  // One word too many is a mistake in the library. It ends the process: a record is never cut silently.
   void add(Word word) {
     if (count_ == kWords) abort();
     words_[count_++] = word.value;
   }
 
-  void write(Level level, uint32_t event) const {
-    mgb_trace_write(kModule, static_cast<uint32_t>(level), kKind, event, words_, count_ * 4 + kHeadBytes);
+  void write(Level level, trace_events::Code code) const {
+    mgb_trace_write(kModule, static_cast<uint32_t>(level), kKind, trace_events::kEventBase + code, words_,
+                    count_ * 4 + kHeadBytes);
   }
 
  private:
@@ -100,35 +124,37 @@ class Trace {
 class Call {
  public:
   Call(Trace &trace, const Block &block, uint32_t line = __builtin_LINE()) : trace_(trace), block_(block) {
-    record(Level::kProgress, block.point(0), line);
+    record(Level::kProgress, block.entry, line);
   }
+  // For a helper that serves several functions: each hands in its entry, with a line of its own.
+  Call(Trace &trace, const Block &block, Point entry) : Call(trace, block, entry.line) {}
   Call(const Call &) = delete;
   Call &operator=(const Call &) = delete;
   ~Call() {
     if (exit_has_result_)
-      record(Level::kProgress, block_.point(1), block_.line, Word(result_));
+      record(Level::kProgress, block_.exit, block_.line, Word(result_));
     else
-      record(Level::kProgress, block_.point(1), block_.line);
+      record(Level::kProgress, block_.exit, block_.line);
   }
 
-  // Records at a point of the block: normal progress, or at another level where the function says so.
+  // Records a point: normal progress, or at another level where the function says so.
   template <class... Words>
   requires(sizeof...(Words) <= 2) void point(Point at, Words... words) const {
-    record(Level::kProgress, block_.point(at.number), at.line, Word(words)...);
+    record(Level::kProgress, at.code, at.line, Word(words)...);
   }
   template <class... Words>
   requires(sizeof...(Words) <= 2) void point(Level level, Point at, Words... words) const {
-    record(level, block_.point(at.number), at.line, Word(words)...);
+    record(level, at.code, at.line, Word(words)...);
   }
 
   // An error that the library's own logic found, and one of a system or service call.
   template <class... Words>
-  requires(sizeof...(Words) <= 2) void error(Point at, Words... words) const {
-    record(Level::kError, block_.error(at.number), at.line, Word(words)...);
+  requires(sizeof...(Words) <= 2) void error(Error at, Words... words) const {
+    record(Level::kError, at.code, at.line, Word(words)...);
   }
   template <class... Words>
-  requires(sizeof...(Words) <= 2) void system_error(Point at, Words... words) const {
-    record(Level::kSystemError, block_.error(at.number), at.line, Word(words)...);
+  requires(sizeof...(Words) <= 2) void system_error(Error at, Words... words) const {
+    record(Level::kSystemError, at.code, at.line, Word(words)...);
   }
 
   // For functions whose exit record carries the result.
@@ -139,14 +165,14 @@ class Call {
   }
 
  private:
-  // A signal handler of the maintenance command may call the library in the middle of this: what it finds half built in
-  // the module's record it leaves so.
+  // A signal handler of the maintenance command may call the library in the middle of this. The handler's calls leave the
+  // module's record as they found it, also when it is half built. One copy of this serves the whole library.
   template <class... Words>
-  void record(Level level, uint32_t event, uint32_t line, Words... words) const {
+  [[gnu::noinline]] void record(Level level, trace_events::Code code, uint32_t line, Words... words) const {
     const Trace interrupted = trace_;
     trace_.begin(line);
     (trace_.add(words), ...);
-    trace_.write(level, event);
+    trace_.write(level, code);
     trace_ = interrupted;
   }
 

@@ -4,15 +4,17 @@
 #include "src/frame/trace.h"
 #include "src/inventory/unit_entries.h"
 #include "src/model/unit_status.h"
+#include "trace_events/inventory.h"
 
 namespace {
 
 using lmainte::AccessTable;
 using lmainte::Call;
 using lmainte::RecordView;
+using trace_events::GetBp32Data;
 
 lmainte::Trace trace;
-constexpr lmainte::Block kBlock = lmainte::second_block(0x011);
+constexpr lmainte::Block kBlock = lmainte::block_of<GetBp32Data>();
 
 constexpr int32_t kDdcUnits = 2;
 constexpr size_t kFirstDdc = 456;
@@ -28,7 +30,7 @@ void fill_head(int32_t type, int32_t number, const RecordView &entry, BpUnitData
 
 bool fill(const Call &call, const void *current, const void *backplane, const AccessTable &ddcs, Bp32Data &out) {
   if (current == nullptr || backplane == nullptr) {
-    call.error(5);
+    call.error(GetBp32Data::kNoRecord);
     return false;
   }
   const RecordView view(current);
@@ -38,7 +40,7 @@ bool fill(const Call &call, const void *current, const void *backplane, const Ac
   for (int32_t k = 0; k < kDdcUnits; ++k) {
     BpUnitData &unit = out.ddc[k];
     fill_head(LMAINTE_TYPE_DDC, k, view.at(kFirstDdc + kDdcSize * static_cast<size_t>(k)), unit);
-    if (!lmainte::copy_name(call, 6, ddcs, kDdcNameByte, unit)) return false;
+    if (!lmainte::copy_name(call, GetBp32Data::kNoFruRecord, ddcs, kDdcNameByte, unit)) return false;
   }
   return true;
 }
@@ -46,17 +48,17 @@ bool fill(const Call &call, const void *current, const void *backplane, const Ac
 bool read(const Call &call, Bp32Data &out) {
   AccessTable current(0, 1, lmainte::kBp32Record);
   if (!current.fetch(LMAINTE_DB_CURRENT)) {
-    call.error(2);
+    call.error(GetBp32Data::kNoCurrent);
     return false;
   }
   AccessTable backplane(0, 1, {"fru_bpa_info", lmainte::kIdentitySize});
   if (!backplane.fetch(LMAINTE_DB_FRU)) {
-    call.error(3);
+    call.error(GetBp32Data::kNoBackplane);
     return false;
   }
   AccessTable ddcs(0, kDdcUnits, {"fru_ddca_info_%02d", 320});
   if (!ddcs.fetch(LMAINTE_DB_FRU)) {
-    call.error(4);
+    call.error(GetBp32Data::kNoDdcs);
     return false;
   }
   return fill(call, current.find(0), backplane.find(0), ddcs, out);
@@ -67,7 +69,7 @@ bool read(const Call &call, Bp32Data &out) {
 int32_t lmainte_get_bp32_data(int32_t, int32_t count, int32_t model, Bp32Data *out) {
   const Call call(trace, kBlock);
   if (count == 0 || out == nullptr || model != LMAINTE_MODEL_QE1) {
-    call.error(1, count, model);
+    call.error(GetBp32Data::kRefused, count, model);
     return LMAINTE_FAILED;
   }
   return read(call, *out) ? LMAINTE_OK : LMAINTE_FAILED;

@@ -4,11 +4,14 @@
 
 #include "src/frame/trace.h"
 #include "src/model/model_family.h"
+#include "trace_events/inventory.h"
 
 namespace {
 
+using trace_events::GetCoolgrpData;
+
 lmainte::Trace trace;
-constexpr lmainte::Block kBlock = lmainte::plain_block(0x056);
+constexpr lmainte::Block kBlock = lmainte::block_of<GetCoolgrpData>();
 
 // Units of a type that are cooled together.
 struct CoolingGroup {
@@ -49,12 +52,12 @@ constexpr ModelRow kModels[] = {
 int32_t lmainte_get_coolgrp_data(int32_t unit_type, int32_t unit_no, int32_t model, CoolgrpData *out) {
   const lmainte::Call call(trace, kBlock);
   if (out == nullptr) {
-    call.error(1);
+    call.error(GetCoolgrpData::kNoResult);
     return LMAINTE_FAILED;
   }
   const ModelRow *row = lmainte::row_of(kModels, model);
   if (row == nullptr) {
-    call.error(2, model);
+    call.error(GetCoolgrpData::kNoModel, model);
     return LMAINTE_FAILED;
   }
   for (const CoolingGroup &group : row->groups) {
@@ -63,6 +66,6 @@ int32_t lmainte_get_coolgrp_data(int32_t unit_type, int32_t unit_no, int32_t mod
     out->coolgrp_mask[1] = group.mask[1];
     return LMAINTE_OK;
   }
-  call.error(3, unit_no);
+  call.error(GetCoolgrpData::kNoGroup, unit_no);
   return LMAINTE_FAILED;
 }

@@ -11,32 +11,43 @@
 #include "src/model/model_family.h"
 #include "src/model/unit_range.h"
 #include "src/model/unit_status.h"
+#include "trace_events/inventory.h"
 
 namespace {
 
 using lmainte::Block;
-using lmainte::BracketEvents;
+using lmainte::BracketErrors;
 using lmainte::Call;
 using lmainte::Record;
 using lmainte::RecordView;
 using lmainte::UnitRange;
+using trace_events::GetEmgbData;
+using trace_events::GetEmgbDataAll;
+using trace_events::GetEmgbrData;
+using trace_events::GetEmgbuData;
+using trace_events::MergeLocal;
+using trace_events::ReadEmgbs;
 
 lmainte::Trace trace;
-constexpr Block kGetEmgbu = lmainte::second_block(0x021);
-constexpr Block kGetEmgbr = lmainte::second_block(0x022);
-constexpr Block kGetByType = lmainte::second_block(0x022, 8);
-constexpr Block kReadUnits = lmainte::second_block(0x023);
-constexpr Block kMergeLocal = lmainte::second_block(0x024);
-constexpr Block kGetSeveral = lmainte::second_block(0x02E);
+constexpr Block kGetByType = lmainte::block_of<GetEmgbData>();
+constexpr Block kReadUnits = lmainte::block_of<ReadEmgbs>();
+constexpr Block kMergeLocal = lmainte::block_of<MergeLocal>();
+constexpr Block kGetSeveral = lmainte::block_of<GetEmgbDataAll>();
 
 constexpr uint32_t kDatabases[] = {LMAINTE_DB_CURRENT, LMAINTE_DB_LOCAL, LMAINTE_DB_FRU};
-constexpr BracketEvents kBracketEvents = {.open = 2, .lock = 3, .unlock = 6, .close = 7};
+constexpr BracketErrors kSeveralErrors = {
+    .not_opened = GetEmgbDataAll::kNotOpened,
+    .not_locked = GetEmgbDataAll::kNotLocked,
+    .not_unlocked = GetEmgbDataAll::kNotUnlocked,
+    .not_closed = GetEmgbDataAll::kNotClosed,
+};
 
 constexpr size_t kLocalNumberByte = 20;
 constexpr int32_t kUnitsOfAKind = 2;
 
-// What one kind of service processor unit has of its own: the words of an entry in its current record; the words of the
-// local record, and the roles of an installed unit, for the unit on which the process runs and for any other.
+// What differs between the kinds of service processor units: the words of an entry in its current record; the words of the
+// local record, and the roles of an installed unit, for the unit on which the process runs and for any other unit; and the
+// events of its reader.
 struct Kind {
   int32_t type;
   size_t entry_words;
@@ -44,20 +55,58 @@ struct Kind {
   size_t other_word;
   uint32_t own_role;
   uint32_t other_role;
+  Block block;
+  lmainte::Point entry;
+  lmainte::Error refused;
+  BracketErrors bracket;
 };
 
-constexpr Kind kEmgbu = {LMAINTE_TYPE_EMGBU, 20, 0, 1, 0, 0x80000000};
-constexpr Kind kEmgbr = {LMAINTE_TYPE_EMGBR, 6, 3, 4, 0x40000000, 0x20000000};
+constexpr Kind kEmgbu = {
+    .type = LMAINTE_TYPE_EMGBU,
+    .entry_words = 20,
+    .own_word = 0,
+    .other_word = 1,
+    .own_role = 0,
+    .other_role = 0x80000000,
+    .block = lmainte::block_of<GetEmgbuData>(),
+    .entry = GetEmgbuData::kEntry,
+    .refused = GetEmgbuData::kRefused,
+    .bracket =
+        {
+            .not_opened = GetEmgbuData::kNotOpened,
+            .not_locked = GetEmgbuData::kNotLocked,
+            .not_unlocked = GetEmgbuData::kNotUnlocked,
+            .not_closed = GetEmgbuData::kNotClosed,
+        },
+};
+constexpr Kind kEmgbr = {
+    .type = LMAINTE_TYPE_EMGBR,
+    .entry_words = 6,
+    .own_word = 3,
+    .other_word = 4,
+    .own_role = 0x40000000,
+    .other_role = 0x20000000,
+    .block = lmainte::block_of<GetEmgbrData>(),
+    .entry = GetEmgbrData::kEntry,
+    .refused = GetEmgbrData::kRefused,
+    .bracket =
+        {
+            .not_opened = GetEmgbrData::kNotOpened,
+            .not_locked = GetEmgbrData::kNotLocked,
+            .not_unlocked = GetEmgbrData::kNotUnlocked,
+            .not_closed = GetEmgbrData::kNotClosed,
+        },
+};
 
 bool read_unit(const Call &call, const Kind &kind, int32_t model, const RecordView &current, int32_t number,
                EmgbUnitData &out) {
   if (number < 0 || number >= kUnitsOfAKind) {
-    call.error(2, number);
+    call.error(ReadEmgbs::kNoUnit, number);
     return false;
   }
   Record fru;
   if (!fru.read(LMAINTE_DB_FRU, model, kind.type, number)) {
-    call.error(3, LMAINTE_FAILED, number);
+    call.error(ReadEmgbs::kNoFruRecord, LMAINTE_FAILED, number);
     return false;
   }
   const RecordView entry = current.at(static_cast<size_t>(number) * kind.entry_words * sizeof(uint32_t));
@@ -70,7 +119,7 @@ bool read_units(const Kind &kind, const UnitRange &range, int32_t model, EmgbUni
   const Call call(trace, kReadUnits);
   Record current;
   if (!current.read(LMAINTE_DB_CURRENT, model, kind.type, 0)) {
-    call.error(1, LMAINTE_FAILED, kind.type);
+    call.error(ReadEmgbs::kNoRecord, LMAINTE_FAILED, kind.type);
     return false;
   }
   for (int32_t i = 0; i < range.count; ++i)
@@ -89,7 +138,7 @@ bool merge_local(const Kind &kind, int32_t model, int32_t count, EmgbUnitData *o
   const Call call(trace, kMergeLocal);
   Record local;
   if (!local.read(LMAINTE_DB_LOCAL, model, kind.type, 0)) {
-    call.error(1, LMAINTE_FAILED, kind.type);
+    call.error(MergeLocal::kNoRecord, LMAINTE_FAILED, kind.type);
     return false;
   }
   const uint32_t local_number = local.view().byte(kLocalNumberByte);
@@ -106,15 +155,15 @@ bool merge_local(const Kind &kind, int32_t model, int32_t count, EmgbUnitData *o
   return true;
 }
 
-int32_t read_kind(const Block &block, const Kind &kind, int32_t unit, int32_t count, int32_t model, EmgbUnitData *out) {
-  Call call(trace, block);
+int32_t read_kind(const Kind &kind, int32_t unit, int32_t count, int32_t model, EmgbUnitData *out) {
+  Call call(trace, kind.block, kind.entry);
   const bool is_kind_of_model = kind.type == LMAINTE_TYPE_EMGBU || model == LMAINTE_MODEL_QE3;
   if (count <= 0 || out == nullptr || !is_kind_of_model || !lmainte::is_model(model)) {
-    call.error(1, count, model);
+    call.error(kind.refused, count, model);
     return call.returns(LMAINTE_FAILED);
   }
   const UnitRange range = lmainte::range_of(unit, count);
-  lmainte::SessionBracket bracket(call, kBracketEvents, kDatabases, lmainte::Hold::kLocked);
+  lmainte::SessionBracket bracket(call, kind.bracket, kDatabases, lmainte::Hold::kLocked);
   const bool good =
       bracket.run([&] { return read_units(kind, range, model, out) && merge_local(kind, model, range.count, out); });
   return call.returns(good ? LMAINTE_OK : LMAINTE_FAILED);
@@ -124,12 +173,12 @@ bool read_all(const Call &call, int32_t model, EmgbUnitData *out) {
   const int32_t count = lmainte::is_high_end(model) ? kUnitsOfAKind : 1;
   const int32_t result = lmainte_get_emgbu_data(lmainte::kAllUnits, count, model, out);
   if (result != LMAINTE_OK) {
-    call.error(4, result);
+    call.error(GetEmgbDataAll::kEmgbusNotRead, result);
     return false;
   }
   if (model != LMAINTE_MODEL_QE3) return true;
   const int32_t second = lmainte_get_emgbr_data(lmainte::kAllUnits, kUnitsOfAKind, model, out + kUnitsOfAKind);
-  if (second != LMAINTE_OK) call.error(5, second);
+  if (second != LMAINTE_OK) call.error(GetEmgbDataAll::kEmgbrsNotRead, second);
   return second == LMAINTE_OK;
 }
 
@@ -142,7 +191,7 @@ void copy_unit(const EmgbUnitData *units, int32_t count, int32_t type, int64_t n
   }
 }
 
-// On the model with both kinds the units alternate: a pair is the two of one number.
+// On the model with both kinds, the units alternate. A pair is the two units of one number.
 void copy_pairs(const EmgbUnitData *units, int32_t count, int32_t unit, int32_t model, EmgbUnitData *out) {
   const bool is_all = unit == lmainte::kAllUnits;
   const int64_t first = is_all ? 0 : unit;
@@ -158,57 +207,57 @@ void copy_pairs(const EmgbUnitData *units, int32_t count, int32_t unit, int32_t 
 }  // namespace
 
 int32_t lmainte_get_emgbu_data(int32_t unit, int32_t count, int32_t model, EmgbUnitData *out) {
-  return read_kind(kGetEmgbu, kEmgbu, unit, count, model, out);
+  return read_kind(kEmgbu, unit, count, model, out);
 }
 
 int32_t lmainte_get_emgbr_data(int32_t unit, int32_t count, int32_t model, EmgbUnitData *out) {
-  return read_kind(kGetEmgbr, kEmgbr, unit, count, model, out);
+  return read_kind(kEmgbr, unit, count, model, out);
 }
 
 int32_t lmainte_get_emgb_data(int32_t type, int32_t unit, int32_t count, int32_t model, EmgbUnitData *out) {
   const Call call(trace, kGetByType);
   if (type != LMAINTE_TYPE_EMGBU && type != LMAINTE_TYPE_EMGBR) {
-    call.error(1, type);
+    call.error(GetEmgbData::kNoType, type);
     return LMAINTE_FAILED;
   }
   const int32_t result = type == LMAINTE_TYPE_EMGBU ? lmainte_get_emgbu_data(unit, count, model, out)
                                                     : lmainte_get_emgbr_data(unit, count, model, out);
   if (result == LMAINTE_OK) return LMAINTE_OK;
-  call.error(2, type, result);
+  call.error(GetEmgbData::kNotRead, type, result);
   return LMAINTE_FAILED;
 }
 
 int32_t lmainte_get_emgb_data_all(int32_t model, EmgbUnitData *out) {
   const Call call(trace, kGetSeveral);
   if (out == nullptr) {
-    call.error(1);
+    call.error(GetEmgbDataAll::kNoResult);
     return LMAINTE_FAILED;
   }
-  lmainte::SessionBracket bracket(call, kBracketEvents, kDatabases, lmainte::Hold::kLocked);
+  lmainte::SessionBracket bracket(call, kSeveralErrors, kDatabases, lmainte::Hold::kLocked);
   return bracket.run([&] { return read_all(call, model, out); }) ? LMAINTE_OK : LMAINTE_FAILED;
 }
 
 int32_t lmainte_get_emgb_data_pair(int32_t unit, int32_t model, EmgbUnitData *out) {
   const Call call(trace, kGetSeveral);
   if (out == nullptr) {
-    call.error(1);
+    call.error(GetEmgbDataAll::kNoResult);
     return LMAINTE_FAILED;
   }
   if (lmainte::is_model(model) && !lmainte::is_high_end(model)) {
-    call.error(8, model);
+    call.error(GetEmgbDataAll::kNoPairs, model);
     return LMAINTE_FAILED;
   }
   const int32_t count = model == LMAINTE_MODEL_QE3 ? 2 * kUnitsOfAKind : kUnitsOfAKind;
   auto *units = static_cast<EmgbUnitData *>(calloc(static_cast<size_t>(count), sizeof(EmgbUnitData)));
   if (units == nullptr) {
-    call.system_error(9, errno);
+    call.system_error(GetEmgbDataAll::kNoMemory, errno);
     return LMAINTE_FAILED;
   }
   const int32_t result = lmainte_get_emgb_data_all(model, units);
   if (result == LMAINTE_OK)
     copy_pairs(units, count, unit, model, out);
   else
-    call.error(10, result);
+    call.error(GetEmgbDataAll::kNotRead, result);
   free(units);
   return result;
 }

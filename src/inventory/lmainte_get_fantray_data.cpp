@@ -6,6 +6,7 @@
 #include "src/model/model_family.h"
 #include "src/model/unit_range.h"
 #include "src/model/unit_status.h"
+#include "trace_events/inventory.h"
 
 namespace {
 
@@ -15,10 +16,12 @@ using lmainte::Call;
 using lmainte::FlaggedEntries;
 using lmainte::RecordView;
 using lmainte::UnitRange;
+using trace_events::GetFantrayData;
+using trace_events::ReadFantrays;
 
 lmainte::Trace trace;
-constexpr Block kGetFantrayData = lmainte::plain_block(0x03E);
-constexpr Block kRead = lmainte::plain_block(0x03F);
+constexpr Block kGetFantrayData = lmainte::block_of<GetFantrayData>();
+constexpr Block kRead = lmainte::block_of<ReadFantrays>();
 
 // The current record holds thirty-two entries, each with the tray's own words and those of three fans.
 constexpr int32_t kEntrySize = 216;
@@ -30,7 +33,7 @@ constexpr int32_t kFruRecordSize = 256;
 constexpr size_t kNameLengthByte = 43;
 constexpr uint8_t kEndOfTrays = 255;
 
-// What one model has of its own.
+// What differs between the models.
 struct ModelRow {
   uint32_t model;
   const lmainte_fan_count *fans;
@@ -74,17 +77,18 @@ struct Source {
 // Reads tray `tray` into a record whose fans are those of the entry of `fan_tray`.
 bool read_tray(const Call &call, const Source &source, int32_t tray, int32_t fan_tray, FantrayData &out) {
   if (!source.trays.has(tray)) {
-    call.error(1, tray);
+    call.error(ReadFantrays::kNoEntry, tray);
     return false;
   }
   fill_head(source.trays, tray, out);
   const int32_t fans = fans_of(source.model, tray);
   if (fans == 0) {
-    call.error(2, tray);
+    call.error(ReadFantrays::kNoFantray, tray);
     return false;
   }
   fill_fans(fans, source.trays.entry(fan_tray), out);
-  return source.names == nullptr || lmainte::copy_name(call, 3, *source.names, kNameLengthByte, out);
+  return source.names == nullptr ||
+         lmainte::copy_name(call, ReadFantrays::kNoFruRecord, *source.names, kNameLengthByte, out);
 }
 
 // The list of the smallest high-end model shows trays 2 to 5 before trays 0 and 1.
@@ -97,12 +101,12 @@ int32_t listed_tray(int32_t position) {
 bool read(const Source &source, bool is_list, const UnitRange &range, FantrayData *out) {
   const Call call(trace, kRead);
   if (source.trays.are_missing()) {
-    call.error(4);
+    call.error(ReadFantrays::kNoRecord);
     return false;
   }
   for (int32_t i = 0; i < range.count; ++i) {
-    // In the list a record has its head from the tray shown and its fans from the tray of the position. Its readers have
-    // always had them so.
+    // In the list, the record's head is that of the tray shown and its fans are those of the tray at this position. The
+    // commands rely on it.
     const int32_t place = range.first + i;
     if (!read_tray(call, source, is_list ? listed_tray(place) : place, place, out[i])) return false;
   }
@@ -112,14 +116,14 @@ bool read(const Source &source, bool is_list, const UnitRange &range, FantrayDat
 bool fetch_and_read(const Call &call, const ModelRow &model, bool is_list, const UnitRange &range, FantrayData *out) {
   AccessTable current(0, 1, lmainte::kFantrayRecord);
   if (!current.fetch(LMAINTE_DB_CURRENT)) {
-    call.error(2, LMAINTE_DB_CURRENT);
+    call.error(GetFantrayData::kNoCurrent, LMAINTE_DB_CURRENT);
     return false;
   }
   const FlaggedEntries trays(current.find(0), lmainte::kFantrayRecord.size, kEntrySize);
   if (lmainte::family_of(model.model) != lmainte::Family::kQe) return read({model, trays, nullptr}, false, range, out);
   AccessTable names(range.first, range.count, {"fru_fan_qe_info_%02d", kFruRecordSize});
   if (!names.fetch(LMAINTE_DB_FRU, trays.absence_of_names())) {
-    call.error(3, LMAINTE_DB_FRU, range.first);
+    call.error(GetFantrayData::kNoFruRecords, LMAINTE_DB_FRU, range.first);
     return false;
   }
   return read({model, trays, &names}, is_list && model.model == LMAINTE_MODEL_QE1, range, out);
@@ -131,7 +135,7 @@ int32_t lmainte_get_fantray_data(int32_t tray, int32_t count, int32_t model, Fan
   const Call call(trace, kGetFantrayData);
   const ModelRow *row = lmainte::row_of(kModels, model);
   if (count == 0 || out == nullptr || row == nullptr) {
-    call.error(1, count, model);
+    call.error(GetFantrayData::kRefused, count, model);
     return LMAINTE_FAILED;
   }
   const bool is_list = tray == lmainte::kAllUnits;

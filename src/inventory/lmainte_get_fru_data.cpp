@@ -8,18 +8,31 @@
 #include "src/model/unit_range.h"
 #include "src/model/unit_readers.h"
 #include "src/model/unit_status.h"
+#include "trace_events/inventory.h"
 
 namespace {
 
 using lmainte::Block;
 using lmainte::Call;
 using lmainte::UnitReader;
+using trace_events::AwaitState;
+using trace_events::ChkFruInstall;
+using trace_events::GetFruData;
+using trace_events::TestState;
 
 lmainte::Trace trace;
-constexpr Block kGetFruData = lmainte::plain_block(0x06A);
-constexpr Block kCheckInstall = lmainte::plain_block(0x06B);
-constexpr Block kAwait = lmainte::plain_block(0x06C);
-constexpr Block kTestState = lmainte::plain_block(0x06D);
+constexpr Block kGetFruData = lmainte::block_of<GetFruData>();
+constexpr Block kCheckInstall = lmainte::block_of<ChkFruInstall>();
+constexpr Block kAwait = lmainte::block_of<AwaitState>();
+constexpr Block kTestState = lmainte::block_of<TestState>();
+
+constexpr lmainte::BracketErrors kBracketErrors = {
+    .not_opened = ChkFruInstall::kNotOpened,
+    .not_locked = ChkFruInstall::kNotLocked,
+    .not_unlocked = ChkFruInstall::kNotUnlocked,
+    .not_closed = ChkFruInstall::kNotClosed,
+    .database_first = true,
+};
 
 // The service processor units are known and not served here: they have readers of their own.
 bool is_read_elsewhere(int32_t type) {
@@ -60,7 +73,7 @@ int32_t test_state(const Check &check) {
   const Call call(trace, kTestState);
   const UnitReader *reader = lmainte::reader_of(check.type);
   if (reader == nullptr) {
-    call.error(1, check.type);
+    call.error(TestState::kNoType, check.type);
     return LMAINTE_FAILED;
   }
   const uint32_t status = reader->head(check.record, 0).status;
@@ -70,7 +83,7 @@ int32_t test_state(const Check &check) {
 int32_t read_and_test(const Call &call, const Check &check) {
   const int32_t result = lmainte_get_fru_data(check.type, check.index, 1, check.model, check.record);
   if (result == LMAINTE_OK) return test_state(check);
-  call.error(1, result);
+  call.error(AwaitState::kNotRead, result);
   return LMAINTE_FAILED;
 }
 
@@ -100,7 +113,7 @@ int32_t await_state(const Check &check) {
   sleep(kSecondsBefore);
   int32_t result = reach(call, check, timing);
   if (result == LMAINTE_OK) result = hold(call, check, timing);
-  if (result == LMAINTE_NOT_REACHED) call.error(2, result);
+  if (result == LMAINTE_NOT_REACHED) call.error(AwaitState::kNotReached, result);
   return result;
 }
 
@@ -109,34 +122,33 @@ int32_t await_state(const Check &check) {
 int32_t lmainte_get_fru_data(int32_t type, int32_t index, int32_t count, int32_t model, void *out) {
   const Call call(trace, kGetFruData);
   if (count == 0 || out == nullptr) {
-    call.error(1, count);
+    call.error(GetFruData::kRefused, count);
     return LMAINTE_FAILED;
   }
   if (!lmainte::is_model(model)) {
-    call.error(2, model);
+    call.error(GetFruData::kNoModel, model);
     return LMAINTE_FAILED;
   }
   const UnitReader *reader = lmainte::reader_of(type);
   if (reader == nullptr) {
-    if (!is_read_elsewhere(type)) call.error(3, type);
+    if (!is_read_elsewhere(type)) call.error(GetFruData::kNoType, type);
     return LMAINTE_FAILED;
   }
   const int32_t result = reader->read(index, count, model, out);
   if (result == LMAINTE_OK) return LMAINTE_OK;
-  call.error(4, result);
+  call.error(GetFruData::kNotRead, result);
   return LMAINTE_FAILED;
 }
 
 int32_t lmainte_chk_fru_install(uint32_t expectation, int32_t type, int32_t index, int32_t model, void *record) {
   const Call call(trace, kCheckInstall);
   if (index == lmainte::kAllUnits || record == nullptr || !lmainte::is_model(model)) {
-    call.error(1, index, model);
+    call.error(ChkFruInstall::kRefused, index, model);
     return LMAINTE_FAILED;
   }
   const uint32_t databases[] = {LMAINTE_DB_SETUP, LMAINTE_DB_CURRENT, LMAINTE_DB_LOCAL, LMAINTE_DB_FRU};
-  const lmainte::BracketEvents events = {.open = 2, .lock = 3, .unlock = 4, .close = 5, .database_first = true};
   int32_t result = LMAINTE_FAILED;
-  lmainte::SessionBracket bracket(call, events, databases, lmainte::Hold::kOpen);
+  lmainte::SessionBracket bracket(call, kBracketErrors, databases, lmainte::Hold::kOpen);
   const bool released = bracket.run([&] {
     result = await_state({expectation, type, index, model, record});
     return true;

@@ -5,6 +5,7 @@
 #include "src/inventory/unit_entries.h"
 #include "src/model/model_family.h"
 #include "src/model/unit_range.h"
+#include "trace_events/inventory.h"
 
 namespace {
 
@@ -15,11 +16,14 @@ using lmainte::Family;
 using lmainte::FlaggedEntries;
 using lmainte::RecordView;
 using lmainte::UnitRange;
+using trace_events::FetchPsus;
+using trace_events::GetPsuData;
+using trace_events::ReadPsus;
 
 lmainte::Trace trace;
-constexpr Block kGetPsuData = lmainte::plain_block(0x040);
-constexpr Block kFetch = lmainte::plain_block(0x048);
-constexpr Block kRead = lmainte::plain_block(0x049);
+constexpr Block kGetPsuData = lmainte::block_of<GetPsuData>();
+constexpr Block kFetch = lmainte::block_of<FetchPsus>();
+constexpr Block kRead = lmainte::block_of<ReadPsus>();
 
 // The current record holds sixty entries.
 constexpr int32_t kEntrySize = 56;
@@ -29,7 +33,7 @@ constexpr int32_t kFruRecordSize = 320;
 constexpr size_t kNameLengthByte = 79;
 constexpr uint8_t kNoInfo = 255;
 
-// What one family has of its own. The entry model keeps its FRU records under the high end's names.
+// What differs between the families. The entry model keeps its FRU records under the high end's names.
 struct FamilyRow {
   Family family;
   const char *fru_record;
@@ -56,11 +60,11 @@ bool read(const UnitRange &range, const FamilyRow &family, const FlaggedEntries 
   for (int32_t i = 0; i < range.count; ++i) {
     const int32_t number = range.first + i;
     if (!psus.has(number)) {
-      call.error(1, number);
+      call.error(ReadPsus::kNoEntry, number);
       return false;
     }
     fill(psus, number, family, out[i]);
-    if (!lmainte::copy_name(call, 2, names, kNameLengthByte, out[i])) return false;
+    if (!lmainte::copy_name(call, ReadPsus::kNoFruRecord, names, kNameLengthByte, out[i])) return false;
   }
   return true;
 }
@@ -69,17 +73,17 @@ bool fetch_and_read(const UnitRange &range, const FamilyRow &family, PsuData *ou
   const Call call(trace, kFetch);
   AccessTable current(0, 1, lmainte::kPsuRecord);
   if (!current.fetch(LMAINTE_DB_CURRENT)) {
-    call.error(1);
+    call.error(FetchPsus::kNoCurrent);
     return false;
   }
   const FlaggedEntries psus(current.find(0), lmainte::kPsuRecord.size, kEntrySize);
   AccessTable names(range.first, range.count, {family.fru_record, kFruRecordSize});
   if (!names.fetch(LMAINTE_DB_FRU, psus.absence_of_names())) {
-    call.error(2, range.first, range.count);
+    call.error(FetchPsus::kNoFruRecords, range.first, range.count);
     return false;
   }
   if (psus.are_missing()) {
-    call.error(3);
+    call.error(FetchPsus::kNoRecord);
     return false;
   }
   return read(range, family, psus, names, out);
@@ -91,12 +95,12 @@ int32_t lmainte_get_psu_data(int32_t psu, int32_t count, int32_t model, PsuData 
   const Call call(trace, kGetPsuData);
   const FamilyRow *family = lmainte::row_of(kFamilies, model);
   if (count == 0 || out == nullptr || family == nullptr) {
-    call.error(1, count, model);
+    call.error(GetPsuData::kRefused, count, model);
     return LMAINTE_FAILED;
   }
   const UnitRange range = lmainte::range_of(psu, count);
   if (!fetch_and_read(range, *family, out)) {
-    call.error(2, range.first, range.count);
+    call.error(GetPsuData::kNotRead, range.first, range.count);
     return LMAINTE_FAILED;
   }
   return LMAINTE_OK;

@@ -2,28 +2,31 @@
 
 #include "src/db/access_table.h"
 #include "src/frame/trace.h"
+#include "trace_events/inventory.h"
 
 namespace {
 
+using trace_events::GetSystemStatus;
+
 lmainte::Trace trace;
-constexpr lmainte::Block kBlock = lmainte::plain_block(0x041);
+constexpr lmainte::Block kBlock = lmainte::block_of<GetSystemStatus>();
 
 }  // namespace
 
 int32_t lmainte_get_system_status(SystemStatus *out) {
   const lmainte::Call call(trace, kBlock);
   if (out == nullptr) {
-    call.error(1);
+    call.error(GetSystemStatus::kNoResult);
     return LMAINTE_FAILED;
   }
   lmainte::AccessTable table(0, 1, lmainte::kSystemRecord);
   if (!table.fetch(LMAINTE_DB_CURRENT)) {
-    call.error(2);
+    call.error(GetSystemStatus::kNotRead);
     return LMAINTE_FAILED;
   }
   const void *record = table.find(0);
   if (record == nullptr) {
-    call.error(3);
+    call.error(GetSystemStatus::kNoRecord);
     return LMAINTE_FAILED;
   }
   const lmainte::RecordView view(record);

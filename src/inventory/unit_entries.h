@@ -32,14 +32,14 @@ void fill_head(int32_t type, int32_t number, const RecordView &entry, Unit &out)
   fill_head(type, number, entry, stored_status(entry), out);
 }
 
-// Copies the name of an installed unit out of its FRU record, where its length byte is at an offset. False, with this
-// error, where an installed unit has no such record.
+// Copies the name of an installed unit out of its FRU record. The name's length byte is at the offset. Returns false, and
+// records this error, if an installed unit has no such record.
 template <class Unit>
-bool copy_name(const Call &call, Point error_point, const AccessTable &names, size_t length_offset, Unit &unit) {
+bool copy_name(const Call &call, Error no_record, const AccessTable &names, size_t length_offset, Unit &unit) {
   if (!is_installed(unit.status)) return true;
   const void *fru = names.find(unit.number);
   if (fru == nullptr) {
-    call.error(error_point, unit.number);
+    call.error(no_record, unit.number);
     return false;
   }
   RecordView(fru).copy_name(length_offset, unit.fru_name);

@@ -8,6 +8,7 @@
 #include "src/db/access_table.h"
 #include "src/frame/trace.h"
 #include "src/model/model_family.h"
+#include "trace_events/model.h"
 
 namespace {
 
@@ -16,11 +17,13 @@ using lmainte::Block;
 using lmainte::Call;
 using lmainte::Family;
 using lmainte::RecordView;
+using trace_events::GetModelData;
+using trace_events::ReadTimeFile;
 
 lmainte::Trace trace;
-constexpr Block kGetModelData = lmainte::plain_block(0x044);
-constexpr Block kFindModel = lmainte::plain_block(0x045);
-constexpr Block kReadTimeFile = lmainte::plain_block(0x046);
+constexpr Block kGetModelData = lmainte::block_of<GetModelData>();
+constexpr Block kFindModel = lmainte::block_of<trace_events::FindModel>();
+constexpr Block kReadTimeFile = lmainte::block_of<ReadTimeFile>();
 
 struct Marker {
   const char *path;
@@ -36,7 +39,7 @@ constexpr Marker kOtherMarkers[] = {
 uint32_t lmainte_model_cache = LMAINTE_MODEL_NONE;
 uint32_t lmainte_model_cache_2 = LMAINTE_MODEL_NONE;
 
-// An inode too large for this build's struct is a file that exists.
+// If the inode is too large for this build's struct, the file exists.
 bool exists(const char *path) {
   struct stat unused;
   return stat(path, &unused) == 0 || errno == EOVERFLOW;
@@ -47,7 +50,7 @@ uint32_t first_marked(const Marker *marker) {
   return marker->model;
 }
 
-// A model once found stays; the absence of every marker is looked up again each time.
+// Once found, the model stays the same. Without a marker file, every call looks for one again.
 uint32_t find_model() {
   Call call(trace, kFindModel);
   if (lmainte_model_cache == LMAINTE_MODEL_NONE) lmainte_model_cache = first_marked(kEntryMarkers);
@@ -58,7 +61,7 @@ uint32_t find_model() {
   return lmainte_model_cache;
 }
 
-// What one family of models has of its own.
+// What differs between the families of models.
 struct FamilyRow {
   Family family;
   const char *control_times;
@@ -81,19 +84,19 @@ class TimeFile {
   }
   bool is_read() const { return is_read_; }
 
-  // True when the file was opened, read in full and closed. A file that fails to close has been read all the same.
+  // True when the file was opened, read in full and closed. If only the close fails, is_read() is still true.
   bool read(const char *path) {
     Call call(trace, kReadTimeFile);
     const int32_t fd = lcmn_lopen(path, O_RDONLY, 0444);
     if (fd < 0) {
-      call.system_error(1, fd, errno);
+      call.system_error(ReadTimeFile::kNotOpened, fd, errno);
       return false;
     }
     const int32_t got = lcmn_read(fd, bytes_, sizeof bytes_);
     is_read_ = got == static_cast<int32_t>(sizeof bytes_);
-    if (!is_read_) call.system_error(2, got, errno);
+    if (!is_read_) call.system_error(ReadTimeFile::kNotRead, got, errno);
     const int32_t closed = lcmn_close(fd);
-    if (closed != 0) call.system_error(3, closed, errno);
+    if (closed != 0) call.system_error(ReadTimeFile::kNotClosed, closed, errno);
     return is_read_ && closed == 0;
   }
 
@@ -102,7 +105,7 @@ class TimeFile {
   bool is_read_ = false;
 };
 
-// The file has twelve times a half. The twelfth is that of slot 12: slot 11 takes none.
+// Each half of the file has twelve times. The twelfth belongs to slot 12. Slot 11 has no times.
 constexpr size_t kControlWords = 64;
 constexpr size_t kSecondHalf = 32;
 constexpr size_t kPlainSlots = 11;
@@ -122,7 +125,7 @@ constexpr size_t kCommandWords = 32;
 bool fill_command_times(const Call &call, uint32_t model, lmainte_cmdtime *cmdtimes) {
   const FamilyRow *row = lmainte::row_of(kFamilies, model);
   if (row == nullptr) {
-    call.error(6, model);
+    call.error(GetModelData::kNoModel, model);
     return false;
   }
   TimeFile<kCommandWords> file;
@@ -132,7 +135,7 @@ bool fill_command_times(const Call &call, uint32_t model, lmainte_cmdtime *cmdti
   return true;
 }
 
-// Bit 7 says that all power supplies count, not half of them.
+// Bit 7 says that all power supplies count. Without it, half of them do.
 constexpr uint32_t kAllPowerSupplies = 0x80;
 constexpr size_t kSystemFlagsByte = 148;
 
@@ -144,7 +147,7 @@ uint32_t slot_10_of_high_end(const Call &call, uint32_t model) {
     case LMAINTE_MODEL_QE3:
       return 4;
     default:
-      call.error(5, model);
+      call.error(GetModelData::kNoCount, model);
       return 0;
   }
 }
@@ -168,7 +171,7 @@ void fill_counts(const Call &call, Family family, const RecordView &general, lma
   if (is_high_end) unit[LMAINTE_SLOT_BP32].max_count = 2;
 }
 
-// One record of the whole system, found or not.
+// One record of the whole system. Null if it cannot be read.
 const void *read_system_record(AccessTable &table, uint32_t db_id) {
   return table.fetch(db_id) ? table.find(0) : nullptr;
 }
@@ -177,19 +180,19 @@ bool fill_model_data(const Call &call, uint32_t model, const RecordView &current
   model_data.model = model;
   AccessTable setup(0, 1, {"setup_system_info", 248});
   if (read_system_record(setup, LMAINTE_DB_SETUP) == nullptr) {
-    call.error(3);
+    call.error(GetModelData::kNoSetup);
     return false;
   }
   model_data.system_flags = current.byte(kSystemFlagsByte);
   AccessTable general(0, 1, {"gen_system_info", 1408});
   const void *record = read_system_record(general, LMAINTE_DB_GEN);
   if (record == nullptr) {
-    call.error(4);
+    call.error(GetModelData::kNoGeneral);
     return false;
   }
   const FamilyRow *row = lmainte::row_of(kFamilies, model);
   if (row == nullptr) {
-    call.error(6, model);
+    call.error(GetModelData::kNoModel, model);
     return false;
   }
   fill_counts(call, row->family, RecordView(record), model_data);
@@ -204,17 +207,17 @@ bool fill_model_data(const Call &call, uint32_t model, const RecordView &current
 int32_t lmainte_get_model_data(lmainte_model_data *model_data, lmainte_cmdtime *cmdtimes) {
   Call call(trace, kGetModelData);
   if (model_data == nullptr && cmdtimes == nullptr) {
-    call.error(1);
+    call.error(GetModelData::kBothNull);
     return LMAINTE_FAILED;
   }
   AccessTable current(0, 1, lmainte::kSystemRecord);
   const void *record = read_system_record(current, LMAINTE_DB_CURRENT);
   if (record == nullptr) {
-    call.error(2);
+    call.error(GetModelData::kNoCurrent);
     return LMAINTE_FAILED;
   }
   const uint32_t model = find_model();
-  call.point(2, model);
+  call.point(GetModelData::kModel, model);
   if (model_data != nullptr && !fill_model_data(call, model, RecordView(record), *model_data)) return LMAINTE_FAILED;
   if (cmdtimes != nullptr && !fill_command_times(call, model, cmdtimes)) return LMAINTE_FAILED;
   return LMAINTE_OK;

@@ -7,18 +7,24 @@
 
 #include "src/frame/trace.h"
 #include "src/model/model_family.h"
+#include "trace_events/model.h"
 
 namespace {
 
 using lmainte::Block;
 using lmainte::Call;
+using trace_events::FindIds;
+using trace_events::GetUnitPositionId;
+using trace_events::ReplaceMemLocation;
+using trace_events::ReplaceMemLocationQa;
+using trace_events::SplitPath;
 
 lmainte::Trace trace;
-constexpr Block kGetPosition = lmainte::plain_block(0x04A);
-constexpr Block kSplit = lmainte::plain_block(0x04B);
-constexpr Block kFindIds = lmainte::plain_block(0x04C);
-constexpr Block kReplaceMem = lmainte::plain_block(0x04D);
-constexpr Block kReplaceMemQa = lmainte::plain_block(0x04E);
+constexpr Block kGetPosition = lmainte::block_of<GetUnitPositionId>();
+constexpr Block kSplit = lmainte::block_of<SplitPath>();
+constexpr Block kFindIds = lmainte::block_of<FindIds>();
+constexpr Block kReplaceMem = lmainte::block_of<ReplaceMemLocation>();
+constexpr Block kReplaceMemQa = lmainte::block_of<ReplaceMemLocationQa>();
 
 constexpr uint32_t kMostComponents = 6;
 constexpr char kExpansionPrefix[] = "/IOX@";
@@ -72,7 +78,7 @@ bool split(uint32_t mode, const char *path, Path &parts) {
     const size_t length = strcspn(++path, "/");
     lmainte_path_component &component = parts.components[parts.count];
     if (length >= sizeof component.whole) {
-      call.error(1, mode, static_cast<uint32_t>(length));
+      call.error(SplitPath::kTooLong, mode, static_cast<uint32_t>(length));
       return false;
     }
     fill_component(path, length, component);
@@ -143,7 +149,7 @@ bool find_ids(const lmainte_unit_code &location, const Path &parts, uint32_t mod
     const bool found = is_named ? find_named(location.names, component.whole, mode, ids[i])
                                 : number_below(component.number, location.max[i], ids[i]);
     if (!found) {
-      call.error(1, mode, static_cast<uint32_t>(strtoul(component.number, nullptr, 10)));
+      call.error(FindIds::kNoUnit, mode, static_cast<uint32_t>(strtoul(component.number, nullptr, 10)));
       return false;
     }
   }
@@ -161,23 +167,23 @@ void rewrite_memory(uint32_t model, Path &parts) {
 int32_t find_position(const Call &call, uint32_t mode, uint32_t model, Path &parts, lmainte_unit_position &position) {
   const ModelRow *row = lmainte::row_of(kModels, model);
   if (row == nullptr) {
-    call.error(6, mode, model);
+    call.error(GetUnitPositionId::kNoModel, mode, model);
     return LMAINTE_FAILED;
   }
   const lmainte_unit_code *location = find_location(row->locations, parts);
   if (location == nullptr) {
-    call.error(7, mode);
+    call.error(GetUnitPositionId::kNoLocation, mode);
     return LMAINTE_POSITION_UNKNOWN;
   }
   lmainte_unit_position found = {};
   found.type = mode == LMAINTE_POSITION_FRU ? location->type_fru : location->type_pos;
   if (mode == LMAINTE_POSITION_FRU && found.type == 0) {
-    call.error(8, mode, found.type);
+    call.error(GetUnitPositionId::kNotReplaceable, mode, found.type);
     return LMAINTE_POSITION_UNKNOWN;
   }
   if (mode == LMAINTE_POSITION_UNIT && is_memory(found.type)) rewrite_memory(model, parts);
   if (!find_ids(*location, parts, mode, found.id)) {
-    call.error(9, mode, LMAINTE_POSITION_UNKNOWN);
+    call.error(GetUnitPositionId::kNoIds, mode, LMAINTE_POSITION_UNKNOWN);
     return LMAINTE_POSITION_UNKNOWN;
   }
   found.count = static_cast<uint8_t>(parts.count);
@@ -190,26 +196,26 @@ int32_t find_position(const Call &call, uint32_t mode, uint32_t model, Path &par
 int32_t lmainte_get_unit_position_id(uint32_t mode, const char *path, lmainte_unit_position *position) {
   const Call call(trace, kGetPosition);
   if (mode > LMAINTE_POSITION_UNIT) {
-    call.error(1, mode);
+    call.error(GetUnitPositionId::kNoMode, mode);
     return LMAINTE_FAILED;
   }
   if (path == nullptr || position == nullptr) {
-    call.error(2, mode);
+    call.error(GetUnitPositionId::kNullArgument, mode);
     return LMAINTE_FAILED;
   }
   if (!is_well_formed(path)) {
-    call.error(3, mode);
+    call.error(GetUnitPositionId::kNotWellFormed, mode);
     return LMAINTE_POSITION_UNKNOWN;
   }
   lmainte_model_data model_data = {};
   const int32_t result = lmainte_get_model_data(&model_data, nullptr);
   if (result != LMAINTE_OK) {
-    call.error(4, mode, result);
+    call.error(GetUnitPositionId::kModelNotRead, mode, result);
     return LMAINTE_FAILED;
   }
   Path parts;
   if (!split(mode, path, parts)) {
-    call.error(5, mode, LMAINTE_POSITION_UNKNOWN);
+    call.error(GetUnitPositionId::kNotSplit, mode, LMAINTE_POSITION_UNKNOWN);
     return LMAINTE_POSITION_UNKNOWN;
   }
   return find_position(call, mode, model_data.model, parts, *position);
@@ -218,7 +224,7 @@ int32_t lmainte_get_unit_position_id(uint32_t mode, const char *path, lmainte_un
 int32_t replace_mem_location(lmainte_path_component *components) {
   const Call call(trace, kReplaceMem);
   if (components == nullptr) {
-    call.error(1);
+    call.error(ReplaceMemLocation::kNullArgument);
     return LMAINTE_FAILED;
   }
   char whole[sizeof components[1].whole + 1 + sizeof components[2].whole];
@@ -230,7 +236,7 @@ int32_t replace_mem_location(lmainte_path_component *components) {
 int32_t replace_mem_location_qa(lmainte_path_component *components, uint32_t *count) {
   const Call call(trace, kReplaceMemQa);
   if (components == nullptr || count == nullptr) {
-    call.error(1);
+    call.error(ReplaceMemLocationQa::kNullArgument);
     return LMAINTE_FAILED;
   }
   components[2] = components[1];

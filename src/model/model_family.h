@@ -33,7 +33,7 @@ constexpr bool is_high_end(int32_t model) {
   return family_of(static_cast<uint32_t>(model)) == Family::kQe;
 }
 
-// The row that a table has for a model, by its column `family` or, where it has none, its column `model`. Null for a model
+// The row for a model: found by the column `family`, or by the column `model` in a table without families. Null for a model
 // without a row.
 template <class Row, size_t N>
 constexpr const Row *row_of(const Row (&table)[N], uint32_t model) {

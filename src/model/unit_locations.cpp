@@ -34,7 +34,7 @@ constexpr bool ends_after(const lmainte_unit_code (&table)[Rows], size_t pattern
 
 }  // namespace
 
-// A limit that no location reaches, such as the third of a location with two parts, is part of the layout all the same.
+// Limits beyond the parts of a location, such as the third limit of one with two parts, belong to the layout, too.
 constexpr lmainte_unit_code convert_unit_code_qa[] = {
     {"/MBU_A", 0, 120, {1}, nullptr},
     {"/MBU_A/MEM#", 0, 138, {1, 1, 8}, convert_unit_no_qa_mem},

@@ -6,8 +6,10 @@
 
 namespace {
 
+using trace_events::ClearXsb;
+
 lmainte::Trace trace;
-constexpr lmainte::Block kBlock = lmainte::second_block(0x01B);
+constexpr lmainte::Block kBlock = lmainte::block_of<ClearXsb>();
 
 constexpr lmainte::StatusMeaning kMeanings[] = {
     {6, LMAINTE_CLEAR_FAILED},   {7, LMAINTE_CLEAR_FAILED},   {128, LMAINTE_CLEAR_FAILED}, {131, LMAINTE_CLEAR_FAILED},
@@ -28,13 +30,16 @@ bool name_xsbs(int32_t division, long board, char (&names)[128]) {
 
 int32_t lmainte_clear_xsb(int32_t division, int32_t time_limit, const UnitRecord *unit) {
   const lmainte::Call call(trace, kBlock);
-  if (!lmainte::is_ready(call, time_limit, unit)) return LMAINTE_FAILED;
-  lmainte::record_board(call, kOperation, *unit);
+  if (!lmainte::has_time(call, ClearXsb::kNoTimeLimit, time_limit)) return LMAINTE_FAILED;
+  if (!lmainte::is_given(call, ClearXsb::kNoUnit, unit)) return LMAINTE_FAILED;
+  call.point(ClearXsb::kUnit, unit->type, unit->number);
+  call.point(ClearXsb::kCommand, kOperation.command_id);
   char names[128];
   if (!name_xsbs(division, unit->number, names)) {
-    call.error(3, division);
+    call.error(ClearXsb::kNoDivision, division);
     return LMAINTE_FAILED;
   }
   const int32_t status = lmainte_exec(kOperation.command_id, time_limit, "-q y -c unassign %s", names);
-  return lmainte::judge(call, kOperation, 4, 4, status);
+  call.point(ClearXsb::kEnded, status);
+  return lmainte::judge(call, kOperation, ClearXsb::kRefused, status);
 }

@@ -4,8 +4,10 @@
 
 namespace {
 
+using trace_events::ControlFan;
+
 lmainte::Trace trace;
-constexpr lmainte::Block kBlock = lmainte::plain_block(0x031);
+constexpr lmainte::Block kBlock = lmainte::block_of<ControlFan>();
 
 constexpr lmainte::ModeLine kLines[] = {
     {LMAINTE_FAN_LOW, "-c low"},
@@ -26,16 +28,15 @@ int32_t run(int32_t time_limit, const char *unit_name, const char *speed) {
 
 int32_t lmainte_control_fan(int32_t mode, int32_t time_limit, const char *unit_name) {
   const lmainte::Call call(trace, kBlock);
-  if (time_limit <= 0) {
-    call.error(1);
-    return LMAINTE_FAILED;
-  }
-  call.point(2, kOperation.command_id, mode);
-  const char *speed = lmainte::find_line(call, kOperation, 2, mode);
+  if (!lmainte::has_time(call, ControlFan::kNoTimeLimit, time_limit)) return LMAINTE_FAILED;
+  call.point(ControlFan::kCommand, kOperation.command_id, mode);
+  const char *speed = lmainte::find_line(call, kOperation, ControlFan::kNoMode, mode);
   if (speed == nullptr) return LMAINTE_FAILED;
   if (mode == LMAINTE_FAN_FULL && unit_name == nullptr) {
-    call.error(3, mode);
+    call.error(ControlFan::kNeedsUnit, mode);
     return LMAINTE_FAILED;
   }
-  return lmainte::judge(call, kOperation, 3, 4, run(time_limit, unit_name, speed), mode);
+  const int32_t status = run(time_limit, unit_name, speed);
+  call.point(ControlFan::kEnded, status);
+  return lmainte::judge(call, kOperation, ControlFan::kRefused, status, mode);
 }

@@ -4,8 +4,20 @@
 
 namespace {
 
+using trace_events::ControlLed;
+
 lmainte::Trace trace;
-constexpr lmainte::Block kBlock = lmainte::plain_block(0x033);
+constexpr lmainte::Block kBlock = lmainte::block_of<ControlLed>();
+
+constexpr lmainte::UnitEvents kEvents = {
+    .command = ControlLed::kCommand,
+    .unit = ControlLed::kUnit,
+    .ended = ControlLed::kEnded,
+    .no_time_limit = ControlLed::kNoTimeLimit,
+    .no_unit = ControlLed::kNoUnit,
+    .no_mode = ControlLed::kNoMode,
+    .refused = ControlLed::kRefused,
+};
 
 constexpr lmainte::ModeLine kLines[] = {
     {LMAINTE_LED_ON, "-u %s -c on"},
@@ -22,5 +34,5 @@ constexpr lmainte::Operation kOperation = {LMAINTE_CMD_CTLLED, kLines, kMeanings
 
 int32_t lmainte_control_led(int32_t mode, int32_t time_limit, const UnitRecord *unit) {
   const lmainte::Call call(trace, kBlock);
-  return lmainte::operate_on_unit(call, kOperation, mode, time_limit, unit);
+  return lmainte::operate_on_unit(call, kEvents, kOperation, mode, time_limit, unit);
 }

@@ -4,8 +4,18 @@
 
 namespace {
 
+using trace_events::ControlMainte;
+
 lmainte::Trace trace;
-constexpr lmainte::Block kBlock = lmainte::plain_block(0x02F);
+constexpr lmainte::Block kBlock = lmainte::block_of<ControlMainte>();
+
+constexpr lmainte::SystemEvents kEvents = {
+    .command = ControlMainte::kCommand,
+    .ended = ControlMainte::kEnded,
+    .no_time_limit = ControlMainte::kNoTimeLimit,
+    .no_mode = ControlMainte::kNoMode,
+    .refused = ControlMainte::kRefused,
+};
 
 constexpr lmainte::ModeLine kLines[] = {
     {LMAINTE_MAINTE_LOCK, "-c lock"},
@@ -20,5 +30,5 @@ constexpr lmainte::Operation kOperation = {LMAINTE_CMD_CTLMAINTE, kLines, kMeani
 
 int32_t lmainte_control_mainte(int32_t mode, int32_t time_limit) {
   const lmainte::Call call(trace, kBlock);
-  return lmainte::operate(call, kOperation, mode, time_limit);
+  return lmainte::operate(call, kEvents, kOperation, mode, time_limit);
 }

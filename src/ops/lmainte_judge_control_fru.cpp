@@ -4,8 +4,10 @@
 
 namespace {
 
+using trace_events::JudgeControlFru;
+
 lmainte::Trace trace;
-constexpr lmainte::Block kBlock = lmainte::plain_block(0x035);
+constexpr lmainte::Block kBlock = lmainte::block_of<JudgeControlFru>();
 
 constexpr lmainte::ModeLine kLines[] = {
     {LMAINTE_JUDGE_ADD, "-u %s -c add"},
@@ -22,10 +24,12 @@ constexpr lmainte::Operation kOperation = {LMAINTE_CMD_JUDGECTLFRU, kLines, kMea
 
 int32_t lmainte_judge_control_fru(int32_t mode, int32_t time_limit, const UnitRecord *unit) {
   const lmainte::Call call(trace, kBlock);
-  if (!lmainte::is_ready(call, time_limit, unit)) return LMAINTE_FAILED;
-  call.point(2, unit->type, unit->number);
-  const char *line = lmainte::find_line(call, kOperation, 3, mode);
+  if (!lmainte::has_time(call, JudgeControlFru::kNoTimeLimit, time_limit)) return LMAINTE_FAILED;
+  if (!lmainte::is_given(call, JudgeControlFru::kNoUnit, unit)) return LMAINTE_FAILED;
+  call.point(JudgeControlFru::kUnit, unit->type, unit->number);
+  const char *line = lmainte::find_line(call, kOperation, JudgeControlFru::kNoMode, mode);
   if (line == nullptr) return LMAINTE_FAILED;
   const int32_t status = lmainte_exec(kOperation.command_id, time_limit, line, unit->name);
-  return lmainte::judge(call, kOperation, 3, 4, status);
+  call.point(JudgeControlFru::kEnded, status);
+  return lmainte::judge(call, kOperation, JudgeControlFru::kRefused, status);
 }

@@ -6,8 +6,10 @@
 
 namespace {
 
+using trace_events::SetXsb;
+
 lmainte::Trace trace;
-constexpr lmainte::Block kBlock = lmainte::second_block(0x01A);
+constexpr lmainte::Block kBlock = lmainte::block_of<SetXsb>();
 
 constexpr lmainte::StatusMeaning kMeanings[] = {
     {6, LMAINTE_SETUP_FAILED}, {136, LMAINTE_SETUP_FAILED}, {137, LMAINTE_SETUP_FAILED}};
@@ -26,13 +28,17 @@ const char *line_of(int32_t division, int32_t mirror) {
 
 int32_t lmainte_set_xsb(int32_t division, int32_t mirror, int32_t time_limit, const UnitRecord *unit) {
   const lmainte::Call call(trace, kBlock);
-  if (!lmainte::is_ready(call, time_limit, unit)) return LMAINTE_FAILED;
-  lmainte::record_board(call, kOperation, *unit);
+  if (!lmainte::has_time(call, SetXsb::kNoTimeLimit, time_limit)) return LMAINTE_FAILED;
+  if (!lmainte::is_given(call, SetXsb::kNoUnit, unit)) return LMAINTE_FAILED;
+  call.point(SetXsb::kUnit, unit->type, unit->number);
+  call.point(SetXsb::kCommand, kOperation.command_id);
   const char *line = line_of(division, mirror);
   if (line == nullptr) {
-    call.error(3, division, mirror);
+    call.error(SetXsb::kNoDivision, division, mirror);
     return LMAINTE_FAILED;
   }
   const long board = unit->number;
-  return lmainte::judge(call, kOperation, 4, 4, lmainte_exec(kOperation.command_id, time_limit, line, board));
+  const int32_t status = lmainte_exec(kOperation.command_id, time_limit, line, board);
+  call.point(SetXsb::kEnded, status);
+  return lmainte::judge(call, kOperation, SetXsb::kRefused, status);
 }

@@ -4,8 +4,18 @@
 
 namespace {
 
+using trace_events::TestFru;
+
 lmainte::Trace trace;
-constexpr lmainte::Block kBlock = lmainte::plain_block(0x036);
+constexpr lmainte::Block kBlock = lmainte::block_of<TestFru>();
+
+constexpr lmainte::FruEvents kEvents = {
+    .unit = TestFru::kUnit,
+    .ended = TestFru::kEnded,
+    .no_time_limit = TestFru::kNoTimeLimit,
+    .no_unit = TestFru::kNoUnit,
+    .refused = TestFru::kRefused,
+};
 
 constexpr lmainte::StatusMeaning kMeanings[] = {{128, LMAINTE_TEST_FAILED}, {208, LMAINTE_TEST_FAILED}};
 
@@ -15,5 +25,5 @@ constexpr lmainte::Operation kOperation = {LMAINTE_CMD_TESTFRU, {}, kMeanings};
 
 int32_t lmainte_test_fru(int32_t time_limit, const UnitRecord *unit) {
   const lmainte::Call call(trace, kBlock);
-  return lmainte::operate_on_fru(call, kOperation, time_limit, unit);
+  return lmainte::operate_on_fru(call, kEvents, kOperation, time_limit, unit);
 }

@@ -6,16 +6,17 @@
 
 #include "include/lmainte.h"
 #include "src/frame/trace.h"
+#include "trace_events/ops.h"
 
 namespace lmainte {
 
-// The argument line of a mode: a format for lmainte_exec, with the unit's name as its value where it has one.
+// The argument line of a mode: a format for lmainte_exec. Its value, if it has one, is the unit's name.
 struct ModeLine {
   int32_t mode;
   const char *line;
 };
 
-// An exit status that means something of its own.
+// What one exit status means.
 struct StatusMeaning {
   int32_t status;
   int32_t result;
@@ -25,7 +26,7 @@ struct Operation {
   int32_t command_id;
   std::span<const ModeLine> lines;
   std::span<const StatusMeaning> meanings;
-  int32_t otherwise = LMAINTE_FAILED;  // of every exit status but 0 that has no meaning of its own
+  int32_t otherwise = LMAINTE_FAILED;  // the result for all other statuses but 0
 
   constexpr const char *line_of(int32_t mode) const {
     for (const ModeLine &row : lines)
@@ -41,35 +42,48 @@ struct Operation {
   }
 };
 
-// Records an exit status at a point, and where it means a failure as an error too: after the mode, for the operations
-// whose error tells it. Returns what the status means.
+// Returns what an exit status means. If it means a failure, records it as this error. The errors of some operations also
+// carry the mode, before the status.
 template <class... Mode>
-int32_t judge(const Call &call, const Operation &operation, Point status_point, Point error_point, int32_t status,
-              Mode... mode) {
-  call.point(status_point, status);
+int32_t judge(const Call &call, const Operation &operation, Error refused, int32_t status, Mode... mode) {
   const int32_t result = operation.meaning_of(status);
-  if (result != LMAINTE_OK) call.error(error_point, mode..., status);
+  if (result != LMAINTE_OK) call.error(refused, mode..., status);
   return result;
 }
 
-// Checks what every operation on a unit needs, as the block's errors 1 and 2.
-bool is_ready(const Call &call, int32_t time_limit, const void *unit);
+// Whether there is time for the operation, and whether its unit is given. Records this error if not.
+bool has_time(const Call &call, Error no_time_limit, int32_t time_limit);
+bool is_given(const Call &call, Error no_unit, const void *unit);
 
-// The argument line of a mode. Null, with this error, where the operation has none.
-const char *find_line(const Call &call, const Operation &operation, Point error_point, int32_t mode);
+// The argument line of a mode. Returns null, and records this error, if the operation does not have the mode.
+const char *find_line(const Call &call, const Operation &operation, Error no_mode, int32_t mode);
 
-// Records the unit and the control program of an operation on a system board, as the block's points 2 and 3.
-void record_board(const Call &call, const Operation &operation, const UnitRecord &unit);
+// An operation on the whole system.
+struct SystemEvents {
+  Point command, ended;
+  Error no_time_limit, no_mode, refused;
+};
+int32_t operate(const Call &call, const SystemEvents &events, const Operation &operation, int32_t mode,
+                int32_t time_limit);
 
-// An operation on the whole system, and one on a unit.
-int32_t operate(const Call &call, const Operation &operation, int32_t mode, int32_t time_limit);
-int32_t operate_on_unit(const Call &call, const Operation &operation, int32_t mode, int32_t time_limit,
-                        const UnitRecord *unit);
+// An operation on a unit.
+struct UnitEvents {
+  Point command, unit, ended;
+  Error no_time_limit, no_unit, no_mode, refused;
+};
+int32_t operate_on_unit(const Call &call, const UnitEvents &events, const Operation &operation, int32_t mode,
+                        int32_t time_limit, const UnitRecord *unit);
 
-// An operation without modes on a field-replaceable unit: the unit alone is recorded, its name is the argument line.
-int32_t operate_on_fru(const Call &call, const Operation &operation, int32_t time_limit, const UnitRecord *unit);
+// An operation without modes on a field-replaceable unit. It records the unit alone, and the unit's name is the argument
+// line.
+struct FruEvents {
+  Point unit, ended;
+  Error no_time_limit, no_unit, refused;
+};
+int32_t operate_on_fru(const Call &call, const FruEvents &events, const Operation &operation, int32_t time_limit,
+                       const UnitRecord *unit);
 
-// An operation on an I/O expansion unit. These leave no trace, and hand a negative time limit to the runner.
+// An operation on an I/O expansion unit. It leaves no trace, and hands a negative time limit to the runner.
 int32_t operate_on_expansion(const Operation &operation, int32_t mode, int32_t time_limit, const UnitRecord *unit);
 
 }  // namespace lmainte

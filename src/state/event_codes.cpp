@@ -1,4 +1,4 @@
-// The codes of the events that the log keeps, by the kind of unit: of its replacement, its addition, its removal.
+// The codes of the log's events, by kind of unit: for its replacement, its addition and its removal.
 
 #include "include/lmainte.h"
 

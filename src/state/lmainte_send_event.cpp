@@ -4,14 +4,17 @@
 
 #include "include/lmainte_platform.h"
 #include "src/frame/trace.h"
+#include "trace_events/state.h"
 
 namespace {
 
 using lmainte::Call;
+using trace_events::FindEventCode;
+using trace_events::SendEvent;
 
 lmainte::Trace trace;
-constexpr lmainte::Block kSendEvent = lmainte::plain_block(0x050);
-constexpr lmainte::Block kFindCode = lmainte::plain_block(0x051);
+constexpr lmainte::Block kSendEvent = lmainte::block_of<SendEvent>();
+constexpr lmainte::Block kFindCode = lmainte::block_of<FindEventCode>();
 
 constexpr uint32_t kLogHead = 0x00030000;
 constexpr uint8_t kEndOfCodes = 255;
@@ -64,7 +67,7 @@ const lmainte_event_code *find_code(const lmainte_event_code *codes, int32_t fru
   const Call call(trace, kFindCode);
   for (; codes->kind != kEndOfCodes; ++codes)
     if (codes->kind == fru_kind) return codes;
-  call.error(1, fru_kind);
+  call.error(FindEventCode::kNoCode, fru_kind);
   return nullptr;
 }
 
@@ -74,7 +77,7 @@ int32_t lmainte_send_event(int32_t action, int32_t fru_kind, const EventUnit *un
   const Call call(trace, kSendEvent);
   Event event;
   if (unit == nullptr) {
-    call.error(1);
+    call.error(SendEvent::kNoUnit);
     return LMAINTE_FAILED;
   }
   event.put_byte(8, 215);
@@ -82,18 +85,18 @@ int32_t lmainte_send_event(int32_t action, int32_t fru_kind, const EventUnit *un
   if (fru_kind != kKindWithoutUnit) put_unit(*unit, event);
   const lmainte_event_code *codes = codes_of(action);
   if (codes == nullptr) {
-    call.error(2, action);
+    call.error(SendEvent::kNoAction, action);
     return LMAINTE_FAILED;
   }
   const lmainte_event_code *code = find_code(codes, fru_kind);
   if (code == nullptr) {
-    call.error(3, action, fru_kind);
+    call.error(SendEvent::kNoEvent, action, fru_kind);
     return LMAINTE_FAILED;
   }
   event.put_byte(11, code->code);
   const int32_t saved = mgblog_save(&kLogHead, event.bytes());
-  call.point(2, saved);
+  call.point(SendEvent::kSaved, saved);
   if (saved >= 0) return LMAINTE_OK;
-  call.system_error(4, saved);
+  call.system_error(SendEvent::kNotSaved, saved);
   return LMAINTE_FAILED;
 }

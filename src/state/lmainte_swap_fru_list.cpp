@@ -8,25 +8,31 @@
 #include "src/model/unit_range.h"
 #include "src/model/unit_readers.h"
 #include "src/state/swap_kinds.h"
+#include "trace_events/state.h"
 
-// The swap list's functions share its head, its count and its model, and so one file.
+// These functions share the list's head, count and model, so they are in one file.
 
 namespace {
 
 using lmainte::Block;
 using lmainte::Call;
 using lmainte::UnitReader;
+using trace_events::AddSwapFruToList;
+using trace_events::DeleteSwapFruFromList;
+using trace_events::InitSwapFruList;
+using trace_events::SwapFruCollect;
+using trace_events::SwapFruInsert;
 
 lmainte::Trace trace;
-constexpr Block kInit = lmainte::plain_block(0x060);
-constexpr Block kAdd = lmainte::plain_block(0x061);
-constexpr Block kDelete = lmainte::plain_block(0x062);
-constexpr Block kGet = lmainte::plain_block(0x063);
-constexpr Block kCheck = lmainte::plain_block(0x064);
-constexpr Block kFree = lmainte::plain_block(0x065);
-constexpr Block kCollect = lmainte::plain_block(0x066);
-constexpr Block kInsert = lmainte::plain_block(0x067);
-constexpr Block kFindOrder = lmainte::plain_block(0x068);
+constexpr Block kInit = lmainte::block_of<InitSwapFruList>();
+constexpr Block kAdd = lmainte::block_of<AddSwapFruToList>();
+constexpr Block kDelete = lmainte::block_of<DeleteSwapFruFromList>();
+constexpr Block kGet = lmainte::block_of<trace_events::GetSwapFruList>();
+constexpr Block kCheck = lmainte::block_of<trace_events::CheckSwapFru>();
+constexpr Block kFree = lmainte::block_of<trace_events::FreeSwapFruList>();
+constexpr Block kCollect = lmainte::block_of<SwapFruCollect>();
+constexpr Block kInsert = lmainte::block_of<SwapFruInsert>();
+constexpr Block kFindOrder = lmainte::block_of<trace_events::SwapFruOrder>();
 
 lmainte_swap_fru *lmainte_swap_fru_head = nullptr;
 int32_t lmainte_swap_fru_count = 0;
@@ -58,7 +64,7 @@ bool comes_before(uint32_t order, uint32_t type, uint32_t number, const lmainte_
   return node.order > order || (node.order == order && node.unit_type == type && node.unit_no > number);
 }
 
-// Keeps the order of the classes, and within one type that of the numbers; types that share a class stay as they came.
+// Sorts by class, and by number within one type. Units of different types in one class stay in the order of insertion.
 int32_t lmainte_swap_fru_insert(uint32_t type, uint32_t number, const uint32_t *ident) {
   const Call call(trace, kInsert);
   const uint32_t order = order_of(type);
@@ -70,7 +76,7 @@ int32_t lmainte_swap_fru_insert(uint32_t type, uint32_t number, const uint32_t *
   }
   auto *node = static_cast<lmainte_swap_fru *>(calloc(1, sizeof(lmainte_swap_fru)));
   if (node == nullptr) {
-    call.system_error(1, errno);
+    call.system_error(SwapFruInsert::kNoMemory, errno);
     return kFailed;
   }
   *node = {order, type, number, {ident[0], ident[1]}, previous, next};
@@ -85,7 +91,7 @@ bool insert_marked(const Call &call, const UnitReader &reader, const void *recor
     if ((unit.status & kMarked) == 0) continue;
     const int32_t result = lmainte_swap_fru_insert(static_cast<uint32_t>(reader.type), unit.number, unit.unit_id);
     if (result == kFailed) {
-      call.error(4, reader.type, result);
+      call.error(SwapFruCollect::kNotInserted, reader.type, result);
       return false;
     }
   }
@@ -97,17 +103,17 @@ int32_t lmainte_swap_fru_collect(uint32_t type, int32_t number, int32_t count) {
   const Call call(trace, kCollect);
   const UnitReader *reader = lmainte::reader_of(static_cast<int32_t>(type));
   if (reader == nullptr) {
-    call.error(1, type);
+    call.error(SwapFruCollect::kNoReader, type);
     return kFailed;
   }
   void *records = calloc(static_cast<uint32_t>(count), reader->record_size);
   if (records == nullptr) {
-    call.system_error(2, errno);
+    call.system_error(SwapFruCollect::kNoMemory, errno);
     return kFailed;
   }
   const int32_t first = count > 1 ? lmainte::kAllUnits : number;
   const int32_t result = reader->read(first, count, static_cast<int32_t>(lmainte_swap_fru_model), records);
-  if (result != LMAINTE_OK) call.error(3, type, result);
+  if (result != LMAINTE_OK) call.error(SwapFruCollect::kNotRead, type, result);
   const bool good = result == LMAINTE_OK && insert_marked(call, *reader, records, count);
   free(records);
   return good ? lmainte_swap_fru_count : kFailed;
@@ -116,7 +122,7 @@ int32_t lmainte_swap_fru_collect(uint32_t type, int32_t number, int32_t count) {
 int32_t collect_kinds(const Call &call, const lmainte_model_data &model_data) {
   const lmainte::SwapModel *model = lmainte::row_of(lmainte::kSwapModels, model_data.model);
   if (model == nullptr) {
-    call.error(4, model_data.model);
+    call.error(InitSwapFruList::kNoModel, model_data.model);
     return kFailed;
   }
   for (const lmainte::SwapKind &kind : lmainte::kSwapKinds) {
@@ -124,7 +130,7 @@ int32_t collect_kinds(const Call &call, const lmainte_model_data &model_data) {
     const auto count = static_cast<int32_t>(model_data.unit[kind.slot].max_count);
     const int32_t result = lmainte_swap_fru_collect(kind.type, lmainte::kAllUnits, count);
     if (result == kFailed) {
-      call.error(5, kind.type, result);
+      call.error(InitSwapFruList::kNotCollected, kind.type, result);
       return kFailed;
     }
   }
@@ -136,11 +142,11 @@ int32_t collect_kinds(const Call &call, const lmainte_model_data &model_data) {
 int32_t lmainte_init_swap_fru_list(const lmainte_model_data *model_data) {
   const Call call(trace, kInit);
   if (model_data == nullptr) {
-    call.error(1);
+    call.error(InitSwapFruList::kNoModelData);
     return kFailed;
   }
   if (lmainte_swap_fru_head != nullptr) {
-    call.error(2, lmainte_swap_fru_count);
+    call.error(InitSwapFruList::kListDropped, lmainte_swap_fru_count);
     free_nodes();
   }
   lmainte_swap_fru_count = 0;
@@ -148,7 +154,7 @@ int32_t lmainte_init_swap_fru_list(const lmainte_model_data *model_data) {
   SystemStatus status = {};
   const int32_t result = lmainte_get_system_status(&status);
   if (result != LMAINTE_OK) {
-    call.error(3, result);
+    call.error(InitSwapFruList::kNoSystemStatus, result);
     return kFailed;
   }
   if ((status.system_status & kMarked) == 0) return lmainte_swap_fru_count;
@@ -157,9 +163,9 @@ int32_t lmainte_init_swap_fru_list(const lmainte_model_data *model_data) {
 
 int32_t lmainte_add_swap_fru_to_list(uint32_t unit_type, uint32_t unit_no) {
   const Call call(trace, kAdd);
-  call.point(2, unit_type, unit_no);
+  call.point(AddSwapFruToList::kUnit, unit_type, unit_no);
   const int32_t result = lmainte_swap_fru_collect(unit_type, static_cast<int32_t>(unit_no), 1);
-  if (result == kFailed) call.error(1, unit_type, unit_no);
+  if (result == kFailed) call.error(AddSwapFruToList::kNotAdded, unit_type, unit_no);
   return result;
 }
 
@@ -167,7 +173,7 @@ int32_t lmainte_delete_swap_fru_from_list(uint32_t unit_type, uint32_t unit_no) 
   const Call call(trace, kDelete);
   lmainte_swap_fru *node = find_node(unit_type, unit_no);
   if (node == nullptr) {
-    call.error(1, unit_type, unit_no);
+    call.error(DeleteSwapFruFromList::kNotListed, unit_type, unit_no);
     return lmainte_swap_fru_count;
   }
   (node->prev != nullptr ? node->prev->next : lmainte_swap_fru_head) = node->next;
@@ -187,7 +193,7 @@ int32_t lmainte_check_swap_fru(uint32_t unit_type, uint32_t unit_no) {
   return find_node(unit_type, unit_no) != nullptr ? 1 : 0;
 }
 
-// The count stays: the next initialisation sets it anew.
+// The count stays as it is until the list is initialised again.
 int32_t lmainte_free_swap_fru_list(void) {
   const Call call(trace, kFree);
   free_nodes();

@@ -7,6 +7,7 @@
 #include <cstdio>
 #include <cstring>
 
+#include "tests/unit/doubles/kept_events.h"
 #include "tests/unit/doubles/system_calls.h"
 
 namespace doubles {
@@ -105,6 +106,7 @@ Lines broken_trace_laws() {
     if (!is_error && point < 2 && record.level != 256) broken.push_back(text + ": not at level 256");
     if (is_error && record.level != 2053 && record.level != 32778) broken.push_back(text + ": not at an error's level");
   }
+  for (const std::string &doubled : lines_of_two_events()) broken.push_back(doubled);
   for (const uint32_t call : calls) broken.push_back("no exit record of the block " + std::to_string(call));
   return broken;
 }

@@ -18,7 +18,8 @@ Lines trace_of(uint32_t entry_event);  // of the function with this entry record
 Lines child_trace();
 std::vector<uint32_t> source_lines_of(uint32_t event);
 
-// One sentence for each law that is broken: records are well formed, and calls nest from their entries to their exits.
+// One sentence for each law that is broken: records are well formed, calls nest from their entries to their exits, and no
+// two events of a module are at one source line.
 Lines broken_trace_laws();
 
 // Runs a test's body in a place where the state that it leaves in the library harms no other test.

@@ -65,10 +65,11 @@ bool is_padded(const char *key) {
 int32_t mgb_trace_write(uint32_t module, uint32_t level, uint32_t kind, uint32_t event, const uint32_t *words,
                         uint32_t length) {
   static int rubbish = 7000;
-  doubles::keep_event(event, (length - 8) / 4);
   doubles::TraceRecord record = {module, level, kind, event, length, {}, machine().in_child};
   std::memcpy(record.words, words, std::min<size_t>(length - 8, sizeof record.words));
   machine().add_trace(record);
+  doubles::keep_event(
+      {event, (length - 8) / 4, record.words[1], static_cast<uint32_t>(reinterpret_cast<uintptr_t>(words))});
   errno = ++rubbish;
   return machine().trace_result;
 }

@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <type_traits>
+
 #include "tests/unit/doubles/library_test.h"
 
 namespace {
@@ -10,23 +12,42 @@ using doubles::machine;
 using lmainte::Call;
 using lmainte::Level;
 
-constexpr lmainte::Block kPlain = lmainte::plain_block(0x02F);
-constexpr lmainte::Block kSecond = lmainte::second_block(0x01D);
-constexpr lmainte::Block kSharing = lmainte::plain_block(0x039, 8);
+// A room of three functions: of the plain space, of the second one, and of the second half of a block.
+struct Invented;
+struct Plain : trace_events::PlainBlock<Invented, 0x02F> {
+  enum Point : trace_events::Code { kTwo = point(2), kThree, kFour };
+  enum Error : trace_events::Code { kOne = error(1), kOther };
+};
+struct Second : trace_events::SecondBlock<Invented, 0x01D> {
+  enum Point : trace_events::Code { kTwo = point(2) };
+  enum Error : trace_events::Code { kOne = error(1) };
+};
+struct Sharing : trace_events::PlainBlock<Invented, 0x039, 8> {
+  enum Error : trace_events::Code { kOne = error(1) };
+};
+struct Invented : trace_events::Room<Plain, Second, Sharing> {};
+
+constexpr lmainte::Block kPlain = lmainte::block_of<Plain>();
+constexpr lmainte::Block kSecond = lmainte::block_of<Second>();
+constexpr lmainte::Block kSharing = lmainte::block_of<Sharing>();
 
 template <class... Words>
 concept Compiles = requires(const Call &call, Words... words) {
-  call.point(2, words...);
+  call.point(Plain::kTwo, words...);
 };
 template <class... Words>
 concept CompilesAsError = requires(const Call &call, Words... words) {
-  call.error(1, words...);
-  call.system_error(1, words...);
+  call.error(Plain::kOne, words...);
+  call.system_error(Plain::kOne, words...);
 };
 
 static_assert(Compiles<> && Compiles<int32_t> && Compiles<int32_t, uint32_t>);
 static_assert(!Compiles<int32_t, int32_t, int32_t>, "a record has room for two values");
 static_assert(CompilesAsError<int32_t, int32_t> && !CompilesAsError<int32_t, int32_t, int32_t>);
+
+static_assert(std::is_constructible_v<lmainte::Point, Plain::Point>);
+static_assert(!std::is_constructible_v<lmainte::Point, uint32_t>, "a bare number is no event");
+static_assert(!std::is_constructible_v<lmainte::Point, Level>, "a level is no event");
 
 class TraceTest : public doubles::LibraryTest {
  protected:
@@ -40,7 +61,7 @@ using TraceDeathTest = TraceTest;
 TEST_F(TraceTest, CallRecordsItsEntryFirstAndItsExitLast) {
   {
     const Call call(trace_, kPlain);
-    call.point(2, 7);
+    call.point(Plain::kTwo, 7);
   }
   EXPECT_EQ(doubles::trace(), (doubles::Lines{"100 110C02F0", "100 110C02F2 7", "100 110C02F1"}));
 }
@@ -49,9 +70,9 @@ TEST_F(TraceTest, RecordIsWholeWhenASignalHandlerTracesThroughTheSameModuleMeanw
   const Call call(trace_, kPlain);
   machine().interruption = [this] {
     const Call of_handler(trace_, kSecond);
-    of_handler.point(2, 5, 6);
+    of_handler.point(Second::kTwo, 5, 6);
   };
-  call.point(2, 7, 8);
+  call.point(Plain::kTwo, 7, 8);
   EXPECT_EQ(doubles::trace(),
             (doubles::Lines{"100 110C02F0", "100 110C81D0", "100 110C81D2 5 6", "100 110C81D1", "100 110C02F2 7 8"}));
 }
@@ -70,9 +91,9 @@ TEST_F(TraceTest, RecordNamesModuleKindProcessAndLine) {
 TEST_F(TraceTest, LengthGrowsByFourBytesAValue) {
   {
     const Call call(trace_, kPlain);
-    call.point(2);
-    call.point(3, 1);
-    call.point(4, 1, 2);
+    call.point(Plain::kTwo);
+    call.point(Plain::kThree, 1);
+    call.point(Plain::kFour, 1, 2);
   }
   EXPECT_EQ(record(1).length, 16u);
   EXPECT_EQ(record(2).length, 20u);
@@ -82,7 +103,7 @@ TEST_F(TraceTest, LengthGrowsByFourBytesAValue) {
 TEST_F(TraceTest, ValuesStandInTheOrderGiven) {
   {
     const Call call(trace_, kPlain);
-    call.point(2, -1, 0xFFFFFFFEu);
+    call.point(Plain::kTwo, -1, 0xFFFFFFFEu);
   }
   EXPECT_EQ(record(1).words[2], 0xFFFFFFFFu);
   EXPECT_EQ(record(1).words[3], 0xFFFFFFFEu);
@@ -91,7 +112,7 @@ TEST_F(TraceTest, ValuesStandInTheOrderGiven) {
 TEST_F(TraceTest, CharacterIsTakenWithoutItsSign) {
   {
     const Call call(trace_, kPlain);
-    call.point(2, static_cast<unsigned char>(0xE4));
+    call.point(Plain::kTwo, static_cast<unsigned char>(0xE4));
   }
   EXPECT_EQ(record(1).words[2], 0xE4u);
 }
@@ -99,8 +120,8 @@ TEST_F(TraceTest, CharacterIsTakenWithoutItsSign) {
 TEST_F(TraceTest, ErrorsOfThePlainSpaceAreAThousandHexFurther) {
   {
     const Call call(trace_, kPlain);
-    call.error(1);
-    call.system_error(2, 5);
+    call.error(Plain::kOne);
+    call.system_error(Plain::kOther, 5);
   }
   EXPECT_EQ(doubles::trace(), (doubles::Lines{"100 110C02F0", "805 110C12F1", "800A 110C12F2 5", "100 110C02F1"}));
 }
@@ -108,22 +129,24 @@ TEST_F(TraceTest, ErrorsOfThePlainSpaceAreAThousandHexFurther) {
 TEST_F(TraceTest, ErrorsOfTheSecondSpaceAreThreeThousandHexFurther) {
   {
     const Call call(trace_, kSecond);
-    call.error(1);
+    call.error(Second::kOne);
   }
   EXPECT_EQ(doubles::trace(), (doubles::Lines{"100 110C81D0", "805 110CB1D1", "100 110C81D1"}));
 }
 
 TEST_F(TraceTest, FunctionThatSharesABlockCountsFromItsFirstPoint) {
-  EXPECT_EQ(kSharing.point(0), 0x110C0398u);
-  EXPECT_EQ(kSharing.point(1), 0x110C0399u);
-  EXPECT_EQ(kSharing.error(1), 0x110C1399u);
+  {
+    const Call call(trace_, kSharing);
+    call.error(Sharing::kOne);
+  }
+  EXPECT_EQ(doubles::trace(), (doubles::Lines{"100 110C0398", "805 110C1399", "100 110C0399"}));
 }
 
 TEST_F(TraceTest, PointCanStandAtAnotherLevel) {
   {
     const Call call(trace_, kPlain);
-    call.point(Level::kProcess, 2);
-    call.point(Level::kError, 3);
+    call.point(Level::kProcess, Plain::kTwo);
+    call.point(Level::kError, Plain::kThree);
   }
   EXPECT_EQ(doubles::trace(), (doubles::Lines{"100 110C02F0", "8001 110C02F2", "805 110C02F3", "100 110C02F1"}));
 }
@@ -131,9 +154,9 @@ TEST_F(TraceTest, PointCanStandAtAnotherLevel) {
 TEST_F(TraceTest, EveryTracePointHasALineOfItsOwn) {
   {
     const Call call(trace_, kPlain);
-    call.point(2);
-    call.error(1);
-    call.error(1);
+    call.point(Plain::kTwo);
+    call.error(Plain::kOne);
+    call.error(Plain::kOne);
   }
   EXPECT_EQ(record(2).words[1], record(1).words[1] + 1);
   EXPECT_EQ(record(3).words[1], record(1).words[1] + 2);
@@ -163,7 +186,7 @@ TEST_F(TraceTest, RecordIsBuiltAnewEachTime) {
   trace_.add(8);
   trace_.add(9);
   trace_.begin(2);
-  trace_.write(Level::kProgress, 0x110C02F0);
+  trace_.write(Level::kProgress, Plain::kEntry);
   EXPECT_EQ(record(0).length, 16u);
   EXPECT_EQ(record(0).words[1], 2u);
   machine().start();
