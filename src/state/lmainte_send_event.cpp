@@ -38,8 +38,10 @@ class Event {
   uint8_t bytes_[48] = {};
 };
 
+// The event begins the detail with the most significant byte of its first word. By this byte a reader of the log knows
+// whether there is a detail.
 bool has_detail(const EventUnit &unit) {
-  return *reinterpret_cast<const uint8_t *>(unit.detail) != 0;
+  return unit.detail[0] >> 24 != 0;
 }
 
 void put_unit(const EventUnit &unit, Event &event) {
