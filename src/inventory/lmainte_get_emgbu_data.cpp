@@ -169,8 +169,13 @@ int32_t read_kind(const Kind &kind, int32_t unit, int32_t count, int32_t model, 
   return call.returns(good ? LMAINTE_OK : LMAINTE_FAILED);
 }
 
+bool has_one_unit(int32_t model) {
+  return lmainte::is_model(model) && !lmainte::is_high_end(model);
+}
+
+// An unknown model is asked for two units, and refused by the reader.
 bool read_all(const Call &call, int32_t model, EmgbUnitData *out) {
-  const int32_t count = lmainte::is_high_end(model) ? kUnitsOfAKind : 1;
+  const int32_t count = has_one_unit(model) ? 1 : kUnitsOfAKind;
   const int32_t result = lmainte_get_emgbu_data(lmainte::kAllUnits, count, model, out);
   if (result != LMAINTE_OK) {
     call.error(GetEmgbDataAll::kEmgbusNotRead, result);
@@ -243,7 +248,7 @@ int32_t lmainte_get_emgb_data_pair(int32_t unit, int32_t model, EmgbUnitData *ou
     call.error(GetEmgbDataAll::kNoResult);
     return LMAINTE_FAILED;
   }
-  if (lmainte::is_model(model) && !lmainte::is_high_end(model)) {
+  if (has_one_unit(model)) {
     call.error(GetEmgbDataAll::kNoPairs, model);
     return LMAINTE_FAILED;
   }

@@ -533,6 +533,8 @@ TEST_F(LmainteGetEmgbDataAll, UnknownModelIsRefusedByItsReader) {
     EXPECT_EQ(lmainte_get_emgb_data_all(model, out_), 8) << model;
     EXPECT_EQ(client_calls(), within_locks({})) << model;
     EXPECT_EQ(doubles::trace_of(0x110C82E0), (Lines{"100 110C82E0", "805 110CB2E4 8", "100 110C82E1"}));
+    EXPECT_EQ(doubles::trace_of(0x110C8210),
+              (Lines{"100 110C8210", "805 110CB211 2 " + std::to_string(model), "100 110C8211 8"}));
     EXPECT_TRUE(all_untouched()) << model;
   }
 }
