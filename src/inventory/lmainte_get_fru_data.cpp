@@ -4,9 +4,9 @@
 
 #include "src/db/session_bracket.h"
 #include "src/frame/trace.h"
+#include "src/inventory/unit_readers.h"
 #include "src/model/model_family.h"
 #include "src/model/unit_range.h"
-#include "src/model/unit_readers.h"
 #include "src/model/unit_status.h"
 #include "trace_events/inventory.h"
 

@@ -30,14 +30,13 @@ struct Marker {
   uint32_t model;
 };
 
-constexpr Marker kEntryMarkers[] = {{"/tmp/.qa", LMAINTE_MODEL_QA}, {nullptr, LMAINTE_MODEL_NONE}};
-constexpr Marker kOtherMarkers[] = {
-    {"/tmp/.qb1", LMAINTE_MODEL_QB1}, {"/tmp/.qb2", LMAINTE_MODEL_QB2}, {"/tmp/.qe1", LMAINTE_MODEL_QE1},
-    {"/tmp/.qe2", LMAINTE_MODEL_QE2}, {"/tmp/.qe3", LMAINTE_MODEL_QE3}, {nullptr, LMAINTE_MODEL_NONE},
+// The first file that exists decides.
+constexpr Marker kMarkers[] = {
+    {"/tmp/.qa", LMAINTE_MODEL_QA},   {"/tmp/.qb1", LMAINTE_MODEL_QB1}, {"/tmp/.qb2", LMAINTE_MODEL_QB2},
+    {"/tmp/.qe1", LMAINTE_MODEL_QE1}, {"/tmp/.qe2", LMAINTE_MODEL_QE2}, {"/tmp/.qe3", LMAINTE_MODEL_QE3},
 };
 
 uint32_t lmainte_model_cache = LMAINTE_MODEL_NONE;
-uint32_t lmainte_model_cache_2 = LMAINTE_MODEL_NONE;
 
 // If the inode is too large for this build's struct, the file exists.
 bool exists(const char *path) {
@@ -45,19 +44,16 @@ bool exists(const char *path) {
   return stat(path, &unused) == 0 || errno == EOVERFLOW;
 }
 
-uint32_t first_marked(const Marker *marker) {
-  while (marker->path != nullptr && !exists(marker->path)) ++marker;
-  return marker->model;
+uint32_t marked_model() {
+  for (const Marker &marker : kMarkers)
+    if (exists(marker.path)) return marker.model;
+  return LMAINTE_MODEL_NONE;
 }
 
 // Once found, the model stays the same. Without a marker file, every call looks for one again.
 uint32_t find_model() {
   Call call(trace, kFindModel);
-  if (lmainte_model_cache == LMAINTE_MODEL_NONE) lmainte_model_cache = first_marked(kEntryMarkers);
-  if (lmainte_model_cache == LMAINTE_MODEL_NONE) {
-    if (lmainte_model_cache_2 == LMAINTE_MODEL_NONE) lmainte_model_cache_2 = first_marked(kOtherMarkers);
-    lmainte_model_cache = lmainte_model_cache_2;
-  }
+  if (lmainte_model_cache == LMAINTE_MODEL_NONE) lmainte_model_cache = marked_model();
   return lmainte_model_cache;
 }
 

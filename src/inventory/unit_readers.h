@@ -1,4 +1,4 @@
-// The types of unit that have a reader in the inventory, and where its records have the unit's head.
+// The reader of each type of unit, and where in its records the unit's head is.
 #pragma once
 
 #include <cstddef>
@@ -9,7 +9,7 @@
 
 namespace lmainte {
 
-// What a unit's record begins with, in whatever kind of record it stands.
+// The words with which a unit begins, whatever record it is in.
 struct UnitHead {
   int32_t type;
   uint32_t number;
@@ -51,7 +51,7 @@ inline constexpr UnitReader kUnitReaders[] = {
     reader<BpUnitData, lmainte_get_ddca_data>(LMAINTE_TYPE_DDC),
 };
 
-// The reader of a type. Null where it has none, or one with a head of its own, as the service processor units have.
+// The reader of a type. Null for the service processor units, whose records begin in another way, and for other types.
 constexpr const UnitReader *reader_of(int32_t type) {
   for (const UnitReader &row : kUnitReaders)
     if (row.type == type) return &row;
