@@ -1,7 +1,7 @@
 /*
  * lmainte.h - the maintenance library of the service processor
  *
- * For interactive commands that walk an operator through adding, replacing or removing a unit while the server runs:
+ * Interactive commands use it to walk an operator through adding, replacing or removing a unit while the server runs:
  *
  *   1. lmainte_get_model_data      which server this is, how many units it holds, how long its steps may take
  *   2. lmainte_get_psu_data ...    the inventory, read from the configuration database into records of the caller
@@ -44,7 +44,7 @@ extern "C" {
 
 enum {
   LMAINTE_OK = 0,
-  LMAINTE_FAILED = 8,               /* a bad argument, a failed system or database call, a status that says no more */
+  LMAINTE_FAILED = 8,               /* a bad argument, a failed system or database call, any other exit status */
   LMAINTE_NOT_RUN = 127,            /* lmainte_exec: the program did not run, or left no exit status of its own */
   LMAINTE_BUSY = 128,               /* lmainte_control_mainte, lmainte_set_mainteflag: the program's own status 128 */
   LMAINTE_NO_REPLY = 128,           /* lmainte_ipc_communicate: no reply within the limit */
@@ -113,11 +113,11 @@ typedef struct lmainte_cmdtime {
  * cmdtimes    a list whose times are to be filled, or null. One of the two must be given.
  *
  * The model comes from the marker files "/tmp/.qa", "/tmp/.qb1", "/tmp/.qb2", "/tmp/.qe1", "/tmp/.qe2" and "/tmp/.qe3",
- * the first that exists in this order. A model once found stays for the life of the process. The times come from
+ * the first that exists in this order. Once found, the model stays the same until the process ends. The times are in
  * "/mgb/cli/etc/controltime_qa" and "/mgb/cli/etc/cmdtime_qa", or _qb and _qe by the model's family.
  *
- * Databases 2, 1 and 0 are read one after the other, 2 alone where model_data is null; the caller may hold the lock of
- * one of them only together with those of all below it.
+ * Databases 2, 1 and 0 are read one after the other; if model_data is null, database 2 alone. A caller that holds the
+ * lock of one of them must hold the locks of all below it, too.
  *
  * Returns 0 or LMAINTE_FAILED: both arguments null; a record or a file that cannot be read or is of the wrong size; no
  * marker file (model_data->model is then LMAINTE_MODEL_NONE). What was filled before the failure stays filled.
@@ -205,7 +205,7 @@ enum { LMAINTE_POSITION_FRU = 0, LMAINTE_POSITION_UNIT = 1 };
  * path      the location: one to six parts, each begun by "/", numbers in decimal without leading zeros
  * position  receives the position; written on success only
  *
- * Reads the model with lmainte_get_model_data, under its conditions, but for a path that no model could have.
+ * Reads the model with lmainte_get_model_data, under its conditions, unless the path is malformed.
  *
  * Returns 0; LMAINTE_FAILED for an unknown mode, a null argument or a model that is unknown or cannot be read;
  * LMAINTE_POSITION_UNKNOWN for a path that is malformed or names no location of the model, and with
@@ -213,8 +213,8 @@ enum { LMAINTE_POSITION_FRU = 0, LMAINTE_POSITION_UNIT = 1 };
  */
 int32_t lmainte_get_unit_position_id(uint32_t mode, const char *path, lmainte_unit_position *position);
 
-/* The same with LMAINTE_POSITION_FRU, in words: type, count and count ids are written on success only, the rest
- * never. */
+/* The same with LMAINTE_POSITION_FRU, in words. Writes type, count and the first count ids, on success only. It never
+ * writes the other ids. */
 int32_t lmainte_convert_strtofrutype(const char *path, lmainte_fru_type *result);
 
 /*
@@ -264,10 +264,10 @@ int32_t lmainte_scdb_unlock(uint32_t db_id);
  * unit_type  LMAINTE_TYPE_...
  * unit_no    the unit's number, where the record's name has one
  * buf        receives a record from malloc. Set it to null first and free it whatever the result: a read that fails may
- *            hand over a record all the same. It is not written where no read is made.
+ *            hand over a record all the same. Without a read, nothing is written to it.
  * data       a record of the kind's size
  *
- * lmainte_scdb_get wants the database open and locked, lmainte_scdb_lget open only: it locks around the read.
+ * For lmainte_scdb_get, open and lock the database first. For lmainte_scdb_lget, open it: the call locks it itself.
  * lmainte_scdb_put takes no lock of its own.
  *
  * Each returns 0 or LMAINTE_FAILED: a database and a unit type that have no record together; a record that is missing
@@ -635,7 +635,7 @@ int32_t lmainte_get_psu_data(int32_t psu, int32_t count, int32_t model, PsuData 
 int32_t lmainte_get_fru_data(int32_t type, int32_t index, int32_t count, int32_t model, void *out);
 
 /*
- * Waits until a unit is in place or gone, and has been so for a while.
+ * Waits until a unit is in place or gone, and stays so for a while.
  *
  * expectation  0 or 1: installed; above: not installed
  * type         as for lmainte_get_fru_data
@@ -652,7 +652,7 @@ int32_t lmainte_chk_fru_install(uint32_t expectation, int32_t type, int32_t inde
 
 /* ---- Signals and processes --------------------------------------------------------------------------------------- */
 
-/* A handler to install, or SIG_DFL or SIG_IGN. A table ends with signo -1. */
+/* A handler to install, SIG_DFL or SIG_IGN. A table ends with signo -1. */
 typedef struct lmainte_signal_entry {
   int32_t signo;
   void (*handler)(int);
@@ -669,8 +669,8 @@ typedef struct lmainte_mask_entry {
  * first entry that fails: those before it stay installed, those after it are not tried. */
 int32_t lmainte_signal(const lmainte_signal_entry *table);
 
-/* Applies the entries one by one to the end of the table, whatever becomes of each. Returns 0, or LMAINTE_FAILED for a
- * null table. */
+/* Applies all entries, one after the other. An entry that fails does not stop it. Returns 0, or LMAINTE_FAILED for a null
+ * table. */
 int32_t lmainte_signal_mask(const lmainte_mask_entry *table);
 
 /*
@@ -679,8 +679,8 @@ int32_t lmainte_signal_mask(const lmainte_mask_entry *table);
  *
  * Returns the number, which is negative where the text has a minus sign and from 2147483648 on; 0 for an empty text,
  * which says that no procedure is under way, and for one that begins with a comma; -1 for text null, for anything else,
- * and for a number beyond 32 bits. A result below 1 is no process, and may not be given to kill. Whether there is a
- * process of another number is the caller's to find out.
+ * and for a number beyond 32 bits. A result below 1 is no process: do not give it to kill. A result of 1 or above says
+ * nothing of whether that process exists.
  */
 int32_t lmainte_get_pid(const char *text);
 
@@ -717,7 +717,7 @@ enum {
  * The program gets no standard input, output or error, and an environment of LC_ALL=C and the caller's LD_LIBRARY_PATH
  * and PRIV, empty where the caller has none, each cut at 1023 characters with its name. At its limit it is asked to end
  * with SIGTERM, three times five seconds apart, and then killed. The limit is measured by sleeping: a signal handler of
- * the caller's that runs in between shortens it, and where it comes in the last wait the program stays a zombie.
+ * the caller's that runs in between shortens it. If it runs in the last wait, the program stays a zombie.
  *
  * Returns the program's exit status, 0 to 255, also when it ended by itself in answer to SIGTERM; LMAINTE_NOT_RUN when
  * format is null, time_limit is not above 0, command_id is unknown, memory or fork fails, the program is missing, it
@@ -1012,7 +1012,7 @@ int32_t lmainte_ipc_communicate(const void *request, int32_t descriptor, int32_t
 typedef struct EventUnit {
   uint32_t head[3];      /* not read */
   uint32_t ident[2];     /* the unit's identifying words */
-  uint32_t detail[4];    /* more on it; left out when the first byte in memory is 0 */
+  uint32_t detail[4];    /* more on it; left out when the most significant byte of its first word is 0 */
   uint16_t detail_value; /* belongs to the detail */
 } EventUnit;
 
