@@ -1,0 +1,71 @@
+#include "host/trace_book/events_page.h"
+
+#include <cstdio>
+
+#include "host/trace_book/pages.h"
+
+namespace trace_book {
+namespace {
+
+constexpr char kHead[] =
+    "# Trace events\n"
+    "\n"
+    "What the library writes into the trace, room by room. `./dev events` makes this page out of the catalogue "
+    "in\n"
+    "`trace_events/` and the phrases in `host/trace_book/`.\n"
+    "\n"
+    "A script of a technician names an event by its function and its name: `when trace lmainte_chk_fru_install entry`. "
+    "Every\n"
+    "function also has the event `exit`: its number is that of `entry` and one more. An internal step of a function "
+    "stands\n"
+    "behind it, as in `lmainte_exec:stop-child`.\n";
+
+struct RoomOfPages {
+  const char *folder;
+  Functions functions;
+};
+
+std::string code_text(Code code) {
+  char text[16];
+  std::snprintf(text, sizeof text, "0x%08X", trace_events::kEventBase + code);
+  return text;
+}
+
+std::string values_text(const Event &event) {
+  std::string text = event.first == nullptr ? "" : event.first;
+  if (event.second != nullptr) text += std::string(", ") + event.second;
+  return text;
+}
+
+std::string row(const Event &event) {
+  const std::string kind = trace_events::is_error(event.code) ? "error" : "point";
+  return "| `" + std::string(event.name) + "` | " + kind + " | " + code_text(event.code) + " | " + event.text + " | " +
+         values_text(event) + " |\n";
+}
+
+std::string section(const Function &function) {
+  std::string text =
+      "\n### " + function.title() + "\n\n| event | | number | it says | values |\n|---|---|---|---|---|\n";
+  for (const Event &event : function.events) {
+    if (event.name != "exit") text += row(event);
+  }
+  return text;
+}
+
+}  // namespace
+
+std::string events_page() {
+  const RoomOfPages rooms[] = {
+      {"src/frame", frame_functions()},         {"src/db", db_functions()},   {"src/model", model_functions()},
+      {"src/inventory", inventory_functions()}, {"src/ops", ops_functions()}, {"src/dialogue", dialogue_functions()},
+      {"src/state", state_functions()},
+  };
+  std::string page = kHead;
+  for (const RoomOfPages &room : rooms) {
+    page += "\n## " + std::string(room.folder) + "\n";
+    for (const Function &function : room.functions) page += section(function);
+  }
+  return page;
+}
+
+}  // namespace trace_book
