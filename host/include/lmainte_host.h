@@ -27,6 +27,13 @@ extern "C" {
 /* The environment variable that names the box's folder. When it is unset or empty, the box is at "/". */
 #define LMAINTE_HOST_ROOT "SPBOX_ROOT"
 
+/*
+ * The environment variable in which `spbox run` gives a command the words that run a program in its box, ready for a
+ * shell, such as "spbox run box". A command that advises its operator to type a program's name writes them before it.
+ * On a service processor it is unset, and the program's name is enough.
+ */
+#define LMAINTE_HOST_RUN "SPBOX_RUN"
+
 /* ---- The operator's choice --------------------------------------------------------------------------------------- */
 
 /*
@@ -151,6 +158,28 @@ typedef struct lmainte_host_reply {
   int32_t result;            /* LMAINTE_HOST_ANSWERED ... */
   uint32_t word[3];          /* as the command says; the rest 0 */
 } lmainte_host_reply;
+
+/* ---- What a command saves in the log itself ---------------------------------------------------------------------- */
+
+/*
+ * lmainte_send_event saves that a unit was replaced, added or removed. What a procedure leaves undone has no event in
+ * liblmainte: the command saves it with mgblog_save, under the head 0x00030000, as 48 bytes: LMAINTE_HOST_EVENT_SOURCE in
+ * byte 8, LMAINTE_HOST_EVENT_LEFT in byte 9, a code from below in byte 11, the unit's id in bytes 19 to 26, the most
+ * significant byte of each word first, zeros elsewhere. `spbox log` shows it in words.
+ */
+enum { LMAINTE_HOST_EVENT_SOURCE = 215, LMAINTE_HOST_EVENT_LEFT = 3 };
+
+enum {
+  LMAINTE_HOST_LEFT_EMPTY = 1,     /* the unit's place */
+  LMAINTE_HOST_LEFT_OUT = 2,       /* the unit is out of operation */
+  LMAINTE_HOST_LEFT_IN_DOUBT = 3,  /* it may be */
+  LMAINTE_HOST_LEFT_REJECTED = 4,  /* it is, as it could not be brought up */
+  LMAINTE_HOST_LEFT_UNTESTED = 5,  /* it is in place, and was not tested */
+  LMAINTE_HOST_LEFT_UNCHECKED = 6, /* it is in operation, and was not checked to the end */
+  LMAINTE_HOST_LEFT_UNKNOWN = 7,   /* its state could not be read */
+  LMAINTE_HOST_LEFT_MARKED = 8,    /* its LED, its maintenance flag or the fans were not switched back */
+  LMAINTE_HOST_LEFT_IN_MODE = 9    /* no unit: the server is in maintenance mode */
+};
 
 /* ---- Results of the configuration database ----------------------------------------------------------------------- */
 

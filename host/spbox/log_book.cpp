@@ -4,30 +4,65 @@
 #include <span>
 
 #include "host/box/unit_name.h"
+#include "host/include/lmainte_host.h"
 #include "host/spbox/text.h"
 
 namespace spbox {
 namespace {
 
-constexpr std::uint8_t kMaintenance = 215, kMaintenanceForm = 2;
+constexpr std::uint8_t kMaintenance = LMAINTE_HOST_EVENT_SOURCE, kChanged = 2, kLeft = LMAINTE_HOST_EVENT_LEFT;
 constexpr std::size_t kSourceAt = 8, kFormAt = 9, kCodeAt = 11, kIdAt = 19, kDetailAt = 29, kDetailSize = 18;
 
 struct CodeRow {
   unsigned code;
   const char *what;
-  unsigned kind;
+  const char *kind;
 };
 
+constexpr const char *kCmu = "CPU/memory unit", *kIou = "I/O unit", *kFan = "fan tray", *kPsu = "power supply";
+constexpr const char *kDdc = "DDC unit", *kServer = "server";
 constexpr const char *kReplaced = "unit replaced", *kAdded = "unit added", *kRemoved = "unit removed";
 constexpr const char *kReplacedOrAdded = "unit replaced or added";  // some kinds have one code for both
 
-constexpr CodeRow kCodes[] = {
-    {1, kReplaced, 0},        {2, kAdded, 0},     {3, kRemoved, 0},         {4, kReplaced, 2},
-    {5, kAdded, 2},           {6, kRemoved, 2},   {7, kReplacedOrAdded, 4}, {8, kReplacedOrAdded, 5},
-    {9, kReplacedOrAdded, 6}, {10, kReplaced, 3}, {11, kAdded, 3},          {12, kRemoved, 3},
-    {13, kReplaced, 1},       {14, kAdded, 1},    {15, kRemoved, 1},        {16, kReplaced, 7},
-    {17, kAdded, 7},          {18, kRemoved, 7},
+constexpr CodeRow kChanges[] = {
+    {1, kReplaced, kCmu},
+    {2, kAdded, kCmu},
+    {3, kRemoved, kCmu},
+    {4, kReplaced, kFan},
+    {5, kAdded, kFan},
+    {6, kRemoved, kFan},
+    {7, kReplacedOrAdded, "kind 4"},  // no unit that the library knows is of these three kinds
+    {8, kReplacedOrAdded, "kind 5"},
+    {9, kReplacedOrAdded, "kind 6"},
+    {10, kReplaced, kPsu},
+    {11, kAdded, kPsu},
+    {12, kRemoved, kPsu},
+    {13, kReplaced, kIou},
+    {14, kAdded, kIou},
+    {15, kRemoved, kIou},
+    {16, kReplaced, kDdc},
+    {17, kAdded, kDdc},
+    {18, kRemoved, kDdc},
 };
+
+// What a procedure left undone. Which kind of unit it is the location tells.
+constexpr CodeRow kLeftovers[] = {
+    {LMAINTE_HOST_LEFT_EMPTY, "place left empty", ""},
+    {LMAINTE_HOST_LEFT_OUT, "unit left out of operation", ""},
+    {LMAINTE_HOST_LEFT_IN_DOUBT, "unit perhaps left out of operation", ""},
+    {LMAINTE_HOST_LEFT_REJECTED, "unit left out of operation, not passed", ""},
+    {LMAINTE_HOST_LEFT_UNTESTED, "unit left untested", ""},
+    {LMAINTE_HOST_LEFT_UNCHECKED, "unit left in operation, not checked to the end", ""},
+    {LMAINTE_HOST_LEFT_UNKNOWN, "unit left in an unknown state", ""},
+    {LMAINTE_HOST_LEFT_MARKED, "LED, maintenance flag or fans left switched", ""},
+    {LMAINTE_HOST_LEFT_IN_MODE, "left in maintenance mode", kServer},
+};
+
+std::span<const CodeRow> codes_of(std::uint8_t form) {
+  if (form == kChanged) return kChanges;
+  if (form == kLeft) return kLeftovers;
+  return {};
+}
 
 std::uint32_t word(const box::LogEntry &entry, std::size_t at) {
   std::uint32_t value = 0;
@@ -54,11 +89,11 @@ std::string detail_of(const box::LogEntry &entry) {
 LogLine decode(std::uint32_t model, const box::LogEntry &entry) {
   const unsigned code = entry.event[kCodeAt];
   LogLine line{"event " + std::to_string(code), "", unit_of(model, entry), detail_of(entry), code};
-  if (entry.event[kSourceAt] != kMaintenance || entry.event[kFormAt] != kMaintenanceForm) return line;
-  for (const CodeRow &row : kCodes) {
+  if (entry.event[kSourceAt] != kMaintenance) return line;
+  for (const CodeRow &row : codes_of(entry.event[kFormAt])) {
     if (row.code != code) continue;
     line.what = row.what;
-    line.kind = "kind " + std::to_string(row.kind);
+    line.kind = row.kind;
   }
   return line;
 }

@@ -22,7 +22,7 @@ TEST(LogBook, SaysWhatHappenedToWhichUnit) {
   put_word(entry, 19, 0x59012900);
   const spbox::LogLine line = spbox::decode(3, entry);
   EXPECT_EQ(line.what, "unit replaced");
-  EXPECT_EQ(line.kind, "kind 3");
+  EXPECT_EQ(line.kind, "power supply");
   EXPECT_EQ(line.unit, "/PSU#41");
   EXPECT_EQ(line.detail, "");
   EXPECT_EQ(line.code, 10u);
@@ -34,28 +34,46 @@ TEST(LogBook, HasEveryCode) {
     const char *what, *kind;
   };
   const Row rows[] = {
-      {1, "unit replaced", "kind 0"},
-      {2, "unit added", "kind 0"},
-      {3, "unit removed", "kind 0"},
-      {13, "unit replaced", "kind 1"},
-      {14, "unit added", "kind 1"},
-      {15, "unit removed", "kind 1"},
-      {4, "unit replaced", "kind 2"},
-      {5, "unit added", "kind 2"},
-      {6, "unit removed", "kind 2"},
-      {10, "unit replaced", "kind 3"},
-      {11, "unit added", "kind 3"},
-      {12, "unit removed", "kind 3"},
-      {7, "unit replaced or added", "kind 4"},
-      {8, "unit replaced or added", "kind 5"},
-      {9, "unit replaced or added", "kind 6"},
-      {16, "unit replaced", "kind 7"},
-      {17, "unit added", "kind 7"},
-      {18, "unit removed", "kind 7"},
+      {1, "unit replaced", "CPU/memory unit"}, {2, "unit added", "CPU/memory unit"},
+      {3, "unit removed", "CPU/memory unit"},  {13, "unit replaced", "I/O unit"},
+      {14, "unit added", "I/O unit"},          {15, "unit removed", "I/O unit"},
+      {4, "unit replaced", "fan tray"},        {5, "unit added", "fan tray"},
+      {6, "unit removed", "fan tray"},         {10, "unit replaced", "power supply"},
+      {11, "unit added", "power supply"},      {12, "unit removed", "power supply"},
+      {7, "unit replaced or added", "kind 4"}, {8, "unit replaced or added", "kind 5"},
+      {9, "unit replaced or added", "kind 6"}, {16, "unit replaced", "DDC unit"},
+      {17, "unit added", "DDC unit"},          {18, "unit removed", "DDC unit"},
   };
   for (const Row &row : rows) {
     EXPECT_EQ(spbox::decode(3, event(row.code)).what, row.what) << int{row.code};
     EXPECT_EQ(spbox::decode(3, event(row.code)).kind, row.kind) << int{row.code};
+  }
+}
+
+TEST(LogBook, SaysWhatAProcedureLeft) {
+  struct Row {
+    std::uint8_t code;
+    const char *what, *kind;
+  };
+  const Row rows[] = {
+      {1, "place left empty", ""},
+      {2, "unit left out of operation", ""},
+      {3, "unit perhaps left out of operation", ""},
+      {4, "unit left out of operation, not passed", ""},
+      {5, "unit left untested", ""},
+      {6, "unit left in operation, not checked to the end", ""},
+      {7, "unit left in an unknown state", ""},
+      {8, "LED, maintenance flag or fans left switched", ""},
+      {9, "left in maintenance mode", "server"},
+      {10, "event 10", ""},
+  };
+  for (const Row &row : rows) {
+    box::LogEntry entry = event(row.code);
+    entry.event[9] = 3;
+    put_word(entry, 19, 0x59012900);
+    EXPECT_EQ(spbox::decode(3, entry).what, row.what) << int{row.code};
+    EXPECT_EQ(spbox::decode(3, entry).kind, row.kind) << int{row.code};
+    EXPECT_EQ(spbox::decode(3, entry).unit, "/PSU#41");
   }
 }
 

@@ -75,8 +75,8 @@ TEST_F(Records, OfTheLogAreInWords) {
   log(10);
   log(99);
   const std::string text = done({"log", "box"});
-  EXPECT_NE(text.find("4711  unit replaced  kind 3  /PSU#41\n"), text.npos) << text;
-  EXPECT_NE(text.find("4711  event 99               /PSU#41\n"), text.npos) << text;
+  EXPECT_NE(text.find("4711  unit replaced  power supply  /PSU#41\n"), text.npos) << text;
+  EXPECT_NE(text.find("4711  event 99                     /PSU#41\n"), text.npos) << text;
   const ReadJson entries(done({"log", "box", "--json", "--last", "1"}));
   ASSERT_EQ(entries.size(), 1u);
   EXPECT_EQ(entries[0]["code"], 99);
