@@ -1,12 +1,15 @@
+#include <cstdlib>
 #include <filesystem>
 #include <memory>
 
 #include "host/box/contents.h"
+#include "host/include/lmainte_host.h"
 #include "host/spbox/daemon_process.h"
 #include "host/spbox/enclosure.h"
 #include "host/spbox/found_program.h"
 #include "host/spbox/verbs.h"
 #include "host/spbox/visit.h"
+#include "host/spbox/way_in.h"
 
 namespace spbox {
 namespace {
@@ -29,6 +32,7 @@ int run(const fs::path &folder, bool pager, const std::vector<std::string> &comm
   MountPoints mount_points(place);
   for (const std::string &name : guests_in_tmp(guest)) mount_points.make(name, fs::is_directory("/tmp/" + name));
   const DaemonProcess answers(daemon, place);
+  setenv(LMAINTE_HOST_RUN, way_in(folder).c_str(), 1);
   return visit(bwrap_arguments(guest), command);
 }
 
