@@ -51,16 +51,17 @@ std::string text_of(const char (&field)[Size]) {
   return {field, strnlen(field, Size)};
 }
 
-void print_line(int depth, const std::string &name, const char *what, const std::string &state,
+// Within 80 columns, of which the last 20 are for a FRU name.
+void print_line(int depth, const std::string &name, const std::string &what, const std::string &state,
                 const std::string &more = "") {
   std::string line(static_cast<size_t>(2 * depth), ' ');
   line += name;
-  line.resize(std::max<size_t>(line.size() + 1, 28), ' ');
+  line.resize(std::max<size_t>(line.size() + 2, 17), ' ');
   line += what;
-  line.resize(std::max<size_t>(line.size() + 1, 54), ' ');
+  line.resize(std::max<size_t>(line.size() + 2, 45), ' ');
   line += state;
   if (!more.empty()) {
-    line.resize(std::max<size_t>(line.size() + 1, 69), ' ');
+    line.resize(std::max<size_t>(line.size() + 2, 60), ' ');
     line += more;
   }
   std::puts(line.c_str());
@@ -68,7 +69,8 @@ void print_line(int depth, const std::string &name, const char *what, const std:
 
 // Prints a unit below another one by the end of its location. A place that this model lacks has neither unit nor location.
 template <class Unit>
-void print_unit(int depth, const std::string &above, const char *what, const Unit &unit, const std::string &more) {
+void print_unit(int depth, const std::string &above, const std::string &what, const Unit &unit,
+                const std::string &more) {
   std::string name = location_of(unit.unit_id);
   if (name.empty() && !is_installed(unit.status)) return;
   if (name.empty()) name = "(no location)";
@@ -78,7 +80,7 @@ void print_unit(int depth, const std::string &above, const char *what, const Uni
 
 Outcome not_read(const char *what, const char *reader, int32_t result) {
   std::fflush(stdout);
-  std::fprintf(stderr, "list_units: the %s could not be read: %s gave %d. The trace names the reason.\n", what, reader,
+  std::fprintf(stderr, "list_units: the %s could not be read.\n%s gave %d. The trace names the reason.\n", what, reader,
                result);
   return kFailed;
 }
@@ -149,11 +151,7 @@ Outcome list_boards(const Server &server) {
 std::string cooling_group_of(const Server &server, int32_t type, int32_t number) {
   CoolgrpData group{};
   if (server.is_high_end() || lmainte_get_coolgrp_data(type, number, server.model(), &group) != LMAINTE_OK) return "";
-  return "cooling group " + std::to_string(group.coolgrp_mask[1]);
-}
-
-std::string joined(const std::string &left, const std::string &right) {
-  return left.empty() || right.empty() ? left + right : left + ", " + right;
+  return ", cooling " + std::to_string(group.coolgrp_mask[1]);
 }
 
 // Each tray by its number: in the list that -1 gives, qe1 has an order of its own and the fans of other trays.
@@ -164,7 +162,7 @@ Outcome list_fans(const Server &server) {
     const int32_t result = lmainte_get_fantray_data(number, 1, server.model(), &tray);
     if (result != LMAINTE_OK) return not_read("fan trays", "lmainte_get_fantray_data", result);
     const std::string group = cooling_group_of(server, LMAINTE_TYPE_FANTRAY, number);
-    print_unit(0, "", "fan tray", tray, joined(text_of(tray.fru_name), group));
+    print_unit(0, "", "fan tray" + group, tray, text_of(tray.fru_name));
     for (int32_t fan = 0; fan < tray.fan_count; ++fan)
       print_line(1, "FAN#" + std::to_string(fan), "fan", state_of(tray.fan[fan].status));
   }
@@ -178,7 +176,7 @@ Outcome list_psus(const Server &server) {
   if (result != LMAINTE_OK) return not_read("power supplies", "lmainte_get_psu_data", result);
   for (const PsuData &psu : psus) {
     const std::string group = cooling_group_of(server, LMAINTE_TYPE_PSU, psu.number);
-    print_unit(0, "", "power supply", psu, joined(text_of(psu.fru_name), group));
+    print_unit(0, "", "power supply" + group, psu, text_of(psu.fru_name));
   }
   return kPrinted;
 }
@@ -201,7 +199,7 @@ Outcome list_service(const Server &server) {
   for (const EmgbUnitData &unit : units) {
     if (unit.type == 0) break;  // the model has fewer than four
     const bool is_own = unit.type == LMAINTE_TYPE_EMGBU && unit.local_number == static_cast<uint32_t>(unit.number);
-    print_unit(0, "", "service processor unit", unit, joined(text_of(unit.name), is_own ? "runs this" : ""));
+    print_unit(0, "", is_own ? "own service processor unit" : "service processor unit", unit, text_of(unit.name));
   }
   return kPrinted;
 }

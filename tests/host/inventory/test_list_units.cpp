@@ -82,6 +82,11 @@ TEST_P(ListUnits, PrintsTheTreeOfTheBox) {
   EXPECT_EQ(differences(units_in(done.output), expected), Units());
 }
 
+TEST_P(ListUnits, FitsOnATerminalOf80Columns) {
+  std::istringstream lines(list_units().output);
+  for (std::string line; std::getline(lines, line);) EXPECT_LE(line.size(), 80u) << line;
+}
+
 TEST_P(ListUnits, PrintsOneKind) {
   const std::string whole = list_units().output;
   for (const std::string &kind : kKinds) {
@@ -99,7 +104,8 @@ TEST_P(ListUnitsThatFails, NamesTheReaderAndPrintsTheRest) {
   const auto done = list_units();
   EXPECT_EQ(done.exit_status, 1);
   const std::string message =
-      "\nlist_units: the system boards could not be read: lmainte_get_sb_data gave 8. The trace names the reason.\n";
+      "\nlist_units: the system boards could not be read.\n"
+      "lmainte_get_sb_data gave 8. The trace names the reason.\n";
   EXPECT_NE(done.output.find(message), std::string::npos) << done.output;
   EXPECT_NE(done.output.find("\nPower supplies\n/PSU#0 "), std::string::npos) << done.output;
   EXPECT_EQ(list_units({"boards"}).exit_status, 1);
@@ -111,8 +117,8 @@ TEST_P(ListUnitsThatFails, PrintsNothingWithoutTheModel) {
   const auto done = list_units({"fans"});
   EXPECT_EQ(done.exit_status, 1);
   EXPECT_EQ(done.output,
-            "list_units: the server's model could not be read: lmainte_get_model_data gave 8. The trace names the "
-            "reason.\n");
+            "list_units: the server's model could not be read.\n"
+            "lmainte_get_model_data gave 8. The trace names the reason.\n");
 }
 
 TEST_P(ListUnitsThatFails, RefusesWordsThatItDoesNotKnow) {
