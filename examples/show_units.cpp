@@ -17,6 +17,7 @@
 #include <vector>
 
 #include "graceful.h"
+#include "language.h"
 #include "lmainte.h"
 #include "server.h"
 
@@ -265,6 +266,7 @@ Outcome show(const Request &request) {
 int main(int argc, char **argv) {
   Request request;
   if (!understand(argc, argv, request)) return usage();
+  speak_the_operators_language();
   graceful::catch_signals();
   Outcome outcome = kFailed;
   {
