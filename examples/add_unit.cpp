@@ -10,14 +10,14 @@
 namespace {
 
 constexpr procedure::Step kSteps[] = {
-    procedure::may_be_added,     // its place is empty, or holds a unit that is no good
-    procedure::choose_division,  // how a board will be used
-    procedure::mark,             // so that the technician finds the place
-    procedure::put_in,           // the operator's hands, and the proof that it is there
-    procedure::bring_up,         // tested, set up and in operation
-    procedure::unmark,           // no LED, no flag
-    procedure::show_state,       // as it is now
-    procedure::record,           // in the log
+    procedure::may_be_added,       // its place is empty, or holds a unit that is out of operation
+    procedure::choose_division,    // how a board will be used
+    procedure::mark,               // so that the technician finds the place
+    procedure::put_in_if_missing,  // the technician's hands, and the proof that it is there
+    procedure::bring_up,           // tested, set up and in operation
+    procedure::unmark,             // no LED, no flag
+    procedure::show_state,         // as it is now
+    procedure::record,             // in the log
 };
 
 }  // namespace

@@ -77,6 +77,23 @@ class Undisturbed {
   sigset_t before_{};
 };
 
+// While it lives, Ctrl-Z and fg end the wait for the operator's answer: the question has to be asked again, as the shell has
+// written over it.
+class Continued {
+ public:
+  Continued() {
+    struct sigaction action {};
+    action.sa_handler = [](int) {};  // without SA_RESTART
+    sigaction(SIGCONT, &action, &before_);
+  }
+  ~Continued() { sigaction(SIGCONT, &before_, nullptr); }
+  Continued(const Continued &) = delete;
+  Continued &operator=(const Continued &) = delete;
+
+ private:
+  struct sigaction before_ {};
+};
+
 // Between questions the operator's typing is not shown. The library sees to the echo at its questions; to put back the
 // terminal's mode as a whole is the command's part. One dialogue at a time.
 class Dialogue {

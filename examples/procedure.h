@@ -7,7 +7,7 @@
 //
 // Around the steps stands what every procedure owes: it is the only one at work, the server is in maintenance mode, the
 // operator has chosen a unit. What a step switched is switched back at every way out: after a refusal, a failure, a "q",
-// an interrupt, a lost terminal. Copy this header with the folder procedure, graceful.h and server.h.
+// an interrupt, a lost terminal. Copy this header with the folder procedure, graceful.h, language.h and server.h.
 #pragma once
 
 #include <cstdint>
@@ -18,9 +18,14 @@
 #include <vector>
 
 #include "graceful.h"
+#include "language.h"
 #include "lmainte.h"
+#include "procedure/advice.h"
+#include "procedure/asking.h"
 #include "procedure/exclusive.h"
 #include "procedure/marked.h"
+#include "procedure/results.h"
+#include "procedure/room.h"
 #include "procedure/steps.h"
 #include "procedure/telling.h"
 #include "procedure/unit_kinds.h"
@@ -55,24 +60,31 @@ inline Outcome choose_kind(const Server &server, const Procedure &procedure, con
 }
 
 inline int32_t show_list(const Kind &kind, const Units &units) {
-  const ListLine lines[] = {
-      {LMAINTE_LINE_HEAD, "The %s of this server\n\n", 0, {reinterpret_cast<uintptr_t>(kind.many)}},
-      {LMAINTE_LINE_HEAD, kind.columns, 0, {}},
-      {LMAINTE_LINE_FOOT, "\n%u %s.\n", 0, {units.count(), reinterpret_cast<uintptr_t>(kind.many)}},
-      {LMAINTE_LINE_END, nullptr, 0, {}}};
-  return units.show(lines);
+  const auto word = [](const char *text) { return reinterpret_cast<uintptr_t>(text); };
+  std::vector<ListLine> lines = {{LMAINTE_LINE_HEAD, "The %s of this server\n", 0, {word(kind.many)}},
+                                 {LMAINTE_LINE_HEAD, kind.columns, 0, {}},
+                                 {LMAINTE_LINE_FOOT, "\n", 0, {}}};
+  if (kind.legend[0] == nullptr)
+    lines.push_back({LMAINTE_LINE_FOOT, "%u %s.\n", 0, {units.count(), word(kind.many)}});
+  else
+    for (const char *const line : kind.legend) lines.push_back({LMAINTE_LINE_FOOT, "%s", 0, {word(line)}});
+  lines.push_back({LMAINTE_LINE_END, nullptr, 0, {}});
+  return units.show(lines.data());
 }
 
-inline Outcome choose_unit(const Server &server, const Procedure &procedure, const Kind &kind, AnyRecord &record,
-                           Unit &unit) {
+// Behind a refusal the list still stands above: only the number is asked for.
+inline Outcome choose_unit(const Server &server, const Procedure &procedure, const Kind &kind, bool is_first,
+                           AnyRecord &record, Unit &unit) {
   Units all(server, kind);
   int32_t result = all.read();
   if (result != LMAINTE_OK) return failed(std::string("The ") + kind.many + " could not be read", result, kTryAgain);
-  result = show_list(kind, all);
+  if (is_first) result = show_list(kind, all);
   if (result != LMAINTE_OK) return failed("The list could not be shown", result, kCheckPager);
+  const auto count = static_cast<int32_t>(all.count());
   int32_t number = 0;
-  const Outcome outcome = ask(static_cast<int32_t>(all.count()), number,
-                              "\nWhich %s do you %s? Type its number, q to give up: ", kind.one, procedure.verb);
+  const Outcome outcome =
+      is_first ? ask(count, number, "\nWhich %s do you %s? Type its number, q to give up: ", kind.one, procedure.verb)
+               : ask(count, number, "Type the number of another %s, q to give up: ", kind.one);
   if (outcome != kDone) return outcome;
   if (!take_unit(kind, all.at(static_cast<size_t>(number) - 1), unit))
     return failed("The unit has no location name", LMAINTE_FAILED, "Its record does not fit the model: call service.");
@@ -95,17 +107,15 @@ inline Outcome walk_steps(const Procedure &procedure, Work &work) {
 
 // A unit that is refused leaves the others to choose from.
 inline Outcome work_on(const Server &server, const Procedure &procedure, const Kind &kind) {
-  for (;;) {
+  for (bool is_first = true;; is_first = false) {
     AnyRecord record{};
     Unit unit;
-    Outcome outcome = choose_unit(server, procedure, kind, record, unit);
+    Outcome outcome = choose_unit(server, procedure, kind, is_first, record, unit);
     if (outcome != kDone) return outcome;
     Work work(server, kind, unit, record, procedure.action);
     outcome = walk_steps(procedure, work);
     if (!work.take_back()) outcome = kFailed;
     if (outcome != kRefused) return outcome;
-    outcome = confirm("Type 1 to choose another %s, q to give up: ", kind.one);
-    if (outcome != kDone) return outcome;
   }
 }
 
@@ -114,17 +124,18 @@ inline Outcome walk(const Procedure &procedure, const Kind *kind) {
   int32_t result = server.read_with_times();
   if (result != LMAINTE_OK) {
     failed("The server's model could not be read", result, kTryAgain);
-    std::puts(server.model() == LMAINTE_MODEL_NONE
-                  ? "Or /tmp holds no marker file of a model: then this is no service processor."
-                  : "Or a file of times is missing: /mgb/cli/etc/controltime_* or cmdtime_*.");
+    if (server.model() == LMAINTE_MODEL_NONE)
+      tell("If /tmp holds no marker file of a model, this is no service processor.");
+    else
+      tell("Check also that the files of times are there: controltime_* and cmdtime_* in /mgb/cli/etc.");
     return kFailed;
   }
   if (kind != nullptr && kind->count(server) == 0) {
-    std::printf("This server has no %s.\n", kind->many);
+    tell("This server has no %s.", kind->many);
     return kFailed;
   }
   if (!has_room_for_lists()) {
-    std::puts("/tmp has no room for the lists. Remove from it what is not needed.");
+    tell("/tmp has no room for the lists. Remove files that nobody needs from it.");
     return kFailed;
   }
   Claim claim;
@@ -162,6 +173,8 @@ inline int run(const Procedure &procedure, int argc, char **argv) {
     tell_usage(procedure, stderr);
     return kFailed;
   }
+  remember_folder(argv[0]);
+  speak_the_operators_language();
   graceful::catch_signals();
   Outcome outcome = kFailed;
   {

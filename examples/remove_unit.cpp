@@ -11,9 +11,10 @@ namespace {
 
 constexpr procedure::Step kSteps[] = {
     procedure::may_be_removed,  // another one carries the load
+    procedure::tell_what_runs,  // a board without a fault is not taken without a question
     procedure::mark,            // so that the technician finds it
     procedure::detach,          // out of operation
-    procedure::take_out,        // the operator's hands, and the proof that it is gone
+    procedure::take_out,        // the technician's hands, and the proof that it is gone
     procedure::give_up_parts,   // what a board was set up for
     procedure::unmark,          // no LED, no flag
     procedure::show_state,      // as it is now

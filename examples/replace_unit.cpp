@@ -12,10 +12,11 @@ namespace {
 constexpr procedure::Step kSteps[] = {
     procedure::may_be_removed,    // another one carries the load
     procedure::show_state,        // what is wrong with it
+    procedure::tell_what_runs,    // a board without a fault is not taken without a question
     procedure::choose_mirroring,  // of an undivided board
     procedure::mark,              // so that the technician finds it
     procedure::detach,            // out of operation
-    procedure::take_out,          // the operator's hands, and the proof that it is gone
+    procedure::take_out,          // the technician's hands, and the proof that it is gone
     procedure::put_in,            // the same for the new one
     procedure::bring_up,          // tested, set up and in operation
     procedure::unmark,            // no LED, no flag

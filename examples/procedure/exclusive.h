@@ -8,13 +8,16 @@
 #include <cerrno>
 #include <csignal>
 #include <cstdint>
-#include <cstdio>
 #include <string>
 #include <system_error>
 
 #include "../graceful.h"
+#include "advice.h"
+#include "beside.h"
+#include "left.h"
 #include "lmainte.h"
 #include "lmainte_platform.h"
+#include "results.h"
 #include "telling.h"
 #include "unit_kinds.h"
 
@@ -25,9 +28,9 @@ class Claim {
  public:
   Claim() = default;
   ~Claim() {
-    // Unless what the last procedure left has been taken care of, the next one is to find that this one died, too.
+    // Until what the last procedure left has been taken care of, the next one has to find the file as it is.
     if (is_held_ && !is_taken_over_ && lmainte_fclear_pinfo(kFile) != LMAINTE_OK)
-      std::printf("%s could not be cleared: remove it.\n", kFile);
+      advise(text_of("The file %s could not be cleared. Remove it with:", kFile), kRemoval);
   }
   Claim(const Claim &) = delete;
   Claim &operator=(const Claim &) = delete;
@@ -36,8 +39,9 @@ class Claim {
     // While the file is open nobody else reads or writes it: two procedures cannot both find it free.
     const int32_t fd = lcmn_lopen(kFile, O_RDWR | O_CREAT, 0644);
     if (fd < 0) {
-      std::printf("The file %s could not be opened: %s.\nMake room in /tmp, or remove the file.\n", kFile,
-                  std::system_category().message(errno).c_str());
+      const std::string reason = std::system_category().message(errno);
+      tell("The file %s could not be opened: %s.", kFile, reason.c_str());
+      advise("Make room in /tmp, or remove the file with:", kRemoval);
       return kFailed;
     }
     const Outcome outcome = take(fd);
@@ -52,28 +56,28 @@ class Claim {
 
  private:
   static constexpr char kFile[] = "/tmp/mainte_procedure";
+  static constexpr char kRemoval[] = "rm /tmp/mainte_procedure";
 
   Outcome take(int32_t fd) {
     char text[257] = {};  // the library reads up to 256 bytes and writes no NUL
     int32_t result = lmainte_get_pinfo(fd, text);
-    if (result != LMAINTE_OK) return failed(std::string("The file ") + kFile + " could not be read", result, kTryAgain);
+    if (result != LMAINTE_OK) return failed(text_of("The file %s could not be read", kFile), result, kTryAgain);
     const pid_t other = text[0] == '\0' ? 0 : lmainte_get_pid(text);
     const bool is_alive = other > 0 && other != getpid() && (kill(other, 0) == 0 || errno == EPERM);
     if (is_alive) {
-      std::printf(
-          "Another procedure is running: process %d. Let it end, then start again.\nIf that is none, remove %s.\n",
-          static_cast<int>(other), kFile);
+      tell("Another procedure is running: process %d. Let it end, then start again.", static_cast<int>(other));
+      advise("If that process is no procedure, remove the file that names it with:", kRemoval);
       return kFailed;
     }
     is_taken_over_ = other > 0;
     if (is_taken_over_)
-      std::printf("\nThe last procedure, process %d, died on its way. This one takes over.\n", static_cast<int>(other));
+      tell("\nThe last procedure, process %d, was killed before its end. This one takes over.",
+           static_cast<int>(other));
     else if (text[0] != '\0')
-      std::printf("%s named no process, and is written anew.\n", kFile);
+      tell("The file %s names no process. It is written anew.", kFile);
     result = lmainte_put_pinfo(fd);
     is_held_ = result == LMAINTE_OK;
-    return is_held_ ? kDone
-                    : failed(std::string("The file ") + kFile + " could not be written", result, "Is /tmp full?");
+    return is_held_ ? kDone : failed(text_of("The file %s could not be written", kFile), result, "Is /tmp full?");
   }
 
   bool is_held_ = false;
@@ -89,38 +93,50 @@ class Maintenance {
   Maintenance &operator=(const Maintenance &) = delete;
 
   Outcome begin(bool is_taken_over) {
-    const graceful::Undisturbed undisturbed;
-    if (is_taken_over) lmainte_control_mainte(LMAINTE_MAINTE_UNLOCK, mode_time());  // whether or not it was locked
-    const int32_t result = lmainte_control_mainte(LMAINTE_MAINTE_LOCK, mode_time());
+    int32_t reported = LMAINTE_OK;
+    const int32_t result = with_late_progress("Starting maintenance mode ", longest(), [&] {
+      if (is_taken_over) set_mode(LMAINTE_MAINTE_UNLOCK);  // whether or not it was on
+      const int32_t set = set_mode(LMAINTE_MAINTE_LOCK);
+      if (set == LMAINTE_OK) reported = report(LMAINTE_REPORT_START);
+      return set;
+    });
     is_begun_ = perhaps_done(result);
-    if (result != LMAINTE_OK) {
-      failed("Maintenance mode could not be begun", result, way_out_of(result));
-      if (result == LMAINTE_BUSY) std::puts("If there is none, end the mode with: /mgb/bin/ctlmainte -c unlock");
-      return kFailed;
+    is_reported_ = result == LMAINTE_OK;
+    if (is_reported_) {
+      tell_of_report(reported);
+      return kDone;
     }
-    report(LMAINTE_REPORT_START);
-    is_reported_ = true;
-    return kDone;
+    failed("Maintenance mode could not be started", result);
+    if (result == LMAINTE_BUSY) advise("If no other procedure runs, end the mode with:", kEndMode);
+    return kFailed;
   }
 
   bool end() {
     if (!is_begun_) return true;
     is_begun_ = false;
-    const graceful::Undisturbed undisturbed;
-    if (is_reported_) report(LMAINTE_REPORT_END);
-    const int32_t result = lmainte_control_mainte(LMAINTE_MAINTE_UNLOCK, mode_time());
-    if (result != LMAINTE_OK)
-      failed("The server may still be in maintenance mode", result, "Mend it with: /mgb/bin/ctlmainte -c unlock");
-    return result == LMAINTE_OK;
+    int32_t reported = LMAINTE_OK;
+    const int32_t result = with_late_progress("Ending maintenance mode ", longest(), [&] {
+      if (is_reported_) reported = report(LMAINTE_REPORT_END);
+      return set_mode(LMAINTE_MAINTE_UNLOCK);
+    });
+    tell_of_report(reported);
+    if (result == LMAINTE_OK) return true;
+    advise(text_of("The server may still be in maintenance mode: %s.\nEnd the mode with:", reason_of(result).c_str()),
+           kEndMode);
+    log_left(LMAINTE_HOST_LEFT_IN_MODE);
+    return false;
   }
 
  private:
-  int32_t mode_time() const { return server_.time(LMAINTE_CMD_CTLMAINTE); }
+  static constexpr char kEndMode[] = "/mgb/bin/ctlmainte -c unlock";
+
+  int32_t longest() const { return 2 * server_.time(LMAINTE_CMD_CTLMAINTE) + server_.time(LMAINTE_CMD_VANTAMAINTE); }
+  int32_t set_mode(int32_t mode) const { return lmainte_control_mainte(mode, server_.time(LMAINTE_CMD_CTLMAINTE)); }
+  int32_t report(int32_t mode) const { return lmainte_report_vanta(mode, server_.time(LMAINTE_CMD_VANTAMAINTE)); }
 
   // Maintenance goes on without the remote service.
-  void report(int32_t mode) const {
-    const int32_t result = lmainte_report_vanta(mode, server_.time(LMAINTE_CMD_VANTAMAINTE));
-    if (result != LMAINTE_OK) std::printf("The remote service was not told (result %d).\n", result);
+  static void tell_of_report(int32_t result) {
+    if (result != LMAINTE_OK) tell("The remote service could not be told of the maintenance (result %d).", result);
   }
 
   const Server &server_;

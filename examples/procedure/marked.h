@@ -2,12 +2,14 @@
 #pragma once
 
 #include <cstdint>
-#include <cstdio>
+#include <string>
 
 #include "../graceful.h"
+#include "advice.h"
 #include "lmainte.h"
 #include "lmainte_platform.h"
 #include "marks.h"
+#include "results.h"
 #include "telling.h"
 #include "unit_kinds.h"
 
@@ -29,7 +31,7 @@ class Marked {
       if (!read()) return kFailed;
     }
     for (const lmainte_swap_fru *entry = first(); entry != nullptr; entry = entry->next)
-      std::printf("%s is marked for replacement.\n", record_of(*entry).name);
+      tell("%s is marked for replacement.", record_of(*entry).name);
     return kDone;
   }
 
@@ -46,9 +48,10 @@ class Marked {
       const Kind *const kind = find_kind([&](const Kind &row) { return row.type == unit.type; });
       Marks marks(server_, unit);
       marks.take_over();
-      if (marks.take_back()) std::printf("It left %s marked. The marks are taken back.\n", unit.name);
+      if (marks.take_back()) tell("It left %s marked. The marks were taken back.", unit.name);
       if (kind != nullptr)
-        std::printf("If %s is out of operation, put it back with: add_unit %s\n", unit.name, kind->word);
+        advise(text_of("If %s is out of operation, put it back into operation with:", unit.name),
+               procedure_command("add_unit", kind->word));
     }
   }
 

@@ -1,108 +1,87 @@
-// What a procedure tells the operator, what it asks, and how it and its steps end.
+// What a procedure tells the operator: sentences, in lines that a terminal of 80 columns shows whole.
 #pragma once
 
-#include <sys/statvfs.h>
-
-#include <cstdint>
+#include <cstdarg>
+#include <cstddef>
 #include <cstdio>
 #include <string>
-
-#include "../graceful.h"
-#include "lmainte.h"
-#include "lmainte_host.h"
+#include <string_view>
 
 namespace procedure {
 
-// The library shows what it could write: a list that /tmp had no room for is cut short, and nobody knows.
-inline bool has_room_for_lists() {
-  constexpr uint64_t kRoom = 65536;
-  struct statvfs tmp {};
-  return statvfs("/tmp", &tmp) == 0 && uint64_t{tmp.f_bavail} * tmp.f_frsize >= kRoom;
+inline constexpr size_t kColumns = 80;
+
+inline std::string formatted(const char *format, std::va_list values) {
+  char room[2048];
+  std::vsnprintf(room, sizeof room, format, values);
+  return room;
 }
 
-// How a procedure ends, its exit status; and how a step ends.
-enum Outcome {
-  kDone = 0,
-  kFailed = 1,
-  kGaveUp = 2,
-  kRefused = 3  // of a step: not this unit, not now; the operator may choose another one
-};
-
-inline constexpr const char *kTryAgain =
-    "Another command may hold the database: try again in a minute.\nIf it fails again, a record is broken: the trace "
-    "names it.";
-inline constexpr const char *kCheckPager = "Check that /bin/busybox is there and that /tmp has room.";
-
-inline Outcome failed(const std::string &what, int32_t result, const char *way_out) {
-  std::printf("%s (result %d).\n%s\n", what.c_str(), result, way_out);
-  return kFailed;
+// As printf does, but into a text.
+[[gnu::format(printf, 1, 2)]] inline std::string text_of(const char *format, ...) {
+  std::va_list values;
+  va_start(values, format);
+  std::string text = formatted(format, values);
+  va_end(values);
+  return text;
 }
 
-// Whether an operation may have done its work: a program that was stopped at its time limit may have.
-inline bool perhaps_done(int32_t result) {
-  return result == LMAINTE_OK || result == LMAINTE_FAILED;
-}
-
-// What to do after an operation has failed.
-inline const char *way_out_of(int32_t result) {
-  switch (result) {
-    case LMAINTE_BUSY:
-    case LMAINTE_MODE_REFUSED:
-    case LMAINTE_FLAG_REFUSED:
-      return "Another procedure is at work. Let it end, then start again.";
-    case LMAINTE_LED_FAILED:
-      return "The unit does not answer. Check that it is in place, then start again.";
-    case LMAINTE_DETACH_FAILED:
-      return "The server still uses the unit: stop what runs on it, then start again.";
-    case LMAINTE_FAN_FAILED:
-      return "The fans' speed could not be set. Look at the fan trays, then start again.";
-    case LMAINTE_SETUP_FAILED:
-      return "A domain runs on the board, or its other unit is missing.\nMend that, then start again.";
-    case LMAINTE_LINK_FAILED:
-      return "The board does not answer. Look at its seat, then start again.";
-    default:
-      return "The control program is missing, failed or took too long; the trace says which.\nThen start again.";
+// A line, broken at its blanks where it is too long. Each part but the last ends with `end`, each but the first begins
+// with `begin`. A word that is longer than a line stays whole.
+inline std::string folded(std::string_view line, size_t columns, std::string_view end = "",
+                          std::string_view begin = "") {
+  std::string result;
+  size_t used = 0;
+  for (bool is_first = true;; is_first = false) {
+    const size_t blank = line.find(' ');
+    const std::string_view word = line.substr(0, blank);
+    const size_t needed = 1 + word.size() + (blank == line.npos ? 0 : end.size());
+    if (!is_first && used + needed > columns) {
+      result.append(end).append("\n").append(begin);
+      used = begin.size();
+    } else if (!is_first) {
+      result += ' ';
+      ++used;
+    }
+    result += word;
+    used += word.size();
+    if (blank == line.npos) return result;
+    line.remove_prefix(blank + 1);
   }
 }
 
-// The operator typed q, the input ended, a signal came, or the terminal failed.
-inline Outcome not_chosen(int32_t result) {
-  if (graceful::signal() == 0 && result < 0)
-    return failed("The question could not be asked", result, "Start the procedure on the operator's terminal.");
-  std::puts(graceful::signal() != 0 ? "Interrupted." : "Given up.");
-  return kGaveUp;
+// The same for a text of several lines.
+inline std::string in_lines(std::string_view text, size_t columns = kColumns) {
+  std::string result;
+  for (;;) {
+    const size_t end = text.find('\n');
+    result += folded(text.substr(0, end), columns);
+    if (end == text.npos) return result;
+    result += '\n';
+    text.remove_prefix(end + 1);
+  }
 }
 
-// Asks for one of count choices: kDone with the operator's, or the way out.
-template <class... Values>
-Outcome ask(int32_t count, int32_t &choice, const char *format, Values... values) {
-  const int32_t result = lmainte_ask_select(count, &choice, format, values...);
-  return result == LMAINTE_HOST_CHOSEN && graceful::signal() == 0 ? kDone : not_chosen(result);
+// For what is not told, but shown by the library as it stands.
+constexpr bool fits_on_terminal(const char *text) {
+  size_t columns = 0;
+  for (; *text != '\0'; ++text) {
+    columns = *text == '\n' ? 0 : columns + 1;
+    if (columns > kColumns) return false;
+  }
+  return true;
 }
 
-template <class... Values>
-Outcome confirm(const char *format, Values... values) {
-  int32_t choice = 0;
-  return ask(1, choice, format, values...);
+// Sentences, and the end of their line.
+inline void tell(const std::string &sentences) {
+  std::puts(in_lines(sentences).c_str());
 }
 
-// Ctrl-C does not reach the control program, nor cut the library's waiting short; it is heeded at the next question.
-template <class Operation>
-int32_t undisturbed(Operation operation) {
-  const graceful::Undisturbed undisturbed;
-  return operation();
-}
-
-// The same, under a line that shows that time passes, but no longer than the operation may take: the child that draws it
-// outlives a command that is killed.
-template <class Operation>
-int32_t with_progress(const std::string &message, int32_t longest, Operation operation) {
-  const graceful::Undisturbed undisturbed;
-  const DotParam line = {1, message.c_str(), longest};
-  const int32_t child = lmainte_dot_start(&line);
-  const int32_t result = operation();
-  if (child > 0) lmainte_dot_end(child);
-  return result;
+[[gnu::format(printf, 1, 2)]] inline void tell(const char *format, ...) {
+  std::va_list values;
+  va_start(values, format);
+  tell(formatted(format, values));
+  va_end(values);
 }
 
 }  // namespace procedure

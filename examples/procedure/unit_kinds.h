@@ -8,12 +8,15 @@
 #include <cstdint>
 #include <cstring>
 #include <iterator>
+#include <set>
+#include <string>
 #include <vector>
 
 #include "../graceful.h"
 #include "../server.h"
 #include "lmainte.h"
 #include "lmainte_platform.h"
+#include "telling.h"
 
 namespace procedure {
 
@@ -52,6 +55,7 @@ struct Kind {
   size_t record_size;                 // of what lmainte_get_fru_data fills in for a unit
   size_t head;                        // where the unit stands in it: a board's record is of two units
   const char *columns;                // over the list
+  const char *legend[2];              // under it: what its columns and signs mean; null: the number of units
   int32_t (*show_list)(const Server &, uint32_t count, const void *records, const ListLine *);
   int32_t (*show_status)(const AnyRecord &, const ListLine *);
 
@@ -65,6 +69,10 @@ struct Unit {
 
   const char *name() const { return record.name; }
   bool is_installed() const { return (status & LMAINTE_STATUS_INSTALLED) != 0; }
+  bool is_faulted() const { return (status & LMAINTE_STATUS_FAULTED) != 0; }
+  bool is_healthy() const {
+    return is_installed() && (status & (LMAINTE_STATUS_FAULTED | LMAINTE_STATUS_DEGRADED)) == 0;
+  }
 };
 
 inline Head head_of(const Kind &kind, const void *record) {
@@ -108,6 +116,20 @@ class Units {
   std::vector<std::byte> records_;
 };
 
+// The domains that run on a board of the high end: "domain 1", "domains 2, 7"; empty where none does.
+inline int32_t read_domains(const Server &server, int32_t board, std::string &domains) {
+  std::array<XsbData, 4> xsbs{};
+  const int32_t result =
+      lmainte_get_xsb_data(4 * board, static_cast<int32_t>(xsbs.size()), server.model(), xsbs.data());
+  if (result != LMAINTE_OK) return result;
+  std::set<int32_t> running;
+  for (const XsbData &xsb : xsbs)
+    if (xsb.active == 1) running.insert(xsb.current_domain);
+  domains = running.empty() ? "" : running.size() == 1 ? "domain" : "domains";
+  for (const int32_t domain : running) domains += (domain == *running.begin() ? " " : ", ") + std::to_string(domain);
+  return LMAINTE_OK;
+}
+
 // ---- What a kind has of its own ------------------------------------------------------------------------------------
 
 template <size_t Slot>
@@ -148,20 +170,76 @@ int32_t show_board(const AnyRecord &record, const ListLine *lines) {
 
 inline constexpr char kBoardColumns[] =
     "                          Domain of XSB\nNo. Unit              0     1     2     3  Power State\n";
-inline constexpr char kUnitColumns[] = "No. Unit            State\n";
+inline constexpr char kUnitColumns[] = "\nNo. Unit            State\n";
+
+inline constexpr char kDomains[] = "0 to 3: extended system boards (XSB) of the board; SP: one that has no domain.\n";
+inline constexpr char kSigns[] = "*: a CPU module or a memory module of the unit is faulted or degraded.\n";
+inline constexpr char kDdc[] = "DDC unit: a DC-to-DC converter, which makes a supply voltage.\n";
+
+static_assert(fits_on_terminal(kBoardColumns) && fits_on_terminal(kUnitColumns) && fits_on_terminal(kDomains) &&
+              fits_on_terminal(kSigns) && fits_on_terminal(kDdc));
 
 inline constexpr Kind kKinds[] = {
-    {"cmu", "CPU/memory unit", "CPU/memory units", LMAINTE_TYPE_CMU, 0, count_of<LMAINTE_SLOT_CMU>, sizeof(SbData),
-     offsetof(SbData, cmu), kBoardColumns, show_boards<LMAINTE_BOARD_CMU>, show_board<LMAINTE_BOARD_CMU>},
-    {"iou", "I/O unit", "I/O units", LMAINTE_TYPE_IOU, 1, count_of<LMAINTE_SLOT_IOU>, sizeof(SbData),
-     offsetof(SbData, iou), kBoardColumns, show_boards<LMAINTE_BOARD_IOU>, show_board<LMAINTE_BOARD_IOU>},
-    {"fan", "fan tray", "fan trays", LMAINTE_TYPE_FANTRAY, 2, count_of<LMAINTE_SLOT_FAN>, sizeof(FantrayData), 0,
-     kUnitColumns, show_list<FantrayData, lmainte_show_fantray_list>,
+    {"cmu",
+     "CPU/memory unit",
+     "CPU/memory units",
+     LMAINTE_TYPE_CMU,
+     0,
+     count_of<LMAINTE_SLOT_CMU>,
+     sizeof(SbData),
+     offsetof(SbData, cmu),
+     kBoardColumns,
+     {kDomains, kSigns},
+     show_boards<LMAINTE_BOARD_CMU>,
+     show_board<LMAINTE_BOARD_CMU>},
+    {"iou",
+     "I/O unit",
+     "I/O units",
+     LMAINTE_TYPE_IOU,
+     1,
+     count_of<LMAINTE_SLOT_IOU>,
+     sizeof(SbData),
+     offsetof(SbData, iou),
+     kBoardColumns,
+     {kDomains, ""},
+     show_boards<LMAINTE_BOARD_IOU>,
+     show_board<LMAINTE_BOARD_IOU>},
+    {"fan",
+     "fan tray",
+     "fan trays",
+     LMAINTE_TYPE_FANTRAY,
+     2,
+     count_of<LMAINTE_SLOT_FAN>,
+     sizeof(FantrayData),
+     0,
+     kUnitColumns,
+     {},
+     show_list<FantrayData, lmainte_show_fantray_list>,
      show_status<FantrayData, lmainte_show_fantray_status>},
-    {"psu", "power supply", "power supplies", LMAINTE_TYPE_PSU, 3, count_of<LMAINTE_SLOT_PSU>, sizeof(PsuData), 0,
-     kUnitColumns, show_list<PsuData, lmainte_show_psu_list>, show_status<PsuData, lmainte_show_psu_status>},
-    {"ddc", "DDC unit", "DDC units", LMAINTE_TYPE_DDC, 7, count_of_ddcs, sizeof(BpUnitData), 0, kUnitColumns,
-     show_list<BpUnitData, lmainte_show_ddca_list>, show_status<BpUnitData, lmainte_show_ddca_status>},
+    {"psu",
+     "power supply",
+     "power supplies",
+     LMAINTE_TYPE_PSU,
+     3,
+     count_of<LMAINTE_SLOT_PSU>,
+     sizeof(PsuData),
+     0,
+     kUnitColumns,
+     {},
+     show_list<PsuData, lmainte_show_psu_list>,
+     show_status<PsuData, lmainte_show_psu_status>},
+    {"ddc",
+     "DDC unit",
+     "DDC units",
+     LMAINTE_TYPE_DDC,
+     7,
+     count_of_ddcs,
+     sizeof(BpUnitData),
+     0,
+     kUnitColumns,
+     {kDdc, ""},
+     show_list<BpUnitData, lmainte_show_ddca_list>,
+     show_status<BpUnitData, lmainte_show_ddca_status>},
 };
 
 // The first kind of which this is true, or null.

@@ -2,12 +2,16 @@
 #pragma once
 
 #include <cstdint>
-#include <cstdio>
 #include <string>
 
 #include "../graceful.h"
+#include "advice.h"
+#include "beside.h"
+#include "left.h"
 #include "lmainte.h"
+#include "lmainte_host.h"
 #include "marks.h"
+#include "results.h"
 #include "telling.h"
 #include "unit_kinds.h"
 
@@ -72,7 +76,8 @@ class Work {
   // From now on what is in the place is another unit.
   void expect_another() {
     is_another_ = true;
-    is_rejected_ = is_in_doubt_ = has_passed_ = false;
+    is_in_doubt_ = has_passed_ = false;
+    rejection_ = LMAINTE_OK;
   }
 
   // How long it may take, in seconds.
@@ -90,11 +95,9 @@ class Work {
 
   // Tested, set up and in operation.
   int32_t bring_up() {
-    is_rejected_ = true;  // until all of it is done
     has_passed_ = false;
-    const int32_t result = kind.is_board() ? bring_up_board(division) : bring_up_unit();
-    is_rejected_ = result != LMAINTE_OK;
-    return result;
+    rejection_ = kind.is_board() ? bring_up_board(division) : bring_up_unit();
+    return rejection_;
   }
 
   // What the unit needed is done: whatever comes afterwards, nothing of it is undone.
@@ -135,33 +138,47 @@ class Work {
 
   int32_t time_to_link() const { return time(LMAINTE_CMD_LINKBOARD); }
 
-  // The procedure ends before its time. The unit that was taken out of operation, and no other, goes back as it was, a board
-  // not divided anew.
+  // The procedure ends before its time. The unit that was taken out of operation, and no other, goes back as it was, a
+  // board not divided anew. What is not in order then is told and logged. False where an operation failed on the way.
   bool leave_unit() {
-    if (!is_detached_ && !is_in_doubt_ && !is_rejected_ && !is_another_) return true;
+    if (!is_detached_ && !is_in_doubt_ && rejection_ == LMAINTE_OK && !is_another_) return true;
     int32_t result = read();
-    if (result != LMAINTE_OK) return is_left("is in a state that could not be read", result);
-    if (!unit.is_installed()) {
-      if (was_in_place_)
-        std::printf("The place of %s stays empty. Add a unit with: add_unit %s\n", unit.name(), kind.word);
+    if (result != LMAINTE_OK) return leave(LMAINTE_HOST_LEFT_UNKNOWN, "is in a state that could not be read", result);
+    if (!unit.is_installed()) return !was_in_place_ || leave_empty();
+    if (has_passed_) return leave_unchecked();
+    if (rejection_ != LMAINTE_OK) {
+      leave(LMAINTE_HOST_LEFT_REJECTED, "is in place and out of operation", rejection_);
       return true;
     }
-    if (has_passed_) {
-      std::printf("%s is in operation, and has not passed all its checks.\n", unit.name());
-      return true;
-    }
-    if (is_rejected_) return is_left("stays in place, and has not passed", LMAINTE_OK);
-    if (is_another_) return is_left("is in place, and was not tested", LMAINTE_OK);
-    if (is_in_doubt_) return is_left("may be out of operation", LMAINTE_FAILED);
+    if (is_another_) return leave(LMAINTE_HOST_LEFT_UNTESTED, "is in place and was not tested", LMAINTE_OK);
+    if (is_in_doubt_) return leave(LMAINTE_HOST_LEFT_IN_DOUBT, "may be out of operation", LMAINTE_FAILED);
     result = with_progress(std::string("Putting ") + unit.name() + " back into operation ", time_to_bring_up(),
                            [this] { return kind.is_board() ? bring_up_board(0) : bring_up_unit(); });
-    return result == LMAINTE_OK || is_left("is still out of operation", result);
+    return result == LMAINTE_OK || leave(LMAINTE_HOST_LEFT_OUT, "is still out of operation", result);
   }
 
-  bool is_left(const char *how, int32_t result) const {
-    std::printf("%s %s", unit.name(), how);
-    if (result != LMAINTE_OK) std::printf(" (result %d)", result);
-    std::printf(".\nTo test it and put it into operation: add_unit %s\n", kind.word);
+  bool leave_empty() const {
+    advise(text_of("The place of %s stays empty. When you have a unit for it, start:", unit.name()),
+           procedure_command("add_unit", kind.word));
+    log_left(LMAINTE_HOST_LEFT_EMPTY, unit.record);
+    return true;
+  }
+
+  bool leave_unchecked() const {
+    tell("%s is in operation, but was not checked to the end.", unit.name());
+    log_left(LMAINTE_HOST_LEFT_UNCHECKED, unit.record);
+    return true;
+  }
+
+  // A unit with a fault is exchanged. Every other one is tested once more.
+  bool leave(uint8_t what, const char *how, int32_t result) const {
+    const std::string reason = result == LMAINTE_OK ? "" : ": " + reason_of(result);
+    tell("%s %s%s.", unit.name(), how, reason.c_str());
+    if (meaning_of(result).is_fault_of_unit)
+      advise("To exchange it for another one, start:", procedure_command("replace_unit", kind.word));
+    else
+      advise("To test it and put it into operation, start:", procedure_command("add_unit", kind.word));
+    log_left(what, unit.record);
     return result == LMAINTE_OK;
   }
 
@@ -171,9 +188,9 @@ class Work {
   bool is_detached_ = false;  // taken out of operation, and not back since
   bool is_in_doubt_ = false;  // the program that should have taken it out did not end well
   bool is_another_ = false;   // the one that was there is gone
-  bool is_rejected_ = false;  // it did not pass when it was brought up
   bool has_passed_ = false;   // its test, and is in operation
   bool is_settled_ = false;
+  int32_t rejection_ = LMAINTE_OK;  // why it could not be brought up
 };
 
 }  // namespace procedure

@@ -136,12 +136,6 @@ void BoxTest::pulls(const std::string &unit) {
   types("1\n");
 }
 
-void BoxTest::puts_in(const std::string &unit) {
-  answers("Put in " + unit + " now.");
-  spbox({"insert", unit});
-  types("1\n");
-}
-
 std::string BoxTest::led(const std::string &unit) const {
   return box::Hardware(box::Place(box())).led(unit);
 }
@@ -150,25 +144,10 @@ bool BoxTest::flag(const std::string &unit) const {
   return box::Hardware(box::Place(box())).flag(unit);
 }
 
-void BoxTest::take_out_of_operation(const std::string &unit) const {
-  EXPECT_EQ(run_to_end(in_box({"/mgb/bin/detachfru", "-u", unit})).exit_status, 0);
-}
-
 void BoxTest::bend(const std::string &program, const Words &how) {
   Words words{"program", program};
   words.insert(words.end(), how.begin(), how.end());
   spbox(words);
-}
-
-void BoxTest::set_time_limits(std::uint32_t limit) const {
-  for (const char *family : {"qa", "qb", "qe"}) {
-    const auto path = box() / "mgb/cli/etc" / (std::string("cmdtime_") + family);
-    if (!fs::exists(path)) continue;
-    std::fstream file(path, std::ios::in | std::ios::out | std::ios::binary);
-    for (int command = 0; command < 16; ++command) {
-      for (int shift = 24; shift >= 0; shift -= 8) file.put(static_cast<char>(limit >> shift));
-    }
-  }
 }
 
 void BoxTest::remove_list_file() const {
@@ -191,10 +170,6 @@ std::string BoxTest::call(const Words &words) const {
 
 void BoxTest::expect_in_order(const Words &detached) {
   expect_left({}, detached);
-}
-
-void BoxTest::expect_left(const Words &sentences) {
-  expect_left(sentences, {});
 }
 
 void BoxTest::expect_left(const Words &sentences, const Words &detached) {

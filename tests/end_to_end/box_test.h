@@ -52,16 +52,13 @@ class BoxTest : public testing::Test {
 
   // The technician does what the procedure asks for, and the operator says so.
   void pulls(const std::string &unit);
-  void puts_in(const std::string &unit);
 
   // The technician.
   Done spbox(const Words &words);  // spbox VERB BOX ...; must succeed
   std::string led(const std::string &unit) const;
   bool flag(const std::string &unit) const;
-  void take_out_of_operation(const std::string &unit) const;
   void bend(const std::string &program, const Words &how);
-  void set_time_limits(std::uint32_t limit) const;  // of every control program, in seconds
-  void remove_list_file() const;                    // the one that is there
+  void remove_list_file() const;  // the one that is there
   void put_record(std::uint32_t db_id, const std::string &name, std::size_t size) const;
 
   // A function of the library called in the box by a command without a terminal: its output, "result 0\n" at the end.
@@ -70,7 +67,6 @@ class BoxTest : public testing::Test {
   // After a procedure: LED, flag, fans, maintenance mode, terminal, processes, files and locks are as before it. The units
   // named may be out of operation.
   void expect_in_order(const Words &detached = {});
-  void expect_left(const Words &sentences);  // what is not in order, in words, and nothing else
 
   // After every end: the terminal as it was, no process, no list file, no lock.
   void expect_nothing_left();
