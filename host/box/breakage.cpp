@@ -1,5 +1,6 @@
 #include "host/box/breakage.h"
 
+#include "host/box/advice.h"
 #include "host/box/contents.h"
 
 #include "host/box/record_set.h"
@@ -52,8 +53,8 @@ RecordName find_record(const Place &place, const std::string &name) {
   if (found.size() == 1) return found.front();
   const std::string box = place.root().string();
   if (found.empty()) {
-    throw InventoryError(box + " has no unit and no record " + name + ". `spbox units " + quoted(box) +
-                         "` lists the units, `spbox show " + quoted(box) + " UNIT` the records of one.");
+    throw InventoryError(box + " has no unit and no record " + name + ". " + advice({"units", box}) +
+                         " lists the units, " + advice({"show", box, "UNIT"}) + " the records of one.");
   }
   throw InventoryError(box + " has the record " + name + " in several databases: it cannot be broken by its name.");
 }

@@ -3,6 +3,7 @@
 #include <fstream>
 #include <vector>
 
+#include "host/box/advice.h"
 #include "host/box/hardware.h"
 #include "host/box/programs.h"
 #include "host/box/trace_ring.h"
@@ -97,8 +98,8 @@ bool is_box(const Place &place) {
 
 std::uint32_t model_of_box(const Place &place) {
   if (!is_box(place)) {
-    throw InventoryError(place.root().string() + " is no box. `spbox create " + quoted(place.root()) +
-                         " --model MODEL` makes one.");
+    throw InventoryError(place.root().string() + " is no box. " + advice({"create", place.root(), "--model", "MODEL"}) +
+                         " makes one.");
   }
   const std::uint32_t model = model_in(place);
   if (model == LMAINTE_MODEL_NONE) {

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "host/box/advice.h"
 #include "host/box/hardware.h"
 #include "host/box/inventory_records.h"
 #include "host/box/model.h"
@@ -135,7 +136,7 @@ std::size_t Inventory::find(std::string_view name) const {
   if (at != places_.end()) return static_cast<std::size_t>(at - places_.begin());
   const std::string box = place_.root().string();
   throw InventoryError(box + " has no unit " + (name.starts_with('/') ? "" : "/") + std::string(name) + " (model " +
-                       std::string(model_name(model_)) + "). `spbox units " + quoted(box) + "` lists them.");
+                       std::string(model_name(model_)) + "). " + advice({"units", box}) + " lists them.");
 }
 
 std::vector<std::string> Inventory::with_carried(const std::vector<std::string> &names) const {

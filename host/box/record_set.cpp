@@ -1,5 +1,6 @@
 #include "host/box/record_set.h"
 
+#include "host/box/advice.h"
 #include "host/box/contents.h"
 
 namespace box {
@@ -35,7 +36,7 @@ Bytes &RecordSet::at(const std::string &name, std::size_t size) {
   const std::string why = complaint(name, size);
   if (!why.empty()) {
     const std::string box = place_.root().string();
-    throw InventoryError(box + ": " + why + ". `spbox mend " + quoted(box) + "` mends what `spbox break` broke.");
+    throw InventoryError(box + ": " + why + ". " + advice({"mend", box}) + " mends what `spbox break` broke.");
   }
   return *records_.find(name)->second;
 }

@@ -6,6 +6,7 @@
 #include <string_view>
 #include <vector>
 
+#include "host/box/advice.h"
 #include "host/script/script.h"
 #include "host/spbox/command_line.h"
 #include "host/spbox/enter_box.h"
@@ -50,7 +51,7 @@ int act(const spbox::Verb &verb, const Words &words) {
     if (spbox::read_line(verb, words) == spbox::Asked::kForHelp) return print(spbox::help_of(verb));
     return verb.act();
   } catch (const spbox::UsageError &error) {
-    return complain(error, " `spbox help " + verb.name + "` says more.", spbox::kUsage);
+    return complain(error, " " + box::advice({"help", verb.name}) + " says more.", spbox::kUsage);
   }
 }
 
@@ -62,7 +63,8 @@ int help(const std::vector<spbox::Verb> &verbs, const Words &words) {
 
 int run(Words words) {
   const std::vector<spbox::Verb> verbs = spbox::all_verbs();
-  if (words.empty()) throw spbox::UsageError("give a verb, as in `spbox create box --model qe1`.");
+  if (words.empty())
+    throw spbox::UsageError("give a verb, as in " + box::advice({"create", "box", "--model", "qe1"}) + ".");
   const std::string first = words.front();
   words.erase(words.begin());
   if (first == "--help" || first == "-h" || first == "help") return help(verbs, words);
@@ -78,7 +80,7 @@ int judged(const Words &words) {
   try {
     return run(words);
   } catch (const spbox::UsageError &error) {
-    return complain(error, " `spbox help` lists the verbs.", spbox::kUsage);
+    return complain(error, " " + box::advice({"help"}) + " lists the verbs.", spbox::kUsage);
   } catch (const script::Error &error) {
     return complain(error, "", spbox::kUsage);
   } catch (const std::filesystem::filesystem_error &error) {

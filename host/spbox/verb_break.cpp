@@ -2,6 +2,7 @@
 #include <cstdio>
 #include <memory>
 
+#include "host/box/advice.h"
 #include "host/box/breakage.h"
 #include "host/box/inventory.h"
 #include "host/spbox/text.h"
@@ -31,7 +32,7 @@ std::vector<box::RecordName> records_of(const Options &options) {
   for (const std::string &target : options.targets) {
     const bool is_unit = target.find('/') != std::string::npos || inventory.has(target);
     if (!is_unit && options.identity) {
-      throw box::InventoryError(target + " is no unit: --fru is of a unit. Name the record alone.");
+      throw box::InventoryError(target + " is a record: --fru is for units. Name the record without it.");
     }
     records.push_back(is_unit ? record_of(inventory.unit(target), options.identity) : box::find_record(place, target));
   }
@@ -40,7 +41,7 @@ std::vector<box::RecordName> records_of(const Options &options) {
 
 std::string what_it_is(const box::BrokenRecord &broken) {
   if (!broken.size) return "is missing";
-  if (broken.rewritten()) return "was written anew since it was broken, and is whole";
+  if (broken.rewritten()) return "was written again after it was broken, and is whole";
   return "is " + std::to_string(*broken.size) + " bytes, should be " + std::to_string(broken.whole);
 }
 
@@ -62,7 +63,7 @@ std::string spoiled(const box::Inventory &inventory, const std::string &record) 
   }
   if (units.empty()) return "";
   const std::string more = units.size() > 1 ? " and " + std::to_string(units.size() - 1) + " more" : "";
-  return "It is of " + units.front() + more + ".\n";
+  return "It holds " + units.front() + more + ".\n";
 }
 
 int list_broken(const box::Place &place) {
@@ -81,8 +82,8 @@ int break_records(const Options &options) {
                                                    : box::Breakage::kLong;
   for (const box::RecordName &record : records_of(options)) {
     const box::BrokenRecord broken = box::break_record(place, record, breakage);
-    const std::string text = line_of(broken) + ".\n" + spoiled(inventory, record.name) + "`spbox mend " +
-                             box::quoted(place.root()) + " " + box::quoted(record.name) + "` restores it.";
+    const std::string text = line_of(broken) + ".\n" + spoiled(inventory, record.name) +
+                             printable(box::advice({"mend", place.root(), record.name})) + " restores it.";
     std::puts(text.c_str());
   }
   return 0;
@@ -102,7 +103,7 @@ int mend_records(const Options &options) {
         what = "is as it was";
         break;
       case box::Mended::kRewritten:
-        what = "was written anew since it was broken, and stays";
+        what = "was written again after it was broken, and stays";
         break;
       case box::Mended::kWhole:
         what = "was not broken on purpose";
@@ -114,7 +115,7 @@ int mend_records(const Options &options) {
 }
 
 void check_identity(const Options &options) {
-  if (options.targets.empty() && options.identity) throw UsageError("--fru is of a unit, and no unit is named.");
+  if (options.targets.empty() && options.identity) throw UsageError("--fru needs a unit, and no unit is named.");
 }
 
 void check_breakage(const Options &options) {

@@ -3,6 +3,7 @@
 #include <iostream>
 #include <memory>
 
+#include "host/box/advice.h"
 #include "host/script/script.h"
 #include "host/spbox/dump.h"
 #include "host/spbox/new_box.h"
@@ -48,9 +49,9 @@ int load(const Options &options) {
   std::size_t records = 0;
   for (const auto &database : contents.records) records += database.size();
   const std::string folder = options.box.string();
-  std::printf("Made %s: model %s, %zu records of %s. `spbox units %s` lists its units.\n", folder.c_str(),
+  std::printf("Made %s: model %s, %zu records of %s. %s lists its units.\n", folder.c_str(),
               std::string(box::model_name(contents.model)).c_str(), records,
-              options.file == "-" ? "standard input" : options.file.c_str(), box::quoted(folder).c_str());
+              options.file == "-" ? "standard input" : options.file.c_str(), box::advice({"units", folder}).c_str());
   return 0;
 }
 

@@ -2,6 +2,7 @@
 #include <cstdio>
 #include <memory>
 
+#include "host/box/advice.h"
 #include "host/box/contents.h"
 #include "host/box/programs.h"
 #include "host/box/signal_name.h"
@@ -77,7 +78,7 @@ int program(const Options &options) {
   box::TextDatabase kept(place);
   const bool changes = options.reset || !options.bend.straight();
   if (options.name.empty() && changes) {
-    throw box::InventoryError("no program is named. `spbox program " + box::quoted(place.root()) + "` lists them.");
+    throw box::InventoryError("no program is named. " + box::advice({"program", place.root()}) + " lists them.");
   }
   if (changes) box::set_bend(kept, options.name, options.bend);
   print(kept, options.name.empty() ? program_names() : std::vector{options.name}, options.as_json);

@@ -3,6 +3,7 @@
 #include <cstdio>
 #include <thread>
 
+#include "host/box/advice.h"
 #include "host/box/hardware.h"
 #include "host/box/unit_name.h"
 #include "host/script/values.h"
@@ -109,7 +110,7 @@ bool Technician::is_located(const std::string &location) const {
 
 box::InventoryError Technician::unknown(const std::string &location) const {
   const std::string box = place_.root().string();
-  const std::string lists = "`spbox units " + box::quoted(box) + "` lists them.";
+  const std::string lists = box::advice({"units", box}) + " lists them.";
   if (is_located(location)) return box::InventoryError(location + " has no record. Name a unit that has one. " + lists);
   if (inventory_.has(location)) {
     return box::InventoryError(location + " has no LED and no flag of its own. Name a unit that has. " + lists);

@@ -10,12 +10,12 @@ class Break : public SpboxTest {
 TEST_F(Break, SaysWhatWasDoneAndHowToMendIt) {
   EXPECT_EQ(done({"break", "box", "/PSU#40", "--short"}),
             "Record current_psu_info (database 2) is 3359 bytes, should be 3360.\n"
-            "It is of /PSU#0 and 17 more.\n"
+            "It holds /PSU#0 and 17 more.\n"
             "`spbox mend box current_psu_info` restores it.\n");
   EXPECT_EQ(record(2, "current_psu_info").size(), 3359u);
   EXPECT_EQ(done({"break", "box", "PSU#40", "--fru", "--missing"}),
             "Record fru_psu_qe_info_09 (database 4) is missing.\n"
-            "It is of /PSU#40.\n"
+            "It holds /PSU#40.\n"
             "`spbox mend box fru_psu_qe_info_09` restores it.\n");
   EXPECT_FALSE(has_record(4, "fru_psu_qe_info_09"));
   EXPECT_EQ(done({"break", "box", "current_domain_info_05", "--long"}),
@@ -45,14 +45,14 @@ TEST_F(Break, LeavesWhatWasWrittenAnew) {
   done({"break", "box", "current_panel_info", "--missing"});
   box::Database(place().database(2)).put("current_panel_info", box::Bytes(64));
   EXPECT_EQ(done({"break", "box"}),
-            "Record current_panel_info (database 2) was written anew since it was broken, and is whole.\n");
+            "Record current_panel_info (database 2) was written again after it was broken, and is whole.\n");
   EXPECT_EQ(done({"mend", "box"}),
-            "Record current_panel_info (database 2) was written anew since it was broken, and stays.\n");
+            "Record current_panel_info (database 2) was written again after it was broken, and stays.\n");
 }
 
 TEST_F(Break, RefusesAnIdentityRecordOfNoUnit) {
   for (const char *verb : {"break", "mend"}) EXPECT_EQ(spbox({verb, "box", "--fru"}).exit_status, 2) << verb;
-  const std::string why = "spbox: current_psu_info is no unit: --fru is of a unit. Name the record alone.\n";
+  const std::string why = "spbox: current_psu_info is a record: --fru is for units. Name the record without it.\n";
   EXPECT_EQ(refused({"break", "box", "current_psu_info", "--fru", "--short"}), why);
   EXPECT_EQ(refused({"mend", "box", "current_psu_info", "--fru"}), why);
   EXPECT_EQ(done({"break", "box"}), "No record is broken on purpose.\n");
@@ -60,8 +60,9 @@ TEST_F(Break, RefusesAnIdentityRecordOfNoUnit) {
 
 TEST_F(Break, NamesARecordOfAnyBytesOnOneLine) {
   box::Database(place().database(5)).put("odd\x1b[2J", box::Bytes(3));
-  EXPECT_TRUE(
-      done({"break", "box", "odd\x1b[2J", "--missing"}).starts_with("Record odd\\x1B[2J (database 5) is missing.\n"));
+  EXPECT_EQ(done({"break", "box", "odd\x1b[2J", "--missing"}),
+            "Record odd\\x1B[2J (database 5) is missing.\n"
+            "`spbox mend box 'odd\\x1B[2J'` restores it.\n");
   EXPECT_EQ(done({"break", "box"}), "Record odd\\x1B[2J (database 5) is missing.\n");
 }
 

@@ -173,6 +173,13 @@ TEST_F(CommandLine, FitsATerminalOf80ColumnsInEveryHelp) {
   }
 }
 
+// A script that calls spbox for its user says how.
+TEST_F(CommandLine, GivesAdviceInTheWordsByWhichItWasCalled) {
+  const Done result =
+      run_to_end({"/usr/bin/env", "-C", scratch_.path(), "SPBOX_CALLED=./dev spbox", SPBOX, "units", "my box"});
+  EXPECT_EQ(result.output, "spbox: my box is no box. `./dev spbox create 'my box' --model MODEL` makes one.\n");
+}
+
 TEST_F(CommandLine, TellsTheVersion) {
   EXPECT_EQ(done({"--version"}), "spbox " VERSION "\n");
 }
