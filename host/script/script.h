@@ -41,6 +41,7 @@ class Reader {
   // `name` names the script to people. Where it is empty, they count the statements.
   Reader(std::string text, std::string name, Grammar grammar)
       : text_(std::move(text)), name_(std::move(name)), grammar_(grammar) {}
+  ~Reader() = default;
   Reader(const Reader &) = delete;
   Reader &operator=(const Reader &) = delete;
 

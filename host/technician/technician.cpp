@@ -85,21 +85,21 @@ bool Technician::is_installed(const std::string &unit) const {
 
 // Only units with a record can be changed.
 std::string Technician::unit(const std::string &name) const {
-  const auto location = location_of(name);
+  auto location = location_of(name);
   if (inventory_.has(location)) return location;
   throw unknown(location);
 }
 
 // What control programs set they set for every location, recorded or not, but never for a single fan of a tray.
 std::string Technician::place_with_flag(const std::string &name) const {
-  const auto location = location_of(name);
+  auto location = location_of(name);
   if (is_located(location)) return location;
   throw unknown(location);
 }
 
 // I/O expansion units have LEDs, too.
 std::string Technician::place_with_led(const std::string &name) const {
-  const auto location = location_of(name);
+  auto location = location_of(name);
   if (is_located(location) || box::Hardware(place_).has_expansion(location)) return location;
   throw unknown(location);
 }

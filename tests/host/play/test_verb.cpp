@@ -246,7 +246,7 @@ TEST_F(PlayVerb, SaysThatThePictureCannotBeWrittenBeforeTheFirstStep) {
 }
 
 TEST_F(PlayVerb, LeavesThePictureOfAnEarlierPlayWhereAStepFails) {
-  const std::string script = "box qe2\nstart true\nexit 1\nscreen \"the end\"\n";
+  const std::string script = "box qe2\nstart true\nexit 3\nscreen \"the end\"\n";
   write("kept.svg", "kept");
   EXPECT_EQ(play(script, {"--picture", "kept.svg"}).exit_status, 1);
   EXPECT_EQ(text_of("kept.svg"), "kept");
