@@ -4,6 +4,7 @@
 
 #include <utility>
 
+#include "host/box/changes.h"
 #include "host/box/environment.h"
 
 namespace box {
@@ -21,8 +22,8 @@ std::span<const std::uint8_t> bytes_of(const MDB_val &value) {
 class Reading {
  public:
   explicit Reading(const Environment &environment)
-      : transaction_(environment.writing != nullptr ? environment.writing : environment.begin(MDB_RDONLY)),
-        own_(transaction_ != environment.writing) {}
+      : transaction_(environment.changes ? environment.changes->transaction() : environment.begin(MDB_RDONLY)),
+        own_(!environment.changes) {}
   ~Reading() {
     if (own_) mdb_txn_abort(transaction_);
   }
@@ -58,43 +59,28 @@ class Cursor {
 struct Database::State {
   std::shared_ptr<Environment> environment;
 
-  // Ends the changes and the lock. LMDB frees the changes whatever the result.
-  bool finish(bool keep) const {
-    int result = 0;
-    if (MDB_txn *changes = std::exchange(environment->writing, nullptr); changes != nullptr) {
-      if (keep) {
-        result = mdb_txn_commit(changes);
-      } else {
-        mdb_txn_abort(changes);
-      }
-    }
-    if (result != 0) return false;
+  // Gives the lock back. What was put under it and is not committed is dropped.
+  void release() const {
+    environment->changes.reset();
     environment->holder = nullptr;
     environment->admit();
-    return true;
   }
 
   // Makes one change under the lock that this process holds, or under one taken for it.
   template <typename Change>
-  void change(Database &self, const char *what, Change apply) const {
+  void change(Database &self, const std::string &what, std::string_view key, Change apply) const {
     environment->check_process();
-    const bool own_lock = environment->holder == nullptr;
-    if (own_lock && !self.lock()) {
-      throw environment->failure(what, std::string("another process keeps it locked"));
-    }
-    int result = 0;
+    if (environment->holder != nullptr) return apply(*environment->changes);
+    const auto failure = [&](const char *why) {
+      return environment->failure((what + " '" + std::string(key) + "'").c_str(), std::string(why));
+    };
+    if (!self.lock()) throw failure("another process keeps it locked");
     try {
-      if (environment->writing == nullptr) environment->writing = environment->begin(0);
-      result = apply(environment->writing, environment->records());
+      apply(*environment->changes);
+      if (!self.unlock()) throw failure("the change cannot be saved. Is the disk full?");
     } catch (...) {
-      if (own_lock) finish(false);
+      release();
       throw;
-    }
-    if (own_lock && result != 0) finish(false);
-    if (result != 0) throw environment->failure(what, result);
-    if (own_lock && !self.unlock()) {
-      finish(false);
-      throw environment->failure(what, std::string("the change cannot be saved. Is the disk full?"));
     }
   }
 };
@@ -104,14 +90,14 @@ Database::Database(const std::filesystem::path &folder, bool create)
 
 Database::~Database() {
   const Environment &environment = *state_->environment;
-  if (environment.holder == this && !environment.foreign()) state_->finish(false);
+  if (environment.holder == this && !environment.foreign()) state_->release();
 }
 
 bool Database::lock(std::chrono::milliseconds patience) {
   Environment &environment = *state_->environment;
   if (environment.foreign() || environment.holder != nullptr || !environment.exclude(patience)) return false;
   try {
-    environment.writing = environment.begin(0);
+    environment.changes = std::make_unique<Changes>(environment);
   } catch (const std::runtime_error &) {
     environment.admit();
     return false;
@@ -121,7 +107,9 @@ bool Database::lock(std::chrono::milliseconds patience) {
 }
 
 bool Database::unlock() {
-  return locked() && state_->finish(true);
+  if (!locked() || !state_->environment->changes->commit()) return false;
+  state_->release();
+  return true;
 }
 
 bool Database::locked() const {
@@ -142,18 +130,11 @@ std::optional<Bytes> Database::get(std::string_view key) const {
 }
 
 void Database::put(std::string_view key, std::span<const std::uint8_t> record) {
-  MDB_val name = value_of(key.data(), key.size());
-  MDB_val value = value_of(record.data(), record.size());
-  state_->change(*this, ("write '" + std::string(key) + "'").c_str(),
-                 [&](MDB_txn *changes, MDB_dbi records) { return mdb_put(changes, records, &name, &value, 0); });
+  state_->change(*this, "write", key, [&](Changes &changes) { changes.put(key, record); });
 }
 
 void Database::remove(std::string_view key) {
-  MDB_val name = value_of(key.data(), key.size());
-  state_->change(*this, ("remove '" + std::string(key) + "'").c_str(), [&](MDB_txn *changes, MDB_dbi records) {
-    int result = mdb_del(changes, records, &name, nullptr);
-    return result == MDB_NOTFOUND ? 0 : result;
-  });
+  state_->change(*this, "remove", key, [&](Changes &changes) { changes.remove(key); });
 }
 
 void Database::each(const std::function<void(std::string_view, std::span<const std::uint8_t>)> &visit) const {

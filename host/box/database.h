@@ -29,13 +29,17 @@ class Database {
   // Takes the lock, waiting a few seconds at most for another process that holds it. False when it is still held then, or
   // when this process holds it already. What is put under the lock becomes durable at unlock, together or not at all.
   bool lock(std::chrono::milliseconds patience = std::chrono::seconds(3));
-  bool unlock();  // False when the lock is not held or the changes could not be made durable.
+
+  // False when this user does not hold the lock, or when the changes could not be made durable: then the lock and the
+  // changes stay, and the next unlock tries again.
+  bool unlock();
   bool locked() const;
 
   // Reads a record: what is put under this process's lock, or else what was last made durable. Throws.
   std::optional<Bytes> get(std::string_view key) const;
 
-  // Writes or removes a record: under the lock that is held, or under one taken for this call. Throws.
+  // Writes or removes a record: under the lock that is held, or under one taken for this call. Throws; then nothing is
+  // changed, and what was put before stays.
   void put(std::string_view key, std::span<const std::uint8_t> record);
   void remove(std::string_view key);
 

@@ -74,7 +74,7 @@ Environment::~Environment() {
 }
 
 void Environment::release() {
-  if (writing != nullptr) mdb_txn_abort(writing);
+  changes.reset();
   if (env_ != nullptr) mdb_env_close(env_);
   if (holder_file_ >= 0) close(holder_file_);  // gives the lock back
 }

@@ -10,6 +10,8 @@
 #include <stdexcept>
 #include <string>
 
+#include "host/box/changes.h"
+
 namespace box {
 
 class Environment {
@@ -37,8 +39,8 @@ class Environment {
   std::runtime_error failure(const char *what, const std::string &reason) const;
   std::runtime_error failure(const char *what, int lmdb_result) const;
 
-  const void *holder = nullptr;  // the user of this environment that has the lock
-  MDB_txn *writing = nullptr;    // the changes under the lock
+  const void *holder = nullptr;      // the user of this environment that has the lock
+  std::unique_ptr<Changes> changes;  // under the lock
 
  private:
   Environment(std::filesystem::path folder, bool create);
