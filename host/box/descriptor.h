@@ -1,8 +1,9 @@
-// A file descriptor that is closed by its owner.
+// A file descriptor that is closed by its owner, and errno stays as it was.
 #pragma once
 
 #include <unistd.h>
 
+#include <cerrno>
 #include <utility>
 
 namespace box {
@@ -22,7 +23,9 @@ class Descriptor {
 
   int get() const { return fd_; }
   void reset() {
+    const int kept_errno = errno;
     if (fd_ >= 0) close(std::exchange(fd_, -1));
+    errno = kept_errno;
   }
 
  private:

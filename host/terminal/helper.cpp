@@ -14,6 +14,7 @@
 #include <utility>
 
 #include "host/box/child.h"
+#include "host/terminal/pipe.h"
 #include "host/terminal/terminal.h"
 
 namespace terminal {
@@ -27,17 +28,6 @@ constexpr int kTold = 3;  // the descriptor by which the program tells that it i
 [[noreturn]] void fail(int error, const std::string &what) {
   throw std::system_error(error, std::generic_category(), what);
 }
-
-struct Pipe {
-  Pipe() {
-    std::array<int, 2> ends{};
-    if (pipe2(ends.data(), O_CLOEXEC) != 0) fail(errno, "cannot make a pipe");
-    out = box::Descriptor(ends[0]);
-    in = box::Descriptor(ends[1]);
-  }
-
-  box::Descriptor out, in;
-};
 
 // Whether the descriptor became readable in time. Throws Interrupted.
 bool comes(int fd, int alarm, std::optional<milliseconds> patience) {

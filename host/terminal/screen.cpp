@@ -4,6 +4,8 @@
 
 #include <algorithm>
 #include <cstdint>
+#include <exception>
+#include <utility>
 
 namespace terminal {
 namespace {
@@ -48,6 +50,7 @@ struct Screen::Machine {
   VTermScreen *screen;
   VTermScreenCallbacks callbacks{};
   std::vector<char> is_new;  // of each cell: written since the screen grew old
+  std::exception_ptr failure;
 
   std::size_t cell(int row, int column) const {
     return static_cast<std::size_t>(row) * static_cast<std::size_t>(size.columns) + static_cast<std::size_t>(column);
@@ -55,36 +58,49 @@ struct Screen::Machine {
 
   char &is_new_at(int row, int column) { return is_new[cell(row, column)]; }
 
-  static int take_note(VTermRect written, void *user) {
-    Machine &machine = *static_cast<Screen *>(user)->machine_;
-    for (int row = written.start_row; row < written.end_row; ++row) {
-      for (int column = written.start_col; column < written.end_col; ++column) machine.is_new_at(row, column) = 1;
+  // No exception passes through libvterm, which is C: it is kept until the bytes are taken in.
+  template <typename Work>
+  static int guarded(void *user, Work work) noexcept {
+    Screen &screen = *static_cast<Screen *>(user);
+    try {
+      work(screen, *screen.machine_);
+    } catch (...) {
+      screen.machine_->failure = std::current_exception();
     }
     return 1;
+  }
+
+  static int take_note(VTermRect written, void *user) {
+    return guarded(user, [&](Screen &, Machine &machine) {
+      for (int row = written.start_row; row < written.end_row; ++row) {
+        for (int column = written.start_col; column < written.end_col; ++column) machine.is_new_at(row, column) = 1;
+      }
+    });
   }
 
   // The screen scrolls, and old text stays old.
   static int move(VTermRect to, VTermRect from, void *user) {
-    Machine &machine = *static_cast<Screen *>(user)->machine_;
-    const std::vector<char> before = machine.is_new;
-    for (int row = 0; row < to.end_row - to.start_row; ++row) {
-      for (int column = 0; column < to.end_col - to.start_col; ++column) {
-        machine.is_new_at(to.start_row + row, to.start_col + column) =
-            before[machine.cell(from.start_row + row, from.start_col + column)];
+    return guarded(user, [&](Screen &, Machine &machine) {
+      const std::vector<char> before = machine.is_new;
+      for (int row = 0; row < to.end_row - to.start_row; ++row) {
+        for (int column = 0; column < to.end_col - to.start_col; ++column) {
+          machine.is_new_at(to.start_row + row, to.start_col + column) =
+              before[machine.cell(from.start_row + row, from.start_col + column)];
+        }
       }
-    }
-    return 1;
+    });
   }
 
   static int keep_line(int columns, const VTermScreenCell *cells, void *user) {
-    std::string line;
-    for (int column = 0; column < columns; ++column) append_cell(line, cells[column]);
-    static_cast<Screen *>(user)->history_.push_back(without_trailing_blanks(std::move(line)));
-    return 1;
+    return guarded(user, [&](Screen &owner, Machine &) {
+      std::string line;
+      for (int column = 0; column < columns; ++column) append_cell(line, cells[column]);
+      owner.history_.push_back(without_trailing_blanks(std::move(line)));
+    });
   }
 
   static void answer(const char *bytes, std::size_t length, void *user) {
-    static_cast<Screen *>(user)->answer_({bytes, length});
+    guarded(user, [&](Screen &owner, Machine &) { owner.answer_({bytes, length}); });
   }
 
   Machine(Size wanted, Screen *owner)
@@ -110,6 +126,7 @@ Screen::~Screen() = default;
 
 void Screen::feed(std::string_view bytes) {
   vterm_input_write(machine_->vterm, bytes.data(), bytes.size());
+  if (machine_->failure) std::rethrow_exception(std::exchange(machine_->failure, nullptr));
 }
 
 // A line's text, and of each of its bytes whether its cell is new.

@@ -22,8 +22,8 @@ class Screen {
   Screen(const Screen &) = delete;
   Screen &operator=(const Screen &) = delete;
 
-  void feed(std::string_view bytes);
-  std::vector<std::string> rows() const;                                     // Without blanks at their ends.
+  void feed(std::string_view bytes);      // Throws what `answer` throws, when all the bytes are taken in.
+  std::vector<std::string> rows() const;  // Without blanks at their ends.
   const std::vector<std::string> &scrolled_off() const { return history_; }  // What left the screen at its top.
 
   // Whether a line of the screen has the text; of shows_new, only text that was written, all of it, since grow_old.

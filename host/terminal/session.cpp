@@ -19,6 +19,7 @@
 
 #include "host/box/child.h"
 #include "host/box/number.h"
+#include "host/terminal/pipe.h"
 
 namespace terminal {
 
@@ -59,6 +60,12 @@ void take_foreground(pid_t group) {
   signal(SIGTTOU, SIG_DFL);
 }
 
+// Ends a process that cannot become the command, and says why.
+[[noreturn]] void give_up(int error, int exec_error) {
+  if (write(exec_error, &error, sizeof error) < 0) _exit(126);
+  _exit(127);
+}
+
 [[noreturn]] void become_command(const box::ArgumentVector &arguments, int exec_error) {
   setpgid(0, 0);
   take_foreground(getpid());
@@ -66,9 +73,7 @@ void take_foreground(pid_t group) {
   unsetenv("LINES");
   unsetenv("COLUMNS");
   execvp(arguments.program(), arguments.data());
-  const int error = errno;
-  if (write(exec_error, &error, sizeof error) < 0) _exit(126);
-  _exit(127);
+  give_up(errno, exec_error);
 }
 
 [[noreturn]] void lead(const char *terminal_path, const box::ArgumentVector &arguments, int reports, int exec_error) {
@@ -77,11 +82,12 @@ void take_foreground(pid_t group) {
   prctl(PR_SET_PDEATHSIG, SIGKILL);  // A leader whose session is gone, killed perhaps, would wait for ever.
   setsid();
   const int tty = open(terminal_path, O_RDWR);
-  if (tty < 0 || ioctl(tty, TIOCSCTTY, 0) != 0) _exit(126);
+  if (tty < 0 || ioctl(tty, TIOCSCTTY, 0) != 0) give_up(errno, exec_error);
   for (int fd = STDIN_FILENO; fd <= STDERR_FILENO; ++fd) dup2(tty, fd);
   if (tty > STDERR_FILENO) close(tty);
 
   const pid_t command = fork();
+  if (command < 0) give_up(errno, exec_error);
   if (command == 0) become_command(arguments, exec_error);
   close(exec_error);
   g_command = command;
@@ -105,6 +111,10 @@ struct Stat {
 // The line reads: pid (name) state parent group session ... The name may hold blanks and parentheses itself.
 std::optional<Stat> stat_of(const std::filesystem::path &process) {
   std::ifstream file(process / "stat");
+  // A process may have gone meanwhile; that there is no descriptor to look at it is another matter.
+  if (!file.is_open() && (errno == EMFILE || errno == ENFILE)) {
+    throw std::system_error(errno, std::generic_category(), process.string());
+  }
   std::string line;
   std::getline(file, line);
   const auto open = line.find('(');
@@ -126,50 +136,58 @@ std::string text(const Ending &ending) {
 
 Session::Session(const std::string &terminal_path, const std::vector<std::string> &command) {
   const box::ArgumentVector arguments(command);
-  int reports[2], exec_error[2];
-  if (pipe2(reports, O_CLOEXEC) != 0) throw std::system_error(errno, std::generic_category(), "pipe");
-  if (pipe2(exec_error, O_CLOEXEC) != 0) throw std::system_error(errno, std::generic_category(), "pipe");
+  Pipe reports, exec_error;
+  const auto fail = [&](int error) {
+    throw std::system_error(error, std::generic_category(), "cannot run " + command.at(0));
+  };
   leader_ = fork();
-  if (leader_ == 0) lead(terminal_path.c_str(), arguments, reports[1], exec_error[1]);
-  close(reports[1]);
-  close(exec_error[1]);
-  reports_ = reports[0];
+  if (leader_ < 0) fail(errno);
+  if (leader_ == 0) lead(terminal_path.c_str(), arguments, reports.in.get(), exec_error.in.get());
+  reports.in.reset();
+  exec_error.in.reset();
+  reports_ = std::move(reports.out);
 
-  int error = 0;
-  const bool failed =
-      read(exec_error[0], &error, sizeof error) == sizeof error;  // Nothing comes where execve succeeds.
-  close(exec_error[0]);
+  int error = 0;  // Nothing comes where execve succeeds.
+  const bool failed = read(exec_error.out.get(), &error, sizeof error) == sizeof error;
   command_ = next_report().value;
-  if (failed || command_ <= 0) {
-    end();
-    throw std::system_error(failed ? error : EIO, std::generic_category(), "cannot run " + command.at(0));
-  }
+  if (!failed && command_ > 0) return;
+  end();
+  fail(failed ? error : EIO);
 }
 
 Session::~Session() {
   end();
 }
 
-void Session::end() const noexcept {
+void Session::kill_all() const {
   for (int round = 0; round < 100 && !processes().empty(); ++round) {
     for (const auto &process : processes()) kill(process.pid, SIGKILL);
     usleep(10'000);
   }
-  if (leader_ > 0) {
-    kill(leader_, SIGKILL);
-    waitpid(leader_, nullptr, 0);
+}
+
+void Session::end() const noexcept {
+  if (leader_ <= 0) return;
+  try {
+    kill_all();
+  } catch (const std::exception &) {
+    // Without /proc only the command's own group is known. The leader tells when it has buried the command.
+    if (command_ > 0) kill(-command_, SIGKILL);
+    pollfd wait{reports_.get(), POLLIN, 0};
+    if (!ending_) poll(&wait, 1, 1000);
   }
-  close(reports_);
+  kill(leader_, SIGKILL);
+  waitpid(leader_, nullptr, 0);
 }
 
 Session::Report Session::next_report() const {
   Report report{-1};
-  if (read(reports_, &report, sizeof report) != sizeof report) report.value = -1;
+  if (read(reports_.get(), &report, sizeof report) != sizeof report) report.value = -1;
   return report;
 }
 
 std::optional<Ending> Session::ending() {
-  pollfd wait{reports_, POLLIN, 0};
+  pollfd wait{reports_.get(), POLLIN, 0};
   if (!ending_ && poll(&wait, 1, 0) > 0) {
     const int status = next_report().value;
     ending_ = WIFSIGNALED(status) ? Ending{true, WTERMSIG(status)} : Ending{false, WEXITSTATUS(status)};

@@ -8,6 +8,8 @@
 #include <string>
 #include <vector>
 
+#include "host/box/descriptor.h"
+
 namespace terminal {
 
 // How a command ended: by itself with an exit status, or by a signal.
@@ -40,19 +42,21 @@ class Session {
   Session(const Session &) = delete;
   Session &operator=(const Session &) = delete;
 
-  std::optional<Ending> ending();        // Nothing while the command runs.
-  int news() const { return reports_; }  // A descriptor that becomes readable when the command ends.
+  std::optional<Ending> ending();              // Nothing while the command runs.
+  int news() const { return reports_.get(); }  // A descriptor that becomes readable when the command ends.
   pid_t command() const { return command_; }
-  std::vector<Process> processes() const;  // The command, its children, and what they left behind.
+  // The command, its children, and what they left behind. Throws std::system_error when /proc cannot be read.
+  std::vector<Process> processes() const;
 
  private:
   struct Report;
   Report next_report() const;
+  void kill_all() const;
   void end() const noexcept;
 
   pid_t leader_ = -1;
   pid_t command_ = -1;
-  int reports_ = -1;
+  box::Descriptor reports_;
   std::optional<Ending> ending_;
 };
 

@@ -44,23 +44,18 @@ void write_all(int fd, std::string_view bytes) {
 Terminal::Terminal(Size size, int alarm)
     : master_(posix_openpt(O_RDWR | O_NOCTTY | O_CLOEXEC)),
       alarm_(alarm),
-      screen_(size, [this](std::string_view answer) { write_all(master_, answer); }) {
-  if (master_ < 0 || grantpt(master_) != 0 || unlockpt(master_) != 0) fail("cannot make a terminal");
+      screen_(size, [this](std::string_view answer) { write_all(master_.get(), answer); }) {
+  const int master = master_.get();
+  if (master < 0 || grantpt(master) != 0 || unlockpt(master) != 0) fail("cannot make a terminal");
   std::array<char, 64> path{};
-  if (ptsname_r(master_, path.data(), path.size()) != 0) fail("cannot make a terminal");
+  if (ptsname_r(master, path.data(), path.size()) != 0) fail("cannot make a terminal");
   path_ = path.data();
   // Held open so that the terminal and its mode outlive the command.
-  slave_ = open(path_.c_str(), O_RDWR | O_NOCTTY | O_CLOEXEC);
+  slave_ = box::Descriptor(open(path_.c_str(), O_RDWR | O_NOCTTY | O_CLOEXEC));
   winsize window{};
   window.ws_row = static_cast<unsigned short>(size.rows);
   window.ws_col = static_cast<unsigned short>(size.columns);
-  if (slave_ < 0 || ioctl(slave_, TIOCSWINSZ, &window) != 0) fail("cannot make a terminal");
-}
-
-Terminal::~Terminal() {
-  session_.reset();
-  close(slave_);
-  if (master_ >= 0) close(master_);
+  if (slave_.get() < 0 || ioctl(slave_.get(), TIOCSWINSZ, &window) != 0) fail("cannot make a terminal");
 }
 
 void Terminal::start(const std::vector<std::string> &command) {
@@ -72,7 +67,7 @@ void Terminal::start(const std::vector<std::string> &command) {
 
 void Terminal::type(std::string_view keys) {
   grow_old();
-  write_all(master_, keys);
+  write_all(master_.get(), keys);
 }
 
 // All that the command has written until now is old, also what nobody has looked at yet.
@@ -83,7 +78,7 @@ void Terminal::grow_old() {
 
 // Takes in what the command writes; false when nothing came. The command's end is news, too, once.
 bool Terminal::read_output(milliseconds patience) {
-  std::array<pollfd, 3> wait{pollfd{master_, POLLIN, 0}, pollfd{session_ ? session_->news() : -1, POLLIN, 0},
+  std::array<pollfd, 3> wait{pollfd{master_.get(), POLLIN, 0}, pollfd{session_ ? session_->news() : -1, POLLIN, 0},
                              pollfd{alarm_, POLLIN, 0}};
   if (session_ && !is_end_told_ && session_->ending()) return is_end_told_ = true;
   if (is_end_told_) wait[1].fd = -1;
@@ -91,7 +86,7 @@ bool Terminal::read_output(milliseconds patience) {
   if (wait[2].revents != 0) throw Interrupted();
   if ((wait[0].revents & POLLIN) == 0) return wait[1].revents != 0;
   std::array<char, 4096> bytes{};
-  const auto length = read(master_, bytes.data(), bytes.size());
+  const auto length = read(master_.get(), bytes.data(), bytes.size());
   if (length <= 0) return false;
   screen_.feed({bytes.data(), static_cast<std::size_t>(length)});
   return true;
@@ -158,7 +153,7 @@ std::optional<Ending> Terminal::wait_for_exit(milliseconds patience) {
 
 Mode Terminal::mode() const {
   termios attributes{};
-  if (tcgetattr(slave_, &attributes) != 0) fail("cannot read the terminal's mode");
+  if (tcgetattr(slave_.get(), &attributes) != 0) fail("cannot read the terminal's mode");
   return {(attributes.c_lflag & ECHO) != 0, (attributes.c_lflag & ICANON) != 0, (attributes.c_lflag & ISIG) != 0};
 }
 
@@ -172,9 +167,7 @@ void Terminal::end(milliseconds patience) {
 }
 
 void Terminal::hang_up() {
-  if (master_ < 0) return;
-  close(master_);
-  master_ = -1;
+  master_.reset();
 }
 
 std::vector<Process> Terminal::processes() const {

@@ -9,6 +9,7 @@
 #include <string_view>
 #include <vector>
 
+#include "host/box/descriptor.h"
 #include "host/terminal/screen.h"
 #include "host/terminal/session.h"
 
@@ -35,7 +36,7 @@ class Terminal {
  public:
   // A wait throws Interrupted as soon as the descriptor `alarm` becomes readable. Throws std::system_error.
   explicit Terminal(Size size = {}, int alarm = -1);
-  ~Terminal();
+  ~Terminal() = default;
   Terminal(const Terminal &) = delete;
   Terminal &operator=(const Terminal &) = delete;
 
@@ -55,12 +56,12 @@ class Terminal {
 
   std::optional<Ending> wait_for_exit(milliseconds patience);  // Nothing when the command still runs then.
   Mode mode() const;
-  void
-  hang_up();  // The line is cut: the command gets SIGHUP and reads an end of input. Nothing comes through after it.
 
-  void end(
-      milliseconds patience);  // Hangs up on a command that runs, gives it this time to end, then kills what is left.
-  bool hung_up() const { return master_ < 0; }
+  // Cuts the line: the command gets SIGHUP and reads an end of input. Nothing comes through after it.
+  void hang_up();
+  // Hangs up on a command that runs, gives it this time to end, then kills what is left.
+  void end(milliseconds patience);
+  bool hung_up() const { return master_.get() < 0; }
 
   bool runs() { return session_ && !session_->ending(); }
   pid_t command() const { return session_->command(); }
@@ -73,8 +74,7 @@ class Terminal {
   bool read_output(milliseconds patience);
   void settle();
 
-  int master_;
-  int slave_ = -1;
+  box::Descriptor master_, slave_;
   int alarm_;
   std::string path_;
   Screen screen_;

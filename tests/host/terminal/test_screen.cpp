@@ -1,5 +1,7 @@
 #include <gtest/gtest.h>
 
+#include <stdexcept>
+
 #include "host/terminal/screen.h"
 
 namespace {
@@ -69,6 +71,14 @@ TEST_F(ScreenTest, ABlankMayBeMovedOver) {
 TEST_F(ScreenTest, TextThatTheScreenLosesIsNotShown) {
   screen_.feed("Sure?\033[2K");
   EXPECT_FALSE(screen_.shows_new("Sure?"));
+}
+
+TEST(Screen, TakesInAllBytesBeforeItSaysThatItsAnswerFailed) {
+  Screen screen({4, 20}, [](std::string_view) { throw std::runtime_error("nobody listens"); });
+  EXPECT_THROW(screen.feed("before\033[6n after"), std::runtime_error) << "it was asked for its cursor";
+  EXPECT_EQ(screen.rows()[0], "before after");
+  EXPECT_NO_THROW(screen.feed("!"));
+  EXPECT_EQ(screen.rows()[0], "before after!");
 }
 
 }  // namespace

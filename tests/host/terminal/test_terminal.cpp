@@ -1,13 +1,18 @@
+#include <dlfcn.h>
 #include <gtest/gtest.h>
+#include <sys/resource.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <cerrno>
 #include <csignal>
+#include <filesystem>
+#include <iterator>
 #include <system_error>
 
 #include "host/terminal/terminal.h"
+#include "tests/eventually.h"
 
 namespace {
 
@@ -20,6 +25,12 @@ constexpr auto kSoon = 5s;
 
 std::vector<std::string> shell(const std::string &script) {
   return {"/bin/sh", "-c", script};
+}
+
+bool forks_fail = false;
+
+void fail_forks(bool fail) {
+  forks_fail = fail;
 }
 
 bool contains(const std::vector<std::string> &lines, const std::string &line) {
@@ -142,6 +153,73 @@ TEST(TerminalCommand, ThatCannotBeRunIsAnError) {
   }
 }
 
+TEST(TerminalCommand, ThatCannotBeForkedIsAnError) {
+  Terminal terminal;
+  fail_forks(true);
+  try {
+    terminal.start({"true"});
+    ADD_FAILURE() << "no error";
+  } catch (const std::system_error &error) {
+    EXPECT_EQ(error.code().value(), EAGAIN) << error.what();
+  }
+  fail_forks(false);
+  terminal.start({"true"});
+  EXPECT_EQ(terminal.wait_for_exit(kSoon), (Ending{false, 0}));
+}
+
+// Lets the process have so many descriptors more than it has.
+class Room {
+ public:
+  explicit Room(rlim_t more) {
+    getrlimit(RLIMIT_NOFILE, &before_);
+    const int next = dup(STDIN_FILENO);
+    close(next);
+    const rlimit tight{static_cast<rlim_t>(next) + more, before_.rlim_max};
+    setrlimit(RLIMIT_NOFILE, &tight);
+  }
+  ~Room() { setrlimit(RLIMIT_NOFILE, &before_); }
+  Room(const Room &) = delete;
+  Room &operator=(const Room &) = delete;
+
+ private:
+  rlimit before_{};
+};
+
+std::ptrdiff_t open_descriptors() {
+  return std::distance(std::filesystem::directory_iterator("/proc/self/fd"), std::filesystem::directory_iterator());
+}
+
+// Seven are needed: two for the terminal, four for two pipes, one to look into /proc when the session ends.
+TEST(TerminalDescriptors, AreNoneLeftWhereOneCannotBeHad) {
+  const auto before = open_descriptors();
+  int failed = 0;
+  for (rlim_t more = 0; more < 10; ++more) {
+    try {
+      const Room room(more);
+      Terminal terminal;
+      terminal.start({"true"});
+      terminal.wait_for_exit(kSoon);
+    } catch (const std::system_error &) {
+      ++failed;
+    }
+    EXPECT_EQ(open_descriptors(), before) << "with room for " << more;
+  }
+  EXPECT_GE(failed, 6);
+  EXPECT_LT(failed, 10);
+  EXPECT_EQ(waitpid(-1, nullptr, WNOHANG), -1) << "a process is left";
+}
+
+TEST(TerminalProcesses, AreKilledAlsoWhereTheyCannotBeListed) {
+  Terminal terminal;
+  terminal.start(shell("trap '' TERM HUP; echo ready; while :; do sleep 1; done"));
+  ASSERT_TRUE(terminal.wait_for("ready", kSoon));
+  const pid_t left = terminal.command();
+  const Room none(0);
+  EXPECT_THROW(terminal.processes(), std::system_error);
+  terminal.end(0s);
+  EXPECT_TRUE(eventually([&] { return kill(left, 0) != 0; }));
+}
+
 TEST(TerminalCommand, IsToldWhenTheLineIsCut) {
   Terminal terminal;
   char path[] = "/tmp/test_terminal.XXXXXX";
@@ -216,3 +294,13 @@ TEST(TerminalPager, ShowsPageByPage) {
 }
 
 }  // namespace
+
+// Stands before the C library's function of this name.
+extern "C" pid_t fork() {
+  if (forks_fail) {
+    errno = EAGAIN;
+    return -1;
+  }
+  static const auto real = reinterpret_cast<pid_t (*)()>(dlsym(RTLD_NEXT, "fork"));
+  return real();
+}
