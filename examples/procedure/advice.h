@@ -13,7 +13,8 @@ namespace procedure {
 // A word as a shell takes it.
 inline std::string shell_word(std::string_view word) {
   constexpr std::string_view kPlain = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789/_.,:=+@%#-";
-  if (!word.empty() && word.front() != '#' && word.find_first_not_of(kPlain) == word.npos) return std::string(word);
+  if (!word.empty() && word.front() != '#' && word.find_first_not_of(kPlain) == std::string_view::npos)
+    return std::string(word);
   std::string result = "'";
   for (const char letter : word) result += letter == '\'' ? "'\\''" : std::string(1, letter);
   return result + "'";

@@ -26,22 +26,7 @@ enum class Line : time_t {
 // operation may take.
 class Beside {
  public:
-  Beside(const std::string &message, int32_t longest, Line line) {
-    const pid_t command = getpid();
-    sigset_t before;
-    sigset_t heard;
-    sigemptyset(&heard);
-    for (const int number : {SIGINT, SIGQUIT, SIGTERM}) sigaddset(&heard, number);
-    sigprocmask(SIG_BLOCK, &heard, &before);
-    std::fflush(stdout);
-    child_ = fork();
-    if (child_ == 0) {
-      prctl(PR_SET_PDEATHSIG, SIGTERM);  // it does not outlive a command that is killed
-      if (getppid() == command) run(heard, message, longest, line);
-      _exit(0);
-    }
-    sigprocmask(SIG_SETMASK, &before, nullptr);
-  }
+  Beside(const std::string &message, int32_t longest, Line line) : child_(start(message, longest, line)) {}
   ~Beside() {
     if (child_ > 0) lmainte_dot_end(child_);
   }
@@ -49,6 +34,25 @@ class Beside {
   Beside &operator=(const Beside &) = delete;
 
  private:
+  // The child's process id, or less than 0 where there is none.
+  static pid_t start(const std::string &message, int32_t longest, Line line) {
+    const pid_t command = getpid();
+    sigset_t before;
+    sigset_t heard;
+    sigemptyset(&heard);
+    for (const int number : {SIGINT, SIGQUIT, SIGTERM}) sigaddset(&heard, number);
+    sigprocmask(SIG_BLOCK, &heard, &before);
+    std::fflush(stdout);
+    const pid_t child = fork();
+    if (child == 0) {
+      prctl(PR_SET_PDEATHSIG, SIGTERM);  // it does not outlive a command that is killed
+      if (getppid() == command) run(heard, message, longest, line);
+      _exit(0);
+    }
+    sigprocmask(SIG_SETMASK, &before, nullptr);
+    return child;
+  }
+
   static void run(const sigset_t &heard, const std::string &message, int32_t longest, Line line) {
     const timespec quiet = {static_cast<time_t>(line), 0};
     int32_t indicator = 0;
@@ -69,7 +73,7 @@ class Beside {
     if (indicator > 0) lmainte_dot_end(indicator);
   }
 
-  pid_t child_ = -1;
+  pid_t child_;
 };
 
 // Runs an operation. Ctrl-C does not reach its control programs, nor cut the library's waiting short; it is heeded

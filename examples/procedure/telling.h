@@ -35,7 +35,7 @@ inline std::string folded(std::string_view line, size_t columns, std::string_vie
   for (bool is_first = true;; is_first = false) {
     const size_t blank = line.find(' ');
     const std::string_view word = line.substr(0, blank);
-    const size_t needed = 1 + word.size() + (blank == line.npos ? 0 : end.size());
+    const size_t needed = 1 + word.size() + (blank == std::string_view::npos ? 0 : end.size());
     if (!is_first && used + needed > columns) {
       result.append(end).append("\n").append(begin);
       used = begin.size();
@@ -45,7 +45,7 @@ inline std::string folded(std::string_view line, size_t columns, std::string_vie
     }
     result += word;
     used += word.size();
-    if (blank == line.npos) return result;
+    if (blank == std::string_view::npos) return result;
     line.remove_prefix(blank + 1);
   }
 }
@@ -56,7 +56,7 @@ inline std::string in_lines(std::string_view text, size_t columns = kColumns) {
   for (;;) {
     const size_t end = text.find('\n');
     result += folded(text.substr(0, end), columns);
-    if (end == text.npos) return result;
+    if (end == std::string_view::npos) return result;
     result += '\n';
     text.remove_prefix(end + 1);
   }
