@@ -42,12 +42,13 @@ std::string SettingValue::key() const {
 
 std::vector<SettingValue> Hardware::settings() const {
   std::vector<SettingValue> settings;
-  for (const auto &[key, value] : all()) {
+  for (const auto &entry : all()) {
+    const std::string &key = entry.first;
     const std::size_t space = std::min(key.find(' '), key.size());
     const auto *const word = std::find_if(std::begin(kWords), std::end(kWords),
                                           [&](const Word &row) { return key.compare(0, space, row.text) == 0; });
     if (word == std::end(kWords)) continue;
-    settings.push_back({word->setting, key.substr(std::min(space + 1, key.size())), value});
+    settings.push_back({word->setting, key.substr(std::min(space + 1, key.size())), entry.second});
   }
   return settings;
 }
