@@ -17,7 +17,7 @@ namespace fs = std::filesystem;
 // A file that can be written, before the play; what is in it stays until the picture is finished.
 class PictureFile {
  public:
-  explicit PictureFile(const fs::path &path) : path_(path) {
+  explicit PictureFile(fs::path path) : path_(std::move(path)) {
     if (path_.empty()) return;
     is_new_ = !fs::exists(path_);
     if (!std::ofstream(path_, std::ios::binary | std::ios::app)) cannot_write();
