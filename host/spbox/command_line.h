@@ -11,6 +11,6 @@ namespace spbox {
 enum class Asked { kToAct, kForHelp };
 
 // Puts the words behind the verb where its rows say. Throws UsageError.
-Asked read_line(const Verb &verb, std::vector<std::string> words);
+Asked read_line(const Verb &verb, std::vector<std::string> line);
 
 }  // namespace spbox
