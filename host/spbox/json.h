@@ -20,18 +20,18 @@ class Json {
   using Value = std::variant<std::nullptr_t, bool, std::int64_t, std::string, List, Object>;
 
   // Each is a value as it stands, so that rows of them can be written down.
-  Json() : value_(nullptr) {}
-  Json(std::nullptr_t) : value_(nullptr) {}
-  Json(bool value) : value_(value) {}
+  Json();
+  Json(std::nullptr_t);
+  Json(bool value);
   template <std::integral Number>
-  Json(Number value) : value_(static_cast<std::int64_t>(value)) {}
-  Json(const char *text) : value_(std::string(text)) {}
-  Json(std::string_view text) : value_(std::string(text)) {}
-  Json(std::string text) : value_(std::move(text)) {}
-  Json(List values) : value_(std::move(values)) {}
+  Json(Number value);
+  Json(const char *text);
+  Json(std::string_view text);
+  Json(std::string text);
+  Json(List values);
   Json(Object members);
   template <typename Some>
-  Json(const std::optional<Some> &value) : Json(value ? Json(*value) : Json()) {}
+  Json(const std::optional<Some> &value);
 
   const Value &value() const { return value_; }
 
@@ -48,6 +48,18 @@ struct Json::Member {
   Json value;
 };
 
+// Here, where a member is whole: an object can only be destroyed by who knows what is in it.
+inline Json::Json() : value_(nullptr) {}
+inline Json::Json(std::nullptr_t) : value_(nullptr) {}
+inline Json::Json(bool value) : value_(value) {}
+template <std::integral Number>
+Json::Json(Number value) : value_(static_cast<std::int64_t>(value)) {}
+inline Json::Json(const char *text) : value_(std::string(text)) {}
+inline Json::Json(std::string_view text) : value_(std::string(text)) {}
+inline Json::Json(std::string text) : value_(std::move(text)) {}
+inline Json::Json(List values) : value_(std::move(values)) {}
 inline Json::Json(Object members) : value_(std::move(members)) {}
+template <typename Some>
+Json::Json(const std::optional<Some> &value) : Json(value ? Json(*value) : Json()) {}
 
 }  // namespace spbox
