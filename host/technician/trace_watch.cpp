@@ -1,10 +1,12 @@
 #include "host/technician/trace_watch.h"
 
+#include <utility>
+
 #include "host/box/trace_ring.h"
 
 namespace technician {
 
-TraceWatch::TraceWatch(const box::Place &place) : place_(place) {
+TraceWatch::TraceWatch(box::Place place) : place_(std::move(place)) {
   const auto entries = box::TraceRing::read(place_.trace());
   if (!entries.empty()) next_ = entries.back().number + 1;
 }

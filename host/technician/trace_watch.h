@@ -11,7 +11,7 @@ namespace technician {
 class TraceWatch {
  public:
   // Records that are older than now do not count.
-  explicit TraceWatch(const box::Place &place);
+  explicit TraceWatch(box::Place place);
 
   // Whether an event was recorded later than the one that was found last.
   bool has_come(const TraceCondition &condition);

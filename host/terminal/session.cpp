@@ -140,6 +140,7 @@ Session::Session(const std::string &terminal_path, const std::vector<std::string
   const auto fail = [&](int error) {
     throw std::system_error(error, std::generic_category(), "cannot run " + command.at(0));
   };
+  // NOLINTNEXTLINE(cppcoreguidelines-prefer-member-initializer): what can throw comes before the child
   leader_ = fork();
   if (leader_ < 0) fail(errno);
   if (leader_ == 0) lead(terminal_path.c_str(), arguments, reports.in.get(), exec_error.in.get());

@@ -4,6 +4,7 @@
 // once, under the event's name. What is missing, doubled or of another function does not compile.
 #pragma once
 
+#include <algorithm>
 #include <array>
 #include <cstddef>
 #include <cstdint>
@@ -85,7 +86,7 @@ void a_phrase_is_of_another_function();
 void a_shared_phrase_is_of_no_event();
 void a_block_has_no_such_number();
 
-constexpr std::size_t kMostEvents = 2 * trace_events::kEventsOfABlock;
+constexpr std::size_t kMostEvents = std::size_t{2} * trace_events::kEventsOfABlock;
 
 struct Events {
   std::array<Event, kMostEvents> all{};
@@ -156,9 +157,7 @@ template <class Function, const auto &Shared>
 inline constexpr Events kEvents = phrased<Function>(Shared);
 
 constexpr bool has_name(const Events &events, std::string_view name) {
-  for (const Event &event : events.all)
-    if (event.name == name) return true;
-  return false;
+  return std::ranges::any_of(events.all, [&](const Event &event) { return event.name == name; });
 }
 
 // The pages of a room, with what its functions share.
