@@ -6,9 +6,13 @@
 
 namespace box {
 
+std::string spbox_called(const std::string &otherwise) {
+  const char *const called = std::getenv("SPBOX_CALLED");  // NOLINT(concurrency-mt-unsafe): nobody changes it
+  return called == nullptr || *called == '\0' ? otherwise : called;
+}
+
 std::string advice(std::initializer_list<std::string> words) {
-  const char *command = std::getenv("SPBOX_CALLED");  // NOLINT(concurrency-mt-unsafe): nobody changes it
-  std::string text = command == nullptr ? "spbox" : command;
+  std::string text = spbox_called("spbox");
   for (const std::string &word : words) text += " " + quoted(word);
   return "`" + text + "`";
 }

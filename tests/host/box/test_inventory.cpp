@@ -160,6 +160,7 @@ TEST_F(InventoryTest, KnowsTheUnitsUnderMaintenanceOfTheBoxThatItWasMadeOf) {
 TEST(Quoted, LeavesPlainWordsAndPutsOthersInQuotes) {
   EXPECT_EQ(box::quoted("box"), "box");
   EXPECT_EQ(box::quoted("/srv/box-1_a.b"), "/srv/box-1_a.b");
+  EXPECT_EQ(box::quoted("build/demo-box"), "build/demo-box");
   EXPECT_EQ(box::quoted("/PSU#3"), "/PSU#3");
   EXPECT_EQ(box::quoted("#3"), "'#3'");
   EXPECT_EQ(box::quoted("my box"), "'my box'");
