@@ -4,6 +4,8 @@
 #include <array>
 #include <system_error>
 
+#include "host/box/listed.h"
+
 namespace box {
 namespace {
 
@@ -45,12 +47,9 @@ std::uint32_t model_in(const Place &place) {
 }
 
 std::string model_names() {
-  std::string names;
-  for (const Model &model : kModels) {
-    if (&model != &kModels.front()) names += &model == &kModels.back() ? " or " : ", ";
-    names += model.name;
-  }
-  return names;
+  std::array<std::string_view, kModels.size()> names;
+  std::transform(kModels.begin(), kModels.end(), names.begin(), [](const Model &model) { return model.name; });
+  return listed(names, " or ");
 }
 
 std::string_view model_name(std::uint32_t code) {

@@ -3,6 +3,8 @@
 #include <sstream>
 #include <utility>
 
+#include "host/box/listed.h"
+
 namespace script {
 
 bool take_verb(const Form &form, Words &words) {
@@ -19,11 +21,7 @@ bool take_verb(const Form &form, Words &words) {
 }
 
 std::invalid_argument no_such_step(const std::string &verb, const std::vector<std::string_view> &verbs) {
-  std::string names;
-  for (const auto &name : verbs) {
-    names += (names.empty() ? "" : &name == &verbs.back() ? " and " : ", ") + std::string(name);
-  }
-  return std::invalid_argument("there is no step \"" + verb + "\"; there are " + names);
+  return std::invalid_argument("there is no step \"" + verb + "\"; there are " + box::listed(verbs, " and "));
 }
 
 std::string help_of(const Form &form, std::size_t column) {

@@ -3,6 +3,7 @@
 #include <CLI/CLI.hpp>
 #include <algorithm>
 
+#include "host/box/listed.h"
 #include "host/box/number.h"
 #include "host/spbox/help.h"
 #include "host/spbox/spelling.h"
@@ -98,7 +99,7 @@ class Taking {
   void operator()(const Choice &choice) const {
     const std::string &value = values_.back();
     if (std::find(choice.names.begin(), choice.names.end(), value) == choice.names.end()) {
-      refuse("there is no " + choice.what + " `" + value + "`. Give " + one_of(choice.names) + ".");
+      refuse("there is no " + choice.what + " `" + value + "`. Give " + box::listed(choice.names, " or ") + ".");
     }
     *choice.to = value;
   }

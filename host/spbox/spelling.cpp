@@ -43,12 +43,4 @@ std::string did_you_mean(std::string_view word, const std::vector<std::string> &
   return name.empty() ? "" : " Did you mean `" + name + "`?";
 }
 
-std::string one_of(const std::vector<std::string> &names) {
-  std::string text;
-  for (std::size_t i = 0; i < names.size(); ++i) {
-    text += (i == 0 ? "" : i + 1 < names.size() ? ", " : " or ") + names[i];
-  }
-  return text;
-}
-
 }  // namespace spbox

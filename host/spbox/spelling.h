@@ -13,7 +13,4 @@ std::string nearest(std::string_view word, const std::vector<std::string> &names
 // " Did you mean `units`?", or nothing.
 std::string did_you_mean(std::string_view word, const std::vector<std::string> &names);
 
-// "a, b or c"
-std::string one_of(const std::vector<std::string> &names);
-
 }  // namespace spbox

@@ -4,6 +4,7 @@
 #include <fstream>
 
 #include "host/box/hardware.h"
+#include "host/box/listed.h"
 #include "host/box/number.h"
 #include "host/script/values.h"
 #include "host/technician/changes.h"
@@ -24,11 +25,7 @@ void after(Technician &hands, const Step &step) {
 
 void check_is_one_of(const Values &values, const Words &words) {
   if (std::find(values.begin(), values.end(), words.back()) != values.end()) return;
-  std::string names;
-  for (const auto &value : values) {
-    names += (names.empty() ? "" : &value == &values.back() ? " or " : ", ") + std::string(value);
-  }
-  throw std::invalid_argument("\"" + words.back() + "\" never comes; wait for " + names);
+  throw std::invalid_argument("\"" + words.back() + "\" never comes; wait for " + box::listed(values, " or "));
 }
 
 void check_led(const Words &words) {

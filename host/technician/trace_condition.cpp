@@ -5,6 +5,7 @@
 #include <stdexcept>
 #include <vector>
 
+#include "host/box/listed.h"
 #include "host/box/trace_ring.h"
 #include "host/trace_book/event_names.h"
 #include "host/trace_book/trace_book.h"
@@ -43,12 +44,6 @@ std::optional<std::uint32_t> event_of(const std::string &function, const std::st
   return {};
 }
 
-std::string listed(const std::vector<std::string_view> &names) {
-  std::string list;
-  for (const auto name : names) list += (list.empty() ? "" : ", ") + std::string(name);
-  return list;
-}
-
 }  // namespace
 
 TraceCondition::TraceCondition(const script::Words &words) {
@@ -63,7 +58,7 @@ TraceCondition::TraceCondition(const script::Words &words) {
   event_ = event_of(function_, script::joined(event));
   if (event_) return;
   throw std::invalid_argument(function_ + " never records \"" + script::joined(event) + "\"; its events are " +
-                              listed(events));
+                              box::listed(events));
 }
 
 bool TraceCondition::is_met_by(std::uint32_t event) const {
