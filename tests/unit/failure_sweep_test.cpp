@@ -458,18 +458,19 @@ void PrintTo(const Row &row, std::ostream *out) {
 
 class FailureSweep : public doubles::LibraryTest, public ::testing::WithParamInterface<Row> {
  protected:
+  // The machine that each of the test's processes gets.
   void SetUp() override {
     LibraryTest::SetUp();
+    put_inventory();
+    row().prepare();
     number_of_calls() = 1;
   }
 
   const Row &row() { return GetParam(); }
 
-  // A new machine on which the call at this place fails, and the row's result there.
+  // The row's result on that machine, with the call at this place failing.
   int32_t run(int fail_at) {
-    machine().start();
-    put_inventory();
-    row().prepare();
+    machine().forget_records();  // which processes share
     machine().fail_at = fail_at;
     return row().call();
   }
@@ -538,11 +539,8 @@ TEST_P(FailureSweep, EachCallFailsInTurn) {
 
 TEST_P(FailureSweep, TraceThatFailsChangesNothing) {
   doubles::in_a_process_of_its_own([this] {
-    machine().start();
-    put_inventory();
-    row().prepare();
     machine().trace_result = -1;
-    EXPECT_EQ(row().call(), 0);
+    EXPECT_EQ(run(0), 0);
     EXPECT_EQ(machine().left_behind(), Lines{});
   });
 }

@@ -25,13 +25,17 @@ Machine &Machine::instance() {
 
 void Machine::start() {
   *this = Machine{};
+  forget_records();
+  active = true;
+}
+
+void Machine::forget_records() {
   auto &common = shared();
   common.records = 0;
   common.calls = 0;
   common.executed = {};
   common.left_by_exit = false;
   common.blocks_left = 0;
-  active = true;
 }
 
 void Machine::stop() {

@@ -142,6 +142,7 @@ class Machine {
   // One sentence for each thing that the library did not give back.
   Lines left_behind() const;
   void forget_children() { children.clear(); }
+  void forget_records();  // of the trace, and what children of the library left
 
   // ---- for the doubles
   const Failure *enter(const std::string &call);  // notes a call; the failure that it has to show, or null
