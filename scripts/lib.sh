@@ -10,6 +10,9 @@ die() {
   exit 1
 }
 
+# quick_checks: prints those that ./dev quick runs.
+quick_checks() { grep -l '^# Quick' scripts/checks/* | sed 's#.*/##'; }
+
 # no_arguments ARGUMENT...: for a command that takes none.
 no_arguments() {
   if (($#)); then die "'${0##*/}' takes no arguments, and was given: $*"; fi

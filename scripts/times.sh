@@ -37,6 +37,8 @@ above_aims() {
     { cpu[$1] = $2 }
     END {
       machine = ("calibration" in cpu) ? cpu["calibration"] / aim["calibration"] : 1
+      for (name in cpu)
+        if (!(name in aim)) printf "%s has no aim in scripts/aims\n", name
       for (name in aim)
         if (name != "calibration" && cpu[name] > aim[name] * machine * room)
           printf "%s took %d s of CPU; its aim is %d s, which is %d s on this machine now\n", name, cpu[name], aim[name], aim[name] * machine
