@@ -9,12 +9,6 @@
 
 namespace lmainte {
 
-// Records an argument that is null as an error.
-inline bool is_given(const Call &call, Error error, const void *argument) {
-  if (argument == nullptr) call.error(error);
-  return argument != nullptr;
-}
-
 // Writes the line of a unit under its number in a list.
 inline bool write_numbered(Table &table, int32_t number, const uint32_t *unit_id, const char *state) {
   UnitName name;

@@ -182,4 +182,10 @@ class Call {
   int32_t result_ = 0;
 };
 
+// Whether an argument is given. Records this error if it is null.
+inline bool is_given(const Call &call, Error not_given, const void *argument) {
+  if (argument == nullptr) call.error(not_given);
+  return argument != nullptr;
+}
+
 }  // namespace lmainte

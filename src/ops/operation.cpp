@@ -7,11 +7,6 @@ bool has_time(const Call &call, Error no_time_limit, int32_t time_limit) {
   return time_limit > 0;
 }
 
-bool is_given(const Call &call, Error no_unit, const void *unit) {
-  if (unit == nullptr) call.error(no_unit);
-  return unit != nullptr;
-}
-
 const char *find_line(const Call &call, const Operation &operation, Error no_mode, int32_t mode) {
   const char *line = operation.line_of(mode);
   if (line == nullptr) call.error(no_mode, mode);

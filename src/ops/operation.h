@@ -51,9 +51,8 @@ int32_t judge(const Call &call, const Operation &operation, Error refused, int32
   return result;
 }
 
-// Whether there is time for the operation, and whether its unit is given. Records this error if not.
+// Whether there is time for the operation. Records this error if not.
 bool has_time(const Call &call, Error no_time_limit, int32_t time_limit);
-bool is_given(const Call &call, Error no_unit, const void *unit);
 
 // The argument line of a mode. Returns null, and records this error, if the operation does not have the mode.
 const char *find_line(const Call &call, const Operation &operation, Error no_mode, int32_t mode);
