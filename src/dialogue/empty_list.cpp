@@ -1,9 +1,10 @@
 #include "src/dialogue/empty_list.h"
 
-#include <unistd.h>
 #include <cerrno>
 #include <cstdio>
 #include <cstdlib>
+
+#include "src/dialogue/list_file.h"
 
 namespace lmainte {
 
@@ -13,8 +14,8 @@ void show_empty_list(const Call &call, const EmptyListErrors &errors, const List
     call.error(errors.no_lines);
     return;
   }
-  char name[128];
-  snprintf(name, sizeof name, "mainte_fru_list.%d", static_cast<int>(getpid()));
+  ListPath name;
+  write_list_path(name, "");
   FILE *file = fopen(name, "w");
   if (file == nullptr) {
     call.system_error(errors.no_file, errno);

@@ -5,8 +5,12 @@
 
 namespace lmainte {
 
+void write_list_path(ListPath &path, const char *folder) {
+  snprintf(path, sizeof path, "%smainte_fru_list.%d", folder, static_cast<int>(getpid()));
+}
+
 bool ListFile::open() {
-  snprintf(path_, sizeof path_, "/tmp/mainte_fru_list.%d", static_cast<int>(getpid()));
+  write_list_path(path_, "/tmp/");
   file_ = fopen(path_, "w");
   if (file_ == nullptr) call_.system_error(errors_.no_file, errno);
   return file_ != nullptr;

@@ -10,6 +10,10 @@
 
 namespace lmainte {
 
+// The path of this process's list file in a folder, which ends with a slash or is empty.
+using ListPath = char[128];
+void write_list_path(ListPath &path, const char *folder);
+
 // The errors of a list file.
 struct ListFileErrors {
   Error no_file, pager_failed, not_removed;
@@ -35,7 +39,7 @@ class ListFile {
 
   const Call &call_;
   const ListFileErrors &errors_;
-  char path_[128] = {};
+  ListPath path_ = {};
   FILE *file_ = nullptr;
 };
 
