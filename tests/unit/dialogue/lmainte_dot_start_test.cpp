@@ -45,15 +45,6 @@ sigset_t mask_of(const std::vector<int> &signals) {
   return set;
 }
 
-std::vector<int> blocked() {
-  sigset_t set;
-  EXPECT_EQ(__real_sigprocmask(SIG_BLOCK, nullptr, &set), 0);
-  std::vector<int> signals;
-  for (int signal = 1; signal < 65; ++signal)
-    if (sigismember(&set, signal) == 1) signals.push_back(signal);
-  return signals;
-}
-
 // The indicator is a real child process. The clock is not: it sleeps without waiting.
 class LmainteDotStart : public doubles::LibraryTest {
  protected:
@@ -307,7 +298,7 @@ TEST_F(LmainteDotStart, CallersMaskAndHandlersStay) {
         ASSERT_EQ(__real_sigaction(SIGTERM, nullptr, &after), 0);
         EXPECT_EQ(after.sa_handler, hear);
         EXPECT_NE(after.sa_flags & SA_RESTART, 0);
-        EXPECT_EQ(blocked(), mask);
+        EXPECT_EQ(doubles::blocked_signals(), mask);
       });
     }
   }

@@ -4,6 +4,7 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <csignal>
 #include <cstdio>
 #include <cstring>
 
@@ -141,6 +142,15 @@ std::string printed_by(const std::function<void()> &body) {
   text.resize(std::fread(text.data(), 1, text.size(), paper));
   __real_fclose(paper);
   return text;
+}
+
+std::vector<int> blocked_signals() {
+  sigset_t set;
+  EXPECT_EQ(__real_sigprocmask(SIG_BLOCK, nullptr, &set), 0);
+  std::vector<int> signals;
+  for (int signal = 1; signal < 65; ++signal)
+    if (sigismember(&set, signal) == 1) signals.push_back(signal);
+  return signals;
 }
 
 RecordBytes &RecordBytes::word(size_t offset, uint32_t value) {

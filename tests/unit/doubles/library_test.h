@@ -28,6 +28,8 @@ void in_a_process_of_its_own(const std::function<void()> &body);
 // What is written to standard output meanwhile.
 std::string printed_by(const std::function<void()> &body);
 
+std::vector<int> blocked_signals();
+
 // A database record, written by words, bytes and names at their offsets.
 class RecordBytes {
  public:

@@ -27,16 +27,6 @@ struct sigaction action_of(int signal) {
   return action;
 }
 
-// The signals that are blocked.
-std::vector<int> blocked() {
-  sigset_t set;
-  EXPECT_EQ(__real_sigprocmask(SIG_BLOCK, nullptr, &set), 0);
-  std::vector<int> signals;
-  for (int signal = 1; signal < 65; ++signal)
-    if (sigismember(&set, signal) == 1) signals.push_back(signal);
-  return signals;
-}
-
 // ---- handlers
 
 class LmainteSignal : public doubles::LibraryTest {};
@@ -152,7 +142,7 @@ class LmainteSignalMask : public doubles::LibraryTest {
       sigaddset(&set, SIGINT);
       ASSERT_EQ(__real_sigprocmask(SIG_SETMASK, &set, nullptr), 0);
       EXPECT_EQ(lmainte_signal_mask(table.data()), 0) << says;
-      EXPECT_EQ(blocked(), expected) << says;
+      EXPECT_EQ(doubles::blocked_signals(), expected) << says;
       EXPECT_EQ(doubles::trace(), (Lines{"100 110C0398", "100 110C0399"})) << says;
     });
   }

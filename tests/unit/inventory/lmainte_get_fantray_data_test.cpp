@@ -191,29 +191,9 @@ TEST_F(LmainteGetFantrayData, RecordsItsSteps) {
 
 // ---- arguments
 
-struct ArgumentRow {
-  const char *says;
-  int32_t count;
-  int32_t model;
-  bool out;
-};
-
 TEST_F(LmainteGetFantrayData, RefusesBadArgumentsBeforeAnyDatabase) {
-  constexpr ArgumentRow kRows[] = {
-      {"count 0", 0, 3, true},           {"no records to fill", 1, 3, false},
-      {"model 0", 1, 0, true},           {"model 7", 1, 7, true},
-      {"a negative model", 1, -1, true}, {"a model that looks like 3 in its low byte", 1, 259, true},
-  };
-  for (const auto &row : kRows) {
-    machine().start();
-    EXPECT_EQ(lmainte_get_fantray_data(-1, row.count, row.model, row.out ? out_ : nullptr), 8) << row.says;
-    EXPECT_EQ(machine().calls, Lines{}) << row.says;
-    EXPECT_EQ(doubles::trace(),
-              (Lines{"100 110C03E0", "805 110C13E1 " + std::to_string(row.count) + " " + std::to_string(row.model),
-                     "100 110C03E1"}))
-        << row.says;
-    EXPECT_TRUE(all_untouched()) << row.says;
-  }
+  expect_refused(doubles::kRefusedArguments, lmainte_get_fantray_data,
+                 {"100 110C03E0", "805 110C13E1", "100 110C03E1"});
 }
 
 TEST_F(LmainteGetFantrayData, NegativeCountFailsOnTheHighEndAfterTheCurrentRecord) {

@@ -78,35 +78,15 @@ TEST_F(LmainteGetXsbData, RecordsItsSteps) {
   EXPECT_EQ(doubles::trace().back(), "100 110C8001");
 }
 
-struct ArgumentRow {
-  const char *says;
-  int32_t count;
-  int32_t model;
-  bool out;
-};
-
 TEST_F(LmainteGetXsbData, RefusesBadArgumentsBeforeAnyDatabase) {
-  constexpr ArgumentRow kRows[] = {
-      {"count 0", 0, 3, true},
-      {"no records to fill", 1, 3, false},
+  const Lines trace = {"100 110C8000", "805 110CB001", "100 110C8001"};
+  expect_refused(doubles::kRefusedArguments, lmainte_get_xsb_data, trace);
+  constexpr doubles::Arguments kOtherModels[] = {
       {"qb1, which has none", 1, 1, true},
       {"qb2, which has none", 1, 2, true},
       {"qa, which has none", 1, 6, true},
-      {"model 0", 1, 0, true},
-      {"model 7", 1, 7, true},
-      {"a negative model", 1, -1, true},
-      {"a model that looks like 3 in its low byte", 1, 259, true},
   };
-  for (const auto &row : kRows) {
-    machine().start();
-    EXPECT_EQ(lmainte_get_xsb_data(-1, row.count, row.model, row.out ? out_ : nullptr), 8) << row.says;
-    EXPECT_EQ(machine().calls, Lines{}) << row.says;
-    EXPECT_EQ(doubles::trace(),
-              (Lines{"100 110C8000", "805 110CB001 " + std::to_string(row.count) + " " + std::to_string(row.model),
-                     "100 110C8001"}))
-        << row.says;
-    EXPECT_TRUE(all_untouched()) << row.says;
-  }
+  expect_refused(kOtherModels, lmainte_get_xsb_data, trace);
 }
 
 TEST_F(LmainteGetXsbData, RefusesWhatNoTableCanHoldBeforeAnyDatabase) {

@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <cstring>
 #include <functional>
+#include <span>
 #include <string>
 #include <type_traits>
 #include <utility>
@@ -136,6 +137,20 @@ constexpr MergedStatus kMergedStates[] = {
     {"all ones", 0xFFFFFFFF, 0x00, 0xFFFFFFFF},
 };
 
+struct Arguments {
+  const char *says;
+  int32_t count;
+  int32_t model;
+  bool out;
+};
+
+// What every reader of several models refuses.
+constexpr Arguments kRefusedArguments[] = {
+    {"count 0", 0, 3, true},           {"no records to fill", 1, 3, false},
+    {"model 0", 1, 0, true},           {"model 7", 1, 7, true},
+    {"a negative model", 1, -1, true}, {"a model that looks like 3 in its low byte", 1, 259, true},
+};
+
 // What an access table still asks of the client when this call has failed: it gives back what it has taken.
 inline Lines calls_after(const std::string &failed) {
   const std::string verb = failed.substr(0, failed.find(' '));
@@ -191,6 +206,22 @@ class ReaderTest : public LibraryTest {
     for (size_t i = 0; i < Size; ++i)
       if (auto same = is_untouched(i); !same) return same << ", of record " << i;
     return ::testing::AssertionSuccess();
+  }
+
+  // `read` refuses these arguments before it asks for a database, and records its entry, the error with count and model,
+  // and its exit.
+  using Read = int32_t (*)(int32_t index, int32_t count, int32_t model, Record *out);
+  void expect_refused(std::span<const Arguments> rows, Read read, const Lines &entry_error_exit) {
+    for (const Arguments &row : rows) {
+      SCOPED_TRACE(row.says);
+      machine().start();
+      EXPECT_EQ(read(-1, row.count, row.model, row.out ? out_ : nullptr), 8);
+      EXPECT_EQ(machine().calls, Lines{});
+      Lines expected = entry_error_exit;
+      expected[1] += " " + std::to_string(row.count) + " " + std::to_string(row.model);
+      EXPECT_EQ(trace(), expected);
+      EXPECT_TRUE(all_untouched());
+    }
   }
 
   Record out_[Size];
