@@ -2,7 +2,7 @@
 
 #include <cstdlib>
 
-#include "host/box/place.h"
+#include "host/base/quoted.h"
 
 namespace box {
 
@@ -13,7 +13,7 @@ std::string spbox_called(const std::string &otherwise) {
 
 std::string advice(std::initializer_list<std::string> words) {
   std::string text = spbox_called("spbox");
-  for (const std::string &word : words) text += " " + quoted(word);
+  for (const std::string &word : words) text += " " + base::quoted(word);
   return "`" + text + "`";
 }
 

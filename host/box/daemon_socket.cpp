@@ -7,7 +7,7 @@
 #include <cerrno>
 #include <cstdio>
 
-#include "host/box/descriptor.h"
+#include "host/base/descriptor.h"
 
 namespace box {
 namespace {
@@ -53,7 +53,7 @@ int daemon_socket(const std::filesystem::path &folder, std::string_view name, So
 }
 
 bool daemon_listens(const std::filesystem::path &folder, std::string_view name) noexcept {
-  const Descriptor channel(daemon_socket(folder, name, connect));
+  const base::Descriptor channel(daemon_socket(folder, name, connect));
   return channel.get() >= 0 || errno == EAGAIN;  // too many others wait for it
 }
 

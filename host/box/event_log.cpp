@@ -11,7 +11,7 @@
 #include <string>
 #include <type_traits>
 
-#include "host/box/descriptor.h"
+#include "host/base/descriptor.h"
 
 namespace box {
 namespace {
@@ -45,7 +45,7 @@ auto uninterrupted(Call call) {
 
 // The name of a new file is durable when its folder is.
 bool sync_folder_of(const std::filesystem::path &file) {
-  const Descriptor folder(open(file.parent_path().c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+  const base::Descriptor folder(open(file.parent_path().c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
   return folder.get() >= 0 && fsync(folder.get()) == 0;
 }
 
@@ -60,7 +60,7 @@ bool write_whole(int fd, const Record &record, off_t end) {
 }
 
 bool append_record(const std::filesystem::path &file, const Record &record) {
-  const Descriptor log(open(file.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0666));
+  const base::Descriptor log(open(file.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0666));
   if (log.get() < 0) return false;
   // Closing the file gives the lock back, and so does dying.
   if (uninterrupted([&] { return flock(log.get(), LOCK_EX); }) != 0) return false;
@@ -82,7 +82,7 @@ bool EventLog::append(const std::filesystem::path &file, const LogEntry &entry) 
 }
 
 std::vector<LogEntry> EventLog::read(const std::filesystem::path &file) {
-  const Descriptor log(open(file.c_str(), O_RDONLY | O_CLOEXEC));
+  const base::Descriptor log(open(file.c_str(), O_RDONLY | O_CLOEXEC));
   if (log.get() < 0) {
     if (errno == ENOENT && std::filesystem::is_directory(file.parent_path())) return {};
     throw std::runtime_error("log " + file.string() + ": cannot read it: " + std::strerror(errno));

@@ -4,7 +4,7 @@
 #include <array>
 #include <system_error>
 
-#include "host/box/listed.h"
+#include "host/base/listed.h"
 
 namespace box {
 namespace {
@@ -49,7 +49,7 @@ std::uint32_t model_in(const Place &place) {
 std::string model_names() {
   std::array<std::string_view, kModels.size()> names;
   std::transform(kModels.begin(), kModels.end(), names.begin(), [](const Model &model) { return model.name; });
-  return listed(names, " or ");
+  return base::listed(names, " or ");
 }
 
 std::string_view model_name(std::uint32_t code) {

@@ -1,8 +1,8 @@
 #include "host/box/partitions.h"
 
+#include "host/base/number.h"
 #include "host/box/inventory_records.h"
 #include "host/box/model.h"
-#include "host/box/number.h"
 #include "host/box/record_layout.h"
 #include "host/box/record_set.h"
 
@@ -11,7 +11,7 @@ namespace box {
 std::optional<std::uint32_t> board_of(std::string_view unit) {
   if (unit.starts_with("/MBU_")) return 0;
   if (!unit.starts_with("/CMU#") && !unit.starts_with("/IOU#")) return std::nullopt;
-  return number_in<std::uint32_t>(unit.substr(5, unit.find('/', 5) - 5));
+  return base::number_in<std::uint32_t>(unit.substr(5, unit.find('/', 5) - 5));
 }
 
 std::string xsb_name(std::uint32_t number) {

@@ -34,7 +34,4 @@ class Place {
   std::filesystem::path root_;
 };
 
-// A path or another word of a command line as a shell takes it: in quotes where it needs them.
-std::string quoted(const std::string &word);
-
 }  // namespace box

@@ -2,7 +2,7 @@
 
 #include <sstream>
 
-#include "host/box/number.h"
+#include "host/base/number.h"
 
 namespace box {
 namespace {
@@ -34,9 +34,9 @@ Bend bend_of(const TextDatabase &box, std::string_view program) {
     if (word == "ignore-term") bend.ignore_term = true;
     if (word != "exit" && word != "delay" && word != "die") continue;
     lines >> value;
-    if (word == "exit") bend.exit = number_in<int>(value).value_or(0);
-    if (word == "delay") bend.delay = number_in<std::uint32_t>(value).value_or(0);
-    if (word == "die") bend.die = number_in<int>(value).value_or(0);
+    if (word == "exit") bend.exit = base::number_in<int>(value).value_or(0);
+    if (word == "delay") bend.delay = base::number_in<std::uint32_t>(value).value_or(0);
+    if (word == "die") bend.die = base::number_in<int>(value).value_or(0);
   }
   return bend;
 }
@@ -62,9 +62,9 @@ std::optional<Run> last_run(const TextDatabase &box, std::string_view program) {
   words >> time >> pid >> status;
   words.get();
   std::getline(words, run.arguments);
-  run.time_ns = number_in<std::int64_t>(time).value_or(0);
-  run.pid = number_in<std::int32_t>(pid).value_or(0);
-  if (status != "-") run.status = number_in<int>(status).value_or(0);
+  run.time_ns = base::number_in<std::int64_t>(time).value_or(0);
+  run.pid = base::number_in<std::int32_t>(pid).value_or(0);
+  if (status != "-") run.status = base::number_in<int>(status).value_or(0);
   return run;
 }
 

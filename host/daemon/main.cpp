@@ -17,9 +17,9 @@
 #include <system_error>
 #include <thread>
 
+#include "host/base/descriptor.h"
+#include "host/base/number.h"
 #include "host/box/daemon_socket.h"
-#include "host/box/descriptor.h"
-#include "host/box/number.h"
 #include "host/daemon/server.h"
 #include "host/include/lmainte_host.h"
 
@@ -112,7 +112,7 @@ class Turn {
   }
 
   const box::Place &place_;
-  box::Descriptor fd_;
+  base::Descriptor fd_;
 };
 
 void serve(const box::Place &place, int ready_fd, const sigset_t &signals) {
@@ -132,7 +132,7 @@ void serve(const box::Place &place, int ready_fd, const sigset_t &signals) {
 
 int main(int argc, char **argv) {
   if (argc != 4) return 2;
-  const auto ready_fd = box::number_in<int>(argv[2]), parent = box::number_in<int>(argv[3]);
+  const auto ready_fd = base::number_in<int>(argv[2]), parent = base::number_in<int>(argv[3]);
   if (!ready_fd || !parent) return 2;
   try {
     const sigset_t signals = prepare_signals();

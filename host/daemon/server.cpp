@@ -25,9 +25,9 @@ void remove_socket(const std::filesystem::path &socket) {
   std::filesystem::remove(socket, error);
 }
 
-box::Descriptor listener_at(const std::filesystem::path &socket) {
+base::Descriptor listener_at(const std::filesystem::path &socket) {
   std::filesystem::remove(socket);  // of a daemon that was killed
-  box::Descriptor listener(box::daemon_socket(socket.parent_path(), socket.filename().native(), bind));
+  base::Descriptor listener(box::daemon_socket(socket.parent_path(), socket.filename().native(), bind));
   if (listener.get() < 0) failure(socket.string());
   if (listen(listener.get(), SOMAXCONN) == 0) return listener;
   const int reason = errno;

@@ -10,7 +10,7 @@
 #include <list>
 #include <vector>
 
-#include "host/box/descriptor.h"
+#include "host/base/descriptor.h"
 #include "host/daemon/monitor.h"
 
 namespace monitor {
@@ -44,7 +44,7 @@ class Server {
   int milliseconds_left() const;
 
   std::filesystem::path socket_;
-  box::Descriptor listener_;
+  base::Descriptor listener_;
   Monitor monitor_;
   std::list<Peer> peers_;
 };

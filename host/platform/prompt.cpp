@@ -5,7 +5,7 @@
 #include <cstdio>
 #include <string_view>
 
-#include "host/box/number.h"
+#include "host/base/number.h"
 #include "host/include/lmainte_host.h"
 #include "host/platform/exported.h"
 
@@ -58,7 +58,7 @@ int answer_in(const Line &line, int32_t choices, int32_t *choice) {
   if (!line.whole()) return kNoAnswer;
   const std::string_view text = trimmed(line.view());
   if (text == "q" || text == "Q") return LMAINTE_HOST_GAVE_UP;
-  const auto number = box::number_in<uint32_t>(text);
+  const auto number = base::number_in<uint32_t>(text);
   if (!number || *number < 1 || *number > static_cast<uint32_t>(choices)) return kNoAnswer;
   *choice = static_cast<int32_t>(*number);
   return LMAINTE_HOST_CHOSEN;

@@ -4,7 +4,6 @@
 #include <unistd.h>
 
 #include <cerrno>
-#include <system_error>
 
 namespace play {
 namespace {
@@ -24,13 +23,9 @@ void ring(int signal) {
 
 }  // namespace
 
-Interrupts::Interrupts() {
-  std::array<int, 2> ends{};
-  if (pipe2(ends.data(), O_CLOEXEC | O_NONBLOCK) != 0) throw std::system_error(errno, std::generic_category(), "pipe");
-  alarm_ = box::Descriptor(ends[0]);
-  bell_ = box::Descriptor(ends[1]);
+Interrupts::Interrupts() : bell_(O_NONBLOCK) {
   g_first = 0;
-  g_bell = bell_.get();
+  g_bell = bell_.in.get();
   for (std::size_t i = 0; i < kSignals.size(); ++i) {
     struct sigaction action = {};
     action.sa_handler = ring;

@@ -4,7 +4,7 @@
 #include <array>
 #include <csignal>
 
-#include "host/box/descriptor.h"
+#include "host/base/pipe.h"
 
 namespace play {
 
@@ -17,14 +17,14 @@ class Interrupts {
   Interrupts(const Interrupts &) = delete;
   Interrupts &operator=(const Interrupts &) = delete;
 
-  int alarm() const { return alarm_.get(); }  // Becomes readable with the first signal, and stays so.
-  int signal() const;                         // The one that came first; 0 when none came.
+  int alarm() const { return bell_.out.get(); }  // Becomes readable with the first signal, and stays so.
+  int signal() const;                            // The one that came first; 0 when none came.
 
  private:
   static constexpr std::array<int, 5> kSignals{SIGHUP, SIGINT, SIGQUIT, SIGTERM, SIGPIPE};
 
   std::array<struct sigaction, kSignals.size()> before_{};
-  box::Descriptor alarm_, bell_;
+  base::Pipe bell_;
 };
 
 }  // namespace play

@@ -8,9 +8,9 @@
 #include <fstream>
 #include <stdexcept>
 
+#include "host/base/number.h"
 #include "host/box/database.h"
 #include "host/box/hardware.h"
-#include "host/box/number.h"
 #include "host/box/unit_name.h"
 
 namespace play {
@@ -113,7 +113,7 @@ std::set<pid_t> processes_of(const box::Place &place) {
   const auto folder = fs::absolute(place.root()).string();
   std::set<pid_t> found;
   for (const auto &entry : fs::directory_iterator("/proc")) {
-    const auto pid = box::number_in<pid_t>(entry.path().filename().native());
+    const auto pid = base::number_in<pid_t>(entry.path().filename().native());
     if (!pid || *pid == getpid()) continue;
     if (is_same_folder(entry.path() / "root/mgb/db", place.root() / "mgb/db") || has_argument(entry.path(), folder)) {
       found.insert(*pid);

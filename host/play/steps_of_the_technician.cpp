@@ -2,7 +2,7 @@
 #include <algorithm>
 #include <array>
 
-#include "host/box/listed.h"
+#include "host/base/listed.h"
 #include "host/play/stage.h"
 #include "host/play/step.h"
 #include "host/play/text.h"
@@ -29,7 +29,7 @@ void wait_for_hands(Stage &stage, const Step & /*step*/) {
 void check_verb(const Words &words, const Words &verbs) {
   if (std::find(verbs.begin(), verbs.end(), words[0]) != verbs.end()) return;
   throw std::invalid_argument("\"" + words[0] + "\" is not a verb that works on a box; those are " +
-                              box::listed(verbs));
+                              base::listed(verbs));
 }
 
 void run_spbox(Stage &stage, const Step &step) {

@@ -1,7 +1,7 @@
 // Programs that concern a system board: a CPU/memory unit and the I/O unit of the same number.
 #include <algorithm>
 
-#include "host/box/number.h"
+#include "host/base/number.h"
 #include "host/box/partitions.h"
 #include "host/programs/boards.h"
 #include "host/programs/control_programs.h"
@@ -61,8 +61,8 @@ struct Part {
 std::optional<Part> part_in(std::string_view word) {
   const std::size_t dash = word.find('-');
   if (dash == std::string_view::npos || dash < 2) return std::nullopt;
-  const auto board = box::number_in<std::uint32_t>(word.substr(0, dash));
-  const auto part = box::number_in<std::uint32_t>(word.substr(dash + 1));
+  const auto board = base::number_in<std::uint32_t>(word.substr(0, dash));
+  const auto part = base::number_in<std::uint32_t>(word.substr(dash + 1));
   if (!board || !part || *part > 3 || word.size() != dash + 2) return std::nullopt;
   return Part{*board, *part};
 }
@@ -80,7 +80,7 @@ int setupfru(const Arguments &arguments, Machine &machine) {
   const std::string division = arguments.value('x');
   if (!one_of(mirror, {"y", "n"}) || !one_of(division, {"1", "4"}) || (mirror == "y" && division == "4")) return kUsage;
   if (arguments.words.size() != 2 || arguments.words[0] != "sb") return kUsage;
-  const auto board = box::number_in<std::uint32_t>(arguments.words[1]);
+  const auto board = base::number_in<std::uint32_t>(arguments.words[1]);
   if (!board || *board >= box::boards_of(machine.model)) return kNoDivision;
   if (!is_installed(machine, *board)) return kBoardMissing;
   BoardChange boards(machine.place, machine.model);
@@ -113,7 +113,7 @@ int deleteboard(const Arguments &arguments, Machine &machine) {
 // A board on which a domain runs cannot be tested.
 int testsb(const Arguments &arguments, Machine &machine) {
   if (!arguments.words.empty() || !arguments.only("qy")) return kUsage;
-  const auto board = box::number_in<std::uint32_t>(arguments.value('y'));
+  const auto board = base::number_in<std::uint32_t>(arguments.value('y'));
   if (!board || *board >= box::boards_of(machine.model)) return kTestFailed;
   if (!is_installed(machine, *board) || Boards(machine.place, machine.model).is_active(*board)) return kRefused;
   return has_fault(machine, *board) ? kTestFailed : kDone;

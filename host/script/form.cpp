@@ -3,7 +3,7 @@
 #include <sstream>
 #include <utility>
 
-#include "host/box/listed.h"
+#include "host/base/listed.h"
 
 namespace script {
 
@@ -21,7 +21,7 @@ bool take_verb(const Form &form, Words &words) {
 }
 
 std::invalid_argument no_such_step(const std::string &verb, const std::vector<std::string_view> &verbs) {
-  return std::invalid_argument("there is no step \"" + verb + "\"; there are " + box::listed(verbs, " and "));
+  return std::invalid_argument("there is no step \"" + verb + "\"; there are " + base::listed(verbs, " and "));
 }
 
 std::string help_of(const Form &form, std::size_t column) {

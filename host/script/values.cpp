@@ -4,13 +4,13 @@
 #include <sstream>
 #include <stdexcept>
 
-#include "host/box/number.h"
+#include "host/base/number.h"
 
 namespace script {
 
 std::chrono::milliseconds seconds_in(const std::string &word) {
   constexpr double kLongest = 86400;
-  const auto seconds = box::number_in<double>(word);
+  const auto seconds = base::number_in<double>(word);
   if (!seconds || !(*seconds >= 0) || *seconds > kLongest) {
     throw std::invalid_argument("\"" + word + "\" is not a number of seconds from 0 to 86400; write 3 or 0.5");
   }
@@ -18,7 +18,7 @@ std::chrono::milliseconds seconds_in(const std::string &word) {
 }
 
 int number_in(const std::string &word, int largest, const char *what) {
-  const auto number = box::number_in<int>(word);
+  const auto number = base::number_in<int>(word);
   if (!number || *number < 0 || *number > largest) {
     throw std::invalid_argument("\"" + word + "\" is not " + what + ": a number from 0 to " + std::to_string(largest));
   }

@@ -3,8 +3,8 @@
 #include <CLI/CLI.hpp>
 #include <algorithm>
 
-#include "host/box/listed.h"
-#include "host/box/number.h"
+#include "host/base/listed.h"
+#include "host/base/number.h"
 #include "host/spbox/help.h"
 #include "host/spbox/spelling.h"
 
@@ -89,7 +89,7 @@ class Taking {
     *to = values_.back();
   }
   void operator()(const Number &number) const {
-    const auto value = box::number_in<std::int64_t>(values_.back());
+    const auto value = base::number_in<std::int64_t>(values_.back());
     if (!value || *value < number.least || *value > number.most) {
       refuse(name_ + " takes a number from " + std::to_string(number.least) + " to " + std::to_string(number.most) +
              ", not `" + values_.back() + "`.");
@@ -99,7 +99,7 @@ class Taking {
   void operator()(const Choice &choice) const {
     const std::string &value = values_.back();
     if (std::find(choice.names.begin(), choice.names.end(), value) == choice.names.end()) {
-      refuse("there is no " + choice.what + " `" + value + "`. Give " + box::listed(choice.names, " or ") + ".");
+      refuse("there is no " + choice.what + " `" + value + "`. Give " + base::listed(choice.names, " or ") + ".");
     }
     *choice.to = value;
   }

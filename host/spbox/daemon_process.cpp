@@ -10,7 +10,7 @@
 #include <optional>
 #include <system_error>
 
-#include "host/box/child.h"
+#include "host/base/child.h"
 
 namespace spbox {
 namespace {
@@ -39,9 +39,9 @@ std::string ending(int status) {
 DaemonProcess::DaemonProcess(const std::filesystem::path &program, const box::Place &place) {
   std::array<int, 2> ends{};
   if (pipe2(ends.data(), O_CLOEXEC) != 0) failure("pipe");
-  says_ = box::Descriptor(ends[0]);
-  box::Descriptor told(ends[1]);
-  const box::ArgumentVector words(
+  says_ = base::Descriptor(ends[0]);
+  base::Descriptor told(ends[1]);
+  const base::ArgumentVector words(
       {program.string(), place.root().string(), std::to_string(told.get()), std::to_string(getpid())});
   std::fflush(nullptr);
   pid_ = fork();
@@ -67,7 +67,7 @@ void DaemonProcess::await() {
 DaemonProcess::~DaemonProcess() {
   kill(pid_, SIGTERM);
   try {
-    const int status = box::exit_status_of(pid_);
+    const int status = base::exit_status_of(pid_);
     if (!ready_ || status == 0 || status == 128 + SIGTERM) return;
     std::fprintf(stderr, "spbox: the box's daemon ended before the command: %s. Requests to it failed from then on.\n",
                  line_from(says_.get()).value_or(ending(status)).c_str());

@@ -5,7 +5,7 @@
 
 #include <filesystem>
 
-#include "host/box/descriptor.h"
+#include "host/base/descriptor.h"
 #include "host/box/place.h"
 
 namespace spbox {
@@ -24,7 +24,7 @@ class DaemonProcess {
   void await();
 
   pid_t pid_ = -1;
-  box::Descriptor says_;  // an empty line when it is ready, and a line that says why where it fails
+  base::Descriptor says_;  // an empty line when it is ready, and a line that says why where it fails
   bool ready_ = false;
 };
 

@@ -4,10 +4,10 @@
 #include <stdexcept>
 #include <utility>
 
+#include "host/base/number.h"
 #include "host/box/breakage.h"
 #include "host/box/hardware.h"
 #include "host/box/inventory.h"
-#include "host/box/number.h"
 #include "host/box/record_words.h"
 #include "host/script/script.h"
 #include "host/script/values.h"
@@ -104,7 +104,7 @@ class DumpReader {
   }
 
   void database(const Arguments &words) {
-    const auto db_id = box::number_in<std::size_t>(words[1]);
+    const auto db_id = base::number_in<std::size_t>(words[1]);
     if (words[1] != "box" && (!db_id || *db_id >= box::kDatabaseCount)) {
       wrong("there is no database \"" + words[1] + "\"; there are 0 to " + std::to_string(box::kDatabaseCount - 1) +
             " and box");
@@ -117,7 +117,7 @@ class DumpReader {
 
   void record(const Arguments &words) {
     if (database_ == nullptr && !in_box_) wrong("a record stands outside the databases");
-    const auto size = box::number_in<std::size_t>(words[2]);
+    const auto size = base::number_in<std::size_t>(words[2]);
     if (!size || *size > kLargestRecord) {
       wrong("a record has 0 to " + std::to_string(kLargestRecord) + " bytes");
     }
@@ -145,7 +145,7 @@ class DumpReader {
 
   void row(const Arguments &words) {
     if (record_ == nullptr) wrong("bytes stand outside a record");
-    const auto at = box::number_in<std::size_t>(std::string_view(words[0]).substr(0, words[0].size() - 1));
+    const auto at = base::number_in<std::size_t>(std::string_view(words[0]).substr(0, words[0].size() - 1));
     if (!at) wrong("\"" + words[0] + "\" is not a place in a record; write its number and a colon");
     if (*at < row_end_) wrong("byte " + std::to_string(*at) + " comes a second time, or out of order");
     row_end_ = *at;

@@ -7,7 +7,7 @@
 #include <cstring>
 #include <string>
 
-#include "host/box/number.h"
+#include "host/base/number.h"
 #include "host/spbox/handshake.h"
 #include "host/spbox/signals.h"
 #include "host/spbox/text.h"
@@ -39,7 +39,7 @@ int refuse() {
 }  // namespace
 
 int enter_box(int argc, char **argv) {
-  const auto fd = box::number_in<int>(argc < 3 ? "" : argv[0]);
+  const auto fd = base::number_in<int>(argc < 3 ? "" : argv[0]);
   if (!fd) return refuse();
   const sigset_t ending = ending_signals();
   sigset_t before;

@@ -7,7 +7,7 @@
 #include <cstdio>
 #include <string>
 
-#include "host/box/number.h"
+#include "host/base/number.h"
 
 namespace spbox {
 namespace {
@@ -31,7 +31,7 @@ void announce_to(int fd) {
 }
 
 pid_t announced_on(int fd) {
-  return box::number_in<pid_t>(read_to_end(fd)).value_or(0);
+  return base::number_in<pid_t>(read_to_end(fd)).value_or(0);
 }
 
 }  // namespace spbox

@@ -2,10 +2,10 @@
 #include <cstdio>
 #include <memory>
 
+#include "host/base/signal_name.h"
 #include "host/box/advice.h"
 #include "host/box/contents.h"
 #include "host/box/programs.h"
-#include "host/box/signal_name.h"
 #include "host/spbox/json.h"
 #include "host/spbox/text.h"
 #include "host/spbox/verbs.h"
@@ -27,7 +27,7 @@ std::string bend_text(const box::Bend &bend) {
   if (bend.ignore_term) add("ignores SIGTERM");
   if (bend.delay > 0) add("waits " + std::to_string(bend.delay) + " s");
   if (bend.hang) add(bend.exit ? "hangs until SIGTERM" : "hangs");
-  if (bend.die) add("dies by " + box::signal_name(*bend.die));
+  if (bend.die) add("dies by " + base::signal_name(*bend.die));
   if (bend.exit) add("exits with " + std::to_string(*bend.exit));
   return text.empty() ? "straight" : text;
 }
@@ -51,7 +51,7 @@ Json json_of(const box::TextDatabase &kept, std::string_view name) {
                       {"ignore_term", bend.ignore_term},
                       {"delay", bend.delay},
                       {"hang", bend.hang},
-                      {"die", bend.die ? Json(box::signal_name(*bend.die)) : Json()},
+                      {"die", bend.die ? Json(base::signal_name(*bend.die)) : Json()},
                       {"exit", bend.exit},
                       {"last_run", last_run_json(last_run(kept, name))}};
 }
@@ -87,7 +87,7 @@ int program(const Options &options) {
 
 void check(Options &options) {
   if (options.die.empty()) return;
-  options.bend.die = box::signal_number(options.die);
+  options.bend.die = base::signal_number(options.die);
   if (*options.bend.die > 0) return;
   throw UsageError("there is no signal `" + options.die + "`. Give a name such as TERM, or a number.");
 }

@@ -11,8 +11,8 @@
 #include <stdexcept>
 #include <system_error>
 
-#include "host/box/child.h"
-#include "host/box/descriptor.h"
+#include "host/base/child.h"
+#include "host/base/descriptor.h"
 #include "host/spbox/enclosure.h"
 #include "host/spbox/enter_box.h"
 #include "host/spbox/handshake.h"
@@ -27,7 +27,7 @@ namespace {
   throw std::system_error(errno, std::generic_category(), what);
 }
 
-[[noreturn]] void become_bwrap(const box::ArgumentVector &words, int inside) {
+[[noreturn]] void become_bwrap(const base::ArgumentVector &words, int inside) {
   ignore_ending_signals();
   fcntl(inside, F_SETFD, 0);
   execvp(words.program(), words.data());
@@ -41,10 +41,10 @@ namespace {
 int visit(std::vector<std::string> bwrap, const std::vector<std::string> &command) {
   std::array<int, 2> ends{};
   if (socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, ends.data()) != 0) system_failure("socketpair");
-  box::Descriptor outside(ends[0]), inside(ends[1]);
+  base::Descriptor outside(ends[0]), inside(ends[1]);
   bwrap.insert(bwrap.end(), {"--", kSpboxInside, kEnter, std::to_string(inside.get()), ignored_signals()});
   bwrap.insert(bwrap.end(), command.begin(), command.end());
-  const box::ArgumentVector words(std::move(bwrap));
+  const base::ArgumentVector words(std::move(bwrap));
   keep_signals();
   std::fflush(nullptr);
   const pid_t child = fork();
@@ -54,7 +54,7 @@ int visit(std::vector<std::string> bwrap, const std::vector<std::string> &comman
   const pid_t entered = announced_on(outside.get());
   if (entered > 0) pass_signals_to(entered);
   outside.reset();
-  const int status = box::exit_status_of(child);
+  const int status = base::exit_status_of(child);
   pass_no_signals();
   if (entered > 0) return status;
   throw std::runtime_error("the command was not run: no root of its own could be made for it (see above). " +

@@ -2,13 +2,13 @@
 
 #include <cerrno>
 
+#include "host/base/quoted.h"
 #include "host/box/advice.h"
-#include "host/box/place.h"
 
 namespace spbox {
 
 std::string way_in(const std::filesystem::path &folder) {
-  return box::spbox_called(box::quoted(program_invocation_name)) + " run " + box::quoted(folder.native());
+  return box::spbox_called(base::quoted(program_invocation_name)) + " run " + base::quoted(folder.native());
 }
 
 }  // namespace spbox

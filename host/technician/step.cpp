@@ -3,9 +3,9 @@
 #include <algorithm>
 #include <fstream>
 
+#include "host/base/listed.h"
+#include "host/base/number.h"
 #include "host/box/hardware.h"
-#include "host/box/listed.h"
-#include "host/box/number.h"
 #include "host/script/values.h"
 #include "host/technician/changes.h"
 #include "host/technician/technician.h"
@@ -25,7 +25,7 @@ void after(Technician &hands, const Step &step) {
 
 void check_is_one_of(const Values &values, const Words &words) {
   if (std::find(values.begin(), values.end(), words.back()) != values.end()) return;
-  throw std::invalid_argument("\"" + words.back() + "\" never comes; wait for " + box::listed(values, " or "));
+  throw std::invalid_argument("\"" + words.back() + "\" never comes; wait for " + base::listed(values, " or "));
 }
 
 void check_led(const Words &words) {
@@ -97,7 +97,7 @@ void change(Technician &hands, const Step &step) {
 }
 
 std::uint32_t times_in(const std::string &word) {
-  const auto times = box::number_in<std::uint32_t>(word).value_or(0);
+  const auto times = base::number_in<std::uint32_t>(word).value_or(0);
   if (times == 0) throw std::invalid_argument("\"" + word + "\" is not a number of times");
   return times;
 }

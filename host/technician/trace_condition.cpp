@@ -5,7 +5,7 @@
 #include <stdexcept>
 #include <vector>
 
-#include "host/box/listed.h"
+#include "host/base/listed.h"
 #include "host/box/trace_ring.h"
 #include "host/trace_book/event_names.h"
 #include "host/trace_book/trace_book.h"
@@ -58,7 +58,7 @@ TraceCondition::TraceCondition(const script::Words &words) {
   event_ = event_of(function_, script::joined(event));
   if (event_) return;
   throw std::invalid_argument(function_ + " never records \"" + script::joined(event) + "\"; its events are " +
-                              box::listed(events));
+                              base::listed(events));
 }
 
 bool TraceCondition::is_met_by(std::uint32_t event) const {

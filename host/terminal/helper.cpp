@@ -13,8 +13,8 @@
 #include <system_error>
 #include <utility>
 
-#include "host/box/child.h"
-#include "host/terminal/pipe.h"
+#include "host/base/child.h"
+#include "host/base/pipe.h"
 #include "host/terminal/terminal.h"
 
 namespace terminal {
@@ -49,7 +49,7 @@ int beyond_those_of_program(int fd) {
 }
 
 // A program whose owner is gone, killed perhaps, would work on: nobody knew of it.
-[[noreturn]] void become(const box::ArgumentVector &arguments, pid_t owner, int output, int tells, int exec_error) {
+[[noreturn]] void become(const base::ArgumentVector &arguments, pid_t owner, int output, int tells, int exec_error) {
   prctl(PR_SET_PDEATHSIG, SIGKILL);
   if (getppid() != owner) _exit(127);
   output = beyond_those_of_program(output);
@@ -67,10 +67,10 @@ int beyond_those_of_program(int fd) {
 }  // namespace
 
 Helper::Helper(const std::vector<std::string> &command, int alarm) : alarm_(alarm) {
-  const box::ArgumentVector arguments(command);
-  output_ = box::Descriptor(memfd_create("output", MFD_CLOEXEC));
+  const base::ArgumentVector arguments(command);
+  output_ = base::Descriptor(memfd_create("output", MFD_CLOEXEC));
   if (output_.get() < 0) fail(errno, "cannot run " + command.at(0));
-  Pipe told, exec_error;
+  base::Pipe told, exec_error;
   const pid_t owner = getpid();
   pid_ = fork();
   if (pid_ < 0) fail(errno, "cannot run " + command.at(0));
@@ -80,7 +80,7 @@ Helper::Helper(const std::vector<std::string> &command, int alarm) : alarm_(alar
 
   int error = 0;  // Nothing comes where execve succeeds.
   const bool failed = read(exec_error.out.get(), &error, sizeof error) == sizeof error;
-  process_ = box::Descriptor(failed ? -1 : static_cast<int>(syscall(SYS_pidfd_open, pid_, 0)));
+  process_ = base::Descriptor(failed ? -1 : static_cast<int>(syscall(SYS_pidfd_open, pid_, 0)));
   if (process_.get() >= 0) return;
   if (!failed) error = errno;
   kill();
@@ -106,11 +106,11 @@ Helper::~Helper() {
 void Helper::kill() {
   if (pid_ < 0 || status_) return;
   ::kill(pid_, SIGKILL);
-  status_ = box::exit_status_of(pid_);
+  status_ = base::exit_status_of(pid_);
 }
 
 std::optional<int> Helper::wait(std::optional<milliseconds> patience) {
-  if (!status_ && comes(process_.get(), alarm_, patience)) status_ = box::exit_status_of(pid_);
+  if (!status_ && comes(process_.get(), alarm_, patience)) status_ = base::exit_status_of(pid_);
   return status_;
 }
 

@@ -8,7 +8,7 @@
 #include <string>
 #include <vector>
 
-#include "host/box/descriptor.h"
+#include "host/base/descriptor.h"
 
 namespace terminal {
 
@@ -39,7 +39,7 @@ class Helper {
   pid_t pid_ = -1;
   int alarm_;
   std::optional<int> status_;
-  box::Descriptor process_, output_, told_;
+  base::Descriptor process_, output_, told_;
 };
 
 }  // namespace terminal

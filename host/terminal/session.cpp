@@ -17,9 +17,9 @@
 #include <sstream>
 #include <system_error>
 
-#include "host/box/child.h"
-#include "host/box/number.h"
-#include "host/terminal/pipe.h"
+#include "host/base/child.h"
+#include "host/base/number.h"
+#include "host/base/pipe.h"
 
 namespace terminal {
 
@@ -66,7 +66,7 @@ void take_foreground(pid_t group) {
   _exit(127);
 }
 
-[[noreturn]] void become_command(const box::ArgumentVector &arguments, int exec_error) {
+[[noreturn]] void become_command(const base::ArgumentVector &arguments, int exec_error) {
   setpgid(0, 0);
   take_foreground(getpid());
   setenv("TERM", "xterm", 1);
@@ -76,7 +76,7 @@ void take_foreground(pid_t group) {
   give_up(errno, exec_error);
 }
 
-[[noreturn]] void lead(const char *terminal_path, const box::ArgumentVector &arguments, int reports, int exec_error) {
+[[noreturn]] void lead(const char *terminal_path, const base::ArgumentVector &arguments, int reports, int exec_error) {
   keep_only(reports, exec_error);
   default_signals();
   prctl(PR_SET_PDEATHSIG, SIGKILL);  // A leader whose session is gone, killed perhaps, would wait for ever.
@@ -135,8 +135,8 @@ std::string text(const Ending &ending) {
 }
 
 Session::Session(const std::string &terminal_path, const std::vector<std::string> &command) {
-  const box::ArgumentVector arguments(command);
-  Pipe reports, exec_error;
+  const base::ArgumentVector arguments(command);
+  base::Pipe reports, exec_error;
   const auto fail = [&](int error) {
     throw std::system_error(error, std::generic_category(), "cannot run " + command.at(0));
   };
@@ -199,7 +199,7 @@ std::optional<Ending> Session::ending() {
 std::vector<Process> Session::processes() const {
   std::vector<Process> found;
   for (const auto &entry : std::filesystem::directory_iterator("/proc")) {
-    const pid_t pid = box::number_in<pid_t>(entry.path().filename().native()).value_or(0);
+    const pid_t pid = base::number_in<pid_t>(entry.path().filename().native()).value_or(0);
     if (pid <= 0 || pid == leader_) continue;
     const auto stat = stat_of(entry.path());
     if (stat && stat->session == leader_ && stat->state != 'Z' && stat->state != 'X') {

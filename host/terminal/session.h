@@ -8,7 +8,7 @@
 #include <string>
 #include <vector>
 
-#include "host/box/descriptor.h"
+#include "host/base/descriptor.h"
 
 namespace terminal {
 
@@ -56,7 +56,7 @@ class Session {
 
   pid_t leader_ = -1;
   pid_t command_ = -1;
-  box::Descriptor reports_;
+  base::Descriptor reports_;
   std::optional<Ending> ending_;
 };
 

@@ -51,7 +51,7 @@ Terminal::Terminal(Size size, int alarm)
   if (ptsname_r(master, path.data(), path.size()) != 0) fail("cannot make a terminal");
   path_ = path.data();
   // Held open so that the terminal and its mode outlive the command.
-  slave_ = box::Descriptor(open(path_.c_str(), O_RDWR | O_NOCTTY | O_CLOEXEC));
+  slave_ = base::Descriptor(open(path_.c_str(), O_RDWR | O_NOCTTY | O_CLOEXEC));
   winsize window{};
   window.ws_row = static_cast<unsigned short>(size.rows);
   window.ws_col = static_cast<unsigned short>(size.columns);

@@ -9,7 +9,7 @@
 #include <string_view>
 #include <vector>
 
-#include "host/box/descriptor.h"
+#include "host/base/descriptor.h"
 #include "host/terminal/screen.h"
 #include "host/terminal/session.h"
 
@@ -74,7 +74,7 @@ class Terminal {
   bool read_output(milliseconds patience);
   void settle();
 
-  box::Descriptor master_, slave_;
+  base::Descriptor master_, slave_;
   int alarm_;
   std::string path_;
   Screen screen_;

@@ -5,9 +5,9 @@
 #include <cstring>
 #include <span>
 
+#include "host/base/signal_name.h"
 #include "host/box/inventory_kinds.h"
 #include "host/box/programs.h"
-#include "host/box/signal_name.h"
 #include "host/trace_book/pages.h"
 
 namespace trace_book {
@@ -57,7 +57,7 @@ std::string value_text(const std::string &meaning, std::uint32_t word) {
   // NOLINTNEXTLINE(concurrency-mt-unsafe): one thread
   if (meaning.ends_with("errno")) return named(word, std::strerror(number));
   if (meaning == "wait status") return wait_status_text(word);
-  if (meaning == "signal") return named(word, box::signal_name(number));
+  if (meaning == "signal") return named(word, base::signal_name(number));
   if (meaning == "unit id") return format("%08X", word);
   if (meaning == "model") return named(word, box::model_name(word));
   if (meaning.ends_with("database")) return named(word, name_in(kDatabases, word));

@@ -5,7 +5,7 @@
 
 #include <fstream>
 
-#include "host/box/child.h"
+#include "host/base/child.h"
 #include "host/box/contents.h"
 #include "tests/host/box/scratch.h"
 
@@ -79,7 +79,7 @@ TEST_F(BreakageTest, WaitsForACommandThatHasTheRecordUnderItsLock) {
   }
   while (!std::filesystem::exists(scratch_ / "locked")) usleep(1000);
   box::break_record(place_, psus_, Breakage::kMissing);
-  EXPECT_EQ(box::exit_status_of(command), 0);
+  EXPECT_EQ(base::exit_status_of(command), 0);
   box::mend_record(place_, psus_);
   EXPECT_EQ(now(psus_), box::Bytes(3360, 7)) << "what the command wrote in that time is lost";
 }

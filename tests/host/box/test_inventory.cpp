@@ -157,18 +157,4 @@ TEST_F(InventoryTest, KnowsTheUnitsUnderMaintenanceOfTheBoxThatItWasMadeOf) {
   EXPECT_EQ(box::server_of(copy).status, 0x80000000u);
 }
 
-TEST(Quoted, LeavesPlainWordsAndPutsOthersInQuotes) {
-  EXPECT_EQ(box::quoted("box"), "box");
-  EXPECT_EQ(box::quoted("/srv/box-1_a.b"), "/srv/box-1_a.b");
-  EXPECT_EQ(box::quoted("build/demo-box"), "build/demo-box");
-  EXPECT_EQ(box::quoted("/PSU#3"), "/PSU#3");
-  EXPECT_EQ(box::quoted("#3"), "'#3'");
-  EXPECT_EQ(box::quoted("my box"), "'my box'");
-  EXPECT_EQ(box::quoted("it's"), "'it'\\''s'");
-  EXPECT_EQ(box::quoted("$HOME"), "'$HOME'");
-  EXPECT_EQ(box::quoted("a;b"), "'a;b'");
-  EXPECT_EQ(box::quoted("~"), "'~'");
-  EXPECT_EQ(box::quoted(""), "''");
-}
-
 }  // namespace

@@ -17,11 +17,11 @@
 #include <string>
 #include <system_error>
 
-#include "host/box/child.h"
+#include "host/base/child.h"
+#include "host/base/descriptor.h"
 #include "host/box/contents.h"
 #include "host/box/daemon_bend.h"
 #include "host/box/daemon_socket.h"
-#include "host/box/descriptor.h"
 #include "host/daemon/server.h"
 #include "host/include/lmainte_host.h"
 #include "include/lmainte.h"
@@ -48,7 +48,7 @@ class Starting {
       _exit(127);
     }
     close(ends[1]);
-    says_ = box::Descriptor(ends[0]);
+    says_ = base::Descriptor(ends[0]);
   }
   ~Starting() { end(); }
   Starting(const Starting &) = delete;
@@ -75,14 +75,14 @@ class Starting {
 
   // The same for one that has ended by itself.
   int ended() {
-    const int status = box::wait_status_of(pid_);
+    const int status = base::wait_status_of(pid_);
     pid_ = 0;
     return status;
   }
 
  private:
   pid_t pid_;
-  box::Descriptor says_;
+  base::Descriptor says_;
 };
 
 // One that is ready when this is there.
@@ -229,11 +229,11 @@ class Other {
  public:
   explicit Other(const box::Place &place) : folder_(place.daemons()) {
     std::filesystem::create_directories(folder_);
-    turn_ = box::Descriptor(::open((folder_ / ".turn").c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0666));
+    turn_ = base::Descriptor(::open((folder_ / ".turn").c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0666));
     EXPECT_EQ(flock(turn_.get(), LOCK_EX | LOCK_NB), 0);
   }
   void listens() {
-    listener_ = box::Descriptor(box::daemon_socket(folder_, "monitor", bind));
+    listener_ = base::Descriptor(box::daemon_socket(folder_, "monitor", bind));
     EXPECT_EQ(listen(listener_.get(), 4), 0) << strerror(errno);
   }
   void ends() {
@@ -243,7 +243,7 @@ class Other {
 
  private:
   std::filesystem::path folder_;
-  box::Descriptor turn_, listener_;
+  base::Descriptor turn_, listener_;
 };
 
 TEST_F(ServerTest, ASecondOneIsReadyWhenTheFirstListens) {

@@ -7,7 +7,7 @@
 #include <iterator>
 #include <sstream>
 
-#include "host/box/number.h"
+#include "host/base/number.h"
 #include "host/box/place.h"
 #include "host/play/step.h"
 #include "host/terminal/helper.h"

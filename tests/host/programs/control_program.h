@@ -10,7 +10,7 @@
 #include <string>
 #include <vector>
 
-#include "host/box/child.h"
+#include "host/base/child.h"
 #include "host/box/hardware.h"
 #include "host/box/inventory.h"
 #include "host/box/programs.h"
@@ -43,7 +43,7 @@ class ControlProgram : public testing::Test {
     std::istringstream in(line);
     for (std::string word; in >> word;) words.push_back(word);
     std::vector<std::string> variables{"LC_ALL=C", "LD_LIBRARY_PATH=", "PRIV=", "SPBOX_ROOT=" + place_.root().string()};
-    const box::ArgumentVector arguments(std::move(words)), environment(std::move(variables));
+    const base::ArgumentVector arguments(std::move(words)), environment(std::move(variables));
     const pid_t pid = fork();
     if (pid == 0) {
       for (int fd = 0; fd < 3; ++fd) close(fd);
@@ -55,7 +55,7 @@ class ControlProgram : public testing::Test {
 
   // The exit status of a program that must end by itself.
   int run(const std::string &name, const std::string &line) const {
-    const int status = box::wait_status_of(start(name, line));
+    const int status = base::wait_status_of(start(name, line));
     EXPECT_TRUE(WIFEXITED(status)) << name << ' ' << line << " ended with wait status " << status;
     return WEXITSTATUS(status);
   }

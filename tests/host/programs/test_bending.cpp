@@ -70,7 +70,7 @@ TEST_F(Bending, HangingEndsAtSigterm) {
   int status = 0;
   EXPECT_FALSE(ends_within(pid, 100ms, &status));
   kill(pid, SIGTERM);
-  status = box::wait_status_of(pid);
+  status = base::wait_status_of(pid);
   EXPECT_TRUE(WIFSIGNALED(status));
   EXPECT_EQ(WTERMSIG(status), SIGTERM);
   EXPECT_FALSE(last_run("ctlled")->status);
@@ -81,7 +81,7 @@ TEST_F(Bending, HangingWithAnExitStatusEndsWithItAtSigterm) {
   const pid_t pid = start_blinking();
   ASSERT_TRUE(eventually([&] { return has_sigterm("SigCgt", pid); }));
   kill(pid, SIGTERM);
-  const int status = box::wait_status_of(pid);
+  const int status = base::wait_status_of(pid);
   EXPECT_TRUE(WIFEXITED(status));
   EXPECT_EQ(WEXITSTATUS(status), 1);
 }
@@ -102,7 +102,7 @@ TEST_F(Bending, IgnoringSigtermIsEndedBySigkillAlone) {
 TEST_F(Bending, DyingIsByTheSignalThatIsSet) {
   for (const int signal : {SIGKILL, SIGSEGV, SIGTERM}) {
     bend({.ignore_term = signal == SIGTERM, .die = signal});
-    const int status = box::wait_status_of(start_blinking());
+    const int status = base::wait_status_of(start_blinking());
     EXPECT_TRUE(WIFSIGNALED(status)) << signal;
     EXPECT_EQ(WTERMSIG(status), signal);
   }

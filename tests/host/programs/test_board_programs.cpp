@@ -2,9 +2,9 @@
 // is divided into four extended system boards, the last of which is nobody's.
 #include <fcntl.h>
 
-#include "host/box/child.h"
+#include "host/base/child.h"
+#include "host/base/descriptor.h"
 #include "host/box/database.h"
-#include "host/box/descriptor.h"
 #include "host/box/partitions.h"
 #include "tests/host/box/child.h"
 #include "tests/host/programs/control_program.h"
@@ -96,7 +96,7 @@ TEST_F(BoardPrograms, QuestionsAreAnsweredWhileTheDatabasesAreLocked) {
 
 // The process that has a database locked; 0 when none has.
 pid_t holder_of(const box::Place &place, std::uint32_t db_id) {
-  const box::Descriptor file(open((place.database(db_id) / "holder").c_str(), O_RDWR | O_CLOEXEC));
+  const base::Descriptor file(open((place.database(db_id) / "holder").c_str(), O_RDWR | O_CLOEXEC));
   struct flock lock {};
   lock.l_type = F_WRLCK;
   lock.l_whence = SEEK_SET;
@@ -118,7 +118,7 @@ TEST_F(BoardPrograms, TheLowerDatabaseIsUnlockedLast) {
       EXPECT_FALSE(holds_the_higher_alone(place_)) << "at look " << looks;
       ASSERT_EQ(waitid(P_PID, static_cast<id_t>(program), &ended, WEXITED | WNOWAIT | WNOHANG), 0);
     }
-    EXPECT_EQ(box::exit_status_of(program), 0);
+    EXPECT_EQ(base::exit_status_of(program), 0);
   }
 }
 

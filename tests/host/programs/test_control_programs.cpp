@@ -141,7 +141,7 @@ TEST_F(EveryProgram, SwitchesOnceWhoeverElseDoes) {
       std::vector<pid_t> racing(6);
       for (pid_t &pid : racing) pid = start(row.name, row.line);
       std::map<int, int> ends;
-      for (const pid_t pid : racing) ++ends[box::exit_status_of(pid)];
+      for (const pid_t pid : racing) ++ends[base::exit_status_of(pid)];
       EXPECT_EQ(ends, (std::map<int, int>{{0, 1}, {row.second, 5}})) << row.says;
     }
   }

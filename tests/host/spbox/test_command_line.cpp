@@ -2,6 +2,7 @@
 #include <map>
 #include <sstream>
 
+#include "host/base/quoted.h"
 #include "host/spbox/spelling.h"
 #include "host/spbox/verbs.h"
 #include "tests/host/spbox/spbox_test.h"
@@ -65,7 +66,7 @@ class CommandLine : public SpboxTest {
   // The exit status of spbox when what it prints goes to a file that takes nothing, and what it says about it.
   Done into_full_file(const Words &words) const {
     std::string line = "cd " + scratch_.path().string() + " && exec " SPBOX;
-    for (const std::string &word : words) line += " " + box::quoted(word);
+    for (const std::string &word : words) line += " " + base::quoted(word);
     return run_to_end({"/bin/sh", "-c", line + " 2>&1 >/dev/full"});
   }
 };

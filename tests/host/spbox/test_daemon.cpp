@@ -8,7 +8,7 @@
 #include <sstream>
 #include <utility>
 
-#include "host/box/child.h"
+#include "host/base/child.h"
 #include "host/box/daemon_bend.h"
 #include "tests/eventually.h"
 #include "tests/host/spbox/read_json.h"
@@ -38,7 +38,7 @@ class Daemon : public SpboxTest {
 // spbox as a child of this test, which inherits whatever that one leaves behind.
 class Abandoned {
  public:
-  explicit Abandoned(const box::ArgumentVector &arguments) : spbox_(fork()) {
+  explicit Abandoned(const base::ArgumentVector &arguments) : spbox_(fork()) {
     prctl(PR_SET_CHILD_SUBREAPER, 1);
     if (spbox_ != 0) return;
     execv(arguments.program(), arguments.data());
@@ -53,7 +53,7 @@ class Abandoned {
 
   int kill_spbox() {
     kill(spbox_, SIGKILL);
-    return box::exit_status_of(std::exchange(spbox_, 0));
+    return base::exit_status_of(std::exchange(spbox_, 0));
   }
   // Whether a process that was left ends, and how.
   static bool ends(pid_t process, int &status) {
@@ -132,7 +132,7 @@ TEST_F(Daemon, IsNotLeftBehindByACommandThatIsKilled) {
 TEST_F(Daemon, EndsWithASpboxThatIsKilled) {
   const auto found = place().tmp() / "found";
   const std::string script = find_daemon() + " >/tmp/finding; mv /tmp/finding /tmp/found; exec sleep 100";
-  Abandoned spbox(box::ArgumentVector({SPBOX, "run", place().root(), "sh", "-c", script}));
+  Abandoned spbox(base::ArgumentVector({SPBOX, "run", place().root(), "sh", "-c", script}));
   ASSERT_TRUE(eventually([&] { return std::filesystem::exists(found); }));
   std::ifstream in(found);
   const pid_t daemon = daemon_in({std::istreambuf_iterator<char>(in), {}});

@@ -5,13 +5,13 @@
 #include <cerrno>
 #include <cstdlib>
 
-#include "host/box/place.h"
+#include "host/base/quoted.h"
 
 namespace {
 
 TEST(WayIn, IsTheToolAsItWasCalledAndTheFolderAsItWasGiven) {
   unsetenv("SPBOX_CALLED");
-  const std::string tool = box::quoted(program_invocation_name);
+  const std::string tool = base::quoted(program_invocation_name);
   EXPECT_EQ(spbox::way_in("my box"), tool + " run 'my box'");
   setenv("SPBOX_CALLED", "./dev spbox", 1);
   EXPECT_EQ(spbox::way_in("build/demo-box"), "./dev spbox run build/demo-box");

@@ -6,7 +6,7 @@
 #include <cerrno>
 #include <utility>
 
-namespace box {
+namespace base {
 
 class Descriptor {
  public:
@@ -32,4 +32,4 @@ class Descriptor {
   int fd_ = -1;
 };
 
-}  // namespace box
+}  // namespace base

@@ -9,7 +9,7 @@
 #include <utility>
 #include <vector>
 
-namespace box {
+namespace base {
 
 class ArgumentVector {
  public:
@@ -45,4 +45,4 @@ inline int exit_status_of(pid_t child) {
   return WIFSIGNALED(status) ? 128 + WTERMSIG(status) : WEXITSTATUS(status);
 }
 
-}  // namespace box
+}  // namespace base

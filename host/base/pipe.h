@@ -8,20 +8,20 @@
 #include <cerrno>
 #include <system_error>
 
-#include "host/box/descriptor.h"
+#include "host/base/descriptor.h"
 
-namespace terminal {
+namespace base {
 
 struct Pipe {
-  Pipe() {  // throws std::system_error
+  explicit Pipe(int flags = 0) {  // of pipe2, such as O_NONBLOCK; throws std::system_error
     std::array<int, 2> ends{};
-    if (pipe2(ends.data(), O_CLOEXEC) != 0)
+    if (pipe2(ends.data(), O_CLOEXEC | flags) != 0)
       throw std::system_error(errno, std::generic_category(), "cannot make a pipe");
-    out = box::Descriptor(ends[0]);
-    in = box::Descriptor(ends[1]);
+    out = Descriptor(ends[0]);
+    in = Descriptor(ends[1]);
   }
 
-  box::Descriptor out, in;
+  Descriptor out, in;
 };
 
-}  // namespace terminal
+}  // namespace base

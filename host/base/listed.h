@@ -5,7 +5,7 @@
 #include <string>
 #include <string_view>
 
-namespace box {
+namespace base {
 
 // "a, b or c", with " or " before the last one; of a container of strings or views.
 template <typename Names>
@@ -20,4 +20,4 @@ std::string listed(const Names &names, std::string_view before_last = ", ") {
   return text;
 }
 
-}  // namespace box
+}  // namespace base

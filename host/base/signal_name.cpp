@@ -1,11 +1,11 @@
-#include "host/box/signal_name.h"
+#include "host/base/signal_name.h"
 
 #include <csignal>
 #include <cstring>
 
-#include "host/box/number.h"
+#include "host/base/number.h"
 
-namespace box {
+namespace base {
 
 std::string signal_name(int signal) {
   const char *name = sigabbrev_np(signal);
@@ -22,4 +22,4 @@ int signal_number(std::string_view text) {
   return 0;
 }
 
-}  // namespace box
+}  // namespace base

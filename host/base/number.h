@@ -6,7 +6,7 @@
 #include <string_view>
 #include <system_error>
 
-namespace box {
+namespace base {
 
 // Nothing where the text is no number, or one and something else.
 template <typename Number>
@@ -17,4 +17,4 @@ std::optional<Number> number_in(std::string_view text) {
   return number;
 }
 
-}  // namespace box
+}  // namespace base

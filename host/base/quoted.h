@@ -1,0 +1,11 @@
+// Words for a shell.
+#pragma once
+
+#include <string>
+
+namespace base {
+
+// A path or another word of a command line as a shell takes it: in quotes where it needs them.
+std::string quoted(const std::string &word);
+
+}  // namespace base
