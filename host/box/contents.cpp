@@ -5,7 +5,7 @@
 
 #include "host/box/advice.h"
 #include "host/box/hardware.h"
-#include "host/box/programs.h"
+#include "host/box/program_list.h"
 #include "host/box/trace_ring.h"
 
 namespace box {

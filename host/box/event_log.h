@@ -1,4 +1,5 @@
 // The log: events in an append-only file, each durable before the call that saves it returns.
+// The format of the file is in event_log.cpp: Record.
 #pragma once
 
 #include <array>

@@ -7,8 +7,8 @@
 #include "host/box/inventory_records.h"
 #include "host/box/model.h"
 #include "host/box/partitions.h"
-#include "host/box/record_layout.h"
 #include "host/box/record_set.h"
+#include "host/box/records.h"
 
 namespace box {
 namespace {

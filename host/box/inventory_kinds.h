@@ -6,8 +6,8 @@
 #include <string>
 #include <vector>
 
-#include "host/box/kind_table.h"
 #include "host/box/unit_name.h"
+#include "host/box/unit_records.h"
 
 namespace box {
 

@@ -1,4 +1,5 @@
-// The locations of a model: what the library's location tables stand for, written out.
+// Writes out all locations of a model from the patterns in the library's tables. Nothing in the box parses a path:
+// unit_name looks it up among these.
 #pragma once
 
 #include <array>

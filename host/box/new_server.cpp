@@ -3,7 +3,7 @@
 #include "host/box/contents.h"
 #include "host/box/hardware.h"
 #include "host/box/inventory_records.h"
-#include "host/box/record_layout.h"
+#include "host/box/records.h"
 
 namespace box {
 namespace {

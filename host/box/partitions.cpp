@@ -3,8 +3,8 @@
 #include "host/base/number.h"
 #include "host/box/inventory_records.h"
 #include "host/box/model.h"
-#include "host/box/record_layout.h"
 #include "host/box/record_set.h"
+#include "host/box/records.h"
 
 namespace box {
 

@@ -3,8 +3,8 @@
 #include <algorithm>
 #include <set>
 
-#include "host/box/kind_table.h"
-#include "host/box/record_layout.h"
+#include "host/box/records.h"
+#include "host/box/unit_records.h"
 #include "include/lmainte.h"
 
 namespace box {

@@ -1,4 +1,5 @@
 // The trace: a ring of records in a mapped file, appended without a lock by all processes of a box.
+// The format of the file is in trace_ring.cpp: Head and Slot.
 #pragma once
 
 #include <array>

@@ -2,7 +2,7 @@
 
 #include "host/box/inventory_records.h"
 #include "host/box/model.h"
-#include "host/box/record_layout.h"
+#include "host/box/records.h"
 #include "include/lmainte.h"
 
 namespace programs {

@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <iterator>
 
-#include "host/box/programs.h"
+#include "host/box/program_list.h"
 
 namespace programs {
 namespace {
@@ -32,7 +32,8 @@ constexpr bool are_those_of_a_box() {
                     box::kPrograms.end(),
                     [](const ControlProgram &acts, const box::Program &listed) { return acts.name == listed.name; });
 }
-static_assert(are_those_of_a_box(), "the programs that act and those of host/box/programs.h differ in name or order");
+static_assert(are_those_of_a_box(),
+              "the programs that act and those of host/box/program_list.h differ in name or order");
 
 }  // namespace
 

@@ -9,7 +9,7 @@
 #include <string>
 
 #include "host/box/place.h"
-#include "host/box/programs.h"
+#include "host/box/program_list.h"
 #include "host/programs/control_programs.h"
 
 namespace programs {

@@ -5,8 +5,8 @@
 #include "host/box/breakage.h"
 #include "host/box/inventory_kinds.h"
 #include "host/box/partitions.h"
-#include "host/box/record_layout.h"
 #include "host/box/record_words.h"
+#include "host/box/records.h"
 #include "host/spbox/dump.h"
 
 namespace spbox {

@@ -5,7 +5,7 @@
 #include "host/base/signal_name.h"
 #include "host/box/advice.h"
 #include "host/box/contents.h"
-#include "host/box/programs.h"
+#include "host/box/program_list.h"
 #include "host/spbox/json.h"
 #include "host/spbox/text.h"
 #include "host/spbox/verbs.h"

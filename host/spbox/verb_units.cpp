@@ -5,7 +5,7 @@
 #include "host/box/hardware.h"
 #include "host/box/inventory.h"
 #include "host/box/partitions.h"
-#include "host/box/record_layout.h"
+#include "host/box/records.h"
 #include "host/spbox/json.h"
 #include "host/spbox/text.h"
 #include "host/spbox/unit_text.h"

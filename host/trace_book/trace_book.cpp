@@ -7,7 +7,7 @@
 
 #include "host/base/signal_name.h"
 #include "host/box/inventory_kinds.h"
-#include "host/box/programs.h"
+#include "host/box/program_list.h"
 #include "host/trace_book/pages.h"
 
 namespace trace_book {

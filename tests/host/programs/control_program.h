@@ -13,7 +13,7 @@
 #include "host/base/child.h"
 #include "host/box/hardware.h"
 #include "host/box/inventory.h"
-#include "host/box/programs.h"
+#include "host/box/program_list.h"
 #include "include/lmainte.h"
 #include "tests/host/box/scratch.h"
 

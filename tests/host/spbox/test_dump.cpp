@@ -1,7 +1,7 @@
 #include <fstream>
 #include <sstream>
 
-#include "host/box/programs.h"
+#include "host/box/program_list.h"
 #include "host/spbox/dump.h"
 #include "tests/host/spbox/spbox_test.h"
 

@@ -1,4 +1,4 @@
-#include "host/box/programs.h"
+#include "host/box/program_list.h"
 #include "tests/host/spbox/read_json.h"
 #include "tests/host/spbox/spbox_test.h"
 

@@ -2,7 +2,7 @@
 #include <fstream>
 #include <sstream>
 
-#include "host/box/programs.h"
+#include "host/box/program_list.h"
 #include "tests/host/spbox/read_json.h"
 #include "tests/host/spbox/spbox_test.h"
 

@@ -1,4 +1,4 @@
-#include "host/box/programs.h"
+#include "host/box/program_list.h"
 
 #include <sstream>
 

@@ -6,7 +6,7 @@
 #include <string>
 #include <string_view>
 
-#include "host/box/kind_table.h"
+#include "host/box/unit_records.h"
 
 namespace box {
 

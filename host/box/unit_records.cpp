@@ -1,4 +1,4 @@
-#include "host/box/kind_table.h"
+#include "host/box/unit_records.h"
 
 #include <algorithm>
 
