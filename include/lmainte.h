@@ -838,7 +838,7 @@ enum {
 
 /*
  * Changes one attribute of the terminal and leaves all others as they are. The attributes are those of standard
- * output's terminal; LMAINTE_TTY_FLUSH works on standard input's.
+ * output's terminal; LMAINTE_TTY_FLUSH works on standard input's. The command itself puts them back when it ends.
  *
  * Returns 0, or LMAINTE_FAILED and changes nothing: an unknown mode, a stream that is no terminal, a failed call.
  */

@@ -1,4 +1,4 @@
-// What the operator is asked, and how they give up.
+// How the operator is asked, and how they give up. The questions are in steps.h.
 #pragma once
 
 #include <csignal>

@@ -1,4 +1,5 @@
-// The steps of which procedures are made. A step is done, or it ends the work on the unit and says why.
+// The steps of which procedures are made, with all questions and sentences of the walk. A step is done, or it ends the work on
+// the unit and says why.
 #pragma once
 
 #include <cstdint>

@@ -1,4 +1,4 @@
-// What a procedure tells the operator: sentences, in lines that a terminal of 80 columns shows whole.
+// How a procedure tells the operator something: in lines that a terminal of 80 columns shows whole. The sentences are in steps.h.
 #pragma once
 
 #include <cstdarg>

@@ -13,7 +13,7 @@ namespace box {
 
 enum class Setting {
   kMaintenance,  // the server's maintenance mode
-  kReport,       // whether maintenance is reported to the server's remote maintenance
+  kReport,       // whether the start of maintenance was reported to the remote notification service
   kFan,          // fan speed, of the server or of one unit
   kLed,
   kFlag,      // the unit is under maintenance

@@ -16,8 +16,8 @@ struct UnitEntry {
   std::int32_t type;     // unit type code of the records
   std::uint32_t number;  // among all units of its kind
   std::string record;
-  std::size_t size;       // of the record
-  std::size_t at;         // where the unit's entry begins: two words of unit id ...
+  std::size_t size;  // of the record
+  std::size_t at;    // where the unit's entry begins, two words of unit id (kNowhere for a fan, which has none) ...
   std::size_t status_at;  // ... and its status word
   std::size_t flag_at;    // its flag byte, kNowhere where the kind has none
   std::string fru_record;

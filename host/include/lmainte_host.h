@@ -170,15 +170,15 @@ typedef struct lmainte_host_reply {
 enum { LMAINTE_HOST_EVENT_SOURCE = 215, LMAINTE_HOST_EVENT_LEFT = 3 };
 
 enum {
-  LMAINTE_HOST_LEFT_EMPTY = 1,     /* the unit's place */
+  LMAINTE_HOST_LEFT_EMPTY = 1,     /* the unit's place was left empty */
   LMAINTE_HOST_LEFT_OUT = 2,       /* the unit is out of operation */
-  LMAINTE_HOST_LEFT_IN_DOUBT = 3,  /* it may be */
-  LMAINTE_HOST_LEFT_REJECTED = 4,  /* it is, as it could not be brought up */
-  LMAINTE_HOST_LEFT_UNTESTED = 5,  /* it is in place, and was not tested */
-  LMAINTE_HOST_LEFT_UNCHECKED = 6, /* it is in operation, and was not checked to the end */
-  LMAINTE_HOST_LEFT_UNKNOWN = 7,   /* its state could not be read */
-  LMAINTE_HOST_LEFT_MARKED = 8,    /* its LED, its maintenance flag or the fans were not switched back */
-  LMAINTE_HOST_LEFT_IN_MODE = 9    /* no unit: the server is in maintenance mode */
+  LMAINTE_HOST_LEFT_IN_DOUBT = 3,  /* the unit may be out of operation */
+  LMAINTE_HOST_LEFT_REJECTED = 4,  /* the unit is out of operation: it could not be brought into operation */
+  LMAINTE_HOST_LEFT_UNTESTED = 5,  /* the unit is in place and was not tested */
+  LMAINTE_HOST_LEFT_UNCHECKED = 6, /* the unit is in operation and was not checked to the end */
+  LMAINTE_HOST_LEFT_UNKNOWN = 7,   /* the unit's state could not be read */
+  LMAINTE_HOST_LEFT_MARKED = 8,    /* the unit's LED, its maintenance flag or the fans were not switched back */
+  LMAINTE_HOST_LEFT_IN_MODE = 9    /* the event has no unit: the server is still in maintenance mode */
 };
 
 /* ---- Results of the configuration database ----------------------------------------------------------------------- */

@@ -18,7 +18,7 @@ class TraceWatch {
 
  private:
   box::Place place_;
-  std::uint64_t next_ = 0;  // number of the first record that nobody has looked at
+  std::uint64_t next_ = 0;  // number of the first record that has_come looks at next
 };
 
 }  // namespace technician

@@ -51,7 +51,8 @@ class Terminal {
   bool wait_for_new(std::string_view text, milliseconds patience);  // written since the last start or keys, all of it
   bool shows(std::string_view text);                                // once the screen stands still
   void watch(milliseconds time);                                    // takes in what the command writes, so long
-  std::vector<std::string> screen();            // The lines of the screen, 24 of them, without blanks at their ends.
+  std::vector<std::string>
+  screen();  // The lines of the screen, from its top to its bottom, without blanks at their ends.
   std::vector<std::string> everything_shown();  // The lines that scrolled away, then the screen.
 
   std::optional<Ending> wait_for_exit(milliseconds patience);  // Nothing when the command still runs then.
