@@ -144,7 +144,7 @@ inline Outcome walk(const Procedure &procedure, const Kind *kind) {
   if (const Outcome outcome = maintenance.begin(claim.is_taken_over()); outcome != kDone) return outcome;
   Marked marked(server);
   Outcome outcome = marked.begin(claim.is_taken_over());
-  if (outcome == kDone) claim.settle();
+  if (outcome == kDone && marked.has_all_back()) claim.settle();
   if (outcome == kDone && kind == nullptr) outcome = choose_kind(server, procedure, kind);
   if (outcome == kDone) outcome = work_on(server, procedure, *kind);
   if (!maintenance.end()) outcome = kFailed;

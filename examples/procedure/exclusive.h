@@ -8,6 +8,8 @@
 #include <cerrno>
 #include <csignal>
 #include <cstdint>
+#include <fstream>
+#include <iterator>
 #include <string>
 #include <system_error>
 
@@ -51,20 +53,29 @@ class Claim {
 
   // True when the last procedure died on its way, and left things as they were.
   bool is_taken_over() const { return is_taken_over_; }
-  // They are in order.
+  // They are in order. Until then the claim stays, also behind this procedure: the next one takes over.
   void settle() { is_taken_over_ = false; }
 
  private:
   static constexpr char kFile[] = "/tmp/mainte_procedure";
   static constexpr char kRemoval[] = "rm /tmp/mainte_procedure";
 
+  // A process that has ended and was not waited for still has its number. It does nothing any more.
+  static bool is_running(pid_t process) {
+    if (kill(process, 0) != 0 && errno != EPERM) return false;
+    std::ifstream file("/proc/" + std::to_string(process) + "/stat");
+    const std::string text((std::istreambuf_iterator<char>(file)), {});
+    const size_t name_end = text.rfind(") ");
+    const char state = name_end == std::string::npos ? 'R' : text[name_end + 2];
+    return state != 'Z' && state != 'X';
+  }
+
   Outcome take(int32_t fd) {
     char text[257] = {};  // the library reads up to 256 bytes and writes no NUL
     int32_t result = lmainte_get_pinfo(fd, text);
     if (result != LMAINTE_OK) return failed(text_of("The file %s could not be read", kFile), result, kTryAgain);
     const pid_t other = text[0] == '\0' ? 0 : lmainte_get_pid(text);
-    const bool is_alive = other > 0 && other != getpid() && (kill(other, 0) == 0 || errno == EPERM);
-    if (is_alive) {
+    if (other > 0 && other != getpid() && is_running(other)) {
       tell("Another procedure is running: process %d. Let it end, then start again.", static_cast<int>(other));
       advise("If that process is no procedure, remove the file that names it with:", kRemoval);
       return kFailed;

@@ -27,13 +27,16 @@ class Marked {
   Outcome begin(bool has_died) {
     if (!read()) return kFailed;
     if (has_died) {
-      take_back_what_was_left();
+      has_all_back_ = take_back_what_was_left();
       if (!read()) return kFailed;
     }
     for (const lmainte_swap_fru *entry = first(); entry != nullptr; entry = entry->next)
       tell("%s is marked for replacement.", record_of(*entry).name);
     return kDone;
   }
+
+  // False where something that was left could not be taken back.
+  bool has_all_back() const { return has_all_back_; }
 
  private:
   bool read() const {
@@ -42,17 +45,21 @@ class Marked {
     return count >= 0;
   }
 
-  void take_back_what_was_left() const {
+  bool take_back_what_was_left() const {
+    bool all = true;
     for (const lmainte_swap_fru *entry = first(); entry != nullptr; entry = entry->next) {
       const UnitRecord unit = record_of(*entry);
       const Kind *const kind = find_kind([&](const Kind &row) { return row.type == unit.type; });
       Marks marks(server_, unit);
       marks.take_over();
-      if (marks.take_back()) tell("It left %s marked. The marks were taken back.", unit.name);
+      const bool is_back = marks.take_back();
+      if (is_back) tell("It left %s marked. The marks were taken back.", unit.name);
+      all = all && is_back;
       if (kind != nullptr)
         advise(text_of("If %s is out of operation, put it back into operation with:", unit.name),
                procedure_command("add_unit", kind->word));
     }
+    return all;
   }
 
   static const lmainte_swap_fru *first() {
@@ -72,6 +79,7 @@ class Marked {
   }
 
   const Server &server_;
+  bool has_all_back_ = true;
 };
 
 }  // namespace procedure

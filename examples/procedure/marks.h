@@ -33,6 +33,7 @@ class Marks {
 
   // Those of a unit that somebody else has left.
   void take_over() {
+    is_taken_over_ = true;
     has_flag_ = has_led_ = true;
     has_fans_ = is_fan_tray();
   }
@@ -75,7 +76,10 @@ class Marks {
     Results results;
     if (has_fans_) results.fans = lmainte_control_fan(LMAINTE_FAN_LOW, time(LMAINTE_CMD_CTLFAN), nullptr);
     if (has_led_) results.led = lmainte_control_led(LMAINTE_LED_OFF, time(LMAINTE_CMD_CTLLED), &unit_);
-    if (has_flag_) results.flag = lmainte_set_mainteflag(LMAINTE_FLAG_END, time(LMAINTE_CMD_SETMAINTEFLAG), &unit_);
+    // By its flag the next procedure finds what this one could not take back for the one that died.
+    const bool is_rest_back = results.fans == LMAINTE_OK && results.led == LMAINTE_OK;
+    if (has_flag_ && (is_rest_back || !is_taken_over_))
+      results.flag = lmainte_set_mainteflag(LMAINTE_FLAG_END, time(LMAINTE_CMD_SETMAINTEFLAG), &unit_);
     return results;
   }
 
@@ -94,6 +98,7 @@ class Marks {
   const Server &server_;
   UnitRecord unit_;
   bool has_flag_ = false, has_led_ = false, has_fans_ = false;
+  bool is_taken_over_ = false;  // from a procedure that died
 };
 
 }  // namespace procedure
