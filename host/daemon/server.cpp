@@ -1,5 +1,6 @@
 #include "host/daemon/server.h"
 
+#include <fcntl.h>
 #include <sys/socket.h>
 #include <unistd.h>
 
@@ -14,7 +15,8 @@
 namespace monitor {
 namespace {
 
-constexpr std::size_t kMostPeers = 64, kMostWaiting = 64;
+constexpr std::size_t kMostPeers = 64, kMostWaiting = 64, kMostAtOnce = 64;
+constexpr std::chrono::milliseconds kClosedFor{100};
 
 [[noreturn]] void failure(const std::string &what) {
   throw std::system_error(errno, std::generic_category(), what);
@@ -36,10 +38,17 @@ base::Descriptor listener_at(const std::filesystem::path &socket) {
   failure(socket.string());
 }
 
+int open_spare() {
+  return open("/", O_PATH | O_CLOEXEC);
+}
+
 }  // namespace
 
 Server::Server(const box::Place &place)
-    : socket_(place.daemons() / LMAINTE_HOST_MONITOR), listener_(listener_at(socket_)), monitor_(place) {}
+    : socket_(place.daemons() / LMAINTE_HOST_MONITOR),
+      listener_(listener_at(socket_)),
+      spare_(open_spare()),
+      monitor_(place) {}
 
 Server::~Server() {
   for (const Peer &peer : peers_) close(peer.fd);
@@ -50,16 +59,39 @@ Server::~Server() {
 std::vector<pollfd> Server::watched() const {
   std::vector<pollfd> watched;
   for (const Peer &peer : peers_) watched.push_back({peer.fd, POLLIN, 0});
-  if (peers_.size() < kMostPeers) watched.push_back({listener_.get(), POLLIN, 0});
+  if (Clock::now() >= closed_until_) watched.push_back({listener_.get(), POLLIN, 0});
   return watched;
 }
 
+// Whoever finds no room hears of it at once: the connection ends.
 void Server::accept_peers() {
-  int fd = -1;
-  while (peers_.size() < kMostPeers &&
-         (fd = accept4(listener_.get(), nullptr, nullptr, SOCK_NONBLOCK | SOCK_CLOEXEC)) >= 0) {
-    peers_.push_back({fd, {}});
+  for (std::size_t i = 0; i < kMostAtOnce; ++i) {
+    const bool came = peers_.size() < kMostPeers ? admit_one() : turn_one_away();
+    if (came || errno == ECONNABORTED || errno == EINTR) continue;
+    if (errno == EAGAIN) return;
+    const bool no_descriptor = errno == EMFILE || errno == ENFILE;
+    if (no_descriptor && turn_one_away()) continue;
+    if (errno != EAGAIN) closed_until_ = Clock::now() + kClosedFor;
+    return;
   }
+}
+
+// Both: false with errno set where nobody came in.
+bool Server::admit_one() {
+  const int fd = accept4(listener_.get(), nullptr, nullptr, SOCK_NONBLOCK | SOCK_CLOEXEC);
+  if (fd >= 0) peers_.push_back({fd, {}});
+  return fd >= 0;
+}
+
+bool Server::turn_one_away() {
+  spare_.reset();
+  base::Descriptor peer(accept4(listener_.get(), nullptr, nullptr, SOCK_CLOEXEC));
+  const bool came = peer.get() >= 0;
+  peer.reset();
+  const int reason = errno;
+  spare_ = base::Descriptor(open_spare());
+  errno = reason;
+  return came;
 }
 
 bool Server::hear(Peer &peer) {
@@ -84,15 +116,14 @@ bool Server::speak(Peer &peer) {
 }
 
 int Server::milliseconds_left() const {
-  constexpr std::chrono::milliseconds kNever{-1};
-  auto left = kNever;
+  constexpr auto kNever = Clock::time_point::max();
+  const auto now = Clock::now();
+  auto next = closed_until_ > now ? closed_until_ : kNever;
   for (const Peer &peer : peers_) {
-    if (peer.replies.empty()) continue;
-    const auto until = std::chrono::ceil<std::chrono::milliseconds>(peer.replies.front().due - Clock::now());
-    const auto wait = std::max(until, std::chrono::milliseconds(0));
-    if (left == kNever || wait < left) left = wait;
+    if (!peer.replies.empty()) next = std::min(next, peer.replies.front().due);
   }
-  return static_cast<int>(left.count());
+  if (next == kNever) return -1;
+  return static_cast<int>(std::chrono::ceil<std::chrono::milliseconds>(std::max(next, now) - now).count());
 }
 
 void Server::step(const sigset_t &signals) {

@@ -39,14 +39,18 @@ class Server {
 
   std::vector<pollfd> watched() const;
   void accept_peers();
+  bool admit_one();
+  bool turn_one_away();
   bool hear(Peer &peer);  // false: the peer is gone, or is left
   static bool speak(Peer &peer);
   int milliseconds_left() const;
 
   std::filesystem::path socket_;
   base::Descriptor listener_;
+  base::Descriptor spare_;  // given up for a moment where there is no other one to turn a peer away with
   Monitor monitor_;
   std::list<Peer> peers_;
+  Clock::time_point closed_until_{};  // nobody can even be turned away
 };
 
 }  // namespace monitor

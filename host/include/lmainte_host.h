@@ -100,6 +100,9 @@ typedef struct lmainte_host_message {
  * When two commands are in a box and the first one ends, the daemon of the second one takes over. The channels of the second
  * command end then; lcmn_select and lcmn_receive report it (LMAINTE_HOST_ONE_GONE, ECONNRESET). Close the channel and open it
  * anew. For a moment no daemon runs: try again after some milliseconds.
+ *
+ * The daemon has room for 64 channels of all commands in the box, fewer where its descriptors are limited. A channel beyond
+ * that can be opened, and ends at once in the same way. Try again when another channel was closed.
  */
 int32_t lmainte_host_open_channel(const char *daemon);
 

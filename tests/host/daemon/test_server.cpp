@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 #include <poll.h>
 #include <sys/file.h>
+#include <sys/resource.h>
 #include <sys/socket.h>
 #include <sys/syscall.h>
 #include <sys/wait.h>
@@ -10,12 +11,17 @@
 
 #include <array>
 #include <cerrno>
+#include <chrono>
 #include <csignal>
 #include <cstring>
+#include <ctime>
 #include <filesystem>
 #include <iterator>
+#include <optional>
 #include <string>
 #include <system_error>
+#include <thread>
+#include <vector>
 
 #include "host/base/child.h"
 #include "host/base/descriptor.h"
@@ -26,7 +32,7 @@
 #include "host/include/lmainte_host.h"
 #include "include/lmainte.h"
 #include "tests/eventually.h"
-#include "tests/host/box/child.h"
+#include "tests/host/base/child.h"
 #include "tests/host/box/scratch.h"
 
 namespace {
@@ -38,12 +44,14 @@ bool listening_fails = false;
 // A daemon's process.
 class Starting {
  public:
-  explicit Starting(const box::Place &place) {
+  explicit Starting(const box::Place &place, const std::optional<rlim_t> &descriptors = std::nullopt) {
     std::array<int, 2> ends{};
     EXPECT_EQ(pipe(ends.data()), 0);
     const std::string fd = std::to_string(ends[1]), parent = std::to_string(getpid());
     pid_ = fork();
     if (pid_ == 0) {
+      const rlimit limit{descriptors.value_or(0), descriptors.value_or(0)};
+      if (descriptors && setrlimit(RLIMIT_NOFILE, &limit) != 0) _exit(126);
       execl(MONITOR_DAEMON, MONITOR_DAEMON, place.root().c_str(), fd.c_str(), parent.c_str(), nullptr);
       _exit(127);
     }
@@ -62,6 +70,15 @@ class Starting {
       if (character == '\n') return line;
     }
     return "nothing";
+  }
+
+  // Its processor time so far, in milliseconds.
+  std::int64_t worked() const {
+    clockid_t clock{};
+    timespec time{};
+    EXPECT_EQ(clock_getcpuclockid(pid_, &clock), 0);
+    EXPECT_EQ(clock_gettime(clock, &time), 0);
+    return static_cast<std::int64_t>(time.tv_sec) * 1000 + time.tv_nsec / 1'000'000;
   }
 
   int end(int signal = SIGTERM) {
@@ -88,7 +105,10 @@ class Starting {
 // One that is ready when this is there.
 class Process : public Starting {
  public:
-  explicit Process(const box::Place &place) : Starting(place) { EXPECT_EQ(line(), "") << "the daemon did not start"; }
+  explicit Process(const box::Place &place, const std::optional<rlim_t> &descriptors = std::nullopt)
+      : Starting(place, descriptors) {
+    EXPECT_EQ(line(), "") << "the daemon did not start";
+  }
 };
 
 class ServerTest : public testing::Test {
@@ -175,6 +195,44 @@ TEST_F(ServerTest, ADeadDaemonEndsTheConnection) {
   const int again = open();
   ask(again, 2);
   EXPECT_EQ(heard(again), 2);
+}
+
+TEST_F(ServerTest, TurnsAwayWhoeverIsOneTooMany) {
+  const Process daemon(place_);
+  std::vector<int> peers(64);
+  for (int &peer : peers) peer = open();
+  ask(peers.back(), 1);
+  EXPECT_EQ(heard(peers.back()), 1);
+  for (int i = 0; i < 2; ++i) EXPECT_EQ(heard(open()), 0) << "the connection ends";
+  ask(peers.front(), 2);
+  EXPECT_EQ(heard(peers.front()), 2) << "the others stay";
+  shutdown(peers.front(), SHUT_RDWR);
+  ask(peers.back(), 3);
+  EXPECT_EQ(heard(peers.back()), 3);
+  const int next = open();
+  ask(next, 4);
+  EXPECT_EQ(heard(next), 4) << "there is room again";
+}
+
+TEST_F(ServerTest, RestsAtTheLimitOfItsDescriptors) {
+  const Process daemon(place_, 24);
+  int turned_away = 0;
+  std::vector<int> peers;
+  while (turned_away < 3 && peers.size() < 40) {
+    peers.push_back(open());
+    turned_away += heard(peers.back(), 100) == 0 ? 1 : 0;
+  }
+  EXPECT_EQ(turned_away, 3);
+  EXPECT_GT(peers.size(), 10U) << "some found room";
+  const auto before = daemon.worked();
+  std::this_thread::sleep_for(std::chrono::milliseconds(300));
+  EXPECT_LT(daemon.worked() - before, 100) << "milliseconds of 300";
+  for (const int peer : peers) shutdown(peer, SHUT_RDWR);
+  ASSERT_TRUE(eventually([&] {
+    const int fd = open();
+    const lmainte_host_message request{16, 1, LMAINTE_HOST_ASK_STATUS, 5};
+    return send(fd, &request, sizeof request, MSG_NOSIGNAL) == 16 && heard(fd, 1000) == 5;
+  }));
 }
 
 TEST_F(ServerTest, LeavesNoSocketBehind) {
