@@ -5,6 +5,7 @@
 
 #include "host/box/advice.h"
 #include "host/box/hardware.h"
+#include "host/box/own_files.h"
 #include "host/box/program_list.h"
 #include "host/box/trace_ring.h"
 
@@ -100,6 +101,10 @@ std::uint32_t model_of_box(const Place &place) {
   if (!is_box(place)) {
     throw InventoryError(place.root().string() + " is no box. " + advice({"create", place.root(), "--model", "MODEL"}) +
                          " makes one.");
+  }
+  if (const auto link = link_in(place)) {
+    throw InventoryError(link->string() +
+                         " is a link, which may lead out of the box. Put the file or folder itself there.");
   }
   const std::uint32_t model = model_in(place);
   if (model == LMAINTE_MODEL_NONE) {

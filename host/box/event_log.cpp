@@ -25,6 +25,9 @@ struct Record {
 };
 static_assert(sizeof(LogEntry) == 64 && sizeof(Record) == 72 && std::is_trivially_copyable_v<Record>);
 
+// A command in the box may have put something else in the place of the file: no link is followed, and no pipe waited for.
+constexpr int kOwnFile = O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC;
+
 constexpr off_t kRecordSize = sizeof(Record);
 
 // FNV-1a: tells an entry from what a crash left of one.
@@ -60,7 +63,7 @@ bool write_whole(int fd, const Record &record, off_t end) {
 }
 
 bool append_record(const std::filesystem::path &file, const Record &record) {
-  const base::Descriptor log(open(file.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0666));
+  const base::Descriptor log(open(file.c_str(), O_RDWR | O_CREAT | kOwnFile, 0666));
   if (log.get() < 0) return false;
   // Closing the file gives the lock back, and so does dying.
   if (uninterrupted([&] { return flock(log.get(), LOCK_EX); }) != 0) return false;
@@ -82,7 +85,7 @@ bool EventLog::append(const std::filesystem::path &file, const LogEntry &entry) 
 }
 
 std::vector<LogEntry> EventLog::read(const std::filesystem::path &file) {
-  const base::Descriptor log(open(file.c_str(), O_RDONLY | O_CLOEXEC));
+  const base::Descriptor log(open(file.c_str(), O_RDONLY | kOwnFile));
   if (log.get() < 0) {
     if (errno == ENOENT && std::filesystem::is_directory(file.parent_path())) return {};
     throw std::runtime_error("log " + file.string() + ": cannot read it: " + std::strerror(errno));

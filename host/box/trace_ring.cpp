@@ -163,7 +163,7 @@ bool TraceRing::append(std::uint32_t module, std::uint32_t level, std::uint32_t 
 }
 
 std::vector<TraceEntry> TraceRing::read(const std::filesystem::path &file) {
-  const int fd = open(file.c_str(), O_RDONLY | O_CLOEXEC);
+  const int fd = open(file.c_str(), O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC);
   if (fd < 0) throw failure(file, "read it", std::strerror(errno));
   Ring *ring = map_ring(fd, PROT_READ);
   close(fd);

@@ -1,0 +1,18 @@
+#include "host/box/own_files.h"
+
+namespace box {
+
+namespace fs = std::filesystem;
+
+std::optional<fs::path> link_in(const Place &place) {
+  const fs::path databases = place.hardware().parent_path();
+  for (const fs::path &folder : {databases.parent_path(), databases, place.tmp(), place.root() / "mgb/lib"}) {
+    if (fs::is_symlink(fs::symlink_status(folder))) return folder;
+  }
+  for (const fs::directory_entry &entry : fs::recursive_directory_iterator(databases)) {
+    if (entry.is_symlink()) return entry.path();
+  }
+  return std::nullopt;
+}
+
+}  // namespace box
