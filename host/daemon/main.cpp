@@ -1,7 +1,9 @@
-// monitor_daemon DIR FD PARENT: answers the requests that come to the box in this folder, until SIGTERM or until its parent
-// ends. Writes an empty line to the descriptor once requests are answered, by this daemon or by that of another command in
-// the box: then this one waits, and takes over. Where it fails, before that or after, it writes a line that says why.
+// monitor_daemon DIR FD [BOX]: answers the requests that come to the box in this folder, until SIGTERM or until its parent
+// ends. Writes its process id to the descriptor once requests are answered, by this daemon or by that of another command in
+// the box: then this one waits, and takes over. Where it fails, before that or after, it writes a line that says why. BOX is
+// for whoever looks at the processes: in a root of its own every box's folder is "/".
 #include <fcntl.h>
+#include <poll.h>
 #include <sys/file.h>
 #include <sys/prctl.h>
 #include <unistd.h>
@@ -42,10 +44,11 @@ sigset_t prepare_signals() {
   return before;
 }
 
-// A parent that ended before this was said is never heard of again.
-void end_with(pid_t parent) {
+// A parent that ended before this was said is never heard of again, but nobody listens to the descriptor any more.
+void end_with_parent(int ready_fd) {
   prctl(PR_SET_PDEATHSIG, SIGTERM);
-  if (getppid() != parent) asked_to_end = 1;
+  pollfd at{ready_fd, 0, 0};
+  if (poll(&at, 1, 0) == 1 && (at.revents & POLLERR) != 0) asked_to_end = 1;
 }
 
 // Whoever reads the other end of the command's pipes is not to wait for the daemon.
@@ -62,14 +65,14 @@ void say(int fd, const std::string &line) {
 
 void say_ready(int fd) {
   leave_terminal();
-  say(fd, "");
+  say(fd, std::to_string(getpid()));
 }
 
 // One daemon of a box answers at a time. The file stays: to remove it would let two daemons hold two files of its name.
 class Turn {
  public:
   explicit Turn(const box::Place &place)
-      : place_(place), fd_(open((place.daemons() / ".turn").c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0666)) {
+      : place_(place), fd_(open((place.daemons() / ".turn").c_str(), kOwnFile, 0666)) {
     if (fd_.get() < 0) fail();
   }
 
@@ -104,6 +107,7 @@ class Turn {
   }
 
  private:
+  static constexpr int kOwnFile = O_RDWR | O_CREAT | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC;
   static constexpr std::chrono::seconds kPatience{5};
   static constexpr std::chrono::milliseconds kBetweenTries{5};
 
@@ -131,12 +135,12 @@ void serve(const box::Place &place, int ready_fd, const sigset_t &signals) {
 }  // namespace
 
 int main(int argc, char **argv) {
-  if (argc != 4) return 2;
-  const auto ready_fd = base::number_in<int>(argv[2]), parent = base::number_in<int>(argv[3]);
-  if (!ready_fd || !parent) return 2;
+  if (argc != 3 && argc != 4) return 2;
+  const auto ready_fd = base::number_in<int>(argv[2]);
+  if (!ready_fd) return 2;
   try {
     const sigset_t signals = prepare_signals();
-    end_with(*parent);
+    end_with_parent(*ready_fd);
     serve(box::Place(argv[1]), *ready_fd, signals);
     return 0;
   } catch (const std::exception &error) {

@@ -1,6 +1,5 @@
 #include "host/play/leftovers.h"
 
-#include <sys/stat.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -8,9 +7,9 @@
 #include <fstream>
 #include <stdexcept>
 
-#include "host/base/number.h"
 #include "host/box/database.h"
 #include "host/box/hardware.h"
+#include "host/box/inhabitants.h"
 #include "host/box/unit_name.h"
 
 namespace play {
@@ -18,13 +17,6 @@ namespace {
 
 namespace fs = std::filesystem;
 using Sentences = std::vector<std::string>;
-
-bool is_same_folder(const fs::path &one, const fs::path &other) {
-  struct stat first {
-  }, second{};
-  return stat(one.c_str(), &first) == 0 && stat(other.c_str(), &second) == 0 && first.st_dev == second.st_dev &&
-         first.st_ino == second.st_ino;
-}
 
 bool has_argument(const fs::path &process, const std::string &wanted) {
   std::ifstream arguments(process / "cmdline");
@@ -112,12 +104,10 @@ std::string program_of(pid_t process) {
 std::set<pid_t> processes_of(const box::Place &place) {
   const auto folder = fs::absolute(place.root()).string();
   std::set<pid_t> found;
-  for (const auto &entry : fs::directory_iterator("/proc")) {
-    const auto pid = base::number_in<pid_t>(entry.path().filename().native());
-    if (!pid || *pid == getpid()) continue;
-    if (is_same_folder(entry.path() / "root/mgb/db", place.root() / "mgb/db") || has_argument(entry.path(), folder)) {
-      found.insert(*pid);
-    }
+  for (const pid_t process : box::all_processes()) {
+    if (process == getpid()) continue;
+    const bool was_started_for_it = has_argument(fs::path("/proc") / std::to_string(process), folder);
+    if (was_started_for_it || box::is_inside(process, place)) found.insert(process);
   }
   return found;
 }

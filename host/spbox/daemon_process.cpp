@@ -1,31 +1,31 @@
 #include "host/spbox/daemon_process.h"
 
-#include <fcntl.h>
 #include <unistd.h>
 
-#include <array>
-#include <cerrno>
 #include <csignal>
 #include <cstdio>
+#include <exception>
 #include <optional>
-#include <system_error>
+#include <string>
+#include <utility>
+#include <vector>
 
-#include "host/base/child.h"
+#include "host/base/number.h"
+#include "host/base/pipe.h"
+#include "host/spbox/bwrap.h"
+#include "host/spbox/handshake.h"
+#include "host/spbox/text.h"
 
 namespace spbox {
 namespace {
 
-[[noreturn]] void failure(const char *what) {
-  throw std::system_error(errno, std::generic_category(), what);
-}
-
-// The next line that the daemon says; none once it has ended.
-std::optional<std::string> line_from(int fd) {
+// The next line that comes from the daemon; none once bwrap has ended, and the daemon with it.
+std::optional<std::string> line_from(int fd, pid_t bwrap) {
   std::string line;
-  char character = 0;
-  for (ssize_t got = 0; (got = read(fd, &character, 1)) == 1 || (got < 0 && errno == EINTR);) {
-    if (got == 1 && character == '\n') return line;
-    if (got == 1) line += character;
+  while (comes_before_end(fd, bwrap) && read_on(fd, line)) {
+    if (!line.ends_with('\n')) continue;
+    line.pop_back();
+    return line;
   }
   return std::nullopt;
 }
@@ -36,41 +36,36 @@ std::string ending(int status) {
 
 }  // namespace
 
-DaemonProcess::DaemonProcess(const std::filesystem::path &program, const box::Place &place) {
-  std::array<int, 2> ends{};
-  if (pipe2(ends.data(), O_CLOEXEC) != 0) failure("pipe");
-  says_ = base::Descriptor(ends[0]);
-  base::Descriptor told(ends[1]);
-  const base::ArgumentVector words(
-      {program.string(), place.root().string(), std::to_string(told.get()), std::to_string(getpid())});
-  std::fflush(nullptr);
-  pid_ = fork();
-  if (pid_ < 0) failure("fork");
-  if (pid_ == 0) {
-    fcntl(told.get(), F_SETFD, 0);
-    execv(words.program(), words.data());
-    _exit(127);
-  }
-  told.reset();
+DaemonProcess::DaemonProcess(const Visit &visit, Children &children) : children_(children) {
+  base::Pipe pipe;
+  says_ = std::move(pipe.out);
+  const std::vector<std::string> program{kDaemonInside, "/", std::to_string(pipe.in.get()), visit.box.root().string()};
+  bwrap_ = start_in_root(visit, program, pipe.in.get(), [&] {
+    setsid();  // the signals of the operator's terminal are for the command
+    dup2(pipe.in.get(), STDERR_FILENO);
+  });
+  children_.expect(bwrap_);
+  pipe.in.reset();
   await();
 }
 
 void DaemonProcess::await() {
-  const std::optional<std::string> line = line_from(says_.get());
-  ready_ = line == "";
+  const std::optional<std::string> line = line_from(says_.get(), bwrap_);
+  ready_ = base::number_in<pid_t>(line.value_or(""));
   if (ready_) return;
   std::fprintf(stderr,
                "spbox: the box's daemon does not run%s. Requests to it will fail. The command runs without it.\n",
-               line ? (": " + *line).c_str() : "");
+               line ? (": " + printable(*line)).c_str() : "");
 }
 
 DaemonProcess::~DaemonProcess() {
-  kill(pid_, SIGTERM);
   try {
-    const int status = base::exit_status_of(pid_);
+    // The daemon clears away what it has made. bwrap ends with it.
+    if (!children_.has_ended(bwrap_)) kill(ready_.value_or(bwrap_), SIGTERM);
+    const int status = children_.exit_status_of(bwrap_);
     if (!ready_ || status == 0 || status == 128 + SIGTERM) return;
     std::fprintf(stderr, "spbox: the box's daemon ended before the command: %s. Requests to it failed from then on.\n",
-                 line_from(says_.get()).value_or(ending(status)).c_str());
+                 line_from(says_.get(), bwrap_).value_or(ending(status)).c_str());
   } catch (const std::exception &) {
     // Nothing can be told of a child that nobody can wait for.
   }

@@ -1,13 +1,16 @@
 #include "host/spbox/enclosure.h"
 
+#include <fcntl.h>
 #include <sys/file.h>
 #include <unistd.h>
 
 #include <array>
 #include <cerrno>
+#include <exception>
 #include <fstream>
 #include <system_error>
 
+#include "host/box/database.h"
 #include "host/spbox/occupancy.h"
 
 namespace spbox {
@@ -36,7 +39,7 @@ void add(std::vector<std::string> &arguments, std::initializer_list<std::string>
 
 // The workstation's top folders, but for those that the box has of its own.
 void add_workstation(std::vector<std::string> &arguments) {
-  constexpr std::array<std::string_view, 4> kOwn{"mgb", "tmp", "dev", "proc"};
+  constexpr std::array<std::string_view, 5> kOwn{"mgb", "tmp", "dev", "proc", "run"};
   for (const fs::directory_entry &entry : fs::directory_iterator("/")) {
     const std::string name = entry.path().filename();
     bool own = false;
@@ -50,17 +53,61 @@ void add_workstation(std::vector<std::string> &arguments) {
   }
 }
 
+bool is_below(const fs::path &path, const fs::path &folder) {
+  return path.string().starts_with(folder.string() + "/");
+}
+
+// Sockets of the workstation's services are in /run: who can talk to them can let them start something outside. What the
+// command cannot do without is there all the same.
+void add_run(const Visit &visit, std::vector<std::string> &arguments) {
+  add(arguments, {"--tmpfs", "/run"});
+  std::error_code error;
+  std::set<fs::path> shown;
+  for (const fs::path &path : {visit.program.parent_path(), visit.folder, visit.spbox.parent_path()})
+    shown.insert(path);
+  if (visit.network) shown.insert(fs::canonical("/etc/resolv.conf", error));
+  for (const fs::path &path : shown) {
+    const fs::path whole = fs::canonical(path, error);
+    if (!error && is_below(whole, "/run")) add(arguments, {"--ro-bind", whole, whole});
+  }
+}
+
+// The operator's terminal keeps its name; no other one can be reached.
+void add_terminals(std::vector<std::string> &arguments) {
+  constexpr const char *kFolder = "/dev/pts";
+  if (!fs::is_directory(kFolder)) return;
+  add(arguments, {"--tmpfs", kFolder});
+  std::set<fs::path> own;
+  for (const int fd : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
+    std::error_code error;
+    const fs::path name = fs::read_symlink("/proc/self/fd/" + std::to_string(fd), error);
+    if (is_below(name, kFolder) && fs::exists(name, error)) own.insert(name);
+  }
+  for (const fs::path &name : own) add(arguments, {"--dev-bind", name, name});
+}
+
 void add_devices(std::vector<std::string> &arguments) {
   add(arguments, {"--dev", "/dev"});
-  // The operator's terminal keeps its name.
-  if (fs::is_directory("/dev/pts")) add(arguments, {"--dev-bind", "/dev/pts", "/dev/pts"});
+  add_terminals(arguments);
   // LMDB tells processes apart by their ids: the box shares them with the workstation.
   add(arguments, {"--ro-bind", "/proc", "/proc"});
 }
 
+// The files can be written, but nothing can be put in their places: spbox opens them outside, where a link leads elsewhere.
+void add_databases(const fs::path &folder, std::vector<std::string> &arguments) {
+  add(arguments, {"--ro-bind", folder, "/mgb/db"});
+  for (const fs::directory_entry &entry : fs::recursive_directory_iterator(folder)) {
+    if (!fs::is_regular_file(entry.symlink_status())) continue;
+    add(arguments, {"--bind", entry.path(), "/mgb/db" / entry.path().lexically_relative(folder)});
+  }
+}
+
 void add_box(const Visit &visit, std::vector<std::string> &arguments) {
-  add(arguments, {"--bind", visit.box.root() / "mgb", "/mgb", "--tmpfs", "/mgb/lib"});
+  const fs::path mgb = visit.box.root() / "mgb";
+  add(arguments, {"--bind", mgb, "/mgb", "--tmpfs", "/mgb/lib"});
+  if (fs::is_directory(mgb / "db")) add_databases(mgb / "db", arguments);
   add(arguments, {"--ro-bind", visit.control_program, "/mgb/lib/control_program"});
+  add(arguments, {"--ro-bind", visit.daemon, kDaemonInside});
   add(arguments, {"--ro-bind", visit.spbox, kSpboxInside, "--remount-ro", "/mgb/lib"});
   add(arguments, {"--bind", visit.box.tmp(), "/tmp"});
   for (const std::string &name : guests_in_tmp(visit)) add(arguments, {"--ro-bind", "/tmp/" + name, "/tmp/" + name});
@@ -82,35 +129,61 @@ std::set<std::string> guests_in_tmp(const Visit &visit) {
 std::vector<std::string> bwrap_arguments(const Visit &visit) {
   std::vector<std::string> arguments{"bwrap"};
   add_workstation(arguments);
+  add_run(visit, arguments);
   add_devices(arguments);
   add_box(visit, arguments);
   if (!visit.pager) add(arguments, {"--ro-bind", "/dev/null", fs::canonical("/bin/busybox")});
   // Root, too, could mount the workstation's folders anew and write there, had it the right to.
   add(arguments, {"--remount-ro", "/", "--cap-drop", "ALL", "--die-with-parent", "--unsetenv", "SPBOX_ROOT"});
+  add(arguments, {"--unshare-ipc"});
+  if (!visit.network) add(arguments, {"--unshare-net"});
   add(arguments, {"--chdir", seen_inside(visit.folder) ? visit.folder.string() : "/"});
   return arguments;
 }
 
-MountPoints::MountPoints(const box::Place &place)
-    : tmp_(place.tmp()), list_(occupancy_file(place)), fd_(enter(place)) {}
-
-MountPoints::~MountPoints() {
-  // The lock is had only when no other command is in the box.
-  if (flock(fd_, LOCK_EX | LOCK_NB) == 0) remove_all();
-  close(fd_);
+void complete_databases(const box::Place &place) {
+  std::error_code error;
+  for (const fs::directory_entry &folder : fs::directory_iterator(place.hardware().parent_path(), error)) {
+    if (fs::exists(folder.path() / "lock.mdb", error) && fs::exists(folder.path() / "holder", error)) continue;
+    try {
+      const box::Database database(folder.path());
+    } catch (const std::exception &) {
+      // A database that cannot be opened stays as it is, and fails inside as it does here.
+    }
+  }
 }
 
+MountPoints::MountPoints(const box::Place &place) : tmp_(place.tmp()), list_(occupancy_file(place)) {
+  sweep();
+  fd_ = base::Descriptor(enter(place));
+}
+
+MountPoints::~MountPoints() {
+  fd_.reset();
+  sweep();
+}
+
+// The lock is had only when no other command is in the box.
+void MountPoints::sweep() const {
+  const base::Descriptor list(open(list_.c_str(), O_RDWR | O_NOFOLLOW | O_CLOEXEC));
+  if (list.get() < 0 || flock(list.get(), LOCK_EX | LOCK_NB) != 0) return;
+  remove_all();
+  [[maybe_unused]] const int kept_for_the_next_run = ftruncate(list.get(), 0);
+}
+
+// A command that is in the box already may be faster, and put a link there.
 void MountPoints::make(const std::string &name, bool folder) {
+  constexpr int kNewFile = O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC;
   const fs::path path = tmp_ / name;
   std::error_code error;
   if (fs::exists(fs::symlink_status(path, error))) return;
   const std::string line = name + "\n";
-  if (write(fd_, line.data(), line.size()) != static_cast<ssize_t>(line.size())) {
+  if (write(fd_.get(), line.data(), line.size()) != static_cast<ssize_t>(line.size())) {
     throw std::system_error(errno, std::generic_category(), list_.string());
   }
   if (folder) {
     fs::create_directory(path);
-  } else if (!std::ofstream(path)) {
+  } else if (const base::Descriptor file(open(path.c_str(), kNewFile, 0666)); file.get() < 0) {
     throw std::system_error(errno, std::generic_category(), path.string());
   }
 }
@@ -123,7 +196,6 @@ void MountPoints::remove_all() const {
     const fs::path path = tmp_ / name;
     if (fs::is_empty(path, error) && !error) fs::remove(path, error);
   }
-  [[maybe_unused]] const int kept_for_the_next_run = ftruncate(fd_, 0);
 }
 
 }  // namespace spbox

@@ -6,6 +6,7 @@
 #include <string>
 #include <vector>
 
+#include "host/base/descriptor.h"
 #include "host/box/place.h"
 
 namespace spbox {
@@ -15,22 +16,29 @@ struct Visit {
   box::Place box;
   std::filesystem::path spbox;            // this program
   std::filesystem::path control_program;  // mounted where the control programs' names lead
+  std::filesystem::path daemon;           // mounted beside it
   std::filesystem::path program;          // the command's program, as far as it is found
   std::filesystem::path folder;           // the working folder
   bool pager = true;                      // false: the pager cannot be run
+  bool network = false;                   // true: the workstation's
 };
 
 // The workstation's own things in /tmp that the command must see: what holds the program, the working folder or spbox.
 std::set<std::string> guests_in_tmp(const Visit &visit);
 
-// The arguments of bwrap up to the command that it is to start.
+// The arguments of bwrap that make the root.
 std::vector<std::string> bwrap_arguments(const Visit &visit);
 
-// Where spbox itself can be started inside the root.
+// Makes the lock files of databases that have none, in a box that was copied without them: nobody makes them in the root.
+void complete_databases(const box::Place &place);
+
+// Where spbox itself and the daemon can be started inside the root.
 inline constexpr const char *kSpboxInside = "/mgb/lib/spbox";
+inline constexpr const char *kDaemonInside = "/mgb/lib/monitor_daemon";
 
 // The empty files and folders in the box's tmp folder on which the workstation's things are mounted. Those that had to
-// be made are removed by the last command that leaves the box. As long as they are there, a command is in the box.
+// be made are removed by the last command that leaves the box or, where that one was killed, by the next one that enters it.
+// As long as they are there, a command is in the box.
 class MountPoints {
  public:
   explicit MountPoints(const box::Place &place);  // throws
@@ -41,11 +49,12 @@ class MountPoints {
   void make(const std::string &name, bool folder);  // throws
 
  private:
+  void sweep() const;
   void remove_all() const;
 
   std::filesystem::path tmp_;
   std::filesystem::path list_;
-  int fd_;
+  base::Descriptor fd_;
 };
 
 }  // namespace spbox

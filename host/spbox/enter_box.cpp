@@ -9,6 +9,7 @@
 
 #include "host/base/number.h"
 #include "host/spbox/handshake.h"
+#include "host/spbox/own_signals.h"
 #include "host/spbox/signals.h"
 #include "host/spbox/text.h"
 #include "host/spbox/verb.h"
@@ -47,6 +48,7 @@ int enter_box(int argc, char **argv) {
   if (!restore_signals(argv[1])) return refuse();
   announce_to(*fd);
   close(*fd);
+  keep_signals_among_own();
   sigprocmask(SIG_SETMASK, &before, nullptr);
   char **command = argv + 2;
   execvp(command[0], command);

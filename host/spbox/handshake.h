@@ -7,12 +7,21 @@
 
 #include <sys/types.h>
 
+#include <string>
+
 namespace spbox {
+
+// Waits until there is something to read, or the end. False when this child has ended and left nothing: nothing more comes,
+// whoever holds the other end still.
+bool comes_before_end(int fd, pid_t child);
+
+// Adds a character that has come to the text. False when the other end is closed.
+bool read_on(int fd, std::string &text);
 
 // Inside: tells this process's id, and waits until spbox has closed its end.
 void announce_to(int fd);
 
-// Outside: the process id that comes; 0 when the command never got there.
-pid_t announced_on(int fd);
+// Outside: the process id that comes; 0 when the command never got there. `bwrap` is the child that brings it there.
+pid_t announced_on(int fd, pid_t bwrap);
 
 }  // namespace spbox

@@ -4,10 +4,13 @@
 #include <string>
 #include <vector>
 
+#include "host/spbox/children.h"
+#include "host/spbox/enclosure.h"
+
 namespace spbox {
 
-// Starts bwrap with these arguments as a child, and the command in the root that it makes. Returns the command's exit
-// status. Throws where it was not run.
-int visit(std::vector<std::string> bwrap, const std::vector<std::string> &command);
+// Starts the command in a root of its own. Returns its exit status. What it started is ended with it where it was cut off,
+// and stays where it has ended by itself. Throws where it was not run.
+int run_in_root(const Visit &visit, const std::vector<std::string> &command, Children &children);
 
 }  // namespace spbox

@@ -32,7 +32,7 @@
 #include "host/include/lmainte_host.h"
 #include "include/lmainte.h"
 #include "tests/eventually.h"
-#include "tests/host/base/child.h"
+#include "tests/host/box/child.h"
 #include "tests/host/box/scratch.h"
 
 namespace {
@@ -47,12 +47,12 @@ class Starting {
   explicit Starting(const box::Place &place, const std::optional<rlim_t> &descriptors = std::nullopt) {
     std::array<int, 2> ends{};
     EXPECT_EQ(pipe(ends.data()), 0);
-    const std::string fd = std::to_string(ends[1]), parent = std::to_string(getpid());
+    const std::string fd = std::to_string(ends[1]);
     pid_ = fork();
     if (pid_ == 0) {
       const rlimit limit{descriptors.value_or(0), descriptors.value_or(0)};
       if (descriptors && setrlimit(RLIMIT_NOFILE, &limit) != 0) _exit(126);
-      execl(MONITOR_DAEMON, MONITOR_DAEMON, place.root().c_str(), fd.c_str(), parent.c_str(), nullptr);
+      execl(MONITOR_DAEMON, MONITOR_DAEMON, place.root().c_str(), fd.c_str(), nullptr);
       _exit(127);
     }
     close(ends[1]);
@@ -62,7 +62,7 @@ class Starting {
   Starting(const Starting &) = delete;
   Starting &operator=(const Starting &) = delete;
 
-  // The next line that it says, which is empty when it is ready; "nothing" where none comes in time, or at its end.
+  // The next line that it says; "nothing" where none comes in time, or at its end.
   std::string line(int limit = kPatience) const {
     std::string line;
     pollfd at{says_.get(), POLLIN, 0};
@@ -71,6 +71,9 @@ class Starting {
     }
     return "nothing";
   }
+
+  // What it says when it is ready.
+  std::string ready_line() const { return std::to_string(pid_); }
 
   // Its processor time so far, in milliseconds.
   std::int64_t worked() const {
@@ -107,7 +110,7 @@ class Process : public Starting {
  public:
   explicit Process(const box::Place &place, const std::optional<rlim_t> &descriptors = std::nullopt)
       : Starting(place, descriptors) {
-    EXPECT_EQ(line(), "") << "the daemon did not start";
+    EXPECT_EQ(line(), ready_line()) << "the daemon did not start";
   }
 };
 
@@ -309,7 +312,7 @@ TEST_F(ServerTest, ASecondOneIsReadyWhenTheFirstListens) {
   const Starting second(place_);
   EXPECT_EQ(second.line(200), "nothing") << "it has its turn and does not listen yet";
   first.listens();
-  EXPECT_EQ(second.line(), "");
+  EXPECT_EQ(second.line(), second.ready_line());
 }
 
 TEST_F(ServerTest, ASecondOneIsTheFirstWhenThatOneWasEndingAlready) {
@@ -317,7 +320,7 @@ TEST_F(ServerTest, ASecondOneIsTheFirstWhenThatOneWasEndingAlready) {
   const Starting second(place_);
   EXPECT_EQ(second.line(200), "nothing") << "it listens no more";
   first.ends();
-  EXPECT_EQ(second.line(), "");
+  EXPECT_EQ(second.line(), second.ready_line());
   const int fd = open();
   ask(fd, 6);
   EXPECT_EQ(heard(fd), 6);
@@ -334,7 +337,7 @@ TEST_F(ServerTest, AWaitingOneThatFailsAtItsTurnSaysWhy) {
   Other first(place_);
   first.listens();
   Starting second(place_);
-  EXPECT_EQ(second.line(), "");
+  EXPECT_EQ(second.line(), second.ready_line());
   std::filesystem::remove(place_.daemons() / "monitor");
   std::filesystem::create_directories(place_.daemons() / "monitor/full");
   first.ends();
@@ -356,6 +359,17 @@ TEST_F(ServerTest, OneThatCannotListenLeavesNothing) {
   listening_fails = false;
   EXPECT_EQ(open_ones(), before);
   EXPECT_FALSE(std::filesystem::exists(place_.daemons() / "monitor"));
+}
+
+// A command in the box put it there.
+TEST_F(ServerTest, TakesNoTurnBehindALink) {
+  std::filesystem::create_directories(place_.daemons());
+  std::filesystem::create_symlink(scratch_ / "elsewhere", place_.daemons() / ".turn");
+  Starting daemon(place_);
+  const std::string why = daemon.line();
+  EXPECT_NE(why.find(".turn: Too many levels of symbolic links"), std::string::npos) << why;
+  EXPECT_EQ(WEXITSTATUS(daemon.ended()), 1);
+  EXPECT_FALSE(std::filesystem::exists(scratch_ / "elsewhere"));
 }
 
 TEST_F(ServerTest, AWaitingOneEndsToo) {

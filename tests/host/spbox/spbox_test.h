@@ -25,6 +25,7 @@ class SpboxTest : public testing::Test {
   std::string refused(const Words &words) const;
   // A command in the box.
   Done in_box(const Words &command) const;
+  Done shell(const std::string &line) const { return in_box({"sh", "-c", line}); }
 
   // A file in that folder.
   void write(const std::string &name, const std::string &text) const;

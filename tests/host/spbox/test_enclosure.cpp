@@ -15,6 +15,7 @@ spbox::Visit visit(const fs::path &program, const fs::path &folder) {
   return {.box = box::Place("/srv/box"),
           .spbox = "/usr/bin/spbox",
           .control_program = "/usr/bin/control_program",
+          .daemon = "/usr/bin/monitor_daemon",
           .program = program,
           .folder = folder};
 }
@@ -98,8 +99,15 @@ TEST_F(Mounts, StayWhereTheyWereBefore) {
 TEST_F(Mounts, LeftByAKilledRunGoWithTheNext) {
   fs::create_directory(place_.tmp() / "stale");
   std::ofstream(place_.root() / "mgb/lib/mount_points") << "stale\n";
-  { spbox::MountPoints next(place_); }
-  EXPECT_FALSE(there("stale"));
+  const spbox::MountPoints next(place_);
+  EXPECT_FALSE(there("stale")) << "before its command begins";
+}
+
+TEST_F(Mounts, AreNotMadeBehindALink) {
+  spbox::MountPoints points(place_);
+  fs::create_symlink(scratch_ / "elsewhere", place_.tmp() / "program");
+  points.make("program", false);
+  EXPECT_FALSE(fs::exists(scratch_ / "elsewhere"));
 }
 
 TEST_F(Mounts, ThatHoldSomethingStay) {

@@ -1,0 +1,45 @@
+#include "host/spbox/bwrap.h"
+
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstdio>
+#include <cstring>
+#include <system_error>
+
+#include "host/base/child.h"
+#include "host/base/descriptor.h"
+#include "host/spbox/call_filter.h"
+#include "host/spbox/verb.h"
+
+namespace spbox {
+namespace {
+
+[[noreturn]] void become(const base::ArgumentVector &words) {
+  execvp(words.program(), words.data());
+  // NOLINTNEXTLINE(concurrency-mt-unsafe): one thread
+  std::fprintf(stderr, "spbox: bwrap cannot be run: %s.\n", std::strerror(errno));
+  std::fflush(nullptr);
+  _exit(kFailure);
+}
+
+}  // namespace
+
+pid_t start_in_root(const Visit &visit, const std::vector<std::string> &program, int passed,
+                    const std::function<void()> &in_child) {
+  const base::Descriptor filter = call_filter();
+  std::vector<std::string> arguments = bwrap_arguments(visit);
+  arguments.insert(arguments.end(), {"--seccomp", std::to_string(filter.get()), "--"});
+  arguments.insert(arguments.end(), program.begin(), program.end());
+  const base::ArgumentVector words(std::move(arguments));
+  std::fflush(nullptr);
+  const pid_t child = fork();
+  if (child < 0) throw std::system_error(errno, std::generic_category(), "fork");
+  if (child > 0) return child;
+  for (const int fd : {filter.get(), passed}) fcntl(fd, F_SETFD, 0);
+  in_child();
+  become(words);
+}
+
+}  // namespace spbox

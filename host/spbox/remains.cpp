@@ -1,0 +1,119 @@
+#include "host/spbox/remains.h"
+
+#include <poll.h>
+#include <sys/syscall.h>
+#include <unistd.h>
+
+#include <chrono>
+#include <csignal>
+#include <cstdlib>
+#include <ctime>
+#include <exception>
+#include <filesystem>
+#include <optional>
+#include <set>
+#include <string>
+
+#include "host/base/descriptor.h"
+#include "host/base/number.h"
+#include "host/box/inhabitants.h"
+#include "host/box/trace_ring.h"
+#include "host/spbox/signals.h"
+#include "trace_events/dialogue.h"
+#include "trace_events/frame.h"
+
+namespace spbox {
+namespace {
+
+namespace fs = std::filesystem;
+using std::chrono::nanoseconds;
+
+constexpr nanoseconds kAtItsStart = std::chrono::seconds(10);  // on a machine that is very busy
+
+// The child of which a record tells: each of the library's children is recorded, by its parent or by itself.
+std::optional<pid_t> child_in(const box::TraceEntry &entry) {
+  constexpr struct {
+    std::uint32_t event, word;
+  } kRows[] = {
+      {trace_events::kEventBase + trace_events::Exec::kStarted, 3},
+      {trace_events::kEventBase + trace_events::DotStart::kChild, 2},
+      {trace_events::kEventBase + trace_events::ShowFile::kChildRuns, 0},
+  };
+  for (const auto &row : kRows) {
+    if (entry.event == row.event && row.word < entry.word_count) return static_cast<pid_t>(entry.words.at(row.word));
+  }
+  return std::nullopt;
+}
+
+nanoseconds time_of(clockid_t clock) {
+  timespec time{};
+  clock_gettime(clock, &time);
+  return std::chrono::seconds(time.tv_sec) + nanoseconds(time.tv_nsec);
+}
+
+// By the clock of the trace.
+nanoseconds started_at(const box::ProcessState &state) {
+  const auto ticks = static_cast<std::uint64_t>(sysconf(_SC_CLK_TCK));
+  const nanoseconds since_boot(static_cast<std::int64_t>(state.start * (1'000'000'000 / ticks)));
+  return time_of(CLOCK_REALTIME) - time_of(CLOCK_BOOTTIME) + since_boot;
+}
+
+// A record that is older or younger is of another process that had this number.
+bool is_of_its_start(const box::TraceEntry &entry, const box::ProcessState &state) {
+  return std::chrono::abs(nanoseconds(entry.time_ns) - started_at(state)) < kAtItsStart;
+}
+
+// What has its number when it is ended is still what was looked at.
+void end(pid_t process, const box::Place &place) {
+  constexpr int kPatience = 1000;  // milliseconds
+  const base::Descriptor handle(static_cast<int>(syscall(SYS_pidfd_open, process, 0)));
+  if (handle.get() < 0 || !box::is_inside(process, place)) return;
+  syscall(SYS_pidfd_send_signal, handle.get(), SIGKILL, nullptr, 0);
+  pollfd ended{handle.get(), POLLIN, 0};
+  poll(&ended, 1, kPatience);
+}
+
+void end_lost_children(const box::Place &place) {
+  const std::set<pid_t> inside = box::inhabitants(place);
+  std::set<pid_t> alone;
+  for (const pid_t process : inside) {
+    const auto state = box::state_of(process);
+    if (state && !inside.contains(state->parent)) alone.insert(process);
+  }
+  if (alone.empty()) return;
+  for (const box::TraceEntry &entry : box::TraceRing::read(place.trace())) {
+    const auto child = child_in(entry);
+    if (!child || !alone.contains(*child)) continue;
+    const auto state = box::state_of(*child);
+    if (state && is_of_its_start(entry, *state)) end(*child, place);
+  }
+}
+
+void remove_list_files(const box::Place &place) {
+  const std::string name = "mainte_fru_list.";
+  std::error_code error;
+  for (const fs::directory_entry &entry : fs::directory_iterator(place.tmp(), error)) {
+    const std::string file = entry.path().filename();
+    if (!file.starts_with(name) || !fs::is_regular_file(entry.symlink_status(error))) continue;
+    const auto owner = base::number_in<pid_t>(file.substr(name.size()));
+    if (owner && !box::is_inside(*owner, place)) fs::remove(entry.path(), error);
+  }
+}
+
+}  // namespace
+
+bool was_cut_off(int exit_status) {
+  const sigset_t told_to_end = ending_signals();
+  return exit_status > 128 && exit_status < 128 + NSIG && sigismember(&told_to_end, exit_status - 128) == 0;
+}
+
+void clear_up_behind_the_dead(const box::Place &place) {
+  try {
+    end_lost_children(place);
+    remove_list_files(place);
+  } catch (const std::exception &) {
+    // A box whose trace cannot be read does not tell what is left.
+  }
+}
+
+}  // namespace spbox

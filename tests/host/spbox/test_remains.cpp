@@ -1,0 +1,99 @@
+// What a command that was killed leaves in its box, and who takes it away.
+#include <unistd.h>
+
+#include <array>
+#include <csignal>
+#include <fstream>
+
+#include "host/box/inhabitants.h"
+#include "host/box/trace_ring.h"
+#include "host/terminal/helper.h"
+#include "tests/eventually.h"
+#include "tests/host/spbox/spbox_test.h"
+
+namespace {
+
+namespace fs = std::filesystem;
+
+constexpr std::uint32_t kStarted = 0x110C0024, kIndicator = 0x110C0372, kPagerRuns = 0x110C02E2;
+
+class Remains : public SpboxTest {
+ protected:
+  void SetUp() override { make_box("qa"); }
+  void TearDown() override {
+    for (const pid_t process : box::inhabitants(place())) kill(process, SIGKILL);
+  }
+
+  // A process that its command has left behind.
+  pid_t left_behind() const { return std::stoi(shell("sleep 100 >/dev/null 2>&1 & echo $!").output); }
+  bool is_there(pid_t process) const { return box::is_inside(process, place()); }
+  void record(std::uint32_t event, const std::array<std::uint32_t, 4> &words) const {
+    box::TraceRing ring;
+    ASSERT_TRUE(ring.map(place().trace().c_str()));
+    ring.append(7, 0x8001, 15, event, words.data(), 4);
+  }
+};
+
+TEST_F(Remains, AKilledCommandTakesAlongWhatItStarted) {
+  for (const char *const signal : {"KILL", "SEGV"}) {
+    const Done result =
+        shell("sleep 100 >/dev/null 2>&1 & setsid sh -c 'sleep 100 & sleep 100' >/dev/null 2>&1 & kill -" +
+              std::string(signal) + " $$");
+    EXPECT_GT(result.exit_status, 128);
+    EXPECT_TRUE(box::inhabitants(place()).empty()) << signal;
+  }
+}
+
+TEST_F(Remains, ACommandThatEndsByItselfMayLeaveWhatItLikes) {
+  for (const char *const end : {"exit 0", "exit 7", "kill -TERM $$", "kill -INT $$"}) {
+    const Done result = shell("sleep 100 >/dev/null 2>&1 & echo $!; " + std::string(end));
+    const pid_t left = std::stoi(result.output);
+    EXPECT_TRUE(is_there(left)) << end;
+    kill(left, SIGKILL);
+  }
+}
+
+TEST_F(Remains, AKilledCommandsListFileIsRemovedWithIt) {
+  EXPECT_EQ(shell("echo a list >/tmp/mainte_fru_list.$$; kill -KILL $$").exit_status, 137);
+  EXPECT_EQ(shell("ls /tmp | grep fru_list").output, "");
+}
+
+TEST_F(Remains, TheNextCommandRemovesTheListFilesOfTheDead) {
+  const pid_t alive = left_behind();
+  for (const std::string &name :
+       {std::string("mainte_fru_list.999999999"), std::string("mainte_fru_list.") + std::to_string(getpid()),
+        "mainte_fru_list." + std::to_string(alive), std::string("mainte_fru_list.x"),
+        std::string("another_list.999999999")}) {
+    std::ofstream(place().tmp() / name) << "a list\n";
+  }
+  fs::create_symlink("mainte_fru_list.x", place().tmp() / "mainte_fru_list.999999998");
+  EXPECT_EQ(shell("cd /tmp; ls *_list.*").output, "another_list.999999999\nmainte_fru_list." + std::to_string(alive) +
+                                                      "\nmainte_fru_list.999999998\nmainte_fru_list.x\n");
+}
+
+TEST_F(Remains, TheNextCommandEndsTheLibrarysChildrenWhoseParentsDied) {
+  const pid_t program = left_behind(), indicator = left_behind(), pager = left_behind(), other = left_behind();
+  record(kStarted, {999999999, 1, 10, static_cast<std::uint32_t>(program)});
+  record(kIndicator, {999999999, 1, static_cast<std::uint32_t>(indicator), 0});
+  record(kPagerRuns, {static_cast<std::uint32_t>(pager), 1, 0, 0});
+  shell("true");
+  EXPECT_FALSE(is_there(program));
+  EXPECT_FALSE(is_there(indicator));
+  EXPECT_FALSE(is_there(pager));
+  EXPECT_TRUE(is_there(other)) << "of this one the library knows nothing";
+}
+
+TEST_F(Remains, AChildWhoseParentWorksOnStays) {
+  terminal::Helper busy({"/usr/bin/env", "-C", scratch_.path(), SPBOX, "run", "box", "--", "sh", "-c",
+                         "sleep 100 & echo $! >/tmp/child; mv /tmp/child /tmp/ready; wait; true"});
+  ASSERT_TRUE(eventually([&] { return fs::exists(place().tmp() / "ready"); }));
+  pid_t child = 0;
+  std::ifstream(place().tmp() / "ready") >> child;
+  record(kStarted, {999999999, 1, 10, static_cast<std::uint32_t>(child)});
+  shell("true");
+  EXPECT_TRUE(is_there(child));
+  kill(child, SIGKILL);
+  EXPECT_EQ(busy.wait(), 0);
+}
+
+}  // namespace
