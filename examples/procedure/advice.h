@@ -35,7 +35,7 @@ inline std::string as_typed(const std::string &command) {
   const char *const way = std::getenv(LMAINTE_HOST_RUN);
   if (way == nullptr || *way == '\0') return lines(command);
   const std::string both = way + (" " + command);
-  if (both.size() + 2 <= kColumns) return "  " + both;
+  if (both.size() + 2 <= kColumns) return "  " + shown(both);
   return lines(way) + kGoesOn + "\n" + lines("  " + command);
 }
 

@@ -7,6 +7,8 @@
 #include <string>
 #include <string_view>
 
+#include "../shown.h"
+
 namespace procedure {
 
 inline constexpr size_t kColumns = 80;
@@ -26,10 +28,12 @@ inline std::string formatted(const char *format, std::va_list values) {
   return text;
 }
 
-// A line, broken at its blanks where it is too long. Each part but the last ends with `end`, each but the first begins
+// A line as it is shown, broken at its blanks where it is too long. Each part but the last ends with `end`, each but the first begins
 // with `begin`. A word that is longer than a line stays whole.
 inline std::string folded(std::string_view line, size_t columns, std::string_view end = "",
                           std::string_view begin = "") {
+  const std::string text = shown(line);
+  line = text;
   std::string result;
   size_t used = 0;
   for (bool is_first = true;; is_first = false) {

@@ -1,12 +1,13 @@
 #include "host/play/narrator.h"
 
+#include "host/base/shown.h"
 #include "host/play/text.h"
 
 namespace play {
 
 void Narrator::happens(const std::string &sentence) {
   remarks(sentence);
-  picture_.note(sentence);
+  picture_.note(base::shown(sentence));
 }
 
 void Narrator::remarks(const std::string &sentence) {
@@ -15,16 +16,17 @@ void Narrator::remarks(const std::string &sentence) {
 
 void Narrator::happens(const std::string &sentence, const std::string &output) {
   remarks(sentence, output);
-  picture_.note(sentence);
+  picture_.note(base::shown(sentence));
 }
 
 void Narrator::remarks(const std::string &sentence, const std::string &output) {
-  transcript_.print(sentence + "\n" + indented(output) + "\n");
+  transcript_.print(base::shown(sentence) + "\n" + indented(output) + "\n");
 }
 
 void Narrator::shows(const std::string &caption, const std::vector<std::string> &rows, terminal::Size size) {
-  transcript_.print(framed(rows, caption) + "\n");
-  picture_.add(caption, rows, size);
+  const std::string line = base::shown(caption);
+  transcript_.print(framed(rows, line) + "\n");
+  picture_.add(line, rows, size);
 }
 
 }  // namespace play

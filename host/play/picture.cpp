@@ -5,6 +5,8 @@
 #include <cstdio>
 #include <set>
 
+#include "host/base/shown.h"
+
 namespace play {
 namespace {
 
@@ -24,29 +26,13 @@ std::string format(const char *form, Values... values) {
   return text.data();
 }
 
-// The bytes of the character at the front, 0 where they are no UTF-8.
-std::size_t character_size(std::string_view text) {
-  const auto first = static_cast<unsigned char>(text[0]);
-  const std::size_t size = first < 0x80   ? 1
-                           : first < 0xC2 ? 0
-                           : first < 0xE0 ? 2
-                           : first < 0xF0 ? 3
-                           : first < 0xF5 ? 4
-                                          : 0;
-  if (size == 0 || size > text.size()) return 0;
-  for (std::size_t i = 1; i < size; ++i) {
-    if ((static_cast<unsigned char>(text[i]) & 0xC0) != 0x80) return 0;
-  }
-  return size;
-}
-
 // What XML cannot hold becomes a question mark.
 std::string xml(std::string_view text) {
   std::string result;
   while (!text.empty()) {
-    const auto size = character_size(text);
+    const auto size = base::character_size(text);
     const char c = text[0];
-    if (size == 0 || (c >= 0 && c < ' ') || c == '\177')
+    if (size == 0 || text.starts_with("\xef\xbf\xbe") || text.starts_with("\xef\xbf\xbf"))
       result += '?';
     else if (c == '&')
       result += "&amp;";
@@ -65,7 +51,7 @@ std::string xml(std::string_view text) {
 
 std::size_t length(std::string_view text) {
   std::size_t characters = 0;
-  for (; !text.empty(); ++characters) text.remove_prefix(std::max<std::size_t>(character_size(text), 1));
+  for (; !text.empty(); ++characters) text.remove_prefix(std::max<std::size_t>(base::character_size(text), 1));
   return characters;
 }
 
@@ -84,7 +70,7 @@ std::string shortened(const std::string &text, std::size_t longest) {
   if (length(text) <= longest) return text;
   std::size_t end = 0;
   for (std::size_t i = 0; i + 3 < longest; ++i) {
-    end += std::max<std::size_t>(character_size(std::string_view(text).substr(end)), 1);
+    end += std::max<std::size_t>(base::character_size(std::string_view(text).substr(end)), 1);
   }
   return text.substr(0, end) + "...";
 }

@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <sstream>
 
+#include "host/base/shown.h"
+
 namespace play {
 namespace {
 
@@ -11,7 +13,7 @@ std::string name_of_key(char key) {
   if (key == '\033') return "Escape";
   if (key == ' ') return "Space";
   if (key == '\177') return "Backspace";
-  return std::string("Ctrl-") + static_cast<char>(key + '@');
+  return key >= 0 ? std::string("Ctrl-") + static_cast<char>(key + '@') : base::escape_of(key);
 }
 
 }  // namespace
@@ -26,15 +28,16 @@ std::string indented(const std::string &text) {
 std::string describe_keys(std::string_view keys) {
   std::string text;
   bool in_quotes = false;
-  for (const char key : keys) {
-    const bool printable = key > ' ' && key < '\177';
-    if (printable && in_quotes) {
-      text.insert(text.size() - 1, 1, key);
-      continue;
+  while (!keys.empty()) {
+    const std::size_t size = std::max<std::size_t>(base::character_size(keys), 1);
+    const std::string name = keys[0] == ' ' || base::character_size(keys) == 0 ? name_of_key(keys[0]) : "";
+    if (name.empty() && in_quotes) {
+      text.insert(text.size() - 1, keys.substr(0, size));
+    } else {
+      text += (text.empty() ? "" : ", ") + (name.empty() ? "\"" + std::string(keys.substr(0, size)) + "\"" : name);
+      in_quotes = name.empty();
     }
-    if (!text.empty()) text += ", ";
-    text += printable ? std::string("\"") + key + "\"" : name_of_key(key);
-    in_quotes = printable;
+    keys.remove_prefix(size);
   }
   return text;
 }

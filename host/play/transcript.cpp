@@ -3,6 +3,8 @@
 #include <cerrno>
 #include <system_error>
 
+#include "host/base/shown.h"
+
 namespace play {
 namespace {
 
@@ -19,12 +21,12 @@ void Transcript::keep_in(const std::filesystem::path &file) {
 }
 
 void Transcript::print(std::string_view text) {
-  out_ << text << std::flush;
+  out_ << base::shown_lines(text) << std::flush;
   keep(text);
 }
 
 void Transcript::keep(std::string_view text) {
-  if (is_kept() && !(file_ << text << std::flush)) cannot_write(path_);
+  if (is_kept() && !(file_ << base::shown_lines(text) << std::flush)) cannot_write(path_);
 }
 
 }  // namespace play

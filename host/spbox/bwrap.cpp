@@ -11,6 +11,7 @@
 #include "host/base/child.h"
 #include "host/base/descriptor.h"
 #include "host/spbox/call_filter.h"
+#include "host/spbox/standard_output.h"
 #include "host/spbox/verb.h"
 
 namespace spbox {
@@ -19,7 +20,7 @@ namespace {
 [[noreturn]] void become(const base::ArgumentVector &words) {
   execvp(words.program(), words.data());
   // NOLINTNEXTLINE(concurrency-mt-unsafe): one thread
-  std::fprintf(stderr, "spbox: bwrap cannot be run: %s.\n", std::strerror(errno));
+  complain(std::string("bwrap cannot be run: ") + std::strerror(errno) + ".");
   std::fflush(nullptr);
   _exit(kFailure);
 }

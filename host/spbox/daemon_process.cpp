@@ -3,7 +3,6 @@
 #include <unistd.h>
 
 #include <csignal>
-#include <cstdio>
 #include <exception>
 #include <optional>
 #include <string>
@@ -14,7 +13,7 @@
 #include "host/base/pipe.h"
 #include "host/spbox/bwrap.h"
 #include "host/spbox/handshake.h"
-#include "host/spbox/text.h"
+#include "host/spbox/standard_output.h"
 
 namespace spbox {
 namespace {
@@ -53,9 +52,8 @@ void DaemonProcess::await() {
   const std::optional<std::string> line = line_from(says_.get(), bwrap_);
   ready_ = base::number_in<pid_t>(line.value_or(""));
   if (ready_) return;
-  std::fprintf(stderr,
-               "spbox: the box's daemon does not run%s. Requests to it will fail. The command runs without it.\n",
-               line ? (": " + printable(*line)).c_str() : "");
+  complain("the box's daemon does not run" + (line ? ": " + *line : "") +
+           ". Requests to it will fail. The command runs without it.");
 }
 
 DaemonProcess::~DaemonProcess() {
@@ -64,8 +62,8 @@ DaemonProcess::~DaemonProcess() {
     if (!children_.has_ended(bwrap_)) kill(ready_.value_or(bwrap_), SIGTERM);
     const int status = children_.exit_status_of(bwrap_);
     if (!ready_ || status == 0 || status == 128 + SIGTERM) return;
-    std::fprintf(stderr, "spbox: the box's daemon ended before the command: %s. Requests to it failed from then on.\n",
-                 line_from(says_.get(), bwrap_).value_or(ending(status)).c_str());
+    complain("the box's daemon ended before the command: " + line_from(says_.get(), bwrap_).value_or(ending(status)) +
+             ". Requests to it failed from then on.");
   } catch (const std::exception &) {
     // Nothing can be told of a child that nobody can wait for.
   }

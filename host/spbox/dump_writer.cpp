@@ -2,6 +2,7 @@
 #include <bit>
 #include <set>
 
+#include "host/base/shown.h"
 #include "host/box/breakage.h"
 #include "host/box/inventory_kinds.h"
 #include "host/box/partitions.h"
@@ -32,8 +33,7 @@ std::string word(const std::string &text) {
     if (c >= ' ' && c <= '~') {
       quoted += c;
     } else {
-      const auto byte = static_cast<unsigned char>(c);
-      quoted += {'\\', 'x', kDigits[byte >> 4], kDigits[byte & 15]};
+      quoted += base::escape_of(c);
     }
   }
   return quoted + "\"";

@@ -3,7 +3,6 @@
 #include <unistd.h>
 
 #include <cerrno>
-#include <cstdio>
 #include <cstring>
 #include <string>
 
@@ -11,7 +10,7 @@
 #include "host/spbox/handshake.h"
 #include "host/spbox/own_signals.h"
 #include "host/spbox/signals.h"
-#include "host/spbox/text.h"
+#include "host/spbox/standard_output.h"
 #include "host/spbox/verb.h"
 
 namespace spbox {
@@ -33,7 +32,7 @@ std::string cannot_run(const std::string &program, int error) {
 }
 
 int refuse() {
-  std::fputs("spbox: `spbox run` alone enters a box. `spbox help run` says more.\n", stderr);
+  complain("`spbox run` alone enters a box. `spbox help run` says more.");
   return kUsage;
 }
 
@@ -53,7 +52,7 @@ int enter_box(int argc, char **argv) {
   char **command = argv + 2;
   execvp(command[0], command);
   const int error = errno;
-  std::fprintf(stderr, "spbox: %s: %s\n", printable(command[0]).c_str(), cannot_run(command[0], error).c_str());
+  complain(command[0] + (": " + cannot_run(command[0], error)));
   return error == ENOENT ? 127 : 126;
 }
 

@@ -36,7 +36,7 @@ class Json {
   const Value &value() const { return value_; }
 
   // With a line end; an object's members come in the order of their names. Bytes of a box that are no UTF-8 become
-  // U+FFFD: a script gets JSON whatever a box holds.
+  // U+FFFD, and control characters are written as escapes: a script gets JSON, and a terminal text, whatever a box holds.
   std::string text() const;
 
  private:

@@ -1,5 +1,4 @@
 // spbox: a service processor in a folder, for people.
-#include <cstdio>
 #include <exception>
 #include <filesystem>
 #include <string>
@@ -13,7 +12,6 @@
 #include "host/spbox/help.h"
 #include "host/spbox/spelling.h"
 #include "host/spbox/standard_output.h"
-#include "host/spbox/text.h"
 #include "host/spbox/verbs.h"
 
 namespace {
@@ -36,13 +34,12 @@ const spbox::Verb &find(const std::vector<spbox::Verb> &verbs, const std::string
 }
 
 int print(const std::string &text) {
-  std::fputs(text.c_str(), stdout);
+  spbox::print(text);
   return 0;
 }
 
 int complain(const std::exception &error, const std::string &way_out, int status) {
-  std::fflush(stdout);
-  std::fprintf(stderr, "spbox: %s%s\n", spbox::printable(error.what()).c_str(), way_out.c_str());
+  spbox::complain(error.what() + way_out);
   return status;
 }
 

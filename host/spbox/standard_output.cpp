@@ -8,6 +8,7 @@
 #include <cstring>
 #include <string>
 
+#include "host/base/shown.h"
 #include "host/spbox/verb.h"
 
 namespace spbox {
@@ -22,12 +23,29 @@ void keep_standard_descriptors() {
   }
 }
 
+void print(std::string_view lines) {
+  std::fputs(base::shown_lines(lines).c_str(), stdout);
+}
+
+void print_line(std::string_view line) {
+  std::fputs((base::shown(line) + "\n").c_str(), stdout);
+}
+
+void complain(std::string_view line) {
+  std::fflush(stdout);
+  std::fputs(("spbox: " + base::shown(line) + "\n").c_str(), stderr);
+}
+
+void complain_in_lines(std::string_view lines) {
+  std::fputs(base::shown_lines(lines).c_str(), stderr);
+}
+
 int with_output_judged(int status) {
   errno = 0;
   if (std::fflush(stdout) == 0 && std::ferror(stdout) == 0) return status;
   // An earlier flush may have failed, and the reason is no longer known. NOLINTNEXTLINE(concurrency-mt-unsafe)
   const std::string why = errno == 0 ? "" : std::string(": ") + std::strerror(errno);
-  std::fprintf(stderr, "spbox: the output cannot be written%s.\n", why.c_str());
+  complain("the output cannot be written" + why + ".");
   return status == 0 ? kFailure : status;
 }
 

@@ -1,10 +1,19 @@
 // What a verb prints has to arrive where it should, and nowhere else.
 #pragma once
 
+#include <string_view>
+
 namespace spbox {
 
 // Without it, a file of the box could take the place of a standard output that is closed, and get what is printed.
 void keep_standard_descriptors();
+
+// Lines on standard output, with their ends; a line there; a line on standard error, behind "spbox: ". All that spbox says
+// goes through one of them: the terminal shows what stands in a text, and never obeys it.
+void print(std::string_view lines);
+void print_line(std::string_view line);
+void complain(std::string_view line);
+void complain_in_lines(std::string_view lines);  // without the head
 
 // Judges what was printed: a verb that could not print what it was asked for has failed, and says so. Returns the exit
 // status.

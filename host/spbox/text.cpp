@@ -1,9 +1,10 @@
 #include "host/spbox/text.h"
 
 #include <algorithm>
-#include <array>
 #include <cstdio>
 #include <ctime>
+
+#include "host/base/shown.h"
 
 namespace spbox {
 namespace {
@@ -29,33 +30,7 @@ std::string microseconds(std::int64_t time_ns) {
   return text;
 }
 
-// How many bytes the UTF-8 character at the beginning takes; 0 where there is none that can be shown.
-std::size_t shown_bytes(std::string_view text) {
-  const auto byte = [&](std::size_t i) { return static_cast<unsigned char>(i < text.size() ? text[i] : 0); };
-  if (byte(0) < 0x80) return byte(0) >= ' ' && byte(0) != 0x7F ? 1 : 0;
-  const std::size_t size = byte(0) >= 0xF0 ? 4 : byte(0) >= 0xE0 ? 3 : 2;
-  std::uint32_t code = byte(0) & (0x7FU >> size);
-  for (std::size_t i = 1; i < size; ++i) {
-    if ((byte(i) & 0xC0U) != 0x80) return 0;
-    code = code << 6U | (byte(i) & 0x3FU);
-  }
-  constexpr std::array<std::uint32_t, 5> kFirst{0, 0, 0xA0, 0x800, 0x10000};  // those before are controls, or too long
-  const bool surrogate = code >= 0xD800 && code <= 0xDFFF;
-  return byte(0) >= 0xC0 && code >= kFirst.at(size) && code <= 0x10FFFF && !surrogate ? size : 0;
-}
-
 }  // namespace
-
-std::string printable(std::string_view text) {
-  std::string shown;
-  while (!text.empty()) {
-    const std::size_t size = shown_bytes(text);
-    if (size == 0) shown += "\\x" + hexadecimal(static_cast<unsigned char>(text[0]), 2).substr(2);
-    shown += text.substr(0, size);
-    text.remove_prefix(std::max<std::size_t>(size, 1));
-  }
-  return shown;
-}
 
 std::string hexadecimal(std::uint32_t number, int digits) {
   char text[16] = {};
@@ -80,7 +55,7 @@ std::string utc(std::int64_t time_ns) {
 
 std::string aligned(std::vector<std::vector<std::string>> lines) {
   for (auto &line : lines) {
-    for (std::string &cell : line) cell = printable(cell);
+    for (std::string &cell : line) cell = base::shown(cell);
   }
   std::vector<std::size_t> widths;
   for (const auto &line : lines) {

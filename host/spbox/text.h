@@ -3,7 +3,6 @@
 
 #include <cstdint>
 #include <string>
-#include <string_view>
 #include <vector>
 
 namespace spbox {
@@ -14,12 +13,8 @@ std::string time_of_day(std::int64_t time_ns);    // local: "05:40:12.123456"
 std::string date_and_time(std::int64_t time_ns);  // local: "2026-11-21 05:40:12"
 std::string utc(std::int64_t time_ns);            // for scripts: "2026-11-21T05:40:12.123456Z"
 
-// What comes from a box and may be any bytes, as one line that harms no terminal: UTF-8 as it is, other bytes and control
-// characters as "\x1B".
-std::string printable(std::string_view text);
-
-// Lines of cells, made printable, each column as wide as its widest cell; the last cell of a line may run on over the columns to its
-// right. Nothing is left at the end of a line.
+// Lines of cells, which may hold any bytes and are shown, never obeyed. Each column is as wide as its widest cell; the last
+// cell of a line may run on over the columns to its right. Nothing is left at the end of a line.
 std::string aligned(std::vector<std::vector<std::string>> lines);
 
 }  // namespace spbox

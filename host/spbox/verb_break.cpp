@@ -1,10 +1,10 @@
 // Records that are broken on purpose, and mended.
-#include <cstdio>
 #include <memory>
 
 #include "host/box/advice.h"
 #include "host/box/breakage.h"
 #include "host/box/inventory.h"
+#include "host/spbox/standard_output.h"
 #include "host/spbox/text.h"
 #include "host/spbox/verbs.h"
 
@@ -46,7 +46,7 @@ std::string what_it_is(const box::BrokenRecord &broken) {
 }
 
 std::string record_text(const box::RecordName &record) {
-  return "Record " + printable(record.name) + " (database " + std::to_string(record.db_id) + ")";
+  return "Record " + record.name + " (database " + std::to_string(record.db_id) + ")";
 }
 
 std::string line_of(const box::BrokenRecord &broken) {
@@ -63,13 +63,13 @@ std::string spoiled(const box::Inventory &inventory, const std::string &record) 
   }
   if (units.empty()) return "";
   const std::string more = units.size() > 1 ? " and " + std::to_string(units.size() - 1) + " more" : "";
-  return "It holds " + units.front() + more + ".\n";
+  return "It holds " + units.front() + more + ".";
 }
 
 int list_broken(const box::Place &place) {
   const std::vector<box::BrokenRecord> all = box::broken_records(place);
-  if (all.empty()) std::puts("No record is broken on purpose.");
-  for (const box::BrokenRecord &broken : all) std::puts((line_of(broken) + ".").c_str());
+  if (all.empty()) print_line("No record is broken on purpose.");
+  for (const box::BrokenRecord &broken : all) print_line(line_of(broken) + ".");
   return 0;
 }
 
@@ -82,9 +82,9 @@ int break_records(const Options &options) {
                                                    : box::Breakage::kLong;
   for (const box::RecordName &record : records_of(options)) {
     const box::BrokenRecord broken = box::break_record(place, record, breakage);
-    const std::string text = line_of(broken) + ".\n" + spoiled(inventory, record.name) +
-                             printable(box::advice({"mend", place.root(), record.name})) + " restores it.";
-    std::puts(text.c_str());
+    print_line(line_of(broken) + ".");
+    if (const std::string units = spoiled(inventory, record.name); !units.empty()) print_line(units);
+    print_line(box::advice({"mend", place.root(), record.name}) + " restores it.");
   }
   return 0;
 }
@@ -94,7 +94,7 @@ int mend_records(const Options &options) {
   std::vector<box::RecordName> records = records_of(options);
   if (options.targets.empty()) {
     for (const box::BrokenRecord &broken : box::broken_records(place)) records.push_back(broken.record);
-    if (records.empty()) std::puts("No record is broken on purpose.");
+    if (records.empty()) print_line("No record is broken on purpose.");
   }
   for (const box::RecordName &record : records) {
     const char *what = "";
@@ -109,7 +109,7 @@ int mend_records(const Options &options) {
         what = "was not broken on purpose";
         break;
     }
-    std::printf("%s %s.\n", record_text(record).c_str(), what);
+    print_line(record_text(record) + " " + what + ".");
   }
   return 0;
 }

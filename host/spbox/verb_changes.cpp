@@ -1,8 +1,8 @@
 // What a technician does to units, and what happens to them.
-#include <cstdio>
 #include <memory>
 
 #include "host/box/inventory.h"
+#include "host/spbox/standard_output.h"
 #include "host/spbox/text.h"
 #include "host/spbox/verbs.h"
 #include "host/technician/changes.h"
@@ -22,7 +22,7 @@ int change(const Options &options, box::Change change) {
   for (const box::Unit &unit : inventory.units(options.units)) {
     lines.push_back({unit.place.name, std::string(box::state_word(unit))});
   }
-  std::fputs(aligned(lines).c_str(), stdout);
+  print(aligned(lines));
   return 0;
 }
 

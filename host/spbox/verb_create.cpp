@@ -1,9 +1,9 @@
-#include <cstdio>
 #include <memory>
 
 #include "host/box/advice.h"
 #include "host/box/inventory.h"
 #include "host/spbox/new_box.h"
+#include "host/spbox/standard_output.h"
 #include "host/spbox/verbs.h"
 
 namespace spbox {
@@ -24,9 +24,9 @@ std::vector<std::string> model_names() {
 int create(const Options &options) {
   const box::Place place(options.box);
   make_box(place, box::new_server(box::find_model(options.model)->code), options.force);
-  std::printf("Made %s: model %s, %zu units, all healthy. %s lists them.\n", place.root().c_str(),
-              options.model.c_str(), box::Inventory(place).places().size(),
-              box::advice({"units", place.root()}).c_str());
+  print_line("Made " + place.root().string() + ": model " + options.model + ", " +
+             std::to_string(box::Inventory(place).places().size()) + " units, all healthy. " +
+             box::advice({"units", place.root()}) + " lists them.");
   return 0;
 }
 

@@ -1,5 +1,4 @@
 #include <algorithm>
-#include <cstdio>
 #include <memory>
 
 #include "host/box/contents.h"
@@ -7,6 +6,7 @@
 #include "host/box/daemon_socket.h"
 #include "host/include/lmainte_host.h"
 #include "host/spbox/json.h"
+#include "host/spbox/standard_output.h"
 #include "host/spbox/verbs.h"
 
 namespace spbox {
@@ -58,10 +58,10 @@ int daemon(const Options &options) {
                                     {"running", running},
                                     {"way", row_of(bend.way).name},
                                     {"seconds", bend.way == box::DaemonWay::kLate ? Json(bend.seconds) : Json()}};
-    std::fputs(whole.text().c_str(), stdout);
+    print(whole.text());
     return 0;
   }
-  std::printf("%s, %s: %s\n", LMAINTE_HOST_MONITOR, running ? "running" : "not running", way_text(bend).c_str());
+  print_line(LMAINTE_HOST_MONITOR + std::string(running ? ", running: " : ", not running: ") + way_text(bend));
   return 0;
 }
 

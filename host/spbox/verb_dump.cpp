@@ -1,4 +1,3 @@
-#include <cstdio>
 #include <fstream>
 #include <iostream>
 #include <memory>
@@ -7,6 +6,7 @@
 #include "host/script/script.h"
 #include "host/spbox/dump.h"
 #include "host/spbox/new_box.h"
+#include "host/spbox/standard_output.h"
 #include "host/spbox/verbs.h"
 
 namespace spbox {
@@ -22,7 +22,7 @@ struct Options {
 int dump(const Options &options) {
   const std::string text = dump_of(box::contents_of(box::Place(options.box)));
   if (options.file.empty() || options.file == "-") {
-    std::fputs(text.c_str(), stdout);
+    print(text);
     return 0;
   }
   std::ofstream out(options.file, std::ios::binary);
@@ -48,10 +48,10 @@ int load(const Options &options) {
   make_box(box::Place(options.box), contents, options.force);
   std::size_t records = 0;
   for (const auto &database : contents.records) records += database.size();
-  const std::string folder = options.box.string();
-  std::printf("Made %s: model %s, %zu records of %s. %s lists its units.\n", folder.c_str(),
-              std::string(box::model_name(contents.model)).c_str(), records,
-              options.file == "-" ? "standard input" : options.file.c_str(), box::advice({"units", folder}).c_str());
+  print_line("Made " + options.box.string() + ": model " + std::string(box::model_name(contents.model)) + ", " +
+             std::to_string(records) + " records of " +
+             (options.file == "-" ? "standard input" : options.file.string()) + ". " +
+             box::advice({"units", options.box}) + " lists its units.");
   return 0;
 }
 

@@ -1,6 +1,5 @@
 // Plays a script: an operator and technicians who work by themselves.
 #include <csignal>
-#include <cstdio>
 #include <filesystem>
 #include <iostream>
 #include <memory>
@@ -8,6 +7,7 @@
 #include "host/play/interrupts.h"
 #include "host/play/performance.h"
 #include "host/play/player.h"
+#include "host/spbox/standard_output.h"
 #include "host/spbox/verbs.h"
 
 namespace spbox {
@@ -39,7 +39,7 @@ int play_script(const Options &options) {
   try {
     steps = prepare(options);
   } catch (const std::exception &wrong) {
-    std::fprintf(stderr, "%s\n", wrong.what());
+    complain_in_lines(wrong.what() + std::string("\n"));
     return kUsage;
   }
   const play::Interrupts interrupts;
@@ -47,7 +47,7 @@ int play_script(const Options &options) {
     play::perform(steps, options.files, std::filesystem::read_symlink("/proc/self/exe"), std::cout, interrupts.alarm());
     return 0;
   } catch (const play::Failure &failure) {
-    std::fputs(failure.what(), stderr);
+    complain_in_lines(failure.what());
     return kFailure;
   } catch (const terminal::Interrupted &) {
     const int signal = interrupts.signal();

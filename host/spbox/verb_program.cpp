@@ -1,5 +1,4 @@
 #include <algorithm>
-#include <cstdio>
 #include <memory>
 
 #include "host/base/signal_name.h"
@@ -7,6 +6,7 @@
 #include "host/box/contents.h"
 #include "host/box/program_list.h"
 #include "host/spbox/json.h"
+#include "host/spbox/standard_output.h"
 #include "host/spbox/text.h"
 #include "host/spbox/verbs.h"
 
@@ -56,14 +56,14 @@ Json json_of(const box::TextDatabase &kept, std::string_view name) {
                       {"last_run", last_run_json(last_run(kept, name))}};
 }
 
-void print(const box::TextDatabase &kept, const std::vector<std::string> &names, bool as_json) {
+void print_programs(const box::TextDatabase &kept, const std::vector<std::string> &names, bool as_json) {
   std::vector<std::vector<std::string>> lines{{"Program", "Bent", "Last run"}};
   Json::List list;
   for (const std::string &name : names) {
     lines.push_back({name, bend_text(bend_of(kept, name)), run_text(last_run(kept, name))});
     list.push_back(json_of(kept, name));
   }
-  std::fputs(as_json ? Json(list).text().c_str() : aligned(lines).c_str(), stdout);
+  print(as_json ? Json(list).text() : aligned(lines));
 }
 
 std::vector<std::string> program_names() {
@@ -81,7 +81,7 @@ int program(const Options &options) {
     throw box::InventoryError("no program is named. " + box::advice({"program", place.root()}) + " lists them.");
   }
   if (changes) box::set_bend(kept, options.name, options.bend);
-  print(kept, options.name.empty() ? program_names() : std::vector{options.name}, options.as_json);
+  print_programs(kept, options.name.empty() ? program_names() : std::vector{options.name}, options.as_json);
   return 0;
 }
 

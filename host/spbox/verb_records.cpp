@@ -1,10 +1,10 @@
 // What commands left behind in the box: the trace and the log.
-#include <cstdio>
 #include <memory>
 
 #include "host/box/contents.h"
 #include "host/spbox/json.h"
 #include "host/spbox/log_book.h"
+#include "host/spbox/standard_output.h"
 #include "host/spbox/text.h"
 #include "host/spbox/verbs.h"
 #include "host/trace_book/trace_book.h"
@@ -81,16 +81,16 @@ int trace(const Options &options) {
   if (options.as_json) {
     Json::List list;
     for (const box::TraceEntry &entry : entries) list.push_back(json_of(entry));
-    std::fputs(Json(list).text().c_str(), stdout);
+    print(Json(list).text());
     return 0;
   }
   std::vector<std::vector<std::string>> lines{{"Time", "Pid", "Level", "Function", "Event"}};
   for (const box::TraceEntry &entry : entries) lines.push_back(cells_of(entry));
   if (entries.empty()) {
-    std::puts(options.errors ? "The trace holds no error."
-                             : "The trace is empty: the library has recorded nothing in this box yet.");
+    print_line(options.errors ? "The trace holds no error."
+                              : "The trace is empty: the library has recorded nothing in this box yet.");
   } else {
-    std::fputs(aligned(lines).c_str(), stdout);
+    print(aligned(lines));
   }
   return 0;
 }
@@ -116,11 +116,11 @@ int log(const Options &options) {
                                 {"detail", line.detail}});
   }
   if (options.as_json) {
-    std::fputs(Json(list).text().c_str(), stdout);
+    print(Json(list).text());
   } else if (entries.empty()) {
-    std::puts("The log is empty.");
+    print_line("The log is empty.");
   } else {
-    std::fputs(aligned(lines).c_str(), stdout);
+    print(aligned(lines));
   }
   return 0;
 }

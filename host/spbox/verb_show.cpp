@@ -1,11 +1,11 @@
 // One unit, and where it is written down.
-#include <cstdio>
 #include <memory>
 #include <optional>
 
 #include "host/box/inventory.h"
 #include "host/box/unit_name.h"
 #include "host/spbox/json.h"
+#include "host/spbox/standard_output.h"
 #include "host/spbox/text.h"
 #include "host/spbox/unit_text.h"
 #include "host/spbox/verbs.h"
@@ -78,13 +78,13 @@ int show_unrecorded(const box::Hardware &hardware, const std::string &name, cons
                        {"detached", hardware.detached(name)}};
     if (const auto speed = hardware.fan(name); !speed.empty()) entry.push_back({"fan_speed", speed});
     if (const auto power = hardware.power(name); !power.empty()) entry.push_back({"power", power});
-    std::fputs(Json(entry).text().c_str(), stdout);
+    print(Json(entry).text());
     return 0;
   }
   Lines lines{{"Unit", name}, {"State", "unknown: it has no record"}};
   if (id) lines.push_back({"Unit id", hexadecimal((*id)[0]) + " " + hexadecimal((*id)[1])});
   add_hardware(hardware, name, lines);
-  std::fputs(aligned(lines).c_str(), stdout);
+  print(aligned(lines));
   return 0;
 }
 
@@ -100,7 +100,7 @@ int show(const Options &options) {
   const box::Unit unit = inventory.unit(options.unit);
   const std::string &name = unit.place.name;
   if (options.as_json) {
-    std::fputs(Json(json_of(unit, hardware)).text().c_str(), stdout);
+    print(Json(json_of(unit, hardware)).text());
     return 0;
   }
   Lines lines{{"Unit", name}, {"Kind", type_text(unit.place)}};
@@ -116,7 +116,7 @@ int show(const Options &options) {
   lines.push_back({"FRU name", fru_text(unit)});
   add_hardware(hardware, name, lines);
   add_places(unit.place, lines);
-  std::fputs(aligned(lines).c_str(), stdout);
+  print(aligned(lines));
   return 0;
 }
 

@@ -3,6 +3,7 @@
 #include <cstdio>
 #include <memory>
 
+#include "host/spbox/standard_output.h"
 #include "host/spbox/verbs.h"
 #include "host/technician/technician.h"
 
@@ -24,7 +25,7 @@ std::vector<technician::Step> read(const Options &options) {
 int work(const Options &options) {
   const auto steps = read(options);
   technician::Technician hands(box::Place(options.box), technician::Clock::real(), [](const std::string &line) {
-    std::puts(line.c_str());
+    print_line(line);
     std::fflush(stdout);
   });
   hands.work(steps, std::chrono::seconds(options.limit), [&] {

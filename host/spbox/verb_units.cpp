@@ -1,4 +1,3 @@
-#include <cstdio>
 #include <map>
 #include <memory>
 
@@ -7,6 +6,7 @@
 #include "host/box/partitions.h"
 #include "host/box/records.h"
 #include "host/spbox/json.h"
+#include "host/spbox/standard_output.h"
 #include "host/spbox/text.h"
 #include "host/spbox/unit_text.h"
 #include "host/spbox/verbs.h"
@@ -141,12 +141,12 @@ int units(const Options &options) {
   const std::vector<box::Unit> all =
       options.units.empty() ? view.inventory.units() : view.inventory.units(view.inventory.with_carried(options.units));
   if (options.as_json) {
-    std::fputs(whole_json(view, all).text().c_str(), stdout);
+    print(whole_json(view, all).text());
     return 0;
   }
   std::string text = unit_table(all, view.hardware);
   if (options.units.empty()) text = heading(view) + "\n" + text + partition_tables(view) + other_table(view);
-  std::fputs(text.c_str(), stdout);
+  print(text);
   return 0;
 }
 

@@ -18,4 +18,10 @@ TEST(Quoted, LeavesPlainWordsAndPutsOthersInQuotes) {
   EXPECT_EQ(base::quoted(""), "''");
 }
 
+TEST(Quoted, KeepsBytesThatATerminalWouldObey) {
+  EXPECT_EQ(base::quoted("odd\x1b[2J"), R"($'odd\x1b[2J')");
+  EXPECT_EQ(base::quoted("it's\ta \\ \xc3\xa9"), "$'it\\'s\\x09a \\\\ \xc3\xa9'");
+  EXPECT_EQ(base::quoted("caf\xc3\xa9"), "'caf\xc3\xa9'");
+}
+
 }  // namespace

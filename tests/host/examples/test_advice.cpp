@@ -41,6 +41,13 @@ TEST_F(Advice, ThatIsTooLongForALineGoesOnBehindABackslash) {
             "  spbox run box \\\n    /mgb/cli/usr/bin/deleteboard -q y -c unassign 15-0 15-1 15-2 15-3");
 }
 
+TEST_F(Advice, ShowsWhatATerminalWouldObey) {
+  setenv("SPBOX_RUN", "spbox run 'b\x1b[2Jx'", 1);
+  EXPECT_EQ(as_typed("add_unit cmu"), "  spbox run 'b\\x1b[2Jx' add_unit cmu");
+  unsetenv("SPBOX_RUN");
+  EXPECT_EQ(as_typed("add_unit cm\xffu"), "  add_unit cm\\xffu");
+}
+
 TEST_F(Advice, NamesTheOtherProceduresWhereThisOneIs) {
   EXPECT_EQ(procedure_command("add_unit", "psu"), "add_unit psu");
   procedure::remember_folder("./replace_unit");

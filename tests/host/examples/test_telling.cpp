@@ -52,6 +52,10 @@ TEST(Telling, LeavesNoLineOver80Columns) {
   }
 }
 
+TEST(Telling, ShowsWhatATerminalWouldObey) {
+  EXPECT_EQ(in_lines("one\x1b[2J two", 11), "one\\x1b[2J\ntwo") << "a line is as long as what is shown of it";
+}
+
 TEST(Telling, TakesValuesAsPrintfDoes) {
   EXPECT_EQ(procedure::text_of("%s is %s (result %d).", "/PSU#0", "good", 0), "/PSU#0 is good (result 0).");
 }

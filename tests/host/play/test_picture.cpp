@@ -96,6 +96,11 @@ TEST(Picture, HoldsNoByteThatXmlForbids) {
   const auto svg = picture.svg();
   EXPECT_TRUE(has(svg, ">bell ?, half a letter ?</text>"));
   EXPECT_TRUE(has(svg, ">caf\303\251 ?</text>"));
+  picture.add("no character: \xef\xbf\xbf \xef\xbf\xbe \xc2\x9b", {}, {24, 80});
+  EXPECT_TRUE(has(picture.svg(),
+                  ">no character: ? ? ?"
+                  "?</text>"));
+  EXPECT_EQ(wrong_with(picture.svg()), "");
 }
 
 TEST(Picture, CutsANoteThatIsTooLong) {

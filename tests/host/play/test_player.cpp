@@ -44,6 +44,14 @@ TEST_F(PlayerTest, PrintsTheScriptsOwnWords) {
   EXPECT_EQ(play("say \"Now the list.\""), "Now the list.\n\n");
 }
 
+TEST_F(PlayerTest, ShowsWhatATerminalWouldObey) {
+  EXPECT_EQ(play("say \"a\\e[2J\\x9b\\nb\""), "a\\x1b[2J\\x9b\nb\n\n");
+  EXPECT_EQ(play("spbox pull \"/\\e[2J\""), "The technician: spbox pull /\\x1b[2J\n    asked: pull /\\x1b[2J\n\n");
+  const auto screen = play("start true\nexit 0\nscreen \"a\\e\\nb\"");
+  EXPECT_NE(screen.find("+-- a\\x1b\\x0ab ---"), std::string::npos) << screen;
+  EXPECT_NE(picture_.svg().find(">a\\x1b\\x0ab</text>"), std::string::npos);
+}
+
 TEST_F(PlayerTest, MakesABoxOfTheModel) {
   EXPECT_EQ(play("box qe2"), "A box of model qe2.\n\n");
   EXPECT_TRUE(std::filesystem::exists(path("box")));

@@ -58,14 +58,6 @@ TEST_F(Break, RefusesAnIdentityRecordOfNoUnit) {
   EXPECT_EQ(done({"break", "box"}), "No record is broken on purpose.\n");
 }
 
-TEST_F(Break, NamesARecordOfAnyBytesOnOneLine) {
-  box::Database(place().database(5)).put("odd\x1b[2J", box::Bytes(3));
-  EXPECT_EQ(done({"break", "box", "odd\x1b[2J", "--missing"}),
-            "Record odd\\x1B[2J (database 5) is missing.\n"
-            "`spbox mend box 'odd\\x1B[2J'` restores it.\n");
-  EXPECT_EQ(done({"break", "box"}), "Record odd\\x1B[2J (database 5) is missing.\n");
-}
-
 TEST_F(Break, RefusesWhatTheBoxDoesNotHave) {
   EXPECT_EQ(refused({"break", "box", "/PSU#99", "--short"}),
             "spbox: box has no unit /PSU#99 (model qe1). `spbox units box` lists them.\n");

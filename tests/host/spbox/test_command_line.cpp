@@ -54,7 +54,7 @@ const WrongRow kWrong[] = {
     {{"trace", "box", "--last", "many"},
      "--last takes a number from 1 to 65536, not `many`. `spbox help trace` says more."},
     {{"trace", "box", "--last=\x1b[2J"},
-     "--last takes a number from 1 to 65536, not `\\x1B[2J`. `spbox help trace` says more."},
+     "--last takes a number from 1 to 65536, not `\\x1b[2J`. `spbox help trace` says more."},
     {{"daemon", "box", "late"},
      "how late? Give seconds, as in `spbox daemon DIR late 5`. `spbox help daemon` says more."},
     {{"play", "x", "--box", ""},

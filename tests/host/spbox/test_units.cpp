@@ -139,7 +139,7 @@ TEST_F(Units, WithForeignBytesInTheirNamesHarmNeitherTerminalNorScript) {
   std::copy(name.begin(), name.end(), fru.begin() + 80);
   box::Database(place().database(4)).put("fru_psu_qe_info_09", fru);
   EXPECT_EQ(lines_with(done({"units", "box"}), "/PSU#40"),
-            "/PSU#40     Normal  off        A\\x1B[2J\\xFF\xc3\xa9\\xC2\\x9B\\x0A\n");
+            "/PSU#40     Normal  off        A\\x1b[2J\\xff\xc3\xa9\\xc2\\x9b\\x0a\n");
   EXPECT_EQ(ReadJson(done({"show", "box", "/PSU#40", "--json"}))["fru_name"], "A\x1b[2J\xef\xbf\xbd\xc3\xa9\xc2\x9b\n");
   EXPECT_EQ(ReadJson(done({"units", "box", "--json"}))["units"].size(), 248u);
 }
