@@ -66,7 +66,9 @@ void type(Stage &stage, const Step &step) {
   auto &terminal = stage.op.line();
   if (!terminal.runs()) throw std::runtime_error("no command runs that would read it.");
   stage.narrator.happens("The operator types: " + describe_keys(step.words[0]));
-  terminal.type(step.words[0]);
+  if (terminal.type(step.words[0], stage.patience)) return;
+  if (!terminal.runs()) throw std::runtime_error("the command ended before it read all of it.");
+  throw std::runtime_error("the command did not read all of it in " + script::seconds_text(stage.patience) + ".");
 }
 
 void show_screen(Stage &stage, const Step &step) {

@@ -27,8 +27,8 @@ terminal::Size size_in(const Words &words) {
 
 void check_size(const Words &words, const Words & /*verbs*/) {
   const auto size = size_in(words);
-  if (size.rows == 0 || size.columns == 0) {
-    throw std::invalid_argument("a terminal has at least one row and one column");
+  if (size.rows < terminal::Size::kFewestRows || size.columns < terminal::Size::kFewestColumns) {
+    throw std::invalid_argument("a terminal has at least one row and two columns");
   }
 }
 

@@ -5,11 +5,15 @@
 #include <algorithm>
 #include <cstdint>
 #include <exception>
+#include <stdexcept>
 #include <utility>
+
+#include "host/terminal/strainer.h"
 
 namespace terminal {
 namespace {
 
+constexpr std::size_t kMostHistory = 100'000;     // lines; a command may write on and on
 constexpr std::uint32_t kRightHalf = 0xFFFFFFFF;  // The second cell of a wide character.
 
 void append_utf8(std::string &text, std::uint32_t code) {
@@ -37,6 +41,12 @@ void append_cell(std::string &text, const VTermScreenCell &cell) {
   for (int i = 0; i < VTERM_MAX_CHARS_PER_CELL && cell.chars[i] != 0; ++i) append_utf8(text, cell.chars[i]);
 }
 
+// In one column, libvterm writes the right half of a wide character outside its memory.
+Size checked(Size size) {
+  if (size.rows >= Size::kFewestRows && size.columns >= Size::kFewestColumns) return size;
+  throw std::invalid_argument("a terminal has at least one row and two columns");
+}
+
 std::string without_trailing_blanks(std::string text) {
   text.erase(text.find_last_not_of(' ') + 1);
   return text;
@@ -46,6 +56,7 @@ std::string without_trailing_blanks(std::string text) {
 
 struct Screen::Machine {
   Size size;
+  Strainer strainer;
   VTerm *vterm;
   VTermScreen *screen;
   VTermScreenCallbacks callbacks{};
@@ -96,6 +107,7 @@ struct Screen::Machine {
       std::string line;
       for (int column = 0; column < columns; ++column) append_cell(line, cells[column]);
       owner.history_.push_back(without_trailing_blanks(std::move(line)));
+      if (owner.history_.size() > kMostHistory) owner.history_.pop_front();
     });
   }
 
@@ -104,7 +116,7 @@ struct Screen::Machine {
   }
 
   Machine(Size wanted, Screen *owner)
-      : size(wanted), vterm(vterm_new(wanted.rows, wanted.columns)), screen(vterm_obtain_screen(vterm)) {
+      : size(checked(wanted)), vterm(vterm_new(size.rows, size.columns)), screen(vterm_obtain_screen(vterm)) {
     vterm_set_utf8(vterm, 1);
     vterm_output_set_callback(vterm, &Machine::answer, owner);
     is_new.resize(cell(size.rows, 0));
@@ -125,7 +137,8 @@ Screen::Screen(Size size, std::function<void(std::string_view)> answer)
 Screen::~Screen() = default;
 
 void Screen::feed(std::string_view bytes) {
-  vterm_input_write(machine_->vterm, bytes.data(), bytes.size());
+  const std::string sound = machine_->strainer.passed(bytes);
+  vterm_input_write(machine_->vterm, sound.data(), sound.size());
   if (machine_->failure) std::rethrow_exception(std::exchange(machine_->failure, nullptr));
 }
 

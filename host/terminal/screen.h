@@ -1,6 +1,7 @@
 // What a terminal shows: bytes in, lines of text out.
 #pragma once
 
+#include <deque>
 #include <functional>
 #include <memory>
 #include <string>
@@ -10,13 +11,16 @@
 namespace terminal {
 
 struct Size {
+  static constexpr int kFewestRows = 1, kFewestColumns = 2;
+
   int rows = 24;
   int columns = 80;
 };
 
 class Screen {
  public:
-  // `answer` takes what the terminal itself replies, such as its cursor's position.
+  // `answer` takes what the terminal itself replies, such as its cursor's position. Throws std::invalid_argument where
+  // there are fewer rows or columns than a terminal has.
   Screen(Size size, std::function<void(std::string_view)> answer);
   ~Screen();
   Screen(const Screen &) = delete;
@@ -24,7 +28,7 @@ class Screen {
 
   void feed(std::string_view bytes);      // Throws what `answer` throws, when all the bytes are taken in.
   std::vector<std::string> rows() const;  // Without blanks at their ends.
-  const std::vector<std::string> &scrolled_off() const { return history_; }  // What left the screen at its top.
+  const std::deque<std::string> &scrolled_off() const { return history_; }  // What left the screen at its top, lately.
 
   // Whether a line of the screen has the text; of shows_new, only text that was written, all of it, since grow_old.
   bool shows(std::string_view text) const;
@@ -38,7 +42,7 @@ class Screen {
   bool finds(std::string_view text, bool (*counts)(const Row &row, std::size_t at, std::size_t length)) const;
 
   std::function<void(std::string_view)> answer_;
-  std::vector<std::string> history_;
+  std::deque<std::string> history_;
   std::unique_ptr<Machine> machine_;
 };
 

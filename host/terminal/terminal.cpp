@@ -30,21 +30,17 @@ milliseconds left_until(Clock::time_point deadline) {
   throw std::system_error(errno, std::generic_category(), what);
 }
 
-void write_all(int fd, std::string_view bytes) {
-  while (!bytes.empty()) {
-    const auto written = write(fd, bytes.data(), bytes.size());
-    if (written < 0 && errno == EINTR) continue;
-    if (written < 0) fail("cannot type on the terminal");
-    bytes.remove_prefix(static_cast<std::size_t>(written));
-  }
-}
+// A command that asks the terminal on and on, and does not read what it answers, gets no more answers than this.
+constexpr std::size_t kMostUnread = std::size_t{64} << 10U;
 
 }  // namespace
 
 Terminal::Terminal(Size size, int alarm)
-    : master_(posix_openpt(O_RDWR | O_NOCTTY | O_CLOEXEC)),
+    : master_(posix_openpt(O_RDWR | O_NOCTTY | O_CLOEXEC | O_NONBLOCK)),
       alarm_(alarm),
-      screen_(size, [this](std::string_view answer) { write_all(master_.get(), answer); }) {
+      screen_(size, [this](std::string_view answer) {
+        if (unsent_.size() + answer.size() <= kMostUnread) unsent_ += answer;
+      }) {
   const int master = master_.get();
   if (master < 0 || grantpt(master) != 0 || unlockpt(master) != 0) fail("cannot make a terminal");
   std::array<char, 64> path{};
@@ -65,26 +61,48 @@ void Terminal::start(const std::vector<std::string> &command) {
   is_end_told_ = false;
 }
 
-void Terminal::type(std::string_view keys) {
+bool Terminal::type(std::string_view keys, milliseconds patience) {
   grow_old();
-  write_all(master_.get(), keys);
+  unsent_ += keys;
+  keys_end_ = unsent_.size();
+  const auto deadline = Clock::now() + patience;
+  for (send(); keys_end_ > 0 && runs() && Clock::now() < deadline;) exchange(left_until(deadline));
+  if (keys_end_ == 0) return true;
+  unsent_.clear();
+  keys_end_ = 0;
+  return false;
 }
 
-// All that the command has written until now is old, also what nobody has looked at yet.
+// Sends what the command takes now; false when it takes nothing.
+bool Terminal::send() {
+  const auto sent = unsent_.empty() ? 0 : write(master_.get(), unsent_.data(), unsent_.size());
+  if (sent < 0 && errno != EAGAIN && errno != EINTR) fail("cannot type on the terminal");
+  if (sent <= 0) return false;
+  unsent_.erase(0, static_cast<std::size_t>(sent));
+  keys_end_ -= std::min(keys_end_, static_cast<std::size_t>(sent));
+  return true;
+}
+
+// All that the command has written until now is old, also what nobody has looked at yet. One that prints on and on is
+// not listened to for ever.
 void Terminal::grow_old() {
-  while (read_output(milliseconds{0})) continue;
+  const auto deadline = Clock::now() + kNeverStandsStill;
+  while (Clock::now() < deadline && exchange(milliseconds{0})) continue;
   screen_.grow_old();
 }
 
-// Takes in what the command writes; false when nothing came. The command's end is news, too, once.
-bool Terminal::read_output(milliseconds patience) {
-  std::array<pollfd, 3> wait{pollfd{master_.get(), POLLIN, 0}, pollfd{session_ ? session_->news() : -1, POLLIN, 0},
-                             pollfd{alarm_, POLLIN, 0}};
+// Takes in what the command writes, and sends what it is to read; false when nothing went either way. The command's end
+// is news, too, once.
+bool Terminal::exchange(milliseconds patience) {
+  const int ways = unsent_.empty() ? POLLIN : POLLIN | POLLOUT;
+  std::array<pollfd, 3> wait{pollfd{master_.get(), static_cast<short>(ways), 0},
+                             pollfd{session_ ? session_->news() : -1, POLLIN, 0}, pollfd{alarm_, POLLIN, 0}};
   if (session_ && !is_end_told_ && session_->ending()) return is_end_told_ = true;
   if (is_end_told_) wait[1].fd = -1;
   if (poll(wait.data(), wait.size(), static_cast<int>(patience.count())) <= 0) return false;
   if (wait[2].revents != 0) throw Interrupted();
-  if ((wait[0].revents & POLLIN) == 0) return wait[1].revents != 0;
+  const bool has_sent = (wait[0].revents & POLLOUT) != 0 && send();
+  if ((wait[0].revents & POLLIN) == 0) return has_sent || wait[1].revents != 0;
   std::array<char, 4096> bytes{};
   const auto length = read(master_.get(), bytes.data(), bytes.size());
   if (length <= 0) return false;
@@ -94,7 +112,7 @@ bool Terminal::read_output(milliseconds patience) {
 
 void Terminal::settle() {
   const auto deadline = Clock::now() + kNeverStandsStill;
-  while (Clock::now() < deadline && read_output(kStandsStill)) continue;
+  while (Clock::now() < deadline && exchange(kStandsStill)) continue;
 }
 
 bool Terminal::shows(std::string_view text) {
@@ -105,7 +123,7 @@ bool Terminal::shows(std::string_view text) {
 void Terminal::watch(milliseconds time) {
   const auto deadline = Clock::now() + time;
   do {
-    read_output(left_until(deadline));
+    exchange(left_until(deadline));
   } while (Clock::now() < deadline);
 }
 
@@ -123,7 +141,7 @@ bool Terminal::wait_until(const std::function<bool()> &is_true, milliseconds pat
   while (!is_true()) {
     if (is_over) return false;
     const bool ended = !session_ || session_->ending();
-    const bool news = read_output(ended ? kStandsStill : left_until(deadline));
+    const bool news = exchange(ended ? kStandsStill : left_until(deadline));
     is_over = (ended && !news) || Clock::now() >= deadline;
     if (is_over) settle();
   }
@@ -138,7 +156,7 @@ std::vector<std::string> Terminal::screen() {
 
 std::vector<std::string> Terminal::everything_shown() {
   settle();
-  auto lines = screen_.scrolled_off();
+  std::vector<std::string> lines(screen_.scrolled_off().begin(), screen_.scrolled_off().end());
   const auto rows = screen_.rows();
   lines.insert(lines.end(), rows.begin(), rows.end());
   return lines;
@@ -146,7 +164,7 @@ std::vector<std::string> Terminal::everything_shown() {
 
 std::optional<Ending> Terminal::wait_for_exit(milliseconds patience) {
   const auto deadline = Clock::now() + patience;
-  while (session_ && !session_->ending() && Clock::now() < deadline) read_output(left_until(deadline));
+  while (session_ && !session_->ending() && Clock::now() < deadline) exchange(left_until(deadline));
   settle();
   return session_ ? session_->ending() : std::nullopt;
 }
@@ -167,6 +185,7 @@ void Terminal::end(milliseconds patience) {
 }
 
 void Terminal::hang_up() {
+  unsent_.clear();
   master_.reset();
 }
 

@@ -46,7 +46,8 @@ class Terminal {
 
   // What the operator does and sees. wait_for says whether the text came up within one line of the screen; it gives up
   // early when the command ends without it.
-  void type(std::string_view keys);
+  // type sends the keys, and false when the command did not take them all in time, or ended before: the rest is lost.
+  bool type(std::string_view keys, milliseconds patience = milliseconds{10'000});
   bool wait_for(std::string_view text, milliseconds patience);
   bool wait_for_new(std::string_view text, milliseconds patience);  // written since the last start or keys, all of it
   bool shows(std::string_view text);                                // once the screen stands still
@@ -72,12 +73,15 @@ class Terminal {
  private:
   bool wait_until(const std::function<bool()> &is_true, milliseconds patience);
   void grow_old();
-  bool read_output(milliseconds patience);
+  bool exchange(milliseconds patience);
+  bool send();
   void settle();
 
   base::Descriptor master_, slave_;
   int alarm_;
   std::string path_;
+  std::string unsent_;        // what the operator types and the terminal answers, in the order in which it came
+  std::size_t keys_end_ = 0;  // where in it what is typed ends
   Screen screen_;
   std::optional<Session> session_;
   bool is_end_told_ = false;

@@ -71,6 +71,22 @@ TEST_F(PlayVerb, PlaysOnABoxThatIsGoneAfterwards) {
   EXPECT_TRUE(fs::is_empty(scratch_ / "boxes"));
 }
 
+TEST_F(PlayVerb, GivesUpOnACommandThatDoesNotReadWhatIsTyped) {
+  std::string much;
+  while (much.size() < 300'000) much += "yes\\n";
+  const auto done =
+      play("box qa\nstart sh -c \"stty -echo; echo ready; exec sleep 60\"\nwait \"ready\"\npatience 0.2\ntype \"" +
+           much + "\"\n");
+  EXPECT_EQ(done.exit_status, 1);
+  EXPECT_NE(done.output.find("`: the command did not read all of it in 0.2 s.\n"), std::string::npos)
+      << done.output.substr(0, 2000);
+}
+
+TEST_F(PlayVerb, PlaysWithACommandThatAsksTheTerminalAndDoesNotRead) {
+  write("ask.sh", "stty -echo\nyes \"$(printf '\\033[6n')\" | head -n 100000\necho asked\nexec sleep 60\n");
+  expect_done("box qa\nstart sh ask.sh\nwait \"asked\"\nsignal TERM\ndies TERM\n");
+}
+
 TEST_F(PlayVerb, RemovesItsBoxWhenAStepFails) {
   const auto done = play("box qe2\nstart sleep 30\npatience 0.1\nwait \"ready\"\n");
   EXPECT_EQ(done.exit_status, 1);

@@ -73,6 +73,24 @@ TEST_F(ScreenTest, TextThatTheScreenLosesIsNotShown) {
   EXPECT_FALSE(screen_.shows_new("Sure?"));
 }
 
+TEST(Screen, IsOfAnySizeThatATerminalHas) {
+  for (const terminal::Size size : {terminal::Size{1, 2}, {1, 3}, {2, 2}, {500, 500}}) {
+    Screen screen(size, [](std::string_view) {});
+    screen.feed("a\xe4\xb8\xad\r\n\xe4\xb8\xad\x1b[99b");
+    EXPECT_TRUE(screen.shows("\xe4\xb8\xad")) << size.rows << " rows of " << size.columns;
+  }
+  for (const terminal::Size size : {terminal::Size{0, 80}, {24, 0}, {24, 1}, {-1, -1}}) {
+    EXPECT_THROW(Screen(size, [](std::string_view) {}), std::invalid_argument) << size.rows << ' ' << size.columns;
+  }
+}
+
+TEST(Screen, KeepsTheLinesThatScrolledOffLast) {
+  Screen screen({2, 8}, [](std::string_view) {});
+  for (int line = 0; line < 100'010; ++line) screen.feed(std::to_string(line) + "\r\n");
+  ASSERT_EQ(screen.scrolled_off().size(), 100'000U);
+  EXPECT_EQ(screen.scrolled_off().back(), "100008");
+}
+
 TEST(Screen, TakesInAllBytesBeforeItSaysThatItsAnswerFailed) {
   Screen screen({4, 20}, [](std::string_view) { throw std::runtime_error("nobody listens"); });
   EXPECT_THROW(screen.feed("before\033[6n after"), std::runtime_error) << "it was asked for its cursor";

@@ -11,6 +11,7 @@
 #include <iterator>
 #include <system_error>
 
+#include "host/base/pipe.h"
 #include "host/terminal/terminal.h"
 #include "tests/eventually.h"
 
@@ -108,6 +109,69 @@ TEST(TerminalKeys, ReachTheCommand) {
   terminal.start(shell("read word; echo got $word"));
   terminal.type("yes\n");
   EXPECT_TRUE(terminal.wait_for("got yes", kSoon));
+}
+
+// More than the kernel keeps for a command.
+const std::string kMuch = [] {
+  std::string lines;
+  while (lines.size() < 300'000) lines += "yes\n";
+  return lines;
+}();
+
+TEST(TerminalKeys, ThatTheCommandReadsSlowlyAllReachIt) {
+  Terminal terminal;
+  terminal.start(shell("stty -echo; echo ready; sleep 0.2; wc -l"));
+  ASSERT_TRUE(terminal.wait_for("ready", kSoon));
+  EXPECT_TRUE(terminal.type(kMuch + "\004", kSoon));
+  EXPECT_TRUE(terminal.wait_for("75000", kSoon)) << terminal.screen()[1];
+}
+
+TEST(TerminalKeys, ThatNobodyReadsAreGivenUpInTime) {
+  Terminal terminal;
+  terminal.start(shell("stty -echo; echo ready; exec sleep 60"));
+  ASSERT_TRUE(terminal.wait_for("ready", kSoon));
+  const auto begin = std::chrono::steady_clock::now();
+  EXPECT_FALSE(terminal.type(kMuch, 100ms));
+  EXPECT_LT(std::chrono::steady_clock::now() - begin, 10s);
+}
+
+TEST(TerminalKeys, ThatTheCommandLeavesUnreadAreLostWithIt) {
+  Terminal terminal;
+  terminal.start(shell("stty -echo; echo ready; sleep 0.2"));
+  ASSERT_TRUE(terminal.wait_for("ready", kSoon));
+  EXPECT_FALSE(terminal.type(kMuch, 60s));
+  EXPECT_EQ(terminal.wait_for_exit(kSoon), (Ending{false, 0}));
+}
+
+TEST(TerminalKeys, ThatNobodyReadsAreGivenUpWhenTheAlarmRings) {
+  base::Pipe alarm;
+  Terminal terminal({}, alarm.out.get());
+  terminal.start(shell("stty -echo; echo ready; exec sleep 60"));
+  ASSERT_TRUE(terminal.wait_for("ready", kSoon));
+  ASSERT_EQ(write(alarm.in.get(), "", 1), 1);
+  EXPECT_THROW(terminal.type(kMuch, 60s), terminal::Interrupted);
+  terminal.end(0s);
+}
+
+TEST(TerminalKeys, CanBeTypedAtACommandThatPrintsOnAndOn) {
+  Terminal terminal;
+  terminal.start({"yes"});
+  EXPECT_TRUE(terminal.type("\003"));
+  EXPECT_EQ(terminal.wait_for_exit(kSoon), (Ending{true, SIGINT}));
+}
+
+// Where is the cursor, it asks, and does not read the answers.
+TEST(TerminalAnswers, ThatNobodyReadsHoldNothingUp) {
+  Terminal terminal;
+  terminal.start(shell(R"sh(stty -echo; yes "$(printf '\033[6n')" | head -n 100000; echo asked; sleep 60)sh"));
+  EXPECT_TRUE(terminal.wait_for("asked", kSoon));
+  EXPECT_FALSE(terminal.wait_for("never", 100ms));
+}
+
+TEST(TerminalAnswers, ReachACommandThatReadsThem) {
+  Terminal terminal;
+  terminal.start(shell(R"sh(stty -echo -icanon; printf 'ab\033[6n'; head -c 6 | od -An -c)sh"));
+  EXPECT_TRUE(terminal.wait_for("033   [   1   ;   3   R", kSoon));
 }
 
 TEST(TerminalKeys, CtrlCInterruptsTheCommand) {
