@@ -5,20 +5,25 @@
 
 using nlohmann::json;
 
-ReadJson::ReadJson(const std::string &text) : ReadJson(json::parse(text)) {}
-ReadJson::ReadJson(json value) : value_(std::make_shared<const json>(std::move(value))) {}
+ReadJson::ReadJson(const std::string &text) : ReadJson(std::make_shared<const json>(json::parse(text))) {}
+ReadJson::ReadJson(std::shared_ptr<const json> value) : value_(std::move(value)) {}
+
+// A part lives as long as somebody has it or the whole.
+ReadJson ReadJson::part(const json &value) const {
+  return ReadJson(std::shared_ptr<const json>(value_, &value));
+}
 
 ReadJson ReadJson::operator[](std::string_view name) const {
-  return ReadJson(value_->at(std::string(name)));
+  return part(value_->at(std::string(name)));
 }
 
 ReadJson ReadJson::operator[](std::size_t index) const {
-  return ReadJson(value_->at(index));
+  return part(value_->at(index));
 }
 
 std::vector<ReadJson> ReadJson::entries() const {
   std::vector<ReadJson> all;
-  for (const json &entry : *value_) all.push_back(ReadJson(entry));
+  for (const json &entry : *value_) all.push_back(part(entry));
   return all;
 }
 

@@ -32,7 +32,8 @@ class ReadJson {
   }
 
  private:
-  explicit ReadJson(nlohmann::json value);
+  explicit ReadJson(std::shared_ptr<const nlohmann::json> value);
+  ReadJson part(const nlohmann::json &value) const;
   bool is_truth(bool value) const;
   bool is_number(std::int64_t value) const;
 
