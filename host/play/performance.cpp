@@ -62,15 +62,15 @@ std::vector<Step> prepare(const Files &files, const Values &values, const Words 
   auto steps = read_plan(files.script, values, verbs);
   const auto script = files.script.string();
   if (!files.picture.empty() && !has_step(steps, "screen")) {
-    throw std::runtime_error(script + " shows no screen to be drawn. Write `screen \"what it shows\"`.");
+    throw script::Error(script + " shows no screen to be drawn. Write `screen \"what it shows\"`.");
   }
   if (has_step(steps, "box")) return steps;
   if (files.box.empty()) {
-    throw std::runtime_error(script + " makes no box. Write `box qe1`, for example, or give one with --box.");
+    throw script::Error(script + " makes no box. Write `box qe1`, for example, or give one with --box.");
   }
   if (!box::is_box(box::Place(files.box))) {
-    throw std::runtime_error(files.box.string() + " is not a box, and " + script +
-                             " makes none. Write `box qe1`, for example, or `spbox create` one.");
+    throw script::Error(files.box.string() + " is not a box, and " + script +
+                        " makes none. Write `box qe1`, for example, or `spbox create` one.");
   }
   return steps;
 }

@@ -17,7 +17,7 @@ struct Files {
   std::filesystem::path picture;     // empty: none
 };
 
-// Reads the script and those that it plays. Throws std::runtime_error where they make no sense with these files, and
+// Reads the script and those that it plays. Throws script::Error where they make no sense, or not with these files, and
 // nothing was done yet.
 std::vector<Step> prepare(const Files &files, const Values &values, const Words &verbs);
 

@@ -79,7 +79,8 @@ int judged(const Words &words) {
   } catch (const spbox::UsageError &error) {
     return complain(error, " " + box::advice({"help"}) + " lists the verbs.", spbox::kUsage);
   } catch (const script::Error &error) {
-    return complain(error, "", spbox::kUsage);
+    spbox::complain_in_lines("spbox: " + std::string(error.what()) + "\n");
+    return spbox::kUsage;
   } catch (const std::filesystem::filesystem_error &error) {
     const std::runtime_error plain(error.path1().string() + ": " + error.code().message() + ".");
     return complain(plain, "", spbox::kFailure);

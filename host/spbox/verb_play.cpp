@@ -15,7 +15,8 @@ namespace {
 
 struct Options {
   play::Files files;
-  std::vector<std::string> values;
+  std::vector<std::string> words;  // NAME=VALUE
+  play::Values values;
 };
 
 // Those that work on a box that is there.
@@ -28,20 +29,16 @@ play::Words verbs_of_box() {
   return verbs;
 }
 
-std::vector<play::Step> prepare(const Options &options) {
-  play::Values values;
-  for (const auto &word : options.values) play::add_value(word, values);
-  return play::prepare(options.files, values, verbs_of_box());
+void take_values(Options &options) {
+  try {
+    for (const auto &word : options.words) play::add_value(word, options.values);
+  } catch (const std::invalid_argument &wrong) {
+    throw UsageError(wrong.what() + std::string("."));
+  }
 }
 
 int play_script(const Options &options) {
-  std::vector<play::Step> steps;
-  try {
-    steps = prepare(options);
-  } catch (const std::exception &wrong) {
-    complain_in_lines(wrong.what() + std::string("\n"));
-    return kUsage;
-  }
+  const auto steps = play::prepare(options.files, options.values, verbs_of_box());
   const play::Interrupts interrupts;
   try {
     play::perform(steps, options.files, std::filesystem::read_symlink("/proc/self/exe"), std::cout, interrupts.alarm());
@@ -74,7 +71,7 @@ Verb play_verb() {
                      .help = "File with the steps, one a line",
                      .to = &options->files.script,
                      .need = Need::kRequired},
-                    {.name = "NAME=VALUE", .help = "What $NAME stands for in the script", .to = &options->values},
+                    {.name = "NAME=VALUE", .help = "What $NAME stands for in the script", .to = &options->words},
                     {.name = "--box",
                      .help = "Play on this box and keep it; made if there is none",
                      .to = &options->files.box,
@@ -98,6 +95,7 @@ Verb play_verb() {
                     "  spbox play replace.play\n"
                     "  spbox play replace.play --box box --transcript replace.txt\n"
                     "  spbox play replace.play UNIT=/PSU#3 --picture replace.svg",
+          .check = [options] { take_values(*options); },
           .act = [options] { return play_script(*options); }};
 }
 

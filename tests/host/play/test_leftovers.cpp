@@ -1,14 +1,14 @@
 #include <gtest/gtest.h>
 
-#include <sys/wait.h>
 #include <unistd.h>
 
 #include <chrono>
-#include <csignal>
 #include <fstream>
+#include <memory>
 
 #include "host/box/database.h"
 #include "host/play/leftovers.h"
+#include "tests/host/box/child.h"
 #include "tests/host/play/play_test.h"
 
 namespace {
@@ -93,41 +93,17 @@ TEST_F(LeftoversTest, NamesALockedDatabase) {
   EXPECT_EQ(play::locked_databases(place()), Sentences{});
 }
 
-// Holds the locks of all databases until it is gone.
-class Locker {
- public:
-  explicit Locker(const box::Place &place) {
-    std::array<int, 2> ready{};
-    if (pipe(ready.data()) != 0) throw std::runtime_error("no pipe");
-    process_ = fork();
-    if (process_ == 0) {
-      std::vector<std::unique_ptr<box::Database>> databases;
-      for (std::uint32_t id = 0; id < 6; ++id) {
-        databases.push_back(std::make_unique<box::Database>(place.database(id)));
-        if (!databases.back()->lock()) _exit(1);
-      }
-      if (write(ready[1], ".", 1) != 1) _exit(1);
-      for (;;) pause();
-    }
-    char byte = 0;
-    close(ready[1]);
-    const bool is_ready = read(ready[0], &byte, 1) == 1;
-    close(ready[0]);
-    if (!is_ready) throw std::runtime_error("no locks");
-  }
-  ~Locker() {
-    kill(process_, SIGKILL);
-    waitpid(process_, nullptr, 0);
-  }
-  Locker(const Locker &) = delete;
-  Locker &operator=(const Locker &) = delete;
-
- private:
-  pid_t process_;
-};
-
 TEST_F(LeftoversTest, NamesLockedDatabasesWithoutWaitingForTheirLocks) {
-  const Locker locker(place());
+  const Child locker([this](const auto &say_ready) {
+    std::vector<std::unique_ptr<box::Database>> databases;
+    for (std::uint32_t id = 0; id < 6; ++id) {
+      databases.push_back(std::make_unique<box::Database>(place().database(id)));
+      if (!databases.back()->lock()) return 1;
+    }
+    say_ready();
+    for (;;) pause();
+  });
+  ASSERT_TRUE(locker.is_ready());
   const auto begin = std::chrono::steady_clock::now();
   EXPECT_EQ(found_after("start true\nexit 0\n", kNow),
             "    database 0 is locked\n    database 1 is locked\n    database 2 is locked\n"

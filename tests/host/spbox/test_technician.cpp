@@ -31,8 +31,8 @@ TEST_F(TechnicianVerb, EndsWithTwoWhereTheScriptOrTheCommandLineMakesNoSense) {
       {{"--do", "push /PSU#0"}, "spbox: step 1: `push /PSU#0`: there is no step \"push\"; "},
       {{"hands.txt"}, "spbox: hands.txt:2: `push /PSU#0`: there is no step \"push\"; "},
       {{"nowhere.txt"}, "spbox: nowhere.txt: there is no such file\n"},
-      {{}, "spbox: "},
-      {{"hands.txt", "--do", "after 1"}, "spbox: "},
+      {{}, "spbox: no steps are given. Name a SCRIPT, or give them with --do. "},
+      {{"hands.txt", "--do", "after 1"}, "spbox: SCRIPT and --do cannot be given together. "},
   };
   for (const auto &row : rows) {
     Words words{"technician", "box"};
