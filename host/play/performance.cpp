@@ -61,10 +61,10 @@ void keep_books(const Box &box, Transcript &transcript) {
 std::vector<Step> prepare(const Files &files, const Values &values, const Words &verbs) {
   auto steps = read_plan(files.script, values, verbs);
   const auto script = files.script.string();
-  if (!files.picture.empty() && !has_step(steps, "screen")) {
+  if (!files.picture.empty() && !has_step(steps, &Traits::draws)) {
     throw script::Error(script + " shows no screen to be drawn. Write `screen \"what it shows\"`.");
   }
-  if (has_step(steps, "box")) return steps;
+  if (has_step(steps, &Traits::makes_box)) return steps;
   if (files.box.empty()) {
     throw script::Error(script + " makes no box. Write `box qe1`, for example, or give one with --box.");
   }

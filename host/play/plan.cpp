@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-#include "host/play/leftovers.h"
+#include "host/base/listed.h"
 
 namespace play {
 namespace {
@@ -79,13 +79,20 @@ class PlanReader {
       step.row = &script::take_row(step_rows(), statement.words);
       for (const auto &word : statement.words) step.words.push_back(with_values(word, values));
       if (step.row->perform == nullptr) return play(step, depth);
-      if (step.row->check != nullptr) step.row->check(step.words, verbs_);
+      if (step.row->check != nullptr) step.row->check(step.words);
+      if (step.row->traits.names_verb) check_verb(step.words[0]);
     } catch (const PlayedScriptError &) {
       throw;
     } catch (const std::exception &wrong) {
       throw statement.error(wrong.what());
     }
     steps.push_back(std::move(step));
+  }
+
+  void check_verb(const std::string &verb) const {
+    if (std::find(verbs_.begin(), verbs_.end(), verb) != verbs_.end()) return;
+    throw std::invalid_argument("\"" + verb + "\" is not a verb that works on a box; those are " +
+                                base::listed(verbs_));
   }
 
   void play(const Step &step, int depth) {
@@ -101,9 +108,9 @@ class PlanReader {
   const Words &verbs_;
 };
 
-void check_units_of(const Step &step, const std::string &model) {
+void check_on(const std::string &model, const Step &step) {
   try {
-    check_units(model, units_behind_but(step.words));
+    step.row->traits.check_on(model, step.words);
   } catch (const std::invalid_argument &wrong) {
     throw wrong_with(step, wrong.what());
   }
@@ -115,12 +122,12 @@ void check_boxes(const std::vector<Step> &steps) {
   const Step *made = nullptr;
   bool is_used = false;
   for (const Step &step : steps) {
-    const auto verb = step.row->verb;
-    if (verb == "box" && made != nullptr) throw wrong_with(step, "a play has one box");
-    if (verb == "box" && is_used) throw wrong_with(step, "the steps before it have worked on a box already");
-    if (verb == "box") made = &step;
-    if (verb == "in_order" && made != nullptr) check_units_of(step, made->words[0]);
-    is_used |= verb == "start" || verb == "spbox" || verb == "hands" || verb == "in_order";
+    const Traits &traits = step.row->traits;
+    if (traits.makes_box && made != nullptr) throw wrong_with(step, "a play has one box");
+    if (traits.makes_box && is_used) throw wrong_with(step, "the steps before it have worked on a box already");
+    if (traits.makes_box) made = &step;
+    if (traits.check_on != nullptr && made != nullptr) check_on(made->words[0], step);
+    is_used |= traits.uses_box;
   }
 }
 
@@ -143,8 +150,8 @@ std::vector<Step> read_plan(const fs::path &script, const Values &values, const 
   return std::move(reader.steps);
 }
 
-bool has_step(const std::vector<Step> &plan, std::string_view verb) {
-  return std::any_of(plan.begin(), plan.end(), [&](const Step &step) { return step.row->verb == verb; });
+bool has_step(const std::vector<Step> &plan, bool Traits::*trait) {
+  return std::any_of(plan.begin(), plan.end(), [&](const Step &step) { return step.row->traits.*trait; });
 }
 
 }  // namespace play

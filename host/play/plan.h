@@ -4,7 +4,6 @@
 #include <filesystem>
 #include <map>
 #include <string>
-#include <string_view>
 #include <vector>
 
 #include "host/play/step.h"
@@ -21,6 +20,7 @@ void add_value(const std::string &word, Values &values);
 // script::Error where a script cannot be read, or makes no sense.
 std::vector<Step> read_plan(const std::filesystem::path &script, const Values &values, const Words &verbs);
 
-bool has_step(const std::vector<Step> &plan, std::string_view verb);
+// Whether a step has this trait.
+bool has_step(const std::vector<Step> &plan, bool Traits::*trait);
 
 }  // namespace play

@@ -18,8 +18,4 @@ void check_is_text(const std::string &word) {
   if (word.find_first_not_of(' ') == std::string::npos) throw std::invalid_argument("the text is empty");
 }
 
-std::span<const std::string> units_behind_but(const Words &words) {
-  return std::span(words).subspan(words.empty() ? 0 : 1);
-}
-
 }  // namespace play

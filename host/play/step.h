@@ -5,6 +5,7 @@
 #include <span>
 #include <stdexcept>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "host/script/form.h"
@@ -16,14 +17,26 @@ using script::Words;
 struct Stage;
 struct Step;
 
+// What a play has to know of a step before it is played.
+struct Traits {
+  bool makes_box = false;   // of the model that the first word names
+  bool uses_box = false;    // one that is there
+  bool names_verb = false;  // The first word is a verb of spbox that works on a box.
+  bool draws = false;       // a screen, for the picture
+
+  // Throws std::invalid_argument with what is wrong with the words on a server of this model. Null: they suit every model.
+  void (*check_on)(std::string_view model, const Words &words) = nullptr;
+};
+
 // How a step is written, what its words have to be, and what it does.
 struct StepRow : script::Form {
-  // Throws std::invalid_argument with what is wrong with the words; `verbs` are those of spbox that work on a box. Null: any
-  // words will do.
-  void (*check)(const Words &words, const Words &verbs);
+  // Throws std::invalid_argument with what is wrong with the words. Null: any words will do.
+  void (*check)(const Words &words);
 
   // Throws where something else happens than the script says. Null: the reader of scripts replaces the step.
   void (*perform)(Stage &stage, const Step &step);
+
+  Traits traits = {};
 };
 
 struct Step {
@@ -44,9 +57,8 @@ std::span<const StepRow> steps_of_the_operator();
 std::span<const StepRow> steps_of_the_technician();
 std::span<const StepRow> steps_of_the_script();
 
-// What words stand for. A text that is none is an std::invalid_argument.
+// Throws std::invalid_argument for a text of blanks.
 void check_is_text(const std::string &word);
-std::span<const std::string> units_behind_but(const Words &words);  // in_order but UNIT...
 
 // A step that fails although it is not the one that is played: a technician's, whose work goes on beside the others.
 class StepError : public std::runtime_error {

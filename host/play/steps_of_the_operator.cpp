@@ -14,11 +14,11 @@ namespace {
 namespace fs = std::filesystem;
 using std::chrono::milliseconds;
 
-void check_text(const Words &words, const Words & /*verbs*/) {
+void check_text(const Words &words) {
   check_is_text(words[0]);
 }
 
-void check_signal(const Words &words, const Words & /*verbs*/) {
+void check_signal(const Words &words) {
   if (::base::signal_number(words[0]) != 0) return;
   throw std::invalid_argument("there is no signal \"" + words[0] + "\"; give a name such as TERM, or a number");
 }
@@ -27,7 +27,7 @@ int status_in(const Words &words) {
   return script::number_in(words[0], 255, "an exit status");
 }
 
-void check_status(const Words &words, const Words & /*verbs*/) {
+void check_status(const Words &words) {
   status_in(words);
 }
 
@@ -120,14 +120,15 @@ constexpr std::array<StepRow, 9> kRows{{
     {{"start", 1, script::kAny, "start COMMAND...",
       "the operator starts a command in the box;\n./COMMAND is in the folder of the script"},
      nullptr,
-     start},
+     start,
+     {.uses_box = true}},
     {{"wait", 1, 1, "wait \"text\"",
       "waits until the text comes on the screen; what\nwas there before the last keys does not count"},
      check_text,
      wait},
     {{"absent", 1, 1, "absent \"text\"", "the text is not on the screen"}, check_text, absent},
     {{"type", 1, 1, "type \"keys\"", R"("3\n", " ", "\003" for Ctrl-C)"}, nullptr, type},
-    {{"screen", 1, 1, "screen \"caption\"", "prints the screen"}, nullptr, show_screen},
+    {{"screen", 1, 1, "screen \"caption\"", "prints the screen"}, nullptr, show_screen, {.draws = true}},
     {{"exit", 1, 1, "exit STATUS", "waits for the command's end with this status"}, check_status, wait_for_exit},
     {{"dies", 1, 1, "dies SIGNAL", "waits for its end by this signal: INT, HUP, ..."}, check_signal, wait_for_death},
     {{"signal", 1, 1, "signal SIGNAL", "sends the command a signal"}, check_signal, send_signal},

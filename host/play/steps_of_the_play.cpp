@@ -9,7 +9,7 @@
 namespace play {
 namespace {
 
-void check_model(const Words &words, const Words & /*verbs*/) {
+void check_model(const Words &words) {
   if (::box::find_model(words[0]) != nullptr) return;
   throw std::invalid_argument("there is no model \"" + words[0] + "\"; the models are " + ::box::model_names());
 }
@@ -25,7 +25,7 @@ terminal::Size size_in(const Words &words) {
           script::number_in(words[1], kLargest, "a number of columns")};
 }
 
-void check_size(const Words &words, const Words & /*verbs*/) {
+void check_size(const Words &words) {
   const auto size = size_in(words);
   if (size.rows < terminal::Size::kFewestRows || size.columns < terminal::Size::kFewestColumns) {
     throw std::invalid_argument("a terminal has at least one row and two columns");
@@ -37,7 +37,7 @@ void take_terminal(Stage &stage, const Step &step) {
 }
 
 constexpr std::array<StepRow, 3> kRows{{
-    {{"box", 1, 1, "box MODEL", "a new, healthy box of this model"}, check_model, make_box},
+    {{"box", 1, 1, "box MODEL", "a new, healthy box of this model"}, check_model, make_box, {.makes_box = true}},
     {{"terminal", 2, 2, "terminal ROWS COLUMNS", "for the next commands; 24 80 at first"}, check_size, take_terminal},
     {{"play", 1, script::kAny, "play FILE [NAME=VALUE...]", "plays another script; FILE is relative to this one"},
      nullptr,

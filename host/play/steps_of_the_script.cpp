@@ -13,10 +13,18 @@ namespace {
 
 constexpr std::chrono::milliseconds kLookAgain{20};
 
-void check_in_order(const Words &words, const Words & /*verbs*/) {
+void check_in_order(const Words &words) {
   if (!words.empty() && (words[0] != "but" || words.size() < 2)) {
     throw std::invalid_argument("write it as: in_order but /PSU#3");
   }
+}
+
+std::span<const std::string> units_behind_but(const Words &words) {
+  return std::span(words).subspan(words.empty() ? 0 : 1);
+}
+
+void check_units_on(std::string_view model, const Words &words) {
+  check_units(model, units_behind_but(words));
 }
 
 // What dies with the command dies a moment later.
@@ -40,7 +48,7 @@ void in_order(Stage &stage, const Step &step) {
   throw std::runtime_error("not all is in order:\n" + indented(list));
 }
 
-void check_seconds(const Words &words, const Words & /*verbs*/) {
+void check_seconds(const Words &words) {
   script::seconds_in(words[0]);
 }
 
@@ -61,7 +69,8 @@ constexpr std::array<StepRow, 4> kRows{{
       "the command left all as it should: no LED, no\nflag, no maintenance mode, no process, file or\n"
       "lock; these units detached, and no others"},
      check_in_order,
-     in_order},
+     in_order,
+     {.uses_box = true, .check_on = check_units_on}},
     {{"patience", 1, 1, "patience SECONDS", "the longest time that the next steps wait; 10\nat first"},
      check_seconds,
      be_patient},

@@ -1,8 +1,6 @@
 // What technicians do beside the operator, and on their own.
-#include <algorithm>
 #include <array>
 
-#include "host/base/listed.h"
 #include "host/play/stage.h"
 #include "host/play/step.h"
 #include "host/play/text.h"
@@ -12,7 +10,7 @@
 namespace play {
 namespace {
 
-void check_hands(const Words &words, const Words & /*verbs*/) {
+void check_hands(const Words &words) {
   technician::read_script(words[0], "");
 }
 
@@ -24,12 +22,6 @@ void send_technician(Stage &stage, const Step &step) {
 
 void wait_for_hands(Stage &stage, const Step & /*step*/) {
   wait_for_technicians(stage);
-}
-
-void check_verb(const Words &words, const Words &verbs) {
-  if (std::find(verbs.begin(), verbs.end(), words[0]) != verbs.end()) return;
-  throw std::invalid_argument("\"" + words[0] + "\" is not a verb that works on a box; those are " +
-                              base::listed(verbs));
 }
 
 void run_spbox(Stage &stage, const Step &step) {
@@ -45,7 +37,7 @@ void run_spbox(Stage &stage, const Step &step) {
   }
 }
 
-void check_says(const Words &words, const Words & /*verbs*/) {
+void check_says(const Words &words) {
   if (words.size() == 2 && words[0] != "not")
     throw std::invalid_argument(R"(write it as: says "text", or says not "text")");
   check_is_text(words.back());
@@ -62,13 +54,15 @@ void says(Stage &stage, const Step &step) {
 constexpr std::array<StepRow, 4> kRows{{
     {{"hands", 1, 1, "hands \"steps\"", "a technician works beside the operator from now\non; see `spbox technician`"},
      check_hands,
-     send_technician},
+     send_technician,
+     {.uses_box = true}},
     {{"handsdone", 0, 0, "handsdone", "waits until the technicians have done their\nwork, as the end of the play does"},
      nullptr,
      wait_for_hands},
     {{"spbox", 1, script::kAny, "spbox VERB ...", "works on the box, as in `spbox pull /PSU#3`"},
-     check_verb,
-     run_spbox},
+     nullptr,
+     run_spbox,
+     {.uses_box = true, .names_verb = true}},
     {{"says", 1, 2, "says [not] \"text\"", "the last `spbox` step printed the text, or did\nnot"}, check_says, says},
 }};
 

@@ -59,7 +59,8 @@ struct Word {
 
 struct Verb {
   std::string name;
-  std::string line;  // what it does, in one line
+  std::string line;           // what it does, in one line
+  bool works_on_box = false;  // one that is there, whose DIR is its first word: a step of a play may take the verb
   std::vector<Word> words;
   std::string footer;                // of its help: what else there is to know, and examples
   std::function<void()> check = {};  // throws UsageError for what the words' rows cannot tell; may be empty

@@ -141,6 +141,7 @@ Verb break_verb() {
   auto options = std::make_shared<Options>();
   return {.name = "break",
           .line = "Break records on purpose: missing, too short, too long",
+          .works_on_box = true,
           .words = {box_word(options->box),
                     targets_word(*options, "Units or names of records; without any, what is broken is\nshown"),
                     identity_option(*options),
@@ -168,6 +169,7 @@ Verb mend_verb() {
   auto options = std::make_shared<Options>();
   return {.name = "mend",
           .line = "Restore the records that were broken on purpose",
+          .works_on_box = true,
           .words = {box_word(options->box), targets_word(*options, "Only these; without any, all"),
                     identity_option(*options)},
           .footer = "Examples:\n  spbox mend box\n  spbox mend box /PSU#3 --fru",

@@ -34,6 +34,7 @@ std::vector<Verb> change_verbs() {
     auto options = std::make_shared<Options>();
     verbs.push_back({.name = std::string(row.verb),
                      .line = std::string(row.help),
+                     .works_on_box = true,
                      .words = {box_word(options->box),
                                {.name = "UNIT",
                                 .help = "Their locations, such as /PSU#3 or /CMU#0/MEM#03A",

@@ -83,6 +83,7 @@ Verb daemon_verb() {
   auto options = std::make_shared<Options>();
   return {.name = "daemon",
           .line = "Show the box's daemon, or bend how it answers",
+          .works_on_box = true,
           .words = {box_word(options->box),
                     {.name = "WAY",
                      .help = "well, late, silent, dead or garbled",

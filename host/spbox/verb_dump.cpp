@@ -61,6 +61,7 @@ Verb dump_verb() {
   auto options = std::make_shared<Options>();
   return {.name = "dump",
           .line = "Write all that the box holds as a text to compare and keep",
+          .works_on_box = true,
           .words = {box_word(options->box),
                     {.name = "FILE", .help = "The text; without it, or with -, standard output", .to = &options->file}},
           .footer =

@@ -19,12 +19,10 @@ struct Options {
   play::Values values;
 };
 
-// Those that work on a box that is there.
-play::Words verbs_of_box() {
+play::Words verbs_that_work_on_box() {
   play::Words verbs;
   for (const Verb &verb : all_verbs()) {
-    const std::string &name = verb.name;
-    if (name != "create" && name != "run" && name != "play" && name != "load") verbs.push_back(name);
+    if (verb.works_on_box) verbs.push_back(verb.name);
   }
   return verbs;
 }
@@ -38,7 +36,7 @@ void take_values(Options &options) {
 }
 
 int play_script(const Options &options) {
-  const auto steps = play::prepare(options.files, options.values, verbs_of_box());
+  const auto steps = play::prepare(options.files, options.values, verbs_that_work_on_box());
   const play::Interrupts interrupts;
   try {
     play::perform(steps, options.files, std::filesystem::read_symlink("/proc/self/exe"), std::cout, interrupts.alarm());

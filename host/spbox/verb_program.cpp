@@ -99,6 +99,7 @@ Verb program_verb() {
   box::Bend &bend = options->bend;
   return {.name = "program",
           .line = "Show a control program, or bend what it does",
+          .works_on_box = true,
           .words = {box_word(options->box),
                     {.name = "NAME",
                      .help = "The control program; without it, all are shown",

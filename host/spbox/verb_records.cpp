@@ -135,6 +135,7 @@ Verb trace_verb() {
   auto options = std::make_shared<Options>();
   return {.name = "trace",
           .line = "Show what the library recorded, in words",
+          .works_on_box = true,
           .words = {box_word(options->box),
                     last_option(*options),
                     json_option(options->as_json),
@@ -151,6 +152,7 @@ Verb log_verb() {
   auto options = std::make_shared<Options>();
   return {.name = "log",
           .line = "Show the service processor's log, in words",
+          .works_on_box = true,
           .words = {box_word(options->box), last_option(*options), json_option(options->as_json)},
           .footer = "Example:\n  spbox log box --json",
           .act = [options] { return log(*options); }};

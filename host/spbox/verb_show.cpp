@@ -127,6 +127,7 @@ Verb show_verb() {
   return {
       .name = "show",
       .line = "Show one unit, and the records that hold it",
+      .works_on_box = true,
       .words = {box_word(options->box),
                 {.name = "UNIT", .help = "Its location, such as /PSU#3", .to = &options->unit, .need = Need::kRequired},
                 json_option(options->as_json)},

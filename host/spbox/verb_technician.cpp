@@ -53,6 +53,7 @@ Verb technician_verb() {
   auto options = std::make_shared<Options>();
   return {.name = "technician",
           .line = "Pull and insert units by a script while a command runs",
+          .works_on_box = true,
           .words = {box_word(options->box),
                     {.name = "SCRIPT",
                      .help = "File with the steps, one a line",

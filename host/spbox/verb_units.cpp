@@ -156,6 +156,7 @@ Verb units_verb() {
   auto options = std::make_shared<Options>();
   return {.name = "units",
           .line = "List the units, each with state, LED and maintenance flag",
+          .works_on_box = true,
           .words = {box_word(options->box),
                     {.name = "UNIT", .help = "List only these, with what sits on them", .to = &options->units},
                     json_option(options->as_json)},

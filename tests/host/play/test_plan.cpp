@@ -118,8 +118,12 @@ TEST_F(PlanTest, NamesAUnitThatTheServerDoesNotHave) {
 
 TEST_F(PlanTest, APlayHasOneBox) {
   EXPECT_EQ(wrong_with("box qe2\nbox qe1\n"), "walk.play:2: `box qe1`: a play has one box");
-  EXPECT_EQ(wrong_with("spbox show /PSU#3\nbox qe1\n"),
-            "walk.play:2: `box qe1`: the steps before it have worked on a box already");
+  for (const char *step : {"start true", "hands \"pull /PSU#3\"", "spbox show /PSU#3", "in_order"}) {
+    EXPECT_EQ(wrong_with(step + std::string("\nbox qe1\n")),
+              "walk.play:2: `box qe1`: the steps before it have worked on a box already")
+        << step;
+  }
+  EXPECT_EQ(wrong_with("terminal 50 132\nsay \"begin\"\nbox qe1\n"), "nothing");
 }
 
 }  // namespace

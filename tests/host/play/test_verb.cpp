@@ -158,7 +158,8 @@ TEST_F(PlayVerb, RefusesWhatMakesNoSenseBeforeTheFirstStep) {
       {"a verb that does not work on a box",
        "box qe2\nspbox run ls\n",
        {},
-       "spbox: walk.play:2: `spbox run ls`: \"run\" is not a verb that works on a box; those are "},
+       "spbox: walk.play:2: `spbox run ls`: \"run\" is not a verb that works on a box; those are units, "
+       "show, pull, insert, fault, degrade, repair, technician, program, daemon, break, mend, trace, log, dump\n"},
       {"a technician's step",
        "box qe2\nhands \"juggle\"\n",
        {},
