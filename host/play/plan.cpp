@@ -43,10 +43,6 @@ std::string with_values(const std::string &word, const Values &values) {
   return text;
 }
 
-script::Error wrong_with(const Step &step, const std::string &reason) {
-  return script::Error(script::Statement{step.place, step.text, {}}.error(reason).what() + step.via);
-}
-
 class PlanReader {
  public:
   explicit PlanReader(const Words &verbs) : verbs_(verbs) {}
@@ -55,7 +51,9 @@ class PlanReader {
     try {
       script::Reader reader(script::text_of_file(script), script.string(),
                             {.has_quotes = true, .has_semicolons = false});
-      while (auto statement = reader.next()) read_step(script, *statement, values, via, depth);
+      while (auto statement = reader.next()) {
+        read_step({std::move(*statement), nullptr, script.parent_path(), via}, values, depth);
+      }
     } catch (const PlayedScriptError &) {
       throw;
     } catch (const script::Error &wrong) {
@@ -72,19 +70,17 @@ class PlanReader {
     using script::Error::Error;
   };
 
-  void read_step(const fs::path &script, script::Statement &statement, const Values &values, const std::string &via,
-                 int depth) {
-    Step step{nullptr, {}, statement.text, statement.place, via, script.parent_path()};
+  void read_step(Step step, const Values &values, int depth) {
     try {
-      step.row = &script::take_row(step_rows(), statement.words);
-      for (const auto &word : statement.words) step.words.push_back(with_values(word, values));
+      step.row = &script::take_row(step_rows(), step.words);
+      for (auto &word : step.words) word = with_values(word, values);
       if (step.row->perform == nullptr) return play(step, depth);
       if (step.row->check != nullptr) step.row->check(step.words);
       if (step.row->traits.names_verb) check_verb(step.words[0]);
     } catch (const PlayedScriptError &) {
       throw;
     } catch (const std::exception &wrong) {
-      throw statement.error(wrong.what());
+      throw PlayedScriptError(step.error(wrong.what()).what());
     }
     steps.push_back(std::move(step));
   }
@@ -112,7 +108,7 @@ void check_on(const std::string &model, const Step &step) {
   try {
     step.row->traits.check_on(model, step.words);
   } catch (const std::invalid_argument &wrong) {
-    throw wrong_with(step, wrong.what());
+    throw step.error(wrong.what());
   }
 }
 
@@ -123,8 +119,8 @@ void check_boxes(const std::vector<Step> &steps) {
   bool is_used = false;
   for (const Step &step : steps) {
     const Traits &traits = step.row->traits;
-    if (traits.makes_box && made != nullptr) throw wrong_with(step, "a play has one box");
-    if (traits.makes_box && is_used) throw wrong_with(step, "the steps before it have worked on a box already");
+    if (traits.makes_box && made != nullptr) throw step.error("a play has one box");
+    if (traits.makes_box && is_used) throw step.error("the steps before it have worked on a box already");
     if (traits.makes_box) made = &step;
     if (traits.check_on != nullptr && made != nullptr) check_on(made->words[0], step);
     is_used |= traits.uses_box;

@@ -6,10 +6,9 @@ namespace play {
 namespace {
 
 // The screen and the technicians' words belong to every failure: the reason is often there.
-Failure failure(Stage &stage, const Step &step, const std::string &reason) {
-  std::string text = step.place + ": `" + step.text + "`: " + stage.box.without_folder(reason);
-  while (text.back() == '\n') text.pop_back();
-  text += step.via + "\n";
+Failure failure(Stage &stage, const Step &step, std::string reason) {
+  while (reason.ends_with('\n')) reason.pop_back();
+  std::string text = step.error(stage.box.without_folder(reason)).what() + std::string("\n");
   if (const auto screen = stage.op.screen()) text += framed(*screen, "the screen");
   for (const auto &technician : stage.technicians.at_work()) {
     const auto output = stage.box.without_folder(technician.work.output());

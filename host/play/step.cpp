@@ -14,6 +14,10 @@ std::span<const StepRow> step_rows() {
   return all;
 }
 
+script::Error Step::error(const std::string &reason) const {
+  return script::Error(Statement::error(reason).what() + via);
+}
+
 void check_is_text(const std::string &word) {
   if (word.find_first_not_of(' ') == std::string::npos) throw std::invalid_argument("the text is empty");
 }

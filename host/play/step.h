@@ -39,13 +39,14 @@ struct StepRow : script::Form {
   Traits traits = {};
 };
 
-struct Step {
+// A statement of a script, whose verb is taken off its words.
+struct Step : script::Statement {
   const StepRow *row;
-  Words words;                   // behind the verb
-  std::string text;              // as it was written
-  std::string place;             // "demo.play:12"
-  std::string via;               // where its script is played from: "\n  played from walk.play:3", or nothing
   std::filesystem::path folder;  // of its script
+  std::string via;               // where its script is played from: "\n  played from walk.play:3", or nothing
+
+  // "walk.play:12: `exit soon`: REASON", and where the script is played from.
+  script::Error error(const std::string &reason) const;
 };
 
 // In the order of the help.

@@ -151,12 +151,13 @@ constexpr StepRow kFlicker{{"flicker", 3, 3, "flicker /PSU#3 5 0.5", "Out or in 
                            flicker};
 
 Step step_of(script::Statement &&statement) {
+  Step step{std::move(statement), nullptr};
   try {
-    const StepRow &row = script::take_row(step_rows(), statement.words);
-    if (row.check != nullptr) row.check(statement.words);
-    return {&row, statement.words, statement.text, statement.place};
+    step.row = &script::take_row(step_rows(), step.words);
+    if (step.row->check != nullptr) step.row->check(step.words);
+    return step;
   } catch (const std::invalid_argument &wrong) {
-    throw statement.error(wrong.what());
+    throw step.error(wrong.what());
   }
 }
 

@@ -21,11 +21,9 @@ struct StepRow : script::Form {
   void (*perform)(Technician &hands, const Step &step);
 };
 
-struct Step {
+// A statement of a script, whose verb is taken off its words.
+struct Step : script::Statement {
   const StepRow *row;
-  Words words;        // behind the verb
-  std::string text;   // as it was written
-  std::string place;  // "hands.txt:3", or "step 3" where the script is no file
 };
 
 // In the order of the help.

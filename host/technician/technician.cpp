@@ -23,7 +23,7 @@ std::string location_of(const std::string &name) {
 }
 
 Failure failure(const Step &step, const std::string &reason) {
-  return Failure(script::Statement{step.place, step.text, {}}.error(reason).what());
+  return Failure(step.error(reason).what());
 }
 
 }  // namespace

@@ -81,6 +81,11 @@ TEST_F(PlayerTest, NamesTheScriptAndTheOnesThatPlayIt) {
             "  played from walk.play:2\n");
 }
 
+TEST_F(PlayerTest, QuotesTheBeginningOfALongStep) {
+  EXPECT_EQ(reason_of("absent \"" + std::string(300, 'x') + "\"\n"),
+            "walk.play:1: `absent \"" + std::string(192, 'x') + "...`: no command was started on the terminal");
+}
+
 // The command asks twice in the same words, and the answer to the first question takes its time.
 constexpr const char *kAsksTwice =
     "start sh -c \"echo Sure?; read a; sleep 0.3; echo Sure?; read b; echo $$a$$b\"\n"
