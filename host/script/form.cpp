@@ -20,8 +20,9 @@ bool take_verb(const Form &form, Words &words) {
   return true;
 }
 
-std::invalid_argument no_such_step(const std::string &verb, const std::vector<std::string_view> &verbs) {
-  return std::invalid_argument("there is no step \"" + verb + "\"; there are " + base::listed(verbs, " and "));
+std::invalid_argument unknown(const std::string &verb, const std::vector<std::string_view> &verbs, const char *what) {
+  return std::invalid_argument(std::string("there is no ") + what + " \"" + verb + "\"; there are " +
+                               base::listed(verbs, " and "));
 }
 
 std::string help_of(const Form &form, std::size_t column) {

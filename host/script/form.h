@@ -1,4 +1,4 @@
-// How the steps of a script are written: what a table of steps has in each row, whatever else it has there.
+// How the statements of a script are written: what a table of them has in each row, whatever else it has there.
 #pragma once
 
 #include <span>
@@ -25,17 +25,17 @@ struct Form {
 bool take_verb(const Form &form, Words &words);
 
 // "there is no step "jump"; there are box, start and exit"
-std::invalid_argument no_such_step(const std::string &verb, const std::vector<std::string_view> &verbs);
+std::invalid_argument unknown(const std::string &verb, const std::vector<std::string_view> &verbs, const char *what);
 
-// The row of a statement, whose verb is taken off its words. Throws std::invalid_argument.
+// The row of a statement, whose verb is taken off its words. A statement is called `what`. Throws std::invalid_argument.
 template <typename Row>
-const Row &take_row(std::span<const Row> rows, Words &words) {
+const Row &take_row(std::span<const Row> rows, Words &words, const char *what = "step") {
   std::vector<std::string_view> verbs;
   for (const Row &row : rows) {
     if (take_verb(row, words)) return row;
     verbs.push_back(row.verb);
   }
-  throw no_such_step(words.front(), verbs);
+  throw unknown(words.front(), verbs, what);
 }
 
 // One step of a help text: how it is written, and from `column` on what it means.

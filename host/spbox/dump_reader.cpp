@@ -1,6 +1,7 @@
 #include <bit>
 #include <optional>
 #include <set>
+#include <span>
 #include <stdexcept>
 #include <utility>
 
@@ -9,7 +10,7 @@
 #include "host/box/hardware.h"
 #include "host/box/inventory.h"
 #include "host/box/record_words.h"
-#include "host/script/script.h"
+#include "host/script/form.h"
 #include "host/script/values.h"
 #include "host/spbox/dump.h"
 
@@ -28,7 +29,7 @@ class DumpReader {
   box::Contents contents(std::string text, const std::string &name) {
     script::Reader lines(std::move(text), name, {.has_quotes = true, .has_semicolons = false});
     try {
-      while (const auto line = lines.next()) take(*line);
+      while (auto line = lines.next()) take(*line);
     } catch (const script::Error &error) {
       if (!headed_ || !lines.line_is_cut()) throw box::InventoryError(error.what() + std::string("."));
       throw box::InventoryError(name + " is cut off in line " + std::to_string(lines.line()) +
@@ -43,7 +44,7 @@ class DumpReader {
  private:
   using Arguments = script::Words;
 
-  void take(const script::Statement &line) {
+  void take(script::Statement &line) {
     place_ = line.place;
     try {
       if (headed_) return statement(line.words);
@@ -60,28 +61,23 @@ class DumpReader {
     }
   }
 
-  void statement(const Arguments &words) {
+  void statement(Arguments &words) {
     if (ended_) wrong("this stands behind the line `end`");
-    if (words.front().ends_with(':')) return row(words);
-    for (const Statement &known : kStatements) {
-      if (words.front() != known.word) continue;
-      if (words.size() != known.words) wrong(std::string("write it as: ") + known.form);
-      return (this->*known.read)(words);
-    }
-    wrong("a dump has no line \"" + words.front() +
-          "\"; it has order, model, database, record, bytes, setting and end");
+    if (words.front().ends_with(':')) return bytes_at(words);
+    const LineRow &line = script::take_row(std::span<const LineRow>(kLines), words, "line");
+    (this->*line.read)(words);
   }
 
   void order(const Arguments &words) {
     if (order_) wrong("the byte order is given a second time");
-    if (words[1] != "big" && words[1] != "little") wrong("the byte order is big or little");
-    order_ = words[1] == "big" ? std::endian::big : std::endian::little;
+    if (words[0] != "big" && words[0] != "little") wrong("the byte order is big or little");
+    order_ = words[0] == "big" ? std::endian::big : std::endian::little;
   }
 
   void model(const Arguments &words) {
     if (contents_.model != LMAINTE_MODEL_NONE) wrong("the model is given a second time");
-    const box::Model *found = box::find_model(words[1]);
-    if (found == nullptr) wrong("there is no model \"" + words[1] + "\"; the models are " + box::model_names());
+    const box::Model *found = box::find_model(words[0]);
+    if (found == nullptr) wrong("there is no model \"" + words[0] + "\"; the models are " + box::model_names());
     contents_.model = found->code;
     model_place_ = place_;
   }
@@ -104,27 +100,27 @@ class DumpReader {
   }
 
   void database(const Arguments &words) {
-    const auto db_id = base::number_in<std::size_t>(words[1]);
-    if (words[1] != "box" && (!db_id || *db_id >= box::kDatabaseCount)) {
-      wrong("there is no database \"" + words[1] + "\"; there are 0 to " + std::to_string(box::kDatabaseCount - 1) +
+    const auto db_id = base::number_in<std::size_t>(words[0]);
+    if (words[0] != "box" && (!db_id || *db_id >= box::kDatabaseCount)) {
+      wrong("there is no database \"" + words[0] + "\"; there are 0 to " + std::to_string(box::kDatabaseCount - 1) +
             " and box");
     }
-    if (!databases_.insert(words[1]).second) wrong("the database comes a second time");
-    in_box_ = words[1] == "box";
+    if (!databases_.insert(words[0]).second) wrong("the database comes a second time");
+    in_box_ = words[0] == "box";
     database_ = in_box_ ? nullptr : &contents_.records.at(*db_id);
     record_ = nullptr;
   }
 
   void record(const Arguments &words) {
     if (database_ == nullptr && !in_box_) wrong("a record stands outside the databases");
-    const auto size = base::number_in<std::size_t>(words[2]);
+    const auto size = base::number_in<std::size_t>(words[1]);
     if (!size || *size > kLargestRecord) {
       wrong("a record has 0 to " + std::to_string(kLargestRecord) + " bytes");
     }
-    check_name(words[1], in_box_ ? kLongestKey : kLongestName);
-    if (in_box_ && !box::record_of_key(words[1])) wrong("the database box holds no records but broken ones");
+    check_name(words[0], in_box_ ? kLongestKey : kLongestName);
+    if (in_box_ && !box::record_of_key(words[0])) wrong("the database box holds no records but broken ones");
     auto &records = in_box_ ? broken_ : *database_;
-    const auto [at, is_new] = records.try_emplace(words[1], *size);
+    const auto [at, is_new] = records.try_emplace(words[0], *size);
     if (!is_new) wrong("the record comes a second time");
     record_ = &at->second;
     row_end_ = 0;
@@ -138,12 +134,12 @@ class DumpReader {
 
   void setting(const Arguments &words) {
     if (!in_box_) wrong("a setting stands outside the database box");
-    check_name(words[1], kLongestKey);
-    if (!contents_.hardware.emplace(words[1], words[2]).second) wrong("the setting comes a second time");
+    check_name(words[0], kLongestKey);
+    if (!contents_.hardware.emplace(words[0], words[1]).second) wrong("the setting comes a second time");
     record_ = nullptr;
   }
 
-  void row(const Arguments &words) {
+  void bytes_at(const Arguments &words) {
     if (record_ == nullptr) wrong("bytes stand outside a record");
     const auto at = base::number_in<std::size_t>(std::string_view(words[0]).substr(0, words[0].size() - 1));
     if (!at) wrong("\"" + words[0] + "\" is not a place in a record; write its number and a colon");
@@ -188,19 +184,16 @@ class DumpReader {
     return std::move(contents_);
   }
 
-  struct Statement {
-    const char *word;
-    std::size_t words;
-    const char *form;
+  struct LineRow : script::Form {
     void (DumpReader::*read)(const Arguments &);
   };
-  static constexpr Statement kStatements[] = {
-      {"order", 2, "order big|little", &DumpReader::order},
-      {"model", 2, "model NAME", &DumpReader::model},
-      {"database", 2, "database NUMBER|box", &DumpReader::database},
-      {"record", 3, "record NAME SIZE", &DumpReader::record},
-      {"setting", 3, "setting KEY VALUE", &DumpReader::setting},
-      {"end", 1, "end", &DumpReader::end},
+  static constexpr LineRow kLines[] = {
+      {{"order", 1, 1, "order big|little", ""}, &DumpReader::order},
+      {{"model", 1, 1, "model NAME", ""}, &DumpReader::model},
+      {{"database", 1, 1, "database NUMBER|box", ""}, &DumpReader::database},
+      {{"record", 2, 2, "record NAME SIZE", ""}, &DumpReader::record},
+      {{"setting", 2, 2, "setting KEY VALUE", ""}, &DumpReader::setting},
+      {{"end", 0, 0, "end", ""}, &DumpReader::end},
   };
 
   box::Contents contents_;

@@ -172,7 +172,7 @@ const BadRow kBad[] = {
     {"a database above 5", "database 6\n", ":2: `database 6`: there is no database \"6\"; there are 0 to 5 and box."},
     {"a database twice", "database 1\ndatabase 1\n", ":3: `database 1`: the database comes a second time."},
     {"an unknown word", "frob 1\n",
-     ":2: `frob 1`: a dump has no line \"frob\"; it has order, model, database, record, bytes, setting and end."},
+     ":2: `frob 1`: there is no line \"frob\"; there are order, model, database, record, setting and end."},
     {"one word too few", "record x\n", ":2: `record x`: write it as: record NAME SIZE."},
     {"a record outside a database", "record x 1\n", ":2: `record x 1`: a record stands outside the databases."},
     {"no size", "database 2\nrecord x many\n", ":3: `record x many`: a record has 0 to 1048576 bytes."},
