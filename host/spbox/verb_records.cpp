@@ -26,14 +26,6 @@ void keep_last(std::vector<Entry> &entries, std::size_t last) {
   if (last > 0 && entries.size() > last) entries.erase(entries.begin(), entries.end() - static_cast<long>(last));
 }
 
-std::uint32_t pid_of(const box::TraceEntry &entry) {
-  return entry.words[0];
-}
-
-std::uint32_t line_of(const box::TraceEntry &entry) {
-  return entry.words[1];
-}
-
 Json json_of(const box::TraceEntry &entry) {
   const TraceLine line = trace_book::words_of(entry);
   Json::List values;
@@ -43,9 +35,9 @@ Json json_of(const box::TraceEntry &entry) {
   }
   return Json::Object{{"number", entry.number},
                       {"time", utc(entry.time_ns)},
-                      {"pid", pid_of(entry)},
+                      {"pid", line.pid},
                       {"function", line.function},
-                      {"line", line_of(entry)},
+                      {"line", line.line},
                       {"level", line.level},
                       {"name", line.name},
                       {"event", line.event},
@@ -65,7 +57,7 @@ std::string text_of(const TraceLine &line) {
 
 std::vector<std::string> cells_of(const box::TraceEntry &entry) {
   const TraceLine line = trace_book::words_of(entry);
-  return {time_of_day(entry.time_ns), std::to_string(pid_of(entry)), line.level, line.function, text_of(line)};
+  return {time_of_day(entry.time_ns), std::to_string(line.pid), line.level, line.function, text_of(line)};
 }
 
 bool is_error(const box::TraceEntry &entry) {

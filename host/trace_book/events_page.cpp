@@ -20,11 +20,6 @@ constexpr char kHead[] =
     "stands\n"
     "behind it, as in `lmainte_exec:stop-child`.\n";
 
-struct RoomOfPages {
-  const char *folder;
-  Functions functions;
-};
-
 std::string code_text(Code code) {
   char text[16];
   std::snprintf(text, sizeof text, "0x%08X", trace_events::kEventBase + code);
@@ -55,15 +50,10 @@ std::string section(const Function &function) {
 }  // namespace
 
 std::string events_page() {
-  const RoomOfPages rooms[] = {
-      {"src/frame", frame_functions()},         {"src/db", db_functions()},   {"src/model", model_functions()},
-      {"src/inventory", inventory_functions()}, {"src/ops", ops_functions()}, {"src/dialogue", dialogue_functions()},
-      {"src/state", state_functions()},
-  };
   std::string page = kHead;
-  for (const RoomOfPages &room : rooms) {
+  for (const Room &room : rooms()) {
     page += "\n## " + std::string(room.folder) + "\n";
-    for (const Function &function : room.functions) page += section(function);
+    for (const Function &function : room.functions()) page += section(function);
   }
   return page;
 }

@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <array>
-#include <tuple>
 
 #include "trace_events/db.h"
 #include "trace_events/dialogue.h"
@@ -19,15 +18,23 @@ template <class... All>
 consteval std::array<Code, sizeof...(All)> entries_of(const trace_events::Room<All...> &) {
   return {All::kEntry...};
 }
+template <class Catalogue>
+constexpr auto kEntries = entries_of(Catalogue{});
+
+constexpr Room kRooms[] = {
+    {"src/frame", frame_functions, kEntries<trace_events::Frame>},
+    {"src/db", db_functions, kEntries<trace_events::Db>},
+    {"src/model", model_functions, kEntries<trace_events::Model>},
+    {"src/inventory", inventory_functions, kEntries<trace_events::Inventory>},
+    {"src/ops", ops_functions, kEntries<trace_events::Ops>},
+    {"src/dialogue", dialogue_functions, kEntries<trace_events::Dialogue>},
+    {"src/state", state_functions, kEntries<trace_events::State>},
+};
 
 // No two functions of the library begin at the same place of a block.
 consteval bool is_each_block_taken_once() {
-  constexpr auto kRooms = std::tuple{entries_of(trace_events::Frame{}), entries_of(trace_events::Db{}),
-                                     entries_of(trace_events::Model{}), entries_of(trace_events::Inventory{}),
-                                     entries_of(trace_events::Ops{}),   entries_of(trace_events::Dialogue{}),
-                                     entries_of(trace_events::State{})};
   std::vector<Code> entries;
-  std::apply([&](const auto &...rooms) { (entries.insert(entries.end(), rooms.begin(), rooms.end()), ...); }, kRooms);
+  for (const Room &room : kRooms) entries.insert(entries.end(), room.entries.begin(), room.entries.end());
   std::ranges::sort(entries);
   return std::ranges::adjacent_find(entries) == entries.end();
 }
@@ -46,12 +53,16 @@ Code point_of(Code code) {
 
 }  // namespace
 
+std::span<const Room> rooms() {
+  return kRooms;
+}
+
 const std::vector<Function> &all_functions() {
   static const auto all = [] {
     std::vector<Function> functions;
-    for (const Functions room : {frame_functions(), db_functions(), model_functions(), inventory_functions(),
-                                 ops_functions(), dialogue_functions(), state_functions()}) {
-      functions.insert(functions.end(), room.begin(), room.end());
+    for (const Room &room : kRooms) {
+      const Functions its_own = room.functions();
+      functions.insert(functions.end(), its_own.begin(), its_own.end());
     }
     return functions;
   }();

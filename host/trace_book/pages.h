@@ -3,12 +3,21 @@
 
 #include <cstdint>
 #include <optional>
+#include <span>
 #include <string>
 #include <vector>
 
 #include "host/trace_book/phrases.h"
 
 namespace trace_book {
+
+// A room of the library: its folder, its functions that record events, and the code of the first event of each.
+struct Room {
+  const char *folder;
+  Functions (*functions)();
+  std::span<const Code> entries;
+};
+std::span<const Room> rooms();
 
 // Every function of the library that records events, room by room.
 const std::vector<Function> &all_functions();

@@ -171,6 +171,7 @@ consteval auto functions_of(const trace_events::Room<All...> &) {
 
 using Functions = std::span<const Function>;
 
+// Each stands in the file of its room; pages.cpp has the rooms.
 Functions frame_functions();
 Functions db_functions();
 Functions model_functions();

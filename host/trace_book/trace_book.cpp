@@ -69,8 +69,10 @@ TraceValue value_of(const char *meaning, std::uint32_t word) {
   return {meaning, value_text(meaning, word), word};
 }
 
+// The words of a record: its process id, its source line, its values.
+constexpr std::uint32_t kPid = 0, kLine = 1, kHeadWords = 2;
+
 void add_values(const box::TraceEntry &entry, std::span<const char *const> meanings, TraceLine &line) {
-  constexpr std::uint32_t kHeadWords = 2;  // process id and source line
   for (std::uint32_t i = kHeadWords; i < entry.word_count; ++i) {
     const std::uint32_t place = i - kHeadWords;
     const bool has_meaning = place < meanings.size() && meanings[place] != nullptr;
@@ -104,7 +106,15 @@ void describe(const box::TraceEntry &entry, Code code, TraceLine &line) {
 }  // namespace
 
 TraceLine words_of(const box::TraceEntry &entry) {
-  TraceLine line{"?", "", "", level_text(entry.level), {}, false, false};
+  TraceLine line{.pid = entry.words[kPid],
+                 .line = entry.words[kLine],
+                 .function = "?",
+                 .name = "",
+                 .event = "",
+                 .level = level_text(entry.level),
+                 .values = {},
+                 .is_known = false,
+                 .is_error = false};
   const auto code = code_of(entry.event);
   if (code) {
     describe(entry, *code, line);

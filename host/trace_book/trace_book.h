@@ -16,6 +16,8 @@ struct TraceValue {
 };
 
 struct TraceLine {
+  std::uint32_t pid;     // of the process that wrote the record
+  std::uint32_t line;    // of the source, where the trace point stands
   std::string function;  // "lmainte_exec", with an internal step behind it where the record is of one
   std::string name;      // the event's in the catalogue: "entry", "exit", "started"; empty for an unknown one
   std::string event;     // in words: "a child was started"

@@ -110,6 +110,8 @@ TEST(TraceBook, PutsEventsIntoWords) {
     for (const trace_book::TraceValue &value : line.values) {
       words += (words.empty() ? "" : ", ") + value.meaning + " " + value.text;
     }
+    EXPECT_EQ(line.pid, 4711u);
+    EXPECT_EQ(line.line, 123u);
     EXPECT_EQ(line.function, row.function);
     EXPECT_EQ(line.event, row.what);
     EXPECT_EQ(words, row.words);
