@@ -8,13 +8,13 @@ using namespace trace_events;
 namespace {
 
 constexpr std::array kShared{
-    SharedPhrase{"no-database", "no such database", "database"},
-    SharedPhrase{"out-of-order", "out of order", "result", "database"},
-    SharedPhrase{"not-locked", "the database was not locked", "result", "database"},
+    SharedPhrase{"no-database", "no such database", kDatabase},
+    SharedPhrase{"out-of-order", "out of order", "result", kDatabase},
+    SharedPhrase{"not-locked", "the database was not locked", "result", kDatabase},
     SharedPhrase{"no-record", "there is no such record", "result"},
-    SharedPhrase{"not-read", "the record was not read", "client's result", "database"},
+    SharedPhrase{"not-read", "the record was not read", "client's result", kDatabase},
     SharedPhrase{"other-size", "the record has another size", "bytes expected", "bytes found"},
-    SharedPhrase{"not-unlocked", "the database was not unlocked", "result", "database"},
+    SharedPhrase{"not-unlocked", "the database was not unlocked", "result", kDatabase},
     SharedPhrase{"no-table", "the table is null"},
 };
 
@@ -25,8 +25,8 @@ inline constexpr Page kPage<ScdbOpen>{
     "lmainte_scdb_open",
     {
         {ScdbOpen::kCount, "one user more", "users"},
-        {ScdbOpen::kWrongCount, "the count of users is wrong", "database", "users"},
-        {ScdbOpen::kClientRefused, "the client did not open it", "client's result", "database"},
+        {ScdbOpen::kWrongCount, "the count of users is wrong", kDatabase, "users"},
+        {ScdbOpen::kClientRefused, "the client did not open it", "client's result", kDatabase},
     },
 };
 
@@ -35,8 +35,8 @@ inline constexpr Page kPage<ScdbClose>{
     "lmainte_scdb_close",
     {
         {ScdbClose::kCount, "one user less", "users"},
-        {ScdbClose::kNotOpen, "it is not open", "database", "users"},
-        {ScdbClose::kClientRefused, "the client did not close it", "client's result", "database"},
+        {ScdbClose::kNotOpen, "it is not open", kDatabase, "users"},
+        {ScdbClose::kClientRefused, "the client did not close it", "client's result", kDatabase},
     },
 };
 
@@ -44,8 +44,8 @@ template <>
 inline constexpr Page kPage<ScdbLock>{
     "lmainte_scdb_lock",
     {
-        {ScdbLock::kWrongCount, "the count of locks is wrong", "database", "locks"},
-        {ScdbLock::kClientRefused, "the client did not lock it", "client's result", "database"},
+        {ScdbLock::kWrongCount, "the count of locks is wrong", kDatabase, "locks"},
+        {ScdbLock::kClientRefused, "the client did not lock it", "client's result", kDatabase},
     },
 };
 
@@ -53,8 +53,8 @@ template <>
 inline constexpr Page kPage<ScdbUnlock>{
     "lmainte_scdb_unlock",
     {
-        {ScdbUnlock::kNotLocked, "it is not locked", "database", "locks"},
-        {ScdbUnlock::kClientRefused, "the client did not unlock it", "client's result", "database"},
+        {ScdbUnlock::kNotLocked, "it is not locked", kDatabase, "locks"},
+        {ScdbUnlock::kClientRefused, "the client did not unlock it", "client's result", kDatabase},
     },
 };
 
@@ -67,7 +67,8 @@ template <>
 inline constexpr Page kPage<CheckLockOrder>{
     "lmainte_scdb_check_lock_order",
     {
-        {CheckLockOrder::kHigherLocked, "a higher database is locked", "database", "higher database"},
+        {CheckLockOrder::kHigherLocked, "a higher database is locked", kDatabase,
+         Value{"higher database", Form::kDatabase}},
     },
 };
 
@@ -75,7 +76,7 @@ template <>
 inline constexpr Page kPage<MakeKey>{
     "lmainte_scdb_make_key",
     {
-        {MakeKey::kNoRecord, "there is no such record", "database", "model"},
+        {MakeKey::kNoRecord, "there is no such record", kDatabase, kModel},
         {MakeKey::kNoRecordOfUnit, "of the unit", "type", "number"},
     },
 };
@@ -94,7 +95,7 @@ template <>
 inline constexpr Page kPage<ScdbPut>{
     "lmainte_scdb_put",
     {
-        {ScdbPut::kNotWritten, "the record was not written", "client's result", "database"},
+        {ScdbPut::kNotWritten, "the record was not written", "client's result", kDatabase},
     },
 };
 
@@ -102,9 +103,9 @@ template <>
 inline constexpr Page kPage<GetData>{
     "lmainte_db_get_data",
     {
-        {GetData::kNotOpened, "the database was not opened", "result", "database"},
+        {GetData::kNotOpened, "the database was not opened", "result", kDatabase},
         {GetData::kNotRead, "the record was not read", "client's result", "index"},
-        {GetData::kNotClosed, "the database was not closed", "result", "database"},
+        {GetData::kNotClosed, "the database was not closed", "result", kDatabase},
     },
 };
 
@@ -114,7 +115,7 @@ inline constexpr Page kPage<MakeAccessTable>{
     {
         {MakeAccessTable::kRefused, "an argument is refused", "first", "count"},
         {MakeAccessTable::kRefusedSize, "an argument is refused, or the name is null", "size"},
-        {MakeAccessTable::kNoMemory, "no memory for the table", "errno"},
+        {MakeAccessTable::kNoMemory, "no memory for the table", kErrno},
     },
 };
 

@@ -8,11 +8,11 @@ using namespace trace_events;
 namespace {
 
 constexpr std::array kShared{
-    SharedPhrase{"no-child", "no child could be made", "errno"},
+    SharedPhrase{"no-child", "no child could be made", kErrno},
     SharedPhrase{"no-lines", "the lines are null"},
-    SharedPhrase{"no-file", "the list file cannot be created", "errno"},
+    SharedPhrase{"no-file", "the list file cannot be created", kErrno},
     SharedPhrase{"pager-failed", "the pager failed", "result"},
-    SharedPhrase{"not-removed", "the list file cannot be removed", "result", "errno"},
+    SharedPhrase{"not-removed", "the list file cannot be removed", "result", kErrno},
     SharedPhrase{"no-units", "the records are null"},
     SharedPhrase{"no-name", "a unit has no name", "result"},
     SharedPhrase{"no-unit", "the record is null"},
@@ -40,10 +40,10 @@ inline constexpr Page kPage<TtyControl>{
     "lmainte_tty_control",
     {
         {TtyControl::kMode, "change the terminal", "mode", "setting"},
-        {TtyControl::kNotRead, "the terminal's attributes cannot be read", "result", "errno"},
+        {TtyControl::kNotRead, "the terminal's attributes cannot be read", "result", kErrno},
         {TtyControl::kNoMode, "no such mode", "mode", "setting"},
-        {TtyControl::kNotFlushed, "the terminal's queue was not discarded", "result", "errno"},
-        {TtyControl::kNotSet, "the terminal's attributes cannot be set", "result", "errno"},
+        {TtyControl::kNotFlushed, "the terminal's queue was not discarded", "result", kErrno},
+        {TtyControl::kNotSet, "the terminal's attributes cannot be set", "result", kErrno},
     },
 };
 
@@ -57,7 +57,7 @@ inline constexpr Page kPage<DotStart>{
         {DotStart::kSignalCame, "the signal to end the progress came"},
         {DotStart::kNoRequest, "the request is null"},
         {DotStart::kRefused, "the request is refused", "enabled", "seconds"},
-        {DotStart::kNoClock, "the clock cannot be read", "errno"},
+        {DotStart::kNoClock, "the clock cannot be read", kErrno},
         {DotStart::kHandlerNotSet, "the signal's handler was not set", "result"},
     },
 };
@@ -78,10 +78,10 @@ inline constexpr Page kPage<ShowFile>{
     {
         {ShowFile::kChildRuns, "the child runs the pager"},
         {ShowFile::kNoPath, "the path is null"},
-        {ShowFile::kCannotRun, "the pager cannot be run", "errno"},
-        {ShowFile::kWaitFailed, "the wait for the pager failed", "result", "errno"},
-        {ShowFile::kKilled, "the pager was killed", "wait status"},
-        {ShowFile::kNotStarted, "the pager could not be started", "wait status"},
+        {ShowFile::kCannotRun, "the pager cannot be run", kErrno},
+        {ShowFile::kWaitFailed, "the wait for the pager failed", "result", kErrno},
+        {ShowFile::kKilled, "the pager was killed", kWaitStatus},
+        {ShowFile::kNotStarted, "the pager could not be started", kWaitStatus},
     },
 };
 

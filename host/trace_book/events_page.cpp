@@ -27,8 +27,8 @@ std::string code_text(Code code) {
 }
 
 std::string values_text(const Event &event) {
-  std::string text = event.first == nullptr ? "" : event.first;
-  if (event.second != nullptr) text += std::string(", ") + event.second;
+  std::string text = event.first.meaning == nullptr ? "" : event.first.meaning;
+  if (event.second.meaning != nullptr) text += std::string(", ") + event.second.meaning;
   return text;
 }
 

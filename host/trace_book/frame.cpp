@@ -17,19 +17,19 @@ template <>
 inline constexpr Page kPage<Exec>{
     "lmainte_exec",
     {
-        {Exec::kProgram, "run a control program", "command", "arguments"},
-        {Exec::kChildRuns, "the child runs the program", "command", "arguments"},
+        {Exec::kProgram, "run a control program", kCommand, "arguments"},
+        {Exec::kChildRuns, "the child runs the program", kCommand, "arguments"},
         {Exec::kStarted, "a child was started", "time limit", "child"},
         {Exec::kLimitSpent, "the time limit is spent", "seconds waited"},
-        {Exec::kStopped, "the child was stopped", "result", "wait status"},
+        {Exec::kStopped, "the child was stopped", "result", kWaitStatus},
         {Exec::kEnded, "the program ended", "exit status"},
         {Exec::kRefused, "an argument is refused"},
-        {Exec::kNoMemory, "no memory for the arguments", "errno"},
-        {Exec::kNoChild, "no child could be made", "errno"},
-        {Exec::kCannotRun, "the program cannot be run", "errno"},
-        {Exec::kWaitFailed, "the wait for the child failed", "result", "errno"},
+        {Exec::kNoMemory, "no memory for the arguments", kErrno},
+        {Exec::kNoChild, "no child could be made", kErrno},
+        {Exec::kCannotRun, "the program cannot be run", kErrno},
+        {Exec::kWaitFailed, "the wait for the child failed", "result", kErrno},
         {Exec::kNotStopped, "the child could not be stopped", "result"},
-        {Exec::kKilled, "the program was killed", "wait status"},
+        {Exec::kKilled, "the program was killed", kWaitStatus},
     },
 };
 
@@ -39,8 +39,8 @@ inline constexpr Page kPage<StopChild>{
     {
         {StopChild::kChild, "stop the child", "child"},
         {StopChild::kSignalSent, "a signal was sent", "attempt"},
-        {StopChild::kWaitFailed, "the wait after SIGTERM failed", "result", "errno"},
-        {StopChild::kLastWaitFailed, "the wait after SIGKILL failed", "result", "errno"},
+        {StopChild::kWaitFailed, "the wait after SIGTERM failed", "result", kErrno},
+        {StopChild::kLastWaitFailed, "the wait after SIGKILL failed", "result", kErrno},
     },
 };
 
@@ -48,8 +48,8 @@ template <>
 inline constexpr Page kPage<Signal>{
     "lmainte_signal",
     {
-        {Signal::kHandlerSet, "a handler was set", "result", "signal"},
-        {Signal::kHandlerNotSet, "the handler was not set", "result", "signal"},
+        {Signal::kHandlerSet, "a handler was set", "result", kSignal},
+        {Signal::kHandlerNotSet, "the handler was not set", "result", kSignal},
     },
 };
 

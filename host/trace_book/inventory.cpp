@@ -8,12 +8,12 @@ using namespace trace_events;
 namespace {
 
 constexpr std::array kShared{
-    SharedPhrase{"not-opened", "a database was not opened", "database", "result"},
-    SharedPhrase{"not-locked", "a database was not locked", "database", "result"},
-    SharedPhrase{"not-unlocked", "a database was not unlocked", "database", "result"},
-    SharedPhrase{"not-closed", "a database was not closed", "database", "result"},
-    SharedPhrase{"refused", "an argument is refused", "count", "model"},
-    SharedPhrase{"no-model", "no such model", "model"},
+    SharedPhrase{"not-opened", "a database was not opened", kDatabase, "result"},
+    SharedPhrase{"not-locked", "a database was not locked", kDatabase, "result"},
+    SharedPhrase{"not-unlocked", "a database was not unlocked", kDatabase, "result"},
+    SharedPhrase{"not-closed", "a database was not closed", kDatabase, "result"},
+    SharedPhrase{"refused", "an argument is refused", "count", kModel},
+    SharedPhrase{"no-model", "no such model", kModel},
     SharedPhrase{"no-board", "no such board", "board"},
     SharedPhrase{"no-current", "the current record was not read"},
     SharedPhrase{"no-result", "the record is null"},
@@ -80,8 +80,8 @@ template <>
 inline constexpr Page kPage<GetFantrayData>{
     "lmainte_get_fantray_data",
     {
-        {GetFantrayData::kNoCurrent, "the current record was not read", "database"},
-        {GetFantrayData::kNoFruRecords, "the FRU records were not read", "database", "first"},
+        {GetFantrayData::kNoCurrent, "the current record was not read", kDatabase},
+        {GetFantrayData::kNoFruRecords, "the FRU records were not read", kDatabase, "first"},
     },
 };
 
@@ -100,7 +100,7 @@ template <>
 inline constexpr Page kPage<GetCoolgrpData>{
     "lmainte_get_coolgrp_data",
     {
-        {GetCoolgrpData::kNoModel, "the model has no cooling groups", "model"},
+        {GetCoolgrpData::kNoModel, "the model has no cooling groups", kModel},
         {GetCoolgrpData::kNoGroup, "the unit is in no cooling group", "number"},
     },
 };
@@ -184,7 +184,7 @@ template <>
 inline constexpr Page kPage<ChkFruInstall>{
     "lmainte_chk_fru_install",
     {
-        {ChkFruInstall::kRefused, "an argument is refused", "number", "model"},
+        {ChkFruInstall::kRefused, "an argument is refused", "number", kModel},
     },
 };
 
@@ -209,10 +209,10 @@ template <>
 inline constexpr Page kPage<GetEmgbuData>{
     "lmainte_get_emgbu_data",
     {
-        {GetEmgbuData::kNotOpened, "a database was not opened", "result", "database"},
-        {GetEmgbuData::kNotLocked, "a database was not locked", "result", "database"},
-        {GetEmgbuData::kNotUnlocked, "a database was not unlocked", "result", "database"},
-        {GetEmgbuData::kNotClosed, "a database was not closed", "result", "database"},
+        {GetEmgbuData::kNotOpened, "a database was not opened", "result", kDatabase},
+        {GetEmgbuData::kNotLocked, "a database was not locked", "result", kDatabase},
+        {GetEmgbuData::kNotUnlocked, "a database was not unlocked", "result", kDatabase},
+        {GetEmgbuData::kNotClosed, "a database was not closed", "result", kDatabase},
     },
 };
 
@@ -220,10 +220,10 @@ template <>
 inline constexpr Page kPage<GetEmgbrData>{
     "lmainte_get_emgbr_data",
     {
-        {GetEmgbrData::kNotOpened, "a database was not opened", "result", "database"},
-        {GetEmgbrData::kNotLocked, "a database was not locked", "result", "database"},
-        {GetEmgbrData::kNotUnlocked, "a database was not unlocked", "result", "database"},
-        {GetEmgbrData::kNotClosed, "a database was not closed", "result", "database"},
+        {GetEmgbrData::kNotOpened, "a database was not opened", "result", kDatabase},
+        {GetEmgbrData::kNotLocked, "a database was not locked", "result", kDatabase},
+        {GetEmgbrData::kNotUnlocked, "a database was not unlocked", "result", kDatabase},
+        {GetEmgbrData::kNotClosed, "a database was not closed", "result", kDatabase},
     },
 };
 
@@ -259,14 +259,14 @@ inline constexpr Page kPage<GetEmgbDataAll>{
     {"lmainte_get_emgb_data_all", "lmainte_get_emgb_data_pair"},
     {
         {GetEmgbDataAll::kNoResult, "the records are null"},
-        {GetEmgbDataAll::kNotOpened, "a database was not opened", "result", "database"},
-        {GetEmgbDataAll::kNotLocked, "a database was not locked", "result", "database"},
+        {GetEmgbDataAll::kNotOpened, "a database was not opened", "result", kDatabase},
+        {GetEmgbDataAll::kNotLocked, "a database was not locked", "result", kDatabase},
         {GetEmgbDataAll::kEmgbusNotRead, "the units of the first kind were not read", "result"},
         {GetEmgbDataAll::kEmgbrsNotRead, "the units of the second kind were not read", "result"},
-        {GetEmgbDataAll::kNotUnlocked, "a database was not unlocked", "result", "database"},
-        {GetEmgbDataAll::kNotClosed, "a database was not closed", "result", "database"},
-        {GetEmgbDataAll::kNoPairs, "the model has no pairs", "model"},
-        {GetEmgbDataAll::kNoMemory, "no memory for the units", "errno"},
+        {GetEmgbDataAll::kNotUnlocked, "a database was not unlocked", "result", kDatabase},
+        {GetEmgbDataAll::kNotClosed, "a database was not closed", "result", kDatabase},
+        {GetEmgbDataAll::kNoPairs, "the model has no pairs", kModel},
+        {GetEmgbDataAll::kNoMemory, "no memory for the units", kErrno},
         {GetEmgbDataAll::kNotRead, "the units were not read", "result"},
     },
 };

@@ -17,13 +17,13 @@ template <>
 inline constexpr Page kPage<GetModelData>{
     "lmainte_get_model_data",
     {
-        {GetModelData::kModel, "the model is known", "model"},
+        {GetModelData::kModel, "the model is known", kModel},
         {GetModelData::kBothNull, "both arguments are null"},
         {GetModelData::kNoCurrent, "the current system record was not read"},
         {GetModelData::kNoSetup, "the setup system record was not read"},
         {GetModelData::kNoGeneral, "the general system record was not read"},
-        {GetModelData::kNoCount, "no count for this model", "model"},
-        {GetModelData::kNoModel, "no such model", "model"},
+        {GetModelData::kNoCount, "no count for this model", kModel},
+        {GetModelData::kNoModel, "no such model", kModel},
     },
 };
 
@@ -36,9 +36,9 @@ template <>
 inline constexpr Page kPage<ReadTimeFile>{
     "lmainte_get_model_data:read-time-file",
     {
-        {ReadTimeFile::kNotOpened, "the time file cannot be opened", "result", "errno"},
-        {ReadTimeFile::kNotRead, "the time file was not read in full", "bytes read", "errno"},
-        {ReadTimeFile::kNotClosed, "the time file was not closed", "result", "errno"},
+        {ReadTimeFile::kNotOpened, "the time file cannot be opened", "result", kErrno},
+        {ReadTimeFile::kNotRead, "the time file was not read in full", "bytes read", kErrno},
+        {ReadTimeFile::kNotClosed, "the time file was not closed", "result", kErrno},
     },
 };
 
@@ -51,7 +51,7 @@ inline constexpr Page kPage<GetUnitPositionId>{
         {GetUnitPositionId::kNotWellFormed, "the path is not well formed", "mode"},
         {GetUnitPositionId::kModelNotRead, "the model was not found out", "mode", "result"},
         {GetUnitPositionId::kNotSplit, "the path cannot be split", "mode", "result"},
-        {GetUnitPositionId::kNoModel, "no such model", "mode", "model"},
+        {GetUnitPositionId::kNoModel, "no such model", "mode", kModel},
         {GetUnitPositionId::kNoLocation, "the model has no such location", "mode"},
         {GetUnitPositionId::kNotReplaceable, "the location is none of a field-replaceable unit", "mode", "type"},
         {GetUnitPositionId::kNoIds, "the location has no such number or name", "mode", "result"},

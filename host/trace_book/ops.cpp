@@ -20,7 +20,7 @@ template <>
 inline constexpr Page kPage<ControlMainte>{
     "lmainte_control_mainte",
     {
-        {ControlMainte::kCommand, "switch maintenance mode", "command", "mode"},
+        {ControlMainte::kCommand, "switch maintenance mode", kCommand, "mode"},
         {ControlMainte::kRefused, "maintenance mode was not switched", "mode", "exit status"},
     },
 };
@@ -29,7 +29,7 @@ template <>
 inline constexpr Page kPage<ReportVanta>{
     "lmainte_report_vanta",
     {
-        {ReportVanta::kCommand, "report the maintenance", "command", "mode"},
+        {ReportVanta::kCommand, "report the maintenance", kCommand, "mode"},
         {ReportVanta::kRefused, "the maintenance was not reported", "mode", "exit status"},
     },
 };
@@ -38,7 +38,7 @@ template <>
 inline constexpr Page kPage<ControlFan>{
     "lmainte_control_fan",
     {
-        {ControlFan::kCommand, "set the fans' speed", "command", "mode"},
+        {ControlFan::kCommand, "set the fans' speed", kCommand, "mode"},
         {ControlFan::kNeedsUnit, "full speed needs a unit", "mode"},
         {ControlFan::kRefused, "the fans' speed was not set", "mode", "exit status"},
     },
@@ -57,7 +57,7 @@ template <>
 inline constexpr Page kPage<ControlLed>{
     "lmainte_control_led",
     {
-        {ControlLed::kCommand, "switch the LED", "command", "mode"},
+        {ControlLed::kCommand, "switch the LED", kCommand, "mode"},
         {ControlLed::kUnit, "of the unit", "type", "number"},
         {ControlLed::kRefused, "the LED was not switched", "mode", "exit status"},
     },
@@ -67,7 +67,7 @@ template <>
 inline constexpr Page kPage<SetMainteflag>{
     "lmainte_set_mainteflag",
     {
-        {SetMainteflag::kCommand, "set the maintenance flag", "command", "mode"},
+        {SetMainteflag::kCommand, "set the maintenance flag", kCommand, "mode"},
         {SetMainteflag::kUnit, "of the unit", "type", "number"},
         {SetMainteflag::kRefused, "the maintenance flag was not set", "mode", "exit status"},
     },
@@ -95,7 +95,7 @@ template <>
 inline constexpr Page kPage<CheckFanspeed>{
     "lmainte_check_fanspeed",
     {
-        {CheckFanspeed::kCommand, "check the fans' speed", "command"},
+        {CheckFanspeed::kCommand, "check the fans' speed", kCommand},
         {CheckFanspeed::kNoUnit, "the unit's name is null"},
         {CheckFanspeed::kRefused, "the fans do not turn as they should", "exit status"},
     },
@@ -105,7 +105,7 @@ template <>
 inline constexpr Page kPage<ClearStatus>{
     "lmainte_clear_status",
     {
-        {ClearStatus::kUnit, "clear the status of the slot", "unit id", "unit id"},
+        {ClearStatus::kUnit, "clear the status of the slot", kUnitId, kUnitId},
         {ClearStatus::kNoUnit, "the request is null"},
         {ClearStatus::kRefused, "the status was not cleared", "exit status"},
     },
@@ -116,7 +116,7 @@ inline constexpr Page kPage<SetXsb>{
     "lmainte_set_xsb",
     {
         {SetXsb::kUnit, "of the board", "type", "number"},
-        {SetXsb::kCommand, "set up the board", "command"},
+        {SetXsb::kCommand, "set up the board", kCommand},
         {SetXsb::kNoDivision, "no such division, or none of that mirroring", "division", "mirroring"},
         {SetXsb::kRefused, "the board was not set up", "exit status"},
     },
@@ -127,7 +127,7 @@ inline constexpr Page kPage<ClearXsb>{
     "lmainte_clear_xsb",
     {
         {ClearXsb::kUnit, "of the board", "type", "number"},
-        {ClearXsb::kCommand, "delete the board", "command"},
+        {ClearXsb::kCommand, "delete the board", kCommand},
         {ClearXsb::kNoDivision, "no such division", "division"},
         {ClearXsb::kRefused, "the board was not deleted", "exit status"},
     },
@@ -138,7 +138,7 @@ inline constexpr Page kPage<TestSb>{
     "lmainte_test_sb",
     {
         {TestSb::kUnit, "of the board", "type", "number"},
-        {TestSb::kCommand, "test the board", "command"},
+        {TestSb::kCommand, "test the board", kCommand},
         {TestSb::kRefused, "the test failed", "exit status"},
     },
 };
@@ -148,7 +148,7 @@ inline constexpr Page kPage<LinkBoard>{
     "lmainte_link_board",
     {
         {LinkBoard::kUnit, "of the board", "type", "number"},
-        {LinkBoard::kCommand, "link the board", "command"},
+        {LinkBoard::kCommand, "link the board", kCommand},
         {LinkBoard::kNoBoard, "the unit is no board", "type"},
         {LinkBoard::kRefused, "the board was not linked", "exit status"},
     },

@@ -20,27 +20,54 @@ namespace trace_book {
 
 using trace_events::Code;
 
-// What happened, and what the values of the record are. The meaning of a value also says how it is shown.
+// How the number of a value is shown.
+enum class Form { kNumber, kCommand, kDatabase, kErrno, kModel, kSignal, kUnitId, kWaitStatus };
+
+// What a value of a record means, and how it is shown. A value without a meaning is not there.
+struct Value {
+  const char *meaning = nullptr;  // "time limit"
+  Form form = Form::kNumber;
+};
+
+inline constexpr Value kCommand{"command", Form::kCommand};
+inline constexpr Value kDatabase{"database", Form::kDatabase};
+inline constexpr Value kErrno{"errno", Form::kErrno};
+inline constexpr Value kModel{"model", Form::kModel};
+inline constexpr Value kSignal{"signal", Form::kSignal};
+inline constexpr Value kUnitId{"unit id", Form::kUnitId};
+inline constexpr Value kWaitStatus{"wait status", Form::kWaitStatus};
+
+// A value as a page has it: most are plain numbers, and only their meaning is written.
+struct Written {
+  // NOLINTNEXTLINE(google-explicit-constructor)
+  consteval Written(const char *meaning = nullptr) : value{meaning} {}
+  // NOLINTNEXTLINE(google-explicit-constructor)
+  consteval Written(Value value_) : value(value_) {}
+
+  Value value;
+};
+
+// What happened, and what the values of the record are.
 struct Phrase {
   Code code;
   const char *text;
-  const char *first = nullptr;
-  const char *second = nullptr;
+  Written first = {};
+  Written second = {};
 };
 
 struct SharedPhrase {
   std::string_view name;  // "no-time-limit"
   const char *text;
-  const char *first = nullptr;
-  const char *second = nullptr;
+  Written first = {};
+  Written second = {};
 };
 
 struct Event {
   Code code = 0;
   std::string_view name;
   const char *text = nullptr;
-  const char *first = nullptr;
-  const char *second = nullptr;
+  Value first = {};
+  Value second = {};
 };
 
 // A function, or an internal step of one. Its events begin with entry and exit.
@@ -129,7 +156,7 @@ constexpr bool is_bound(Code code) {
 
 constexpr void phrase(Event &event, const auto &phrase) {
   if (event.text != nullptr) an_event_has_two_phrases();
-  event = {event.code, event.name, phrase.text, phrase.first, phrase.second};
+  event = {event.code, event.name, phrase.text, phrase.first.value, phrase.second.value};
 }
 
 // The events of a function with their phrases.

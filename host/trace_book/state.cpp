@@ -8,11 +8,11 @@ using namespace trace_events;
 namespace {
 
 constexpr std::array kShared{
-    SharedPhrase{"not-emptied", "the file was not emptied", "descriptor", "errno"},
+    SharedPhrase{"not-emptied", "the file was not emptied", "descriptor", kErrno},
     SharedPhrase{"null-argument", "an argument is null"},
-    SharedPhrase{"not-opened", "the file cannot be opened", "result", "errno"},
+    SharedPhrase{"not-opened", "the file cannot be opened", "result", kErrno},
     SharedPhrase{"failed", "the work on the file failed", "result"},
-    SharedPhrase{"not-closed", "the file was not closed", "result", "errno"},
+    SharedPhrase{"not-closed", "the file was not closed", "result", kErrno},
 };
 
 }  // namespace
@@ -60,7 +60,7 @@ inline constexpr Page kPage<InitSwapFruList>{
         {InitSwapFruList::kNoModelData, "the model's data are null"},
         {InitSwapFruList::kListDropped, "there was a list already: it is dropped", "count"},
         {InitSwapFruList::kNoSystemStatus, "the system's status was not read", "result"},
-        {InitSwapFruList::kNoModel, "no such model", "model"},
+        {InitSwapFruList::kNoModel, "no such model", kModel},
         {InitSwapFruList::kNotCollected, "the units were not collected", "type", "result"},
     },
 };
@@ -102,7 +102,7 @@ inline constexpr Page kPage<SwapFruCollect>{
     "lmainte_swap_fru_collect",
     {
         {SwapFruCollect::kNoReader, "units of this type are not listed", "type"},
-        {SwapFruCollect::kNoMemory, "no memory for the units", "errno"},
+        {SwapFruCollect::kNoMemory, "no memory for the units", kErrno},
         {SwapFruCollect::kNotRead, "the units were not read", "type", "result"},
         {SwapFruCollect::kNotInserted, "the unit was not inserted", "type", "result"},
     },
@@ -112,7 +112,7 @@ template <>
 inline constexpr Page kPage<SwapFruInsert>{
     "lmainte_swap_fru_insert",
     {
-        {SwapFruInsert::kNoMemory, "no memory for the list", "errno"},
+        {SwapFruInsert::kNoMemory, "no memory for the list", kErrno},
     },
 };
 
@@ -128,8 +128,8 @@ inline constexpr Page kPage<PutPinfo>{
         {PutPinfo::kItem, "an item was provided", "result", "place"},
         {PutPinfo::kWritten, "the information was written", "bytes"},
         {PutPinfo::kNoItem, "an item was not provided", "result", "place"},
-        {PutPinfo::kNotRewound, "the file was not rewound", "descriptor", "errno"},
-        {PutPinfo::kNotWritten, "the information was not written", "descriptor", "errno"},
+        {PutPinfo::kNotRewound, "the file was not rewound", "descriptor", kErrno},
+        {PutPinfo::kNotWritten, "the information was not written", "descriptor", kErrno},
     },
 };
 
@@ -144,7 +144,7 @@ inline constexpr Page kPage<GetPinfo>{
     {
         {GetPinfo::kRead, "the information was read", "bytes"},
         {GetPinfo::kNoBuffer, "the buffer is null"},
-        {GetPinfo::kNotRead, "the information was not read", "descriptor", "errno"},
+        {GetPinfo::kNotRead, "the information was not read", "descriptor", kErrno},
     },
 };
 

@@ -52,31 +52,38 @@ std::string_view name_in(const std::array<std::string_view, Size> &names, std::u
 
 constexpr std::array<std::string_view, 6> kDatabases{"general", "setup", "current", "local", "FRU", "reserved"};
 
-std::string value_text(const std::string &meaning, std::uint32_t word) {
+std::string value_text(Form form, std::uint32_t word) {
   const int number = static_cast<int>(word);
-  // NOLINTNEXTLINE(concurrency-mt-unsafe): one thread
-  if (meaning.ends_with("errno")) return named(word, std::strerror(number));
-  if (meaning == "wait status") return wait_status_text(word);
-  if (meaning == "signal") return named(word, base::signal_name(number));
-  if (meaning == "unit id") return format("%08X", word);
-  if (meaning == "model") return named(word, box::model_name(word));
-  if (meaning.ends_with("database")) return named(word, name_in(kDatabases, word));
-  if (meaning == "command") return named(word, word < box::kPrograms.size() ? box::kPrograms[word].name : "");
+  switch (form) {
+    case Form::kNumber:
+      break;
+    case Form::kCommand:
+      return named(word, word < box::kPrograms.size() ? box::kPrograms[word].name : "");
+    case Form::kDatabase:
+      return named(word, name_in(kDatabases, word));
+    case Form::kErrno:
+      return named(word, std::strerror(number));  // NOLINT(concurrency-mt-unsafe): one thread
+    case Form::kModel:
+      return named(word, box::model_name(word));
+    case Form::kSignal:
+      return named(word, base::signal_name(number));
+    case Form::kUnitId:
+      return format("%08X", word);
+    case Form::kWaitStatus:
+      return wait_status_text(word);
+  }
   return named(word, "");
-}
-
-TraceValue value_of(const char *meaning, std::uint32_t word) {
-  return {meaning, value_text(meaning, word), word};
 }
 
 // The words of a record: its process id, its source line, its values.
 constexpr std::uint32_t kPid = 0, kLine = 1, kHeadWords = 2;
 
-void add_values(const box::TraceEntry &entry, std::span<const char *const> meanings, TraceLine &line) {
+void add_values(const box::TraceEntry &entry, std::span<const Value> known, TraceLine &line) {
   for (std::uint32_t i = kHeadWords; i < entry.word_count; ++i) {
     const std::uint32_t place = i - kHeadWords;
-    const bool has_meaning = place < meanings.size() && meanings[place] != nullptr;
-    line.values.push_back(value_of(has_meaning ? meanings[place] : "value", entry.words[i]));
+    const bool has_meaning = place < known.size() && known[place].meaning != nullptr;
+    const Value value = has_meaning ? known[place] : Value{"value"};
+    line.values.push_back({value.meaning, value_text(value.form, entry.words[i]), entry.words[i]});
   }
 }
 
@@ -94,8 +101,8 @@ void describe(const box::TraceEntry &entry, Code code, TraceLine &line) {
   if (event != nullptr) {
     line.name = event->name;
     line.event = event->text;
-    const char *const meanings[] = {event->first, event->second};
-    add_values(entry, meanings, line);
+    const Value known[] = {event->first, event->second};
+    add_values(entry, known, line);
     return;
   }
   const BlockNumber at = block_number_of(code);

@@ -2,6 +2,10 @@
 
 #include <gtest/gtest.h>
 
+#include <map>
+
+#include "host/trace_book/pages.h"
+
 namespace {
 
 struct Row {
@@ -119,6 +123,22 @@ TEST(TraceBook, PutsEventsIntoWords) {
     EXPECT_EQ(line.is_known, row.known);
     EXPECT_EQ(line.is_error, row.error) << line.event;
   }
+}
+
+// An errno that is called so, but is shown as a plain number, would be a slip in one of the pages.
+TEST(TraceBook, ShowsValuesOfTheSameMeaningAlike) {
+  std::map<std::string, trace_book::Form> forms;
+  for (const trace_book::Function &function : trace_book::all_functions()) {
+    for (const trace_book::Event &event : function.events) {
+      for (const trace_book::Value &value : {event.first, event.second}) {
+        if (value.meaning == nullptr) continue;
+        EXPECT_EQ(forms.try_emplace(value.meaning, value.form).first->second, value.form)
+            << function.name << " " << event.name << ": " << value.meaning;
+      }
+    }
+  }
+  EXPECT_EQ(forms.at("higher database"), trace_book::Form::kDatabase);
+  EXPECT_EQ(forms.at("attempt"), trace_book::Form::kNumber);
 }
 
 TEST(TraceBook, ShowsHonestlyWhatItDoesNotHave) {
