@@ -97,6 +97,10 @@ bool is_box(const Place &place) {
   return fs::is_directory(place.hardware());
 }
 
+void check_is_box(const Place &place) {
+  model_of_box(place);
+}
+
 std::uint32_t model_of_box(const Place &place) {
   if (!is_box(place)) {
     throw InventoryError(place.root().string() + " is no box. " + advice({"create", place.root(), "--model", "MODEL"}) +

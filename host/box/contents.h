@@ -37,7 +37,10 @@ void create_box(const Place &place, std::uint32_t model);
 
 bool is_box(const Place &place);
 
-// The model of a box, by its marker file. Throws InventoryError where there is no box or no marker.
+// Throws InventoryError where there is no box, or no marker file that tells its model.
+void check_is_box(const Place &place);
+
+// The model of a box, by its marker file. Throws as check_is_box does.
 std::uint32_t model_of_box(const Place &place);
 
 }  // namespace box

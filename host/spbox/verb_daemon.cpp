@@ -48,7 +48,7 @@ std::string way_text(const box::DaemonBend &bend) {
 
 int daemon(const Options &options) {
   const box::Place place(options.box);
-  box::model_of_box(place);  // says what is wrong where this is no box
+  box::check_is_box(place);
   box::TextDatabase kept(place);
   if (!options.way.empty()) box::set_daemon_bend(kept, {way_of(options.way), options.seconds});
   const box::DaemonBend bend = box::daemon_bend(kept);

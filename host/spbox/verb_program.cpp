@@ -74,7 +74,7 @@ std::vector<std::string> program_names() {
 
 int program(const Options &options) {
   const box::Place place(options.box);
-  box::model_of_box(place);  // says what is wrong where this is no box
+  box::check_is_box(place);
   box::TextDatabase kept(place);
   const bool changes = options.reset || !options.bend.straight();
   if (options.name.empty() && changes) {

@@ -66,7 +66,7 @@ bool is_error(const box::TraceEntry &entry) {
 
 int trace(const Options &options) {
   const box::Place place(options.box);
-  box::model_of_box(place);  // says what is wrong where this is no box
+  box::check_is_box(place);
   std::vector<box::TraceEntry> entries = box::TraceRing::read(place.trace());
   if (options.errors) std::erase_if(entries, [](const box::TraceEntry &entry) { return !is_error(entry); });
   keep_last(entries, options.last);

@@ -28,7 +28,7 @@ struct Options {
 int run(const Options &options) {
   const auto &[folder, no_pager, network, command] = options;
   const box::Place place(fs::absolute(folder));
-  box::model_of_box(box::Place{folder});  // says what is wrong where this is no box
+  box::check_is_box(box::Place{folder});
   check_bwrap();
   if (!no_pager) check_pager();
   Visit guest{.box = place,
