@@ -4,7 +4,7 @@
 #include <string>
 #include <vector>
 
-#include "host/terminal/helper.h"
+#include "host/terminal/background_program.h"
 
 struct Done {
   int exit_status;     // 128 + n where signal n ended it
@@ -13,7 +13,7 @@ struct Done {
 
 // Runs a program to its end. Throws std::system_error when it cannot be run.
 inline Done run_to_end(const std::vector<std::string> &command) {
-  terminal::Helper program(command);
+  terminal::BackgroundProgram program(command);
   const int exit_status = program.wait().value();
   return {exit_status, program.output()};
 }

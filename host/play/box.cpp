@@ -74,10 +74,10 @@ void Box::make(const std::string &model, std::chrono::milliseconds patience) {
   if (*status != 0) throw std::runtime_error("no box could be made:\n" + create.output());
 }
 
-terminal::Helper Box::spbox(std::vector<std::string> words) const {
+terminal::BackgroundProgram Box::spbox(std::vector<std::string> words) const {
   words.insert(words.begin(), spbox_);
   words.insert(words.begin() + 2, box_.string());
-  return terminal::Helper(words, alarm_);
+  return terminal::BackgroundProgram(words, alarm_);
 }
 
 std::vector<std::string> Box::command_in_box(const std::vector<std::string> &command) const {

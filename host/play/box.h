@@ -7,7 +7,7 @@
 #include <vector>
 
 #include "host/box/place.h"
-#include "host/terminal/helper.h"
+#include "host/terminal/background_program.h"
 
 namespace play {
 
@@ -23,7 +23,7 @@ class Box {
   void make(const std::string &model, std::chrono::milliseconds patience);
 
   // spbox VERB BOX WORDS...
-  terminal::Helper spbox(std::vector<std::string> words) const;
+  terminal::BackgroundProgram spbox(std::vector<std::string> words) const;
   std::vector<std::string> command_in_box(const std::vector<std::string> &command) const;  // spbox run BOX -- COMMAND
 
   // A text without the name of a folder that is gone after the play, and another one each time.

@@ -53,10 +53,10 @@ struct Step : script::Statement {
 std::span<const StepRow> step_rows();
 
 // These parts of the table stand with what they do.
-std::span<const StepRow> steps_of_the_play();
+std::span<const StepRow> steps_that_set_up();
 std::span<const StepRow> steps_of_the_operator();
 std::span<const StepRow> steps_of_the_technician();
-std::span<const StepRow> steps_of_the_script();
+std::span<const StepRow> steps_that_wait_and_check();
 
 // Throws std::invalid_argument for a text of blanks.
 void check_is_text(const std::string &word);

@@ -19,7 +19,7 @@ void check_text(const Words &words) {
 }
 
 void check_signal(const Words &words) {
-  if (::base::signal_number(words[0]) != 0) return;
+  if (base::signal_number(words[0]) != 0) return;
   throw std::invalid_argument("there is no signal \"" + words[0] + "\"; give a name such as TERM, or a number");
 }
 
@@ -93,18 +93,18 @@ void wait_for_exit(Stage &stage, const Step &step) {
 
 // spbox tells of a command that a signal ended as a shell does; before the command is inside, it dies itself.
 void wait_for_death(Stage &stage, const Step &step) {
-  const int signal = ::base::signal_number(step.words[0]);
+  const int signal = base::signal_number(step.words[0]);
   const terminal::Ending told{false, 128 + signal}, died{true, signal};
   if (const auto ending = wait_for_end(stage); ending != told && ending != died) throw ended_otherwise(ending);
-  stage.narrator.happens("The command dies of " + ::base::signal_name(signal) + ".");
+  stage.narrator.happens("The command dies of " + base::signal_name(signal) + ".");
 }
 
 void send_signal(Stage &stage, const Step &step) {
   stage.op.terminal();
   const auto command = stage.op.wait_for_command_in_box(stage.patience);
-  const int number = ::base::signal_number(step.words[0]);
+  const int number = base::signal_number(step.words[0]);
   if (!command || kill(*command, number) != 0) throw std::runtime_error("no command runs in the box.");
-  stage.narrator.happens("The command gets " + ::base::signal_name(number) + ".");
+  stage.narrator.happens("The command gets " + base::signal_name(number) + ".");
 }
 
 // A command that is not in the box yet would never get there: bwrap needs the terminal.

@@ -8,7 +8,7 @@ namespace play {
 
 using std::chrono::milliseconds;
 
-void Technicians::add(const Step &step, terminal::Helper work, milliseconds patience) {
+void Technicians::add(const Step &step, terminal::BackgroundProgram work, milliseconds patience) {
   at_work_.push_back({&step, std::move(work)});
   auto &technician = at_work_.back().work;
   const auto is_ready = technician.wait_until_ready(patience);
@@ -18,7 +18,7 @@ void Technicians::add(const Step &step, terminal::Helper work, milliseconds pati
   throw std::runtime_error("the technician gave up.");
 }
 
-void Technicians::wait(milliseconds patience, const std::function<void(const Technician &)> &tell) {
+void Technicians::wait(milliseconds patience, const std::function<void(const SentTechnician &)> &tell) {
   for (; !at_work_.empty(); at_work_.pop_front()) {
     auto &technician = at_work_.front();
     const auto status = technician.work.wait(patience);

@@ -27,10 +27,10 @@ namespace {
 
 }  // namespace
 
-pid_t start_in_root(const Visit &visit, const std::vector<std::string> &program, int passed,
+pid_t start_in_root(const RootPlan &plan, const std::vector<std::string> &program, int passed,
                     const std::function<void()> &in_child) {
   const base::Descriptor filter = call_filter();
-  std::vector<std::string> arguments = bwrap_arguments(visit);
+  std::vector<std::string> arguments = bwrap_arguments(plan);
   arguments.insert(arguments.end(), {"--seccomp", std::to_string(filter.get()), "--"});
   arguments.insert(arguments.end(), program.begin(), program.end());
   const base::ArgumentVector words(std::move(arguments));

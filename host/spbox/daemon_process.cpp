@@ -35,11 +35,11 @@ std::string ending(int status) {
 
 }  // namespace
 
-DaemonProcess::DaemonProcess(const Visit &visit, Children &children) : children_(children) {
+DaemonProcess::DaemonProcess(const RootPlan &plan, Children &children) : children_(children) {
   base::Pipe pipe;
   says_ = std::move(pipe.out);
-  const std::vector<std::string> program{kDaemonInside, "/", std::to_string(pipe.in.get()), visit.box.root().string()};
-  bwrap_ = start_in_root(visit, program, pipe.in.get(), [&] {
+  const std::vector<std::string> program{kDaemonInside, "/", std::to_string(pipe.in.get()), plan.box.root().string()};
+  bwrap_ = start_in_root(plan, program, pipe.in.get(), [&] {
     setsid();  // the signals of the operator's terminal are for the command
     dup2(pipe.in.get(), STDERR_FILENO);
   });

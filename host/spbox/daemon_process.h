@@ -15,7 +15,7 @@ class DaemonProcess {
  public:
   // Starts the daemon and waits until requests are answered. A command that asks for nothing does without it: where it
   // cannot be started a person is told why, and that is all. Throws where the system has no process for it.
-  DaemonProcess(const Visit &visit, Children &children);
+  DaemonProcess(const RootPlan &plan, Children &children);
   // Ends it. A person is told why where it has ended by itself.
   ~DaemonProcess();
   DaemonProcess(const DaemonProcess &) = delete;

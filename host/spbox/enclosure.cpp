@@ -59,13 +59,12 @@ bool is_below(const fs::path &path, const fs::path &folder) {
 
 // Sockets of the workstation's services are in /run: who can talk to them can let them start something outside. What the
 // command cannot do without is there all the same.
-void add_run(const Visit &visit, std::vector<std::string> &arguments) {
+void add_run(const RootPlan &plan, std::vector<std::string> &arguments) {
   add(arguments, {"--tmpfs", "/run"});
   std::error_code error;
   std::set<fs::path> shown;
-  for (const fs::path &path : {visit.program.parent_path(), visit.folder, visit.spbox.parent_path()})
-    shown.insert(path);
-  if (visit.network) shown.insert(fs::canonical("/etc/resolv.conf", error));
+  for (const fs::path &path : {plan.program.parent_path(), plan.folder, plan.spbox.parent_path()}) shown.insert(path);
+  if (plan.network) shown.insert(fs::canonical("/etc/resolv.conf", error));
   for (const fs::path &path : shown) {
     const fs::path whole = fs::canonical(path, error);
     if (!error && is_below(whole, "/run")) add(arguments, {"--ro-bind", whole, whole});
@@ -102,15 +101,15 @@ void add_databases(const fs::path &folder, std::vector<std::string> &arguments) 
   }
 }
 
-void add_box(const Visit &visit, std::vector<std::string> &arguments) {
-  const fs::path mgb = visit.box.root() / "mgb";
+void add_box(const RootPlan &plan, std::vector<std::string> &arguments) {
+  const fs::path mgb = plan.box.root() / "mgb";
   add(arguments, {"--bind", mgb, "/mgb", "--tmpfs", "/mgb/lib"});
   if (fs::is_directory(mgb / "db")) add_databases(mgb / "db", arguments);
-  add(arguments, {"--ro-bind", visit.control_program, "/mgb/lib/control_program"});
-  add(arguments, {"--ro-bind", visit.daemon, kDaemonInside});
-  add(arguments, {"--ro-bind", visit.spbox, kSpboxInside, "--remount-ro", "/mgb/lib"});
-  add(arguments, {"--bind", visit.box.tmp(), "/tmp"});
-  for (const std::string &name : guests_in_tmp(visit)) add(arguments, {"--ro-bind", "/tmp/" + name, "/tmp/" + name});
+  add(arguments, {"--ro-bind", plan.control_program, "/mgb/lib/control_program"});
+  add(arguments, {"--ro-bind", plan.daemon, kDaemonInside});
+  add(arguments, {"--ro-bind", plan.spbox, kSpboxInside, "--remount-ro", "/mgb/lib"});
+  add(arguments, {"--bind", plan.box.tmp(), "/tmp"});
+  for (const std::string &name : guests_in_tmp(plan)) add(arguments, {"--ro-bind", "/tmp/" + name, "/tmp/" + name});
 }
 
 bool seen_inside(const fs::path &folder) {
@@ -120,24 +119,24 @@ bool seen_inside(const fs::path &folder) {
 
 }  // namespace
 
-std::set<std::string> guests_in_tmp(const Visit &visit) {
+std::set<std::string> guests_in_tmp(const RootPlan &plan) {
   std::set<std::string> guests;
-  for (const fs::path &path : {visit.program, visit.folder, visit.spbox}) add_guests(path, guests);
+  for (const fs::path &path : {plan.program, plan.folder, plan.spbox}) add_guests(path, guests);
   return guests;
 }
 
-std::vector<std::string> bwrap_arguments(const Visit &visit) {
+std::vector<std::string> bwrap_arguments(const RootPlan &plan) {
   std::vector<std::string> arguments{"bwrap"};
   add_workstation(arguments);
-  add_run(visit, arguments);
+  add_run(plan, arguments);
   add_devices(arguments);
-  add_box(visit, arguments);
-  if (!visit.pager) add(arguments, {"--ro-bind", "/dev/null", fs::canonical("/bin/busybox")});
+  add_box(plan, arguments);
+  if (!plan.pager) add(arguments, {"--ro-bind", "/dev/null", fs::canonical("/bin/busybox")});
   // Root, too, could mount the workstation's folders anew and write there, had it the right to.
   add(arguments, {"--remount-ro", "/", "--cap-drop", "ALL", "--die-with-parent", "--unsetenv", "SPBOX_ROOT"});
   add(arguments, {"--unshare-ipc"});
-  if (!visit.network) add(arguments, {"--unshare-net"});
-  add(arguments, {"--chdir", seen_inside(visit.folder) ? visit.folder.string() : "/"});
+  if (!plan.network) add(arguments, {"--unshare-net"});
+  add(arguments, {"--chdir", seen_inside(plan.folder) ? plan.folder.string() : "/"});
   return arguments;
 }
 

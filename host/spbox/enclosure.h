@@ -12,7 +12,7 @@
 namespace spbox {
 
 // What a root is made for.
-struct Visit {
+struct RootPlan {
   box::Place box;
   std::filesystem::path spbox;            // this program
   std::filesystem::path control_program;  // mounted where the control programs' names lead
@@ -24,10 +24,10 @@ struct Visit {
 };
 
 // The workstation's own things in /tmp that the command must see: what holds the program, the working folder or spbox.
-std::set<std::string> guests_in_tmp(const Visit &visit);
+std::set<std::string> guests_in_tmp(const RootPlan &plan);
 
 // The arguments of bwrap that make the root.
-std::vector<std::string> bwrap_arguments(const Visit &visit);
+std::vector<std::string> bwrap_arguments(const RootPlan &plan);
 
 // Makes the lock files of databases that have none, in a box that was copied without them: nobody makes them in the root.
 void complete_databases(const box::Place &place);

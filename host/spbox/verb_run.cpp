@@ -9,8 +9,8 @@
 #include "host/spbox/enclosure.h"
 #include "host/spbox/found_program.h"
 #include "host/spbox/remains.h"
+#include "host/spbox/run_in_root.h"
 #include "host/spbox/verbs.h"
-#include "host/spbox/visit.h"
 #include "host/spbox/way_in.h"
 
 namespace spbox {
@@ -31,24 +31,24 @@ int run(const Options &options) {
   box::check_is_box(box::Place{folder});
   check_bwrap();
   if (!no_pager) check_pager();
-  Visit guest{.box = place,
-              .spbox = fs::read_symlink("/proc/self/exe"),
-              .control_program = {},
-              .daemon = {},
-              .program = find_program(command.front()),
-              .folder = fs::current_path(),
-              .pager = !no_pager,
-              .network = network};
-  guest.control_program = find_part(guest.spbox, "programs", "control_program");
-  guest.daemon = find_part(guest.spbox, "daemon", "monitor_daemon");
+  RootPlan plan{.box = place,
+                .spbox = fs::read_symlink("/proc/self/exe"),
+                .control_program = {},
+                .daemon = {},
+                .program = find_program(command.front()),
+                .folder = fs::current_path(),
+                .pager = !no_pager,
+                .network = network};
+  plan.control_program = find_part(plan.spbox, "programs", "control_program");
+  plan.daemon = find_part(plan.spbox, "daemon", "monitor_daemon");
   clear_up_behind_the_dead(place);
   complete_databases(place);
   MountPoints mount_points(place);
-  for (const std::string &name : guests_in_tmp(guest)) mount_points.make(name, fs::is_directory("/tmp/" + name));
+  for (const std::string &name : guests_in_tmp(plan)) mount_points.make(name, fs::is_directory("/tmp/" + name));
   Children children;
-  const DaemonProcess answers(guest, children);
+  const DaemonProcess answers(plan, children);
   setenv(LMAINTE_HOST_RUN, way_in(folder).c_str(), 1);
-  const int status = run_in_root(guest, command, children);
+  const int status = run_in_root(plan, command, children);
   if (was_cut_off(status)) clear_up_behind_the_dead(place);
   return status;
 }

@@ -10,7 +10,7 @@
 #include "host/base/number.h"
 #include "host/box/place.h"
 #include "host/play/step.h"
-#include "host/terminal/helper.h"
+#include "host/terminal/background_program.h"
 #include "tests/eventually.h"
 #include "tests/host/box/scratch.h"
 #include "tests/run.h"
@@ -100,7 +100,7 @@ TEST_F(PlayVerb, RemovesItsBoxAndEndsItsCommandWhenItIsInterrupted) {
   const std::string unlike_any_other = "3" + std::to_string(getpid()) + ".25";
   write("walk.play", "box qe2\nhands \"when led /PSU#3 on\"\nstart sleep " + unlike_any_other + "\nexit 0\n");
   for (const int signal : {SIGTERM, SIGINT, SIGHUP}) {
-    terminal::Helper player(command({"walk.play"}));
+    terminal::BackgroundProgram player(command({"walk.play"}));
     ASSERT_TRUE(eventually([&] { return runs(unlike_any_other); })) << player.output();
     kill(player.pid(), signal);
     EXPECT_EQ(player.wait(20s), 128 + signal);
@@ -114,7 +114,7 @@ TEST_F(PlayVerb, TakesItsTechniciansAndItsCommandAlongWhenItIsKilled) {
   const std::string unlike_any_other = "5" + std::to_string(getpid()) + ".25";
   const std::string hands = "when text /tmp/" + unlike_any_other + " ready; pull /PSU#3";
   write("walk.play", "box qe2\nhands \"" + hands + "\"\nstart sleep " + unlike_any_other + "\nexit 0\n");
-  terminal::Helper player(command({"walk.play"}));
+  terminal::BackgroundProgram player(command({"walk.play"}));
   ASSERT_TRUE(eventually([&] { return runs(hands) && runs(unlike_any_other); })) << player.output();
   player.kill();
   EXPECT_TRUE(eventually([&] { return !runs(hands); }));

@@ -11,7 +11,7 @@ namespace {
 
 namespace fs = std::filesystem;
 
-spbox::Visit visit(const fs::path &program, const fs::path &folder) {
+spbox::RootPlan plan(const fs::path &program, const fs::path &folder) {
   return {.box = box::Place("/srv/box"),
           .spbox = "/usr/bin/spbox",
           .control_program = "/usr/bin/control_program",
@@ -27,27 +27,27 @@ bool has(const std::vector<std::string> &arguments, const std::vector<std::strin
 TEST(Enclosure, ShowsOfTmpWhatTheCommandNeeds) {
   const Scratch program, folder, other;
   fs::create_directories(program / "build/bin");
-  const auto guests = spbox::guests_in_tmp(visit(program / "build/bin/replace_unit", folder.path()));
+  const auto guests = spbox::guests_in_tmp(plan(program / "build/bin/replace_unit", folder.path()));
   EXPECT_EQ(guests, (std::set<std::string>{program.path().filename(), folder.path().filename()}));
 }
 
 TEST(Enclosure, ShowsNothingOfTmpToACommandFromElsewhere) {
-  EXPECT_TRUE(spbox::guests_in_tmp(visit("/usr/bin/id", "/usr")).empty());
-  EXPECT_TRUE(spbox::guests_in_tmp(visit("", "/tmp")).empty());
-  EXPECT_TRUE(spbox::guests_in_tmp(visit("/tmp/does_not_exist/x", "/")).empty());
+  EXPECT_TRUE(spbox::guests_in_tmp(plan("/usr/bin/id", "/usr")).empty());
+  EXPECT_TRUE(spbox::guests_in_tmp(plan("", "/tmp")).empty());
+  EXPECT_TRUE(spbox::guests_in_tmp(plan("/tmp/does_not_exist/x", "/")).empty());
 }
 
 TEST(Enclosure, FollowsLinksIntoTmp) {
   const Scratch target, elsewhere;
   std::ofstream(target / "program") << "x";
   fs::create_symlink(target / "program", elsewhere / "link");
-  const auto guests = spbox::guests_in_tmp(visit(elsewhere / "link", "/"));
+  const auto guests = spbox::guests_in_tmp(plan(elsewhere / "link", "/"));
   EXPECT_TRUE(guests.contains(target.path().filename()));
   EXPECT_TRUE(guests.contains(elsewhere.path().filename()));
 }
 
 TEST(Enclosure, GivesTheBoxItsOwnPlaces) {
-  const auto arguments = spbox::bwrap_arguments(visit("/usr/bin/id", "/usr"));
+  const auto arguments = spbox::bwrap_arguments(plan("/usr/bin/id", "/usr"));
   EXPECT_TRUE(has(arguments, {"--bind", "/srv/box/mgb", "/mgb"}));
   EXPECT_TRUE(has(arguments, {"--bind", "/srv/box/tmp", "/tmp"}));
   EXPECT_TRUE(has(arguments, {"--ro-bind", "/usr/bin/control_program", "/mgb/lib/control_program"}));
@@ -58,8 +58,8 @@ TEST(Enclosure, GivesTheBoxItsOwnPlaces) {
 }
 
 TEST(Enclosure, StartsAtTheRootWhereTheFolderIsNotSeen) {
-  EXPECT_TRUE(has(spbox::bwrap_arguments(visit("/usr/bin/id", "/dev/shm")), {"--chdir", "/"}));
-  EXPECT_TRUE(has(spbox::bwrap_arguments(visit("/usr/bin/id", "/mgb")), {"--chdir", "/"}));
+  EXPECT_TRUE(has(spbox::bwrap_arguments(plan("/usr/bin/id", "/dev/shm")), {"--chdir", "/"}));
+  EXPECT_TRUE(has(spbox::bwrap_arguments(plan("/usr/bin/id", "/mgb")), {"--chdir", "/"}));
 }
 
 class Mounts : public testing::Test {

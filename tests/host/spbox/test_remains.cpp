@@ -7,7 +7,7 @@
 
 #include "host/box/inhabitants.h"
 #include "host/box/trace_ring.h"
-#include "host/terminal/helper.h"
+#include "host/terminal/background_program.h"
 #include "tests/eventually.h"
 #include "tests/host/spbox/spbox_test.h"
 
@@ -84,8 +84,8 @@ TEST_F(Remains, TheNextCommandEndsTheLibrarysChildrenWhoseParentsDied) {
 }
 
 TEST_F(Remains, AChildWhoseParentWorksOnStays) {
-  terminal::Helper busy({"/usr/bin/env", "-C", scratch_.path(), SPBOX, "run", "box", "--", "sh", "-c",
-                         "sleep 100 & echo $! >/tmp/child; mv /tmp/child /tmp/ready; wait; true"});
+  terminal::BackgroundProgram busy({"/usr/bin/env", "-C", scratch_.path(), SPBOX, "run", "box", "--", "sh", "-c",
+                                    "sleep 100 & echo $! >/tmp/child; mv /tmp/child /tmp/ready; wait; true"});
   ASSERT_TRUE(eventually([&] { return fs::exists(place().tmp() / "ready"); }));
   pid_t child = 0;
   std::ifstream(place().tmp() / "ready") >> child;

@@ -10,8 +10,8 @@ namespace play {
 namespace {
 
 void check_model(const Words &words) {
-  if (::box::find_model(words[0]) != nullptr) return;
-  throw std::invalid_argument("there is no model \"" + words[0] + "\"; the models are " + ::box::model_names());
+  if (box::find_model(words[0]) != nullptr) return;
+  throw std::invalid_argument("there is no model \"" + words[0] + "\"; the models are " + box::model_names());
 }
 
 void make_box(Stage &stage, const Step &step) {
@@ -46,7 +46,7 @@ constexpr std::array<StepRow, 3> kRows{{
 
 }  // namespace
 
-std::span<const StepRow> steps_of_the_play() {
+std::span<const StepRow> steps_that_set_up() {
   return kRows;
 }
 

@@ -33,7 +33,7 @@ void in_order(Stage &stage, const Step &step) {
   const auto place = stage.box.place();
   const auto units = units_behind_but(step.words);
   const Words detached(units.begin(), units.end());
-  if (!detached.empty()) check_units(::box::model_name(::box::model_of_box(place)), detached);
+  if (!detached.empty()) check_units(box::model_name(box::model_of_box(place)), detached);
   Before before = stage.op.before();
   for (const auto &technician : stage.technicians.at_work()) before.processes.insert(technician.work.pid());
   const auto deadline = std::chrono::steady_clock::now() + stage.patience;
@@ -80,7 +80,7 @@ constexpr std::array<StepRow, 4> kRows{{
 
 }  // namespace
 
-std::span<const StepRow> steps_of_the_script() {
+std::span<const StepRow> steps_that_wait_and_check() {
   return kRows;
 }
 

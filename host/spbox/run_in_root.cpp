@@ -1,4 +1,4 @@
-#include "host/spbox/visit.h"
+#include "host/spbox/run_in_root.h"
 
 #include <sys/socket.h>
 #include <unistd.h>
@@ -30,7 +30,7 @@ namespace {
 
 }  // namespace
 
-int run_in_root(const Visit &visit, const std::vector<std::string> &command, Children &children) {
+int run_in_root(const RootPlan &plan, const std::vector<std::string> &command, Children &children) {
   std::array<int, 2> ends{};
   if (socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, ends.data()) != 0) {
     throw std::system_error(errno, std::generic_category(), "socketpair");
@@ -39,7 +39,7 @@ int run_in_root(const Visit &visit, const std::vector<std::string> &command, Chi
   std::vector<std::string> program{kSpboxInside, kEnter, std::to_string(inside.get()), ignored_signals()};
   program.insert(program.end(), command.begin(), command.end());
   keep_signals();
-  const pid_t child = start_in_root(visit, program, inside.get(), ignore_ending_signals);
+  const pid_t child = start_in_root(plan, program, inside.get(), ignore_ending_signals);
   children.expect(child);
   inside.reset();
   const pid_t entered = announced_on(outside.get(), child);

@@ -12,17 +12,17 @@
 
 namespace terminal {
 
-class Helper {
+class BackgroundProgram {
  public:
-  // Starts a program, found by the environment variable PATH, without input. It is killed with the Helper, and when the
+  // Starts a program, found by the environment variable PATH, without input. It is killed with this object, and when the
   // thread ends that started it, however that ends. What waits here throws Interrupted as soon as the descriptor
   // `alarm` becomes readable. Throws std::system_error.
-  explicit Helper(const std::vector<std::string> &command, int alarm = -1);
-  ~Helper();
-  Helper(Helper &&other) noexcept;
-  Helper(const Helper &) = delete;
-  Helper &operator=(const Helper &) = delete;
-  Helper &operator=(Helper &&) = delete;
+  explicit BackgroundProgram(const std::vector<std::string> &command, int alarm = -1);
+  ~BackgroundProgram();
+  BackgroundProgram(BackgroundProgram &&other) noexcept;
+  BackgroundProgram(const BackgroundProgram &) = delete;
+  BackgroundProgram &operator=(const BackgroundProgram &) = delete;
+  BackgroundProgram &operator=(BackgroundProgram &&) = delete;
 
   // The exit status, 128 + n where signal n ended it; nothing when it still runs then. Waits for ever where no patience
   // is given.

@@ -1,4 +1,4 @@
-#include "host/terminal/helper.h"
+#include "host/terminal/background_program.h"
 
 #include <fcntl.h>
 #include <poll.h>
@@ -66,7 +66,7 @@ int beyond_those_of_program(int fd) {
 
 }  // namespace
 
-Helper::Helper(const std::vector<std::string> &command, int alarm) : alarm_(alarm) {
+BackgroundProgram::BackgroundProgram(const std::vector<std::string> &command, int alarm) : alarm_(alarm) {
   const base::ArgumentVector arguments(command);
   output_ = base::Descriptor(memfd_create("output", MFD_CLOEXEC));
   if (output_.get() < 0) fail(errno, "cannot run " + command.at(0));
@@ -87,7 +87,7 @@ Helper::Helper(const std::vector<std::string> &command, int alarm) : alarm_(alar
   fail(error, (failed ? "cannot run " : "cannot watch ") + command.at(0));
 }
 
-Helper::Helper(Helper &&other) noexcept
+BackgroundProgram::BackgroundProgram(BackgroundProgram &&other) noexcept
     : pid_(std::exchange(other.pid_, -1)),
       alarm_(other.alarm_),
       status_(other.status_),
@@ -95,7 +95,7 @@ Helper::Helper(Helper &&other) noexcept
       output_(std::move(other.output_)),
       told_(std::move(other.told_)) {}
 
-Helper::~Helper() {
+BackgroundProgram::~BackgroundProgram() {
   try {
     kill();
   } catch (const std::exception &) {
@@ -103,24 +103,24 @@ Helper::~Helper() {
   }
 }
 
-void Helper::kill() {
+void BackgroundProgram::kill() {
   if (pid_ < 0 || status_) return;
   ::kill(pid_, SIGKILL);
   status_ = base::exit_status_of(pid_);
 }
 
-std::optional<int> Helper::wait(std::optional<milliseconds> patience) {
+std::optional<int> BackgroundProgram::wait(std::optional<milliseconds> patience) {
   if (!status_ && comes(process_.get(), alarm_, patience)) status_ = base::exit_status_of(pid_);
   return status_;
 }
 
-std::optional<bool> Helper::wait_until_ready(milliseconds patience) {
+std::optional<bool> BackgroundProgram::wait_until_ready(milliseconds patience) {
   if (!comes(told_.get(), alarm_, patience)) return {};
   char byte = 0;
   return read(told_.get(), &byte, 1) == 1;
 }
 
-std::string Helper::output() const {
+std::string BackgroundProgram::output() const {
   std::string text;
   std::array<char, 4096> bytes{};
   for (;;) {
