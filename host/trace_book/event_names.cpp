@@ -27,27 +27,10 @@ std::optional<std::uint32_t> event_named(std::string_view function, std::string_
   return trace_events::kEventBase + found->code;
 }
 
-std::optional<EventName> name_of(std::uint32_t event) {
-  const auto code = code_of(event);
-  const Function *function = code ? function_of(*code) : nullptr;
-  const Event *found = function == nullptr ? nullptr : event_of(*function, *code);
-  if (found == nullptr) return std::nullopt;
-  return EventName{function->name, found->name};
-}
-
 bool is_written_by(std::uint32_t event, std::string_view function) {
   const auto code = code_of(event);
   const Function *of = code ? function_of(*code) : nullptr;
   return of != nullptr && event_of(*of, *code) != nullptr && is_named(*of, function);
-}
-
-std::vector<std::string_view> function_names() {
-  std::vector<std::string_view> names;
-  for (const Function &function : all_functions()) {
-    names.push_back(function.name);
-    if (!function.other.empty()) names.push_back(function.other);
-  }
-  return names;
 }
 
 std::vector<std::string_view> event_names(std::string_view function) {
