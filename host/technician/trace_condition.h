@@ -12,8 +12,7 @@ namespace technician {
 class TraceCondition {
  public:
   // The words of a step: a function and an event by their names, as in "lmainte_chk_fru_install entry", or the function
-  // alone. Older scripts say an event as `spbox trace` words it, and an internal step in brackets. Throws
-  // std::invalid_argument for what the library never records.
+  // alone; or both in the old spelling. Throws std::invalid_argument for what the library never records.
   explicit TraceCondition(const script::Words &words);
 
   bool is_met_by(std::uint32_t event) const;

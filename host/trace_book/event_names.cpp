@@ -17,14 +17,24 @@ const Function *function_named(std::string_view name) {
   return found == all.end() ? nullptr : &*found;
 }
 
+// The event of a function that has this name, or these words.
+template <typename Member>
+std::optional<std::uint32_t> event_by(Member member, std::string_view function, std::string_view wanted) {
+  const Function *of = function_named(function);
+  if (of == nullptr) return std::nullopt;
+  const auto found = std::ranges::find_if(of->events, [&](const Event &event) { return event.*member == wanted; });
+  if (found == of->events.end()) return std::nullopt;
+  return trace_events::kEventBase + found->code;
+}
+
 }  // namespace
 
 std::optional<std::uint32_t> event_named(std::string_view function, std::string_view event) {
-  const Function *of = function_named(function);
-  if (of == nullptr) return std::nullopt;
-  const auto found = std::ranges::find(of->events, event, &Event::name);
-  if (found == of->events.end()) return std::nullopt;
-  return trace_events::kEventBase + found->code;
+  return event_by(&Event::name, function, event);
+}
+
+std::optional<std::uint32_t> event_in_words(std::string_view function, std::string_view phrase) {
+  return event_by(&Event::text, function, phrase);
 }
 
 bool is_written_by(std::uint32_t event, std::string_view function) {

@@ -15,6 +15,9 @@ namespace trace_book {
 // The event that a function writes, or nothing where there is no such function or event.
 std::optional<std::uint32_t> event_named(std::string_view function, std::string_view event);
 
+// The event of a function by its phrase: "a child was started". The first one of two that are worded alike.
+std::optional<std::uint32_t> event_in_words(std::string_view function, std::string_view phrase);
+
 // Whether this function writes the event, or one of the two that write it alike.
 bool is_written_by(std::uint32_t event, std::string_view function);
 
