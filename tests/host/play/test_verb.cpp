@@ -182,7 +182,7 @@ TEST_F(PlayVerb, RefusesWhatMakesNoSenseBeforeTheFirstStep) {
       {"a word that a terminal would obey",
        "box qe2\n\033c\n",
        {},
-       "spbox: walk.play:2: `\\x1Bc`: there is no step \"\\x1Bc\""},
+       "spbox: walk.play:2: `\\x1bc`: there is no step \"\\x1bc\""},
       {"an unknown option", "box qe2\nsay \"begun\"\n", {"--twice"}, "spbox: `spbox play` has no option --twice."},
   };
   for (const Nonsense &row : rows) {
