@@ -66,19 +66,12 @@ class Reading {
     unit.status = merged_status(entry, current_.at(entry.record, entry.size));
     if (!unit.installed() || entry.fru_record.empty()) return unit;
     unit.fru_unreadable = fru_.complaint(entry.fru_record, entry.fru.size);
-    if (unit.fru_unreadable.empty()) unit.fru_name = name_in(entry.fru, fru_.at(entry.fru_record, entry.fru.size));
+    if (!unit.fru_unreadable.empty()) return unit;
+    unit.fru_name = fru_name_in(entry.fru, fru_.at(entry.fru_record, entry.fru.size)).value_or("");
     return unit;
   }
 
  private:
-  static std::string name_in(const FruLayout &fru, const Bytes &record) {
-    std::size_t length = 4;
-    if (fru.length_at != kNowhere) length = std::min<std::size_t>(record[fru.length_at] & 0x3Fu, 18);
-    const auto first = record.begin() + static_cast<std::ptrdiff_t>(fru.name_at);
-    const std::string name(first, first + static_cast<std::ptrdiff_t>(length));
-    return name.substr(0, name.find('\0'));
-  }
-
   RecordSet current_, fru_;
 };
 

@@ -2,6 +2,8 @@
 
 #include <optional>
 
+#include "host/box/records.h"
+
 namespace box {
 namespace {
 

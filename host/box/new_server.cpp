@@ -44,6 +44,10 @@ class NewRecords {
   Bytes &at(std::uint32_t db_id, const RecordLayout &layout, std::uint32_t number) {
     return at(db_id, layout.of(number), layout.size);
   }
+  // Those of a board, which has so many.
+  void make(std::uint32_t db_id, const RecordLayout &layout, std::uint32_t board, std::uint32_t count) {
+    for (std::uint32_t i = 0; i < count; ++i) at(db_id, layout, board * count + i);
+  }
 
  private:
   Contents &contents_;
@@ -122,19 +126,15 @@ void board_records(NewRecords &records, std::uint32_t model, std::uint32_t board
   Bytes &cmu = records.at(LMAINTE_DB_CURRENT, kCurrentCmu, board);
   pass_on(cmu, {6, 7, 11}, board);
   put_word(cmu, kBoardParts, divided ? kMostParts : kOneXsb);
-  records.at(LMAINTE_DB_CURRENT, numbered("current_cpu_module_info_%02d", board), 2976);
-  records.at(LMAINTE_DB_CURRENT, numbered("current_dimm_info_%02d", board), 1792);
-  records.at(LMAINTE_DB_CURRENT, numbered("current_iou_info_%02d", board), 2016);
-  records.at(LMAINTE_DB_FRU, numbered("fru_cmu_info_%02d", board), 8192);
-  for (std::uint32_t k = 0; k < 4; ++k) {
-    records.at(LMAINTE_DB_FRU, numbered("fru_cpu_info_%02d", board * 4 + k), 8192);
+  for (const RecordLayout &layout : {kCurrentCpum, kCurrentDimm, kCurrentIou}) {
+    records.at(LMAINTE_DB_CURRENT, layout, board);
   }
-  for (std::uint32_t d = 0; d < 32; ++d)
-    records.at(LMAINTE_DB_FRU, numbered("fru_dimm_info_%03d", board * 32 + d), 256);
+  records.at(LMAINTE_DB_FRU, kFruCmu, board);
+  records.make(LMAINTE_DB_FRU, kFruCpum, board, kCpumsOfBoard);
+  records.make(LMAINTE_DB_FRU, kFruDimm, board, kDimmsOfBoard);
   if (is_high_end(model)) xsb_records(records, board, divided);
 }
 
-constexpr std::size_t kPsuInfoByte = 24, kSlotNumber = 16, kSlotPower = 20;
 constexpr std::uint32_t kPowerOn = 0x40000000;
 
 // What a unit's entry holds besides its id, its status and its flags.
@@ -144,7 +144,7 @@ void more_of(const UnitEntry &entry, Bytes &record) {
       record.at(entry.at + kPsuInfoByte) = static_cast<std::uint8_t>(entry.number + 1);
       return;
     case LMAINTE_TYPE_PCI:
-      put_word(record, entry.at + kSlotNumber, entry.number % 8);
+      put_word(record, entry.at + kSlotNumber, entry.number % kSlotsInRecord);
       put_word(record, entry.at + kSlotPower, kPowerOn);
       return;
     default:

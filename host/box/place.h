@@ -1,6 +1,7 @@
 // Where things lie in a box: a folder that is a service processor.
 #pragma once
 
+#include <array>
 #include <cstdint>
 #include <filesystem>
 #include <string>
@@ -33,5 +34,9 @@ class Place {
  private:
   std::filesystem::path root_;
 };
+
+// What the configuration databases are for, by id.
+inline constexpr std::array<std::string_view, kDatabaseCount> kDatabaseNames{"general", "setup", "current",
+                                                                             "local",   "FRU",   "reserved"};
 
 }  // namespace box

@@ -1,4 +1,5 @@
-// The records of what is no single unit: the server, its domains, its boards and the extended system boards of these.
+// The records of a box: names and sizes of them all, and the offsets in those of what is no single unit: the server, its
+// domains, its boards and the extended system boards of these. unit_records.h has where the units lie in theirs.
 #pragma once
 
 #include <cstddef>
@@ -6,9 +7,11 @@
 #include <string>
 #include <string_view>
 
-#include "host/box/unit_records.h"
-
 namespace box {
+
+// The record's name with its number filled in, and back: whether a pattern stands for this name.
+std::string numbered(std::string_view pattern, std::uint32_t number);
+bool stands_for(std::string_view pattern, std::string_view name);
 
 struct RecordLayout {
   std::string_view name;  // or the pattern of many
@@ -36,6 +39,31 @@ inline constexpr std::uint32_t kLastDomain = 23, kNoDomain = 0xFF;
 inline constexpr RecordLayout kSetupCmu{"setup_cmu_info_%02d", 256, 2};
 inline constexpr RecordLayout kCurrentCmu{"current_cmu_info_%02d", 1760};
 inline constexpr std::size_t kBoardParts = 36;  // extended system boards that the board is: 1 or 4
+
+// Of units. Those of a board hold what sits on it.
+inline constexpr std::uint32_t kCpumsOfBoard = 4, kDimmsOfBoard = 32;
+inline constexpr RecordLayout kCurrentCpum{"current_cpu_module_info_%02d", 2976};
+inline constexpr RecordLayout kCurrentDimm{"current_dimm_info_%02d", 1792};
+inline constexpr RecordLayout kCurrentIou{"current_iou_info_%02d", 2016};
+inline constexpr RecordLayout kCurrentPanel{"current_panel_info", 64};
+inline constexpr RecordLayout kCurrentEmgbu{"current_mgb_info", 160};
+inline constexpr RecordLayout kCurrentEmgbr{"current_mgbr_info", 48};
+inline constexpr RecordLayout kCurrentPsu{"current_psu_info", 3360};
+inline constexpr RecordLayout kCurrentFantray{"current_fantray_info", 6912};
+inline constexpr RecordLayout kCurrentBp{"current_bp32_info", 1008};
+
+// The identity records of units.
+inline constexpr RecordLayout kFruCmu{"fru_cmu_info_%02d", 8192};
+inline constexpr RecordLayout kFruCpum{"fru_cpu_info_%02d", 8192};
+inline constexpr RecordLayout kFruDimm{"fru_dimm_info_%03d", 256};
+inline constexpr RecordLayout kFruIouQb{"fru_iou_qb_info_%02d", 8192};
+inline constexpr RecordLayout kFruIouQe{"fru_iou_qe_info_%02d", 8192};
+inline constexpr RecordLayout kFruEmgbu{"fru_emgbu_info_%02d", 8192};
+inline constexpr RecordLayout kFruBp{"fru_bpa_info", 8192};
+inline constexpr RecordLayout kFruPsuQb{"fru_psu_qb_info_%02d", 320};
+inline constexpr RecordLayout kFruPsuQe{"fru_psu_qe_info_%02d", 320};
+inline constexpr RecordLayout kFruFan{"fru_fan_qe_info_%02d", 256};
+inline constexpr RecordLayout kFruDdc{"fru_ddca_info_%02d", 320};
 
 // Every board has four records of parts, however it is divided.
 inline constexpr std::uint32_t kMostParts = 4;

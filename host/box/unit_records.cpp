@@ -1,7 +1,6 @@
 #include "host/box/unit_records.h"
 
-#include <algorithm>
-
+#include "host/box/records.h"
 #include "include/lmainte.h"
 
 namespace box {
@@ -17,49 +16,53 @@ enum : unsigned {  // sets of models, a bit per model code
   kQe = kQe1 | 1u << LMAINTE_MODEL_QE2 | kQe3,
 };
 
-constexpr FruLayout board_fru(std::string_view record, std::uint32_t first = 0) {
-  return {record, 8192, 6187, 6188, first};
+// In identity records of 8192 bytes, and in small ones.
+constexpr FruLayout board_fru(const RecordLayout &record, std::uint32_t first = 0) {
+  return {record.name, record.size, 6187, 6188, first};
 }
-constexpr FruLayout kCmuFru = board_fru("fru_cmu_info_%02d");
-constexpr FruLayout kCpuFru = board_fru("fru_cpu_info_%02d");
-constexpr FruLayout kIouQbFru = board_fru("fru_iou_qb_info_%02d");
-constexpr FruLayout kIouQeFru = board_fru("fru_iou_qe_info_%02d");
-constexpr FruLayout kEmgbuFru = board_fru("fru_emgbu_info_%02d");
-constexpr FruLayout kEmgbrFru = board_fru("fru_emgbu_info_%02d", 2);
-constexpr FruLayout kBpFru = board_fru("fru_bpa_info");
-constexpr FruLayout kDimmFru{"fru_dimm_info_%03d", 256, kNowhere, 95};
-constexpr FruLayout kPsuQbFru{"fru_psu_qb_info_%02d", 320, 79, 80};
-constexpr FruLayout kPsuQeFru{"fru_psu_qe_info_%02d", 320, 79, 80};
-constexpr FruLayout kFanFru{"fru_fan_qe_info_%02d", 256, 43, 44};
-constexpr FruLayout kDdcFru{"fru_ddca_info_%02d", 320, 64, 65};
+constexpr FruLayout small_fru(const RecordLayout &record, std::size_t length_at, std::size_t name_at) {
+  return {record.name, record.size, length_at, name_at};
+}
+constexpr FruLayout kCmuFru = board_fru(kFruCmu);
+constexpr FruLayout kCpuFru = board_fru(kFruCpum);
+constexpr FruLayout kIouQbFru = board_fru(kFruIouQb);
+constexpr FruLayout kIouQeFru = board_fru(kFruIouQe);
+constexpr FruLayout kEmgbuFru = board_fru(kFruEmgbu);
+constexpr FruLayout kEmgbrFru = board_fru(kFruEmgbu, 2);
+constexpr FruLayout kBpFru = board_fru(kFruBp);
+constexpr FruLayout kDimmFru = small_fru(kFruDimm, kNowhere, 95);
+constexpr FruLayout kPsuQbFru = small_fru(kFruPsuQb, 79, 80);
+constexpr FruLayout kPsuQeFru = small_fru(kFruPsuQe, 79, 80);
+constexpr FruLayout kFanFru = small_fru(kFruFan, 43, 44);
+constexpr FruLayout kDdcFru = small_fru(kFruDdc, 64, 65);
 constexpr FruLayout kNoFru{};
 
 // Where a kind's entries lie in its records.
 struct Shape {
   std::int32_t type;
-  std::string_view record;
-  std::size_t size, first_at, stride;
+  RecordLayout record;
+  std::size_t first_at, stride;
   std::uint32_t entries;
   std::size_t words, flag_at;
 };
-constexpr Shape kOpnl{LMAINTE_TYPE_OPNL, "current_panel_info", 64, 0, 0, 1, 3, kNowhere};
-constexpr Shape kCmu{LMAINTE_TYPE_CMU, "current_cmu_info_%02d", 1760, 0, 0, 1, 12, kNowhere};
-constexpr Shape kCpum{LMAINTE_TYPE_CPUM, "current_cpu_module_info_%02d", 2976, 0, 744, 4, 186, kNowhere};
-constexpr Shape kDimm{LMAINTE_TYPE_DIMM, "current_dimm_info_%02d", 1792, 0, 56, 32, 14, kNowhere};
-constexpr Shape kIou{LMAINTE_TYPE_IOU, "current_iou_info_%02d", 2016, 0, 0, 1, 3, kNowhere};
-// A slot has its number and its power in the words behind the status. The record has room for eight slots.
-constexpr Shape kPci{LMAINTE_TYPE_PCI, "current_iou_info_%02d", 2016, 56, 40, 8, 6, kNowhere};
-constexpr Shape kEmgbu{LMAINTE_TYPE_EMGBU, "current_mgb_info", 160, 0, 80, 2, 20, kNowhere};
-constexpr Shape kEmgbr{LMAINTE_TYPE_EMGBR, "current_mgbr_info", 48, 0, 24, 2, 6, kNowhere};
-constexpr Shape kPsu{LMAINTE_TYPE_PSU, "current_psu_info", 3360, 0, 56, 60, 3, 20};
-constexpr Shape kFan{LMAINTE_TYPE_FANTRAY, "current_fantray_info", 6912, 0, 216, 32, 3, 20};
-constexpr Shape kBp{LMAINTE_TYPE_BP, "current_bp32_info", 1008, 0, 0, 1, 3, kNowhere};
-constexpr Shape kDdc{LMAINTE_TYPE_DDC, "current_bp32_info", 1008, 456, 40, 2, 10, kNowhere};
+constexpr Shape kOpnl{LMAINTE_TYPE_OPNL, kCurrentPanel, 0, 0, 1, 3, kNowhere};
+constexpr Shape kCmu{LMAINTE_TYPE_CMU, kCurrentCmu, 0, 0, 1, 12, kNowhere};
+constexpr Shape kCpum{LMAINTE_TYPE_CPUM, kCurrentCpum, 0, 744, kCpumsOfBoard, 186, kNowhere};
+constexpr Shape kDimm{LMAINTE_TYPE_DIMM, kCurrentDimm, 0, 56, kDimmsOfBoard, 14, kNowhere};
+constexpr Shape kIou{LMAINTE_TYPE_IOU, kCurrentIou, 0, 0, 1, 3, kNowhere};
+// A slot has its number and its power in the words behind the status.
+constexpr Shape kPci{LMAINTE_TYPE_PCI, kCurrentIou, 56, 40, kSlotsInRecord, 6, kNowhere};
+constexpr Shape kEmgbu{LMAINTE_TYPE_EMGBU, kCurrentEmgbu, 0, 80, 2, 20, kNowhere};
+constexpr Shape kEmgbr{LMAINTE_TYPE_EMGBR, kCurrentEmgbr, 0, 24, 2, 6, kNowhere};
+constexpr Shape kPsu{LMAINTE_TYPE_PSU, kCurrentPsu, 0, 56, 60, 3, 20};
+constexpr Shape kFan{LMAINTE_TYPE_FANTRAY, kCurrentFantray, 0, 216, 32, 3, 20};
+constexpr Shape kBp{LMAINTE_TYPE_BP, kCurrentBp, 0, 0, 1, 3, kNowhere};
+constexpr Shape kDdc{LMAINTE_TYPE_DDC, kCurrentBp, 456, 40, 2, 10, kNowhere};
 
 constexpr Kind kind(std::string_view pattern, unsigned models, const Shape &shape, const FruLayout &fru,
                     std::uint32_t first = 0) {
-  return {pattern,      models,        shape.type, shape.record, shape.size,    shape.first_at,
-          shape.stride, shape.entries, first,      shape.words,  shape.flag_at, fru};
+  return {pattern,      models,        shape.type, shape.record.name, shape.record.size, shape.first_at,
+          shape.stride, shape.entries, first,      shape.words,       shape.flag_at,     fru};
 }
 
 // The boards of the entry and mid-range models stand in the records of board 0; qb2's one board fills two of them. What
@@ -101,23 +104,6 @@ constexpr Kind kKinds[] = {
 
 std::span<const Kind> kinds() {
   return kKinds;
-}
-
-std::string numbered(std::string_view pattern, std::uint32_t number) {
-  const std::size_t at = pattern.find('%');
-  if (at == std::string_view::npos) return std::string(pattern);
-  std::string digits = std::to_string(number);
-  const auto width = static_cast<std::size_t>(pattern[at + 2] - '0');
-  if (digits.size() < width) digits.insert(0, width - digits.size(), '0');
-  return std::string(pattern.substr(0, at)) + digits + std::string(pattern.substr(at + 4));
-}
-
-bool stands_for(std::string_view pattern, std::string_view name) {
-  const std::size_t at = pattern.find('%');
-  if (at == std::string_view::npos) return pattern == name;
-  if (!name.starts_with(pattern.substr(0, at)) || name.size() == at) return false;
-  return std::all_of(name.begin() + static_cast<std::ptrdiff_t>(at), name.end(),
-                     [](char character) { return character >= '0' && character <= '9'; });
 }
 
 }  // namespace box

@@ -4,7 +4,6 @@
 #include <cstddef>
 #include <cstdint>
 #include <span>
-#include <string>
 #include <string_view>
 
 namespace box {
@@ -40,8 +39,8 @@ std::span<const Kind> kinds();
 // A fan's entry in the entry of its tray: a status word and, twelve bytes on, a flag byte.
 inline constexpr std::size_t kMostFans = 3, kFansAt = 32, kFanStride = 56, kFanFlagAt = 12;
 
-// The record's name with its number filled in, and back: whether a pattern stands for this name.
-std::string numbered(std::string_view pattern, std::uint32_t number);
-bool stands_for(std::string_view pattern, std::string_view name);
+// In the entry of a power supply a byte, in that of a slot two words.
+inline constexpr std::size_t kPsuInfoByte = 24, kSlotNumber = 16, kSlotPower = 20;
+inline constexpr std::uint32_t kSlotsInRecord = 8;
 
 }  // namespace box

@@ -5,6 +5,7 @@
 #include "host/base/shown.h"
 #include "host/box/breakage.h"
 #include "host/box/inventory_kinds.h"
+#include "host/box/inventory_records.h"
 #include "host/box/partitions.h"
 #include "host/box/record_words.h"
 #include "host/box/records.h"
@@ -15,7 +16,6 @@ namespace {
 
 constexpr std::size_t kRow = 16, kGroup = 4, kPlaceWidth = 6;
 constexpr std::string_view kDigits = "0123456789abcdef";
-constexpr const char *kDatabases[] = {"general", "setup", "current", "local", "FRU", "reserved"};
 
 bool printable(std::string_view text) {
   return std::all_of(text.begin(), text.end(), [](char c) { return c >= ' ' && c <= '~'; });
@@ -66,13 +66,9 @@ void add_fru_text(const std::string &name, const box::Bytes &record, Labels &row
   for (const box::Kind &kind : box::kinds()) {
     const box::FruLayout &fru = kind.fru;
     if (fru.record.empty() || !box::stands_for(fru.record, name)) continue;
-    const bool counted = fru.length_at != box::kNowhere;
-    const std::size_t at = counted ? fru.length_at : fru.name_at;
-    const std::size_t length = !counted ? 4 : at < record.size() ? record[at] & 0x3Fu : 0;
-    if (fru.name_at + length > record.size()) return;
-    const auto first = record.begin() + static_cast<std::ptrdiff_t>(fru.name_at);
-    const std::string text(first, first + static_cast<std::ptrdiff_t>(length));
-    rows[at] = printable(text) ? text : "";
+    if (const auto text = box::fru_name_in(fru, record)) {
+      rows[std::min(fru.length_at, fru.name_at)] = printable(*text) ? *text : "";
+    }
     return;
   }
 }
@@ -84,7 +80,7 @@ class Writer {
   std::string text() {
     out_ = std::string(kDumpHead) + "\norder big\nmodel " + std::string(box::model_name(contents_.model)) + "\n";
     for (std::uint32_t db_id = 0; db_id < box::kDatabaseCount; ++db_id) {
-      out_ += "\ndatabase " + std::to_string(db_id) + "  # " + kDatabases[db_id] + "\n";
+      out_ += "\ndatabase " + std::to_string(db_id) + "  # " + std::string(box::kDatabaseNames.at(db_id)) + "\n";
       for (const auto &[name, record] : contents_.records.at(db_id)) add_record(name, name, record);
     }
     add_hardware();

@@ -7,6 +7,7 @@
 
 #include "host/base/signal_name.h"
 #include "host/box/inventory_kinds.h"
+#include "host/box/place.h"
 #include "host/box/program_list.h"
 #include "host/trace_book/pages.h"
 
@@ -50,8 +51,6 @@ std::string_view name_in(const std::array<std::string_view, Size> &names, std::u
   return word < Size ? names[word] : std::string_view();
 }
 
-constexpr std::array<std::string_view, 6> kDatabases{"general", "setup", "current", "local", "FRU", "reserved"};
-
 std::string value_text(Form form, std::uint32_t word) {
   const int number = static_cast<int>(word);
   switch (form) {
@@ -60,7 +59,7 @@ std::string value_text(Form form, std::uint32_t word) {
     case Form::kCommand:
       return named(word, word < box::kPrograms.size() ? box::kPrograms[word].name : "");
     case Form::kDatabase:
-      return named(word, name_in(kDatabases, word));
+      return named(word, name_in(box::kDatabaseNames, word));
     case Form::kErrno:
       return named(word, std::strerror(number));  // NOLINT(concurrency-mt-unsafe): one thread
     case Form::kModel:

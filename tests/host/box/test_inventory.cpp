@@ -5,6 +5,7 @@
 #include <cstring>
 
 #include "host/box/hardware.h"
+#include "host/box/inventory_records.h"
 #include "host/box/partitions.h"
 #include "tests/host/box/child.h"
 #include "tests/host/box/scratch.h"
@@ -155,6 +156,29 @@ TEST_F(InventoryTest, KnowsTheUnitsUnderMaintenanceOfTheBoxThatItWasMadeOf) {
   EXPECT_TRUE(inventory.set_flag("/PSU#3", false));
   EXPECT_EQ(inventory.unit("/PSU#3").status, 0x80000000u);
   EXPECT_EQ(box::server_of(copy).status, 0x80000000u);
+}
+
+TEST(FruNameIn, IsWhatACommandCopies) {
+  const box::FruLayout counted{"fru_psu_qe_info_%02d", 64, 9, 10};
+  const box::FruLayout uncounted{"fru_dimm_info_%03d", 16, box::kNowhere, 5};
+  const auto name = [](const box::FruLayout &layout, std::uint8_t length, const std::string &text, std::size_t size) {
+    box::Bytes record(size);
+    if (layout.length_at < size) record[layout.length_at] = length;
+    for (std::size_t i = 0; i < text.size() && layout.name_at + i < size; ++i) {
+      record[layout.name_at + i] = static_cast<std::uint8_t>(text[i]);
+    }
+    return box::fru_name_in(layout, record).value_or("too short");
+  };
+  EXPECT_EQ(name(counted, 3, "ABCDEF", 64), "ABC");
+  EXPECT_EQ(name(counted, 0, "ABCDEF", 64), "");
+  EXPECT_EQ(name(counted, 0xC3, "ABCDEF", 64), "ABC") << "the length is in the low six bits";
+  EXPECT_EQ(name(counted, 63, "ABCDEFGHIJKLMNOPQRSTUVWXYZ", 64), "ABCDEFGHIJKLMNOPQR") << "18 bytes at most";
+  EXPECT_EQ(name(counted, 6, "AB", 64), "AB") << "up to a zero";
+  EXPECT_EQ(name(counted, 3, "ABC", 13), "ABC");
+  EXPECT_EQ(name(counted, 3, "ABC", 12), "too short");
+  EXPECT_EQ(name(counted, 3, "ABC", 9), "too short");
+  EXPECT_EQ(name(uncounted, 0, "D123456", 16), "D123");
+  EXPECT_EQ(name(uncounted, 0, "D123", 8), "too short");
 }
 
 }  // namespace
