@@ -17,4 +17,12 @@ std::optional<std::string> fru_name_in(const FruLayout &fru, const Bytes &record
   return name.substr(0, name.find('\0'));
 }
 
+std::uint32_t status_in(const UnitEntry &entry, const Bytes &record) {
+  const std::uint32_t status = word_at(record, entry.status_at);
+  const std::uint8_t flags = entry.flag_at == kNowhere ? std::uint8_t{0} : record.at(entry.flag_at);
+  if (flags & LMAINTE_FLAG_FAULTED) return status | LMAINTE_STATUS_FAULTED;
+  if (flags & LMAINTE_FLAG_DEGRADED) return status | LMAINTE_STATUS_DEGRADED;
+  return status;
+}
+
 }  // namespace box

@@ -1,4 +1,4 @@
-// The contents of records: words by offset, FRU names, and the identity record of a new unit.
+// The contents of records: words by offset, status words, FRU names, and the identity record of a new unit.
 #pragma once
 
 #include <cstdint>
@@ -23,6 +23,9 @@ inline void put_word(Bytes &record, std::size_t at, std::uint32_t word) {
   if (at + sizeof word > record.size()) throw std::out_of_range("a word past the end of a record");
   std::memcpy(record.data() + at, &word, sizeof word);
 }
+
+// A unit's status word, with the flag byte merged in where its kind has one.
+std::uint32_t status_in(const UnitEntry &entry, const Bytes &record);
 
 // The FRU name in an identity record, as a command reads it; none where the record is too short for it.
 std::optional<std::string> fru_name_in(const FruLayout &fru, const Bytes &record);
