@@ -71,9 +71,8 @@ Unit Inventory::unit(std::string_view name) const {
 }
 
 std::vector<UnitPlace>::const_iterator Inventory::place_named(std::string_view name) const {
-  if (name.starts_with('/')) name.remove_prefix(1);
   return std::find_if(places_.begin(), places_.end(),
-                      [&](const UnitPlace &unit) { return std::string_view(unit.name).substr(1) == name; });
+                      [location = location_of(name)](const UnitPlace &unit) { return unit.name == location; });
 }
 
 bool Inventory::has(std::string_view name) const {
@@ -84,8 +83,8 @@ std::size_t Inventory::find(std::string_view name) const {
   const auto at = place_named(name);
   if (at != places_.end()) return static_cast<std::size_t>(at - places_.begin());
   const std::string box = place_.root().string();
-  throw InventoryError(box + " has no unit " + (name.starts_with('/') ? "" : "/") + std::string(name) + " (model " +
-                       std::string(model_name(model_)) + "). " + advice({"units", box}) + " lists them.");
+  throw InventoryError(box + " has no unit " + location_of(name) + " (model " + std::string(model_name(model_)) +
+                       "). " + advice({"units", box}) + " lists them.");
 }
 
 std::vector<std::string> Inventory::with_carried(const std::vector<std::string> &names) const {

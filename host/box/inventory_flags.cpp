@@ -23,7 +23,7 @@ void mark(Bytes &record, std::size_t status_at, bool marked) {
 // without a record, too. The mark in a status word, the unit's own and that of the system while there is any such unit, is
 // what commands see of it. It comes first, so that whoever dies in between can be followed by one who does it again.
 bool Inventory::set_flag(std::string_view name, bool start) const {
-  const std::string whole = (name.starts_with('/') ? "" : "/") + std::string(name);
+  const std::string whole = location_of(name);
   RecordSet current(place_, LMAINTE_DB_CURRENT);
   Hardware hardware(place_);
   current.lock();

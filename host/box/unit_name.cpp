@@ -1,6 +1,7 @@
 #include "host/box/unit_name.h"
 
 #include <map>
+#include <stdexcept>
 
 namespace box {
 namespace {
@@ -41,6 +42,18 @@ std::optional<UnitId> unit_id(std::uint32_t model, std::string_view name) {
   const auto found = directory->ids.find(name);
   if (found == directory->ids.end()) return std::nullopt;
   return found->second;
+}
+
+std::string location_of(std::string_view name) {
+  return (name.starts_with('/') ? "" : "/") + std::string(name);
+}
+
+void check_units(std::string_view model, std::span<const std::string> names) {
+  const Model *row = find_model(model);
+  for (const std::string &name : names) {
+    if (row != nullptr && unit_id(row->code, location_of(name))) continue;
+    throw std::invalid_argument("a server of model " + std::string(model) + " has no unit " + location_of(name));
+  }
 }
 
 }  // namespace box

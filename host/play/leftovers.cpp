@@ -5,7 +5,6 @@
 #include <algorithm>
 #include <chrono>
 #include <fstream>
-#include <stdexcept>
 
 #include "host/box/database.h"
 #include "host/box/hardware.h"
@@ -24,11 +23,6 @@ bool has_argument(const fs::path &process, const std::string &wanted) {
     if (word == wanted) return true;
   }
   return false;
-}
-
-// Scripts may leave out the first slash of a location.
-std::string location(const std::string &unit) {
-  return (unit.starts_with('/') ? "" : "/") + unit;
 }
 
 // Empty where a command need not take the setting back.
@@ -86,14 +80,6 @@ Sentences files_left(const box::Place &place, const Before &before) {
 
 }  // namespace
 
-void check_units(std::string_view model, std::span<const std::string> units) {
-  const auto *row = box::find_model(model);
-  for (const auto &unit : units) {
-    if (row != nullptr && box::unit_id(row->code, location(unit))) continue;
-    throw std::invalid_argument("a server of model " + std::string(model) + " has no unit " + location(unit));
-  }
-}
-
 std::string program_of(pid_t process) {
   std::ifstream file("/proc/" + std::to_string(process) + "/comm");
   std::string name;
@@ -126,7 +112,7 @@ std::set<fs::path> files_in_tmp(const box::Place &place) {
 
 Sentences left_in_hardware(const box::Place &place, const Sentences &detached) {
   Sentences sentences, missing;
-  for (const auto &unit : detached) missing.push_back(location(unit));
+  for (const auto &unit : detached) missing.push_back(box::location_of(unit));
   for (const box::SettingValue &row : box::Hardware(place).settings()) {
     const bool has_to_be = row.setting == box::Setting::kDetached && std::erase(missing, row.of) > 0;
     const auto text = has_to_be ? "" : sentence(row);

@@ -5,9 +5,7 @@
 
 #include <filesystem>
 #include <set>
-#include <span>
 #include <string>
-#include <string_view>
 #include <vector>
 
 #include "host/box/place.h"
@@ -33,9 +31,6 @@ std::vector<std::string> leftovers(const box::Place &place, const terminal::Term
 std::vector<std::string> left_in_hardware(const box::Place &place, const std::vector<std::string> &detached);
 std::vector<std::string> locked_databases(const box::Place &place);
 std::set<std::filesystem::path> files_in_tmp(const box::Place &place);  // those that are not empty
-
-// Throws std::invalid_argument where a server of this model has no such unit.
-void check_units(std::string_view model, std::span<const std::string> units);
 
 // The processes in the box, whatever their session, and those that were started for it with its folder among their
 // arguments, such as its daemon; not this process.

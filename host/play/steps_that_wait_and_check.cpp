@@ -3,6 +3,7 @@
 #include <array>
 
 #include "host/box/contents.h"
+#include "host/box/unit_name.h"
 #include "host/play/stage.h"
 #include "host/play/step.h"
 #include "host/play/text.h"
@@ -24,7 +25,7 @@ std::span<const std::string> units_behind_but(const Words &words) {
 }
 
 void check_units_on(std::string_view model, const Words &words) {
-  check_units(model, units_behind_but(words));
+  box::check_units(model, units_behind_but(words));
 }
 
 // What dies with the command dies a moment later.
@@ -33,7 +34,7 @@ void in_order(Stage &stage, const Step &step) {
   const auto place = stage.box.place();
   const auto units = units_behind_but(step.words);
   const Words detached(units.begin(), units.end());
-  if (!detached.empty()) check_units(box::model_name(box::model_of_box(place)), detached);
+  if (!detached.empty()) box::check_units(box::model_name(box::model_of_box(place)), detached);
   Before before = stage.op.before();
   for (const auto &technician : stage.technicians.at_work()) before.processes.insert(technician.work.pid());
   const auto deadline = std::chrono::steady_clock::now() + stage.patience;

@@ -92,7 +92,7 @@ int show(const Options &options) {
   const box::Place place(options.box);
   const box::Inventory inventory(place);
   const box::Hardware hardware(place);
-  const std::string whole = (options.unit.starts_with('/') ? "" : "/") + options.unit;
+  const std::string whole = box::location_of(options.unit);
   const auto id = box::unit_id(inventory.model(), whole);
   if (!inventory.has(whole) && (id || hardware.has_expansion(whole))) {
     return show_unrecorded(hardware, whole, id, options.as_json);

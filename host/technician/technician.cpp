@@ -17,11 +17,6 @@ using std::chrono::milliseconds;
 // Often enough for a person's hands, and seldom enough to leave the processor to others.
 constexpr milliseconds kLookAgain{100};
 
-// Scripts may leave out the first slash.
-std::string location_of(const std::string &name) {
-  return (name.starts_with('/') ? "" : "/") + name;
-}
-
 Failure failure(const Step &step, const std::string &reason) {
   return Failure(step.error(reason).what());
 }
@@ -85,21 +80,21 @@ bool Technician::is_installed(const std::string &unit) const {
 
 // Only units with a record can be changed.
 std::string Technician::unit(const std::string &name) const {
-  auto location = location_of(name);
+  auto location = box::location_of(name);
   if (inventory_.has(location)) return location;
   throw unknown(location);
 }
 
 // What control programs set they set for every location, recorded or not, but never for a single fan of a tray.
 std::string Technician::place_with_flag(const std::string &name) const {
-  auto location = location_of(name);
+  auto location = box::location_of(name);
   if (is_located(location)) return location;
   throw unknown(location);
 }
 
 // I/O expansion units have LEDs, too.
 std::string Technician::place_with_led(const std::string &name) const {
-  auto location = location_of(name);
+  auto location = box::location_of(name);
   if (is_located(location) || box::Hardware(place_).has_expansion(location)) return location;
   throw unknown(location);
 }

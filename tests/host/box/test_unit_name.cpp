@@ -266,4 +266,11 @@ TEST(Place, IsWhereTheEnvironmentSays) {
   unsetenv("SPBOX_ROOT");
 }
 
+TEST(LocationOf, BeginsWithASlashThatANameMayLack) {
+  EXPECT_EQ(box::location_of("PSU#3"), "/PSU#3");
+  EXPECT_EQ(box::location_of("/PSU#3"), "/PSU#3");
+  EXPECT_EQ(box::location_of("CMU#0/MEM#03A"), "/CMU#0/MEM#03A");
+  EXPECT_EQ(box::location_of(""), "/");
+}
+
 }  // namespace
