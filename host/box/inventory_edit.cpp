@@ -4,7 +4,6 @@
 #include "host/box/model.h"
 #include "host/box/partitions.h"
 #include "host/box/record_set.h"
-#include "host/box/records.h"
 
 namespace box {
 namespace {
@@ -71,7 +70,7 @@ class Edit {
     one(change, index);
     if (change != Change::kPull && change != Change::kInsert) return;
     if (places_[index].carried) return;
-    if (change == Change::kPull) stop_board(places_[index].name);
+    if (change == Change::kPull) stop_board_of(places_[index].name);
     for (std::size_t below = index + 1; below < places_.size() && places_[below].carried; ++below) one(change, below);
   }
 
@@ -104,13 +103,8 @@ class Edit {
   }
 
   // No domain runs on a board without one of its two units.
-  void stop_board(std::string_view unit) {
-    const auto board = board_of(unit);
-    if (!board || !is_high_end(model_)) return;
-    for (std::uint32_t part = *board * kMostParts; part < (*board + 1) * kMostParts; ++part) {
-      const std::string record = kCurrentXsb.of(part);
-      if (current_.complaint(record, kCurrentXsb.size).empty()) current_.at(record, kCurrentXsb.size)[kXsbActive] = 0;
-    }
+  void stop_board_of(std::string_view unit) {
+    if (const auto board = board_of(unit); board && is_high_end(model_)) stop_board(current_, *board);
   }
 
   Place place_;

@@ -3,7 +3,6 @@
 #include "host/base/number.h"
 #include "host/box/inventory_records.h"
 #include "host/box/model.h"
-#include "host/box/record_set.h"
 #include "host/box/records.h"
 
 namespace box {
@@ -17,6 +16,22 @@ std::optional<std::uint32_t> board_of(std::string_view unit) {
 std::string xsb_name(std::uint32_t number) {
   const std::string board = std::to_string(number / kMostParts);
   return (board.size() < 2 ? "0" : "") + board + "-" + std::to_string(number % kMostParts);
+}
+
+std::optional<BoardPart> board_part_in(std::string_view xsb_name) {
+  const std::size_t dash = xsb_name.find('-');
+  if (dash == std::string_view::npos || dash < 2) return std::nullopt;
+  const auto board = base::number_in<std::uint32_t>(xsb_name.substr(0, dash));
+  const auto part = base::number_in<std::uint32_t>(xsb_name.substr(dash + 1));
+  if (!board || !part || *part >= kMostParts || xsb_name.size() != dash + 2) return std::nullopt;
+  return BoardPart{*board, *part};
+}
+
+void stop_board(RecordSet &current, std::uint32_t board) {
+  for (std::uint32_t part = 0; part < kMostParts; ++part) {
+    const std::string record = kCurrentXsb.of(board * kMostParts + part);
+    if (current.complaint(record, kCurrentXsb.size).empty()) current.at(record, kCurrentXsb.size)[kXsbActive] = 0;
+  }
 }
 
 std::vector<Xsb> xsbs_of(const Place &place, std::uint32_t model) {

@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "host/box/place.h"
+#include "host/box/record_set.h"
 
 namespace box {
 
@@ -35,7 +36,18 @@ struct Server {
 // The number in "/CMU#3", "/IOU#3/PCI#1" or "/MBU_A"; nothing for a unit that is no system board and sits on none.
 std::optional<std::uint32_t> board_of(std::string_view unit);
 
+// A part of a board: an extended system board.
+struct BoardPart {
+  std::uint32_t board, part;
+};
+
+// "03-2" for number 14, and the name taken apart; nothing for a word that names no part, whether or not the board exists.
 std::string xsb_name(std::uint32_t number);
+std::optional<BoardPart> board_part_in(std::string_view xsb_name);
+
+// No domain runs on the board any more, as far as its records in the current database can be read.
+void stop_board(RecordSet &current, std::uint32_t board);
+
 std::vector<Xsb> xsbs_of(const Place &place, std::uint32_t model);
 std::vector<Domain> domains_of(const Place &place, std::uint32_t model);
 Server server_of(const Place &place);

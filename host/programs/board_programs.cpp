@@ -53,21 +53,7 @@ int link_down(Machine &machine, const std::string &name, std::uint32_t board) {
   return kDone;
 }
 
-struct Part {
-  std::uint32_t board, part;
-};
-
-// Extended system boards are written "03-2".
-std::optional<Part> part_in(std::string_view word) {
-  const std::size_t dash = word.find('-');
-  if (dash == std::string_view::npos || dash < 2) return std::nullopt;
-  const auto board = base::number_in<std::uint32_t>(word.substr(0, dash));
-  const auto part = base::number_in<std::uint32_t>(word.substr(dash + 1));
-  if (!board || !part || *part > 3 || word.size() != dash + 2) return std::nullopt;
-  return Part{*board, *part};
-}
-
-int refusal_to_delete(Boards &boards, const Part &part) {
+int refusal_to_delete(Boards &boards, const box::BoardPart &part) {
   if (!boards.can_be_divided() || part.board >= boards.count()) return kNoBoard;
   if (part.part >= boards.parts(part.board)) return kNoPart;
   return boards.is_active(part.board, part.part) ? kPartActive : kDone;
@@ -95,17 +81,17 @@ int setupfru(const Arguments &arguments, Machine &machine) {
 // All of the extended system boards are given up or, where one cannot be, none.
 int deleteboard(const Arguments &arguments, Machine &machine) {
   if (arguments.value('q') != "y" || arguments.value('c') != "unassign" || arguments.words.empty()) return kUsage;
-  std::vector<Part> parts;
+  std::vector<box::BoardPart> parts;
   for (const std::string &word : arguments.words) {
-    const auto part = part_in(word);
+    const auto part = box::board_part_in(word);
     if (!part) return kUsage;
     parts.push_back(*part);
   }
   BoardChange boards(machine.place, machine.model);
-  for (const Part &part : parts) {
+  for (const box::BoardPart &part : parts) {
     if (const int status = refusal_to_delete(boards, part); status != kDone) return status;
   }
-  for (const Part &part : parts) boards.assign_to_none(part.board, part.part);
+  for (const box::BoardPart &part : parts) boards.assign_to_none(part.board, part.part);
   boards.save();
   return kDone;
 }

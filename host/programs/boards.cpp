@@ -2,6 +2,7 @@
 
 #include "host/box/inventory_records.h"
 #include "host/box/model.h"
+#include "host/box/partitions.h"
 #include "host/box/records.h"
 #include "include/lmainte.h"
 
@@ -71,7 +72,7 @@ BoardChange::BoardChange(const box::Place &place, std::uint32_t model) : Boards(
 }
 
 void BoardChange::stop(std::uint32_t board) {
-  for (std::uint32_t part = 0; can_be_divided() && part < kMostParts; ++part) current(board, part)[box::kXsbActive] = 0;
+  if (can_be_divided()) box::stop_board(current_, board);
 }
 
 void BoardChange::start(std::uint32_t board) {

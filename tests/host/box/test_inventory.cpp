@@ -158,6 +158,29 @@ TEST_F(InventoryTest, KnowsTheUnitsUnderMaintenanceOfTheBoxThatItWasMadeOf) {
   EXPECT_EQ(box::server_of(copy).status, 0x80000000u);
 }
 
+TEST(BoardPartIn, ReadsTheNameOfAnExtendedSystemBoard) {
+  EXPECT_EQ(box::xsb_name(14), "03-2");
+  EXPECT_EQ(box::xsb_name(63), "15-3");
+  const auto part = box::board_part_in("03-2");
+  ASSERT_TRUE(part.has_value());
+  EXPECT_EQ(part->board, 3u);
+  EXPECT_EQ(part->part, 2u);
+  EXPECT_TRUE(box::board_part_in("99-0").has_value()) << "whether there is such a board others say";
+  for (const char *word : {"", "3-2", "03", "03-", "03-4", "03-02", "0x-1", "-2", "03-2 "}) {
+    EXPECT_FALSE(box::board_part_in(word).has_value()) << word;
+  }
+}
+
+// The hand that pulls a board reads no records.
+TEST_F(InventoryTest, PullsABoardAndStopsThePartsWhoseRecordsAreThere) {
+  database(LMAINTE_DB_CURRENT).remove("current_xsb_info_12");
+  box::Inventory(place_).change(box::Change::kPull, {"/CMU#3"});
+  EXPECT_FALSE(box::Inventory(place_).unit("/CMU#3").installed());
+  std::string active;
+  for (const box::Xsb &xsb : box::xsbs_of(place_, LMAINTE_MODEL_QE1)) active += xsb.active ? xsb.name + " " : "";
+  EXPECT_EQ(active, "00-0 01-0 02-0 ");
+}
+
 TEST(FruNameIn, IsWhatACommandCopies) {
   const box::FruLayout counted{"fru_psu_qe_info_%02d", 64, 9, 10};
   const box::FruLayout uncounted{"fru_dimm_info_%03d", 16, box::kNowhere, 5};
