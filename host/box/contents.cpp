@@ -4,9 +4,9 @@
 #include <vector>
 
 #include "host/box/advice.h"
-#include "host/box/hardware.h"
 #include "host/box/own_files.h"
 #include "host/box/program_list.h"
+#include "host/box/text_database.h"
 #include "host/box/trace_ring.h"
 
 namespace box {
@@ -67,7 +67,7 @@ void touch(const fs::path &file) {
 }  // namespace
 
 Contents contents_of(const Place &place) {
-  Contents contents{.model = model_of_box(place), .records = {}, .hardware = Hardware(place).all()};
+  Contents contents{.model = model_of_box(place), .records = {}, .hardware = TextDatabase(place).all()};
   for (std::uint32_t db_id = 0; db_id < kDatabaseCount; ++db_id) {
     Database(place.database(db_id)).each([&](std::string_view name, std::span<const std::uint8_t> record) {
       contents.records.at(db_id).emplace(name, Bytes(record.begin(), record.end()));
@@ -85,7 +85,7 @@ void create_box(const Place &place, const Contents &contents) {
   TraceRing::create(place.trace());
   touch(place.events());
   write_records(place, contents);
-  Hardware(place, true).set_all(contents.hardware);
+  TextDatabase(place, true).set_all(contents.hardware);
   touch(place.tmp() / ("." + std::string(model_name(contents.model))));
 }
 

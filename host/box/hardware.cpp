@@ -26,7 +26,7 @@ constexpr Word kWords[] = {
 };
 
 constexpr const char *kFlagSet = "start", *kDetachedSet = "yes", *kModeOn = "lock", *kModeOff = "unlock",
-                     *kUsualSpeed = "low";
+                     *kUsualSpeed = "low", *kDark = "off", *kBlinking = "blink", *kLinkUp = "up", *kLinkDown = "down";
 
 std::string key_of(Setting setting, std::string_view of) {
   const auto *const word =
@@ -38,6 +38,15 @@ std::string key_of(Setting setting, std::string_view of) {
 
 std::string SettingValue::key() const {
   return key_of(setting, of);
+}
+
+bool SettingValue::is_usual() const {
+  return (setting == Setting::kMaintenance && value == kModeOff) ||
+         (setting == Setting::kFan && value == kUsualSpeed) || (setting == Setting::kLed && value == kDark);
+}
+
+bool SettingValue::is_blinking() const {
+  return setting == Setting::kLed && value == kBlinking;
 }
 
 std::vector<SettingValue> Hardware::settings() const {
@@ -90,7 +99,7 @@ void Hardware::set_mirrored(std::uint32_t board, bool mirrored) {
 
 std::string Hardware::led(const std::string &unit) const {
   const std::string light = text(Setting::kLed, unit);
-  return light.empty() ? "off" : light;
+  return light.empty() ? kDark : light;
 }
 
 void Hardware::set_led(const std::string &unit, const std::string &light) {
@@ -123,8 +132,12 @@ std::string Hardware::link(const std::string &unit) const {
   return text(Setting::kLink, unit);
 }
 
-void Hardware::set_link(const std::string &unit, const std::string &link) {
-  set_text(Setting::kLink, unit, link);
+bool Hardware::is_linked_down(const std::string &unit) const {
+  return link(unit) == kLinkDown;
+}
+
+void Hardware::set_linked(const std::string &unit, bool up) {
+  set_text(Setting::kLink, unit, up ? kLinkUp : kLinkDown);
 }
 
 std::string Hardware::power(const std::string &unit) const {

@@ -29,11 +29,15 @@ struct SettingValue {
   std::string value;
 
   std::string key() const;  // as people read it: "led /PSU#0"
+  bool is_usual() const;    // as of a server at rest: no mode, the usual fan speed, a dark LED
+  bool is_blinking() const;
 };
 
-class Hardware : public TextDatabase {
+class Hardware : private TextDatabase {
  public:
+  using TextDatabase::lock;
   using TextDatabase::TextDatabase;
+  using TextDatabase::unlock;
 
   // All that is set, by key. How the box is bent is no part of it.
   std::vector<SettingValue> settings() const;
@@ -54,7 +58,8 @@ class Hardware : public TextDatabase {
   bool detached(const std::string &unit) const;
   void set_detached(const std::string &unit, bool detached);
   std::string link(const std::string &unit) const;  // of a board: "up" or "down", empty while it was never linked
-  void set_link(const std::string &unit, const std::string &link);
+  bool is_linked_down(const std::string &unit) const;
+  void set_linked(const std::string &unit, bool up);
   std::string power(const std::string &unit) const;  // of an I/O expansion unit: "on" or "off", else empty
   void set_power(const std::string &unit, const std::string &power);
   std::string fan(const std::string &unit) const;  // its own fan speed, empty where it has none

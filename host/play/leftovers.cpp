@@ -27,15 +27,14 @@ bool has_argument(const fs::path &process, const std::string &wanted) {
 
 // Empty where a command need not take the setting back.
 std::string sentence(const box::SettingValue &row) {
+  if (row.is_usual()) return "";
   switch (row.setting) {
     case box::Setting::kMaintenance:
-      return row.value == "unlock" ? "" : "maintenance mode is on";
+      return "maintenance mode is on";
     case box::Setting::kFan:
-      if (row.value == "low") return "";
       return "the fans " + (row.of.empty() ? "" : "of " + row.of + " ") + "run at speed \"" + row.value + "\"";
     case box::Setting::kLed:
-      if (row.value == "off") return "";
-      return "the LED of " + row.of + (row.value == "blink" ? " blinks" : " is on");
+      return "the LED of " + row.of + (row.is_blinking() ? " blinks" : " is on");
     case box::Setting::kFlag:
       return row.of + " is under maintenance";
     case box::Setting::kDetached:

@@ -31,14 +31,13 @@ bool has_fault(const Machine &machine, std::uint32_t board) {
 // A board runs again when both its units are there, linked, and not detached.
 bool can_start(const Machine &machine, std::uint32_t board) {
   return std::ranges::all_of(units_of(machine, board), [&](const std::string &name) {
-    const bool linked = machine.hardware.link(name) != "down";
-    return machine.unit(name).installed() && linked && !machine.is_detached(name);
+    return machine.unit(name).installed() && !machine.hardware.is_linked_down(name) && !machine.is_detached(name);
   });
 }
 
 int link_up(Machine &machine, const std::string &name, std::uint32_t board) {
   if (machine.has_fault(name)) return kNotLinked;
-  machine.hardware.set_link(name, "up");
+  machine.hardware.set_linked(name, true);
   machine.set_detached(name, false);
   if (!can_start(machine, board)) return kDone;
   BoardChange boards(machine.place, machine.model);
@@ -49,7 +48,7 @@ int link_up(Machine &machine, const std::string &name, std::uint32_t board) {
 
 int link_down(Machine &machine, const std::string &name, std::uint32_t board) {
   if (Boards(machine.place, machine.model).is_active(board)) return kRefused;
-  machine.hardware.set_link(name, "down");
+  machine.hardware.set_linked(name, false);
   return kDone;
 }
 

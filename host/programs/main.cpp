@@ -64,8 +64,9 @@ std::optional<int> bent(const box::Bend &bend) {
 }
 
 // What the program does unless it is bent. That the box cannot be read or written is an exit status, too.
-int work(int argc, char **argv, const ControlProgram &program, const box::Place &place, box::Hardware &hardware) {
+int work(int argc, char **argv, const ControlProgram &program, const box::Place &place) {
   try {
+    box::Hardware hardware(place);
     Machine machine(place, hardware);
     const std::optional<Arguments> arguments = parse(argc, argv, program.options);
     return arguments ? program.act(*arguments, machine) : kUsage;
@@ -76,14 +77,14 @@ int work(int argc, char **argv, const ControlProgram &program, const box::Place 
 
 int run(int argc, char **argv, const ControlProgram &program) {
   const box::Place place = box::Place::here();
-  box::Hardware hardware(place);
-  const box::Bend bend = box::bend_of(hardware, program.name);
+  box::TextDatabase kept(place);
+  const box::Bend bend = box::bend_of(kept, program.name);
   if (bend.ignore_term) std::signal(SIGTERM, SIG_IGN);
   box::Run record{now_ns(), getpid(), std::nullopt, joined(argc, argv)};
-  box::set_last_run(hardware, program.name, record);
+  box::set_last_run(kept, program.name, record);
   record.status = bent(bend);
-  if (!record.status) record.status = work(argc, argv, program, place, hardware);
-  box::set_last_run(hardware, program.name, record);
+  if (!record.status) record.status = work(argc, argv, program, place);
+  box::set_last_run(kept, program.name, record);
   return *record.status;
 }
 

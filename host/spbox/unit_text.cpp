@@ -21,7 +21,7 @@ std::string flag_text(const box::Hardware &hardware, const std::string &unit) {
   const auto add = [&text](const char *part) { text += (text.empty() ? "" : ", ") + std::string(part); };
   if (hardware.flag(unit)) add("maintenance");
   if (hardware.detached(unit)) add("detached");
-  if (hardware.link(unit) == "down") add("link down");
+  if (hardware.is_linked_down(unit)) add("link down");
   return text;
 }
 

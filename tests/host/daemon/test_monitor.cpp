@@ -82,7 +82,7 @@ TEST_F(MonitorTest, TellsTheStateOfAUnit) {
 
 TEST_F(MonitorTest, TellsThePowerOfAUnit) {
   EXPECT_EQ(ask(3, id_of("/PSU#3")).word[0], 1U);
-  box::Hardware(place_).set("detached /PSU#3", "yes");
+  box::TextDatabase(place_).set("detached /PSU#3", "yes");
   EXPECT_EQ(ask(3, id_of("/PSU#3")).word[0], 0U) << "detached";
   box::Inventory(place_).change(box::Change::kPull, {"/PSU#4"});
   EXPECT_EQ(ask(3, id_of("/PSU#4")).word[0], 0U) << "pulled";

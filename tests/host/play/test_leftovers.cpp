@@ -55,7 +55,7 @@ const Row kRows[] = {
 TEST_F(LeftoversTest, NamesEverySettingThatACommandHasToTakeBack) {
   EXPECT_EQ(play::left_in_hardware(place(), {}), Sentences{});
   for (const Row &row : kRows) {
-    box::Hardware hardware(place());
+    box::TextDatabase hardware(place());
     const auto before = hardware.all();
     hardware.set(row.key, row.value);
     EXPECT_EQ(play::left_in_hardware(place(), {}), row.found) << row.says;

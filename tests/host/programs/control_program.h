@@ -79,5 +79,5 @@ class ControlProgram : public testing::Test {
 
   Scratch scratch_;
   box::Place place_{scratch_ / "box"};
-  std::optional<box::Hardware> hardware_;
+  std::optional<box::TextDatabase> hardware_;
 };

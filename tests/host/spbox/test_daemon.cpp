@@ -21,7 +21,7 @@ using box::DaemonWay;
 class Daemon : public SpboxTest {
  protected:
   void SetUp() override { make_box("qa"); }
-  box::DaemonBend bend() const { return box::daemon_bend(box::Hardware(place())); }
+  box::DaemonBend bend() const { return box::daemon_bend(box::TextDatabase(place())); }
 
   // The processes of this box's daemons, as a shell in the box finds them: neither itself nor spbox, whose lines have
   // these words, too. Nor is it the bwrap that has started it.

@@ -31,9 +31,9 @@ TEST_P(DumpOfModel, MakesTheSameBoxAgain) {
   make_box(GetParam());
   done({"fault", "box", "/PSU#1"});
   done({"pull", "box", "/PSU#0", "/FAN_A#0"});
-  box::Hardware(place()).set("led /PSU#1", "blink");
+  box::TextDatabase(place()).set("led /PSU#1", "blink");
   done({"program", "box", "ctlled", "--delay", "3", "--exit", "206"});
-  box::Hardware hardware(place());
+  box::TextDatabase hardware(place());
   box::set_last_run(hardware, "ctlfan", {.time_ns = 7, .pid = 8, .status = 0, .arguments = "-c \"low\" \\ \n"});
   done({"break", "box", "current_psu_info", "--short"});
   done({"break", "box", "current_fantray_info", "--long"});
@@ -132,7 +132,7 @@ TEST_F(Dump, OfABoardOfAnotherByteOrderIsLoaded) {
             (box::Bytes{1, 2, 3, 4, 0, 0, 0, 0, 0x20, 0, 0, 0, 7, 0, 0, 0}))
       << "bytes keep their places";
   EXPECT_EQ(record(2, "unknown kind"), (box::Bytes{1, 2, 3, 4, 5}));
-  EXPECT_EQ(box::Hardware(place()).get("fan"), "low") << "the hardware is as after power-on";
+  EXPECT_EQ(box::TextDatabase(place()).get("fan"), "low") << "the hardware is as after power-on";
   EXPECT_TRUE(box::Hardware(place()).flag("/PSU#0")) << "its status says that it is under maintenance";
   EXPECT_FALSE(box::Hardware(place()).flag("/PSU#1"));
   EXPECT_TRUE(fs::exists(place().tmp() / ".qa"));

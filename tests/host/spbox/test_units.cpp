@@ -31,8 +31,8 @@ TEST_F(Units, OfTheEntryModelAreATree) {
   done({"fault", "box", "/PSU#1"});
   done({"degrade", "box", "/FAN_A#0/FAN#0"});
   done({"pull", "box", "/MBU_A/MEM#2B"});
-  box::Hardware(place()).set("led /PSU#1", "blink");
-  box::Hardware(place()).set("flag /PSU#1", "start");
+  box::TextDatabase(place()).set("led /PSU#1", "blink");
+  box::TextDatabase(place()).set("flag /PSU#1", "start");
   EXPECT_EQ(done({"units", "box"}), golden("units_qa.txt"));
 }
 
@@ -44,8 +44,8 @@ TEST_F(Units, OfAHighEndModelAreATree) {
 TEST_F(Units, AreTheSameForScripts) {
   make_box("qe1");
   done({"fault", "box", "/PSU#41"});
-  box::Hardware(place()).set("led /PSU#41", "on");
-  box::Hardware(place()).set("flag /PSU#41", "start");
+  box::TextDatabase(place()).set("led /PSU#41", "on");
+  box::TextDatabase(place()).set("flag /PSU#41", "start");
   const ReadJson whole(done({"units", "box", "--json"}));
   EXPECT_EQ(whole["model"], "qe1");
   EXPECT_EQ(whole["maintenance_mode"], "unlocked");
@@ -72,7 +72,7 @@ TEST_F(Units, AreTheSameForScripts) {
 
 TEST_F(Units, ShowWhatTheControlProgramsDidToThem) {
   make_box("qe1");
-  box::Hardware hardware(place());
+  box::TextDatabase hardware(place());
   hardware.set("flag /CMU#0", "start");
   hardware.set("detached /CMU#0", "yes");
   hardware.set("link /CMU#0", "down");
@@ -87,7 +87,7 @@ TEST_F(Units, ShowWhatTheControlProgramsDidToThem) {
 
 TEST_F(Units, AreFollowedByWhatIsSetForOthers) {
   make_box("qe1");
-  box::Hardware hardware(place());
+  box::TextDatabase hardware(place());
   hardware.set("led /FANBP_C#0", "on");
   hardware.set("power /IOX@0A21", "off");
   hardware.set("mirror 3", "y");
@@ -112,7 +112,7 @@ TEST_F(Units, AreFollowedByWhatIsSetForOthers) {
 
 TEST_F(Units, WithoutARecordAreShownWithWhatIsSetForThem) {
   make_box("qe1");
-  box::Hardware hardware(place());
+  box::TextDatabase hardware(place());
   hardware.set("led /FANBP_C#0", "on");
   hardware.set("flag /FANBP_C#0", "start");
   const std::string text = done({"show", "box", "FANBP_C#0"});
@@ -225,7 +225,7 @@ TEST_F(Units, CanBeAPartOfTheTree) {
 
 TEST_F(Units, AreShownOneByOne) {
   make_box("qe3");
-  box::Hardware(place()).set("led /PSU#74", "blink");
+  box::TextDatabase(place()).set("led /PSU#74", "blink");
   EXPECT_EQ(done({"show", "box", "PSU#74"}),
             "Unit         /PSU#74\n"
             "Kind         power supply (161)\n"

@@ -121,7 +121,7 @@ class TechnicianTest : public testing::Test {
     ring.append(14, 256, 15, event, words.data(), 2);
   }
   std::string state(const char *unit) const { return std::string(state_word(box::Inventory(place_).unit(unit))); }
-  void set(const std::string &key, const std::string &value) const { box::Hardware(place_).set(key, value); }
+  void set(const std::string &key, const std::string &value) const { box::TextDatabase(place_).set(key, value); }
 
   Scratch scratch_;
   box::Place place_{scratch_ / "box"};
@@ -146,9 +146,9 @@ TEST_F(TechnicianTest, WaitsForWhatTheOperatorsCommandDoes) {
   } rows[] = {
       {"led /PSU#3 blink", [this] { set("led /PSU#3", "blink"); }},
       {"flag /PSU#3 start", [this] { set("flag /PSU#3", "start"); }},
-      {"flag /PSU#3 end", [this] { box::Hardware(place_).clear("flag /PSU#3"); }},
+      {"flag /PSU#3 end", [this] { box::TextDatabase(place_).clear("flag /PSU#3"); }},
       {"detached /PSU#3 yes", [this] { set("detached /PSU#3", "yes"); }},
-      {"detached /PSU#3 no", [this] { box::Hardware(place_).clear("detached /PSU#3"); }},
+      {"detached /PSU#3 no", [this] { box::TextDatabase(place_).clear("detached /PSU#3"); }},
       {"mode lock", [this] { set("maintenance", "lock"); }},
       {"mode unlock", [this] { set("maintenance", "unlock"); }},
       {"trace lmainte_chk_fru_install entry", [this] { record(0x110C06B0); }},
