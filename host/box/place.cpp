@@ -2,10 +2,12 @@
 
 #include <cstdlib>
 
+#include "host/include/lmainte_host.h"
+
 namespace box {
 
 Place Place::here() {
-  const char *root = std::getenv("SPBOX_ROOT");
+  const char *root = std::getenv(LMAINTE_HOST_ROOT);
   return Place(root != nullptr && *root != '\0' ? root : "/");
 }
 

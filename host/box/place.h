@@ -14,18 +14,21 @@ namespace box {
 // processor keeps in its hardware: LEDs, maintenance flags, fan speeds, and how its control programs are bent.
 inline constexpr std::uint32_t kDatabaseCount = 6;
 
+// Below the box's folder. Whoever writes the trace may have no memory to allocate a path.
+inline constexpr char kTracePath[] = "mgb/log/trace";
+
 class Place {
  public:
   // `root` is the box's folder; inside the root of a running command it is "/".
   explicit Place(std::filesystem::path root) : root_(std::move(root)) {}
 
-  // The box in which this process runs: the folder in the environment variable SPBOX_ROOT, or "/".
+  // The box in which this process runs: the folder in the environment variable LMAINTE_HOST_ROOT, or "/".
   static Place here();
 
   const std::filesystem::path &root() const { return root_; }
   std::filesystem::path database(std::uint32_t db_id) const { return root_ / "mgb/db" / std::to_string(db_id); }
   std::filesystem::path hardware() const { return root_ / "mgb/db/box"; }
-  std::filesystem::path trace() const { return root_ / "mgb/log/trace"; }
+  std::filesystem::path trace() const { return root_ / kTracePath; }
   std::filesystem::path events() const { return root_ / "mgb/log/events"; }
   std::filesystem::path daemons() const { return root_ / "mgb/run"; }
   std::filesystem::path etc() const { return root_ / "mgb/cli/etc"; }

@@ -2,25 +2,27 @@
 #include <cstdlib>
 #include <cstring>
 
+#include "host/box/place.h"
 #include "host/box/trace_ring.h"
 #include "host/platform/exported.h"
 
 namespace {
 
-constexpr char kRing[] = "/mgb/log/trace";
 constexpr std::uint32_t kHeadLength = 8;
 constexpr std::uint32_t kMaxLength = kHeadLength + 4 * sizeof(std::uint32_t);
 
 constinit box::TraceRing ring;
 
-// Here no memory may be allocated: the caller may be a signal handler, or a child between fork and execve.
+// Maps Place::here().trace(). No memory may be allocated: the caller may be a signal handler, or a child between fork and
+// execve.
 bool map_ring() {
   char path[PATH_MAX];
-  const char *root = std::getenv("SPBOX_ROOT");
+  const char *root = std::getenv(LMAINTE_HOST_ROOT);
   const std::size_t length = root == nullptr ? 0 : std::strlen(root);
-  if (length > sizeof path - sizeof kRing) return false;
+  if (length > sizeof path - 1 - sizeof box::kTracePath) return false;
   if (length != 0) std::memcpy(path, root, length);
-  std::memcpy(path + length, kRing, sizeof kRing);
+  path[length] = '/';
+  std::memcpy(path + length + 1, box::kTracePath, sizeof box::kTracePath);
   return ring.map(path);
 }
 

@@ -11,6 +11,7 @@
 #include <system_error>
 
 #include "host/box/database.h"
+#include "host/include/lmainte_host.h"
 #include "host/spbox/occupancy.h"
 
 namespace spbox {
@@ -133,7 +134,7 @@ std::vector<std::string> bwrap_arguments(const RootPlan &plan) {
   add_box(plan, arguments);
   if (!plan.pager) add(arguments, {"--ro-bind", "/dev/null", fs::canonical("/bin/busybox")});
   // Root, too, could mount the workstation's folders anew and write there, had it the right to.
-  add(arguments, {"--remount-ro", "/", "--cap-drop", "ALL", "--die-with-parent", "--unsetenv", "SPBOX_ROOT"});
+  add(arguments, {"--remount-ro", "/", "--cap-drop", "ALL", "--die-with-parent", "--unsetenv", LMAINTE_HOST_ROOT});
   add(arguments, {"--unshare-ipc"});
   if (!plan.network) add(arguments, {"--unshare-net"});
   add(arguments, {"--chdir", seen_inside(plan.folder) ? plan.folder.string() : "/"});
