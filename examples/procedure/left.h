@@ -13,14 +13,13 @@ namespace procedure {
 
 // `what` is LMAINTE_HOST_LEFT_...; of the server as a whole without a unit.
 inline void log_left(uint8_t what, const UnitRecord &unit = {}) {
-  constexpr uint32_t kHead = 0x00030000;
-  constexpr size_t kSourceAt = 8, kFormAt = 9, kCodeAt = 11, kUnitAt = 19;
-  uint8_t event[48] = {};
-  event[kSourceAt] = LMAINTE_HOST_EVENT_SOURCE;
-  event[kFormAt] = LMAINTE_HOST_EVENT_LEFT;
-  event[kCodeAt] = what;
+  constexpr uint32_t kHead = LMAINTE_HOST_EVENT_HEAD;
+  uint8_t event[LMAINTE_HOST_EVENT_SIZE] = {};
+  event[LMAINTE_HOST_EVENT_SOURCE_AT] = LMAINTE_HOST_EVENT_SOURCE;
+  event[LMAINTE_HOST_EVENT_FORM_AT] = LMAINTE_HOST_EVENT_LEFT;
+  event[LMAINTE_HOST_EVENT_CODE_AT] = what;
   for (size_t i = 0; i < sizeof unit.ident; ++i)  // the most significant byte first
-    event[kUnitAt + i] = static_cast<uint8_t>(unit.ident[i / 4] >> (24 - 8 * (i % 4)));
+    event[LMAINTE_HOST_EVENT_UNIT_AT + i] = static_cast<uint8_t>(unit.ident[i / 4] >> (24 - 8 * (i % 4)));
   if (mgblog_save(&kHead, event) < 0) tell("The log has no record of this. Is the disk of the log full?");
 }
 

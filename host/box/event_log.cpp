@@ -5,7 +5,9 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
+#include <chrono>
 #include <cstring>
 #include <stdexcept>
 #include <string>
@@ -82,6 +84,16 @@ bool EventLog::append(const std::filesystem::path &file, const LogEntry &entry) 
     errno = ENOMEM;
     return false;
   }
+}
+
+bool EventLog::append(const std::filesystem::path &file, std::uint32_t head, Event event) noexcept {
+  const auto since_epoch = std::chrono::system_clock::now().time_since_epoch();
+  LogEntry entry{std::chrono::duration_cast<std::chrono::nanoseconds>(since_epoch).count(),
+                 static_cast<std::uint32_t>(getpid()),
+                 head,
+                 {}};
+  std::copy(event.begin(), event.end(), entry.event.begin());
+  return append(file, entry);
 }
 
 std::vector<LogEntry> EventLog::read(const std::filesystem::path &file) {

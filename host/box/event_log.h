@@ -5,21 +5,29 @@
 #include <array>
 #include <cstdint>
 #include <filesystem>
+#include <span>
 #include <vector>
 
+#include "host/include/lmainte_host.h"
+
 namespace box {
+
+using Event = std::span<const std::uint8_t, LMAINTE_HOST_EVENT_SIZE>;  // big-endian
 
 struct LogEntry {
   std::int64_t time_ns;
   std::uint32_t pid;
   std::uint32_t head;
-  std::array<std::uint8_t, 48> event;  // big-endian
+  std::array<std::uint8_t, LMAINTE_HOST_EVENT_SIZE> event;
 };
 
 class EventLog {
  public:
   // Appends one entry and waits until it is on disk; whole also when several processes append. False on failure, errno set.
   static bool append(const std::filesystem::path &file, const LogEntry &entry) noexcept;
+
+  // The same for an event of this process, now.
+  static bool append(const std::filesystem::path &file, std::uint32_t head, Event event) noexcept;
 
   // The entries, oldest first; none where nothing was ever saved. What a crash left of an unfinished entry is left out.
   // Throws.

@@ -1,7 +1,5 @@
 #include "host/daemon/monitor.h"
 
-#include <unistd.h>
-
 #include <algorithm>
 #include <chrono>
 #include <cstdint>
@@ -24,8 +22,6 @@ namespace {
 using Body = std::span<const std::uint8_t>;
 
 constexpr std::size_t kUnitIdSize = 8;
-constexpr std::size_t kEventSize = sizeof(box::LogEntry::event);
-constexpr std::uint32_t kEventHead = 0x00030000;
 
 // The daemon as it is when a request comes.
 struct Moment {
@@ -68,13 +64,10 @@ void tell_power(const Moment &now, Body body, lmainte_host_reply &reply) {
 }
 
 void save_event(const Moment &now, Body body, lmainte_host_reply &reply) {
-  const auto since_epoch = std::chrono::system_clock::now().time_since_epoch();
-  box::LogEntry entry{std::chrono::duration_cast<std::chrono::nanoseconds>(since_epoch).count(),
-                      static_cast<std::uint32_t>(getpid()),
-                      kEventHead,
-                      {}};
-  std::copy(body.begin(), body.end(), entry.event.begin());
-  if (!box::EventLog::append(now.place.events(), entry)) reply.result = LMAINTE_HOST_BOX_FAILED;
+  const box::Event event = body.first<LMAINTE_HOST_EVENT_SIZE>();
+  if (!box::EventLog::append(now.place.events(), LMAINTE_HOST_EVENT_HEAD, event)) {
+    reply.result = LMAINTE_HOST_BOX_FAILED;
+  }
 }
 
 struct Command {
@@ -87,7 +80,7 @@ constexpr Command kCommands[] = {
     {LMAINTE_HOST_ASK_STATUS, 0, tell_status},
     {LMAINTE_HOST_ASK_UNIT, kUnitIdSize, tell_unit},
     {LMAINTE_HOST_ASK_POWER, kUnitIdSize, tell_power},
-    {LMAINTE_HOST_SAVE_EVENT, kEventSize, save_event},
+    {LMAINTE_HOST_SAVE_EVENT, LMAINTE_HOST_EVENT_SIZE, save_event},
 };
 
 // Fills in what the request asks for.

@@ -166,11 +166,22 @@ typedef struct lmainte_host_reply {
 
 /*
  * lmainte_send_event saves that a unit was replaced, added or removed. What a procedure leaves undone has no event in
- * liblmainte: the command saves it with mgblog_save, under the head 0x00030000, as 48 bytes: LMAINTE_HOST_EVENT_SOURCE in
- * byte 8, LMAINTE_HOST_EVENT_LEFT in byte 9, a code from below in byte 11, the unit's id in bytes 19 to 26, the most
- * significant byte of each word first, zeros elsewhere. `spbox log` shows it in words.
+ * liblmainte: the command saves it with mgblog_save, under the head LMAINTE_HOST_EVENT_HEAD, as
+ * LMAINTE_HOST_EVENT_SIZE bytes. Four places hold something: LMAINTE_HOST_EVENT_SOURCE_AT the source,
+ * LMAINTE_HOST_EVENT_FORM_AT the form, LMAINTE_HOST_EVENT_CODE_AT a code from below, and LMAINTE_HOST_EVENT_UNIT_AT the
+ * eight bytes of the unit's id, the most significant byte of each word first. The others are zeros. `spbox log` shows it
+ * in words.
  */
 enum { LMAINTE_HOST_EVENT_SOURCE = 215, LMAINTE_HOST_EVENT_LEFT = 3 };
+
+enum { LMAINTE_HOST_EVENT_HEAD = 0x00030000, LMAINTE_HOST_EVENT_SIZE = 48 };
+
+enum {
+  LMAINTE_HOST_EVENT_SOURCE_AT = 8, /* LMAINTE_HOST_EVENT_SOURCE */
+  LMAINTE_HOST_EVENT_FORM_AT = 9,   /* LMAINTE_HOST_EVENT_LEFT */
+  LMAINTE_HOST_EVENT_CODE_AT = 11,  /* LMAINTE_HOST_LEFT_... */
+  LMAINTE_HOST_EVENT_UNIT_AT = 19
+};
 
 enum {
   LMAINTE_HOST_LEFT_EMPTY = 1,     /* the unit's place was left empty */

@@ -1,8 +1,4 @@
-#include <unistd.h>
-
 #include <cerrno>
-#include <cstring>
-#include <ctime>
 
 #include "host/box/event_log.h"
 #include "host/box/place.h"
@@ -13,15 +9,9 @@ int32_t mgblog_save(const uint32_t *head, const void *record) {
     errno = EINVAL;
     return -1;
   }
-  timespec now{};
-  clock_gettime(CLOCK_REALTIME, &now);
-  box::LogEntry entry{static_cast<std::int64_t>(now.tv_sec) * 1'000'000'000 + now.tv_nsec,
-                      static_cast<std::uint32_t>(getpid()),
-                      *head,
-                      {}};
-  std::memcpy(entry.event.data(), record, entry.event.size());
+  const box::Event event(static_cast<const std::uint8_t *>(record), LMAINTE_HOST_EVENT_SIZE);
   try {
-    return box::EventLog::append(box::Place::here().events(), entry) ? 0 : -1;
+    return box::EventLog::append(box::Place::here().events(), *head, event) ? 0 : -1;
   } catch (...) {
     errno = ENOMEM;
     return -1;

@@ -11,7 +11,9 @@ namespace spbox {
 namespace {
 
 constexpr std::uint8_t kMaintenance = LMAINTE_HOST_EVENT_SOURCE, kChanged = 2, kLeft = LMAINTE_HOST_EVENT_LEFT;
-constexpr std::size_t kSourceAt = 8, kFormAt = 9, kCodeAt = 11, kIdAt = 19, kDetailAt = 29, kDetailSize = 18;
+constexpr std::size_t kSourceAt = LMAINTE_HOST_EVENT_SOURCE_AT, kFormAt = LMAINTE_HOST_EVENT_FORM_AT,
+                      kCodeAt = LMAINTE_HOST_EVENT_CODE_AT, kIdAt = LMAINTE_HOST_EVENT_UNIT_AT;
+constexpr std::size_t kDetailAt = 29, kDetailSize = 18;  // of what was changed
 
 struct CodeRow {
   unsigned code;
