@@ -36,7 +36,8 @@ Bytes &RecordSet::at(const std::string &name, std::size_t size) {
   const std::string why = complaint(name, size);
   if (!why.empty()) {
     const std::string box = place_.root().string();
-    throw InventoryError(box + ": " + why + ". " + advice({"mend", box}) + " mends what `spbox break` broke.");
+    throw InventoryError(box + ": " + why + ". " + advice({"mend", box}) + " mends what " + advice({"break"}) +
+                         " broke.");
   }
   return *records_.find(name)->second;
 }

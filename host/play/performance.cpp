@@ -6,6 +6,7 @@
 #include <system_error>
 #include <utility>
 
+#include "host/box/advice.h"
 #include "host/box/contents.h"
 #include "host/play/player.h"
 
@@ -70,7 +71,8 @@ std::vector<Step> prepare(const Files &files, const Values &values, const Words 
   }
   if (!box::is_box(box::Place(files.box))) {
     throw script::Error(files.box.string() + " is not a box, and " + script +
-                        " makes none. Write `box qe1`, for example, or `spbox create` one.");
+                        " makes none. Write `box qe1`, for example, or make one with " +
+                        box::advice({"create", files.box, "--model", "MODEL"}) + ".");
   }
   return steps;
 }

@@ -5,6 +5,7 @@
 
 #include "host/base/listed.h"
 #include "host/base/number.h"
+#include "host/box/advice.h"
 #include "host/spbox/help.h"
 #include "host/spbox/spelling.h"
 
@@ -58,7 +59,7 @@ void refuse_leftovers(const Verb &verb, const Words &left) {
   const auto option = std::find_if(left.begin(), left.end(), is_option);
   if (option != left.end()) {
     const std::string name = option->substr(0, option->find('='));
-    refuse("`spbox " + verb.name + "` has no option " + name + "." + did_you_mean(name, option_names(verb)));
+    refuse(box::advice({verb.name}) + " has no option " + name + "." + did_you_mean(name, option_names(verb)));
   }
   if (!left.empty()) refuse("`" + left.front() + "` is one word too many for `" + usage_of(verb) + "`.");
 }

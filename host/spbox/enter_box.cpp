@@ -7,6 +7,7 @@
 #include <string>
 
 #include "host/base/number.h"
+#include "host/box/advice.h"
 #include "host/spbox/handshake.h"
 #include "host/spbox/own_signals.h"
 #include "host/spbox/signals.h"
@@ -32,7 +33,7 @@ std::string cannot_run(const std::string &program, int error) {
 }
 
 int refuse() {
-  complain("`spbox run` alone enters a box. `spbox help run` says more.");
+  complain(box::advice({"run"}) + " alone enters a box. " + box::advice({"help", "run"}) + " says more.");
   return kUsage;
 }
 

@@ -1,6 +1,7 @@
 #include <algorithm>
 #include <memory>
 
+#include "host/box/advice.h"
 #include "host/box/contents.h"
 #include "host/box/daemon_bend.h"
 #include "host/box/daemon_socket.h"
@@ -73,7 +74,9 @@ std::vector<std::string> way_names() {
 
 void check(const Options &options) {
   const bool late = options.way == "late";
-  if (late && options.seconds == 0) throw UsageError("how late? Give seconds, as in `spbox daemon DIR late 5`.");
+  if (late && options.seconds == 0) {
+    throw UsageError("how late? Give seconds, as in " + box::advice({"daemon", options.box, "late", "5"}) + ".");
+  }
   if (!late && options.seconds > 0) throw UsageError("only `late` takes seconds.");
 }
 

@@ -60,8 +60,10 @@ void Technician::wait_for(const Step &step, const std::function<bool()> &has_com
   const milliseconds deadline = clock_.now() + limit_;
   while (!has_come()) {
     if (clock_.now() >= deadline) {
-      throw failure(step, "it has not come in " + script::seconds_text(limit_) +
-                              ". See `spbox units` and `spbox trace`, or give a higher --limit.");
+      const std::string box = place_.root().string();
+      throw failure(step, "it has not come in " + script::seconds_text(limit_) + ". See " +
+                              box::advice({"units", box}) + " and " + box::advice({"trace", box}) +
+                              ", or give a higher --limit.");
     }
     clock_.sleep(kLookAgain);
   }

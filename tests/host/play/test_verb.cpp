@@ -170,7 +170,8 @@ TEST_F(PlayVerb, RefusesWhatMakesNoSenseBeforeTheFirstStep) {
       {"a folder that is no box",
        "say \"begun\"\n",
        {"--box", "boxes"},
-       "spbox: boxes is not a box, and walk.play makes none."},
+       "spbox: boxes is not a box, and walk.play makes none. Write `box qe1`, for example, or make one with "
+       "`spbox create boxes --model MODEL`."},
       {"a picture of a play without screens",
        "box qe2\n",
        {"--picture", "walk.svg"},

@@ -284,7 +284,9 @@ TEST_F(TechnicianTest, GivesUpAndSaysWhatHasNotCome) {
     work("pull /PSU#3; when mode lock", 30s);
     ADD_FAILURE() << "waits no more";
   } catch (const technician::Failure &error) {
-    EXPECT_EQ(std::string(error.what()).find("step 2: `when mode lock`: it has not come in 30 s."), 0U) << error.what();
+    const std::string box = place_.root().string();
+    EXPECT_EQ(error.what(), "step 2: `when mode lock`: it has not come in 30 s. See `spbox units " + box +
+                                "` and `spbox trace " + box + "`, or give a higher --limit.");
   }
   EXPECT_GE(now_, 1030s);
   EXPECT_LE(now_, 1031s);
