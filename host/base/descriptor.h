@@ -22,6 +22,7 @@ class Descriptor {
   Descriptor &operator=(const Descriptor &) = delete;
 
   int get() const { return fd_; }
+  int release() { return std::exchange(fd_, -1); }  // who gets it closes it
   void reset() {
     const int kept_errno = errno;
     if (fd_ >= 0) close(std::exchange(fd_, -1));

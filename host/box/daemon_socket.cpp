@@ -2,7 +2,6 @@
 
 #include <fcntl.h>
 #include <sys/un.h>
-#include <unistd.h>
 
 #include <cerrno>
 #include <cstdio>
@@ -17,13 +16,6 @@ constexpr std::size_t kNameRoom = 64;
 bool is_name(std::string_view name) {
   return !name.empty() && name.size() < kNameRoom && name.front() != '.' &&
          name.find_first_of(std::string_view("/\0", 2)) == std::string_view::npos;
-}
-
-int close_keeping_reason(int fd) {
-  const int reason = errno;
-  close(fd);
-  errno = reason;
-  return -1;
 }
 
 // An address has room for a hundred characters; the folder of a box may have a longer name, its descriptor has not.
@@ -42,14 +34,13 @@ int daemon_socket(const std::filesystem::path &folder, std::string_view name, So
     errno = EINVAL;
     return -1;
   }
-  const int where = open(folder.c_str(), O_PATH | O_DIRECTORY | O_CLOEXEC);
-  if (where < 0) return -1;
-  const sockaddr_un address = address_in(where, name);
-  int fd = socket(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC | SOCK_NONBLOCK, 0);
-  if (fd >= 0 && step(fd, reinterpret_cast<const sockaddr *>(&address), sizeof address) != 0)
-    fd = close_keeping_reason(fd);
-  close_keeping_reason(where);
-  return fd;
+  const base::Descriptor where(open(folder.c_str(), O_PATH | O_DIRECTORY | O_CLOEXEC));
+  if (where.get() < 0) return -1;
+  const sockaddr_un address = address_in(where.get(), name);
+  base::Descriptor channel(socket(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC | SOCK_NONBLOCK, 0));
+  if (channel.get() < 0) return -1;
+  if (step(channel.get(), reinterpret_cast<const sockaddr *>(&address), sizeof address) != 0) return -1;
+  return channel.release();
 }
 
 bool daemon_listens(const std::filesystem::path &folder, std::string_view name) noexcept {

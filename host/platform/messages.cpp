@@ -9,6 +9,7 @@
 #include <cstring>
 #include <ctime>
 
+#include "host/base/descriptor.h"
 #include "host/box/daemon_socket.h"
 #include "host/box/place.h"
 #include "host/platform/exported.h"
@@ -120,13 +121,10 @@ int32_t lmainte_host_open_channel(const char *daemon) {
   Channel *place = channel_of(-1);
   if (place == nullptr) return failed(EMFILE);
   try {
-    const int fd = box::daemon_socket(box::Place::here().daemons(), daemon, connect);
-    if (fd >= FD_SETSIZE) {
-      close(fd);
-      return failed(EMFILE);
-    }
-    if (fd >= 0) *place = {fd, 0};
-    return fd;
+    base::Descriptor channel(box::daemon_socket(box::Place::here().daemons(), daemon, connect));
+    if (channel.get() >= FD_SETSIZE) return failed(EMFILE);
+    if (channel.get() >= 0) *place = {channel.get(), 0};
+    return channel.release();
   } catch (...) {
     return failed(ENOMEM);
   }
