@@ -5,6 +5,7 @@
 #include "host/box/database.h"
 #include "host/box/inventory_records.h"
 #include "host/box/place.h"
+#include "host/box/records.h"
 #include "tests/end_to_end/box_test.h"
 #include "tests/end_to_end/transcript.h"
 
