@@ -31,10 +31,19 @@ technician() {
   exec spbox technician "$box" --limit 3600 --do "$steps"
 }
 
-# is_left_out: the unit is not in place, or is out of operation. Then add_unit is the procedure for it.
-is_left_out() { spbox show "$box" "$unit" | grep -qE '^(State +Not installed|Flag +.*detached)'; }
-
-procedure_for_unit() { if is_left_out; then echo add_unit; else echo replace_unit; fi; }
+# procedure_for_unit: add_unit for a place that is empty and for a good unit that is out of operation; a faulted unit has to be
+# replaced.
+procedure_for_unit() {
+  local state
+  state=$(spbox show "$box" "$unit")
+  if grep -qE '^State +Faulted' <<<"$state"; then
+    echo replace_unit
+  elif grep -qE '^(State +Not installed|Flag +.*detached)' <<<"$state"; then
+    echo add_unit
+  else
+    echo replace_unit
+  fi
+}
 
 meaning_of() {
   case $1 in
@@ -51,7 +60,7 @@ tell_operator() {
 $1 shows the list and asks for the number of the unit. $unit has
 number $number.
 Where the last line says --More--, Space shows the next page and q leaves it.
-At any question, q gives up and leaves everything in order.
+At any question, q gives up. Then $1 says what is left to do.
 END
 }
 
