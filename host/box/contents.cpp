@@ -103,8 +103,12 @@ void check_is_box(const Place &place) {
 
 std::uint32_t model_of_box(const Place &place) {
   if (!is_box(place)) {
-    throw InventoryError(place.root().string() + " is no box. " + advice({"create", place.root(), "--model", "MODEL"}) +
-                         " makes one.");
+    const std::string is_none = place.root().string() + " is no box.";
+    std::error_code gone;
+    if (fs::exists(place.root(), gone) && !(fs::is_directory(place.root(), gone) && fs::is_empty(place.root(), gone))) {
+      throw InventoryError(is_none);
+    }
+    throw InventoryError(is_none + " " + advice({"create", place.root(), "--model", "MODEL"}) + " makes one.");
   }
   if (const auto link = link_in(place)) {
     throw InventoryError(link->string() +

@@ -147,6 +147,8 @@ TEST_F(Units, WithForeignBytesInTheirNamesHarmNeitherTerminalNorScript) {
 TEST_F(Units, OfAFolderThatIsNoBoxAreRefused) {
   EXPECT_EQ(refused({"units", "nowhere"}),
             "spbox: nowhere is no box. `spbox create nowhere --model MODEL` makes one.\n");
+  EXPECT_EQ(refused({"units", "/etc"}), "spbox: /etc is no box.\n") << "create takes no folder with other things in it";
+  EXPECT_EQ(refused({"units", "/etc/passwd"}), "spbox: /etc/passwd is no box.\n");
 }
 
 TEST_F(Units, OfABoxWithoutAMarkerAreRefused) {
