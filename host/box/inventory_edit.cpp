@@ -1,4 +1,6 @@
 // What a technician does to units: all changes of one call are made in copies of the records, and saved together.
+#include <algorithm>
+
 #include "host/box/inventory.h"
 #include "host/box/inventory_records.h"
 #include "host/box/model.h"
@@ -117,7 +119,12 @@ class Edit {
 
 void Inventory::change(Change change, const std::vector<std::string> &names) const {
   std::vector<std::size_t> indices;
-  for (const std::string &name : names) indices.push_back(find(name));
+  for (const std::string &name : names) {
+    indices.push_back(find(name));
+    if (std::count(indices.begin(), indices.end(), indices.back()) > 1) {
+      throw InventoryError(location_of(name) + " is given twice.");
+    }
+  }
   Edit edit(place_, model_, places_);
   for (const std::size_t index : indices) edit.unit(change, index);
   edit.save();

@@ -158,7 +158,7 @@ TEST_F(Changes, ThatCannotBeAreRefused) {
 TEST_F(Changes, AreAllMadeOrNone) {
   refused({"pull", "box", "/PSU#0", "/PSU#99"});
   EXPECT_EQ(psu_status(0), 0x80000000u);
-  refused({"pull", "box", "/PSU#0", "/PSU#1", "/PSU#0"});
+  EXPECT_EQ(refused({"pull", "box", "/PSU#0", "/PSU#1", "PSU#0"}), "spbox: /PSU#0 is given twice.\n");
   EXPECT_EQ(psu_status(0), 0x80000000u);
   EXPECT_EQ(psu_status(1), 0x80000000u);
   EXPECT_TRUE(has_record(4, "fru_psu_qe_info_00"));
