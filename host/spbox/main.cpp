@@ -54,7 +54,7 @@ int act(const spbox::Verb &verb, const Words &words) {
 
 // `spbox help` and what else asks for no verb.
 int help(const std::vector<spbox::Verb> &verbs, const Words &words) {
-  if (words.empty()) return print(spbox::help_of_all(verbs));
+  if (words.empty() || words.front() == "help") return print(spbox::help_of_all(verbs));
   return print(spbox::help_of(find(verbs, words.front())));
 }
 

@@ -72,24 +72,30 @@ std::vector<std::string> program_names() {
   return names;
 }
 
+bool is_change(const Options &options) {
+  return options.reset || !options.bend.straight();
+}
+
 int program(const Options &options) {
   const box::Place place(options.box);
   box::check_is_box(place);
   box::TextDatabase kept(place);
-  const bool changes = options.reset || !options.bend.straight();
-  if (options.name.empty() && changes) {
-    throw box::InventoryError("no program is named. " + box::advice({"program", place.root()}) + " lists them.");
-  }
+  const bool changes = is_change(options);
   if (changes) box::set_bend(kept, options.name, options.bend);
   print_programs(kept, options.name.empty() ? program_names() : std::vector{options.name}, options.as_json);
   return 0;
 }
 
 void check(Options &options) {
-  if (options.die.empty()) return;
-  options.bend.die = base::signal_number(options.die);
-  if (*options.bend.die > 0) return;
-  throw UsageError("there is no signal `" + options.die + "`. Give a name such as TERM, or a number.");
+  if (!options.die.empty()) {
+    options.bend.die = base::signal_number(options.die);
+    if (*options.bend.die <= 0) {
+      throw UsageError("there is no signal `" + options.die + "`. Give a name such as TERM, or a number.");
+    }
+  }
+  if (options.name.empty() && is_change(options)) {
+    throw UsageError("no program is named. " + box::advice({"program", options.box}) + " lists them.");
+  }
 }
 
 }  // namespace

@@ -156,6 +156,7 @@ TEST_F(CommandLine, HelpsWithExamplesForEveryVerb) {
   const std::string all = done({"--help"});
   EXPECT_NE(all.find("spbox create box --model qe1"), std::string::npos);
   EXPECT_EQ(done({"help"}), all);
+  EXPECT_EQ(done({"help", "help"}), all);
   EXPECT_EQ(done({"-h"}), all);
   for (const spbox::Verb &verb : spbox::all_verbs()) {
     EXPECT_NE(all.find("\n  " + verb.name + " "), std::string::npos) << verb.name;

@@ -67,7 +67,12 @@ TEST_F(Program, RefusesWhatMakesNoSense) {
     EXPECT_TRUE(result.output.starts_with("spbox: ")) << result.output;
   }
   EXPECT_TRUE(bend().straight());
-  EXPECT_EQ(refused({"program", "box", "--hang"}), "spbox: no program is named. `spbox program box` lists them.\n");
+  for (const char *option : {"--hang", "--reset"}) {
+    const Done result = spbox({"program", "box", option});
+    EXPECT_EQ(result.exit_status, 2) << option;
+    EXPECT_EQ(result.output,
+              "spbox: no program is named. `spbox program box` lists them. `spbox help program` says more.\n");
+  }
 }
 
 TEST_F(Program, ShowsItsLastRun) {
