@@ -88,12 +88,10 @@ bool Strainer::take_control(char byte) {
   if (byte == kEscape) {
     held_ = kEscape;
     state_ = state_ == State::kString ? State::kEndOfString : State::kEscape;
-  } else if (byte == kCancel || byte == kSubstitute) {
+  } else if (byte == kCancel || byte == kSubstitute || (byte == kBell && state_ == State::kString)) {
     state_ = State::kText;
   } else if (state_ != State::kString) {
     passed_ += byte;
-  } else if (byte == kBell) {
-    state_ = State::kText;
   }
   return true;
 }
