@@ -4,6 +4,7 @@
 #include <sys/wait.h>
 
 #include <cerrno>
+#include <stdexcept>
 #include <string>
 #include <system_error>
 #include <utility>
@@ -29,6 +30,13 @@ class ArgumentVector {
   std::vector<std::string> words_;
   std::vector<char *> pointers_;
 };
+
+// Throws what people are told where a fork for WHAT failed.
+[[noreturn]] inline void no_process_for(const std::string &what) {
+  const std::string why = std::generic_category().message(errno);
+  throw std::runtime_error("no process can be started for " + what + ": " + why +
+                           ". End some, or raise their limit (ulimit -u).");
+}
 
 // Waits for a child's end, whatever signals come in between. Returns its wait status. Throws std::system_error.
 inline int wait_status_of(pid_t child) {

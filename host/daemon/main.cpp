@@ -21,6 +21,7 @@
 
 #include "host/base/descriptor.h"
 #include "host/base/number.h"
+#include "host/base/told.h"
 #include "host/box/daemon_socket.h"
 #include "host/daemon/server.h"
 #include "host/include/lmainte_host.h"
@@ -144,7 +145,7 @@ int main(int argc, char **argv) {
     serve(box::Place(argv[1]), *ready_fd, signals);
     return 0;
   } catch (const std::exception &error) {
-    say(*ready_fd, error.what());
+    say(*ready_fd, base::told(error));
     return 1;
   }
 }

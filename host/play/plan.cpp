@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "host/base/listed.h"
+#include "host/base/told.h"
 
 namespace play {
 namespace {
@@ -80,7 +81,7 @@ class PlanReader {
     } catch (const PlayedScriptError &) {
       throw;
     } catch (const std::exception &wrong) {
-      throw PlayedScriptError(step.error(wrong.what()).what());
+      throw PlayedScriptError(step.error(base::told(wrong)).what());
     }
     steps.push_back(std::move(step));
   }

@@ -1,5 +1,6 @@
 #include "host/play/player.h"
 
+#include "host/base/told.h"
 #include "host/play/text.h"
 
 namespace play {
@@ -26,7 +27,7 @@ void play_step(Stage &stage, const Step &step) {
   } catch (const StepError &) {
     throw;
   } catch (const std::exception &wrong) {
-    throw failure(stage, step, wrong.what());
+    throw failure(stage, step, base::told(wrong));
   }
 }
 

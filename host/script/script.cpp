@@ -4,7 +4,6 @@
 #include <array>
 #include <cerrno>
 #include <fstream>
-#include <iterator>
 #include <system_error>
 
 #include "host/script/values.h"
@@ -15,6 +14,7 @@ namespace {
 namespace fs = std::filesystem;
 
 constexpr std::string_view kBlanks = " \t\r\v\f";
+constexpr std::size_t kLongestText = std::size_t{64} << 20U;
 constexpr std::size_t kLongestQuote = 200;  // of a statement's text in an error
 
 struct Escape {
@@ -134,8 +134,14 @@ std::string joined(const Words &words, std::size_t from) {
   return line;
 }
 
-std::string text_of(std::istream &in) {
-  return {std::istreambuf_iterator<char>(in), {}};
+std::string text_of(std::istream &in, const std::string &name) {
+  std::string text;
+  std::vector<char> part(std::size_t{64} << 10U);
+  while (in.read(part.data(), static_cast<std::streamsize>(part.size())) || in.gcount() > 0) {
+    text.append(part.data(), static_cast<std::size_t>(in.gcount()));
+    if (text.size() > kLongestText) throw Error(name + ": it is longer than 64 MiB");
+  }
+  return text;
 }
 
 std::string text_of_file(const fs::path &file) {
@@ -143,7 +149,7 @@ std::string text_of_file(const fs::path &file) {
   if (fs::is_directory(file, error)) throw Error(file.string() + ": this is a folder, not a file");
   errno = 0;
   std::ifstream in(file, std::ios::binary);
-  if (in) return text_of(in);
+  if (in) return text_of(in, file.string());
   if (errno == ENOENT) throw Error(file.string() + ": there is no such file");
   throw Error(file.string() + ": it cannot be read: " + std::generic_category().message(errno));
 }

@@ -71,8 +71,8 @@ class Reader {
 // Words with a blank between two, from one of them on.
 std::string joined(const Words &words, std::size_t from = 0);
 
-// All of a file, or of a stream. Throws Error: "walk.play: there is no such file".
+// All of a file, or of a stream that `name` names to people, up to 64 MiB. Throws Error: "walk.play: there is no such file".
 std::string text_of_file(const std::filesystem::path &file);
-std::string text_of(std::istream &in);
+std::string text_of(std::istream &in, const std::string &name);
 
 }  // namespace script

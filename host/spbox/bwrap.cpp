@@ -6,7 +6,6 @@
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
-#include <system_error>
 
 #include "host/base/child.h"
 #include "host/base/descriptor.h"
@@ -36,7 +35,7 @@ pid_t start_in_root(const RootPlan &plan, const std::vector<std::string> &progra
   const base::ArgumentVector words(std::move(arguments));
   std::fflush(nullptr);
   const pid_t child = fork();
-  if (child < 0) throw std::system_error(errno, std::generic_category(), "fork");
+  if (child < 0) base::no_process_for("the box");
   if (child > 0) return child;
   for (const int fd : {filter.get(), passed}) fcntl(fd, F_SETFD, 0);
   in_child();

@@ -18,6 +18,7 @@ namespace spbox {
 namespace {
 
 constexpr std::size_t kLargestRecord = std::size_t{1} << 20U;
+constexpr std::size_t kMostBytes = std::size_t{16} << 20U;    // of all records; the largest server has a tenth of it
 constexpr std::size_t kLongestName = 127, kLongestKey = 511;  // of the library, and of the files
 
 [[noreturn]] void wrong(const std::string &reason) {
@@ -117,6 +118,9 @@ class DumpReader {
     if (!size || *size > kLargestRecord) {
       wrong("a record has 0 to " + std::to_string(kLargestRecord) + " bytes");
     }
+    if ((bytes_ += *size) > kMostBytes) {
+      wrong("the records of a dump have at most " + std::to_string(kMostBytes) + " bytes in all");
+    }
     check_name(words[0], in_box_ ? kLongestKey : kLongestName);
     if (in_box_ && !box::record_of_key(words[0])) wrong("the database box holds no records but broken ones");
     auto &records = in_box_ ? broken_ : *database_;
@@ -202,8 +206,8 @@ class DumpReader {
   std::set<std::string> databases_;
   std::map<std::string, box::Bytes> *database_ = nullptr;
   box::Bytes *record_ = nullptr;
-  std::size_t row_end_ = 0;
-  std::string place_, model_place_;  // of this line, and of the model's
+  std::size_t row_end_ = 0, bytes_ = 0;  // of a record; of all records
+  std::string place_, model_place_;      // of this line, and of the model's
   bool headed_ = false, ended_ = false, in_box_ = false;
 };
 

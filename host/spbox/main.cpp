@@ -5,6 +5,7 @@
 #include <string_view>
 #include <vector>
 
+#include "host/base/told.h"
 #include "host/box/advice.h"
 #include "host/script/script.h"
 #include "host/spbox/command_line.h"
@@ -39,7 +40,7 @@ int print(const std::string &text) {
 }
 
 int complain(const std::exception &error, const std::string &way_out, int status) {
-  spbox::complain(error.what() + way_out);
+  spbox::complain(base::told(error) + way_out);
   return status;
 }
 
@@ -72,10 +73,12 @@ int run(Words words) {
   return act(find(verbs, first), words);
 }
 
-// Every way to fail, with its exit status.
+// Every way to fail, with its exit status. Where there is no memory, there may be none to tell it as the others are told.
 int judged(const Words &words) {
   try {
     return run(words);
+  } catch (const std::bad_alloc &) {
+    throw;
   } catch (const spbox::UsageError &error) {
     return complain(error, " " + box::advice({"help"}) + " lists the verbs.", spbox::kUsage);
   } catch (const script::Error &error) {
@@ -94,5 +97,10 @@ int judged(const Words &words) {
 int main(int argc, char **argv) {
   if (argc > 1 && std::string_view(argv[1]) == spbox::kEnter) return spbox::enter_box(argc - 2, argv + 2);
   spbox::keep_standard_descriptors();
-  return spbox::with_output_judged(judged(Words(argv + 1, argv + argc)));
+  spbox::say_out_of_memory_at_any_end();
+  try {
+    return spbox::with_output_judged(judged(Words(argv + 1, argv + argc)));
+  } catch (const std::bad_alloc &) {
+    return spbox::out_of_memory();
+  }
 }

@@ -5,10 +5,13 @@
 
 #include <cerrno>
 #include <cstdio>
+#include <cstdlib>
 #include <cstring>
+#include <exception>
 #include <string>
 
 #include "host/base/shown.h"
+#include "host/base/told.h"
 #include "host/spbox/verb.h"
 
 namespace spbox {
@@ -38,6 +41,21 @@ void complain(std::string_view line) {
 
 void complain_in_lines(std::string_view lines) {
   std::fputs(base::shown_lines(lines).c_str(), stderr);
+}
+
+int out_of_memory() {
+  std::fflush(stdout);
+  for (const char *part : {"spbox: ", base::kNoMemory, ".\n"}) std::fputs(part, stderr);
+  return kFailure;
+}
+
+void say_out_of_memory_at_any_end() {
+  static const std::terminate_handler kBefore = std::get_terminate();
+  std::set_terminate([] {
+    void *const probe = std::malloc(4096);
+    if (probe != nullptr) kBefore();
+    _exit(out_of_memory());
+  });
 }
 
 int with_output_judged(int status) {

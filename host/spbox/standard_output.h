@@ -15,6 +15,11 @@ void print_line(std::string_view line);
 void complain(std::string_view line);
 void complain_in_lines(std::string_view lines);  // without the head
 
+// Says so without any memory of its own, and returns the exit status. The C++ library ends the process in some places where
+// it finds no memory: from the second one on, it says so there, too.
+int out_of_memory();
+void say_out_of_memory_at_any_end();
+
 // Judges what was printed: a verb that could not print what it was asked for has failed, and says so. Returns the exit
 // status.
 int with_output_judged(int status);

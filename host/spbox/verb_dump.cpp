@@ -33,14 +33,14 @@ int dump(const Options &options) {
 }
 
 box::Contents read_file(const fs::path &file) {
-  if (file == "-") return read_dump(script::text_of(std::cin), "standard input");
+  const std::string name = file == "-" ? "standard input" : file.string();
   std::string text;
   try {
-    text = script::text_of_file(file);
+    text = file == "-" ? script::text_of(std::cin, name) : script::text_of_file(file);
   } catch (const script::Error &wrong) {
     throw box::InventoryError(wrong.what() + std::string("."));
   }
-  return read_dump(std::move(text), file.string());
+  return read_dump(std::move(text), name);
 }
 
 int load(const Options &options) {

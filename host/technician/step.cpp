@@ -86,7 +86,7 @@ void when_trace(Technician &hands, const Step &step) {
 void when_text(Technician &hands, const Step &step) {
   hands.wait_for(step, [&] {
     std::ifstream file(step.words[0]);
-    return script::text_of(file).find(script::joined(step.words, 1)) != std::string::npos;
+    return script::text_of(file, step.words[0]).find(script::joined(step.words, 1)) != std::string::npos;
   });
 }
 

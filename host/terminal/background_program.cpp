@@ -73,7 +73,7 @@ BackgroundProgram::BackgroundProgram(const std::vector<std::string> &command, in
   base::Pipe told, exec_error;
   const pid_t owner = getpid();
   pid_ = fork();
-  if (pid_ < 0) fail(errno, "cannot run " + command.at(0));
+  if (pid_ < 0) base::no_process_for(command.at(0));
   if (pid_ == 0) become(arguments, owner, output_.get(), told.in.get(), exec_error.in.get());
   told_ = std::move(told.out);
   exec_error.in.reset();

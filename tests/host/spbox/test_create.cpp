@@ -230,8 +230,9 @@ TEST_F(CreateFolder, KeepsTheOldBoxWhereTheNewOneDoesNotFit) {
   done({"fault", "box", "/PSU#0"});
   const std::string before = done({"dump", "box"});
   std::ofstream dump(scratch_ / "huge.dump");
-  dump << "spbox dump 1\norder big\nmodel qe1\ndatabase 5\n";
-  for (int i = 0; i < 70; ++i) dump << "record r" << i << " 1048576\n";
+  dump << "spbox dump 1\norder big\nmodel qe1\ndatabase box\n";
+  const std::string half_a_page(2048, 'x');  // LMDB gives it a whole one
+  for (int i = 0; i < 17000; ++i) dump << "setting s" << i << ' ' << half_a_page << '\n';
   dump << "end\n";
   dump.close();
   const std::string why = refused({"load", "huge.dump", "box", "--force"});

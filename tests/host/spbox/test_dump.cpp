@@ -156,9 +156,16 @@ TEST_F(Dump, ComesFromStandardInputToo) {
   EXPECT_EQ(done({"dump", "copy"}), done({"dump", "box", "-"}));
 }
 
+// A few bytes of text that ask for a record of the largest size, again and again.
+std::string largest_records(int count) {
+  std::string text;
+  for (int i = 0; i < count; ++i) text += "record r" + std::to_string(i) + " 1048576\n";
+  return text;
+}
+
 struct BadRow {
   const char *says;
-  const char *text;   // behind "spbox dump 1"
+  std::string text;   // behind "spbox dump 1"
   const char *error;  // behind "spbox: bad.dump"
 };
 const BadRow kBad[] = {
@@ -176,6 +183,8 @@ const BadRow kBad[] = {
     {"one word too few", "record x\n", ":2: `record x`: write it as: record NAME SIZE."},
     {"a record outside a database", "record x 1\n", ":2: `record x 1`: a record stands outside the databases."},
     {"no size", "database 2\nrecord x many\n", ":3: `record x many`: a record has 0 to 1048576 bytes."},
+    {"too much in all", "database 2\n" + largest_records(17),
+     ":19: `record r16 1048576`: the records of a dump have at most 16777216 bytes in all."},
     {"too large", "database 2\nrecord x 1048577\n", ":3: `record x 1048577`: a record has 0 to 1048576 bytes."},
     {"no name", "database 2\nrecord \"\" 1\n", ":3: `record \"\" 1`: a name has 1 to 127 characters, this one has 0."},
     {"a record twice", "database 2\nrecord x 1\nrecord x 1\n", ":4: `record x 1`: the record comes a second time."},
@@ -200,7 +209,7 @@ const BadRow kBad[] = {
      ":3: `record x 1`: the database box holds no records but broken ones."},
     {"an open quote", "database box\nsetting \"a b\n", ":3: `setting \"a b`: the closing \" is missing."},
     {"a wrong escape", "database box\nsetting \"\\q\" b\n",
-     ":3: `setting \"\\q\" b`: there is no escape \\q; there are \\n, \\t, \\r, \\e, \\\", \\\\, \\003 and \\x03."},
+     R"(:3: `setting "\q" b`: there is no escape \q; there are \n, \t, \r, \e, \", \\, \003 and \x03.)"},
     {"a line after the end", "order big\nmodel qa\nend\nmodel qa\n",
      ":5: `model qa`: this stands behind the line `end`."},
     {"cut off", "order big\nmodel qa\ndatabase 2\n", " is cut off: it ends without the line `end`."},

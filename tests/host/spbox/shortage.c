@@ -1,0 +1,58 @@
+/* Loaded before the C library, into spbox alone: from main on, memory fails from the SHORT_OF_MEMORY'th request on, and
+ * forks fail where SHORT_OF_PROCESSES is set. */
+#define _GNU_SOURCE
+#include <dlfcn.h>
+#include <errno.h>
+#include <stdlib.h>
+#include <string.h>
+#include <sys/types.h>
+
+extern void *__libc_malloc(size_t size);
+extern void *__libc_calloc(size_t count, size_t size);
+extern void *__libc_realloc(void *memory, size_t size);
+extern char *program_invocation_short_name;
+
+typedef int Main(int count, char **words, char **environment);
+
+static Main *real_main;
+static long left = -1; /* requests that do not fail; below 0: none fails */
+static int short_of_processes;
+
+static int fails(void) {
+  if (left > 0 && --left > 0) return 0;
+  if (left < 0) return 0;
+  errno = ENOMEM;
+  return 1;
+}
+
+void *malloc(size_t size) {
+  return fails() ? NULL : __libc_malloc(size);
+}
+void *calloc(size_t count, size_t size) {
+  return fails() ? NULL : __libc_calloc(count, size);
+}
+void *realloc(void *memory, size_t size) {
+  return fails() ? NULL : __libc_realloc(memory, size);
+}
+
+pid_t fork(void) {
+  if (!short_of_processes) return ((pid_t(*)(void))dlsym(RTLD_NEXT, "fork"))();
+  errno = EAGAIN;
+  return -1;
+}
+
+static int armed_main(int count, char **words, char **environment) {
+  const char *requests = getenv("SHORT_OF_MEMORY");
+  if (strcmp(program_invocation_short_name, "spbox") == 0) {
+    short_of_processes = getenv("SHORT_OF_PROCESSES") != NULL;
+    if (requests != NULL) left = atol(requests);
+  }
+  return real_main(count, words, environment);
+}
+
+int __libc_start_main(Main *main, int count, char **words, void (*init)(void), void (*fini)(void), void (*end)(void),
+                      void *stack) {
+  typedef int Start(Main *, int, char **, void (*)(void), void (*)(void), void (*)(void), void *);
+  real_main = main;
+  return ((Start *)dlsym(RTLD_NEXT, "__libc_start_main"))(armed_main, count, words, init, fini, end, stack);
+}

@@ -1,0 +1,82 @@
+// What spbox says where the workstation has no memory, or no process, left for it.
+#include <algorithm>
+
+#include "tests/host/spbox/spbox_test.h"
+
+// A sanitizer has a memory of its own and wants to be loaded first, so under sanitizers nothing can be taken away.
+#ifndef __SANITIZE_ADDRESS__
+namespace {
+
+class Shortage : public SpboxTest {
+ protected:
+  Shortage() {
+    make_box("qa");
+    done({"dump", "box", "box.dump"});
+    write("short.play", "box qa\nspbox pull /PSU#0\nsays \"Not installed\"\n");
+  }
+
+  Done spbox_short_of(const std::string &what, const Words &words) const {
+    Words command{"/usr/bin/env", "-C", scratch_.path(), std::string("LD_PRELOAD=") + SHORTAGE, what, SPBOX};
+    command.insert(command.end(), words.begin(), words.end());
+    return run_to_end(command);
+  }
+};
+
+const Words kLines[] = {
+    {"help"},
+    {"help", "play"},
+    {"create", "new", "--model", "qa", "--force"},
+    {"units", "box"},
+    {"units", "box", "--json"},
+    {"show", "box", "/PSU#0"},
+    {"fault", "box", "/PSU#0"},
+    {"program", "box", "ctlled", "--exit", "1"},
+    {"daemon", "box", "well"},
+    {"break", "box", "/PSU#0", "--short"},
+    {"mend", "box"},
+    {"trace", "box"},
+    {"log", "box"},
+    {"dump", "box"},
+    {"load", "box.dump", "loaded", "--force"},
+    {"technician", "box", "--do", "repair /PSU#0"},
+    {"play", "short.play"},
+    {"run", "box", "--", "true"},
+};
+
+// Each verb with less and less missing, until it has enough.
+TEST_F(Shortage, OfMemoryIsOneSentence) {
+  for (const Words &line : kLines) {
+    int failed = 0;
+    for (long requests = 1; requests < 1'000'000; requests += 1 + requests / 2) {
+      const Done result = spbox_short_of("SHORT_OF_MEMORY=" + std::to_string(requests), line);
+      if (result.exit_status == 0) break;
+      const std::string what = "spbox " + line[0] + " with memory for " + std::to_string(requests) + " requests";
+      EXPECT_TRUE(result.exit_status == 1 || result.exit_status == 2) << what << ": " << result.exit_status;
+      EXPECT_NE(result.output.find("memory"), std::string::npos) << what << ": " << result.output;
+      EXPECT_EQ(result.output.find("bad_alloc"), std::string::npos) << what << ": " << result.output;
+      ++failed;
+    }
+    EXPECT_GT(failed, 3) << line[0];
+  }
+}
+
+TEST_F(Shortage, OfMemoryFromTheBeginning) {
+  const Done result = spbox_short_of("SHORT_OF_MEMORY=1", {"units", "box"});
+  EXPECT_EQ(result.exit_status, 1);
+  EXPECT_EQ(result.output, "spbox: there is not enough memory.\n");
+}
+
+TEST_F(Shortage, OfProcessesIsASentence) {
+  const Done run = spbox_short_of("SHORT_OF_PROCESSES=yes", {"run", "box", "--", "true"});
+  EXPECT_EQ(run.exit_status, 1);
+  EXPECT_EQ(run.output,
+            "spbox: no process can be started for the box: Resource temporarily unavailable. End some, or raise "
+            "their limit (ulimit -u).\n");
+  const Done play = spbox_short_of("SHORT_OF_PROCESSES=yes", {"play", "short.play"});
+  EXPECT_EQ(play.exit_status, 1);
+  EXPECT_NE(play.output.find("short.play:1: `box qa`: no process can be started for "), std::string::npos)
+      << play.output;
+}
+
+}  // namespace
+#endif
