@@ -7,13 +7,13 @@
 namespace box {
 namespace {
 
-constexpr const char *kKey = "bend-daemon monitor";
+constexpr const char *kBendKey = "bend-daemon monitor";
 
 }  // namespace
 
 // "late 5", "silent"; nothing while it works well.
 DaemonBend daemon_bend(const TextDatabase &box) {
-  std::istringstream words(box.get(kKey).value_or(""));
+  std::istringstream words(box.get(kBendKey).value_or(""));
   std::string name;
   DaemonBend bend;
   words >> name >> bend.seconds;
@@ -24,9 +24,9 @@ DaemonBend daemon_bend(const TextDatabase &box) {
 }
 
 void set_daemon_bend(TextDatabase &box, const DaemonBend &bend) {
-  if (bend.way == DaemonWay::kWell) return box.clear(kKey);
+  if (bend.way == DaemonWay::kWell) return box.clear(kBendKey);
   for (const DaemonWayName &row : kDaemonWays) {
-    if (row.way == bend.way) box.set(kKey, std::string(row.name) + " " + std::to_string(bend.seconds));
+    if (row.way == bend.way) box.set(kBendKey, std::string(row.name) + " " + std::to_string(bend.seconds));
   }
 }
 

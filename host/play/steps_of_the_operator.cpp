@@ -116,7 +116,7 @@ void hang_up(Stage &stage, const Step & /*step*/) {
   stage.narrator.happens("The operator's line is cut.");
 }
 
-constexpr std::array<StepRow, 9> kRows{{
+constexpr std::array<StepRow, 9> kStepsOfTheOperator{{
     {{"start", 1, script::kAny, "start COMMAND...",
       "the operator starts a command in the box;\n./COMMAND is in the folder of the script"},
      nullptr,
@@ -138,7 +138,7 @@ constexpr std::array<StepRow, 9> kRows{{
 }  // namespace
 
 std::span<const StepRow> steps_of_the_operator() {
-  return kRows;
+  return kStepsOfTheOperator;
 }
 
 }  // namespace play

@@ -51,7 +51,7 @@ void says(Stage &stage, const Step &step) {
                            indented(*stage.said));
 }
 
-constexpr std::array<StepRow, 4> kRows{{
+constexpr std::array<StepRow, 4> kStepsOfTheTechnician{{
     {{"hands", 1, 1, "hands \"steps\"", "a technician works beside the operator from now\non; see `spbox technician`"},
      check_hands,
      send_technician,
@@ -69,7 +69,7 @@ constexpr std::array<StepRow, 4> kRows{{
 }  // namespace
 
 std::span<const StepRow> steps_of_the_technician() {
-  return kRows;
+  return kStepsOfTheTechnician;
 }
 
 }  // namespace play

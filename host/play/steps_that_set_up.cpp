@@ -36,7 +36,7 @@ void take_terminal(Stage &stage, const Step &step) {
   stage.op.take_terminal(size_in(step.words));
 }
 
-constexpr std::array<StepRow, 3> kRows{{
+constexpr std::array<StepRow, 3> kStepsThatSetUp{{
     {{"box", 1, 1, "box MODEL", "a new, healthy box of this model"}, check_model, make_box, {.makes_box = true}},
     {{"terminal", 2, 2, "terminal ROWS COLUMNS", "for the next commands; 24 80 at first"}, check_size, take_terminal},
     {{"play", 1, script::kAny, "play FILE [NAME=VALUE...]", "plays another script; FILE is relative to this one"},
@@ -47,7 +47,7 @@ constexpr std::array<StepRow, 3> kRows{{
 }  // namespace
 
 std::span<const StepRow> steps_that_set_up() {
-  return kRows;
+  return kStepsThatSetUp;
 }
 
 }  // namespace play

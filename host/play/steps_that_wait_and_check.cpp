@@ -65,7 +65,7 @@ void say(Stage &stage, const Step &step) {
   stage.narrator.remarks(step.words[0]);
 }
 
-constexpr std::array<StepRow, 4> kRows{{
+constexpr std::array<StepRow, 4> kStepsThatWaitAndCheck{{
     {{"in_order", 0, script::kAny, "in_order [but UNIT...]",
       "the command left all as it should: no LED, no\nflag, no maintenance mode, no process, file or\n"
       "lock; these units detached, and no others"},
@@ -82,7 +82,7 @@ constexpr std::array<StepRow, 4> kRows{{
 }  // namespace
 
 std::span<const StepRow> steps_that_wait_and_check() {
-  return kRows;
+  return kStepsThatWaitAndCheck;
 }
 
 }  // namespace play

@@ -6,13 +6,13 @@
 
 namespace {
 
-struct Row {
+struct ShownRow {
   const char *says;
   std::string bytes, shown;
 };
 
 TEST(ShownToTheOperator, IsATextThatNoTerminalObeys) {
-  const Row rows[] = {
+  const ShownRow rows[] = {
       {"plain text", "PW-1600 ~#", "PW-1600 ~#"},
       {"nothing", "", ""},
       {"an escape", "\x1b[2J", R"(\x1b[2J)"},
@@ -32,7 +32,7 @@ TEST(ShownToTheOperator, IsATextThatNoTerminalObeys) {
       {"the last character and the number above it", "\xf4\x8f\xbf\xbf \xf4\x90\x80\x80",
        "\xf4\x8f\xbf\xbf \\xf4\\x90\\x80\\x80"},
   };
-  for (const Row &row : rows) EXPECT_EQ(shown(row.bytes), row.shown) << row.says;
+  for (const ShownRow &row : rows) EXPECT_EQ(shown(row.bytes), row.shown) << row.says;
 }
 
 }  // namespace

@@ -15,7 +15,7 @@ namespace {
 using procedure::folded;
 using procedure::in_lines;
 
-struct Row {
+struct ToldRow {
   const char *says;
   const char *text;
   size_t columns;
@@ -23,7 +23,7 @@ struct Row {
 };
 
 TEST(Telling, BreaksLinesAtTheirBlanks) {
-  const Row rows[] = {
+  const ToldRow rows[] = {
       {"a line that fits stays", "one two", 7, "one two"},
       {"one more letter does not fit", "one twos", 7, "one\ntwos"},
       {"as many words as fit", "a b c d e f", 5, "a b c\nd e f"},
@@ -34,7 +34,7 @@ TEST(Telling, BreaksLinesAtTheirBlanks) {
       {"and goes to a line of its own before it is lost", "what now? ", 9, "what now?\n"},
       {"nothing", "", 5, ""},
   };
-  for (const Row &row : rows) EXPECT_EQ(in_lines(row.text, row.columns), row.lines) << row.says;
+  for (const ToldRow &row : rows) EXPECT_EQ(in_lines(row.text, row.columns), row.lines) << row.says;
 }
 
 TEST(Telling, MarksTheEndAndTheBeginningOfBrokenLines) {

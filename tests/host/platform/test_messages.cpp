@@ -115,8 +115,6 @@ Short request(uint32_t sequence, uint32_t word = 0) {
   return {{20, 9, 2, sequence}, word};
 }
 
-}  // namespace
-
 TEST_F(Messages, ARequestReachesTheDaemonAndItsReplyComesBack) {
   Daemon daemon(place);
   const int channel = open(daemon);
@@ -415,3 +413,5 @@ TEST_F(Messages, AChannelClosedBehindThePlatformsBackIsAnError) {
   EXPECT_EQ(select(1'000'000), -1);
   EXPECT_EQ(errno, EBADF);
 }
+
+}  // namespace

@@ -34,13 +34,13 @@ const std::string kLeavesAProcess = "sleep 30 & until grep -qx sleep /proc/$$!/c
 
 constexpr const char *kNow = "patience 0\nin_order\n";
 
-struct Row {
+struct LeftoverRow {
   const char *says;
   const char *key, *value;
   Sentences found;
 };
 
-const Row kRows[] = {
+const LeftoverRow kLeftovers[] = {
     {"an LED blinks", "led /PSU#3", "blink", {"the LED of /PSU#3 blinks"}},
     {"an LED is on", "led /FAN_A#1", "on", {"the LED of /FAN_A#1 is on"}},
     {"an LED is off", "led /PSU#3", "off", {}},
@@ -54,7 +54,7 @@ const Row kRows[] = {
 
 TEST_F(LeftoversTest, NamesEverySettingThatACommandHasToTakeBack) {
   EXPECT_EQ(play::left_in_hardware(place(), {}), Sentences{});
-  for (const Row &row : kRows) {
+  for (const LeftoverRow &row : kLeftovers) {
     box::TextDatabase hardware(place());
     const auto before = hardware.all();
     hardware.set(row.key, row.value);

@@ -6,13 +6,13 @@ namespace {
 
 using PlanTest = PlayTest;
 
-struct Row {
+struct PlanRow {
   const char *says;
   const char *line;
   const char *wrong;
 };
 
-constexpr Row kRows[] = {
+constexpr PlanRow kPlans[] = {
     {"a step must be known", "jump high",
      "there is no step \"jump\"; there are box, terminal, play, start, wait, absent, type, screen, exit, dies, signal, "
      "hangup, hands, handsdone, spbox, says, in_order, patience, pause and say"},
@@ -47,7 +47,7 @@ constexpr Row kRows[] = {
 };
 
 TEST_F(PlanTest, TellsWhatIsWrongWithAStep) {
-  for (const Row &row : kRows) {
+  for (const PlanRow &row : kPlans) {
     EXPECT_EQ(wrong_with(std::string("# a walk\n") + row.line + "\n"),
               std::string("walk.play:2: `") + row.line + "`: " + row.wrong)
         << row.says;

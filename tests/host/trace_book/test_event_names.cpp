@@ -13,20 +13,20 @@ namespace {
 
 using Names = std::vector<std::string_view>;
 
-struct Row {
+struct NameRow {
   const char *says;
   const char *function;
   const char *event;
   std::uint32_t code;
 };
 
-void PrintTo(const Row &row, std::ostream *out) {
+void PrintTo(const NameRow &row, std::ostream *out) {
   *out << row.says;
 }
 
-class EventName : public ::testing::TestWithParam<Row> {};
+class EventName : public ::testing::TestWithParam<NameRow> {};
 
-constexpr Row kRows[] = {
+constexpr NameRow kNames[] = {
     {"the first point of a block is the entry", "lmainte_control_mainte", "entry", 0x110C02F0},
     {"the second point of a block is the exit", "lmainte_control_mainte", "exit", 0x110C02F1},
     {"a point counts from 2", "lmainte_control_mainte", "command", 0x110C02F2},
@@ -40,10 +40,10 @@ constexpr Row kRows[] = {
     {"points may leave numbers out", "lmainte_dot_start", "signal-came", 0x110C0379},
 };
 
-INSTANTIATE_TEST_SUITE_P(Is, EventName, ::testing::ValuesIn(kRows));
+INSTANTIATE_TEST_SUITE_P(Is, EventName, ::testing::ValuesIn(kNames));
 
 TEST_P(EventName, TheNumberThatTheLibraryWrites) {
-  const Row &row = GetParam();
+  const NameRow &row = GetParam();
   EXPECT_EQ(trace_book::event_named(row.function, row.event), row.code);
   EXPECT_TRUE(trace_book::is_written_by(row.code, row.function));
 }

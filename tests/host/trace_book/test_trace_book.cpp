@@ -8,7 +8,7 @@
 
 namespace {
 
-struct Row {
+struct EntryRow {
   std::uint32_t event, level;
   std::vector<std::uint32_t> values;
   const char *function, *what, *words, *level_word;
@@ -27,7 +27,7 @@ box::TraceEntry entry_of(std::uint32_t event, std::uint32_t level, const std::ve
 }
 
 TEST(TraceBook, PutsEventsIntoWords) {
-  const std::vector<Row> rows{
+  const std::vector<EntryRow> rows{
       {0x110C0020, 256, {}, "lmainte_exec", "entry", "", "progress", true, false},
       {0x110C0021, 256, {}, "lmainte_exec", "exit", "", "progress", true, false},
       {0x110C0022,
@@ -108,7 +108,7 @@ TEST(TraceBook, PutsEventsIntoWords) {
        true,
        true},
   };
-  for (const Row &row : rows) {
+  for (const EntryRow &row : rows) {
     const trace_book::TraceLine line = trace_book::words_of(entry_of(row.event, row.level, row.values));
     std::string words;
     for (const trace_book::TraceValue &value : line.values) {

@@ -36,6 +36,12 @@ struct Failure {
   int seen = 0;
 };
 
+// The result of a call that fails, with errno set.
+inline int failed(const Failure &failure) {
+  errno = failure.error;
+  return failure.result;
+}
+
 // A record in a database, and what the client does when it is asked for it.
 struct StoredRecord {
   Bytes bytes;

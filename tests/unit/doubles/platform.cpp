@@ -44,12 +44,6 @@ bool any_locked_above(uint32_t db_id) {
   return false;
 }
 
-// A failing call's result, with errno set.
-int32_t failed(const doubles::Failure &failure) {
-  errno = failure.error;
-  return failure.result;
-}
-
 int32_t opened(const char *path, int32_t fd) {
   if (fd >= 0) machine().descriptors[fd] = {path, 0};
   return fd;

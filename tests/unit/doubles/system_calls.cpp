@@ -23,12 +23,6 @@ using doubles::Program;
 
 namespace {
 
-// A failing system call's result, with errno set.
-int failed(const doubles::Failure &failure) {
-  errno = failure.error;
-  return failure.result;
-}
-
 pid_t fork_in_earnest() {
   const pid_t child = __real_fork();
   if (child == 0) {

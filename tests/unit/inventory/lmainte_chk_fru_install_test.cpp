@@ -9,8 +9,8 @@ using doubles::Bytes;
 using doubles::Lines;
 using doubles::machine;
 
-const std::string kEntry = "100 110C06B0";
-const std::string kExit = "100 110C06B1";
+const std::string kInstallEntry = "100 110C06B0";
+const std::string kInstallExit = "100 110C06B1";
 
 const Lines kOpen = {"open 1", "open 2", "open 3", "open 4"};
 const Lines kClose = {"close 4", "close 3", "close 2", "close 1"};
@@ -120,19 +120,19 @@ TEST_F(LmainteChkFruInstall, HoldsTheSessionsAndLooksInBetween) {
 TEST_F(LmainteChkFruInstall, RecordsItsSteps) {
   arrange("-IIIII");
   EXPECT_EQ(check(1), 0);
-  EXPECT_EQ(own_trace(), (Lines{kEntry, kExit}));
+  EXPECT_EQ(own_trace(), (Lines{kInstallEntry, kInstallExit}));
   EXPECT_EQ(check_trace(), (Lines{"100 110C06C0", "100 110C06C1"}));
   EXPECT_EQ(doubles::trace_of(0x110C06D0).size(), 12u);
   EXPECT_EQ(doubles::trace_of(0x110C06A0).size(), 12u);
-  EXPECT_EQ(doubles::trace().front(), kEntry);
-  EXPECT_EQ(doubles::trace().back(), kExit);
+  EXPECT_EQ(doubles::trace().front(), kInstallEntry);
+  EXPECT_EQ(doubles::trace().back(), kInstallExit);
 }
 
 TEST_F(LmainteChkFruInstall, StateThatIsNotReachedIsRecorded) {
   arrange("-----");
   EXPECT_EQ(check(1), 224);
   EXPECT_EQ(check_trace(), (Lines{"100 110C06C0", "805 110C16C2 224", "100 110C06C1"}));
-  EXPECT_EQ(own_trace(), (Lines{kEntry, kExit}));
+  EXPECT_EQ(own_trace(), (Lines{kInstallEntry, kInstallExit}));
   arrange("I-");
   EXPECT_EQ(check(1), 224);
   EXPECT_EQ(check_trace(), (Lines{"100 110C06C0", "805 110C16C2 224", "100 110C06C1"}));
@@ -212,7 +212,7 @@ TEST_F(LmainteChkFruInstall, RefusedArgumentsTouchNothingAndDoNotWait) {
     EXPECT_EQ(lmainte_chk_fru_install(0, 161, row.index, row.model, row.record), 8) << row.says;
     EXPECT_EQ(machine().calls, Lines{}) << row.says;
     const std::string values = std::to_string(row.index) + " " + std::to_string(row.model);
-    EXPECT_EQ(doubles::trace(), (Lines{kEntry, "805 110C16B1 " + values, kExit})) << row.says;
+    EXPECT_EQ(doubles::trace(), (Lines{kInstallEntry, "805 110C16B1 " + values, kInstallExit})) << row.says;
   }
 }
 
@@ -245,7 +245,7 @@ TEST_F(LmainteChkFruInstall, OpenThatFailsClosesWhatIsOpen) {
     Lines expected(kOpen.begin(), kOpen.begin() + static_cast<ptrdiff_t>(n) + 1);
     expected.insert(expected.end(), kClose.end() - static_cast<ptrdiff_t>(n), kClose.end());
     EXPECT_EQ(machine().calls, expected);
-    EXPECT_EQ(own_trace(), (Lines{kEntry, "805 110C16B2 " + std::to_string(n + 1) + " -1", kExit}));
+    EXPECT_EQ(own_trace(), (Lines{kInstallEntry, "805 110C16B2 " + std::to_string(n + 1) + " -1", kInstallExit}));
   }
 }
 
@@ -257,7 +257,7 @@ TEST_F(LmainteChkFruInstall, CloseThatFailsSpoilsEveryResult) {
         machine().fail(close);
         EXPECT_EQ(check(0), 8) << close;
         EXPECT_EQ(machine().calls_of({"close"}), kClose);
-        EXPECT_EQ(own_trace(), (Lines{kEntry, "805 110C16B5 " + close.substr(6) + " -1", kExit}));
+        EXPECT_EQ(own_trace(), (Lines{kInstallEntry, "805 110C16B5 " + close.substr(6) + " -1", kInstallExit}));
       });
     }
   }
@@ -279,7 +279,7 @@ TEST_F(LmainteChkFruInstall, LookThatFailsEndsTheCheck) {
     EXPECT_EQ(check(0), 8) << row.says;
     EXPECT_EQ(slept(), row.slept) << row.says;
     EXPECT_EQ(check_trace(), (Lines{"100 110C06C0", "805 110C16C1 8", "100 110C06C1"})) << row.says;
-    EXPECT_EQ(own_trace(), (Lines{kEntry, kExit})) << row.says;
+    EXPECT_EQ(own_trace(), (Lines{kInstallEntry, kInstallExit})) << row.says;
     EXPECT_EQ(machine().calls_of({"close"}), kClose) << row.says;
   }
 }

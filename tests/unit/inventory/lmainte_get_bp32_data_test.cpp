@@ -8,11 +8,10 @@ using doubles::Bytes;
 using doubles::client_calls;
 using doubles::fetch_of;
 using doubles::is_same;
+using doubles::kInstalled;
 using doubles::Lines;
 using doubles::machine;
 using doubles::RecordBytes;
-
-constexpr uint32_t kInstalled = 0x80000000;
 
 Lines all_fetches() {
   return doubles::joined({fetch_of(2, {"current_bp32_info"}), fetch_of(4, {"fru_bpa_info"}),
@@ -58,7 +57,7 @@ class BackplaneTest : public doubles::ReaderTest<Record, Size> {
   RecordBytes current_{1008};
 };
 
-struct ArgumentRow {
+struct Bp32ArgumentRow {
   const char *says;
   int32_t count;
   int32_t model;
@@ -109,7 +108,7 @@ TEST_F(LmainteGetBp32Data, RecordsItsSteps) {
 }
 
 TEST_F(LmainteGetBp32Data, RefusesBadArgumentsBeforeAnyDatabase) {
-  constexpr ArgumentRow kRows[] = {
+  constexpr Bp32ArgumentRow kRows[] = {
       {"count 0", 0, 3, true},     {"no record to fill", 1, 3, false},
       {"qb1", 1, 1, true},         {"qb2", 1, 2, true},
       {"qe2", 1, 4, true},         {"qe3", 1, 5, true},
@@ -169,7 +168,7 @@ TEST_F(LmainteGetBp32Data, AbsentUnitsKeepTheirNamesUntouched) {
   EXPECT_EQ(std::string(out_[0].ddc[1].fru_name, 7), "DDC-ONE");
 }
 
-struct RecordRow {
+struct Bp32RecordRow {
   uint32_t db_id;
   const char *name;
   size_t size;
@@ -178,7 +177,7 @@ struct RecordRow {
   size_t calls;         // of the client's, until it is missing
 };
 
-constexpr RecordRow kRecords[] = {
+constexpr Bp32RecordRow kRecords[] = {
     {2, "current_bp32_info", 1008, "805 110CB112", "805 110CB115", 5},
     {4, "fru_bpa_info", 8192, "805 110CB113", "805 110CB115", 10},
     {4, "fru_ddca_info_00", 320, "805 110CB114", "805 110CB116 0", 15},
@@ -312,7 +311,7 @@ TEST_F(LmainteGetDdcaData, NamesEndInZeroBytes) {
 }
 
 TEST_F(LmainteGetDdcaData, RefusesBadArgumentsBeforeAnyDatabase) {
-  constexpr ArgumentRow kRows[] = {
+  constexpr Bp32ArgumentRow kRows[] = {
       {"count 0", 0, 3, true},
       {"a negative count", -1, 3, true},
       {"no record to fill", 1, 3, false},

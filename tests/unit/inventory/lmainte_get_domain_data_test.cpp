@@ -67,7 +67,7 @@ TEST_F(LmainteGetDomainData, ReadsTheRecordsInOrder) {
   EXPECT_EQ(doubles::trace().back(), "100 110C0421");
 }
 
-struct ArgumentRow {
+struct DomainArgumentRow {
   const char *says;
   int32_t count;
   int32_t model;
@@ -76,7 +76,7 @@ struct ArgumentRow {
 };
 
 TEST_F(LmainteGetDomainData, RefusesBadArgumentsBeforeAnyDatabase) {
-  constexpr ArgumentRow kRows[] = {
+  constexpr DomainArgumentRow kRows[] = {
       {"count 0", 0, 3, true, "805 110C1421 0"},
       {"no records to fill", 24, 3, false, "805 110C1421 24"},
       {"count 0 before the model", 0, 7, true, "805 110C1421 0"},

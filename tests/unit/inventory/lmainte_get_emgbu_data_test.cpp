@@ -9,12 +9,11 @@ using doubles::client_calls;
 using doubles::in_a_process_of_its_own;
 using doubles::is_same;
 using doubles::joined;
+using doubles::kInstalled;
 using doubles::Lines;
 using doubles::machine;
 using doubles::numbered;
 using doubles::RecordBytes;
-
-constexpr uint32_t kInstalled = 0x80000000;
 
 struct Kind {
   int32_t type;
@@ -178,7 +177,7 @@ TEST_F(LmainteGetEmgbuData, ExitCarriesTheResult) {
   }
 }
 
-struct ArgumentRow {
+struct EmgbuArgumentRow {
   const char *says;
   int32_t unit;
   int32_t count;
@@ -187,7 +186,7 @@ struct ArgumentRow {
 };
 
 TEST_F(LmainteGetEmgbuData, RefusesBadArgumentsBeforeAnyDatabase) {
-  constexpr ArgumentRow kRows[] = {
+  constexpr EmgbuArgumentRow kRows[] = {
       {"count 0", -1, 0, 5, true},
       {"count 0 with a number", 1, 0, 5, true},
       {"a negative count", -1, -1, 5, true},
@@ -327,7 +326,7 @@ TEST_F(LmainteGetEmgbuData, CopiesTheNameAsLongAsItIsInstalledOrNot) {
 
 // ---- failures
 
-struct RecordRow {
+struct EmgbuRecordRow {
   uint32_t db_id;
   std::string name;
   size_t size;
@@ -338,10 +337,10 @@ struct RecordRow {
 TEST_F(LmainteGetEmgbuData, EveryRecordMustBeThereAndHaveItsSize) {
   for (const auto &kind : {kEmgbu, kEmgbr}) {
     const std::string type = std::to_string(kind.type);
-    const RecordRow rows[] = {{2, kind.record, kind.size, 1, "805 110CB231 8 " + type},
-                              {4, identity(kind, 0), 8192, 2, "805 110CB233 8 0"},
-                              {4, identity(kind, 1), 8192, 3, "805 110CB233 8 1"},
-                              {3, "local_mgb_info", 280, 4, "805 110CB241 8 " + type}};
+    const EmgbuRecordRow rows[] = {{2, kind.record, kind.size, 1, "805 110CB231 8 " + type},
+                                   {4, identity(kind, 0), 8192, 2, "805 110CB233 8 0"},
+                                   {4, identity(kind, 1), 8192, 3, "805 110CB233 8 1"},
+                                   {3, "local_mgb_info", 280, 4, "805 110CB241 8 " + type}};
     for (const auto &row : rows) {
       const doubles::StoredRecord bad[] = {{Bytes(row.size), 3, false},
                                            {Bytes(row.size), 3, true},

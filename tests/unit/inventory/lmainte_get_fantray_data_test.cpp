@@ -6,12 +6,11 @@ using doubles::Bytes;
 using doubles::client_calls;
 using doubles::fetch_of;
 using doubles::is_same;
+using doubles::kInstalled;
 using doubles::Lines;
 using doubles::machine;
 using doubles::numbered;
 using doubles::RecordBytes;
-
-constexpr uint32_t kInstalled = 0x80000000;
 
 // The fan trays of each model: how many there are, and the fans of each.
 struct Model {

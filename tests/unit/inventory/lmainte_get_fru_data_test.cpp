@@ -32,8 +32,8 @@ constexpr TypeRow kTypes[] = {
     {180, 72, kGetTrays, 0x110C03E0},   {212, 44, kGetDdcs, 0x110C8120},
 };
 
-const std::string kEntry = "100 110C06A0";
-const std::string kExit = "100 110C06A1";
+const std::string kFruEntry = "100 110C06A0";
+const std::string kFruExit = "100 110C06A1";
 
 class LmainteGetFruData : public doubles::LibraryTest {
  protected:
@@ -77,8 +77,8 @@ TEST_F(LmainteGetFruData, EveryTypeIsServedByItsGetterWithTheArgumentsUnchanged)
         auto got =
             outcome_of([&](void *out) { return lmainte_get_fru_data(row.type, given.index, given.count, model, out); });
         ASSERT_GE(got.trace.size(), 2u);
-        EXPECT_EQ(got.trace.front(), kEntry);
-        EXPECT_EQ(got.trace.back(), kExit);
+        EXPECT_EQ(got.trace.front(), kFruEntry);
+        EXPECT_EQ(got.trace.back(), kFruExit);
         got.trace.erase(got.trace.begin());
         got.trace.pop_back();
         if (got.result != 0) {
@@ -98,7 +98,7 @@ TEST_F(LmainteGetFruData, RecordIsTheGetters) {
     Bytes out(row.size, 0);
     EXPECT_EQ(lmainte_get_fru_data(row.type, 1, 1, 3, out.data()), 0) << row.type;
     EXPECT_FALSE(doubles::trace_of(row.entry).empty()) << row.type;
-    EXPECT_EQ(own_trace(), (Lines{kEntry, kExit}));
+    EXPECT_EQ(own_trace(), (Lines{kFruEntry, kFruExit}));
     uint32_t id = 0;
     std::memcpy(&id, &out.at((row.type == 80 ? 1816 : 0) + 8), sizeof id);
     EXPECT_EQ(id, doubles::unit_id_of(row.type, 1)) << row.type;
@@ -110,10 +110,10 @@ TEST_F(LmainteGetFruData, RefusesCountZeroAndNullFirst) {
   for (const int32_t type : {161, 128, 999}) {
     machine().start();
     EXPECT_EQ(lmainte_get_fru_data(type, 0, 0, 99, out.data()), 8) << type;
-    EXPECT_EQ(doubles::trace(), (Lines{kEntry, "805 110C16A1 0", kExit}));
+    EXPECT_EQ(doubles::trace(), (Lines{kFruEntry, "805 110C16A1 0", kFruExit}));
     machine().start();
     EXPECT_EQ(lmainte_get_fru_data(type, 0, 2, 99, nullptr), 8) << type;
-    EXPECT_EQ(doubles::trace(), (Lines{kEntry, "805 110C16A1 2", kExit}));
+    EXPECT_EQ(doubles::trace(), (Lines{kFruEntry, "805 110C16A1 2", kFruExit}));
     EXPECT_EQ(machine().calls, Lines{});
   }
 }
@@ -123,7 +123,7 @@ TEST_F(LmainteGetFruData, RefusesAnUnknownModelBeforeTheType) {
   for (const int32_t model : {0, 7, -1, 256 + 3, INT32_MIN, INT32_MAX}) {
     machine().start();
     EXPECT_EQ(lmainte_get_fru_data(999, 0, 1, model, out.data()), 8) << model;
-    EXPECT_EQ(doubles::trace(), (Lines{kEntry, "805 110C16A2 " + std::to_string(model), kExit}));
+    EXPECT_EQ(doubles::trace(), (Lines{kFruEntry, "805 110C16A2 " + std::to_string(model), kFruExit}));
     EXPECT_EQ(machine().calls, Lines{});
   }
 }
@@ -134,7 +134,7 @@ TEST_F(LmainteGetFruData, UnknownTypeIsRecorded) {
        {0, 2, 15, 17, 32, 40, 51, 104, 127, 129, 131, 160, 163, 177, 179, 181, 211, 213, -16, 256 + 16, INT32_MIN}) {
     machine().start();
     EXPECT_EQ(lmainte_get_fru_data(type, 0, 1, 3, out.data()), 8) << type;
-    EXPECT_EQ(doubles::trace(), (Lines{kEntry, "805 110C16A3 " + std::to_string(type), kExit}));
+    EXPECT_EQ(doubles::trace(), (Lines{kFruEntry, "805 110C16A3 " + std::to_string(type), kFruExit}));
     EXPECT_EQ(machine().calls, Lines{});
   }
   EXPECT_EQ(out, Bytes(2200, doubles::kUntouched));
@@ -145,7 +145,7 @@ TEST_F(LmainteGetFruData, ServiceProcessorUnitsAreNotServedHere) {
   for (const int32_t type : {128, 130}) {
     machine().start();
     EXPECT_EQ(lmainte_get_fru_data(type, -1, 1, 3, out.data()), 8) << type;
-    EXPECT_EQ(doubles::trace(), (Lines{kEntry, kExit}));
+    EXPECT_EQ(doubles::trace(), (Lines{kFruEntry, kFruExit}));
     EXPECT_EQ(machine().calls, Lines{});
   }
 }
@@ -156,7 +156,7 @@ TEST_F(LmainteGetFruData, GetterThatFailsIsRecorded) {
     machine().fail("get");
     Bytes out(2200, 0);
     EXPECT_EQ(lmainte_get_fru_data(row.type, 0, 1, 3, out.data()), 8) << row.type;
-    EXPECT_EQ(own_trace(), (Lines{kEntry, "805 110C16A4 8", kExit}));
+    EXPECT_EQ(own_trace(), (Lines{kFruEntry, "805 110C16A4 8", kFruExit}));
   }
 }
 

@@ -6,13 +6,12 @@ using doubles::client_calls;
 using doubles::fetch_of;
 using doubles::is_same;
 using doubles::joined;
+using doubles::kInstalled;
 using doubles::kUntouched;
 using doubles::Lines;
 using doubles::machine;
 using doubles::numbered;
 using doubles::RecordBytes;
-
-constexpr uint32_t kInstalled = 0x80000000;
 
 // An inventory of sixty power supplies, all installed and well, on a model.
 class LmainteGetPsuData : public doubles::ReaderTest<PsuData, 64> {

@@ -7,12 +7,11 @@ using doubles::client_calls;
 using doubles::in_a_process_of_its_own;
 using doubles::is_same;
 using doubles::joined;
+using doubles::kInstalled;
 using doubles::Lines;
 using doubles::machine;
 using doubles::numbered;
 using doubles::RecordBytes;
-
-constexpr uint32_t kInstalled = 0x80000000;
 
 // The memory modules in the order of the operator's list.
 constexpr uint32_t kListed[] = {17, 19, 16, 18, 1, 3,  0, 2,  21, 23, 20, 22, 5,  7,  4,  6,
@@ -249,7 +248,7 @@ TEST_F(LmainteGetSbData, ModeOneMakesTheBoardOneExtendedBoard) {
 
 // ---- arguments
 
-struct ArgumentRow {
+struct BoardArgumentRow {
   const char *says;
   int32_t sb;
   int32_t count;
@@ -259,7 +258,7 @@ struct ArgumentRow {
 };
 
 TEST_F(LmainteGetSbData, RefusesBadArgumentsBeforeAnyDatabase) {
-  constexpr ArgumentRow kRows[] = {
+  constexpr BoardArgumentRow kRows[] = {
       {"count 0", -1, 0, 3, true, "805 110C1035 0"},
       {"count 0 with a number", 3, 0, 3, true, "805 110C1035 0"},
       {"a negative count", -1, -1, 3, true, "805 110C1035 -1"},
@@ -389,7 +388,7 @@ TEST_F(LmainteGetSbData, CopiesNamesAsLongAsTheyAre) {
 
 // ---- records that cannot be read
 
-struct RecordRow {
+struct BoardRecordRow {
   uint32_t db_id;
   const char *name;
   size_t size;
@@ -397,7 +396,7 @@ struct RecordRow {
   const char *error;  // of its reader
 };
 
-constexpr RecordRow kRecords[] = {
+constexpr BoardRecordRow kRecords[] = {
     {1, "setup_cmu_info_01", 256, 1, "805 110C1045 8 1"},
     {2, "current_cmu_info_01", 1760, 2, "805 110C1045 8 1"},
     {4, "fru_cmu_info_01", 8192, 3, "805 110C1045 8 1"},
@@ -412,7 +411,7 @@ constexpr RecordRow kRecords[] = {
 };
 
 // Whether a record is a module's, whose reader the CMU's reader calls.
-bool is_of_a_module(const RecordRow &row) {
+bool is_of_a_module(const BoardRecordRow &row) {
   return row.gets > 3 && row.gets <= 43;
 }
 

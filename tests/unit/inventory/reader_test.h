@@ -17,6 +17,7 @@
 namespace doubles {
 
 constexpr uint8_t kUntouched = 0x5A;
+constexpr uint32_t kInstalled = 0x80000000;  // in a status word
 
 // A record as it was before the call.
 template <class Record>

@@ -127,14 +127,14 @@ TEST(UnitNames, TablesAreObjectsOfTheirOwn) {
 
 // ---- locations
 
-struct Location {
+struct LocationRow {
   const char *pattern;
   int type_fru, type_pos;
   std::vector<uint8_t> limits;  // of its components
   const lmainte_unit_name *names;
 };
 
-void expect_locations(const lmainte_unit_code *table, const std::vector<Location> &locations) {
+void expect_locations(const lmainte_unit_code *table, const std::vector<LocationRow> &locations) {
   for (const auto &location : locations) {
     SCOPED_TRACE(location.pattern);
     EXPECT_STREQ(table->pattern, location.pattern);

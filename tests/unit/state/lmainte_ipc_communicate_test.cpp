@@ -82,7 +82,7 @@ TEST_F(LmainteIpcCommunicate, RefusedArgumentsSendNothing) {
 
 // ---- each step, failing
 
-struct StepRow {
+struct TalkStepRow {
   const char *says;
   std::function<void()> arrange;
   int32_t result;
@@ -90,10 +90,10 @@ struct StepRow {
   Lines calls;
 };
 
-const std::vector<StepRow> &step_rows() {
+const std::vector<TalkStepRow> &step_rows() {
   static const Lines kUntilSelect = {"send 9", "select 30.0"};
   static const Lines kUntilLook = {"send 9", "select 30.0", "iszero"};
-  static const std::vector<StepRow> kRows = {
+  static const std::vector<TalkStepRow> kRows = {
       {"the request is not sent", [] { machine().fail("send", 1, EIO, -5); }, 8, "800A 110C13D2 -5", {"send 9"}},
       {"the wait fails", [] { machine().fail("select", 1, EIO, -6); }, 8, "800A 110C13D3 -6", kUntilSelect},
       {"the wait fails and says that nothing came",

@@ -210,14 +210,14 @@ TEST_F(LmaintePinfo, PutOfAnEmptyTableStillWrites) {
   EXPECT_EQ(doubles::trace(), (Lines{"100 110C0700", "100 110C0703 0", "100 110C0701"}));
 }
 
-struct StepRow {
+struct PutStepRow {
   const char *call;
   Lines calls, records;
   std::string content;
 };
 
 TEST_F(LmaintePinfo, EachStepOfPutThatFailsEndsIt) {
-  const std::vector<StepRow> rows = {
+  const std::vector<PutStepRow> rows = {
       {"ftruncate", {"ftruncate 0"}, {"800A 110C1702 7 28"}, "before"},
       {"lseek", {"ftruncate 0", "lseek 0 from the start"}, {"800A 110C1703 7 28"}, ""},
       {"lwrite",
