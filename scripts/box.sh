@@ -11,6 +11,6 @@ must_run_boxes() {
        An ordinary user needs user namespaces. As root, type the line that this machine knows:
          sysctl -w kernel.unprivileged_userns_clone=1
          sysctl -w kernel.apparmor_restrict_unprivileged_userns=0
-       In a container, allow them when it is started, as in: docker run --security-opt seccomp=unconfined
-       --cap-add SYS_ADMIN"
+       In a container, allow them when it is started, as in:
+         docker run --security-opt seccomp=unconfined --cap-add SYS_ADMIN"
 }

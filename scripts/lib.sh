@@ -10,12 +10,18 @@ die() {
   exit 1
 }
 
+# misused SENTENCE: for a command line that makes no sense.
+misused() {
+  printf './dev: %s\n' "$*" >&2
+  exit 2
+}
+
 # quick_checks: prints those that ./dev quick runs.
 quick_checks() { grep -l '^# Quick' scripts/checks/* | sed 's#.*/##'; }
 
 # no_arguments ARGUMENT...: for a command that takes none.
 no_arguments() {
-  if (($#)); then die "'${0##*/}' takes no arguments, and was given: $*"; fi
+  if (($#)); then misused "'${0##*/}' takes no arguments, and was given: $*"; fi
 }
 
 # forget_moved FOLDER: removes a build folder of a tree that was moved or copied, because it knows its old place.
