@@ -1,3 +1,4 @@
+#include <fcntl.h>
 #include <unistd.h>
 
 #include <cstdio>
@@ -44,6 +45,10 @@ std::string help() {
 void check(const Options &options) {
   if (options.script.empty() && options.steps.empty()) {
     throw UsageError("no steps are given. Name a SCRIPT, or give them with --do.");
+  }
+  const int mode = options.ready_fd < 0 ? O_RDWR : fcntl(options.ready_fd, F_GETFL);
+  if (mode < 0 || (mode & O_ACCMODE) == O_RDONLY) {
+    throw UsageError("--ready-fd " + std::to_string(options.ready_fd) + ": this descriptor is not open for writing.");
   }
 }
 

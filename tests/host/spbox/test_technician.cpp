@@ -33,6 +33,7 @@ TEST_F(TechnicianVerb, EndsWithTwoWhereTheScriptOrTheCommandLineMakesNoSense) {
       {{"nowhere.txt"}, "spbox: nowhere.txt: there is no such file\n"},
       {{}, "spbox: no steps are given. Name a SCRIPT, or give them with --do. "},
       {{"hands.txt", "--do", "after 1"}, "spbox: SCRIPT and --do cannot be given together. "},
+      {{"hands.txt", "--ready-fd", "99"}, "spbox: --ready-fd 99: this descriptor is not open for writing. "},
   };
   for (const auto &row : rows) {
     Words words{"technician", "box"};
