@@ -54,13 +54,15 @@ Words option_names(const Verb &verb) {
   return names;
 }
 
-// What the parser could not place: options that there are not come before words too many.
-void refuse_leftovers(const Verb &verb, const Words &left) {
-  const auto option = std::find_if(left.begin(), left.end(), is_option);
-  if (option != left.end()) {
+// What the parser could not place: options that there are not come before words too many. Behind "--" stand no options.
+void refuse_leftovers(const Verb &verb, Words left) {
+  const auto end_of_options = std::find(left.begin(), left.end(), "--");
+  const auto option = std::find_if(left.begin(), end_of_options, is_option);
+  if (option != end_of_options) {
     const std::string name = option->substr(0, option->find('='));
     refuse(box::advice({verb.name}) + " has no option " + name + "." + did_you_mean(name, option_names(verb)));
   }
+  if (end_of_options != left.end()) left.erase(end_of_options);
   if (!left.empty()) refuse("`" + left.front() + "` is one word too many for `" + usage_of(verb) + "`.");
 }
 
@@ -79,15 +81,18 @@ void refuse_mismatch(const Verb &verb, const Words &line) {
 // Puts what was given for a row where it goes.
 class Taking {
  public:
-  explicit Taking(const Given &given) : name_(given.row->name), values_(given.values) {}
+  explicit Taking(const Given &given)
+      : name_(given.row->name), values_(given.values), is_folder_((name_ + given.row->value).ends_with("DIR")) {}
 
   void operator()(bool *to) const { *to = true; }
   void operator()(std::string *to) const { *to = values_.back(); }
   void operator()(Words *to) const { *to = values_; }
   void operator()(const Rest &rest) const { *rest.to = values_; }
   void operator()(std::filesystem::path *to) const {
-    if (values_.back().empty()) refuse(name_ + " is empty. Is a variable not set? The current folder is a dot.");
-    *to = values_.back();
+    if (values_.back().empty()) {
+      refuse(name_ + " is empty. Is a variable not set?" + (is_folder_ ? " The current folder is a dot." : ""));
+    }
+    *to = (is_option(values_.back()) ? "./" : "") + values_.back();  // such a word came behind "--": advice repeats it
   }
   void operator()(const Number &number) const {
     const auto value = base::number_in<std::int64_t>(values_.back());
@@ -108,6 +113,7 @@ class Taking {
  private:
   const std::string &name_;
   const Words &values_;
+  bool is_folder_;
 };
 
 bool was_given(const std::vector<Given> &all, const std::string &name) {

@@ -2,6 +2,8 @@
 
 #include <algorithm>
 
+#include "host/box/advice.h"
+
 namespace spbox {
 namespace {
 
@@ -15,7 +17,6 @@ constexpr const char *kDescription =
     "  spbox program box ctlled --exit 206   a control program that fails\n"
     "  spbox trace box --last 20             what the command left in the trace\n";
 constexpr const char *kEnd =
-    "`spbox help VERB` says more, `spbox --version` which version this is.\n"
     "Exit status: 0 done, 1 it could not be done, 2 the command line makes no sense;\n"
     "of `run`, the command's own.\n";
 
@@ -62,7 +63,7 @@ std::string usage_of(const Verb &verb) {
       has_more = true;
     }
   }
-  return "spbox " + verb.name + (has_more ? " [OPTIONS]" : "") + words + options;
+  return box::spbox_called("spbox") + " " + verb.name + (has_more ? " [OPTIONS]" : "") + words + options;
 }
 
 std::string help_of(const Verb &verb) {
@@ -71,9 +72,11 @@ std::string help_of(const Verb &verb) {
 }
 
 std::string help_of_all(const std::vector<Verb> &verbs) {
-  std::string text = std::string(kDescription) + "\nUsage: spbox VERB [OPTIONS] ...\n\nVerbs:\n";
+  std::string text =
+      std::string(kDescription) + "\nUsage: " + box::spbox_called("spbox") + " VERB [OPTIONS] ...\n\nVerbs:\n";
   for (const Verb &verb : verbs) text += item(verb.name, verb.line);
-  return text + "\n" + kEnd;
+  return text + "\n" + box::advice({"help", "VERB"}) + " says more.\n" + box::advice({"--version"}) +
+         " says which version this is.\n" + kEnd;
 }
 
 }  // namespace spbox

@@ -59,6 +59,11 @@ const WrongRow kWrong[] = {
      "how late? Give seconds, as in `spbox daemon box late 5`. `spbox help daemon` says more."},
     {{"play", "x", "--box", ""},
      "--box is empty. Is a variable not set? The current folder is a dot. `spbox help play` says more."},
+    {{"play", ""}, "SCRIPT is empty. Is a variable not set? `spbox help play` says more."},
+    {{"dump", "box", ""}, "FILE is empty. Is a variable not set? `spbox help dump` says more."},
+    {{"pull", "--now", "--", "box", "/PSU#0"}, "`spbox pull` has no option --now. `spbox help pull` says more."},
+    {{"create", "--", "new", "--model", "qa"},
+     "`--model` is one word too many for `spbox create [OPTIONS] DIR --model MODEL`. `spbox help create` says more."},
 };
 
 class CommandLine : public SpboxTest {
@@ -175,11 +180,26 @@ TEST_F(CommandLine, FitsATerminalOf80ColumnsInEveryHelp) {
   }
 }
 
+TEST_F(CommandLine, TakesNoWordBehindTwoDashesForAnOption) {
+  EXPECT_EQ(done({"create", "--model", "qa", "--", "box"}),
+            "Made box: model qa, 20 units, all healthy. `spbox units box` lists them.\n");
+  EXPECT_EQ(done({"create", "--model", "qa", "--", "-q"}),
+            "Made ./-q: model qa, 20 units, all healthy. `spbox units ./-q` lists them.\n");
+  done({"units", "./-q"});
+}
+
 // A script that calls spbox for its user says how.
 TEST_F(CommandLine, GivesAdviceInTheWordsByWhichItWasCalled) {
-  const Done result =
-      run_to_end({"/usr/bin/env", "-C", scratch_.path(), "SPBOX_CALLED=./dev spbox", SPBOX, "units", "my box"});
-  EXPECT_EQ(result.output, "spbox: my box is no box. `./dev spbox create 'my box' --model MODEL` makes one.\n");
+  const auto called = [&](const Words &words) {
+    Words command{"/usr/bin/env", "-C", scratch_.path(), "SPBOX_CALLED=./dev spbox", SPBOX};
+    command.insert(command.end(), words.begin(), words.end());
+    return run_to_end(command).output;
+  };
+  EXPECT_EQ(called({"units", "my box"}),
+            "spbox: my box is no box. `./dev spbox create 'my box' --model MODEL` makes one.\n");
+  EXPECT_EQ(called({"pull", "box"}),
+            "spbox: UNIT is missing, as in `./dev spbox pull DIR UNIT...`. `./dev spbox help pull` says more.\n");
+  EXPECT_NE(called({"help"}).find("\n`./dev spbox help VERB` says more.\n"), std::string::npos);
 }
 
 TEST_F(CommandLine, TellsTheVersion) {
