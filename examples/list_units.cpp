@@ -7,7 +7,7 @@
 // units the model holds, comes from lmainte_get_model_data: copy that and the kind that you need. The operator panel and the
 // PCI slots are in no reader's records.
 //
-// Exit status: 0 printed, 1 something could not be read, 2 there is no such kind.
+// Exit status: 0 printed, 1 something could not be read or written, 2 there is no such kind.
 
 #include <algorithm>
 #include <array>
@@ -269,6 +269,13 @@ Outcome list_one(const Server &server, const Kind &kind) {
   return kPrinted;
 }
 
+// What is printed may not arrive: the disk is full, or nobody reads.
+Outcome arrived(Outcome outcome) {
+  if (std::fflush(stdout) == 0 && std::ferror(stdout) == 0) return outcome;
+  std::fputs("list_units: the list could not be written.\n", stderr);
+  return kFailed;
+}
+
 }  // namespace
 
 int main(int argc, char **argv) {
@@ -280,5 +287,5 @@ int main(int argc, char **argv) {
   Server server;
   const int32_t result = server.read();
   if (result != LMAINTE_OK) return not_read("server's model", "lmainte_get_model_data", result);
-  return argc == 2 ? list_one(server, *kind) : list_all(server);
+  return arrived(argc == 2 ? list_one(server, *kind) : list_all(server));
 }

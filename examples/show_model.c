@@ -13,5 +13,7 @@ int main(void) {
   printf("model %s: %u system boards, %u I/O units, %u fan trays, %u power supplies\n", names[model.model],
          model.unit[LMAINTE_SLOT_CMU].max_count, model.unit[LMAINTE_SLOT_IOU].max_count,
          model.unit[LMAINTE_SLOT_FAN].max_count, model.unit[LMAINTE_SLOT_PSU].max_count);
-  return 0;
+  if (fflush(stdout) == 0 && ferror(stdout) == 0) return 0;
+  fputs("show_model: the line could not be written.\n", stderr);
+  return 1;
 }

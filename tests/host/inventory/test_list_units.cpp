@@ -121,6 +121,15 @@ TEST_P(ListUnitsThatFails, PrintsNothingWithoutTheModel) {
             "lmainte_get_model_data gave 8. The trace names the reason.\n");
 }
 
+TEST_P(ListUnitsThatFails, SaysThatTheListCannotBeWritten) {
+  for (const char *program : {LIST_UNITS, SHOW_MODEL}) {
+    const auto done =
+        run_to_end({"/bin/sh", "-c", R"(exec "$0" run "$1" -- "$2" 2>&1 >/dev/full)", SPBOX, place().root(), program});
+    EXPECT_EQ(done.exit_status, 1) << program;
+    EXPECT_TRUE(done.output.ends_with(" could not be written.\n")) << done.output;
+  }
+}
+
 TEST_P(ListUnitsThatFails, RefusesWordsThatItDoesNotKnow) {
   for (const Words &words : {Words{"everything"}, Words{""}, Words{"fans", "psus"}}) {
     const auto done = list_units(words);
