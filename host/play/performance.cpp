@@ -21,7 +21,7 @@ class PictureFile {
   explicit PictureFile(fs::path path) : path_(std::move(path)) {
     if (path_.empty()) return;
     is_new_ = !fs::exists(path_);
-    if (!std::ofstream(path_, std::ios::binary | std::ios::app)) cannot_write();
+    if (!std::ofstream(path_, std::ios::binary | std::ios::app)) throw script::Error(cannot_write());
   }
   ~PictureFile() {
     std::error_code ignored;
@@ -33,13 +33,13 @@ class PictureFile {
   void write(const Picture &picture) {
     if (path_.empty()) return;
     std::ofstream file(path_, std::ios::binary | std::ios::trunc);
-    if (!(file << picture.svg() << std::flush)) cannot_write();
+    if (!(file << picture.svg() << std::flush)) throw std::runtime_error(cannot_write());
     is_new_ = false;
   }
 
  private:
-  [[noreturn]] void cannot_write() const {
-    throw std::system_error(errno, std::generic_category(), "the picture " + path_.string() + " cannot be written");
+  std::string cannot_write() const {
+    return "the picture " + path_.string() + " cannot be written: " + std::generic_category().message(errno);
   }
 
   fs::path path_;
@@ -79,9 +79,9 @@ std::vector<Step> prepare(const Files &files, const Values &values, const Words 
 
 void perform(const std::vector<Step> &steps, const Files &files, const std::string &spbox, std::ostream &out,
              int alarm) {
+  PictureFile picture_file(files.picture);
   Transcript transcript(out);
   if (!files.transcript.empty()) transcript.keep_in(files.transcript);
-  PictureFile picture_file(files.picture);
   Picture picture;
   Narrator narrator(transcript, picture);
   Box box(spbox, files.box, alarm);

@@ -21,8 +21,8 @@ struct Files {
 // nothing was done yet.
 std::vector<Step> prepare(const Files &files, const Values &values, const Words &verbs);
 
-// Plays, and tells of it on `out`. `spbox` is the program. Throws Failure where a step fails, terminal::Interrupted when
-// the alarm rings, and std::runtime_error where one of the files cannot be written.
+// Plays, and tells of it on `out`. `spbox` is the program. Throws script::Error before the first step where one of the files
+// cannot be written, Failure where a step fails, and terminal::Interrupted when the alarm rings.
 void perform(const std::vector<Step> &steps, const Files &files, const std::string &spbox, std::ostream &out,
              int alarm);
 

@@ -1,15 +1,17 @@
 #include "host/play/transcript.h"
 
 #include <cerrno>
+#include <stdexcept>
 #include <system_error>
 
 #include "host/base/shown.h"
+#include "host/script/script.h"
 
 namespace play {
 namespace {
 
-[[noreturn]] void cannot_write(const std::filesystem::path &file) {
-  throw std::system_error(errno, std::generic_category(), "the transcript " + file.string() + " cannot be written");
+std::string cannot_write(const std::filesystem::path &file) {
+  return "the transcript " + file.string() + " cannot be written: " + std::generic_category().message(errno);
 }
 
 }  // namespace
@@ -17,7 +19,7 @@ namespace {
 void Transcript::keep_in(const std::filesystem::path &file) {
   path_ = file;
   file_.open(file, std::ios::binary | std::ios::trunc);
-  if (!file_) cannot_write(path_);
+  if (!file_) throw script::Error(cannot_write(path_));
 }
 
 void Transcript::print(std::string_view text) {
@@ -26,7 +28,7 @@ void Transcript::print(std::string_view text) {
 }
 
 void Transcript::keep(std::string_view text) {
-  if (is_kept() && !(file_ << base::shown_lines(text) << std::flush)) cannot_write(path_);
+  if (is_kept() && !(file_ << base::shown_lines(text) << std::flush)) throw std::runtime_error(cannot_write(path_));
 }
 
 }  // namespace play

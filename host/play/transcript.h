@@ -12,7 +12,7 @@ class Transcript {
  public:
   explicit Transcript(std::ostream &out) : out_(out) {}
 
-  // Throws std::system_error where the file cannot be written; so does the printing where the file is full.
+  // Throws script::Error where the file cannot be written. Where it is full later, the printing throws.
   void keep_in(const std::filesystem::path &file);
   bool is_kept() const { return file_.is_open(); }
 

@@ -258,15 +258,15 @@ TEST_F(PlayVerb, WritesTraceAndLogBehindTheTranscriptAlsoOfAFailure) {
       << text;
 }
 
-TEST_F(PlayVerb, SaysThatTheTranscriptCannotBeWritten) {
+TEST_F(PlayVerb, SaysThatTheTranscriptCannotBeWrittenBeforeTheFirstStep) {
   const auto done = play("box qe2\nsay \"begun\"\n", {"--transcript", "boxes"});
-  EXPECT_EQ(done.exit_status, 1);
+  EXPECT_EQ(done.exit_status, 2);
   EXPECT_EQ(done.output, "spbox: the transcript boxes cannot be written: Is a directory\n");
 }
 
 TEST_F(PlayVerb, SaysThatThePictureCannotBeWrittenBeforeTheFirstStep) {
   const auto done = play("box qe2\nstart true\nexit 0\nscreen \"begun\"\n", {"--picture", "no/such/folder.svg"});
-  EXPECT_EQ(done.exit_status, 1);
+  EXPECT_EQ(done.exit_status, 2);
   EXPECT_EQ(done.output, "spbox: the picture no/such/folder.svg cannot be written: No such file or directory\n");
 }
 
