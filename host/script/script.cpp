@@ -84,11 +84,25 @@ void Reader::skip_blanks() {
 }
 
 std::string Reader::take_word() {
-  if (grammar_.has_quotes && rest_.front() == '"') return take_quoted();
+  if (grammar_.has_quotes && rest_.front() == '"') {
+    if (auto word = take_good_quoted()) return *word;
+  }
   const auto end = rest_.find_first_of(std::string(kBlanks) + (grammar_.has_semicolons ? ";" : ""));
   std::string word(rest_.substr(0, end));
   rest_.remove_prefix(word.size());
   return word;
+}
+
+// Nothing where the word is none in quotes; then nothing is taken.
+std::optional<std::string> Reader::take_good_quoted() {
+  const std::string_view before = rest_;
+  try {
+    return take_quoted();
+  } catch (const std::invalid_argument &) {
+    if (!grammar_.keeps_bad_quotes) throw;
+    rest_ = before;
+    return {};
+  }
 }
 
 std::string Reader::take_quoted() {

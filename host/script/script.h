@@ -25,6 +25,9 @@ struct Grammar {
   // \003 and one in hexadecimal digits as in \x03.
   bool has_quotes;
   bool has_semicolons;  // They separate statements, as line ends do.
+
+  // A quote that is not closed, or has an unknown escape, is a part of its word: such scripts knew no quotes once.
+  bool keeps_bad_quotes = false;
 };
 
 struct Statement {
@@ -56,6 +59,7 @@ class Reader {
   bool take_line();
   void skip_blanks();
   std::string take_word();
+  std::optional<std::string> take_good_quoted();
   std::string take_quoted();
   char take_escaped();
   char take_hexadecimal();

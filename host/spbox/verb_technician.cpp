@@ -77,6 +77,7 @@ Verb technician_verb() {
                      .to = number(options->ready_fd, 0, 65535),
                      .value = "FD"}},
           .footer = help() +
+                    "A word in quotes keeps its blanks, and knows the escapes of `spbox help play`.\n"
                     "All units are looked up before the first step. `when trace` looks at what was\n"
                     "recorded after the record that the last such step found, or after the beginning.\n\n"
                     "Examples:\n"

@@ -176,7 +176,7 @@ std::span<const StepRow> step_rows() {
 }
 
 std::vector<Step> read_script(std::string text, const std::string &name) {
-  script::Reader reader(std::move(text), name, {.has_quotes = false, .has_semicolons = true});
+  script::Reader reader(std::move(text), name, {.has_quotes = true, .has_semicolons = true, .keeps_bad_quotes = true});
   std::vector<Step> steps;
   while (auto statement = reader.next()) steps.push_back(step_of(std::move(*statement)));
   if (steps.empty()) {

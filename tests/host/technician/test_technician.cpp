@@ -32,6 +32,23 @@ TEST(TechnicianScript, HasAStepForEachLineOrSemicolon) {
   EXPECT_EQ(steps[2].words, Words{"lock"});
 }
 
+TEST(TechnicianScript, HasWordsInQuotesAsPlaysHave) {
+  const auto steps =
+      technician::read_script(R"(when text "/tmp/a b" "two  words; \"so\"" ; pull "/PSU#3" # "out")", "");
+  ASSERT_EQ(steps.size(), 2U);
+  EXPECT_EQ(steps[0].words, (Words{"/tmp/a b", "two  words; \"so\""}));
+  EXPECT_EQ(steps[1].words, Words{"/PSU#3"});
+}
+
+// Scripts from before there were quotes.
+TEST(TechnicianScript, TakesAQuoteThatIsNoneForAPartOfItsWord) {
+  const auto steps = technician::read_script("when text f \"open\nwhen text f 19\" rack\nwhen text f \"a\\q\"", "");
+  ASSERT_EQ(steps.size(), 3U);
+  EXPECT_EQ(steps[0].words, (Words{"f", "\"open"}));
+  EXPECT_EQ(steps[1].words, (Words{"f", "19\"", "rack"}));
+  EXPECT_EQ(steps[2].words, (Words{"f", "\"a\\q\""}));
+}
+
 // The script that the documentation shows between its fences.
 TEST(TechnicianScript, CanBeCopiedFromTheDocumentation) {
   std::ifstream file(DOCUMENTATION);
