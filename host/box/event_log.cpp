@@ -9,6 +9,7 @@
 #include <cerrno>
 #include <chrono>
 #include <cstring>
+#include <optional>
 #include <stdexcept>
 #include <string>
 #include <type_traits>
@@ -48,10 +49,44 @@ auto uninterrupted(Call call) {
   return result;
 }
 
+std::vector<char> bytes_of(int fd, const std::filesystem::path &file) {
+  std::vector<char> bytes;
+  std::array<char, 64 * sizeof(Record)> part{};
+  ssize_t size = 0;
+  while ((size = uninterrupted([&] {
+            return pread(fd, part.data(), part.size(), static_cast<off_t>(bytes.size()));
+          })) > 0) {
+    bytes.insert(bytes.end(), part.begin(), part.begin() + size);
+  }
+  if (size < 0) throw std::runtime_error("log " + file.string() + ": cannot read it: " + std::strerror(errno));
+  return bytes;
+}
+
 // The name of a new file is durable when its folder is.
 bool sync_folder_of(const std::filesystem::path &file) {
   const base::Descriptor folder(open(file.parent_path().c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
   return folder.get() >= 0 && fsync(folder.get()) == 0;
+}
+
+// The whole record at the beginning of these bytes, wherever they lie in the file.
+std::optional<LogEntry> entry_in(const char *bytes) {
+  Record record{};
+  std::memcpy(&record, bytes, sizeof record);
+  if (record.magic != kMagic || record.check != check_of(record.entry)) return std::nullopt;
+  return record.entry;
+}
+
+// Where the next record goes: over an unfinished one that a crash left behind the last whole record, or else to the end of
+// the file, whatever lies there. The caller has the lock.
+off_t end_of_records(int fd, off_t size) {
+  std::array<char, 2 * sizeof(Record) - 1> tail{};
+  const off_t kept = std::min<off_t>(size, tail.size());
+  if (uninterrupted([&] { return pread(fd, tail.data(), static_cast<std::size_t>(kept), size - kept); }) != kept)
+    return size;
+  for (off_t unfinished = 0; unfinished < kRecordSize && unfinished + kRecordSize <= kept; ++unfinished) {
+    if (entry_in(tail.data() + (kept - unfinished - kRecordSize))) return size - unfinished;
+  }
+  return size < kRecordSize ? 0 : size;
 }
 
 // Writes the record behind the whole records of the file, and takes it back when that fails. The caller has the lock.
@@ -71,7 +106,7 @@ bool append_record(const std::filesystem::path &file, const Record &record) {
   if (uninterrupted([&] { return flock(log.get(), LOCK_EX); }) != 0) return false;
   struct stat status {};
   if (fstat(log.get(), &status) != 0) return false;
-  const off_t end = status.st_size - status.st_size % kRecordSize;  // an unfinished record is overwritten
+  const off_t end = end_of_records(log.get(), status.st_size);
   return write_whole(log.get(), record, end) && (end != 0 || sync_folder_of(file));
 }
 
@@ -96,19 +131,25 @@ bool EventLog::append(const std::filesystem::path &file, std::uint32_t head, Eve
   return append(file, entry);
 }
 
-std::vector<LogEntry> EventLog::read(const std::filesystem::path &file) {
+std::vector<LogEntry> EventLog::read(const std::filesystem::path &file, Damage *damage) {
   const base::Descriptor log(open(file.c_str(), O_RDONLY | kOwnFile));
   if (log.get() < 0) {
     if (errno == ENOENT && std::filesystem::is_directory(file.parent_path())) return {};
     throw std::runtime_error("log " + file.string() + ": cannot read it: " + std::strerror(errno));
   }
+  const std::vector<char> bytes = bytes_of(log.get(), file);
   std::vector<LogEntry> entries;
-  Record record{};
-  ssize_t size = 0;
-  for (off_t at = 0; (size = pread(log.get(), &record, sizeof record, at)) == kRecordSize; at += kRecordSize) {
-    if (record.magic == kMagic && record.check == check_of(record.entry)) entries.push_back(record.entry);
+  Damage found;
+  bool was_whole = true;
+  for (std::size_t at = 0; at < bytes.size();) {
+    const auto entry = bytes.size() - at < sizeof(Record) ? std::nullopt : entry_in(&bytes[at]);
+    if (entry) entries.push_back(*entry);
+    at += entry ? sizeof(Record) : 1;
+    found.bytes += entry ? 0 : 1;
+    found.places += !entry && was_whole ? 1 : 0;
+    was_whole = entry.has_value();
   }
-  if (size < 0) throw std::runtime_error("log " + file.string() + ": cannot read it: " + std::strerror(errno));
+  if (damage != nullptr) *damage = found;
   return entries;
 }
 

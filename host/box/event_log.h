@@ -3,6 +3,7 @@
 #pragma once
 
 #include <array>
+#include <cstddef>
 #include <cstdint>
 #include <filesystem>
 #include <span>
@@ -29,9 +30,13 @@ class EventLog {
   // The same for an event of this process, now.
   static bool append(const std::filesystem::path &file, std::uint32_t head, Event event) noexcept;
 
-  // The entries, oldest first; none where nothing was ever saved. What a crash left of an unfinished entry is left out.
-  // Throws.
-  static std::vector<LogEntry> read(const std::filesystem::path &file);
+  // What lies between whole entries and is none: an entry with a changed byte, or what a crash left of one.
+  struct Damage {
+    std::size_t places = 0, bytes = 0;
+  };
+
+  // The whole entries, oldest first; none where nothing was ever saved. Throws.
+  static std::vector<LogEntry> read(const std::filesystem::path &file, Damage *damage = nullptr);
 };
 
 }  // namespace box

@@ -87,10 +87,20 @@ int trace(const Options &options) {
   return 0;
 }
 
+// Beside what is printed, so that scripts can read that.
+void tell_of(const box::EventLog::Damage &damage) {
+  if (damage.bytes == 0) return;
+  const std::string places = damage.places == 1 ? " place: " : " places: ";
+  const std::string bytes = damage.bytes == 1 ? " byte belongs" : " bytes belong";
+  complain("the log is damaged in " + std::to_string(damage.places) + places + std::to_string(damage.bytes) + bytes +
+           " to no whole entry.");
+}
+
 int log(const Options &options) {
   const box::Place place(options.box);
   const std::uint32_t model = box::model_of_box(place);
-  std::vector<box::LogEntry> entries = box::EventLog::read(place.events());
+  box::EventLog::Damage damage;
+  std::vector<box::LogEntry> entries = box::EventLog::read(place.events(), &damage);
   keep_last(entries, options.last);
   Json::List list;
   std::vector<std::vector<std::string>> lines{{"Time", "Pid", "Event", "Kind", "Unit", "Detail"}};
@@ -110,10 +120,11 @@ int log(const Options &options) {
   if (options.as_json) {
     print(Json(list).text());
   } else if (entries.empty()) {
-    print_line("The log is empty.");
+    print_line(damage.bytes == 0 ? "The log is empty." : "The log holds no whole entry.");
   } else {
     print(aligned(lines));
   }
+  tell_of(damage);
   return 0;
 }
 

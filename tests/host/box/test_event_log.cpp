@@ -76,6 +76,45 @@ TEST_F(EventLogTest, AnEntryWithAChangedByteIsLeftOut) {
   expect_entries({1, 3});
 }
 
+struct DamageRow {
+  const char *says;
+  std::size_t at, removed;  // bytes from here on ...
+  std::string put;          // ... in whose place come these
+  std::vector<std::uint32_t> left;
+  std::size_t places, bytes;
+};
+
+TEST_F(EventLogTest, FindsTheNextWholeEntryBehindADamage) {
+  const std::vector<DamageRow> rows{
+      {"nothing", 0, 0, "", {1, 2, 3}, 0, 0},
+      {"a byte before all entries", 0, 0, "x", {1, 2, 3}, 1, 1},
+      {"a first byte that is gone", 0, 1, "", {2, 3}, 1, 71},
+      {"a changed byte", 72, 1, "\x01", {1, 3}, 1, 72},
+      {"bytes between two entries", 144, 0, "EVT1EVT1", {1, 2, 3}, 1, 8},
+      {"a cut in the last entry", 200, 16, "", {1, 2}, 1, 56},
+      {"a hole from the first entry into the second", 60, 20, "", {3}, 1, 124},
+  };
+  for (const DamageRow &row : rows) {
+    std::filesystem::remove(file);
+    save(1, 3);
+    std::ifstream in(file, std::ios::binary);
+    std::string bytes{std::istreambuf_iterator<char>(in), {}};
+    bytes.replace(row.at, row.removed, row.put);
+    std::ofstream(file, std::ios::binary) << bytes;
+    EventLog::Damage damage;
+    std::vector<std::uint32_t> left;
+    for (const LogEntry &entry : EventLog::read(file, &damage)) left.push_back(entry.pid);
+    EXPECT_EQ(left, row.left) << row.says;
+    EXPECT_EQ(damage.places, row.places) << row.says;
+    EXPECT_EQ(damage.bytes, row.bytes) << row.says;
+    save(4, 4);
+    left.push_back(4);
+    std::vector<std::uint32_t> after;
+    for (const LogEntry &entry : EventLog::read(file)) after.push_back(entry.pid);
+    EXPECT_EQ(after, left) << row.says << ": a new entry takes no other one's place";
+  }
+}
+
 TEST_F(EventLogTest, EntriesOfSeveralProcessesStayWhole) {
   constexpr std::uint32_t kEach = 250;
   int start[2];

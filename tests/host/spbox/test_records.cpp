@@ -1,4 +1,8 @@
 
+#include <algorithm>
+#include <fstream>
+#include <sstream>
+
 #include "host/box/event_log.h"
 #include "host/box/trace_ring.h"
 #include "tests/host/spbox/read_json.h"
@@ -87,6 +91,30 @@ TEST_F(Records, OfTheLogAreInWords) {
 TEST_F(Records, OfADamagedTraceAreRefused) {
   std::filesystem::resize_file(place().trace(), 100);
   EXPECT_TRUE(refused({"trace", "box"}).starts_with("spbox: "));
+}
+
+TEST_F(Records, OfADamagedLogAreShownAndTheDamageIsTold) {
+  log(1);
+  log(2);
+  std::ostringstream text;
+  text << std::ifstream(place().events(), std::ios::binary).rdbuf();
+  std::string bytes = text.str();
+  write("box/mgb/log/events", "x" + bytes);
+  Done log = spbox({"log", "box"});
+  EXPECT_EQ(log.exit_status, 0);
+  EXPECT_EQ(std::ranges::count(log.output, '\n'), 4)
+      << "a head, two entries and a line on standard error: " << log.output;
+  EXPECT_NE(log.output.find("spbox: the log is damaged in 1 place: 1 byte belongs to no whole entry.\n"), bytes.npos)
+      << log.output;
+  bytes.insert(72, "xy");
+  write("box/mgb/log/events", "x" + bytes);
+  EXPECT_NE(
+      spbox({"log", "box"}).output.find("spbox: the log is damaged in 2 places: 3 bytes belong to no whole entry.\n"),
+      bytes.npos);
+  write("box/mgb/log/events", std::string(100, 'x'));
+  EXPECT_EQ(spbox({"log", "box"}).output,
+            "The log holds no whole entry.\n"
+            "spbox: the log is damaged in 1 place: 100 bytes belong to no whole entry.\n");
 }
 
 }  // namespace
