@@ -9,9 +9,13 @@
 #include <cerrno>
 #include <cstring>
 #include <ctime>
+#include <optional>
 #include <stdexcept>
 #include <string>
 #include <system_error>
+
+#include "host/base/descriptor.h"
+#include "host/box/mapping_guard.h"
 
 namespace box {
 namespace {
@@ -24,8 +28,8 @@ constexpr std::size_t kBodyWords = 6;
 
 // The ring in the file and in memory: a head, then the slots, each on a cache line of its own.
 struct alignas(64) Head {
-  std::uint64_t magic;
-  std::uint64_t slots;
+  Word magic;
+  Word slots;
   Word next;  // number of the next record
 };
 
@@ -78,27 +82,51 @@ TraceEntry entry_of(std::uint64_t number, const Body &body) {
           low(body[5]), {low(body[3]), high(body[3]), low(body[4]), high(body[4])}};
 }
 
+// A copy of the ring may have holes where it was empty, and a full disk would kill a process that writes into one.
+bool has_room(int fd, const struct stat &status) noexcept {
+  constexpr off_t kBlock = 512;
+  return status.st_blocks * kBlock >= status.st_size || fallocate(fd, 0, 0, status.st_size) == 0 || errno == EOPNOTSUPP;
+}
+
 // Maps a ring of this program's making, or nothing.
-Ring *map_ring(int fd, int protection) noexcept {
+Ring *map_ring(int fd) noexcept {
   struct stat status {};
   if (fstat(fd, &status) != 0 || status.st_size != static_cast<off_t>(sizeof(Ring))) return nullptr;
-  void *memory = mmap(nullptr, sizeof(Ring), protection, MAP_SHARED, fd, 0);
+  if (!has_room(fd, status)) return nullptr;
+  void *memory = mmap(nullptr, sizeof(Ring), PROT_READ | PROT_WRITE, MAP_SHARED, fd, 0);
   if (memory == MAP_FAILED) return nullptr;
+  guard_mapping(memory, sizeof(Ring));
   auto *ring = static_cast<Ring *>(memory);
   if (ring->head.magic == kMagic && ring->head.slots == TraceRing::kSlots) return ring;
   munmap(memory, sizeof(Ring));
   return nullptr;
 }
 
-// Copies the record that stands in the slot, unless it is unfinished or changes under the copy.
-bool take(const Slot &slot, std::uint64_t *number, Body *body) {
-  const std::uint64_t state = slot.state.load(std::memory_order_acquire);
-  if (state == 0 || state % 2 != 0) return false;
-  for (std::size_t i = 0; i < kBodyWords; ++i) (*body)[i] = slot.body[i].load(std::memory_order_relaxed);
-  const std::uint64_t check = slot.check.load(std::memory_order_relaxed);
-  std::atomic_thread_fence(std::memory_order_acquire);
-  *number = state / 2 - 1;
-  return slot.state.load(std::memory_order_relaxed) == state && check == check_of(*number, *body);
+// A slot as it was read from the file: its state, its check and its body. A record that is unfinished, or changed while it
+// was read, is none.
+std::optional<TraceEntry> entry_in(const std::uint64_t *slot) {
+  const std::uint64_t state = slot[0], check = slot[1];
+  if (state == 0 || state % 2 != 0) return std::nullopt;
+  Body body{};
+  std::copy_n(slot + 2, kBodyWords, body.begin());
+  const std::uint64_t number = state / 2 - 1;
+  if (check != check_of(number, body)) return std::nullopt;
+  return entry_of(number, body);
+}
+
+// The file may be cut short at any time: it is not mapped to be read.
+std::vector<std::uint64_t> words_of(int fd) {
+  std::vector<std::uint64_t> words(sizeof(Ring) / sizeof(std::uint64_t));
+  std::size_t done = 0;
+  while (done < sizeof(Ring)) {
+    const ssize_t size =
+        pread(fd, reinterpret_cast<char *>(words.data()) + done, sizeof(Ring) - done, static_cast<off_t>(done));
+    if (size < 0 && errno == EINTR) continue;
+    if (size <= 0) break;
+    done += static_cast<std::size_t>(size);
+  }
+  words.resize(done / sizeof(std::uint64_t));
+  return words;
 }
 
 std::runtime_error failure(const std::filesystem::path &file, const char *what, const std::string &reason) {
@@ -128,9 +156,9 @@ void TraceRing::create(const std::filesystem::path &file) {
 
 bool TraceRing::map(const char *file) noexcept {
   const int kept_errno = errno;
-  const int fd = open(file, O_RDWR | O_CLOEXEC);
+  const int fd = open(file, O_RDWR | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC);
   if (fd >= 0) {
-    if (Ring *ring = map_ring(fd, PROT_READ | PROT_WRITE)) memory_.store(ring, std::memory_order_release);
+    if (Ring *ring = map_ring(fd)) memory_.store(ring, std::memory_order_release);
     close(fd);
   }
   errno = kept_errno;
@@ -141,6 +169,11 @@ bool TraceRing::append(std::uint32_t module, std::uint32_t level, std::uint32_t 
                        const std::uint32_t *words, std::uint32_t word_count) noexcept {
   auto *ring = static_cast<Ring *>(memory_.load(std::memory_order_acquire));
   if (ring == nullptr) return false;
+  // The file was emptied: the guard gave other memory.
+  if (ring->head.magic.load(std::memory_order_relaxed) != kMagic) {
+    memory_.store(nullptr, std::memory_order_relaxed);
+    return false;
+  }
   std::array<std::uint32_t, 4> values{};
   const std::uint32_t count = words == nullptr ? 0 : std::min<std::uint32_t>(word_count, values.size());
   std::copy_n(words, count, values.begin());
@@ -152,8 +185,8 @@ bool TraceRing::append(std::uint32_t module, std::uint32_t level, std::uint32_t 
                   pair(values[2], values[3]),
                   count};
   Slot &slot = ring->slots[number % kSlots];
-  if (slot.state.load(std::memory_order_relaxed) > 2 * number + 1)
-    return true;  // overtaken: the ring went round meanwhile
+  // Overtaken: the ring went round meanwhile.
+  if (slot.state.load(std::memory_order_relaxed) > 2 * number + 1) return true;
   slot.state.store(2 * number + 1, std::memory_order_relaxed);
   std::atomic_thread_fence(std::memory_order_release);
   for (std::size_t i = 0; i < kBodyWords; ++i) slot.body[i].store(body[i], std::memory_order_relaxed);
@@ -163,20 +196,21 @@ bool TraceRing::append(std::uint32_t module, std::uint32_t level, std::uint32_t 
 }
 
 std::vector<TraceEntry> TraceRing::read(const std::filesystem::path &file) {
-  const int fd = open(file.c_str(), O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC);
-  if (fd < 0) throw failure(file, "read it", std::strerror(errno));
-  Ring *ring = map_ring(fd, PROT_READ);
-  close(fd);
-  if (ring == nullptr) throw failure(file, "read it", "the file holds no trace ring");
-  std::vector<TraceEntry> entries;
-  std::uint64_t number = 0;
-  Body body{};
-  for (const Slot &slot : ring->slots) {
-    if (take(slot, &number, &body)) entries.push_back(entry_of(number, body));
+  const base::Descriptor ring(open(file.c_str(), O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC));
+  if (ring.get() < 0) throw failure(file, "read it", std::strerror(errno));
+  const std::vector<std::uint64_t> words = words_of(ring.get());
+  constexpr std::size_t kHeadWords = sizeof(Head) / sizeof(std::uint64_t),
+                        kSlotWords = sizeof(Slot) / sizeof(std::uint64_t);
+  if (words.size() != kHeadWords + kSlots * kSlotWords) {
+    throw failure(file, "read it",
+                  "it is damaged: it was cut short or emptied. Make the box anew, or load a dump of it.");
   }
-  munmap(ring, sizeof(Ring));
-  std::sort(entries.begin(), entries.end(),
-            [](const TraceEntry &a, const TraceEntry &b) { return a.number < b.number; });
+  if (words[0] != kMagic || words[1] != kSlots) throw failure(file, "read it", "the file holds no trace ring");
+  std::vector<TraceEntry> entries;
+  for (std::size_t at = kHeadWords; at < words.size(); at += kSlotWords) {
+    if (const auto entry = entry_in(&words[at])) entries.push_back(*entry);
+  }
+  std::ranges::sort(entries, {}, &TraceEntry::number);
   return entries;
 }
 

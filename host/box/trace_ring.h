@@ -26,7 +26,8 @@ class TraceRing {
   static void create(const std::filesystem::path &file);
 
   // Maps the ring, for the life of the process. Uses system calls only: may be called in a signal handler and between
-  // fork and execve. Keeps errno. False when the file is missing or is no ring.
+  // fork and execve. Keeps errno. False when the file is missing or is no ring. Who calls survive_lost_mappings() before
+  // outlives a file that is cut short meanwhile.
   bool map(const char *file) noexcept;
 
   // Appends a record; the oldest is overwritten when the ring is full. As safe as map. False when not mapped.

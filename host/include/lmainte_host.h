@@ -14,6 +14,10 @@
  *   mgb/run                the daemons' sockets
  *   mgb/cli/etc            the time files
  *   tmp/.qe3               the marker file of the box's model
+ *
+ * The trace is a file in memory: when it is emptied while the command runs, the kernel sends SIGBUS. From when it is loaded,
+ * the platform handles this. The command goes on, and its trace is lost. A SIGBUS for another reason does what it does
+ * elsewhere. A command that sets a handler of its own for SIGBUS gets both.
  */
 #ifndef LMAINTE_HOST_H
 #define LMAINTE_HOST_H

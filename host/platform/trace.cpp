@@ -2,6 +2,7 @@
 #include <cstdlib>
 #include <cstring>
 
+#include "host/box/mapping_guard.h"
 #include "host/box/place.h"
 #include "host/box/trace_ring.h"
 #include "host/platform/exported.h"
@@ -12,6 +13,12 @@ constexpr std::uint32_t kHeadLength = 8;
 constexpr std::uint32_t kMaxLength = kHeadLength + 4 * sizeof(std::uint32_t);
 
 constinit box::TraceRing ring;
+
+// A file that is emptied meanwhile costs the trace and not the command. Set when the library is loaded: no call of it changes
+// what a command does at signals.
+[[gnu::constructor]] void survive_a_lost_trace() {
+  box::survive_lost_mappings();
+}
 
 // Maps Place::here().trace(). No memory may be allocated: the caller may be a signal handler, or a child between fork and
 // execve.

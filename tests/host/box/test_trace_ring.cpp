@@ -1,4 +1,7 @@
+#include <fcntl.h>
 #include <gtest/gtest.h>
+#include <sys/mman.h>
+#include <sys/stat.h>
 #include <sys/time.h>
 
 #include <atomic>
@@ -7,6 +10,7 @@
 #include <fstream>
 #include <map>
 
+#include "host/box/mapping_guard.h"
 #include "host/box/trace_ring.h"
 #include "tests/host/box/child.h"
 #include "tests/host/box/scratch.h"
@@ -248,6 +252,66 @@ TEST_F(TraceRingTest, ANewRingTakesTheOldOnesPlace) {
   append_all(0, 0);
   EXPECT_EQ(TraceRing::read(file).size(), 1U);
   EXPECT_FALSE(std::filesystem::exists(file.string() + ".new"));
+}
+
+TEST_F(TraceRingTest, AFileThatIsEmptiedOrCutShortInUseCostsTheTraceAndNothingElse) {
+  box::survive_lost_mappings();
+  for (const std::uintmax_t size : {0, 4096, 64 * 1000}) {
+    TraceRing::create(file);
+    TraceRing used;
+    ASSERT_TRUE(used.map(file.c_str()));
+    ASSERT_TRUE(append(&used, 1, 0));
+    std::filesystem::resize_file(file, size);
+    for (std::uint32_t number = 0; number < 2 * kSlots; ++number) append(&used, 1, number);
+    EXPECT_FALSE(append(&used, 1, 1)) << "nobody reads these records: " << size;
+    EXPECT_FALSE(used.map(file.c_str())) << size;
+    std::string why;
+    try {
+      TraceRing::read(file);
+    } catch (const std::runtime_error &error) {
+      why = error.what();
+    }
+    EXPECT_EQ(why,
+              "trace " + file.string() +
+                  ": cannot read it: it is damaged: it was cut short or emptied. Make the box anew, or load a dump "
+                  "of it.");
+    TraceRing::create(file);
+    EXPECT_TRUE(used.map(file.c_str())) << "a new ring is found again";
+    EXPECT_TRUE(append(&used, 1, 2));
+    EXPECT_EQ(TraceRing::read(file).size(), 1U);
+  }
+}
+
+TEST_F(TraceRingTest, OtherBusErrorsAreNotItsOwn) {
+  EXPECT_EQ(in_child([&] {
+              box::survive_lost_mappings();
+              const auto other = scratch / "other";
+              std::ofstream(other) << std::string(4096, 'x');
+              const int fd = open(other.c_str(), O_RDONLY | O_CLOEXEC);
+              const auto *const bytes =
+                  static_cast<const volatile char *>(mmap(nullptr, 4096, PROT_READ, MAP_SHARED, fd, 0));
+              std::filesystem::resize_file(other, 0);
+              return bytes[0];
+            }),
+            -SIGBUS);
+}
+
+TEST_F(TraceRingTest, TheHolesOfACopyAreFilledBeforeItIsWritten) {
+  const auto blocks = [&] {
+    struct stat status {};
+    EXPECT_EQ(stat(file.c_str(), &status), 0);
+    return status.st_blocks;
+  };
+  const auto whole = blocks();
+  {
+    const int fd = open(file.c_str(), O_RDWR | O_CLOEXEC);
+    ASSERT_EQ(fallocate(fd, FALLOC_FL_PUNCH_HOLE | FALLOC_FL_KEEP_SIZE, 1 << 20, 1 << 20), 0);
+    close(fd);
+  }
+  ASSERT_LT(blocks(), whole);
+  TraceRing copy;
+  EXPECT_TRUE(copy.map(file.c_str()));
+  EXPECT_EQ(blocks(), whole);
 }
 
 TEST(TraceRingFiles, AFolderThatIsMissingIsNamed) {

@@ -48,6 +48,19 @@ TEST_F(PlatformTrace, RefusesALengthThatNoRecordHas) {
   EXPECT_TRUE(entries().empty());
 }
 
+TEST_F(PlatformTrace, ARingThatIsEmptiedCostsTheTraceAndNotTheCommand) {
+  EXPECT_EQ(in_child([&] {
+              if (trace(1) != 0) return 1;
+              std::filesystem::resize_file(place.trace(), 0);
+              if (trace(2) >= 0) return 2;
+              box::TraceRing::create(place.trace());
+              return trace(3) == 0 ? 0 : 3;
+            }),
+            0);
+  ASSERT_EQ(entries().size(), 1U);
+  EXPECT_EQ(entries()[0].event, 3U);
+}
+
 TEST_F(PlatformTrace, AMissingRingIsAFailureUntilThereIsOne) {
   std::filesystem::remove(place.trace());
   EXPECT_EQ(in_child([&] {

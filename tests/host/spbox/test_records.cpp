@@ -89,8 +89,13 @@ TEST_F(Records, OfTheLogAreInWords) {
 }
 
 TEST_F(Records, OfADamagedTraceAreRefused) {
-  std::filesystem::resize_file(place().trace(), 100);
-  EXPECT_TRUE(refused({"trace", "box"}).starts_with("spbox: "));
+  for (const std::uintmax_t size : {100, 0}) {
+    std::filesystem::resize_file(place().trace(), size);
+    EXPECT_EQ(
+        refused({"trace", "box"}),
+        "spbox: trace box/mgb/log/trace: cannot read it: it is damaged: it was cut short or emptied. Make the box "
+        "anew, or load a dump of it.\n");
+  }
 }
 
 TEST_F(Records, OfADamagedLogAreShownAndTheDamageIsTold) {
