@@ -23,6 +23,7 @@
 #include "host/base/number.h"
 #include "host/base/told.h"
 #include "host/box/daemon_socket.h"
+#include "host/box/full_file.h"
 #include "host/daemon/server.h"
 #include "host/include/lmainte_host.h"
 
@@ -136,6 +137,7 @@ void serve(const box::Place &place, int ready_fd, const sigset_t &signals) {
 }  // namespace
 
 int main(int argc, char **argv) {
+  box::survive_full_files();
   if (argc != 3 && argc != 4) return 2;
   const auto ready_fd = base::number_in<int>(argv[2]);
   if (!ready_fd) return 2;

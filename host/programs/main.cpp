@@ -8,6 +8,7 @@
 #include <exception>
 #include <string>
 
+#include "host/box/full_file.h"
 #include "host/box/place.h"
 #include "host/box/program_list.h"
 #include "host/programs/control_programs.h"
@@ -92,6 +93,7 @@ int run(int argc, char **argv, const ControlProgram &program) {
 }  // namespace programs
 
 int main(int argc, char **argv) {
+  box::survive_full_files();
   if (!programs::fill_standard_descriptors() || argc < 1) return programs::kFailed;
   try {
     const std::string path = argv[0];

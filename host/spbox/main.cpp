@@ -9,6 +9,7 @@
 #include "host/box/advice.h"
 #include "host/script/script.h"
 #include "host/spbox/command_line.h"
+#include "host/spbox/damaged_files.h"
 #include "host/spbox/enter_box.h"
 #include "host/spbox/help.h"
 #include "host/spbox/spelling.h"
@@ -97,6 +98,7 @@ int judged(const Words &words) {
 int main(int argc, char **argv) {
   if (argc > 1 && std::string_view(argv[1]) == spbox::kEnter) return spbox::enter_box(argc - 2, argv + 2);
   spbox::keep_standard_descriptors();
+  spbox::tell_of_damaged_files();
   spbox::say_out_of_memory_at_any_end();
   try {
     return spbox::with_output_judged(judged(Words(argv + 1, argv + argc)));
