@@ -1,8 +1,10 @@
 #include "host/box/breakage.h"
 
+#include <map>
+#include <memory>
+
 #include "host/box/advice.h"
 #include "host/box/contents.h"
-
 #include "host/box/record_set.h"
 #include "host/box/text_database.h"
 
@@ -11,23 +13,74 @@ namespace {
 
 constexpr std::string_view kKey = "whole ";
 
-Bytes bytes_of(const std::string &text) {
-  return {text.begin(), text.end()};
-}
-
 std::optional<Bytes> read(const Place &place, const RecordName &record) {
   return Database(place.database(record.db_id)).get(record.name);
 }
 
 // No way of breaking leaves a record its size: one of the right size was written by a command since.
-bool is_rewritten(const std::string &kept, const std::optional<Bytes> &now) {
+bool is_rewritten(const Bytes &kept, const std::optional<Bytes> &now) {
   return now && now->size() == kept.size();
 }
 
 // What is to be had again when the record is mended.
-std::optional<Bytes> whole_record(const std::optional<std::string> &kept, const std::optional<Bytes> &now) {
-  return kept && !is_rewritten(*kept, now) ? bytes_of(*kept) : now;
+std::optional<Bytes> whole_record(const std::optional<Bytes> &kept, const std::optional<Bytes> &now) {
+  return kept && !is_rewritten(*kept, now) ? kept : now;
 }
+
+// The databases of these records and the box's own, locked from the first look to the last change: no command writes in
+// between.
+class Locked {
+ public:
+  Locked(const Place &place, const std::vector<RecordName> &records) : place_(place) {
+    for (const RecordName &record : records) databases_[record.db_id] = nullptr;
+    databases_[kOwnDatabase] = nullptr;
+    for (auto &[number, database] : databases_) {
+      database = std::make_unique<Database>(place.database(number));
+      lock(*database);
+    }
+  }
+
+  BrokenRecord break_one(const RecordName &record, Breakage breakage) {
+    Database &database = *databases_.at(record.db_id);
+    const std::optional<Bytes> whole = whole_record(kept(record), database.get(record.name));
+    if (!whole) throw InventoryError(place_.root().string() + " has no record " + record.name + ".");
+    if (whole->empty() && breakage == Breakage::kShort) {
+      throw InventoryError(place_.root().string() + ": the record " + record.name + " is empty and cannot be shorter.");
+    }
+    own().put(whole_key(record), *whole);
+    if (breakage == Breakage::kMissing) {
+      database.remove(record.name);
+      return {record, std::nullopt, whole->size()};
+    }
+    Bytes bytes = *whole;
+    bytes.resize(breakage == Breakage::kShort ? whole->size() - 1 : whole->size() + 1);
+    database.put(record.name, bytes);
+    return {record, bytes.size(), whole->size()};
+  }
+
+  Mended mend_one(const RecordName &record) {
+    Database &database = *databases_.at(record.db_id);
+    const std::optional<Bytes> whole = kept(record);
+    if (!whole) return Mended::kWhole;
+    const bool rewritten = is_rewritten(*whole, database.get(record.name));
+    if (!rewritten) database.put(record.name, *whole);
+    own().remove(whole_key(record));
+    return rewritten ? Mended::kRewritten : Mended::kRestored;
+  }
+
+  void save() {
+    std::vector<Database *> all;
+    for (auto &[number, database] : databases_) all.push_back(database.get());
+    box::save(all);
+  }
+
+ private:
+  Database &own() { return *databases_.at(kOwnDatabase); }
+  std::optional<Bytes> kept(const RecordName &record) { return own().get(whole_key(record)); }
+
+  const Place &place_;
+  std::map<std::uint32_t, std::unique_ptr<Database>> databases_;  // in the order in which everybody locks them
+};
 
 }  // namespace
 
@@ -59,28 +112,11 @@ RecordName find_record(const Place &place, const std::string &name) {
   throw InventoryError(box + " has the record " + name + " in several databases: it cannot be broken by its name.");
 }
 
-// Under the record database's lock from the first look to the last change: no command writes in between.
-BrokenRecord break_record(const Place &place, const RecordName &record, Breakage breakage) {
-  TextDatabase kept(place);
-  Database database(place.database(record.db_id));
-  lock(database, place.database(record.db_id));
-  const std::optional<Bytes> whole = whole_record(kept.get(whole_key(record)), database.get(record.name));
-  if (!whole) throw InventoryError(place.root().string() + " has no record " + record.name + ".");
-  if (whole->empty() && breakage == Breakage::kShort) {
-    throw InventoryError(place.root().string() + ": the record " + record.name + " is empty and cannot be shorter.");
-  }
-  // Kept first: whatever happens then, it can be mended.
-  kept.set(whole_key(record), std::string(whole->begin(), whole->end()));
-  BrokenRecord broken{record, std::nullopt, whole->size()};
-  if (breakage == Breakage::kMissing) {
-    database.remove(record.name);
-  } else {
-    Bytes bytes = *whole;
-    bytes.resize(breakage == Breakage::kShort ? whole->size() - 1 : whole->size() + 1);
-    database.put(record.name, bytes);
-    broken.size = bytes.size();
-  }
-  save(database, place.database(record.db_id));
+std::vector<BrokenRecord> break_records(const Place &place, const std::vector<RecordName> &records, Breakage breakage) {
+  Locked databases(place, records);
+  std::vector<BrokenRecord> broken;
+  for (const RecordName &record : records) broken.push_back(databases.break_one(record, breakage));
+  databases.save();
   return broken;
 }
 
@@ -95,17 +131,12 @@ std::vector<BrokenRecord> broken_records(const Place &place) {
   return broken;
 }
 
-Mended mend_record(const Place &place, const RecordName &record) {
-  TextDatabase kept(place);
-  Database database(place.database(record.db_id));
-  lock(database, place.database(record.db_id));
-  const std::optional<std::string> whole = kept.get(whole_key(record));
-  if (!whole) return Mended::kWhole;
-  const bool rewritten = is_rewritten(*whole, database.get(record.name));
-  if (!rewritten) database.put(record.name, bytes_of(*whole));
-  save(database, place.database(record.db_id));
-  kept.clear(whole_key(record));
-  return rewritten ? Mended::kRewritten : Mended::kRestored;
+std::vector<Mended> mend_records(const Place &place, const std::vector<RecordName> &records) {
+  Locked databases(place, records);
+  std::vector<Mended> mended;
+  for (const RecordName &record : records) mended.push_back(databases.mend_one(record));
+  databases.save();
+  return mended;
 }
 
 }  // namespace box

@@ -32,9 +32,10 @@ struct BrokenRecord {
 // none, and when there are several.
 RecordName find_record(const Place &place, const std::string &name);
 
-// Takes the record away, or its last byte, or gives it a byte more. One that is broken already is broken anew: what is
-// kept of it stays or, where a command has written it anew since, becomes what the command wrote.
-BrokenRecord break_record(const Place &place, const RecordName &record, Breakage breakage);
+// Takes the records away, or their last bytes, or gives each a byte more: all or, when one cannot be broken so, none. One
+// that is broken already is broken anew: what is kept of it stays or, where a command has written it anew since, becomes
+// what the command wrote.
+std::vector<BrokenRecord> break_records(const Place &place, const std::vector<RecordName> &records, Breakage breakage);
 
 // The records that are broken on purpose.
 std::vector<BrokenRecord> broken_records(const Place &place);
@@ -44,7 +45,7 @@ enum class Mended {
   kRewritten,  // a command has written it anew since, in its right size: it stays
   kWhole       // nothing was broken on purpose
 };
-Mended mend_record(const Place &place, const RecordName &record);
+std::vector<Mended> mend_records(const Place &place, const std::vector<RecordName> &records);  // all or none
 
 // The key under which the box's own database keeps the whole content of a broken record, and back.
 std::string whole_key(const RecordName &record);

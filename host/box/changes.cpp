@@ -1,73 +1,27 @@
 #include "host/box/changes.h"
 
-#include <stdexcept>
-#include <utility>
-
-#include "host/box/environment.h"
+#include <algorithm>
 
 namespace box {
 
-Changes::Changes(const Environment &environment) : environment_(environment), transaction_(environment.begin(0)) {}
-
-// A child of fork leaves the transaction alone: it is the parent's.
-Changes::~Changes() {
-  if (!environment_.foreign()) drop();
-}
-
-void Changes::drop() {
-  if (transaction_ != nullptr) mdb_txn_abort(std::exchange(transaction_, nullptr));
-}
-
-MDB_txn *Changes::transaction() {
-  if (transaction_ != nullptr) return transaction_;
-  transaction_ = environment_.begin(0);
-  for (const auto &[key, record] : made_) {
-    if (const int result = apply(key, record); result != 0) {
-      drop();
-      throw environment_.failure(("write '" + key + "'").c_str(), result);
-    }
+// A small record stands in a page of the tree, in less than half of it; a large one in pages of its own.
+void RoomForChanges::add(const Changes &changes) {
+  constexpr std::size_t kOfANode = 32;
+  for (const auto &[key, record] : changes) {
+    const std::size_t size = record ? record->size() : 0;
+    const bool is_small = key.size() + size + kOfANode <= page_ / 2;
+    ++count_;
+    in_tree_ += key.size() + kOfANode + (is_small ? size : 0);
+    beside_it_ += is_small ? 0 : size / page_ + 1;
   }
-  return transaction_;
 }
 
-int Changes::apply(const std::string &key, const std::optional<Bytes> &record) const {
-  // LMDB only reads through the values that it is given.
-  MDB_val name{key.size(), const_cast<char *>(key.data())};
-  if (record) {
-    MDB_val value{record->size(), const_cast<std::uint8_t *>(record->data())};
-    return mdb_put(transaction_, environment_.records(), &name, &value, 0);
-  }
-  const int result = mdb_del(transaction_, environment_.records(), &name, nullptr);
-  return result == MDB_NOTFOUND ? 0 : result;
-}
-
-void Changes::make(const char *what, std::string_view key, std::optional<Bytes> record) {
-  const std::string name(key);
-  transaction();
-  if (const int result = apply(name, record); result != 0) {
-    drop();
-    throw environment_.failure((what + (" '" + name + "'")).c_str(), result);
-  }
-  made_[name] = std::move(record);
-}
-
-void Changes::put(std::string_view key, std::span<const std::uint8_t> record) {
-  make("write", key, Bytes(record.begin(), record.end()));
-}
-
-void Changes::remove(std::string_view key) {
-  make("remove", key, std::nullopt);
-}
-
-bool Changes::commit() {
-  try {
-    transaction();
-  } catch (const std::runtime_error &) {
-    return false;
-  }
-  if (mdb_txn_commit(std::exchange(transaction_, nullptr)) != 0) return false;
-  made_.clear();
-  return true;
+// LMDB copies a page of the tree before the first change of it. It may split a page behind its last record, and leaves pages at
+// least a quarter full otherwise. One change touches the pages on the way from the root, and may split each.
+std::size_t RoomForChanges::pages(const MDB_stat &tree) const {
+  constexpr std::size_t kOfAChange = 8;
+  const std::size_t copied_and_split = 2 * (tree.ms_branch_pages + tree.ms_leaf_pages);
+  return beside_it_ + std::min(kOfAChange * count_, copied_and_split + 4 * in_tree_ / page_ + kOfAChange);
 }
 
 }  // namespace box

@@ -1,12 +1,14 @@
 #include "host/box/contents.h"
 
+#include <algorithm>
 #include <fstream>
+#include <memory>
 #include <vector>
 
 #include "host/box/advice.h"
 #include "host/box/own_files.h"
 #include "host/box/program_list.h"
-#include "host/box/text_database.h"
+#include "host/box/record_set.h"
 #include "host/box/trace_ring.h"
 
 namespace box {
@@ -14,13 +16,21 @@ namespace {
 
 namespace fs = std::filesystem;
 
-void write_records(const Place &place, const Contents &contents) {
-  for (std::uint32_t db_id = 0; db_id < kDatabaseCount; ++db_id) {
-    Database database(place.database(db_id), true);
-    if (!database.lock()) throw InventoryError(place.database(db_id).string() + " is locked by another process.");
-    for (const auto &[name, record] : contents.records.at(db_id)) database.put(name, record);
-    if (!database.unlock()) throw InventoryError(place.database(db_id).string() + " could not be written.");
+void write_contents(const Place &place, const Contents &contents) {
+  std::vector<std::unique_ptr<Database>> databases;
+  std::vector<Database *> all;
+  for (std::uint32_t number = 0; number < kStoreSize; ++number) {
+    databases.push_back(std::make_unique<Database>(DatabaseName{place.databases(), number}, true));
+    all.push_back(databases.back().get());
+    lock(*all.back());
   }
+  for (std::uint32_t db_id = 0; db_id < kDatabaseCount; ++db_id) {
+    for (const auto &[name, record] : contents.records.at(db_id)) all[db_id]->put(name, record);
+  }
+  for (const auto &[key, text] : contents.hardware) {
+    all[kOwnDatabase]->put(key, {reinterpret_cast<const std::uint8_t *>(text.data()), text.size()});
+  }
+  Database::unlock_together(all);
 }
 
 void write_words(const fs::path &file, const std::vector<std::uint32_t> &words) {
@@ -67,25 +77,22 @@ void touch(const fs::path &file) {
 }  // namespace
 
 Contents contents_of(const Place &place) {
-  Contents contents{.model = model_of_box(place), .records = {}, .hardware = TextDatabase(place).all()};
-  for (std::uint32_t db_id = 0; db_id < kDatabaseCount; ++db_id) {
-    Database(place.database(db_id)).each([&](std::string_view name, std::span<const std::uint8_t> record) {
-      contents.records.at(db_id).emplace(name, Bytes(record.begin(), record.end()));
-    });
-  }
+  Contents contents{.model = model_of_box(place), .records = {}, .hardware = {}};
+  auto databases = Database::all_in(place.databases());
+  for (const auto &[key, text] : databases.at(kOwnDatabase)) contents.hardware[key].assign(text.begin(), text.end());
+  std::move(databases.begin(), databases.begin() + kDatabaseCount, contents.records.begin());
   return contents;
 }
 
 void create_box(const Place &place, const Contents &contents) {
-  for (const fs::path &folder : {place.tmp(), place.etc(), place.trace().parent_path(), place.hardware()}) {
+  for (const fs::path &folder : {place.tmp(), place.etc(), place.trace().parent_path()}) {
     fs::create_directories(folder);
   }
   program_links(place);
   time_files(place.etc());
   TraceRing::create(place.trace());
   touch(place.events());
-  write_records(place, contents);
-  TextDatabase(place, true).set_all(contents.hardware);
+  write_contents(place, contents);
   touch(place.tmp() / ("." + std::string(model_name(contents.model))));
 }
 
@@ -94,7 +101,7 @@ void create_box(const Place &place, std::uint32_t model) {
 }
 
 bool is_box(const Place &place) {
-  return fs::is_directory(place.hardware());
+  return fs::is_directory(place.databases());
 }
 
 void check_is_box(const Place &place) {

@@ -21,14 +21,14 @@ class InventoryError : public std::runtime_error {
 
 struct Contents {
   std::uint32_t model = LMAINTE_MODEL_NONE;
-  std::array<std::map<std::string, Bytes>, kDatabaseCount> records;  // by database and name
-  std::map<std::string, std::string> hardware;                       // see hardware.h
+  std::array<Database::Records, kDatabaseCount> records;  // by database and name
+  std::map<std::string, std::string> hardware;            // see hardware.h
 };
 
 // A healthy server of this model, full of units. What readers copy from a record differs from unit to unit.
 Contents new_server(std::uint32_t model);
 
-// What the box at this place holds. Each database is read at one moment of its own. Throws.
+// What the box at this place holds at one moment. Throws.
 Contents contents_of(const Place &place);
 
 // Makes a box that holds this, or a new server. Throws.

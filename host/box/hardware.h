@@ -35,6 +35,7 @@ struct SettingValue {
 
 class Hardware : private TextDatabase {
  public:
+  using TextDatabase::database;
   using TextDatabase::lock;
   using TextDatabase::TextDatabase;
   using TextDatabase::unlock;

@@ -59,7 +59,8 @@ class Inventory {
   Unit unit(std::string_view name) const;
 
   // Changes all of these units or, when one of them cannot be changed so, none. A running command sees whole changes.
-  void change(Change change, const std::vector<std::string> &names) const;
+  // Returns the units with their new states, in this order, without their names in the identity records.
+  std::vector<Unit> change(Change change, const std::vector<std::string> &names) const;
 
   // Puts a unit, or a location that has no record, under maintenance, or takes it out. Returns whether it was so before:
   // then nothing is changed, as where a record that would have to follow cannot be changed, which throws.

@@ -76,12 +76,11 @@ class Edit {
     for (std::size_t below = index + 1; below < places_.size() && places_[below].carried; ++below) one(change, below);
   }
 
+  Unit changed(std::size_t index) { return {places_[index], status(index), "", "", ""}; }
+
   // A command reads a unit's state first and its name then, and perhaps lets both databases be changed in between. The
   // identity record is there at any time, so all that such a command can meet is a name that is empty.
-  void save() {
-    fru_.save();
-    current_.save();
-  }
+  void save() { box::save({&fru_.changed(), &current_.changed()}); }
 
  private:
   std::uint32_t status(std::size_t index) {
@@ -117,7 +116,8 @@ class Edit {
 
 }  // namespace
 
-void Inventory::change(Change change, const std::vector<std::string> &names) const {
+// The answer is ready before the change is saved: what fails after that would be taken for a failure of the change.
+std::vector<Unit> Inventory::change(Change change, const std::vector<std::string> &names) const {
   std::vector<std::size_t> indices;
   for (const std::string &name : names) {
     indices.push_back(find(name));
@@ -127,7 +127,10 @@ void Inventory::change(Change change, const std::vector<std::string> &names) con
   }
   Edit edit(place_, model_, places_);
   for (const std::size_t index : indices) edit.unit(change, index);
+  std::vector<Unit> changed;
+  for (const std::size_t index : indices) changed.push_back(edit.changed(index));
   edit.save();
+  return changed;
 }
 
 }  // namespace box

@@ -21,7 +21,7 @@ void mark(Bytes &record, std::size_t status_at, bool marked) {
 
 // Whether a unit is under maintenance the box's own database says, and nothing else in the box is asked: it knows units
 // without a record, too. The mark in a status word, the unit's own and that of the system while there is any such unit, is
-// what commands see of it. It comes first, so that whoever dies in between can be followed by one who does it again.
+// what commands see of it.
 bool Inventory::set_flag(std::string_view name, bool start) const {
   const std::string whole = location_of(name);
   RecordSet current(place_, LMAINTE_DB_CURRENT);
@@ -36,8 +36,7 @@ bool Inventory::set_flag(std::string_view name, bool start) const {
   }
   const std::string system(kCurrentSystem.name);
   mark(current.at(system, kCurrentSystem.size), kSystemStatus, hardware.any_flag());
-  current.save();
-  hardware.unlock();
+  save({&current.changed(), &hardware.database()});
   return before;
 }
 

@@ -5,7 +5,7 @@ namespace box {
 namespace fs = std::filesystem;
 
 std::optional<fs::path> link_in(const Place &place) {
-  const fs::path databases = place.hardware().parent_path();
+  const fs::path databases = place.databases();
   for (const fs::path &folder : {databases.parent_path(), databases, place.tmp(), place.root() / "mgb/lib"}) {
     if (fs::is_symlink(fs::symlink_status(folder))) return folder;
   }

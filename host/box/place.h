@@ -13,6 +13,16 @@ namespace box {
 // The databases: ids 0 to 5 are the configuration databases, and the box has one of its own for what a real service
 // processor keeps in its hardware: LEDs, maintenance flags, fan speeds, and how its control programs are bent.
 inline constexpr std::uint32_t kDatabaseCount = 6;
+inline constexpr std::uint32_t kOwnDatabase = kDatabaseCount;  // the box's own
+inline constexpr std::uint32_t kStoreSize = kDatabaseCount + 1;
+
+// A database by the folder whose files hold all databases of a box, and its number there.
+struct DatabaseName {
+  std::filesystem::path folder;
+  std::uint32_t number;
+
+  std::string text() const;  // as people read it: "database 2 in box/mgb/db"
+};
 
 // Below the box's folder. Whoever writes the trace may have no memory to allocate a path.
 inline constexpr char kTracePath[] = "mgb/log/trace";
@@ -26,8 +36,9 @@ class Place {
   static Place here();
 
   const std::filesystem::path &root() const { return root_; }
-  std::filesystem::path database(std::uint32_t db_id) const { return root_ / "mgb/db" / std::to_string(db_id); }
-  std::filesystem::path hardware() const { return root_ / "mgb/db/box"; }
+  std::filesystem::path databases() const { return root_ / "mgb/db"; }
+  DatabaseName database(std::uint32_t db_id) const { return {databases(), db_id}; }
+  DatabaseName hardware() const { return {databases(), kOwnDatabase}; }
   std::filesystem::path trace() const { return root_ / kTracePath; }
   std::filesystem::path events() const { return root_ / "mgb/log/events"; }
   std::filesystem::path daemons() const { return root_ / "mgb/run"; }

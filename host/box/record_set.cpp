@@ -5,19 +5,21 @@
 
 namespace box {
 
-void lock(Database &database, const std::filesystem::path &folder) {
+void lock(Database &database) {
   if (database.lock()) return;
-  throw InventoryError(folder.string() +
+  throw InventoryError(database.name().text() +
                        " is locked by another process. Try again when the command in the box has done its step.");
 }
 
-void save(Database &database, const std::filesystem::path &folder) {
-  if (database.unlock()) return;
-  throw InventoryError(folder.string() + ": the changes could not be written. See the disk.");
+void save(const std::vector<Database *> &databases) {
+  try {
+    Database::unlock_together(databases);
+  } catch (const std::runtime_error &error) {
+    throw InventoryError(std::string("nothing was changed: ") + error.what());
+  }
 }
 
-RecordSet::RecordSet(const Place &place, std::uint32_t db_id)
-    : place_(place), folder_(place.database(db_id)), database_(folder_) {}
+RecordSet::RecordSet(const Place &place, std::uint32_t db_id) : place_(place), database_(place.database(db_id)) {}
 
 const std::optional<Bytes> &RecordSet::read(const std::string &name) {
   const auto known = records_.find(name);
@@ -43,14 +45,14 @@ Bytes &RecordSet::at(const std::string &name, std::size_t size) {
 }
 
 void RecordSet::lock() {
-  box::lock(database_, folder_);
+  box::lock(database_);
 }
 
-void RecordSet::save() {
+Database &RecordSet::changed() {
   for (const auto &[name, record] : records_) {
     if (record) database_.put(name, *record);
   }
-  box::save(database_, folder_);
+  return database_;
 }
 
 }  // namespace box

@@ -4,16 +4,17 @@
 #include <map>
 #include <optional>
 #include <string>
+#include <vector>
 
 #include "host/box/database.h"
 #include "host/box/place.h"
 
 namespace box {
 
-// Takes the lock of the database in this folder, or makes what was put under it durable and gives it back. Both throw
-// InventoryError with the reason and the way out.
-void lock(Database &database, const std::filesystem::path &folder);
-void save(Database &database, const std::filesystem::path &folder);
+// Takes a database's lock, or makes what was put under the locks of several durable together and gives them back. Both
+// throw InventoryError with the reason and the way out; what could not be saved is dropped with the databases.
+void lock(Database &database);
+void save(const std::vector<Database *> &databases);
 
 class RecordSet {
  public:
@@ -26,15 +27,16 @@ class RecordSet {
   // The record. Throws InventoryError with the complaint and the way out.
   Bytes &at(const std::string &name, std::size_t size);
 
-  // From lock to save no other process reads or writes under a lock. Both throw InventoryError.
+  // From lock to save no other process reads or writes under a lock. Throws InventoryError.
   void lock();
-  void save();
+
+  // The database with all changes put under its lock, to be saved.
+  Database &changed();
 
  private:
   const std::optional<Bytes> &read(const std::string &name);
 
   Place place_;
-  std::filesystem::path folder_;
   Database database_;
   std::map<std::string, std::optional<Bytes>> records_;
 };

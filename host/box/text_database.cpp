@@ -1,10 +1,10 @@
 #include "host/box/text_database.h"
 
-#include <stdexcept>
+#include "host/box/record_set.h"
 
 namespace box {
 
-TextDatabase::TextDatabase(const Place &place, bool create) : database_(place.hardware(), create) {}
+TextDatabase::TextDatabase(const Place &place) : database_(place.hardware()) {}
 
 std::optional<std::string> TextDatabase::get(const std::string &key) const {
   const std::optional<Bytes> record = database_.get(key);
@@ -33,11 +33,11 @@ std::string TextDatabase::exchange(const std::string &key, const std::string &va
 }
 
 void TextDatabase::lock() {
-  if (!database_.lock()) throw std::runtime_error("the box's own database is locked by another process");
+  box::lock(database_);
 }
 
 void TextDatabase::unlock() {
-  if (!database_.unlock()) throw std::runtime_error("the box's own database could not be written");
+  box::save({&database_});
 }
 
 std::map<std::string, std::string> TextDatabase::all() const {
@@ -46,12 +46,6 @@ std::map<std::string, std::string> TextDatabase::all() const {
     texts.emplace(key, std::string(value.begin(), value.end()));
   });
   return texts;
-}
-
-void TextDatabase::set_all(const std::map<std::string, std::string> &texts) {
-  lock();
-  for (const auto &[key, value] : texts) set(key, value);
-  unlock();
 }
 
 }  // namespace box

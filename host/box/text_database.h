@@ -13,7 +13,7 @@ namespace box {
 // Every function throws where the database fails.
 class TextDatabase {
  public:
-  explicit TextDatabase(const Place &place, bool create = false);
+  explicit TextDatabase(const Place &place);
 
   std::optional<std::string> get(const std::string &key) const;
   void set(const std::string &key, const std::string &value);
@@ -24,13 +24,12 @@ class TextDatabase {
   std::string exchange(const std::string &key, const std::string &value);
 
   // From lock to unlock no other process changes any of it, and what is not unlocked is undone with the object. Whoever
-  // takes the lock of a configuration database too takes that one first.
+  // takes the lock of a configuration database too takes that one first, and saves both together.
   void lock();
   void unlock();
+  Database &database() { return database_; }
 
-  // All of it, and all of it at once.
   std::map<std::string, std::string> all() const;
-  void set_all(const std::map<std::string, std::string> &texts);
 
  private:
   Database database_;

@@ -8,7 +8,7 @@
  * unit test does not have these paths: SPBOX_ROOT=DIR in the environment leads the platform to DIR/mgb and DIR/tmp. The
  * library itself and the control programs use /mgb and /tmp in any case.
  *
- *   mgb/db/0 .. mgb/db/5   the configuration databases
+ *   mgb/db                 the configuration databases
  *   mgb/log/trace          the trace: the last 65536 records
  *   mgb/log/events         the log
  *   mgb/run                the daemons' sockets

@@ -37,11 +37,10 @@ bool can_start(const Machine &machine, std::uint32_t board) {
 
 int link_up(Machine &machine, const std::string &name, std::uint32_t board) {
   if (machine.has_fault(name)) return kNotLinked;
+  BoardChange boards(machine.place, machine.model);
   machine.hardware.set_linked(name, true);
   machine.set_detached(name, false);
-  if (!can_start(machine, board)) return kDone;
-  BoardChange boards(machine.place, machine.model);
-  boards.start(board);
+  if (can_start(machine, board)) boards.start(board);
   boards.save();
   return kDone;
 }
@@ -72,8 +71,8 @@ int setupfru(const Arguments &arguments, Machine &machine) {
   if (!boards.can_be_divided()) return kNoDivision;
   if (boards.is_active(*board)) return kBoardActive;
   boards.divide(*board, division == "1" ? 1 : 4);
-  boards.save();
   machine.hardware.set_mirrored(*board, mirror == "y");
+  boards.save();
   return kDone;
 }
 

@@ -66,9 +66,10 @@ bool Boards::can_be_spared(std::uint32_t board) {
   return true;
 }
 
-BoardChange::BoardChange(const box::Place &place, std::uint32_t model) : Boards(place, model) {
+BoardChange::BoardChange(const box::Place &place, std::uint32_t model) : Boards(place, model), hardware_(place) {
   setup_.lock();
   current_.lock();
+  hardware_.lock();
 }
 
 void BoardChange::stop(std::uint32_t board) {
@@ -95,10 +96,8 @@ void BoardChange::divide(std::uint32_t board, std::uint32_t parts) {
   for (std::uint32_t part = parts; part < kMostParts; ++part) assign_to_none(board, part);
 }
 
-// In descending order: databases are locked in ascending order by everybody.
 void BoardChange::save() {
-  current_.save();
-  setup_.save();
+  box::save({&setup_.changed(), &current_.changed(), &hardware_.database()});
 }
 
 }  // namespace programs

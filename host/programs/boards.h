@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <string>
 
+#include "host/box/hardware.h"
 #include "host/box/record_set.h"
 
 namespace programs {
@@ -36,7 +37,8 @@ class Boards {
   bool runs_elsewhere(std::uint32_t domain, std::uint32_t board);
 };
 
-// Changes to the boards: from construction to save nobody else changes their records, so what is asked here stays true.
+// Changes to the boards: from construction to save nobody else changes their records or the hardware, so what is asked here
+// stays true. What is set in the hardware meanwhile is saved with the records, or dropped with them.
 class BoardChange : public Boards {
  public:
   BoardChange(const box::Place &place, std::uint32_t model);
@@ -47,6 +49,9 @@ class BoardChange : public Boards {
   void divide(std::uint32_t board, std::uint32_t parts);
 
   void save();
+
+ private:
+  box::Hardware hardware_;
 };
 
 }  // namespace programs

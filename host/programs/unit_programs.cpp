@@ -80,10 +80,11 @@ int detachfru(const Arguments &arguments, Machine &machine) {
     BoardChange boards(machine.place, machine.model);
     if (!boards.can_be_spared(*board)) return kRefused;
     boards.stop(*board);
+    machine.set_detached(name, true);
     boards.save();
-  } else if (!can_be_spared(machine, name, unit)) {
-    return kRefused;
+    return kDone;
   }
+  if (!can_be_spared(machine, name, unit)) return kRefused;
   machine.set_detached(name, true);
   return kDone;
 }

@@ -19,7 +19,7 @@ namespace {
 
 constexpr std::size_t kLargestRecord = std::size_t{1} << 20U;
 constexpr std::size_t kMostBytes = std::size_t{16} << 20U;    // of all records; the largest server has a tenth of it
-constexpr std::size_t kLongestName = 127, kLongestKey = 511;  // of the library, and of the files
+constexpr std::size_t kLongestName = 127, kLongestKey = 510;  // of the library, and of the files
 
 [[noreturn]] void wrong(const std::string &reason) {
   throw std::invalid_argument(reason);
@@ -201,10 +201,10 @@ class DumpReader {
   };
 
   box::Contents contents_;
-  std::map<std::string, box::Bytes> broken_;
+  box::Database::Records broken_;
   std::optional<std::endian> order_;
   std::set<std::string> databases_;
-  std::map<std::string, box::Bytes> *database_ = nullptr;
+  box::Database::Records *database_ = nullptr;
   box::Bytes *record_ = nullptr;
   std::size_t row_end_ = 0, bytes_ = 0;  // of a record; of all records
   std::string place_, model_place_;      // of this line, and of the model's

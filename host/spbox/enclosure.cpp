@@ -10,9 +10,11 @@
 #include <fstream>
 #include <system_error>
 
+#include "host/base/told.h"
 #include "host/box/database.h"
 #include "host/include/lmainte_host.h"
 #include "host/spbox/occupancy.h"
+#include "host/spbox/standard_output.h"
 
 namespace spbox {
 namespace {
@@ -89,7 +91,7 @@ void add_terminals(std::vector<std::string> &arguments) {
 void add_devices(std::vector<std::string> &arguments) {
   add(arguments, {"--dev", "/dev"});
   add_terminals(arguments);
-  // LMDB tells processes apart by their ids: the box shares them with the workstation.
+  // The box shares the process ids of the workstation.
   add(arguments, {"--ro-bind", "/proc", "/proc"});
 }
 
@@ -142,14 +144,11 @@ std::vector<std::string> bwrap_arguments(const RootPlan &plan) {
 }
 
 void complete_databases(const box::Place &place) {
-  std::error_code error;
-  for (const fs::directory_entry &folder : fs::directory_iterator(place.hardware().parent_path(), error)) {
-    if (fs::exists(folder.path() / "lock.mdb", error) && fs::exists(folder.path() / "holder", error)) continue;
-    try {
-      const box::Database database(folder.path());
-    } catch (const std::exception &) {
-      // A database that cannot be opened stays as it is, and fails inside as it does here.
-    }
+  try {
+    const box::Database database(place.hardware());
+  } catch (const std::exception &error) {  // they stay as they are, and fail inside as they do here
+    const std::string why = base::told(error);
+    complain(why + (why.ends_with('.') ? "" : ".") + " The command runs without them.");
   }
 }
 

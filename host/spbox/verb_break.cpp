@@ -80,13 +80,25 @@ int break_records(const Options &options) {
   const box::Breakage breakage = options.missing   ? box::Breakage::kMissing
                                  : options.shorter ? box::Breakage::kShort
                                                    : box::Breakage::kLong;
-  for (const box::RecordName &record : records_of(options)) {
-    const box::BrokenRecord broken = box::break_record(place, record, breakage);
+  for (const box::BrokenRecord &broken : box::break_records(place, records_of(options), breakage)) {
+    const std::string &name = broken.record.name;
     print_line(line_of(broken) + ".");
-    if (const std::string units = spoiled(inventory, record.name); !units.empty()) print_line(units);
-    print_line(box::advice({"mend", place.root(), record.name}) + " restores it.");
+    if (const std::string units = spoiled(inventory, name); !units.empty()) print_line(units);
+    print_line(box::advice({"mend", place.root(), name}) + " restores it.");
   }
   return 0;
+}
+
+const char *what_became_of_it(box::Mended mended) {
+  switch (mended) {
+    case box::Mended::kRestored:
+      return "is as it was";
+    case box::Mended::kRewritten:
+      return "was written again after it was broken, and stays";
+    case box::Mended::kWhole:
+      break;
+  }
+  return "was not broken on purpose";
 }
 
 int mend_records(const Options &options) {
@@ -96,20 +108,9 @@ int mend_records(const Options &options) {
     for (const box::BrokenRecord &broken : box::broken_records(place)) records.push_back(broken.record);
     if (records.empty()) print_line("No record is broken on purpose.");
   }
-  for (const box::RecordName &record : records) {
-    const char *what = "";
-    switch (box::mend_record(place, record)) {
-      case box::Mended::kRestored:
-        what = "is as it was";
-        break;
-      case box::Mended::kRewritten:
-        what = "was written again after it was broken, and stays";
-        break;
-      case box::Mended::kWhole:
-        what = "was not broken on purpose";
-        break;
-    }
-    print_line(record_text(record) + " " + what + ".");
+  const std::vector<box::Mended> mended = box::mend_records(place, records);
+  for (std::size_t i = 0; i < records.size(); ++i) {
+    print_line(record_text(records[i]) + " " + what_became_of_it(mended[i]) + ".");
   }
   return 0;
 }
@@ -156,7 +157,8 @@ Verb break_verb() {
                     {.name = "--long", .help = "The record is one byte too long", .to = &options->longer}},
           .footer =
               "Many units may share a record; it is broken for all of them. `spbox show` names\n"
-              "the records of a unit. A dump keeps what is broken.\n\n"
+              "the records of a unit. A dump keeps what is broken. If one record cannot be\n"
+              "broken, none is.\n\n"
               "Examples:\n"
               "  spbox break box /PSU#3 --fru --missing      its identity record\n"
               "  spbox break box current_domain_info_05 --short\n"

@@ -17,9 +17,8 @@ struct Options {
 
 int change(const Options &options, box::Change change) {
   const box::Inventory inventory(box::Place{options.box});
-  inventory.change(change, options.units);
   std::vector<std::vector<std::string>> lines;
-  for (const box::Unit &unit : inventory.units(options.units)) {
+  for (const box::Unit &unit : inventory.change(change, options.units)) {
     lines.push_back({unit.place.name, std::string(box::state_word(unit))});
   }
   print(aligned(lines));

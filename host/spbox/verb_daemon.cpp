@@ -51,8 +51,9 @@ int daemon(const Options &options) {
   const box::Place place(options.box);
   box::check_is_box(place);
   box::TextDatabase kept(place);
-  if (!options.way.empty()) box::set_daemon_bend(kept, {way_of(options.way), options.seconds});
-  const box::DaemonBend bend = box::daemon_bend(kept);
+  const bool changes = !options.way.empty();
+  const box::DaemonBend bend = changes ? box::DaemonBend{way_of(options.way), options.seconds} : box::daemon_bend(kept);
+  if (changes) box::set_daemon_bend(kept, bend);
   const bool running = box::daemon_listens(place.daemons(), LMAINTE_HOST_MONITOR);
   if (options.as_json) {
     const Json whole = Json::Object{{"name", LMAINTE_HOST_MONITOR},

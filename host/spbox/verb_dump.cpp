@@ -66,8 +66,8 @@ Verb dump_verb() {
                     {.name = "FILE", .help = "The text; without it, or with -, standard output", .to = &options->file}},
           .footer =
               "The text has the databases, the hardware's state and how programs are bent, but\n"
-              "not the trace and the log. It leaves out rows of zeros. The databases are read\n"
-              "one after the other: what a command changes meanwhile may be there in part.\n\n"
+              "not the trace and the log. It leaves out rows of zeros. All of it is as it was\n"
+              "at one moment.\n\n"
               "Examples:\n"
               "  spbox dump box before.dump\n"
               "  spbox dump box | diff before.dump -",

@@ -56,14 +56,14 @@ Json json_of(const box::TextDatabase &kept, std::string_view name) {
                       {"last_run", last_run_json(last_run(kept, name))}};
 }
 
-void print_programs(const box::TextDatabase &kept, const std::vector<std::string> &names, bool as_json) {
+std::string text_of(const box::TextDatabase &kept, const std::vector<std::string> &names, bool as_json) {
   std::vector<std::vector<std::string>> lines{{"Program", "Bent", "Last run"}};
   Json::List list;
   for (const std::string &name : names) {
     lines.push_back({name, bend_text(bend_of(kept, name)), run_text(last_run(kept, name))});
     list.push_back(json_of(kept, name));
   }
-  print(as_json ? Json(list).text() : aligned(lines));
+  return as_json ? Json(list).text() : aligned(lines);
 }
 
 std::vector<std::string> program_names() {
@@ -81,8 +81,15 @@ int program(const Options &options) {
   box::check_is_box(place);
   box::TextDatabase kept(place);
   const bool changes = is_change(options);
-  if (changes) box::set_bend(kept, options.name, options.bend);
-  print_programs(kept, options.name.empty() ? program_names() : std::vector{options.name}, options.as_json);
+  // What is printed is read before the change is saved: an error after that would be taken for a failure of the change.
+  if (changes) {
+    kept.lock();
+    box::set_bend(kept, options.name, options.bend);
+  }
+  const std::string text =
+      text_of(kept, options.name.empty() ? program_names() : std::vector{options.name}, options.as_json);
+  if (changes) kept.unlock();
+  print(text);
   return 0;
 }
 

@@ -15,6 +15,14 @@ using box::Breakage;
 using box::Mended;
 using box::RecordName;
 
+box::BrokenRecord break_record(const box::Place &place, const RecordName &record, Breakage breakage) {
+  return box::break_records(place, {record}, breakage).at(0);
+}
+
+Mended mend_record(const box::Place &place, const RecordName &record) {
+  return box::mend_records(place, {record}).at(0);
+}
+
 class BreakageTest : public testing::Test {
  protected:
   BreakageTest() { box::create_box(place_, LMAINTE_MODEL_QA); }
@@ -33,37 +41,37 @@ TEST_F(BreakageTest, RemovesARecordOrMakesItAByteShorterOrLonger) {
   box::Bytes shorter = whole, longer = whole;
   shorter.pop_back();
   longer.push_back(0);
-  box::break_record(place_, psus_, Breakage::kMissing);
+  break_record(place_, psus_, Breakage::kMissing);
   EXPECT_EQ(now(psus_), std::nullopt);
-  box::break_record(place_, psus_, Breakage::kShort);
+  break_record(place_, psus_, Breakage::kShort);
   EXPECT_EQ(now(psus_), shorter) << "of the whole record, however it was broken before";
-  const box::BrokenRecord broken = box::break_record(place_, psus_, Breakage::kLong);
+  const box::BrokenRecord broken = break_record(place_, psus_, Breakage::kLong);
   EXPECT_EQ(now(psus_), longer);
   EXPECT_EQ(broken.size, 3361u);
   EXPECT_EQ(broken.whole, 3360u);
-  EXPECT_EQ(box::mend_record(place_, psus_), Mended::kRestored);
+  EXPECT_EQ(mend_record(place_, psus_), Mended::kRestored);
   EXPECT_EQ(now(psus_), whole);
   EXPECT_TRUE(box::broken_records(place_).empty());
 }
 
 TEST_F(BreakageTest, KeepsWhatACommandWroteAnew) {
-  box::break_record(place_, psus_, Breakage::kMissing);
+  break_record(place_, psus_, Breakage::kMissing);
   const box::Bytes anew(3360, 7);
   box::Database(place_.database(2)).put("current_psu_info", anew);
-  EXPECT_EQ(box::mend_record(place_, psus_), Mended::kRewritten);
+  EXPECT_EQ(mend_record(place_, psus_), Mended::kRewritten);
   EXPECT_EQ(now(psus_), anew);
-  EXPECT_EQ(box::mend_record(place_, psus_), Mended::kWhole);
+  EXPECT_EQ(mend_record(place_, psus_), Mended::kWhole);
 }
 
 TEST_F(BreakageTest, BreaksTheRecordThatACommandWroteSince) {
-  box::break_record(place_, psus_, Breakage::kMissing);
+  break_record(place_, psus_, Breakage::kMissing);
   const box::Bytes anew(3360, 7);
   box::Database(place_.database(2)).put("current_psu_info", anew);
   EXPECT_TRUE(box::broken_records(place_).at(0).rewritten());
-  box::break_record(place_, psus_, Breakage::kShort);
+  break_record(place_, psus_, Breakage::kShort);
   EXPECT_EQ(now(psus_), box::Bytes(3359, 7));
   EXPECT_FALSE(box::broken_records(place_).at(0).rewritten());
-  EXPECT_EQ(box::mend_record(place_, psus_), Mended::kRestored);
+  EXPECT_EQ(mend_record(place_, psus_), Mended::kRestored);
   EXPECT_EQ(now(psus_), anew);
 }
 
@@ -78,15 +86,15 @@ TEST_F(BreakageTest, WaitsForACommandThatHasTheRecordUnderItsLock) {
     _exit(database.unlock() ? 0 : 1);
   }
   while (!std::filesystem::exists(scratch_ / "locked")) usleep(1000);
-  box::break_record(place_, psus_, Breakage::kMissing);
+  break_record(place_, psus_, Breakage::kMissing);
   EXPECT_EQ(base::exit_status_of(command), 0);
-  box::mend_record(place_, psus_);
+  mend_record(place_, psus_);
   EXPECT_EQ(now(psus_), box::Bytes(3360, 7)) << "what the command wrote in that time is lost";
 }
 
 TEST_F(BreakageTest, TellsWhatIsBroken) {
-  box::break_record(place_, {4, "fru_psu_qe_info_01"}, Breakage::kShort);
-  box::break_record(place_, psus_, Breakage::kMissing);
+  break_record(place_, {4, "fru_psu_qe_info_01"}, Breakage::kShort);
+  break_record(place_, psus_, Breakage::kMissing);
   const std::vector<box::BrokenRecord> all = box::broken_records(place_);
   ASSERT_EQ(all.size(), 2u);
   EXPECT_EQ(all[0].record, psus_);
@@ -98,7 +106,7 @@ TEST_F(BreakageTest, TellsWhatIsBroken) {
 
 TEST_F(BreakageTest, FindsARecordInItsDatabaseAlsoWhenItIsGone) {
   EXPECT_EQ(box::find_record(place_, "local_mgb_info"), (RecordName{3, "local_mgb_info"}));
-  box::break_record(place_, psus_, Breakage::kMissing);
+  break_record(place_, psus_, Breakage::kMissing);
   EXPECT_EQ(box::find_record(place_, "current_psu_info"), psus_);
   EXPECT_THROW(box::find_record(place_, "no_such_info"), box::InventoryError);
   box::Database(place_.database(5)).put("local_mgb_info", box::Bytes(1));
@@ -107,8 +115,8 @@ TEST_F(BreakageTest, FindsARecordInItsDatabaseAlsoWhenItIsGone) {
 
 TEST_F(BreakageTest, CannotShortenAnEmptyRecordOrBreakOneThatIsNotThere) {
   box::Database(place_.database(5)).put("empty", box::Bytes());
-  EXPECT_THROW(box::break_record(place_, {5, "empty"}, Breakage::kShort), box::InventoryError);
-  EXPECT_THROW(box::break_record(place_, {5, "none"}, Breakage::kLong), box::InventoryError);
+  EXPECT_THROW(break_record(place_, {5, "empty"}, Breakage::kShort), box::InventoryError);
+  EXPECT_THROW(break_record(place_, {5, "none"}, Breakage::kLong), box::InventoryError);
   EXPECT_TRUE(box::broken_records(place_).empty());
   EXPECT_EQ(now({5, "none"}), std::nullopt);
 }

@@ -4,12 +4,12 @@
 #include <sys/time.h>
 
 #include <chrono>
-#include <fstream>
-#include <map>
 #include <thread>
 
 #include "host/box/database.h"
+#include "host/base/descriptor.h"
 #include "tests/host/box/child.h"
+#include "tests/host/box/database_test.h"
 #include "tests/host/box/disk.h"
 #include "tests/host/box/scratch.h"
 
@@ -18,48 +18,35 @@ namespace {
 using box::Bytes;
 using box::Database;
 
-Bytes bytes(const std::string &text) {
-  return {text.begin(), text.end()};
-}
-
-std::string message_of(const std::function<void()> &call) {
-  try {
-    call();
-  } catch (const std::runtime_error &error) {
-    return error.what();
-  }
-  return "";
-}
-
 class DatabaseTest : public testing::Test {
  protected:
-  DatabaseTest() { Database made(folder, true); }
+  DatabaseTest() { Database made(name, true); }
 
   // What another process reads, in the exit status: 0 the text, 1 no record, 2 another record.
   int seen_elsewhere(const std::string &key, const std::string &text) const {
     return in_child([&] {
-      auto record = Database(folder).get(key);
+      auto record = Database(name).get(key);
       return !record ? 1 : *record == bytes(text) ? 0 : 2;
     });
   }
   bool lockable_elsewhere() const {
-    return in_child([&] { return Database(folder).lock() ? 0 : 1; }) == 0;
+    return in_child([&] { return Database(name).lock() ? 0 : 1; }) == 0;
   }
   // Whether another process still waits for the lock after a while.
   bool kept_from_others() const {
     return in_child([&] {
              const itimerval patience{{0, 0}, {0, 200'000}};
              setitimer(ITIMER_REAL, &patience, nullptr);
-             return Database(folder).lock() ? 0 : 1;
+             return Database(name).lock() ? 0 : 1;
            }) == -SIGALRM;
   }
 
   Scratch scratch;
-  std::filesystem::path folder = scratch / "2";
+  box::DatabaseName name{scratch.path(), 2};
 };
 
 TEST_F(DatabaseTest, KeepsRecordsOfAnySize) {
-  Database database(folder);
+  Database database(name);
   Bytes large(8192);
   for (std::size_t i = 0; i < large.size(); ++i) large[i] = static_cast<std::uint8_t>(i * 7);
   database.put("fru_cmu_info_00", large);
@@ -72,7 +59,7 @@ TEST_F(DatabaseTest, KeepsRecordsOfAnySize) {
 }
 
 TEST_F(DatabaseTest, RemovesARecord) {
-  Database database(folder);
+  Database database(name);
   database.put("one", bytes("1"));
   database.remove("one");
   database.remove("never there");
@@ -80,7 +67,7 @@ TEST_F(DatabaseTest, RemovesARecord) {
 }
 
 TEST_F(DatabaseTest, VisitsRecordsInKeyOrder) {
-  Database database(folder);
+  Database database(name);
   database.put("b", bytes("2"));
   database.put("c", bytes("3"));
   database.put("a", bytes("1"));
@@ -99,7 +86,7 @@ TEST_F(DatabaseTest, VisitsRecordsInKeyOrder) {
 }
 
 TEST_F(DatabaseTest, ReadsWhileItVisits) {
-  Database database(folder);
+  Database database(name);
   database.put("a", bytes("1"));
   int same = 0;
   database.each([&](std::string_view key, std::span<const std::uint8_t> record) {
@@ -110,15 +97,15 @@ TEST_F(DatabaseTest, ReadsWhileItVisits) {
 
 TEST_F(DatabaseTest, OutlivesTheProcessThatWroteIt) {
   ASSERT_EQ(in_child([&] {
-              Database(folder).put("key", bytes("text"));
+              Database(name).put("key", bytes("text"));
               return 0;
             }),
             0);
-  EXPECT_EQ(Database(folder).get("key"), bytes("text"));
+  EXPECT_EQ(Database(name).get("key"), bytes("text"));
 }
 
 TEST_F(DatabaseTest, ShowsChangesToOthersAtUnlockOnly) {
-  Database database(folder);
+  Database database(name);
   database.put("a", bytes("old"));
   ASSERT_TRUE(database.lock());
   database.put("a", bytes("new"));
@@ -132,10 +119,10 @@ TEST_F(DatabaseTest, ShowsChangesToOthersAtUnlockOnly) {
 }
 
 TEST_F(DatabaseTest, SeesWhatOthersMadeDurableWhileItIsOpen) {
-  Database database(folder);
+  Database database(name);
   EXPECT_EQ(database.get("key"), std::nullopt);
   ASSERT_EQ(in_child([&] {
-              Database(folder).put("key", bytes("text"));
+              Database(name).put("key", bytes("text"));
               return 0;
             }),
             0);
@@ -143,7 +130,7 @@ TEST_F(DatabaseTest, SeesWhatOthersMadeDurableWhileItIsOpen) {
 }
 
 TEST_F(DatabaseTest, LocksOnceAndUnlocksOnce) {
-  Database database(folder);
+  Database database(name);
   EXPECT_FALSE(database.locked());
   EXPECT_FALSE(database.unlock());
   EXPECT_TRUE(database.lock());
@@ -157,7 +144,7 @@ TEST_F(DatabaseTest, LocksOnceAndUnlocksOnce) {
 
 TEST_F(DatabaseTest, GivesUpOnALockThatAnotherProcessKeeps) {
   Child holder([&](const auto &say_ready) {
-    Database database(folder);
+    Database database(name);
     if (!database.lock()) return 1;
     say_ready();
     pause();
@@ -165,10 +152,10 @@ TEST_F(DatabaseTest, GivesUpOnALockThatAnotherProcessKeeps) {
   });
   ASSERT_TRUE(holder.is_ready());
   Child other([&](const auto &) {
-    const std::string message = message_of([&] { Database(folder).put("key", bytes("text")); });
-    return message == "database " + folder.string() + ": cannot write 'key': another process keeps it locked" ? 0 : 1;
+    const std::string message = message_of([&] { Database(name).put("key", bytes("text")); });
+    return message == name.text() + ": cannot write 'key': another process keeps it locked" ? 0 : 1;
   });
-  Database database(folder);
+  Database database(name);
   const auto start = std::chrono::steady_clock::now();
   EXPECT_FALSE(database.lock());
   const auto waited = std::chrono::steady_clock::now() - start;
@@ -178,9 +165,23 @@ TEST_F(DatabaseTest, GivesUpOnALockThatAnotherProcessKeeps) {
   EXPECT_EQ(other.end(), 0) << "a change that takes the lock for itself waits as long, and says why it failed";
 }
 
+TEST_F(DatabaseTest, TellsALockThatCannotBeTakenFromOneThatAnotherProcessHolds) {
+  Database database(name);
+  std::error_code error;
+  for (int fd = 3; fd < 100; ++fd) {
+    const auto file = std::filesystem::read_symlink("/proc/self/fd/" + std::to_string(fd), error);
+    if (file == name.folder / "locks") close(fd);
+  }
+  const std::string head = "databases in " + name.folder.string() + ": cannot ";
+  EXPECT_EQ(message_of([&] { static_cast<void>(database.lock()); }), head + "lock database 2: Bad file descriptor");
+  EXPECT_EQ(message_of([&] { database.put("key", bytes("1")); }), head + "lock database 2: Bad file descriptor");
+  EXPECT_EQ(message_of([&] { static_cast<void>(database.get("key")); }), head + "read: Bad file descriptor");
+  EXPECT_FALSE(database.locked());
+}
+
 TEST_F(DatabaseTest, WaitsForALockThatIsGivenBack) {
   Child holder([&](const auto &say_ready) {
-    Database database(folder);
+    Database database(name);
     if (!database.lock()) return 1;
     database.put("key", bytes("holder's"));
     say_ready();
@@ -188,14 +189,14 @@ TEST_F(DatabaseTest, WaitsForALockThatIsGivenBack) {
     return database.unlock() ? 0 : 2;
   });
   ASSERT_TRUE(holder.is_ready());
-  Database database(folder);
+  Database database(name);
   ASSERT_TRUE(database.lock());
   EXPECT_EQ(database.get("key"), bytes("holder's")) << "the lock came after the holder's changes";
   EXPECT_EQ(holder.end(), 0);
 }
 
 TEST_F(DatabaseTest, WaitsForTheDiskAtUnlock) {
-  Database database(folder);
+  Database database(name);
   ASSERT_TRUE(database.lock());
   database.put("key", bytes("text"));
   const int before = disk_waits();
@@ -205,7 +206,7 @@ TEST_F(DatabaseTest, WaitsForTheDiskAtUnlock) {
 
 TEST_F(DatabaseTest, LosesNothingBetweenTwoProcessesThatCount) {
   auto count_to = [&](int times) {
-    Database database(folder);
+    Database database(name);
     for (int i = 0; i < times; ++i) {
       if (!database.lock()) return 1;
       Bytes count = database.get("count").value_or(Bytes{0});
@@ -218,15 +219,15 @@ TEST_F(DatabaseTest, LosesNothingBetweenTwoProcessesThatCount) {
   Child other([&](const auto &) { return count_to(50); });
   EXPECT_EQ(count_to(50), 0);
   EXPECT_EQ(other.end(), 0);
-  EXPECT_EQ(Database(folder).get("count"), Bytes{100});
+  EXPECT_EQ(Database(name).get("count"), Bytes{100});
 }
 
 TEST_F(DatabaseTest, AHolderThatDiesLeavesNeitherLockNorChanges) {
-  Database database(folder);
+  Database database(name);
   database.put("a", bytes("old"));
   for (int round = 0; round < 3; ++round) {
     Child holder([&](const auto &say_ready) {
-      Database own(folder);
+      Database own(name);
       if (!own.lock()) return 1;
       own.put("a", bytes("half of a change"));
       own.put("b", bytes("the other half"));
@@ -247,7 +248,7 @@ TEST_F(DatabaseTest, AHolderThatDiesLeavesNeitherLockNorChanges) {
 
 TEST_F(DatabaseTest, AHolderThatEndsWithoutUnlockLeavesNothing) {
   {
-    Database database(folder);
+    Database database(name);
     ASSERT_TRUE(database.lock());
     database.put("a", bytes("dropped"));
   }
@@ -256,11 +257,11 @@ TEST_F(DatabaseTest, AHolderThatEndsWithoutUnlockLeavesNothing) {
 }
 
 TEST_F(DatabaseTest, ReadersThatDieDoNotUseUpTheDatabase) {
-  Database database(folder);  // the last user to leave would clear the table of readers
+  Database database(name);
   database.put("key", bytes("text"));
   for (int i = 0; i < 200; ++i) {
     Child reader([&](const auto &) {
-      Database(folder).each([](auto, auto) { raise(SIGKILL); });
+      Database(name).each([](auto, auto) { raise(SIGKILL); });
       return 0;
     });
     ASSERT_EQ(reader.end(), -SIGKILL);
@@ -272,13 +273,13 @@ TEST_F(DatabaseTest, ReadersThatDieDoNotUseUpTheDatabase) {
 TEST_F(DatabaseTest, ShowsOneStateToAReaderWhateverOthersDo) {
   constexpr int kRecords = 300;
   auto write_all = [&](const char *text) {
-    Database database(folder);
+    Database database(name);
     if (!database.lock()) return 1;
     for (int i = 0; i < kRecords; ++i) database.put("key " + std::to_string(i), bytes(text));
     return database.unlock() ? 0 : 1;
   };
   ASSERT_EQ(in_child([&] { return write_all("old"); }), 0);
-  auto database = std::make_unique<Database>(folder);
+  auto database = std::make_unique<Database>(name);
   int seen = 0;
   database->each([&](std::string_view key, std::span<const std::uint8_t> record) {
     if (seen++ == 0) {
@@ -301,7 +302,7 @@ TEST_F(DatabaseTest, AChildThatLivesOnDoesNotKeepItsParentsLock) {
   ASSERT_EQ(pipe(test_lives), 0);
   Child parent([&](const auto &say_ready) {
     close(test_lives[1]);
-    Database database(folder);
+    Database database(name);
     if (!database.lock()) return 1;
     if (fork() == 0) {
       say_ready();
@@ -313,18 +314,19 @@ TEST_F(DatabaseTest, AChildThatLivesOnDoesNotKeepItsParentsLock) {
   });
   ASSERT_TRUE(parent.is_ready());
   EXPECT_EQ(parent.die(), -SIGKILL);
-  EXPECT_TRUE(Database(folder).lock());
+  EXPECT_TRUE(Database(name).lock());
   close(test_lives[0]);
   close(test_lives[1]);
 }
 
 TEST_F(DatabaseTest, AChildOfForkIsRefusedWhatItsParentOpened) {
-  Database database(folder);
+  Database database(name);
   database.put("a", bytes("before"));
   ASSERT_TRUE(database.lock());
   database.put("a", bytes("after"));
   EXPECT_EQ(in_child([&] {
-              if (database.locked() || database.lock() || database.unlock()) return 1;
+              if (database.locked() || database.unlock()) return 1;
+              if (message_of([&] { static_cast<void>(database.lock()); }).empty()) return 6;
               const std::string message = message_of([&] { static_cast<void>(database.get("a")); });
               if (message.find("before the fork") == std::string::npos) return 2;
               if (message_of([&] { database.put("a", bytes("child's")); }).empty()) return 3;
@@ -340,7 +342,7 @@ TEST_F(DatabaseTest, AChildOfForkIsRefusedWhatItsParentOpened) {
 }
 
 TEST_F(DatabaseTest, AChildOfForkThatEndsOrderlyHarmsNothing) {
-  auto database = std::make_unique<Database>(folder);
+  auto database = std::make_unique<Database>(name);
   ASSERT_TRUE(database->lock());
   database->put("a", bytes("after"));
   EXPECT_EQ(in_child([&] {
@@ -354,10 +356,10 @@ TEST_F(DatabaseTest, AChildOfForkThatEndsOrderlyHarmsNothing) {
 }
 
 TEST_F(DatabaseTest, AChildOfForkMayOpenItAnew) {
-  Database database(folder);
+  Database database(name);
   database.put("a", bytes("parent's"));
   EXPECT_EQ(in_child([&] {
-              Database own(folder);
+              Database own(name);
               if (own.get("a") != bytes("parent's")) return 1;
               own.put("a", bytes("child's"));
               return 0;
@@ -368,8 +370,8 @@ TEST_F(DatabaseTest, AChildOfForkMayOpenItAnew) {
 }
 
 TEST_F(DatabaseTest, UsersInOneProcessShareItsLock) {
-  Database one(folder);
-  Database other(std::filesystem::path(folder.string() + "/../2"));
+  Database one(name);
+  Database other({name.folder / ".." / name.folder.filename(), 2});
   ASSERT_TRUE(one.lock());
   EXPECT_FALSE(other.lock());
   EXPECT_FALSE(other.unlock()) << "it is one's to give back";
@@ -381,21 +383,21 @@ TEST_F(DatabaseTest, UsersInOneProcessShareItsLock) {
 }
 
 TEST_F(DatabaseTest, AUserThatLeavesDoesNotTakeTheLockOfAnother) {
-  Database one(folder);
+  Database one(name);
   ASSERT_TRUE(one.lock());
-  { Database other(folder); }
+  { Database other(name); }
   EXPECT_TRUE(kept_from_others());
 }
 
 // Runs in a child that may not let a file grow, until it may.
-int unlock_on_a_full_disk(const std::filesystem::path &folder, bool it_gets_room) {
-  Database database(folder);
+int unlock_on_a_full_disk(const box::DatabaseName &name, bool it_gets_room) {
+  Database database(name);
   if (!database.lock()) return 1;
   database.put("a", bytes("new"));
   database.remove("b");
   database.put("large", Bytes(1 << 20));
   signal(SIGXFSZ, SIG_IGN);
-  const auto size = std::filesystem::file_size(folder / "data.mdb");
+  const auto size = std::filesystem::file_size(name.folder / "data.mdb");
   const rlimit full{size, RLIM_INFINITY}, roomy{RLIM_INFINITY, RLIM_INFINITY};
   if (setrlimit(RLIMIT_FSIZE, &full) != 0) return 2;
   for (int attempt = 0; attempt < 2; ++attempt) {
@@ -409,9 +411,9 @@ int unlock_on_a_full_disk(const std::filesystem::path &folder, bool it_gets_room
 }
 
 TEST_F(DatabaseTest, ChangesThatCannotBeSavedAreSavedByAnUnlockThatCan) {
-  Database(folder).put("a", bytes("old"));
-  Database(folder).put("b", bytes("old"));
-  EXPECT_EQ(in_child([&] { return unlock_on_a_full_disk(folder, true); }), 0);
+  Database(name).put("a", bytes("old"));
+  Database(name).put("b", bytes("old"));
+  EXPECT_EQ(in_child([&] { return unlock_on_a_full_disk(name, true); }), 0);
   EXPECT_EQ(seen_elsewhere("a", "new"), 0);
   EXPECT_EQ(seen_elsewhere("b", ""), 1);
   EXPECT_EQ(seen_elsewhere("large", std::string(1 << 20, '\0')), 0);
@@ -419,9 +421,9 @@ TEST_F(DatabaseTest, ChangesThatCannotBeSavedAreSavedByAnUnlockThatCan) {
 }
 
 TEST_F(DatabaseTest, ChangesThatAreNeverSavedAreDroppedTogether) {
-  Database(folder).put("a", bytes("old"));
-  Database(folder).put("b", bytes("old"));
-  EXPECT_EQ(in_child([&] { return unlock_on_a_full_disk(folder, false); }), 0);
+  Database(name).put("a", bytes("old"));
+  Database(name).put("b", bytes("old"));
+  EXPECT_EQ(in_child([&] { return unlock_on_a_full_disk(name, false); }), 0);
   EXPECT_EQ(seen_elsewhere("a", "old"), 0);
   EXPECT_EQ(seen_elsewhere("b", "old"), 0);
   EXPECT_EQ(seen_elsewhere("large", ""), 1);
@@ -429,7 +431,7 @@ TEST_F(DatabaseTest, ChangesThatAreNeverSavedAreDroppedTogether) {
 }
 
 TEST_F(DatabaseTest, AnUnlockThatTheDiskFailsIsTriedAgain) {
-  Database database(folder);
+  Database database(name);
   ASSERT_TRUE(database.lock());
   database.put("a", bytes("new"));
   fail_disk_waits(true);
@@ -442,9 +444,9 @@ TEST_F(DatabaseTest, AnUnlockThatTheDiskFailsIsTriedAgain) {
 
 TEST_F(DatabaseTest, AChangeOfItsOwnThatCannotBeSavedLeavesNoLock) {
   EXPECT_EQ(in_child([&] {
-              Database database(folder);
+              Database database(name);
               signal(SIGXFSZ, SIG_IGN);
-              const auto size = std::filesystem::file_size(folder / "data.mdb");
+              const auto size = std::filesystem::file_size(name.folder / "data.mdb");
               const rlimit limit{size, size};
               if (setrlimit(RLIMIT_FSIZE, &limit) != 0) return 1;
               if (message_of([&] { database.put("large", Bytes(1 << 20)); }).empty()) return 2;
@@ -454,7 +456,7 @@ TEST_F(DatabaseTest, AChangeOfItsOwnThatCannotBeSavedLeavesNoLock) {
 }
 
 TEST_F(DatabaseTest, ABadKeyIsRefusedAndLeavesNoLock) {
-  Database database(folder);
+  Database database(name);
   EXPECT_NE(message_of([&] { database.put("", bytes("text")); }), "");
   EXPECT_NE(message_of([&] { database.put(std::string(600, 'k'), bytes("text")); }), "");
   EXPECT_NE(message_of([&] { static_cast<void>(database.get("")); }), "");
@@ -462,7 +464,7 @@ TEST_F(DatabaseTest, ABadKeyIsRefusedAndLeavesNoLock) {
 }
 
 TEST_F(DatabaseTest, AChangeThatIsRefusedTakesNoOtherAlong) {
-  Database database(folder);
+  Database database(name);
   ASSERT_TRUE(database.lock());
   database.put("a", bytes("new"));
   EXPECT_NE(message_of([&] { database.put("too large", Bytes(std::size_t{65} << 20U)); }), "");
@@ -475,45 +477,17 @@ TEST_F(DatabaseTest, AChangeThatIsRefusedTakesNoOtherAlong) {
 }
 
 TEST_F(DatabaseTest, NoDescriptorPassesToAProgram) {
-  Database database(folder);
+  Database database(name);
   ASSERT_TRUE(database.lock());
   int found = 0;
   for (const auto &entry : std::filesystem::directory_iterator("/proc/self/fd")) {
     std::error_code error;
-    if (std::filesystem::read_symlink(entry, error).string().find(folder.string()) != 0) continue;
+    if (std::filesystem::read_symlink(entry, error).string().find(name.folder.string()) != 0) continue;
     ++found;
     const int fd = std::stoi(entry.path().filename().string());
     EXPECT_NE(fcntl(fd, F_GETFD) & FD_CLOEXEC, 0) << std::filesystem::read_symlink(entry, error);
   }
   EXPECT_GE(found, 3);
-}
-
-TEST(DatabaseFiles, AFolderThatIsMissingIsNamed) {
-  Scratch scratch;
-  const std::string message = message_of([&] { Database database(scratch / "2"); });
-  EXPECT_NE(message.find((scratch / "2").string()), std::string::npos) << message;
-  EXPECT_NE(message.find("No such file or directory"), std::string::npos) << message;
-  EXPECT_FALSE(std::filesystem::exists(scratch / "2"));
-}
-
-TEST(DatabaseFiles, AnEmptyFolderIsNoDatabase) {
-  Scratch scratch;
-  EXPECT_NE(message_of([&] { Database database(scratch.path()); }).find("it holds no data.mdb"), std::string::npos);
-  EXPECT_TRUE(std::filesystem::is_empty(scratch.path()));
-}
-
-TEST(DatabaseFiles, AFileOfAnotherKindIsNoDatabase) {
-  Scratch scratch;
-  std::ofstream(scratch / "data.mdb") << std::string(10000, 'x');
-  const std::string message = message_of([&] { Database database(scratch.path()); });
-  EXPECT_NE(message.find(scratch.path().string() + ": cannot open: "), std::string::npos) << message;
-}
-
-TEST(DatabaseFiles, MakesTheFoldersOfADatabase) {
-  Scratch scratch;
-  { Database database(scratch / "mgb/db/0", true); }
-  EXPECT_NO_THROW(Database(scratch / "mgb/db/0"));
-  EXPECT_NO_THROW(Database(scratch / "mgb/db/0", true));
 }
 
 }  // namespace

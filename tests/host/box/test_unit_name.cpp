@@ -253,12 +253,12 @@ TEST(ModelIn, IsTheFirstMarkerThatExists) {
 TEST(Place, IsWhereTheEnvironmentSays) {
   unsetenv("SPBOX_ROOT");
   EXPECT_EQ(box::Place::here().root(), "/");
-  EXPECT_EQ(box::Place::here().database(4), "/mgb/db/4");
+  EXPECT_EQ(box::Place::here().database(4).text(), "database 4 in /mgb/db");
   setenv("SPBOX_ROOT", "", 1);
   EXPECT_EQ(box::Place::here().root(), "/");
   setenv("SPBOX_ROOT", "/srv/box", 1);
-  EXPECT_EQ(box::Place::here().database(4), "/srv/box/mgb/db/4");
-  EXPECT_EQ(box::Place::here().hardware(), "/srv/box/mgb/db/box");
+  EXPECT_EQ(box::Place::here().database(4).text(), "database 4 in /srv/box/mgb/db");
+  EXPECT_EQ(box::Place::here().hardware().text(), "the box's own database in /srv/box/mgb/db");
   EXPECT_EQ(box::Place::here().trace(), "/srv/box/mgb/log/trace");
   EXPECT_EQ(box::Place::here().events(), "/srv/box/mgb/log/events");
   EXPECT_EQ(box::Place::here().etc(), "/srv/box/mgb/cli/etc");

@@ -121,7 +121,7 @@ TEST_F(MonitorTest, SaysSoWhenTheBoxFails) {
 
 TEST_F(MonitorTest, SaysSoWhenTheRecordOfAUnitCannotBeRead) {
   for (const box::Breakage how : {box::Breakage::kMissing, box::Breakage::kShort, box::Breakage::kLong}) {
-    box::break_record(place_, {2, "current_psu_info"}, how);
+    box::break_records(place_, {{2, "current_psu_info"}}, how);
     EXPECT_EQ(ask(2, id_of("/PSU#3")).result, 4);
     EXPECT_EQ(ask(3, id_of("/PSU#3")).result, 4);
     EXPECT_EQ(ask(2, id_of("/CMU#0")).result, 0) << "the record of another unit";

@@ -216,7 +216,7 @@ TEST_F(PlatformDatabase, AChildOfForkIsRefusedUntilItOpensAnew) {
   EXPECT_EQ(in_child([&] {
               if (get(2, "a") != "result -5") return 1;
               if (put(2, "a", "2") != LMAINTE_HOST_DB_STORAGE) return 2;
-              if (scdb_lock(2) == 0) return 3;
+              if (scdb_lock(2) != LMAINTE_HOST_DB_STORAGE) return 3;
               if (scdb_unlock(4) == 0) return 4;
               if (scdb_close(2) != 0 || scdb_open(2) != 0) return 5;
               return get(2, "a") == "1" && put(2, "a", "child's") == 0 ? 0 : 6;

@@ -59,7 +59,7 @@ TEST_F(LeftoversTest, NamesEverySettingThatACommandHasToTakeBack) {
     const auto before = hardware.all();
     hardware.set(row.key, row.value);
     EXPECT_EQ(play::left_in_hardware(place(), {}), row.found) << row.says;
-    hardware.set_all(before);
+    for (const auto &[key, value] : before) hardware.set(key, value);
     hardware.clear(before.contains(row.key) ? "none" : row.key);
   }
 }

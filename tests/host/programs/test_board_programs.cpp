@@ -96,10 +96,12 @@ TEST_F(BoardPrograms, QuestionsAreAnsweredWhileTheDatabasesAreLocked) {
 
 // The process that has a database locked; 0 when none has.
 pid_t holder_of(const box::Place &place, std::uint32_t db_id) {
-  const base::Descriptor file(open((place.database(db_id) / "holder").c_str(), O_RDWR | O_CLOEXEC));
+  const base::Descriptor file(open((place.databases() / "locks").c_str(), O_RDWR | O_CLOEXEC));
   struct flock lock {};
   lock.l_type = F_WRLCK;
   lock.l_whence = SEEK_SET;
+  lock.l_start = db_id;
+  lock.l_len = 1;
   return fcntl(file.get(), F_GETLK, &lock) == 0 && lock.l_type != F_UNLCK ? lock.l_pid : 0;
 }
 

@@ -166,7 +166,7 @@ TEST_F(EveryProgram, FailsWhereARecordThatDecidesCannotBeRead) {
   for (const box::Breakage how : {box::Breakage::kMissing, box::Breakage::kShort, box::Breakage::kLong}) {
     for (const char *record : {"current_psu_info", "current_fantray_info", "current_cmu_info_00", "current_iou_info_00",
                                "current_xsb_info_00"}) {
-      box::break_record(place_, {2, record}, how);
+      box::break_records(place_, {{2, record}}, how);
     }
     expect(rows);
     EXPECT_EQ(last_run("linkboard")->status, 8);
@@ -175,7 +175,7 @@ TEST_F(EveryProgram, FailsWhereARecordThatDecidesCannotBeRead) {
 
 TEST_F(EveryProgram, NeedsNoRecordThatDecidesNothing) {
   for (const char *record : {"current_psu_info", "current_cmu_info_00"}) {
-    box::break_record(place_, {2, record}, box::Breakage::kMissing);
+    box::break_records(place_, {{2, record}}, box::Breakage::kMissing);
   }
   expect({{"mode", "ctlmainte", "-c lock", 0, "maintenance", "lock"},
           {"fans", "ctlfan", "-u /PSU#3 -c full", 0, "fan /PSU#3", "full"},

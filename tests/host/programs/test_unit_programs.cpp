@@ -120,17 +120,17 @@ TEST_F(UnitPrograms, AFlagWhoseRecordsCannotBeChangedStays) {
   for (const char *record : {"current_psu_info", "current_system_info"}) {
     SCOPED_TRACE(record);
     for (const box::Breakage how : {box::Breakage::kMissing, box::Breakage::kShort, box::Breakage::kLong}) {
-      box::break_record(place_, {2, record}, how);
+      box::break_records(place_, {{2, record}}, how);
       expect({{"is not set", "setmainteflag", "-u /PSU#3 -c start", 8, "flag /PSU#3", ""}});
       EXPECT_EQ(last_run("setmainteflag")->status, 8);
-      box::mend_record(place_, {2, record});
+      box::mend_records(place_, {{2, record}});
       EXPECT_EQ(unit_status("/PSU#3"), 0x80000000u);
       EXPECT_EQ(box::server_of(place_).status, 0x80000000u);
 
       expect({{"is set", "setmainteflag", "-u /PSU#3 -c start", 0}});
-      box::break_record(place_, {2, record}, how);
+      box::break_records(place_, {{2, record}}, how);
       expect({{"is not taken", "setmainteflag", "-u /PSU#3 -c end", 8, "flag /PSU#3", "start"}});
-      box::mend_record(place_, {2, record});
+      box::mend_records(place_, {{2, record}});
       EXPECT_EQ(unit_status("/PSU#3"), 0x80008000u);
       EXPECT_EQ(box::server_of(place_).status, 0x80008000u);
       expect({{"is taken", "setmainteflag", "-u /PSU#3 -c end", 0}});

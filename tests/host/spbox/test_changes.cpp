@@ -182,7 +182,8 @@ TEST_F(Changes, WaitForACommandThatHoldsTheDatabase) {
   box::Database current(place().database(2));
   ASSERT_TRUE(current.lock());
   EXPECT_EQ(refused({"pull", "box", "/PSU#0"}),
-            "spbox: box/mgb/db/2 is locked by another process. Try again when the command in the box has done its "
+            "spbox: database 2 in box/mgb/db is locked by another process. Try again when the command in the box has "
+            "done its "
             "step.\n");
   ASSERT_TRUE(current.unlock());
   done({"pull", "box", "/PSU#0"});

@@ -83,25 +83,34 @@ TEST_F(Isolation, TheDaemonServesAsBefore) {
 }
 
 TEST_F(Isolation, NothingComesInPlaceOfADatabase) {
-  for (const char *const line : {"ln -s /etc /mgb/db/9", "mv /mgb/db/2 /mgb/db/9", "mv /mgb/db/2/data.mdb /mgb/other",
-                                 "ln -sf /etc/passwd /mgb/db/2/lock.mdb", "rm /mgb/db/2/holder",
-                                 "mv /mgb/db /mgb/other", "touch /mgb/db/2/more", "mv /mgb/lib /mgb/other"}) {
+  for (const char *const line :
+       {"ln -s /etc /mgb/db/9", "mv /mgb/db/data.mdb /mgb/other", "ln -sf /etc/passwd /mgb/db/locks",
+        "rm /mgb/db/locks", "mv /mgb/db /mgb/other", "touch /mgb/db/more", "mv /mgb/lib /mgb/other"}) {
     EXPECT_NE(shell(line).exit_status, 0) << line;
   }
   EXPECT_EQ(shell("/mgb/bin/ctlled -u /PSU#0 -c on").exit_status, 0);
   done({"pull", "box", "/PSU#0"});
 }
 
-TEST_F(Isolation, ABoxThatWasCopiedWithoutItsLockFilesWorks) {
-  for (const char *const file : {"lock.mdb", "holder"}) fs::remove(place().hardware() / file);
+TEST_F(Isolation, ABoxThatWasCopiedWithoutItsLockFileWorks) {
+  fs::remove(place().databases() / "locks");
   EXPECT_EQ(shell("/mgb/bin/ctlled -u /PSU#0 -c on").exit_status, 0);
+}
+
+TEST_F(Isolation, ABoxWhoseDatabasesCannotBeOpenedIsSaidToBeSo) {
+  fs::resize_file(place().databases() / "data.mdb", 0);
+  const Done result = shell("/mgb/bin/ctlled -u /PSU#0 -c on; echo $?");
+  EXPECT_EQ(result.output, "spbox: databases in " + place().databases().string() +
+                               ": cannot open: data.mdb is damaged: it is empty. Make the box anew, or load a dump of "
+                               "it. The command runs without them.\n8\n");
+  EXPECT_EQ(result.exit_status, 0);
 }
 
 TEST_F(Isolation, ABoxThatLeadsElsewhereIsRefused) {
   write("victim", "mine\n");
   const struct {
     const char *link, *to;
-  } rows[] = {{"mgb/db/2/lock.mdb", "victim"}, {"mgb/db/3", "box/mgb/db/2"}, {"tmp", "."}};
+  } rows[] = {{"mgb/db/locks", "victim"}, {"mgb/db", "box/mgb/log"}, {"tmp", "."}};
   for (const auto &row : rows) {
     const fs::path link = place().root() / row.link, kept = scratch_ / "kept";
     fs::rename(link, kept);

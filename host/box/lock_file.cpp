@@ -1,0 +1,51 @@
+#include "host/box/lock_file.h"
+
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <optional>
+#include <thread>
+
+namespace box {
+namespace {
+
+using std::chrono::steady_clock;
+
+int set_lock(int fd, short type, off_t byte) {
+  struct flock lock {};
+  lock.l_type = type;
+  lock.l_whence = SEEK_SET;
+  lock.l_start = byte;
+  lock.l_len = 1;
+  return fcntl(fd, F_SETLK, &lock);
+}
+
+}  // namespace
+
+LockFile::~LockFile() {
+  if (fd_ >= 0) close(fd_);
+}
+
+bool LockFile::open(const std::filesystem::path &file) {
+  fd_ = ::open(file.c_str(), O_RDWR | O_CREAT | O_CLOEXEC | O_NOFOLLOW, 0666);
+  return fd_ >= 0;
+}
+
+int LockFile::take(off_t byte, Way way, std::chrono::milliseconds patience,
+                   std::chrono::milliseconds between_tries) const {
+  std::optional<steady_clock::time_point> end;  // the clock is looked at only where the byte is not free
+  while (set_lock(fd_, way == Way::kAlone ? F_WRLCK : F_RDLCK, byte) != 0) {
+    if (errno != EACCES && errno != EAGAIN) return errno;
+    if (!end) end = steady_clock::now() + patience;
+    if (steady_clock::now() >= *end) return EAGAIN;
+    std::this_thread::sleep_for(between_tries);
+  }
+  return 0;
+}
+
+void LockFile::give_back(off_t byte) const {
+  set_lock(fd_, F_UNLCK, byte);
+}
+
+}  // namespace box

@@ -1,0 +1,89 @@
+// The files behind a box's databases: one LMDB environment for all of them, and a file whose bytes are their locks. A process
+// has one of it for each folder, however many users it has there.
+#pragma once
+
+#include <lmdb.h>
+#include <sys/types.h>
+
+#include <array>
+#include <chrono>
+#include <filesystem>
+#include <functional>
+#include <map>
+#include <memory>
+#include <optional>
+#include <span>
+#include <stdexcept>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "host/box/changes.h"
+#include "host/box/database.h"
+#include "host/box/lock_file.h"
+
+namespace box {
+
+class Store {
+ public:
+  // The process's store for `folder`. Closing a second descriptor of the lock file would give the process's locks away.
+  // Throws.
+  static std::shared_ptr<Store> in(const std::filesystem::path &folder, bool create);
+  ~Store();
+  Store(const Store &) = delete;
+  Store &operator=(const Store &) = delete;
+
+  // A child of fork does not have its parent's locks: it must not use what its parent opened. Throws in such a child.
+  void check_process() const;
+  bool foreign() const;
+
+  // The exclusion between processes, from one database. False when another process still has it when the patience is over.
+  // Throws where it cannot be had for another reason.
+  bool exclude(std::uint32_t number, std::chrono::milliseconds patience) const;
+  void admit(std::uint32_t number) const;
+
+  // What was last saved. Both throw.
+  std::optional<Bytes> get(std::uint32_t number, std::string_view key);
+  std::array<Database::Records, kStoreSize> all(std::uint32_t first,
+                                                std::uint32_t last);  // of these databases, at one moment
+
+  // Makes the changes of these databases durable, all or none. Throws.
+  void save(std::span<const std::uint32_t> numbers);
+
+  // Throws where no store can hold such a record.
+  void check_record(std::string_view key, std::size_t size) const;
+
+  // "WHAT: REASON. WAY OUT", for the store's folder.
+  std::runtime_error failure(const std::string &what, const std::string &reason) const;
+  std::runtime_error failure(const std::string &what, int lmdb_result) const;
+
+  struct Slot {
+    const void *holder = nullptr;  // the user of this database that has its lock
+    Changes changes;               // under the lock
+  };
+  std::array<Slot, kStoreSize> slots;
+
+ private:
+  class Gate;
+  class Reading;
+
+  Store(std::filesystem::path folder, bool create);
+  void open(bool create);
+  void check_file(bool create) const;
+  void release();
+  off_t check_whole() const;
+  void fill_holes() const;
+  void make_room(off_t size, std::span<const std::uint32_t> numbers) const;
+  void put(MDB_txn *transaction, std::uint32_t number) const;
+
+  std::filesystem::path folder_;
+  pid_t process_;
+  MDB_env *env_ = nullptr;
+  MDB_txn *reader_ = nullptr;  // kept between two readings
+  MDB_dbi records_ = 0;
+  std::size_t page_ = 0;
+  int data_file_ = -1;
+  LockFile locks_;
+};
+
+}  // namespace box
