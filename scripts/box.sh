@@ -1,5 +1,5 @@
 # shellcheck shell=bash
-# Whether this machine can run commands in a box.
+# Whether this machine can run commands in a box, and the tests of them.
 
 # must_run_boxes: fails when bubblewrap cannot do here what spbox needs. A build of minutes would be in vain.
 must_run_boxes() {
@@ -13,4 +13,15 @@ must_run_boxes() {
          sysctl -w kernel.apparmor_restrict_unprivileged_userns=0
        In a container, allow them when it is started, as in:
          docker run --security-opt seccomp=unconfined --cap-add SYS_ADMIN"
+}
+
+# must_trace_programs: fails when strace cannot do here what the tests need: to let spbox die at each of its calls.
+must_trace_programs() {
+  local words
+  if words=$(strace -qq -o /dev/null true 2>&1); then return 0; fi
+  die "this machine does not let a program be traced, which the tests of spbox create need.
+       strace says:
+         $words
+       In a container, allow it when it is started, as in:
+         docker run --security-opt seccomp=unconfined --cap-add SYS_ADMIN --cap-add SYS_PTRACE"
 }

@@ -53,9 +53,8 @@ std::vector<char> bytes_of(int fd, const std::filesystem::path &file) {
   std::vector<char> bytes;
   std::array<char, 64 * sizeof(Record)> part{};
   ssize_t size = 0;
-  while ((size = uninterrupted([&] {
-            return pread(fd, part.data(), part.size(), static_cast<off_t>(bytes.size()));
-          })) > 0) {
+  while ((size = uninterrupted([&] { return pread(fd, part.data(), part.size(), static_cast<off_t>(bytes.size())); })) >
+         0) {
     bytes.insert(bytes.end(), part.begin(), part.begin() + size);
   }
   if (size < 0) throw std::runtime_error("log " + file.string() + ": cannot read it: " + std::strerror(errno));

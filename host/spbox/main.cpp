@@ -12,6 +12,7 @@
 #include "host/spbox/damaged_files.h"
 #include "host/spbox/enter_box.h"
 #include "host/spbox/help.h"
+#include "host/spbox/making.h"
 #include "host/spbox/spelling.h"
 #include "host/spbox/standard_output.h"
 #include "host/spbox/verbs.h"
@@ -48,6 +49,9 @@ int complain(const std::exception &error, const std::string &way_out, int status
 int act(const spbox::Verb &verb, const Words &words) {
   try {
     if (spbox::read_line(verb, words) == spbox::Asked::kForHelp) return print(spbox::help_of(verb));
+    for (const spbox::Word &word : verb.words) {
+      if (word.is_box) spbox::clear_up_making(box::Place(*std::get<std::filesystem::path *>(word.to)));
+    }
     return verb.act();
   } catch (const spbox::UsageError &error) {
     return complain(error, " " + box::advice({"help", verb.name}) + " says more.", spbox::kUsage);

@@ -2,13 +2,14 @@
 
 #include <fcntl.h>
 #include <sys/file.h>
-#include <sys/stat.h>
 #include <unistd.h>
 
 #include <cerrno>
 #include <system_error>
 
 #include "host/box/contents.h"
+#include "host/spbox/folder_lock.h"
+#include "host/spbox/making.h"
 
 namespace spbox {
 namespace {
@@ -20,14 +21,6 @@ int open_file(const std::filesystem::path &file) {
                           file.string() + " cannot be written (a box is for the user who made it)");
 }
 
-// Whether the file behind the descriptor is still the box's: a box that is made anew has a new one.
-bool is_current(int fd, const std::filesystem::path &file) {
-  struct stat ours {
-  }, boxs{};
-  return fstat(fd, &ours) == 0 && stat(file.c_str(), &boxs) == 0 && ours.st_dev == boxs.st_dev &&
-         ours.st_ino == boxs.st_ino;
-}
-
 }  // namespace
 
 std::filesystem::path occupancy_file(const box::Place &place) {
@@ -37,15 +30,18 @@ std::filesystem::path occupancy_file(const box::Place &place) {
 int enter(const box::Place &place) {
   const std::filesystem::path file = occupancy_file(place);
   while (true) {
+    clear_up_making(place);
+    const FolderLock shared(place.root(), FolderLock::Way::kShared);
+    if (Making::is_any_left(place)) continue;
     const int fd = open_file(file);
     int result = 0;
     do {
       result = flock(fd, LOCK_SH);
     } while (result != 0 && errno == EINTR);
-    if (result == 0 && is_current(fd, file)) return fd;
+    if (result == 0) return fd;
     const int error = errno;
     close(fd);
-    if (result != 0) throw std::system_error(error, std::generic_category(), file.string() + " cannot be locked");
+    throw std::system_error(error, std::generic_category(), file.string() + " cannot be locked");
   }
 }
 

@@ -53,6 +53,7 @@ struct Word {
   Need need = Need::kOptional;
   std::string value = {};                  // of an option, what stands behind it: "SECONDS"
   std::vector<std::string> excludes = {};  // options that cannot be given with this one
+  bool is_box = false;                     // a path: the folder of the box
 
   bool is_option() const { return name.starts_with('-'); }
 };
@@ -69,7 +70,7 @@ struct Verb {
 
 // The words that many verbs take.
 inline Word box_word(std::filesystem::path &box) {
-  return {.name = "DIR", .help = "Folder of the box", .to = &box, .need = Need::kRequired};
+  return {.name = "DIR", .help = "Folder of the box", .to = &box, .need = Need::kRequired, .is_box = true};
 }
 inline Word json_option(bool &as_json) {
   return {.name = "--json", .help = "For scripts", .to = &as_json};

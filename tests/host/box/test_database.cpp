@@ -6,8 +6,8 @@
 #include <chrono>
 #include <thread>
 
-#include "host/box/database.h"
 #include "host/base/descriptor.h"
+#include "host/box/database.h"
 #include "tests/host/box/child.h"
 #include "tests/host/box/database_test.h"
 #include "tests/host/box/disk.h"

@@ -250,8 +250,10 @@ TEST_F(CreateFolder, LeavesNothingBesideTheNewBox) {
   make_box("qa");
   std::ofstream(place().root() / "notes") << "mine";
   fs::remove_all(place().tmp());
-  fs::create_directories(place().root() / ".made-anew/old/mgb");  // of a making that was killed
-  done({"create", "box", "--model", "qb1", "--force"});
+  fs::create_directories(place().root() / ".making/new/mgb");  // of a making that was killed
+  EXPECT_EQ(done({"create", "box", "--model", "qb1", "--force"}),
+            "spbox: box was being made when spbox died. It is the box that it was.\n"
+            "Made box: model qb1, 53 units, all healthy. `spbox units box` lists them.\n");
   std::vector<std::string> names;
   for (const auto &entry : fs::directory_iterator(place().root())) names.push_back(entry.path().filename());
   std::sort(names.begin(), names.end());
@@ -281,7 +283,7 @@ TEST_F(CreateFolder, QuotesAPathWithSpacesAsAShellTakesIt) {
 }
 
 TEST_F(CreateFolder, SaysWhereAFolderCannotBeMade) {
-  EXPECT_EQ(refused({"create", "/proc/box", "--model", "qa"}), "spbox: /proc/box/tmp: No such file or directory.\n");
+  EXPECT_EQ(refused({"create", "/proc/box", "--model", "qa"}), "spbox: /proc/box: No such file or directory.\n");
 }
 
 }  // namespace

@@ -1,0 +1,101 @@
+#include "host/spbox/making.h"
+
+#include <array>
+#include <string>
+#include <system_error>
+
+#include "host/spbox/folder_lock.h"
+#include "host/spbox/standard_output.h"
+
+namespace spbox {
+namespace {
+
+namespace fs = std::filesystem;
+
+constexpr const char *kMakingFolder = ".making";
+
+// The parts of a box. The last one makes a folder a box.
+constexpr std::array<const char *, 2> kParts{"tmp", "mgb"};
+
+bool is_there(const fs::path &path) {
+  return fs::exists(fs::symlink_status(path));
+}
+
+}  // namespace
+
+Making::Making(const box::Place &place)
+    : root_(place.root()),
+      folder_(root_ / kMakingFolder),
+      fresh_(folder_ / "new"),
+      whole_(folder_ / "whole"),
+      old_(folder_ / "old") {}
+
+bool Making::is_any_left(const box::Place &place) {
+  std::error_code error;
+  return fs::exists(fs::symlink_status(place.root() / kMakingFolder, error));
+}
+
+void Making::make(const box::Contents &contents) const {
+  try {
+    box::create_box(box::Place(fresh_), contents);
+    fs::create_directories(old_);
+    fs::rename(fresh_, whole_);
+    finish();
+  } catch (const std::exception &) {
+    undo();
+    throw;
+  }
+}
+
+// Each part of the new box that still waits takes its place. What stands there is the old one's.
+void Making::finish() const {
+  fs::create_directories(old_);
+  for (const char *part : kParts) {
+    if (!is_there(whole_ / part)) continue;
+    if (is_there(root_ / part)) {
+      fs::remove_all(old_ / part);
+      fs::rename(root_ / part, old_ / part);
+    }
+    fs::rename(whole_ / part, root_ / part);
+  }
+  std::error_code ignored;  // what cannot be removed of the old box makes the new one no worse
+  fs::remove_all(old_, ignored);
+  fs::remove_all(folder_, ignored);
+}
+
+// The old parts that were put aside come back. What is wrong was said already, or is said by who comes next.
+void Making::undo() const {
+  std::error_code ignored;
+  for (const char *part : kParts) {
+    if (is_there(whole_) && !is_there(whole_ / part)) fs::rename(root_ / part, whole_ / part, ignored);
+    if (is_there(old_ / part)) fs::rename(old_ / part, root_ / part, ignored);
+  }
+  fs::rename(whole_, fresh_, ignored);
+  fs::remove_all(folder_, ignored);
+}
+
+Making::Left Making::clear_up() const {
+  if (is_there(whole_)) {
+    finish();
+    return Left::kFinished;
+  }
+  const Left left = is_there(fresh_) ? Left::kUndone : Left::kNothing;
+  fs::remove_all(folder_);
+  return left;
+}
+
+void clear_up_making_alone(const box::Place &place) {
+  const Making::Left left = Making(place).clear_up();
+  if (left == Making::Left::kNothing) return;
+  const char *now = box::is_box(place) ? "the box that it was" : "no box";
+  if (left == Making::Left::kFinished) now = "the new box now";
+  complain(place.root().string() + " was being made when spbox died. It is " + now + ".");
+}
+
+void clear_up_making(const box::Place &place) {
+  if (!Making::is_any_left(place)) return;
+  const FolderLock alone(place.root(), FolderLock::Way::kAlone);
+  clear_up_making_alone(place);
+}
+
+}  // namespace spbox
