@@ -4,12 +4,17 @@
 #include <linux/tiocl.h>
 #include <seccomp.h>
 #include <sys/mman.h>
+#include <sys/resource.h>
 #include <unistd.h>
 
 #include <cerrno>
+#include <cstdio>
 #include <initializer_list>
 #include <memory>
+#include <new>
 #include <system_error>
+
+#include "host/base/child.h"
 
 namespace spbox {
 namespace {
@@ -43,9 +48,7 @@ void refuse_request(scmp_filter_ctx filter, std::uint32_t request) {
                          SCMP_A1(SCMP_CMP_MASKED_EQ, kLowerHalf, request)));
 }
 
-}  // namespace
-
-base::Descriptor call_filter() {
+void write_filter(int file) {
   const Filter filter(seccomp_init(SCMP_ACT_ALLOW), seccomp_release);
   if (!filter) check(-ENOMEM);
   check(seccomp_attr_set(filter.get(), SCMP_FLTATR_ACT_BADARCH, SCMP_ACT_ERRNO(ENOSYS)));
@@ -54,9 +57,38 @@ base::Descriptor call_filter() {
   for (const int keys : {SCMP_SYS(keyctl), SCMP_SYS(add_key), SCMP_SYS(request_key)}) {
     check(seccomp_rule_add(filter.get(), SCMP_ACT_ERRNO(EPERM), keys, 0));
   }
+  check(seccomp_export_bpf(filter.get(), file));
+}
+
+// Returns 0, or the errno of what failed. libseccomp 2.5 dies where it finds no memory, so that it works in a child.
+int write_filter_in_child(int file) {
+  std::fflush(nullptr);
+  const pid_t child = fork();
+  if (child < 0) base::no_process_for("the box");
+  if (child > 0) {
+    const int status = base::wait_status_of(child);
+    return WIFEXITED(status) ? WEXITSTATUS(status) : ENOMEM;
+  }
+  const rlimit no_core{0, 0};
+  setrlimit(RLIMIT_CORE, &no_core);
+  try {
+    write_filter(file);
+  } catch (const std::system_error &error) {
+    _exit(error.code().value());
+  } catch (...) {
+    _exit(ENOMEM);
+  }
+  _exit(0);
+}
+
+}  // namespace
+
+base::Descriptor call_filter() {
   base::Descriptor file(memfd_create("call_filter", MFD_CLOEXEC));
   if (file.get() < 0) check(-errno);
-  check(seccomp_export_bpf(filter.get(), file.get()));
+  const int error = write_filter_in_child(file.get());
+  if (error == ENOMEM) throw std::bad_alloc();
+  check(-error);
   if (lseek(file.get(), 0, SEEK_SET) != 0) check(-errno);
   return file;
 }
