@@ -74,7 +74,16 @@ void Making::undo() const {
   fs::remove_all(folder_, ignored);
 }
 
+// Nobody who makes a box leaves a link. Behind one lies what is none of the box's.
+void Making::refuse_links() const {
+  for (const fs::path &path : {folder_, fresh_, whole_, old_}) {
+    if (!fs::is_symlink(fs::symlink_status(path))) continue;
+    throw box::InventoryError(path.string() + " is a link, which may lead out of the box. Remove it.");
+  }
+}
+
 Making::Left Making::clear_up() const {
+  refuse_links();
   if (is_there(whole_)) {
     finish();
     return Left::kFinished;

@@ -22,6 +22,7 @@ class Making {
   Left clear_up() const;  // finishes it or undoes it. Throws.
 
  private:
+  void refuse_links() const;
   void finish() const;
   void undo() const;
 

@@ -127,6 +127,26 @@ TEST_F(Isolation, ABoxThatLeadsElsewhereIsRefused) {
   done({"pull", "box", "/PSU#0"});
 }
 
+// What a making that died has left is put in its place or removed by the next spbox.
+TEST_F(Isolation, AMakingThatLeadsElsewhereIsRefused) {
+  const fs::path making = place().root() / ".making", outside = scratch_ / "outside";
+  for (const char *const folder : {"new", "whole/tmp", "old/tmp/mine"}) fs::create_directories(outside / folder);
+  for (const char *const link : {".making", ".making/new", ".making/whole", ".making/old"}) {
+    fs::create_directories(making / "whole/tmp");
+    const fs::path whole = place().root() / link;
+    fs::remove_all(whole);
+    fs::create_directory_symlink(whole == making ? outside : outside / whole.filename(), whole);
+    for (const Words &words :
+         {Words{"units", "box"}, Words{"run", "box", "true"}, Words{"create", "box", "--model", "qa", "--force"}}) {
+      EXPECT_EQ(refused(words),
+                std::string("spbox: box/") + link + " is a link, which may lead out of the box. Remove it.\n");
+    }
+    for (const char *const folder : {"new", "whole/tmp", "old/tmp/mine"}) EXPECT_TRUE(fs::exists(outside / folder));
+    fs::remove_all(making);
+  }
+  done({"units", "box"});
+}
+
 TEST_F(Isolation, APipeInPlaceOfALogKeepsNobodyWaiting) {
   ASSERT_EQ(shell("rm /mgb/log/events /mgb/log/trace; mkfifo /mgb/log/events /mgb/log/trace").exit_status, 0);
   for (const char *const book : {"trace", "log"}) EXPECT_LT(spbox({book, "box"}).exit_status, 2) << book;
