@@ -34,7 +34,8 @@ extern "C" {
 /*
  * The environment variable in which `spbox run` gives a command the words that run a program in its box, ready for a
  * shell, such as "spbox run box". A command that advises its operator to type a program's name writes them before it.
- * On a service processor it is unset, and the program's name is enough.
+ * On a service processor it is unset, and the program's name is enough; so it is where the variable is empty, as in a play
+ * on a box of its own.
  */
 #define LMAINTE_HOST_RUN "SPBOX_RUN"
 

@@ -11,6 +11,7 @@
 #include "host/box/contents.h"
 #include "host/box/model.h"
 #include "host/play/leftovers.h"
+#include "host/play/text.h"
 #include "host/script/values.h"
 
 namespace play {
@@ -88,6 +89,7 @@ std::vector<std::string> Box::command_in_box(const std::vector<std::string> &com
 
 std::string Box::without_folder(std::string text) const {
   if (temporary_.empty()) return text;
+  text = as_steps(std::move(text), box_);
   const std::string folder = temporary_.string() + "/";
   for (auto at = text.find(folder); at != std::string::npos; at = text.find(folder, at)) text.erase(at, folder.size());
   return text;

@@ -26,7 +26,8 @@ class Box {
   terminal::BackgroundProgram spbox(std::vector<std::string> words) const;
   std::vector<std::string> command_in_box(const std::vector<std::string> &command) const;  // spbox run BOX -- COMMAND
 
-  // A text without the name of a folder that is gone after the play, and another one each time.
+  // A text without the name of a folder that is gone after the play, and another one each time. What it advises to type is
+  // a step of a play.
   std::string without_folder(std::string text) const;
 
   box::Place place() const { return box::Place(box_); }

@@ -2,12 +2,14 @@
 
 #include <array>
 #include <cerrno>
+#include <cstdlib>
 #include <fstream>
 #include <system_error>
 #include <utility>
 
 #include "host/box/advice.h"
 #include "host/box/contents.h"
+#include "host/include/lmainte_host.h"
 #include "host/play/player.h"
 
 namespace play {
@@ -85,6 +87,8 @@ void perform(const std::vector<Step> &steps, const Files &files, const std::stri
   Picture picture;
   Narrator narrator(transcript, picture);
   Box box(spbox, files.box, alarm);
+  // NOLINTNEXTLINE(concurrency-mt-unsafe): there is one thread
+  if (files.box.empty()) setenv(LMAINTE_HOST_RUN, "", 1);  // A step `start` takes what a command advises to type.
   try {
     Stage stage(box, narrator, alarm);
     play_steps(stage, steps);

@@ -3,7 +3,9 @@
 #include <algorithm>
 #include <sstream>
 
+#include "host/base/quoted.h"
 #include "host/base/shown.h"
+#include "host/box/advice.h"
 
 namespace play {
 namespace {
@@ -51,6 +53,20 @@ std::string framed(const std::vector<std::string> &rows, std::string_view captio
   text += '\n';
   for (auto row = rows.begin(); row != end; ++row) text += (row->empty() ? "|" : "| ") + *row + "\n";
   return text + '+' + std::string(kWidth - 1, '-') + "\n";
+}
+
+std::string as_steps(std::string text, const std::string &box) {
+  const std::string called = "`" + box::spbox_called("spbox") + " ", step = "`spbox ", folder = " " + base::quoted(box);
+  for (auto at = text.find(called); at != std::string::npos; at = text.find(called, at + step.size())) {
+    text.replace(at, called.size(), step);
+    const auto behind_verb = text.find_first_of(" `", at + step.size());
+    if (behind_verb == std::string::npos) break;
+    const auto behind_folder = behind_verb + folder.size();
+    const bool names_box = text.compare(behind_verb, folder.size(), folder) == 0 && behind_folder < text.size() &&
+                           (text[behind_folder] == ' ' || text[behind_folder] == '`');
+    if (names_box) text.erase(behind_verb, folder.size());
+  }
+  return text;
 }
 
 }  // namespace play

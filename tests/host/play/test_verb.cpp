@@ -131,6 +131,16 @@ TEST_F(PlayVerb, EndsWhatHasLeftTheCommandsSession) {
   EXPECT_TRUE(fs::is_empty(scratch_ / "boxes"));
 }
 
+// The box is gone when somebody reads it.
+TEST_F(PlayVerb, AdvisesStepsOfAPlayWhereTheBoxIsItsOwn) {
+  expect_done(
+      "box qe2\nspbox break /PSU#3 --missing\nsays \"`spbox mend current_psu_info` restores it.\"\n"
+      "start sh -c \"echo [$$SPBOX_RUN]\"\nwait \"[]\"\nexit 0\n");
+  expect_done("box qe2\nstart sh -c \"echo [$$SPBOX_RUN]\"\nwait \"run \"\nexit 0\n", {"--box", "mine"});
+  EXPECT_NE(play("box qe2\nspbox pull /PSU#3\nspbox show /BP\n").output.find("`spbox units` lists them."),
+            std::string::npos);
+}
+
 TEST_F(PlayVerb, KeepsABoxThatItWasAskedFor) {
   expect_done("box qe2\nspbox pull /PSU#3\n", {"--box", "mine"});
   expect_done("spbox show /PSU#3\nsays \"Not installed\"\n", {"--box", "mine"});

@@ -19,4 +19,14 @@ TEST(WayIn, IsTheToolAsItWasCalledAndTheFolderAsItWasGiven) {
   EXPECT_EQ(spbox::way_in("box"), tool + " run box");
 }
 
+TEST(WayIn, IsNothingWhereAProgramsNameIsEnough) {
+  setenv("SPBOX_RUN", "", 1);
+  EXPECT_EQ(spbox::way_in("box"), "");
+  setenv("SPBOX_RUN", "spbox run another", 1);
+  setenv("SPBOX_CALLED", "./dev spbox", 1);
+  EXPECT_EQ(spbox::way_in("box"), "./dev spbox run box");
+  unsetenv("SPBOX_RUN");
+  unsetenv("SPBOX_CALLED");
+}
+
 }  // namespace
