@@ -61,7 +61,7 @@ void keep_books(const Box &box, Transcript &transcript) {
 
 }  // namespace
 
-std::vector<Step> prepare(const Files &files, const Values &values, const Words &verbs) {
+std::vector<Step> prepare(const Files &files, const Values &values, const Verbs &verbs) {
   auto steps = read_plan(files.script, values, verbs);
   const auto script = files.script.string();
   if (!files.picture.empty() && !has_step(steps, &Traits::draws)) {

@@ -19,7 +19,7 @@ struct Files {
 
 // Reads the script and those that it plays. Throws script::Error where they make no sense, or not with these files, and
 // nothing was done yet.
-std::vector<Step> prepare(const Files &files, const Values &values, const Words &verbs);
+std::vector<Step> prepare(const Files &files, const Values &values, const Verbs &verbs);
 
 // Plays, and tells of it on `out`. `spbox` is the program. Throws script::Error before the first step where one of the files
 // cannot be written, Failure where a step fails, and terminal::Interrupted when the alarm rings.

@@ -46,7 +46,7 @@ std::string with_values(const std::string &word, const Values &values) {
 
 class PlanReader {
  public:
-  explicit PlanReader(const Words &verbs) : verbs_(verbs) {}
+  explicit PlanReader(const Verbs &verbs) : verbs_(verbs) {}
 
   void read(const fs::path &script, const Values &values, const std::string &via, int depth) {
     try {
@@ -77,7 +77,7 @@ class PlanReader {
       for (auto &word : step.words) word = with_values(word, values);
       if (step.row->perform == nullptr) return play(step, depth);
       if (step.row->check != nullptr) step.row->check(step.words);
-      if (step.row->traits.names_verb) check_verb(step.words[0]);
+      if (step.row->traits.names_verb) check_verb(step.words);
     } catch (const PlayedScriptError &) {
       throw;
     } catch (const std::exception &wrong) {
@@ -86,10 +86,11 @@ class PlanReader {
     steps.push_back(std::move(step));
   }
 
-  void check_verb(const std::string &verb) const {
-    if (std::find(verbs_.begin(), verbs_.end(), verb) != verbs_.end()) return;
-    throw std::invalid_argument("\"" + verb + "\" is not a verb that works on a box; those are " +
-                                base::listed(verbs_));
+  void check_verb(const Words &words) const {
+    const Words &names = verbs_.names;
+    if (std::find(names.begin(), names.end(), words[0]) != names.end()) return verbs_.check(words);
+    throw std::invalid_argument("\"" + words[0] + "\" is not a verb that works on a box; those are " +
+                                base::listed(names));
   }
 
   void play(const Step &step, int depth) {
@@ -102,14 +103,14 @@ class PlanReader {
     read(step.folder / step.words[0], values, "\n  played from " + step.place + step.via, depth + 1);
   }
 
-  const Words &verbs_;
+  const Verbs &verbs_;
 };
 
 void check_on(const std::string &model, const Step &step) {
   try {
     step.row->traits.check_on(model, step.words);
-  } catch (const std::invalid_argument &wrong) {
-    throw step.error(wrong.what());
+  } catch (const std::exception &wrong) {
+    throw step.error(base::told(wrong));
   }
 }
 
@@ -128,6 +129,18 @@ void check_boxes(const std::vector<Step> &steps) {
   }
 }
 
+// What is wrong with the order of the steps: one that needs what no step before it gives.
+void check_order(const std::vector<Step> &steps) {
+  bool has_command = false, has_said = false;
+  for (const Step &step : steps) {
+    const Traits &traits = step.row->traits;
+    if (traits.needs_command && !has_command) throw step.error("no command was started on the terminal");
+    if (traits.needs_said && !has_said) throw step.error("no step `spbox` comes before it");
+    has_command = (has_command || traits.starts_command) && !traits.takes_terminal;
+    has_said |= traits.names_verb;
+  }
+}
+
 }  // namespace
 
 void add_value(const std::string &word, Values &values) {
@@ -140,10 +153,11 @@ void add_value(const std::string &word, Values &values) {
   values[name] = word.substr(equals + 1);
 }
 
-std::vector<Step> read_plan(const fs::path &script, const Values &values, const Words &verbs) {
+std::vector<Step> read_plan(const fs::path &script, const Values &values, const Verbs &verbs) {
   PlanReader reader(verbs);
   reader.read(script, values, "", 1);
   check_boxes(reader.steps);
+  check_order(reader.steps);
   return std::move(reader.steps);
 }
 

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <filesystem>
+#include <functional>
 #include <map>
 #include <string>
 #include <vector>
@@ -12,13 +13,19 @@ namespace play {
 
 using Values = std::map<std::string, std::string>;
 
+// The verbs of spbox that work on a box.
+struct Verbs {
+  Words names;
+  std::function<void(const Words &words)> check;  // Throws what is wrong with a verb and what stands behind it.
+};
+
 // NAME=VALUE. Throws std::invalid_argument.
 void add_value(const std::string &word, Values &values);
 
 // In the words of a script, "$NAME" stands for the value of this name, and "$$" for a dollar. A script that another one
-// plays has the values that are given there, and no others. `verbs` are those of spbox that work on a box. Throws
-// script::Error where a script cannot be read, or makes no sense.
-std::vector<Step> read_plan(const std::filesystem::path &script, const Values &values, const Words &verbs);
+// plays has the values that are given there, and no others. Throws script::Error where a script cannot be read, or makes no
+// sense.
+std::vector<Step> read_plan(const std::filesystem::path &script, const Values &values, const Verbs &verbs);
 
 // Whether a step has this trait.
 bool has_step(const std::vector<Step> &plan, bool Traits::*trait);

@@ -2,7 +2,6 @@
 #pragma once
 
 #include <chrono>
-#include <optional>
 #include <string>
 
 #include "host/play/box.h"
@@ -20,7 +19,7 @@ struct Stage {
   Technicians technicians;
   Operator op;
   std::chrono::milliseconds patience{10'000};  // of every wait
-  std::optional<std::string> said;             // by the last spbox step
+  std::string said;                            // by the last spbox step
 };
 
 // Waits until all technicians have done their work, and tells what they said. Throws StepError.

@@ -24,6 +24,10 @@ struct Traits {
   bool names_verb = false;  // The first word is a verb of spbox that works on a box.
   bool draws = false;       // a screen, for the picture
 
+  // What a step before has to be, and which one ends it.
+  bool starts_command = false, needs_command = false, takes_terminal = false;
+  bool needs_said = false;  // by a step that names a verb
+
   // Throws std::invalid_argument with what is wrong with the words on a server of this model. Null: they suit every model.
   void (*check_on)(std::string_view model, const Words &words) = nullptr;
 };

@@ -116,23 +116,34 @@ void hang_up(Stage &stage, const Step & /*step*/) {
   stage.narrator.happens("The operator's line is cut.");
 }
 
+constexpr Traits kOnCommand{.needs_command = true};
 constexpr std::array<StepRow, 9> kStepsOfTheOperator{{
     {{"start", 1, script::kAny, "start COMMAND...",
       "the operator starts a command in the box;\n./COMMAND is in the folder of the script"},
      nullptr,
      start,
-     {.uses_box = true}},
+     {.uses_box = true, .starts_command = true}},
     {{"wait", 1, 1, "wait \"text\"",
       "waits until the text comes on the screen; what\nwas there before the last keys does not count"},
      check_text,
-     wait},
-    {{"absent", 1, 1, "absent \"text\"", "the text is not on the screen"}, check_text, absent},
-    {{"type", 1, 1, "type \"keys\"", R"("3\n", " ", "\003" for Ctrl-C)"}, nullptr, type},
-    {{"screen", 1, 1, "screen \"caption\"", "prints the screen"}, nullptr, show_screen, {.draws = true}},
-    {{"exit", 1, 1, "exit STATUS", "waits for the command's end with this status"}, check_status, wait_for_exit},
-    {{"dies", 1, 1, "dies SIGNAL", "waits for its end by this signal: INT, HUP, ..."}, check_signal, wait_for_death},
-    {{"signal", 1, 1, "signal SIGNAL", "sends the command a signal"}, check_signal, send_signal},
-    {{"hangup", 0, 0, "hangup", "the operator's line is cut"}, nullptr, hang_up},
+     wait,
+     kOnCommand},
+    {{"absent", 1, 1, "absent \"text\"", "the text is not on the screen"}, check_text, absent, kOnCommand},
+    {{"type", 1, 1, "type \"keys\"", R"("3\n", " ", "\003" for Ctrl-C)"}, nullptr, type, kOnCommand},
+    {{"screen", 1, 1, "screen \"caption\"", "prints the screen"},
+     nullptr,
+     show_screen,
+     {.draws = true, .needs_command = true}},
+    {{"exit", 1, 1, "exit STATUS", "waits for the command's end with this status"},
+     check_status,
+     wait_for_exit,
+     kOnCommand},
+    {{"dies", 1, 1, "dies SIGNAL", "waits for its end by this signal: INT, HUP, ..."},
+     check_signal,
+     wait_for_death,
+     kOnCommand},
+    {{"signal", 1, 1, "signal SIGNAL", "sends the command a signal"}, check_signal, send_signal, kOnCommand},
+    {{"hangup", 0, 0, "hangup", "the operator's line is cut"}, nullptr, hang_up, kOnCommand},
 }};
 
 }  // namespace

@@ -1,10 +1,12 @@
 // What technicians do beside the operator, and on their own.
+#include <algorithm>
 #include <array>
 
 #include "host/play/stage.h"
 #include "host/play/step.h"
 #include "host/play/text.h"
 #include "host/script/values.h"
+#include "host/technician/changes.h"
 #include "host/technician/step.h"
 
 namespace play {
@@ -12,6 +14,10 @@ namespace {
 
 void check_hands(const Words &words) {
   technician::read_script(words[0], "");
+}
+
+void check_hands_on(std::string_view model, const Words &words) {
+  technician::check_units(model, technician::read_script(words[0], ""));
 }
 
 void send_technician(Stage &stage, const Step &step) {
@@ -24,16 +30,25 @@ void wait_for_hands(Stage &stage, const Step & /*step*/) {
   wait_for_technicians(stage);
 }
 
+// A verb that changes units is a step of a technician, too.
+void check_changes_on(std::string_view model, const Words &words) {
+  const auto &rows = technician::kChanges;
+  const bool is_change = std::any_of(rows.begin(), rows.end(), [&](const auto &row) { return row.verb == words[0]; });
+  for (std::size_t i = 1; is_change && i < words.size(); ++i) {
+    if (!words[i].starts_with('-')) technician::check_unit(model, words[i]);
+  }
+}
+
 void run_spbox(Stage &stage, const Step &step) {
   auto done = stage.box.spbox(step.words);
   const auto status = done.wait(stage.patience);
   stage.said = stage.box.without_folder(done.output());
-  stage.narrator.happens("The technician: spbox " + script::joined(step.words), *stage.said);
+  stage.narrator.happens("The technician: spbox " + script::joined(step.words), stage.said);
   if (!status) {
     throw std::runtime_error("it was not done in " + script::seconds_text(stage.patience) + ", and is ended.");
   }
   if (*status != 0) {
-    throw std::runtime_error("it ended with " + text(terminal::Ending{false, *status}) + ":\n" + indented(*stage.said));
+    throw std::runtime_error("it ended with " + text(terminal::Ending{false, *status}) + ":\n" + indented(stage.said));
   }
 }
 
@@ -44,26 +59,28 @@ void check_says(const Words &words) {
 }
 
 void says(Stage &stage, const Step &step) {
-  if (!stage.said) throw std::runtime_error("no step `spbox` came before it.");
   const bool wanted = step.words.size() == 1;
-  if ((stage.said->find(step.words.back()) != std::string::npos) == wanted) return;
+  if ((stage.said.find(step.words.back()) != std::string::npos) == wanted) return;
   throw std::runtime_error(std::string("spbox said ") + (wanted ? "something else" : "it") + ":\n" +
-                           indented(*stage.said));
+                           indented(stage.said));
 }
 
 constexpr std::array<StepRow, 4> kStepsOfTheTechnician{{
     {{"hands", 1, 1, "hands \"steps\"", "a technician works beside the operator from now\non; see `spbox technician`"},
      check_hands,
      send_technician,
-     {.uses_box = true}},
+     {.uses_box = true, .check_on = check_hands_on}},
     {{"handsdone", 0, 0, "handsdone", "waits until the technicians have done their\nwork, as the end of the play does"},
      nullptr,
      wait_for_hands},
     {{"spbox", 1, script::kAny, "spbox VERB ...", "works on the box, as in `spbox pull /PSU#3`"},
      nullptr,
      run_spbox,
-     {.uses_box = true, .names_verb = true}},
-    {{"says", 1, 2, "says [not] \"text\"", "the last `spbox` step printed the text, or did\nnot"}, check_says, says},
+     {.uses_box = true, .names_verb = true, .check_on = check_changes_on}},
+    {{"says", 1, 2, "says [not] \"text\"", "the last `spbox` step printed the text, or did\nnot"},
+     check_says,
+     says,
+     {.needs_said = true}},
 }};
 
 }  // namespace

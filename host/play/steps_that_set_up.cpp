@@ -38,7 +38,10 @@ void take_terminal(Stage &stage, const Step &step) {
 
 constexpr std::array<StepRow, 3> kStepsThatSetUp{{
     {{"box", 1, 1, "box MODEL", "a new, healthy box of this model"}, check_model, make_box, {.makes_box = true}},
-    {{"terminal", 2, 2, "terminal ROWS COLUMNS", "for the next commands; 24 80 at first"}, check_size, take_terminal},
+    {{"terminal", 2, 2, "terminal ROWS COLUMNS", "for the next commands; 24 80 at first"},
+     check_size,
+     take_terminal,
+     {.takes_terminal = true}},
     {{"play", 1, script::kAny, "play FILE [NAME=VALUE...]", "plays another script; FILE is relative to this one"},
      nullptr,
      nullptr},

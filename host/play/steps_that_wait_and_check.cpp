@@ -71,7 +71,7 @@ constexpr std::array<StepRow, 4> kStepsThatWaitAndCheck{{
       "lock; these units detached, and no others"},
      check_in_order,
      in_order,
-     {.uses_box = true, .check_on = check_units_on}},
+     {.uses_box = true, .needs_command = true, .check_on = check_units_on}},
     {{"patience", 1, 1, "patience SECONDS", "the longest time that the next steps wait; 10\nat first"},
      check_seconds,
      be_patient},

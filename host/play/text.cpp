@@ -56,10 +56,10 @@ std::string framed(const std::vector<std::string> &rows, std::string_view captio
 }
 
 std::string as_steps(std::string text, const std::string &box) {
-  const std::string called = "`" + box::spbox_called("spbox") + " ", step = "`spbox ", folder = " " + base::quoted(box);
+  const std::string called = "`" + box::spbox_called("spbox") + " ", step = "`spbox", folder = " " + base::quoted(box);
   for (auto at = text.find(called); at != std::string::npos; at = text.find(called, at + step.size())) {
-    text.replace(at, called.size(), step);
-    const auto behind_verb = text.find_first_of(" `", at + step.size());
+    text.replace(at, called.size() - 1, step);
+    const auto behind_verb = text.find_first_of(" `", at + step.size() + 1);
     if (behind_verb == std::string::npos) break;
     const auto behind_folder = behind_verb + folder.size();
     const bool names_box = text.compare(behind_verb, folder.size(), folder) == 0 && behind_folder < text.size() &&

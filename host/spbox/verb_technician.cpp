@@ -23,7 +23,16 @@ std::vector<technician::Step> read(const Options &options) {
   return technician::read_script(script::text_of_file(options.script), options.script.string());
 }
 
+// Of this process, so not where the words alone are judged.
+void check_ready_fd(const Options &options) {
+  const int mode = options.ready_fd < 0 ? O_RDWR : fcntl(options.ready_fd, F_GETFL);
+  if (mode < 0 || (mode & O_ACCMODE) == O_RDONLY) {
+    throw UsageError("--ready-fd " + std::to_string(options.ready_fd) + ": this descriptor is not open for writing.");
+  }
+}
+
 int work(const Options &options) {
+  check_ready_fd(options);
   const auto steps = read(options);
   technician::Technician hands(box::Place(options.box), technician::Clock::real(), [](const std::string &line) {
     print_line(line);
@@ -45,10 +54,6 @@ std::string help() {
 void check(const Options &options) {
   if (options.script.empty() && options.steps.empty()) {
     throw UsageError("no steps are given. Name a SCRIPT, or give them with --do.");
-  }
-  const int mode = options.ready_fd < 0 ? O_RDWR : fcntl(options.ready_fd, F_GETFL);
-  if (mode < 0 || (mode & O_ACCMODE) == O_RDONLY) {
-    throw UsageError("--ready-fd " + std::to_string(options.ready_fd) + ": this descriptor is not open for writing.");
   }
 }
 

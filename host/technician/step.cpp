@@ -6,6 +6,9 @@
 #include "host/base/listed.h"
 #include "host/base/number.h"
 #include "host/box/hardware.h"
+#include "host/box/inventory_kinds.h"
+#include "host/box/model.h"
+#include "host/box/unit_name.h"
 #include "host/script/values.h"
 #include "host/technician/changes.h"
 #include "host/technician/technician.h"
@@ -161,6 +164,11 @@ Step step_of(script::Statement &&statement) {
   }
 }
 
+std::span<const std::string> units_of(const Step &step) {
+  if (step.row->look_up == nullptr) return {};
+  return std::span(step.words).first(step.row->look_up == look_up_units ? step.words.size() : 1);
+}
+
 }  // namespace
 
 std::span<const StepRow> step_rows() {
@@ -183,6 +191,24 @@ std::vector<Step> read_script(std::string text, const std::string &name) {
     throw script::Error((name.empty() ? "the script" : name) + " has no step. Write one, such as: pull /PSU#3");
   }
   return steps;
+}
+
+void check_unit(std::string_view model, const std::string &name) {
+  const std::string unit = box::location_of(name);
+  const auto places = box::places_of(box::find_model(model)->code);
+  const auto is_it = [&](const box::UnitPlace &place) { return place.name == unit; };
+  if (std::any_of(places.begin(), places.end(), is_it) || unit.starts_with("/IOX@")) return;
+  box::check_units(model, {&unit, 1});
+}
+
+void check_units(std::string_view model, const std::vector<Step> &steps) {
+  for (const Step &step : steps) {
+    try {
+      for (const std::string &name : units_of(step)) check_unit(model, name);
+    } catch (const std::invalid_argument &wrong) {
+      throw step.error(wrong.what());
+    }
+  }
 }
 
 }  // namespace technician

@@ -3,6 +3,7 @@
 
 #include <span>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "host/script/form.h"
@@ -32,5 +33,10 @@ std::span<const StepRow> step_rows();
 // A step in each line, and more of them with semicolons between. `name` names the script to people; empty where it is no
 // file. Throws script::Error.
 std::vector<Step> read_script(std::string text, const std::string &name);
+
+// Throw std::invalid_argument, or script::Error with the step, where a server of this model lacks a unit. What only some boxes
+// have passes: it is looked up when the work begins.
+void check_unit(std::string_view model, const std::string &name);
+void check_units(std::string_view model, const std::vector<Step> &steps);
 
 }  // namespace technician

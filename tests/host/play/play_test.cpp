@@ -34,7 +34,7 @@ void PlayTest::write(const std::string &name, const std::string &text) const {
 
 std::vector<play::Step> PlayTest::read(const std::string &text, const play::Values &values) const {
   write("walk.play", text);
-  return play::read_plan(scratch_ / "walk.play", values, {"pull", "show"});
+  return play::read_plan(scratch_ / "walk.play", values, {{"pull", "show"}, [](const auto &) {}});
 }
 
 std::string PlayTest::play(const std::string &text) {

@@ -113,7 +113,18 @@ TEST_F(PlanTest, AScriptThatPlaysItselfIsAnError) {
 TEST_F(PlanTest, NamesAUnitThatTheServerDoesNotHave) {
   EXPECT_EQ(wrong_with("box qa\nin_order but /PSU#0 PSU#99\n"),
             "walk.play:2: `in_order but /PSU#0 PSU#99`: a server of model qa has no unit /PSU#99");
-  EXPECT_EQ(wrong_with("box qe1\nin_order but /PSU#40\n"), "nothing");
+  EXPECT_EQ(wrong_with("box qe1\nstart true\nin_order but /PSU#40\n"), "nothing");
+  EXPECT_EQ(wrong_with("box qa\nspbox pull /PSU#0 PSU#99\n"),
+            "walk.play:2: `spbox pull /PSU#0 PSU#99`: a server of model qa has no unit /PSU#99");
+  EXPECT_EQ(wrong_with("box qa\nhands \"after 1; when flag /PSU#99 start\"\n"),
+            "walk.play:2: `hands \"after 1; when flag /PSU#99 start\"`: step 2: `when flag /PSU#99 start`: a server of "
+            "model qa "
+            "has no unit /PSU#99");
+  EXPECT_EQ(
+      wrong_with(
+          "box qe1\nhands \"pull PSU#40; flicker /PSU#41 2 1; when led /IOX@1 on; when mode lock\"\n"
+          "hands \"fault /FAN_A#0/FAN#1; when text /PSU#99 x\"\nspbox show /PSU#99\nspbox pull -- /FAN_A#0/FAN#1\n"),
+      "nothing");
 }
 
 TEST_F(PlanTest, APlayHasOneBox) {
@@ -124,6 +135,20 @@ TEST_F(PlanTest, APlayHasOneBox) {
         << step;
   }
   EXPECT_EQ(wrong_with("terminal 50 132\nsay \"begin\"\nbox qe1\n"), "nothing");
+}
+
+TEST_F(PlanTest, ChecksThatAStepHasWhatItNeeds) {
+  constexpr const char *kNoCommand = "`: no command was started on the terminal";
+  for (const char *step : {"wait \"x\"", "absent \"x\"", "type \"x\"", "screen \"x\"", "exit 0", "dies 1", "signal INT",
+                           "hangup", "in_order"}) {
+    const std::string line = step + std::string("\n");
+    EXPECT_EQ(wrong_with("say \"on\"\n" + line), std::string("walk.play:2: `") + step + kNoCommand);
+    EXPECT_EQ(wrong_with("start true\nexit 0\nterminal 24 80\n" + line),
+              std::string("walk.play:4: `") + step + kNoCommand);
+    EXPECT_EQ(wrong_with("start true\n" + line), "nothing");
+  }
+  EXPECT_EQ(wrong_with("says \"x\"\nspbox show /PSU#0\n"),
+            "walk.play:1: `says \"x\"`: no step `spbox` comes before it");
 }
 
 }  // namespace

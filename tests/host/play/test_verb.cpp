@@ -169,6 +169,18 @@ TEST_F(PlayVerb, RefusesWhatMakesNoSenseBeforeTheFirstStep) {
        {},
        "spbox: walk.play:2: `spbox run ls`: \"run\" is not a verb that works on a box; those are units, "
        "show, pull, insert, fault, degrade, repair, technician, program, daemon, break, mend, trace, log, dump\n"},
+      {"a verb without its words",
+       "box qe2\nspbox pull\n",
+       {},
+       "spbox: walk.play:2: `spbox pull`: UNIT is missing, as in `spbox pull UNIT...`.\n"},
+      {"an option that the verb lacks",
+       "box qe2\nspbox show /PSU#3 --jsno\n",
+       {},
+       "spbox: walk.play:2: `spbox show /PSU#3 --jsno`: `spbox show` has no option --jsno. Did you mean `--json`?\n"},
+      {"words that do not go together",
+       "box qe2\nspbox daemon late\n",
+       {},
+       "spbox: walk.play:2: `spbox daemon late`: how late? Give seconds, as in `spbox daemon late 5`.\n"},
       {"a technician's step",
        "box qe2\nhands \"juggle\"\n",
        {},
@@ -248,10 +260,15 @@ TEST_F(PlayVerb, LetsATechnicianWorkBesideTheOperator) {
 }
 
 TEST_F(PlayVerb, StopsAtOnceWhereATechnicianDoesNotKnowAUnit) {
-  const auto done = play("box qe2\nhands \"after 30; pull /PSU#99\"\nsay \"begun\"\n");
+  const std::string hands = "hands \"after 30; pull /PSU#99\"";
+  const auto told = play("box qe2\n" + hands + "\nsay \"begun\"\n");
+  EXPECT_EQ(told.exit_status, 2);
+  EXPECT_EQ(told.output,
+            "spbox: walk.play:2: `" + hands + "`: step 2: `pull /PSU#99`: a server of model qe2 has no unit /PSU#99\n");
+  expect_done("box qe2\n", {"--box", "mine"});
+  const auto done = play(hands + "\nsay \"begun\"\n", {"--box", "mine"});
   EXPECT_EQ(done.exit_status, 1);
-  EXPECT_NE(done.output.find("walk.play:2: `hands \"after 30; pull /PSU#99\"`: the technician gave up."),
-            std::string::npos)
+  EXPECT_NE(done.output.find("walk.play:1: `" + hands + "`: the technician gave up."), std::string::npos)
       << done.output;
   EXPECT_NE(done.output.find("has no unit /PSU#99"), std::string::npos) << done.output;
 }
