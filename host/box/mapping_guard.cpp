@@ -17,8 +17,8 @@ struct Mapping {
 
 // A process maps its trace once. A test maps many, and the newest are guarded.
 constinit std::array<Mapping, 16> mappings{};
-constinit std::atomic<unsigned> count = 0;
-struct sigaction before {};
+constinit std::atomic<unsigned> mappings_guarded = 0;
+struct sigaction handler_before {};
 
 bool replace(std::uintptr_t address) noexcept {
   for (const Mapping &mapping : mappings) {
@@ -36,9 +36,10 @@ void on_bus_error(int signal, siginfo_t *info, void *context) {
   const bool replaced = replace(reinterpret_cast<std::uintptr_t>(info->si_addr));
   errno = kept_errno;
   if (replaced) return;
-  if ((before.sa_flags & SA_SIGINFO) != 0) return before.sa_sigaction(signal, info, context);
-  if (before.sa_handler != SIG_DFL && before.sa_handler != SIG_IGN) return before.sa_handler(signal);
-  sigaction(signal, &before, nullptr);
+  if ((handler_before.sa_flags & SA_SIGINFO) != 0) return handler_before.sa_sigaction(signal, info, context);
+  if (handler_before.sa_handler != SIG_DFL && handler_before.sa_handler != SIG_IGN)
+    return handler_before.sa_handler(signal);
+  sigaction(signal, &handler_before, nullptr);
 }
 
 }  // namespace
@@ -47,7 +48,7 @@ void survive_lost_mappings() noexcept {
   struct sigaction now {};
   if (sigaction(SIGBUS, nullptr, &now) != 0) return;
   if ((now.sa_flags & SA_SIGINFO) != 0 && now.sa_sigaction == on_bus_error) return;
-  before = now;
+  handler_before = now;
   now = {};
   now.sa_sigaction = on_bus_error;
   now.sa_flags = SA_SIGINFO | SA_ONSTACK;
@@ -55,7 +56,7 @@ void survive_lost_mappings() noexcept {
 }
 
 void guard_mapping(void *memory, std::size_t size) noexcept {
-  Mapping &mapping = mappings[count.fetch_add(1) % mappings.size()];
+  Mapping &mapping = mappings[mappings_guarded.fetch_add(1) % mappings.size()];
   mapping.size = 0;  // no range while it changes
   mapping.begin = reinterpret_cast<std::uintptr_t>(memory);
   mapping.size = size;
