@@ -1,6 +1,6 @@
 # shellcheck shell=bash
 # Measures how long building and testing takes. build/times has a line for each thing that was measured last: its name, the
-# seconds of CPU time (user and system, of all its processes), and the seconds of wall time. scripts/aims has the aims.
+# seconds of CPU time (user and system, of all its processes), and the seconds of wall time. scripts/cpu_aims has the aims.
 source scripts/lib.sh
 
 # timed NAME COMMAND...: runs the command, keeps its times under the name, and sets cpu and wall.
@@ -30,7 +30,7 @@ calibrate() {
   keep_times calibration "$(awk -v cpu="$cpu" -v jobs="$jobs" 'BEGIN { printf "%.2f", cpu / jobs }')" "$wall"
 }
 
-# above_aims ROOM: prints what took longer than ROOM times its aim in scripts/aims, scaled to the speed of this machine.
+# above_aims ROOM: prints what took longer than ROOM times its aim in scripts/cpu_aims, scaled to the speed of this machine.
 above_aims() {
   awk -F ' *; *' -v room="$1" '
     FNR == NR { if (!/^#/ && NF) aim[$1] = $2; next }
@@ -38,9 +38,9 @@ above_aims() {
     END {
       machine = ("calibration" in cpu) ? cpu["calibration"] / aim["calibration"] : 1
       for (name in cpu)
-        if (!(name in aim)) printf "%s has no aim in scripts/aims\n", name
+        if (!(name in aim)) printf "%s has no aim in scripts/cpu_aims\n", name
       for (name in aim)
         if (name != "calibration" && cpu[name] > aim[name] * machine * room)
           printf "%s took %d s of CPU; its aim is %d s, which is %d s on this machine now\n", name, cpu[name], aim[name], aim[name] * machine
-    }' scripts/aims build/times | sort
+    }' scripts/cpu_aims build/times | sort
 }

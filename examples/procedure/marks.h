@@ -8,8 +8,8 @@
 #include "../server.h"
 #include "advice.h"
 #include "beside.h"
-#include "left.h"
 #include "lmainte.h"
+#include "log_left.h"
 #include "results.h"
 #include "telling.h"
 

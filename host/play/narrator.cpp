@@ -1,7 +1,7 @@
 #include "host/play/narrator.h"
 
 #include "host/base/shown.h"
-#include "host/play/text.h"
+#include "host/play/layout.h"
 
 namespace play {
 

@@ -1,7 +1,7 @@
 #include "host/play/player.h"
 
 #include "host/base/told.h"
-#include "host/play/text.h"
+#include "host/play/layout.h"
 
 namespace play {
 namespace {

@@ -6,7 +6,7 @@ std::span<const StepRow> step_rows() {
   static const std::vector<StepRow> all = [] {
     std::vector<StepRow> rows;
     for (const auto part :
-         {steps_that_set_up(), steps_of_the_operator(), steps_of_the_technician(), steps_that_wait_and_check()}) {
+         {steps_that_set_up(), steps_of_the_operator(), steps_of_the_technician(), steps_that_check()}) {
       rows.insert(rows.end(), part.begin(), part.end());
     }
     return rows;

@@ -60,7 +60,7 @@ std::span<const StepRow> step_rows();
 std::span<const StepRow> steps_that_set_up();
 std::span<const StepRow> steps_of_the_operator();
 std::span<const StepRow> steps_of_the_technician();
-std::span<const StepRow> steps_that_wait_and_check();
+std::span<const StepRow> steps_that_check();
 
 // Throws std::invalid_argument for a text of blanks.
 void check_is_text(const std::string &word);

@@ -3,9 +3,9 @@
 #include <csignal>
 
 #include "host/base/signal_name.h"
+#include "host/play/layout.h"
 #include "host/play/stage.h"
 #include "host/play/step.h"
-#include "host/play/text.h"
 #include "host/script/values.h"
 
 namespace play {

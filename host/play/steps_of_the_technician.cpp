@@ -2,9 +2,9 @@
 #include <algorithm>
 #include <array>
 
+#include "host/play/layout.h"
 #include "host/play/stage.h"
 #include "host/play/step.h"
-#include "host/play/text.h"
 #include "host/script/values.h"
 #include "host/technician/changes.h"
 #include "host/technician/step.h"

@@ -1,4 +1,4 @@
-#include "host/play/text.h"
+#include "host/play/layout.h"
 
 #include <algorithm>
 #include <sstream>

@@ -4,9 +4,9 @@
 
 #include "host/box/contents.h"
 #include "host/box/unit_name.h"
+#include "host/play/layout.h"
 #include "host/play/stage.h"
 #include "host/play/step.h"
-#include "host/play/text.h"
 #include "host/script/values.h"
 
 namespace play {
@@ -65,7 +65,7 @@ void say(Stage &stage, const Step &step) {
   stage.narrator.remarks(step.words[0]);
 }
 
-constexpr std::array<StepRow, 4> kStepsThatWaitAndCheck{{
+constexpr std::array<StepRow, 4> kStepsThatCheck{{
     {{"in_order", 0, script::kAny, "in_order [but UNIT...]",
       "the command left all as it should: no LED, no\nflag, no maintenance mode, no process, file or\n"
       "lock; these units detached, and no others"},
@@ -81,8 +81,8 @@ constexpr std::array<StepRow, 4> kStepsThatWaitAndCheck{{
 
 }  // namespace
 
-std::span<const StepRow> steps_that_wait_and_check() {
-  return kStepsThatWaitAndCheck;
+std::span<const StepRow> steps_that_check() {
+  return kStepsThatCheck;
 }
 
 }  // namespace play
