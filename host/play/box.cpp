@@ -10,8 +10,8 @@
 
 #include "host/box/contents.h"
 #include "host/box/model.h"
+#include "host/play/layout.h"
 #include "host/play/leftovers.h"
-#include "host/play/text.h"
 #include "host/script/values.h"
 
 namespace play {

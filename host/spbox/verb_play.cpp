@@ -6,9 +6,9 @@
 #include <memory>
 
 #include "host/play/interrupts.h"
+#include "host/play/layout.h"
 #include "host/play/performance.h"
 #include "host/play/player.h"
-#include "host/play/text.h"
 #include "host/spbox/command_line.h"
 #include "host/spbox/standard_output.h"
 #include "host/spbox/verbs.h"
