@@ -16,7 +16,13 @@ class Shortage : public SpboxTest {
   }
 
   Done spbox_short_of(const std::string &what, const Words &words) const {
-    Words command{"/usr/bin/env", "-C", scratch_.path(), std::string("LD_PRELOAD=") + SHORTAGE, what, SPBOX};
+    Words command{"/usr/bin/env",
+                  "-C",
+                  scratch_.path(),
+                  std::string("LD_PRELOAD=") + SHORTAGE,
+                  "TMPDIR=" + scratch_.path().string(),
+                  what,
+                  SPBOX};
     command.insert(command.end(), words.begin(), words.end());
     return run_to_end(command);
   }
