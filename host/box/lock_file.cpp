@@ -12,13 +12,23 @@ namespace {
 
 using std::chrono::steady_clock;
 
-int set_lock(int fd, short type, off_t byte) {
+struct flock lock_of(short type, off_t byte) {
   struct flock lock {};
   lock.l_type = type;
   lock.l_whence = SEEK_SET;
   lock.l_start = byte;
   lock.l_len = 1;
+  return lock;
+}
+
+int set_lock(int fd, short type, off_t byte) {
+  struct flock lock = lock_of(type, byte);
   return fcntl(fd, F_SETLK, &lock);
+}
+
+bool is_taken(int fd, off_t byte) {
+  struct flock lock = lock_of(F_RDLCK, byte);
+  return fcntl(fd, F_GETLK, &lock) == 0 && lock.l_type != F_UNLCK;
 }
 
 }  // namespace
@@ -42,6 +52,16 @@ int LockFile::take(off_t byte, Way way, std::chrono::milliseconds patience,
     std::this_thread::sleep_for(between_tries);
   }
   return 0;
+}
+
+void LockFile::wait_until_free(off_t byte, std::chrono::milliseconds patience,
+                               std::chrono::milliseconds between_tries) const {
+  std::optional<steady_clock::time_point> end;
+  while (is_taken(fd_, byte)) {
+    if (!end) end = steady_clock::now() + patience;
+    if (steady_clock::now() >= *end) return;
+    std::this_thread::sleep_for(between_tries);
+  }
 }
 
 void LockFile::give_back(off_t byte) const {

@@ -26,6 +26,9 @@ class LockFile {
   int take(off_t byte, Way way, std::chrono::milliseconds patience, std::chrono::milliseconds between_tries) const;
   void give_back(off_t byte) const;
 
+  // Waits while another process has a byte alone, no longer than the patience allows.
+  void wait_until_free(off_t byte, std::chrono::milliseconds patience, std::chrono::milliseconds between_tries) const;
+
  private:
   int fd_ = -1;
 };

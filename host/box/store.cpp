@@ -19,15 +19,11 @@ namespace {
 namespace fs = std::filesystem;
 using std::chrono::milliseconds;
 
-constexpr milliseconds kBetweenTries{5}, kAtTheGate{1}, kPatience{3000};
+constexpr milliseconds kBetweenTries{5};
 constexpr std::size_t kMapSize = std::size_t{64} << 20U;  // address space; the file grows as records come
 constexpr std::size_t kLongestKey = 510;                  // LMDB's longest, less the byte for the database
 constexpr std::size_t kGrowth = std::size_t{256} << 10U;
 constexpr mode_t kFileMode = 0666;  // less the umask
-
-// The bytes of the lock file: one for each database by its number, and one for the data file. That one is shared while a
-// process reads and taken alone while it saves: neither takes long.
-constexpr off_t kGateByte = kStoreSize;
 
 // A folder's identity, whatever path leads to it.
 using FolderId = std::pair<dev_t, ino_t>;
@@ -52,28 +48,11 @@ std::string file_key(std::uint32_t number, std::string_view key) {
 
 }  // namespace
 
-// The way to the data file, for one process that saves or for all that read. Throws where it stays closed.
-class Store::Gate {
- public:
-  Gate(const Store &store, bool alone) : store_(store) {
-    const auto way = alone ? LockFile::Way::kAlone : LockFile::Way::kShared;
-    const int error = store.locks_.take(kGateByte, way, kPatience, kAtTheGate);
-    if (error == 0) return;
-    const char *const what = alone ? "save" : "read";
-    throw error == EAGAIN ? store.failure(what, "another process keeps it busy") : store.failure(what, error);
-  }
-  ~Gate() { store_.locks_.give_back(kGateByte); }
-  Gate(const Gate &) = delete;
-  Gate &operator=(const Gate &) = delete;
-
- private:
-  const Store &store_;
-};
-
 // What was last saved, for as long as this lives. Throws where the file is not whole.
 class Store::Reading {
  public:
-  explicit Reading(Store &store) : gate_(store, false), store_(store) {
+  explicit Reading(Store &store) : gate_(store.locks_, Gate::For::kReading, store.readings_), store_(store) {
+    store.check_open(gate_);
     store.check_whole();
     const int result = store.reader_ == nullptr ? mdb_txn_begin(store.env_, nullptr, MDB_RDONLY, &store.reader_)
                                                 : mdb_txn_renew(store.reader_);
@@ -176,7 +155,8 @@ off_t Store::check_whole() const {
 void Store::fill_holes() const {
   struct stat status {};
   if (fstat(data_file_, &status) != 0 || status.st_blocks * 512 >= status.st_size) return;
-  const Gate gate(*this, true);
+  const Gate gate(locks_, Gate::For::kSaving, readings_);
+  check_open(gate);
   if (posix_fallocate(data_file_, 0, status.st_size) != ENOSPC) return;
   throw failure("open", std::string("data.mdb is a copy with holes, and the disk has no room for them: ") +
                             std::strerror(ENOSPC));
@@ -275,7 +255,8 @@ void Store::save(std::span<const std::uint32_t> numbers) {
   bool changed = false;
   for (const std::uint32_t number : numbers) changed = changed || !slots.at(number).changes.empty();
   if (!changed) return;
-  const Gate gate(*this, true);
+  const Gate gate(locks_, Gate::For::kSaving, readings_);
+  check_open(gate);
   make_room(check_whole(), numbers);
   MDB_txn *transaction = nullptr;
   if (int result = mdb_txn_begin(env_, nullptr, 0, &transaction); result != 0)
@@ -287,6 +268,12 @@ void Store::save(std::span<const std::uint32_t> numbers) {
     throw;
   }
   if (int result = mdb_txn_commit(transaction); result != 0) throw failure("save the changes", result);
+}
+
+void Store::check_open(const Gate &gate) const {
+  if (gate.error() == 0) return;
+  const char *const what = gate.is_for_saving() ? "save" : "read";
+  throw gate.error() == EAGAIN ? failure(what, "another process keeps it busy") : failure(what, gate.error());
 }
 
 std::runtime_error Store::failure(const std::string &what, const std::string &reason) const {

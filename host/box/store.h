@@ -20,6 +20,7 @@
 
 #include "host/box/changes.h"
 #include "host/box/database.h"
+#include "host/box/gate.h"
 #include "host/box/lock_file.h"
 
 namespace box {
@@ -64,13 +65,13 @@ class Store {
   std::array<Slot, kStoreSize> slots;
 
  private:
-  class Gate;
   class Reading;
 
   Store(std::filesystem::path folder, bool create);
   void open(bool create);
   void check_file(bool create) const;
   void release();
+  void check_open(const Gate &gate) const;  // throws
   off_t check_whole() const;
   void fill_holes() const;
   void make_room(off_t size, std::span<const std::uint32_t> numbers) const;
@@ -84,6 +85,7 @@ class Store {
   std::size_t page_ = 0;
   int data_file_ = -1;
   LockFile locks_;
+  mutable unsigned readings_ = 0;
 };
 
 }  // namespace box

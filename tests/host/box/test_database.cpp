@@ -270,6 +270,22 @@ TEST_F(DatabaseTest, ReadersThatDieDoNotUseUpTheDatabase) {
   EXPECT_EQ(seen_elsewhere("key", "text"), 0);
 }
 
+TEST_F(DatabaseTest, ManyWhoReadOnAndOnKeepNobodyFromSaving) {
+  Database database(name);
+  database.put("key", bytes("0"));
+  std::vector<std::unique_ptr<Child>> readers;
+  for (int i = 0; i < 16; ++i) {
+    readers.push_back(std::make_unique<Child>([&](const auto &) {
+      const Database own(name);
+      while (own.get("key") != bytes("end")) continue;
+      return 0;
+    }));
+  }
+  for (int i = 0; i < 20; ++i) EXPECT_NO_THROW(database.put("key", bytes(std::to_string(i))));
+  EXPECT_NO_THROW(database.put("key", bytes("end")));
+  for (const auto &reader : readers) EXPECT_EQ(reader->end(), 0);
+}
+
 TEST_F(DatabaseTest, ShowsOneStateToAReaderWhateverOthersDo) {
   constexpr int kRecords = 300;
   auto write_all = [&](const char *text) {
