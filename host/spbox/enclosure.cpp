@@ -2,6 +2,7 @@
 
 #include <fcntl.h>
 #include <sys/file.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <array>
@@ -164,8 +165,11 @@ MountPoints::~MountPoints() {
 
 // The lock is had only when no other command is in the box.
 void MountPoints::sweep() const {
-  const base::Descriptor list(open(list_.c_str(), O_RDWR | O_NOFOLLOW | O_CLOEXEC));
-  if (list.get() < 0 || flock(list.get(), LOCK_EX | LOCK_NB) != 0) return;
+  struct stat status {};
+  const base::Descriptor list(open(list_.c_str(), O_RDWR | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC));
+  if (list.get() < 0 || fstat(list.get(), &status) != 0 || !S_ISREG(status.st_mode) ||
+      flock(list.get(), LOCK_EX | LOCK_NB) != 0)
+    return;
   remove_all();
   [[maybe_unused]] const int kept_for_the_next_run = ftruncate(list.get(), 0);
 }
@@ -193,6 +197,7 @@ void MountPoints::remove_all() const {
   for (std::string name; std::getline(lines, name);) {
     std::error_code error;
     const fs::path path = tmp_ / name;
+    if (path.parent_path() != tmp_ || name == "..") continue;  // not of a box's own making
     if (fs::is_empty(path, error) && !error) fs::remove(path, error);
   }
 }

@@ -2,6 +2,7 @@
 #include <arpa/inet.h>
 #include <netinet/in.h>
 #include <sys/socket.h>
+#include <sys/stat.h>
 #include <sys/syscall.h>
 #include <unistd.h>
 
@@ -131,8 +132,10 @@ TEST_F(Isolation, ABoxThatLeadsElsewhereIsRefused) {
 TEST_F(Isolation, AMakingThatLeadsElsewhereIsRefused) {
   const fs::path making = place().root() / ".making", outside = scratch_ / "outside";
   for (const char *const folder : {"new", "whole/tmp", "old/tmp/mine"}) fs::create_directories(outside / folder);
+  std::ofstream(outside / "made_by_spbox");
   for (const char *const link : {".making", ".making/new", ".making/whole", ".making/old"}) {
     fs::create_directories(making / "whole/tmp");
+    std::ofstream(making / "made_by_spbox");
     const fs::path whole = place().root() / link;
     fs::remove_all(whole);
     fs::create_directory_symlink(whole == making ? outside : outside / whole.filename(), whole);
@@ -145,6 +148,23 @@ TEST_F(Isolation, AMakingThatLeadsElsewhereIsRefused) {
     fs::remove_all(making);
   }
   done({"units", "box"});
+}
+
+// The list of mount points names folders of tmp, which a run removes when they are empty.
+TEST_F(Isolation, AListOfMountPointsThatLeadsElsewhereTouchesNothing) {
+  const fs::path list = place().root() / "mgb/lib/mount_points", outside = scratch_ / "outside";
+  fs::create_directories(outside / "empty");
+  std::ofstream(list) << (outside / "empty").string() << "\n../../outside/empty\n..\n";
+  done({"run", "box", "true"});
+  EXPECT_TRUE(fs::exists(outside / "empty"));
+  const std::string why = "spbox: " + list.string() + " is no file of a box. Remove it.\n";
+  fs::remove(list);
+  fs::create_symlink(outside / "list", list);
+  EXPECT_EQ(refused({"run", "box", "true"}), why);
+  EXPECT_FALSE(fs::exists(outside / "list"));
+  fs::remove(list);
+  ASSERT_EQ(mkfifo(list.c_str(), 0644), 0);
+  EXPECT_EQ(refused({"run", "box", "true"}), why);
 }
 
 TEST_F(Isolation, APipeInPlaceOfALogKeepsNobodyWaiting) {
