@@ -1,9 +1,13 @@
 #include "host/spbox/making.h"
 
+#include <fcntl.h>
+
 #include <array>
+#include <cerrno>
 #include <string>
 #include <system_error>
 
+#include "host/base/descriptor.h"
 #include "host/spbox/folder_lock.h"
 #include "host/spbox/standard_output.h"
 
@@ -13,6 +17,7 @@ namespace {
 namespace fs = std::filesystem;
 
 constexpr const char *kMakingFolder = ".making";
+constexpr const char *kMark = "made_by_spbox";  // in that folder, first to come and last to go
 
 // The parts of a box. The last one makes a folder a box.
 constexpr std::array<const char *, 2> kParts{"tmp", "mgb"};
@@ -30,13 +35,17 @@ Making::Making(const box::Place &place)
       whole_(folder_ / "whole"),
       old_(folder_ / "old") {}
 
+// An empty folder is what a maker left that died before it made its mark, or behind it.
 bool Making::is_any_left(const box::Place &place) {
   std::error_code error;
-  return fs::exists(fs::symlink_status(place.root() / kMakingFolder, error));
+  const fs::path folder = place.root() / kMakingFolder;
+  if (fs::exists(fs::symlink_status(folder / kMark, error))) return true;
+  return fs::is_directory(fs::symlink_status(folder, error)) && fs::is_empty(folder, error);
 }
 
 void Making::make(const box::Contents &contents) const {
   try {
+    begin();
     box::create_box(box::Place(fresh_), contents);
     fs::create_directories(old_);
     fs::rename(fresh_, whole_);
@@ -45,6 +54,22 @@ void Making::make(const box::Contents &contents) const {
     undo();
     throw;
   }
+}
+
+// A folder by this name may be somebody else's. The mark tells.
+void Making::begin() const {
+  fs::create_directory(folder_);
+  const fs::path mark = folder_ / kMark;
+  const base::Descriptor file(open(mark.c_str(), O_WRONLY | O_CREAT | O_NOFOLLOW | O_CLOEXEC, 0666));
+  if (file.get() < 0) throw std::system_error(errno, std::generic_category(), mark.string());
+}
+
+// What was made goes before the mark, and what is somebody else's stays.
+void Making::discard() const {
+  for (const fs::path &path : {fresh_, whole_, old_}) fs::remove_all(path);
+  fs::remove(folder_ / kMark);
+  std::error_code not_empty;
+  fs::remove(folder_, not_empty);
 }
 
 // Each part of the new box that still waits takes its place. What stands there is the old one's.
@@ -58,9 +83,10 @@ void Making::finish() const {
     }
     fs::rename(whole_ / part, root_ / part);
   }
-  std::error_code ignored;  // what cannot be removed of the old box makes the new one no worse
-  fs::remove_all(old_, ignored);
-  fs::remove_all(folder_, ignored);
+  try {
+    discard();
+  } catch (const std::exception &) {  // what cannot be removed of the old box makes the new one no worse
+  }
 }
 
 // The old parts that were put aside come back. What is wrong was said already, or is said by who comes next.
@@ -71,7 +97,10 @@ void Making::undo() const {
     if (is_there(old_ / part)) fs::rename(old_ / part, root_ / part, ignored);
   }
   fs::rename(whole_, fresh_, ignored);
-  fs::remove_all(folder_, ignored);
+  try {
+    discard();
+  } catch (const std::exception &) {  // the next spbox tries again
+  }
 }
 
 // Nobody who makes a box leaves a link. Behind one lies what is none of the box's.
@@ -89,11 +118,12 @@ Making::Left Making::clear_up() const {
     return Left::kFinished;
   }
   const Left left = is_there(fresh_) ? Left::kUndone : Left::kNothing;
-  fs::remove_all(folder_);
+  discard();
   return left;
 }
 
 void clear_up_making_alone(const box::Place &place) {
+  if (!Making::is_any_left(place)) return;
   const Making::Left left = Making(place).clear_up();
   if (left == Making::Left::kNothing) return;
   const char *now = box::is_box(place) ? "the box that it was" : "no box";

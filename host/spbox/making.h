@@ -23,6 +23,8 @@ class Making {
 
  private:
   void refuse_links() const;
+  void begin() const;
+  void discard() const;
   void finish() const;
   void undo() const;
 

@@ -251,6 +251,7 @@ TEST_F(CreateFolder, LeavesNothingBesideTheNewBox) {
   std::ofstream(place().root() / "notes") << "mine";
   fs::remove_all(place().tmp());
   fs::create_directories(place().root() / ".making/new/mgb");  // of a making that was killed
+  std::ofstream(place().root() / ".making/made_by_spbox") << "";
   EXPECT_EQ(done({"create", "box", "--model", "qb1", "--force"}),
             "spbox: box was being made when spbox died. It is the box that it was.\n"
             "Made box: model qb1, 53 units, all healthy. `spbox units box` lists them.\n");
@@ -259,6 +260,23 @@ TEST_F(CreateFolder, LeavesNothingBesideTheNewBox) {
   std::sort(names.begin(), names.end());
   EXPECT_EQ(names, (Words{"mgb", "notes", "tmp"}));
   EXPECT_EQ(done({"fault", "box", "/PSU#0"}), "/PSU#0  Faulted\n");
+}
+
+// What spbox did not make may have any name.
+TEST_F(CreateFolder, LeavesAFolderOfSomebodyElseAlone) {
+  fs::create_directories(scratch_ / "theirs/.making/whole/tmp");
+  fs::create_directories(scratch_ / "theirs/tmp");
+  std::ofstream(scratch_ / "theirs/tmp/mine") << "mine";
+  EXPECT_EQ(refused({"units", "theirs"}), "spbox: theirs is no box.\n");
+  EXPECT_NE(refused({"create", "theirs", "--model", "qa"}).find("is a folder with other things in it"),
+            std::string::npos);
+  EXPECT_TRUE(fs::exists(scratch_ / "theirs/.making/whole/tmp"));
+  EXPECT_TRUE(fs::exists(scratch_ / "theirs/tmp/mine"));
+  make_box("qa");
+  fs::create_directories(place().root() / ".making/theirs");
+  done({"create", "box", "--model", "qb1", "--force"});
+  EXPECT_TRUE(fs::exists(place().root() / ".making/theirs"));
+  EXPECT_FALSE(fs::exists(place().root() / ".making/made_by_spbox"));
 }
 
 TEST_F(CreateFolder, ReplacesNoBoxInWhichACommandRuns) {

@@ -132,10 +132,10 @@ TEST_F(Isolation, ABoxThatLeadsElsewhereIsRefused) {
 TEST_F(Isolation, AMakingThatLeadsElsewhereIsRefused) {
   const fs::path making = place().root() / ".making", outside = scratch_ / "outside";
   for (const char *const folder : {"new", "whole/tmp", "old/tmp/mine"}) fs::create_directories(outside / folder);
-  std::ofstream(outside / "made_by_spbox");
+  std::ofstream(outside / "made_by_spbox") << "";
   for (const char *const link : {".making", ".making/new", ".making/whole", ".making/old"}) {
     fs::create_directories(making / "whole/tmp");
-    std::ofstream(making / "made_by_spbox");
+    std::ofstream(making / "made_by_spbox") << "";
     const fs::path whole = place().root() / link;
     fs::remove_all(whole);
     fs::create_directory_symlink(whole == making ? outside : outside / whole.filename(), whole);
