@@ -15,6 +15,7 @@
 #include <type_traits>
 
 #include "host/base/descriptor.h"
+#include "host/box/own_files.h"
 
 namespace box {
 namespace {
@@ -27,9 +28,6 @@ struct Record {
   LogEntry entry;
 };
 static_assert(sizeof(LogEntry) == 64 && sizeof(Record) == 72 && std::is_trivially_copyable_v<Record>);
-
-// A command in the box may have put something else in the place of the file: no link is followed, and no pipe waited for.
-constexpr int kOwnFile = O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC;
 
 constexpr off_t kRecordSize = sizeof(Record);
 

@@ -7,9 +7,12 @@
 #include <optional>
 #include <thread>
 
+#include "host/box/own_files.h"
+
 namespace box {
 namespace {
 
+using std::chrono::milliseconds;
 using std::chrono::steady_clock;
 
 struct flock lock_of(short type, off_t byte) {
@@ -31,6 +34,18 @@ bool is_taken(int fd, off_t byte) {
   return fcntl(fd, F_GETLK, &lock) == 0 && lock.l_type != F_UNLCK;
 }
 
+// Tries until it succeeds. False when the patience is over.
+template <class Attempt>
+bool succeeds(Attempt attempt, milliseconds patience, milliseconds between_tries) {
+  std::optional<steady_clock::time_point> end;  // the clock is looked at only where the first attempt fails
+  while (!attempt()) {
+    if (!end) end = steady_clock::now() + patience;
+    if (steady_clock::now() >= *end) return false;
+    std::this_thread::sleep_for(between_tries);
+  }
+  return true;
+}
+
 }  // namespace
 
 LockFile::~LockFile() {
@@ -38,30 +53,21 @@ LockFile::~LockFile() {
 }
 
 bool LockFile::open(const std::filesystem::path &file) {
-  fd_ = ::open(file.c_str(), O_RDWR | O_CREAT | O_CLOEXEC | O_NOFOLLOW, 0666);
+  fd_ = ::open(file.c_str(), O_RDWR | O_CREAT | kOwnFile, 0666);
   return fd_ >= 0;
 }
 
-int LockFile::take(off_t byte, Way way, std::chrono::milliseconds patience,
-                   std::chrono::milliseconds between_tries) const {
-  std::optional<steady_clock::time_point> end;  // the clock is looked at only where the byte is not free
-  while (set_lock(fd_, way == Way::kAlone ? F_WRLCK : F_RDLCK, byte) != 0) {
-    if (errno != EACCES && errno != EAGAIN) return errno;
-    if (!end) end = steady_clock::now() + patience;
-    if (steady_clock::now() >= *end) return EAGAIN;
-    std::this_thread::sleep_for(between_tries);
-  }
-  return 0;
+int LockFile::take(off_t byte, Way way, milliseconds patience, milliseconds between_tries) const {
+  int error = 0;
+  const auto is_decided = [&] {
+    error = set_lock(fd_, way == Way::kAlone ? F_WRLCK : F_RDLCK, byte) == 0 ? 0 : errno;
+    return error != EACCES && error != EAGAIN;
+  };
+  return succeeds(is_decided, patience, between_tries) ? error : EAGAIN;
 }
 
-void LockFile::wait_until_free(off_t byte, std::chrono::milliseconds patience,
-                               std::chrono::milliseconds between_tries) const {
-  std::optional<steady_clock::time_point> end;
-  while (is_taken(fd_, byte)) {
-    if (!end) end = steady_clock::now() + patience;
-    if (steady_clock::now() >= *end) return;
-    std::this_thread::sleep_for(between_tries);
-  }
+void LockFile::wait_until_free(off_t byte, milliseconds patience, milliseconds between_tries) const {
+  succeeds([&] { return !is_taken(fd_, byte); }, patience, between_tries);
 }
 
 void LockFile::give_back(off_t byte) const {

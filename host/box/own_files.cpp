@@ -1,5 +1,7 @@
 #include "host/box/own_files.h"
 
+#include <sys/stat.h>
+
 namespace box {
 
 namespace fs = std::filesystem;
@@ -13,6 +15,11 @@ std::optional<fs::path> link_in(const Place &place) {
     if (entry.is_symlink()) return entry.path();
   }
   return std::nullopt;
+}
+
+bool is_file(int fd) {
+  struct stat status {};
+  return fstat(fd, &status) == 0 && S_ISREG(status.st_mode);
 }
 
 }  // namespace box

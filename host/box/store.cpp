@@ -8,7 +8,6 @@
 #include <cerrno>
 #include <cstring>
 #include <system_error>
-#include <thread>
 #include <utility>
 
 #include "host/box/lmdb_text.h"

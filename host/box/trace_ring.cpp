@@ -16,6 +16,7 @@
 
 #include "host/base/descriptor.h"
 #include "host/box/mapping_guard.h"
+#include "host/box/own_files.h"
 
 namespace box {
 namespace {
@@ -156,7 +157,7 @@ void TraceRing::create(const std::filesystem::path &file) {
 
 bool TraceRing::map(const char *file) noexcept {
   const int kept_errno = errno;
-  const int fd = open(file, O_RDWR | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC);
+  const int fd = open(file, O_RDWR | kOwnFile);
   if (fd >= 0) {
     if (Ring *ring = map_ring(fd)) memory_.store(ring, std::memory_order_release);
     close(fd);
@@ -196,7 +197,7 @@ bool TraceRing::append(std::uint32_t module, std::uint32_t level, std::uint32_t 
 }
 
 std::vector<TraceEntry> TraceRing::read(const std::filesystem::path &file) {
-  const base::Descriptor ring(open(file.c_str(), O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC));
+  const base::Descriptor ring(open(file.c_str(), O_RDONLY | kOwnFile));
   if (ring.get() < 0) throw failure(file, "read it", std::strerror(errno));
   const std::vector<std::uint64_t> words = words_of(ring.get());
   constexpr std::size_t kHeadWords = sizeof(Head) / sizeof(std::uint64_t),

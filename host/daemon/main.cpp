@@ -24,6 +24,7 @@
 #include "host/base/told.h"
 #include "host/box/daemon_socket.h"
 #include "host/box/full_file.h"
+#include "host/box/own_files.h"
 #include "host/daemon/server.h"
 #include "host/include/lmainte_host.h"
 
@@ -74,7 +75,7 @@ void say_ready(int fd) {
 class Turn {
  public:
   explicit Turn(const box::Place &place)
-      : place_(place), fd_(open((place.daemons() / ".turn").c_str(), kOwnFile, 0666)) {
+      : place_(place), fd_(open((place.daemons() / ".turn").c_str(), O_RDWR | O_CREAT | box::kOwnFile, 0666)) {
     if (fd_.get() < 0) fail();
   }
 
@@ -109,7 +110,6 @@ class Turn {
   }
 
  private:
-  static constexpr int kOwnFile = O_RDWR | O_CREAT | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC;
   static constexpr std::chrono::seconds kPatience{5};
   static constexpr std::chrono::milliseconds kBetweenTries{5};
 

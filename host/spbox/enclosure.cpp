@@ -2,7 +2,6 @@
 
 #include <fcntl.h>
 #include <sys/file.h>
-#include <sys/stat.h>
 #include <unistd.h>
 
 #include <array>
@@ -13,6 +12,7 @@
 
 #include "host/base/told.h"
 #include "host/box/database.h"
+#include "host/box/own_files.h"
 #include "host/include/lmainte_host.h"
 #include "host/spbox/occupancy.h"
 #include "host/spbox/standard_output.h"
@@ -165,11 +165,8 @@ MountPoints::~MountPoints() {
 
 // The lock is had only when no other command is in the box.
 void MountPoints::sweep() const {
-  struct stat status {};
-  const base::Descriptor list(open(list_.c_str(), O_RDWR | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC));
-  if (list.get() < 0 || fstat(list.get(), &status) != 0 || !S_ISREG(status.st_mode) ||
-      flock(list.get(), LOCK_EX | LOCK_NB) != 0)
-    return;
+  const base::Descriptor list(open(list_.c_str(), O_RDWR | box::kOwnFile));
+  if (list.get() < 0 || !box::is_file(list.get()) || flock(list.get(), LOCK_EX | LOCK_NB) != 0) return;
   remove_all();
   [[maybe_unused]] const int kept_for_the_next_run = ftruncate(list.get(), 0);
 }

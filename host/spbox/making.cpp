@@ -8,6 +8,7 @@
 #include <system_error>
 
 #include "host/base/descriptor.h"
+#include "host/box/own_files.h"
 #include "host/spbox/folder_lock.h"
 #include "host/spbox/standard_output.h"
 
@@ -39,8 +40,10 @@ Making::Making(const box::Place &place)
 bool Making::is_any_left(const box::Place &place) {
   std::error_code error;
   const fs::path folder = place.root() / kMakingFolder;
-  if (fs::exists(fs::symlink_status(folder / kMark, error))) return true;
-  return fs::is_directory(fs::symlink_status(folder, error)) && fs::is_empty(folder, error);
+  const fs::file_status status = fs::symlink_status(folder, error);
+  if (!fs::exists(status)) return false;
+  return fs::exists(fs::symlink_status(folder / kMark, error)) ||
+         (fs::is_directory(status) && fs::is_empty(folder, error));
 }
 
 void Making::make(const box::Contents &contents) const {
@@ -60,7 +63,7 @@ void Making::make(const box::Contents &contents) const {
 void Making::begin() const {
   fs::create_directory(folder_);
   const fs::path mark = folder_ / kMark;
-  const base::Descriptor file(open(mark.c_str(), O_WRONLY | O_CREAT | O_NOFOLLOW | O_CLOEXEC, 0666));
+  const base::Descriptor file(open(mark.c_str(), O_WRONLY | O_CREAT | box::kOwnFile, 0666));
   if (file.get() < 0) throw std::system_error(errno, std::generic_category(), mark.string());
 }
 

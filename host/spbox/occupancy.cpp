@@ -2,13 +2,13 @@
 
 #include <fcntl.h>
 #include <sys/file.h>
-#include <sys/stat.h>
 #include <unistd.h>
 
 #include <cerrno>
 #include <system_error>
 
 #include "host/box/contents.h"
+#include "host/box/own_files.h"
 #include "host/spbox/folder_lock.h"
 #include "host/spbox/making.h"
 
@@ -16,9 +16,8 @@ namespace spbox {
 namespace {
 
 int open_file(const std::filesystem::path &file) {
-  const int fd = open(file.c_str(), O_RDWR | O_CREAT | O_APPEND | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK, 0644);
-  struct stat status {};
-  if (fd >= 0 && fstat(fd, &status) == 0 && S_ISREG(status.st_mode)) return fd;
+  const int fd = open(file.c_str(), O_RDWR | O_CREAT | O_APPEND | box::kOwnFile, 0644);
+  if (fd >= 0 && box::is_file(fd)) return fd;
   if (fd >= 0) close(fd);
   if (fd >= 0 || errno == ELOOP) throw box::InventoryError(file.string() + " is no file of a box. Remove it.");
   throw std::system_error(errno, std::generic_category(),
