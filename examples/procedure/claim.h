@@ -9,7 +9,6 @@
 #include <csignal>
 #include <cstdint>
 #include <fstream>
-#include <iterator>
 #include <string>
 #include <system_error>
 
@@ -58,12 +57,12 @@ class Claim {
 
   // A process that has ended and was not waited for still has its number. It does nothing any more.
   static bool is_running(pid_t process) {
-    if (kill(process, 0) != 0 && errno != EPERM) return false;
     std::ifstream file("/proc/" + std::to_string(process) + "/stat");
-    const std::string text((std::istreambuf_iterator<char>(file)), {});
+    std::string text;
+    std::getline(file, text);  // nothing where the process ends between the opening and the reading
     const size_t name_end = text.rfind(") ");
-    const char state = name_end == std::string::npos ? 'R' : text[name_end + 2];
-    return state != 'Z' && state != 'X';
+    if (name_end != std::string::npos && (text[name_end + 2] == 'Z' || text[name_end + 2] == 'X')) return false;
+    return kill(process, 0) == 0 || errno == EPERM;
   }
 
   Outcome take(int32_t fd) {

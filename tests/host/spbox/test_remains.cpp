@@ -96,4 +96,13 @@ TEST_F(Remains, AChildWhoseParentWorksOnStays) {
   EXPECT_EQ(busy.wait(), 0);
 }
 
+TEST_F(Remains, AProcessThatEndsWhileItIsLookedAtIsGone) {
+  const Done result = run_to_end({"/usr/bin/env", "-C", scratch_.path(), "strace", "-f", "-qq", "-o", "/dev/null", "-P",
+                                  "/proc/" + std::to_string(getpid()) + "/stat", "-e", "inject=read:error=ESRCH", SPBOX,
+                                  "run", "box", "--", "sh", "-c", "sleep 100 & kill -KILL $$"});
+  EXPECT_EQ(result.output, "");
+  EXPECT_EQ(result.exit_status, 137);
+  EXPECT_TRUE(box::inhabitants(place()).empty());
+}
+
 }  // namespace
