@@ -13,12 +13,25 @@ missing_programs() {
   done
 }
 
+is_installed() { [[ $(dpkg-query --show --showformat='${db:Status-Status}' "$1" 2>/dev/null) == installed ]]; }
+is_known() { apt-cache show "$1" >/dev/null 2>&1; }
+
+# missing_among PACKAGE...: those that are not installed. A package that this system does not know is not missing where the
+# one behind its bar, which contains it there, is installed.
 missing_among() {
   local package
   for package in "$@"; do
-    if [[ $(dpkg-query --show --showformat='${db:Status-Status}' "$package" 2>/dev/null) != installed ]]; then
-      echo "$package"
-    fi
+    if is_installed "${package%|*}"; then continue; fi
+    if [[ $package == *'|'* ]] && is_installed "${package#*|}" && ! is_known "${package%|*}"; then continue; fi
+    echo "$package"
+  done
+}
+
+# as_known PACKAGE...: of two packages with a bar between them, prints the one that this system knows.
+as_known() {
+  local package
+  for package in "$@"; do
+    if is_known "${package%|*}"; then echo "${package%|*}"; else echo "${package#*|}"; fi
   done
 }
 
@@ -52,9 +65,13 @@ amount() {
 
 # install_missing PACKAGE...: prints how much it is, and installs it.
 install_missing() {
-  may_install "$@"
-  say "Missing here: $*"
+  local packages
+  mapfile -t packages < <(as_known "$@")
+  may_install "${packages[@]}"
+  say "Missing here: ${packages[*]}"
   apt_get update || die 'the lists of packages cannot be fetched: apt-get says why above.'
+  mapfile -t packages < <(as_known "$@")
+  set -- "${packages[@]}"
   say "Installing $(amount "$@") ..."
   apt_get install -y --no-install-recommends "$@" || die 'the packages cannot be installed: apt-get says why above.'
 }
