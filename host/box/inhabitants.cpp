@@ -30,7 +30,7 @@ bool is_same_folder(const fs::path &one, const fs::path &other) {
 std::optional<ProcessState> state_of(pid_t process) {
   std::ifstream file(folder_of(process) / "stat");
   std::string text;
-  std::getline(file, text);  // nothing where the process ends between the opening and the reading
+  std::getline(file, text);               // nothing where the process ends between the opening and the reading
   const auto name_end = text.rfind(')');  // a name may have brackets and blanks of its own
   if (name_end == std::string::npos) return std::nullopt;
   constexpr int kBetweenParentAndStart = 17;
