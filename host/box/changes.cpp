@@ -5,15 +5,16 @@
 namespace box {
 
 // A small record stands in a page of the tree, in less than half of it; a large one in pages of its own.
-void RoomForChanges::add(const Changes &changes) {
+void RoomForChanges::add(std::size_t key_size, std::size_t record_size) {
   constexpr std::size_t kOfANode = 32;
-  for (const auto &[key, record] : changes) {
-    const std::size_t size = record ? record->size() : 0;
-    const bool is_small = key.size() + size + kOfANode <= page_ / 2;
-    ++count_;
-    in_tree_ += key.size() + kOfANode + (is_small ? size : 0);
-    beside_it_ += is_small ? 0 : size / page_ + 1;
-  }
+  const bool is_small = key_size + record_size + kOfANode <= page_ / 2;
+  ++count_;
+  in_tree_ += key_size + kOfANode + (is_small ? record_size : 0);
+  beside_it_ += is_small ? 0 : record_size / page_ + 1;
+}
+
+void RoomForChanges::add(const Changes &changes) {
+  for (const auto &[key, record] : changes) add(key.size(), record ? record->size() : 0);
 }
 
 // LMDB copies a page of the tree before the first change of it. It may split a page behind its last record, and leaves pages at

@@ -21,6 +21,7 @@ class RoomForChanges {
   explicit RoomForChanges(std::size_t page) : page_(page) {}
 
   void add(const Changes &changes);
+  void add(std::size_t key_size, std::size_t record_size);
 
   // In pages, and no fewer than it will be, where the records stand in this tree.
   std::size_t pages(const MDB_stat &tree) const;

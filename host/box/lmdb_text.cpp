@@ -3,16 +3,10 @@
 #include <lmdb.h>
 
 namespace box {
-namespace {
 
-std::string damaged(const char *how) {
-  std::string text = "data.mdb is damaged: ";
-  text += how;
-  text += kRemake;
-  return text;
+std::string damaged(const std::string &how) {
+  return "data.mdb is damaged: " + how + " Make the box anew, or load a dump of it.";
 }
-
-}  // namespace
 
 std::string lmdb_text(int result, std::size_t room) {
   switch (result) {
@@ -23,7 +17,16 @@ std::string lmdb_text(int result, std::size_t room) {
       return damaged("it does not begin as it should.");
     case MDB_CORRUPTED:
     case MDB_PAGE_NOTFOUND:
+    case MDB_CURSOR_FULL:
+    case MDB_PAGE_FULL:
+    case MDB_BAD_VALSIZE:
+    case MDB_INCOMPATIBLE:
+    case MDB_BAD_TXN:
       return damaged("a part of it holds something else.");
+    case MDB_PANIC:
+      return "a save before this one failed on the disk. End the program, see the disk, and try again.";
+    case MDB_MAP_RESIZED:
+      return damaged("it says that it is larger than a box can be.");
     default:
       return mdb_strerror(result);
   }

@@ -6,8 +6,8 @@
 
 namespace box {
 
-// The way out where a file of the box is damaged.
-inline constexpr const char *kRemake = " Make the box anew, or load a dump of it.";
+// What is said of a data file that is not as it was saved, with the way out.
+std::string damaged(const std::string &how);
 
 // A result of LMDB, or a number of errno, in words. `room` is the size of a full data file.
 std::string lmdb_text(int result, std::size_t room);

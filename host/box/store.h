@@ -19,6 +19,7 @@
 #include <vector>
 
 #include "host/box/changes.h"
+#include "host/box/data_file.h"
 #include "host/box/database.h"
 #include "host/box/gate.h"
 #include "host/box/lock_file.h"
@@ -54,10 +55,6 @@ class Store {
   // Throws where no store can hold such a record.
   void check_record(std::string_view key, std::size_t size) const;
 
-  // "WHAT: REASON. WAY OUT", for the store's folder.
-  std::runtime_error failure(const std::string &what, const std::string &reason) const;
-  std::runtime_error failure(const std::string &what, int lmdb_result) const;
-
   struct Slot {
     const void *holder = nullptr;  // the user of this database that has its lock
     Changes changes;               // under the lock
@@ -67,25 +64,22 @@ class Store {
  private:
   class Reading;
 
-  Store(std::filesystem::path folder, bool create);
+  Store(const std::filesystem::path &folder, bool create, KnownSave &known);
   void open(bool create);
-  void check_file(bool create) const;
+  void open_with_lmdb();
   void release();
   void check_open(const Gate &gate) const;  // throws
-  off_t check_whole() const;
-  void fill_holes() const;
   void make_room(off_t size, std::span<const std::uint32_t> numbers) const;
-  void put(MDB_txn *transaction, std::uint32_t number) const;
+  std::uint64_t put(MDB_txn *transaction, std::uint32_t number) const;
+  void put_all(MDB_txn *transaction, std::span<const std::uint32_t> numbers);
 
-  std::filesystem::path folder_;
+  DataFile file_;
   pid_t process_;
   MDB_env *env_ = nullptr;
   MDB_txn *reader_ = nullptr;  // kept between two readings
   MDB_dbi records_ = 0;
-  std::size_t page_ = 0;
-  int data_file_ = -1;
   LockFile locks_;
-  mutable unsigned readings_ = 0;
+  unsigned readings_ = 0;
 };
 
 }  // namespace box

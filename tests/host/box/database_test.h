@@ -1,6 +1,8 @@
 // What the tests of databases share: texts as records, and what is said where something fails.
 #pragma once
 
+#include <filesystem>
+#include <fstream>
 #include <functional>
 #include <stdexcept>
 #include <string>
@@ -9,6 +11,12 @@
 
 inline box::Bytes bytes(const std::string &text) {
   return {text.begin(), text.end()};
+}
+
+inline box::Bytes bytes_of_file(const std::filesystem::path &file) {
+  box::Bytes bytes(std::filesystem::file_size(file));
+  std::ifstream(file, std::ios::binary).read(reinterpret_cast<char *>(bytes.data()), static_cast<long>(bytes.size()));
+  return bytes;
 }
 
 inline std::string message_of(const std::function<void()> &call) {

@@ -7,6 +7,7 @@
 #include <iterator>
 
 #include "host/base/descriptor.h"
+#include "host/box/data_pages.h"
 #include "host/box/database.h"
 #include "tests/host/box/child.h"
 #include "tests/host/box/database_test.h"
@@ -17,6 +18,12 @@ namespace {
 
 using box::Bytes;
 using box::Database;
+
+// Throws where the pages of a data file are damaged.
+void look_at(const std::filesystem::path &file) {
+  const Bytes whole = bytes_of_file(file);
+  box::examine(whole, box::heads_of(whole));
+}
 
 struct DatabaseFiles : testing::Test {
   std::string opening() const {
@@ -44,7 +51,7 @@ TEST_F(DatabaseFiles, AnEmptyFolderHoldsNoDatabases) {
 
 TEST_F(DatabaseFiles, AFileOfAnotherKindIsNamed) {
   std::ofstream(file()) << std::string(10000, 'x');
-  EXPECT_EQ(opening(), said("open: data.mdb is damaged: it does not begin as it should. Make the box anew, or load a "
+  EXPECT_EQ(opening(), said("read: data.mdb is damaged: it does not begin as it should. Make the box anew, or load a "
                             "dump of it."));
 }
 
@@ -65,7 +72,7 @@ TEST_F(DatabaseFiles, AFileThatWasCutShortIsNamed) {
         << message;
   }
   std::filesystem::resize_file(file(), 4096);
-  EXPECT_TRUE(opening().starts_with(said("open: data.mdb is damaged: "))) << opening();
+  EXPECT_TRUE(opening().starts_with(said("read: data.mdb is damaged: "))) << opening();
 }
 
 TEST_F(DatabaseFiles, AFileThatIsCutShortInUseIsNamed) {
@@ -151,6 +158,7 @@ TEST_F(DatabaseFiles, HasRoomForWhateverChangesAndNotMuchMore) {
     }
     Database::unlock_together({&database});
     EXPECT_NO_THROW(database.get("k1")) << "the file is shorter than LMDB says, after change " << round;
+    if (round % 4 == 0) look_at(file());
     std::uintmax_t kept = 0;
     database.each(
         [&](std::string_view key, std::span<const std::uint8_t> record) { kept += key.size() + record.size(); });
