@@ -31,11 +31,16 @@ class ArgumentVector {
   std::vector<char *> pointers_;
 };
 
-// Throws what people are told where a fork for WHAT failed.
+class NoProcess : public std::runtime_error {
+ public:
+  using std::runtime_error::runtime_error;
+};
+
+// Throws what people are told where a fork for WHAT failed: a NoProcess.
 [[noreturn]] inline void no_process_for(const std::string &what) {
   const std::string why = std::generic_category().message(errno);
-  throw std::runtime_error("no process can be started for " + what + ": " + why +
-                           ". End some, or raise their limit (ulimit -u).");
+  throw NoProcess("no process can be started for " + what + ": " + why +
+                  ". End some, or raise their limit (ulimit -u).");
 }
 
 // Waits for a child's end, whatever signals come in between. Returns its wait status. Throws std::system_error.

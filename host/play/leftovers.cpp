@@ -5,7 +5,10 @@
 #include <algorithm>
 #include <chrono>
 #include <fstream>
+#include <functional>
+#include <sstream>
 
+#include "host/box/confinement.h"
 #include "host/box/database.h"
 #include "host/box/hardware.h"
 #include "host/box/inhabitants.h"
@@ -77,6 +80,18 @@ Sentences files_left(const box::Place &place, const Before &before) {
   return sentences;
 }
 
+// The command may have left anything there.
+Sentences in_databases(const box::Place &place, const std::function<Sentences()> &look) {
+  std::istringstream lines(box::in_confinement(place, [&] {
+    std::string text;
+    for (const std::string &sentence : look()) text += sentence + '\0';
+    return text;
+  }));
+  Sentences sentences;
+  for (std::string sentence; std::getline(lines, sentence, '\0');) sentences.push_back(sentence);
+  return sentences;
+}
+
 }  // namespace
 
 std::string program_of(pid_t process) {
@@ -140,11 +155,11 @@ Before before_command(const box::Place &place, const terminal::Terminal &termina
 
 Sentences leftovers(const box::Place &place, const terminal::Terminal &terminal, const Before &before,
                     const Sentences &detached) {
-  Sentences sentences = left_in_hardware(place, detached);
+  Sentences sentences = in_databases(place, [&] { return left_in_hardware(place, detached); });
   add(sentences, left_at_terminal(terminal, before));
   add(sentences, processes_left(place, terminal, before));
   add(sentences, files_left(place, before));
-  add(sentences, locked_databases(place));
+  add(sentences, in_databases(place, [&] { return locked_databases(place); }));
   return sentences;
 }
 

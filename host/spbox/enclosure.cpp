@@ -10,7 +10,9 @@
 #include <fstream>
 #include <system_error>
 
+#include "host/base/child.h"
 #include "host/base/told.h"
+#include "host/box/confinement.h"
 #include "host/box/database.h"
 #include "host/box/own_files.h"
 #include "host/include/lmainte_host.h"
@@ -146,7 +148,12 @@ std::vector<std::string> bwrap_arguments(const RootPlan &plan) {
 
 void complete_databases(const box::Place &place) {
   try {
-    const box::Database database(place.hardware());
+    box::in_confinement(place, [&] {
+      const box::Database database(place.hardware());
+      return std::string();
+    });
+  } catch (const base::NoProcess &) {
+    throw;
   } catch (const std::exception &error) {  // they stay as they are, and fail inside as they do here
     const std::string why = base::told(error);
     complain(why + (why.ends_with('.') ? "" : ".") + " The command runs without them.");

@@ -1,12 +1,14 @@
 // spbox: a service processor in a folder, for people.
 #include <exception>
 #include <filesystem>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
 
 #include "host/base/told.h"
 #include "host/box/advice.h"
+#include "host/box/confinement.h"
 #include "host/script/script.h"
 #include "host/spbox/command_line.h"
 #include "host/spbox/damaged_files.h"
@@ -46,12 +48,20 @@ int complain(const std::exception &error, const std::string &way_out, int status
   return status;
 }
 
+// None where the verb takes none.
+std::optional<box::Place> box_of(const spbox::Verb &verb) {
+  for (const spbox::Word &word : verb.words) {
+    if (word.is_box) return box::Place(*std::get<std::filesystem::path *>(word.to));
+  }
+  return std::nullopt;
+}
+
 int act(const spbox::Verb &verb, const Words &words) {
   try {
     if (spbox::read_line(verb, words) == spbox::Asked::kForHelp) return print(spbox::help_of(verb));
-    for (const spbox::Word &word : verb.words) {
-      if (word.is_box) spbox::clear_up_making(box::Place(*std::get<std::filesystem::path *>(word.to)));
-    }
+    if (const auto place = box_of(verb)) spbox::clear_up_making(*place);
+    if (verb.prepare) verb.prepare();
+    if (verb.works_on_box && verb.acts_confined) box::confine_to(box_of(verb).value());
     return verb.act();
   } catch (const spbox::UsageError &error) {
     return complain(error, " " + box::advice({"help", verb.name}) + " says more.", spbox::kUsage);

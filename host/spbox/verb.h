@@ -63,9 +63,11 @@ struct Verb {
   std::string line;           // what it does, in one line
   bool works_on_box = false;  // one that is there, whose DIR is its first word: a step of a play may take the verb
   std::vector<Word> words;
-  std::string footer;                // of its help: what else there is to know, and examples
-  std::function<void()> check = {};  // throws UsageError for what the words' rows cannot tell; may be empty
-  std::function<int()> act;          // returns the exit status; may throw: the text is for the user
+  std::string footer;                  // of its help: what else there is to know, and examples
+  std::function<void()> check = {};    // throws UsageError for what the words' rows cannot tell; may be empty
+  std::function<void()> prepare = {};  // what `act` needs from outside the box; may be empty, and throw as `act` does
+  std::function<int()> act;            // returns the exit status; may throw: the text is for the user
+  bool acts_confined = true;           // to the box that it works on
 };
 
 // The words that many verbs take.

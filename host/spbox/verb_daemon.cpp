@@ -17,7 +17,7 @@ struct Options {
   std::filesystem::path box;
   std::string way;
   std::uint32_t seconds = 0;
-  bool as_json = false;
+  bool as_json = false, is_running = false;
 };
 
 const box::DaemonWayName &row_of(box::DaemonWay way) {
@@ -54,17 +54,21 @@ int daemon(const Options &options) {
   const bool changes = !options.way.empty();
   const box::DaemonBend bend = changes ? box::DaemonBend{way_of(options.way), options.seconds} : box::daemon_bend(kept);
   if (changes) box::set_daemon_bend(kept, bend);
-  const bool running = box::daemon_listens(place.daemons(), LMAINTE_HOST_MONITOR);
   if (options.as_json) {
     const Json whole = Json::Object{{"name", LMAINTE_HOST_MONITOR},
-                                    {"running", running},
+                                    {"running", options.is_running},
                                     {"way", row_of(bend.way).name},
                                     {"seconds", bend.way == box::DaemonWay::kLate ? Json(bend.seconds) : Json()}};
     print(whole.text());
     return 0;
   }
-  print_line(LMAINTE_HOST_MONITOR + std::string(running ? ", running: " : ", not running: ") + way_text(bend));
+  print_line(LMAINTE_HOST_MONITOR + std::string(options.is_running ? ", running: " : ", not running: ") +
+             way_text(bend));
   return 0;
+}
+
+void prepare(Options &options) {
+  options.is_running = box::daemon_listens(box::Place(options.box).daemons(), LMAINTE_HOST_MONITOR);
 }
 
 std::vector<std::string> way_names() {
@@ -105,6 +109,7 @@ Verb daemon_verb() {
               "  spbox daemon box garbled         answers are not as long as they say\n"
               "  spbox daemon box well            it answers as it should",
           .check = [options] { check(*options); },
+          .prepare = [options] { prepare(*options); },
           .act = [options] { return daemon(*options); }};
 }
 

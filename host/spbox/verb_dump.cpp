@@ -3,6 +3,7 @@
 #include <memory>
 
 #include "host/box/advice.h"
+#include "host/box/confinement.h"
 #include "host/script/script.h"
 #include "host/spbox/dump.h"
 #include "host/spbox/new_box.h"
@@ -20,7 +21,8 @@ struct Options {
 };
 
 int dump(const Options &options) {
-  const std::string text = dump_of(box::contents_of(box::Place(options.box)));
+  const box::Place place(options.box);
+  const std::string text = box::in_confinement(place, [&] { return dump_of(box::contents_of(place)); });
   if (options.file.empty() || options.file == "-") {
     print(text);
     return 0;
@@ -71,7 +73,8 @@ Verb dump_verb() {
               "Examples:\n"
               "  spbox dump box before.dump\n"
               "  spbox dump box | diff before.dump -",
-          .act = [options] { return dump(*options); }};
+          .act = [options] { return dump(*options); },
+          .acts_confined = false};
 }
 
 Verb load_verb() {

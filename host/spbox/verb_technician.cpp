@@ -16,6 +16,7 @@ struct Options {
   std::string steps;
   std::uint32_t limit = 600;
   int ready_fd = -1;
+  std::vector<technician::Step> read_steps;
 };
 
 std::vector<technician::Step> read(const Options &options) {
@@ -31,14 +32,17 @@ void check_ready_fd(const Options &options) {
   }
 }
 
-int work(const Options &options) {
+void prepare(Options &options) {
   check_ready_fd(options);
-  const auto steps = read(options);
+  options.read_steps = read(options);
+}
+
+int work(const Options &options) {
   technician::Technician hands(box::Place(options.box), technician::Clock::real(), [](const std::string &line) {
     print_line(line);
     std::fflush(stdout);
   });
-  hands.work(steps, std::chrono::seconds(options.limit), [&] {
+  hands.work(options.read_steps, std::chrono::seconds(options.limit), [&] {
     if (options.ready_fd >= 0 && write(options.ready_fd, "", 1) == 1) close(options.ready_fd);
   });
   return 0;
@@ -89,6 +93,7 @@ Verb technician_verb() {
                     "  spbox technician box hands.txt &\n"
                     "  spbox technician box --do 'when flag /PSU#3 start; after 2; pull /PSU#3' &",
           .check = [options] { check(*options); },
+          .prepare = [options] { prepare(*options); },
           .act = [options] { return work(*options); }};
 }
 
