@@ -17,6 +17,7 @@
 #include "host/box/own_files.h"
 #include "host/include/lmainte_host.h"
 #include "host/spbox/occupancy.h"
+#include "host/spbox/run_mark.h"
 #include "host/spbox/standard_output.h"
 
 namespace spbox {
@@ -113,6 +114,7 @@ void add_box(const RootPlan &plan, std::vector<std::string> &arguments) {
   if (fs::is_directory(mgb / "db")) add_databases(mgb / "db", arguments);
   add(arguments, {"--ro-bind", plan.control_program, "/mgb/lib/control_program"});
   add(arguments, {"--ro-bind", plan.daemon, kDaemonInside});
+  add(arguments, {"--symlink", name_of_this_run(), kRunInside});
   add(arguments, {"--ro-bind", plan.spbox, kSpboxInside, "--remount-ro", "/mgb/lib"});
   add(arguments, {"--bind", plan.box.tmp(), "/tmp"});
   for (const std::string &name : guests_in_tmp(plan)) add(arguments, {"--ro-bind", "/tmp/" + name, "/tmp/" + name});

@@ -8,6 +8,7 @@
 #include "host/spbox/making.h"
 #include "host/spbox/occupancy.h"
 
+#include "host/spbox/run_mark.h"
 namespace spbox {
 namespace {
 
@@ -66,3 +67,4 @@ void make_box(const box::Place &place, const box::Contents &contents, bool force
 }
 
 }  // namespace spbox
+  end_what_killed_runs_left(place);

@@ -1,7 +1,5 @@
 #include "host/spbox/remains.h"
 
-#include <poll.h>
-#include <sys/syscall.h>
 #include <unistd.h>
 
 #include <chrono>
@@ -14,11 +12,12 @@
 #include <set>
 #include <string>
 
-#include "host/base/descriptor.h"
 #include "host/base/number.h"
 #include "host/box/inhabitants.h"
 #include "host/box/trace_ring.h"
+#include "host/spbox/ending.h"
 #include "host/spbox/signals.h"
+#include "host/trace_book/trace_book.h"
 #include "trace_events/dialogue.h"
 #include "trace_events/frame.h"
 
@@ -35,9 +34,9 @@ std::optional<pid_t> child_in(const box::TraceEntry &entry) {
   constexpr struct {
     std::uint32_t event, word;
   } kRows[] = {
-      {trace_events::kEventBase + trace_events::Exec::kStarted, 3},
-      {trace_events::kEventBase + trace_events::DotStart::kChild, 2},
-      {trace_events::kEventBase + trace_events::ShowFile::kChildRuns, 0},
+      {trace_events::kEventBase + trace_events::Exec::kStarted, trace_book::kSecondValueWord},
+      {trace_events::kEventBase + trace_events::DotStart::kChild, trace_book::kFirstValueWord},
+      {trace_events::kEventBase + trace_events::ShowFile::kChildRuns, trace_book::kPidWord},
   };
   for (const auto &row : kRows) {
     if (entry.event == row.event && row.word < entry.word_count) return static_cast<pid_t>(entry.words.at(row.word));
@@ -63,16 +62,6 @@ bool is_of_its_start(const box::TraceEntry &entry, const box::ProcessState &stat
   return std::chrono::abs(nanoseconds(entry.time_ns) - started_at(state)) < kAtItsStart;
 }
 
-// What has its number when it is ended is still what was looked at.
-void end(pid_t process, const box::Place &place) {
-  constexpr int kPatience = 1000;  // milliseconds
-  const base::Descriptor handle(static_cast<int>(syscall(SYS_pidfd_open, process, 0)));
-  if (handle.get() < 0 || !box::is_inside(process, place)) return;
-  syscall(SYS_pidfd_send_signal, handle.get(), SIGKILL, nullptr, 0);
-  pollfd ended{handle.get(), POLLIN, 0};
-  poll(&ended, 1, kPatience);
-}
-
 void end_lost_children(const box::Place &place) {
   const std::set<pid_t> inside = box::inhabitants(place);
   std::set<pid_t> alone;
@@ -85,7 +74,8 @@ void end_lost_children(const box::Place &place) {
     const auto child = child_in(entry);
     if (!child || !alone.contains(*child)) continue;
     const auto state = box::state_of(*child);
-    if (state && is_of_its_start(entry, *state)) end(*child, place);
+    if (!state || !is_of_its_start(entry, *state)) continue;
+    end_process(*child, [&] { return box::is_inside(*child, place); });
   }
 }
 

@@ -10,6 +10,7 @@
 #include "host/spbox/found_program.h"
 #include "host/spbox/remains.h"
 #include "host/spbox/run_in_root.h"
+#include "host/spbox/run_mark.h"
 #include "host/spbox/verbs.h"
 #include "host/spbox/way_in.h"
 
@@ -41,9 +42,11 @@ int run(const Options &options) {
                 .network = network};
   plan.control_program = find_part(plan.spbox, "programs", "control_program");
   plan.daemon = find_part(plan.spbox, "daemon", "monitor_daemon");
+  end_what_killed_runs_left(place);
   clear_up_behind_the_dead(place);
   complete_databases(place);
   MountPoints mount_points(place);
+  const RunMark mark(place);
   for (const std::string &name : guests_in_tmp(plan)) mount_points.make(name, fs::is_directory("/tmp/" + name));
   Children children;
   const DaemonProcess answers(plan, children);

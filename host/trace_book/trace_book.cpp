@@ -74,12 +74,9 @@ std::string value_text(Form form, std::uint32_t word) {
   return named(word, "");
 }
 
-// The words of a record: its process id, its source line, its values.
-constexpr std::uint32_t kPid = 0, kLine = 1, kHeadWords = 2;
-
 void add_values(const box::TraceEntry &entry, std::span<const Value> known, TraceLine &line) {
-  for (std::uint32_t i = kHeadWords; i < entry.word_count; ++i) {
-    const std::uint32_t place = i - kHeadWords;
+  for (std::uint32_t i = kFirstValueWord; i < entry.word_count; ++i) {
+    const std::uint32_t place = i - kFirstValueWord;
     const bool has_meaning = place < known.size() && known[place].meaning != nullptr;
     const Value value = has_meaning ? known[place] : Value{"value"};
     line.values.push_back({value.meaning, value_text(value.form, entry.words[i]), entry.words[i]});
@@ -112,8 +109,8 @@ void describe(const box::TraceEntry &entry, Code code, TraceLine &line) {
 }  // namespace
 
 TraceLine words_of(const box::TraceEntry &entry) {
-  TraceLine line{.pid = entry.words[kPid],
-                 .line = entry.words[kLine],
+  TraceLine line{.pid = entry.words[kPidWord],
+                 .line = entry.words[kLineWord],
                  .function = "?",
                  .name = "",
                  .event = "",

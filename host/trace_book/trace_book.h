@@ -9,6 +9,9 @@
 
 namespace trace_book {
 
+// What the words of a record are: the process that wrote it, its line of the source, and up to two values.
+inline constexpr std::uint32_t kPidWord = 0, kLineWord = 1, kFirstValueWord = 2, kSecondValueWord = 3;
+
 struct TraceValue {
   std::string meaning;  // "time limit"
   std::string text;     // "10", "-1 (no such process)"

@@ -4,6 +4,7 @@
 #include <array>
 #include <csignal>
 #include <fstream>
+#include <sstream>
 
 #include "host/box/inhabitants.h"
 #include "host/box/trace_ring.h"
@@ -52,6 +53,35 @@ TEST_F(Remains, ACommandThatEndsByItselfMayLeaveWhatItLikes) {
     kill(left, SIGKILL);
   }
 }
+
+// With a session of its own, and one more process in it. The process ids are in the box's /tmp.
+constexpr const char *kLeavesTwo =
+    "sleep 100 >/dev/null 2>&1 & echo $! >/tmp/it; setsid sh -c 'sleep 100 & echo $! >>/tmp/it; mv /tmp/it /tmp/ready; "
+    "sleep 100' >/dev/null 2>&1 & sleep 100";
+
+class AfterAKilledSpbox : public Remains, public testing::WithParamInterface<Words> {};
+
+TEST_P(AfterAKilledSpbox, TheNextOneEndsWhatTheCommandHasStarted) {
+  const pid_t other = left_behind();
+  const std::string script =
+      "cd " + scratch_.path().string() + "; " SPBOX " run box -- sh -c \"$0\" >/dev/null & " +
+      "until test -e box/tmp/ready; do sleep 0.02; done; kill -KILL $!; wait 2>/dev/null; cat box/tmp/ready";
+  std::istringstream left(run_to_end({"/bin/sh", "-c", script, kLeavesTwo}).output);
+  pid_t one = 0, two = 0;
+  ASSERT_TRUE(left >> one >> two);
+  EXPECT_TRUE(is_there(one) && is_there(two)) << "they outlive it";
+  done(GetParam());
+  for (const pid_t process : {one, two}) EXPECT_FALSE(box::state_of(process)) << process;
+  EXPECT_EQ(kill(other, SIGKILL), 0) << "what an ended command has left stays";
+  for (const auto &entry : fs::directory_iterator(place().root() / "mgb/lib")) {
+    EXPECT_FALSE(entry.path().filename().string().starts_with("run.")) << entry.path();
+  }
+}
+
+INSTANTIATE_TEST_SUITE_P(Verbs, AfterAKilledSpbox,
+                         testing::Values(Words{"run", "box", "--", "true"},
+                                         Words{"create", "box", "--model", "qb1", "--force"}),
+                         [](const auto &row) { return row.param[0]; });
 
 TEST_F(Remains, AKilledCommandsListFileIsRemovedWithIt) {
   EXPECT_EQ(shell("echo a list >/tmp/mainte_fru_list.$$; kill -KILL $$").exit_status, 137);
