@@ -4,10 +4,12 @@
 
 #include <array>
 #include <cerrno>
+#include <new>
 #include <string>
 #include <system_error>
 
 #include "host/base/descriptor.h"
+#include "host/base/told.h"
 #include "host/box/own_files.h"
 #include "host/spbox/folder_lock.h"
 #include "host/spbox/standard_output.h"
@@ -25,6 +27,37 @@ constexpr std::array<const char *, 2> kParts{"tmp", "mgb"};
 
 bool is_there(const fs::path &path) {
   return fs::exists(fs::symlink_status(path));
+}
+
+// Descriptors with which what was made can be removed again, and the old box with it, also where no others are left.
+class SpareDescriptors {
+ public:
+  SpareDescriptors() {
+    for (base::Descriptor &spare : spares_) {
+      spare = base::Descriptor(open("/", O_PATH | O_CLOEXEC));
+      if (spare.get() < 0) throw std::system_error(errno, std::generic_category(), "a box cannot be made");
+    }
+  }
+  void give_back() {
+    for (base::Descriptor &spare : spares_) spare.reset();
+  }
+
+ private:
+  std::array<base::Descriptor, 8> spares_;  // one for each folder on the way down
+};
+
+std::string reason_of(const std::exception &error) {
+  const auto *of_file = dynamic_cast<const fs::filesystem_error *>(&error);
+  if (of_file == nullptr) return base::told(error);
+  return of_file->path1().string() + ": " + of_file->code().message();
+}
+
+// The new box is made in a folder that nobody has to know.
+std::string with_name(std::string text, const std::string &made_in, const std::string &name) {
+  for (auto at = text.find(made_in); at != std::string::npos; at = text.find(made_in, at + name.size())) {
+    text.replace(at, made_in.size(), name);
+  }
+  return text;
 }
 
 }  // namespace
@@ -47,15 +80,22 @@ bool Making::is_any_left(const box::Place &place) {
 }
 
 void Making::make(const box::Contents &contents) const {
+  SpareDescriptors spare;
   try {
     begin();
     box::create_box(box::Place(fresh_), contents);
+    spare.give_back();
     fs::create_directories(old_);
     fs::rename(fresh_, whole_);
     finish();
-  } catch (const std::exception &) {
+  } catch (const std::bad_alloc &) {
+    spare.give_back();
     undo();
     throw;
+  } catch (const std::exception &error) {
+    spare.give_back();
+    undo();
+    throw box::InventoryError(with_name(reason_of(error), fresh_, (root_ / "").parent_path()));
   }
 }
 

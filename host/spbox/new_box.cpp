@@ -2,13 +2,14 @@
 
 #include <string>
 #include <system_error>
+#include <vector>
 
 #include "host/base/told.h"
 #include "host/spbox/folder_lock.h"
 #include "host/spbox/making.h"
 #include "host/spbox/occupancy.h"
-
 #include "host/spbox/run_mark.h"
+
 namespace spbox {
 namespace {
 
@@ -28,26 +29,47 @@ void check_room(const box::Place &place, bool force) {
   }
 }
 
+// Those that had to be made, from the outermost one on. They go again as long as they are empty.
+class NewFolders {
+ public:
+  explicit NewFolders(const fs::path &path) : NewFolders() {
+    if (fs::exists(path) && !fs::is_directory(path)) {
+      throw box::InventoryError(path.string() + " is a file. Give a folder that does not exist yet.");
+    }
+    std::vector<fs::path> missing;
+    for (fs::path at = (path / "").parent_path(); !at.empty() && !fs::exists(at); at = at.parent_path()) {
+      missing.push_back(at);
+    }
+    for (; !missing.empty(); missing.pop_back()) {
+      if (fs::create_directory(missing.back())) made_.push_back(missing.back());
+    }
+  }
+  ~NewFolders() { remove(); }
+  NewFolders(const NewFolders &) = delete;
+  NewFolders &operator=(const NewFolders &) = delete;
+
+  void remove() {
+    std::error_code ignored;
+    for (; !made_.empty(); made_.pop_back()) fs::remove(made_.back(), ignored);
+  }
+
+ private:
+  NewFolders() = default;  // behind it, what was made goes again where the rest fails
+
+  std::vector<fs::path> made_;
+};
+
 // The folder of a box, made where there is none, and nobody else makes a box there while this lives. Where it was made for the
 // box, and none came to be, it goes again.
 class Folder {
  public:
-  explicit Folder(const fs::path &path) : path_(path), is_new_(made(path)), alone_(path, FolderLock::Way::kAlone) {}
-  ~Folder() {
-    std::error_code ignored;
-    if (is_new_) fs::remove(path_, ignored);  // only an empty one
-  }
+  explicit Folder(const fs::path &path) : folders_(path), alone_(path, FolderLock::Way::kAlone) {}
+  ~Folder() { folders_.remove(); }  // before somebody else has the lock
   Folder(const Folder &) = delete;
   Folder &operator=(const Folder &) = delete;
 
  private:
-  static bool made(const fs::path &path) {
-    if (!fs::exists(path) || fs::is_directory(path)) return fs::create_directories(path);
-    throw box::InventoryError(path.string() + " is a file. Give a folder that does not exist yet.");
-  }
-
-  fs::path path_;
-  bool is_new_;
+  NewFolders folders_;
   FolderLock alone_;
 };
 
@@ -59,6 +81,7 @@ void make_box(const box::Place &place, const box::Contents &contents, bool force
   check_room(place, force);
   if (!box::is_box(place)) return Making(place).make(contents);
   const EmptyBox kept_empty(place);
+  end_what_killed_runs_left(place);
   try {
     Making(place).make(contents);
   } catch (const std::exception &error) {
@@ -67,4 +90,3 @@ void make_box(const box::Place &place, const box::Contents &contents, bool force
 }
 
 }  // namespace spbox
-  end_what_killed_runs_left(place);

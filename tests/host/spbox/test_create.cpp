@@ -246,6 +246,28 @@ TEST_F(CreateFolder, KeepsTheOldBoxWhereTheNewOneDoesNotFit) {
   EXPECT_TRUE(fs::exists(place().tmp() / "list"));
 }
 
+TEST_F(CreateFolder, SaysWhichPartOfItsNameIsNoFolder) {
+  std::ofstream(scratch_ / "file") << "";
+  EXPECT_EQ(refused({"create", "file/b", "--model", "qa"}), "spbox: file/b: Not a directory.\n");
+}
+
+// Whichever call fails for want of a descriptor.
+TEST_F(CreateFolder, LeavesTheOldBoxAloneWhereDescriptorsAreFew) {
+  make_box("qa");
+  const std::string before = done({"dump", "box"});
+  int failed = 0;
+  for (int limit = 4; limit < 32; ++limit) {
+    const Done made = run_to_end({"sh", "-c",
+                                  "cd " + scratch_.path().string() + "; ulimit -n " + std::to_string(limit) +
+                                      "; exec " SPBOX " create box --model qa --force"});
+    EXPECT_FALSE(fs::exists(place().root() / ".making")) << limit << ": " << made.output;
+    failed += made.exit_status == 0 ? 0 : 1;
+  }
+  EXPECT_GT(failed, 4);
+  EXPECT_LT(failed, 28);
+  EXPECT_EQ(done({"dump", "box"}), before);
+}
+
 TEST_F(CreateFolder, LeavesNothingBesideTheNewBox) {
   make_box("qa");
   std::ofstream(place().root() / "notes") << "mine";

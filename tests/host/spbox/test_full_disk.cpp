@@ -86,3 +86,12 @@ TEST_F(Limited, ToSmallFilesIsAnErrorLikeAnyOther) {
 }
 
 }  // namespace
+TEST_F(Limited, ToSmallFilesLeavesNoFolderThatWasMadeForTheBox) {
+  std::filesystem::create_directory(scratch_ / "there");
+  const Done made = limited_to(100, "create there/a/b/c/ --model qa");
+  EXPECT_EQ(made.exit_status, 1) << made.output;
+  EXPECT_NE(made.output.find(" there/a/b/c/mgb/"), std::string::npos) << "the box by its name: " << made.output;
+  EXPECT_TRUE(std::filesystem::is_empty(scratch_ / "there"));
+  done({"create", "there/a/b/c/", "--model", "qa"});
+}
+
