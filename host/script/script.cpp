@@ -14,7 +14,6 @@ namespace {
 namespace fs = std::filesystem;
 
 constexpr std::string_view kBlanks = " \t\r\v\f";
-constexpr std::size_t kLongestText = std::size_t{64} << 20U;
 constexpr std::size_t kLongestQuote = 200;  // of a statement's text in an error
 
 struct Escape {
@@ -148,22 +147,22 @@ std::string joined(const Words &words, std::size_t from) {
   return line;
 }
 
-std::string text_of(std::istream &in, const std::string &name) {
+std::string text_of(std::istream &in, const std::string &name, std::size_t longest) {
   std::string text;
   std::vector<char> part(std::size_t{64} << 10U);
   while (in.read(part.data(), static_cast<std::streamsize>(part.size())) || in.gcount() > 0) {
     text.append(part.data(), static_cast<std::size_t>(in.gcount()));
-    if (text.size() > kLongestText) throw Error(name + ": it is longer than 64 MiB");
+    if (text.size() > longest) throw Error(name + ": it is longer than " + std::to_string(longest >> 20U) + " MiB");
   }
   return text;
 }
 
-std::string text_of_file(const fs::path &file) {
+std::string text_of_file(const fs::path &file, std::size_t longest) {
   std::error_code error;
   if (fs::is_directory(file, error)) throw Error(file.string() + ": this is a folder, not a file");
   errno = 0;
   std::ifstream in(file, std::ios::binary);
-  if (in) return text_of(in, file.string());
+  if (in) return text_of(in, file.string(), longest);
   if (errno == ENOENT) throw Error(file.string() + ": there is no such file");
   throw Error(file.string() + ": it cannot be read: " + std::generic_category().message(errno));
 }

@@ -75,8 +75,10 @@ class Reader {
 // Words with a blank between two, from one of them on.
 std::string joined(const Words &words, std::size_t from = 0);
 
-// All of a file, or of a stream that `name` names to people, up to 64 MiB. Throws Error: "walk.play: there is no such file".
-std::string text_of_file(const std::filesystem::path &file);
-std::string text_of(std::istream &in, const std::string &name);
+// All of a file, or of a stream that `name` names to people, up to this length. Throws Error: "walk.play: there is no such
+// file".
+inline constexpr std::size_t kLongestText = std::size_t{64} << 20U;
+std::string text_of_file(const std::filesystem::path &file, std::size_t longest = kLongestText);
+std::string text_of(std::istream &in, const std::string &name, std::size_t longest = kLongestText);
 
 }  // namespace script

@@ -17,8 +17,7 @@
 namespace spbox {
 namespace {
 
-constexpr std::size_t kLargestRecord = std::size_t{1} << 20U;
-constexpr std::size_t kMostBytes = std::size_t{16} << 20U;    // of all records; the largest server has a tenth of it
+constexpr std::size_t kMostBytes = std::size_t{64} << 20U;    // of all records: a box holds no more
 constexpr std::size_t kLongestName = 127, kLongestKey = 510;  // of the library, and of the files
 
 [[noreturn]] void wrong(const std::string &reason) {
@@ -115,8 +114,8 @@ class DumpReader {
   void record(const Arguments &words) {
     if (database_ == nullptr && !in_box_) wrong("a record stands outside the databases");
     const auto size = base::number_in<std::size_t>(words[1]);
-    if (!size || *size > kLargestRecord) {
-      wrong("a record has 0 to " + std::to_string(kLargestRecord) + " bytes");
+    if (!size || *size > kMostBytes) {
+      wrong("a record has 0 to " + std::to_string(kMostBytes) + " bytes");
     }
     if ((bytes_ += *size) > kMostBytes) {
       wrong("the records of a dump have at most " + std::to_string(kMostBytes) + " bytes in all");

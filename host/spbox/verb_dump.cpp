@@ -1,6 +1,6 @@
-#include <fstream>
 #include <iostream>
 #include <memory>
+#include <system_error>
 
 #include "host/box/advice.h"
 #include "host/box/confinement.h"
@@ -9,6 +9,7 @@
 #include "host/spbox/new_box.h"
 #include "host/spbox/standard_output.h"
 #include "host/spbox/verbs.h"
+#include "host/spbox/whole_file.h"
 
 namespace spbox {
 namespace {
@@ -20,17 +21,21 @@ struct Options {
   bool force = false;
 };
 
+// A dump of a full box has at most this: two digits, or four of an escaped character, for each byte.
+constexpr std::size_t kLongestDump = std::size_t{256} << 20U;
+
 int dump(const Options &options) {
   const box::Place place(options.box);
   const std::string text = box::in_confinement(place, [&] { return dump_of(box::contents_of(place)); });
-  if (options.file.empty() || options.file == "-") {
+  if (options.file.empty() || options.file == "-" || options.file == "/dev/stdout") {
     print(text);
     return 0;
   }
-  std::ofstream out(options.file, std::ios::binary);
-  out << text;
-  out.close();
-  if (!out) throw box::InventoryError(options.file.string() + " could not be written. See its folder and the disk.");
+  try {
+    write_whole_file(options.file, text);
+  } catch (const std::system_error &error) {
+    throw box::InventoryError(options.file.string() + " could not be written: " + error.code().message() + ".");
+  }
   return 0;
 }
 
@@ -38,7 +43,7 @@ box::Contents read_file(const fs::path &file) {
   const std::string name = file == "-" ? "standard input" : file.string();
   std::string text;
   try {
-    text = file == "-" ? script::text_of(std::cin, name) : script::text_of_file(file);
+    text = file == "-" ? script::text_of(std::cin, name, kLongestDump) : script::text_of_file(file, kLongestDump);
   } catch (const script::Error &wrong) {
     throw box::InventoryError(wrong.what() + std::string("."));
   }

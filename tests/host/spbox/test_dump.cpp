@@ -156,8 +156,19 @@ TEST_F(Dump, ComesFromStandardInputToo) {
   EXPECT_EQ(done({"dump", "copy"}), done({"dump", "box", "-"}));
 }
 
-// A few bytes of text that ask for a record of the largest size, again and again.
-std::string largest_records(int count) {
+TEST_F(Dump, OfMoreAndLargerRecordsThanAServerHasIsLoaded) {
+  make_box("qa");
+  for (int i = 0; i < 17; ++i) {
+    box::Database(place().database(5)).put("r" + std::to_string(i), box::Bytes(1'048'576, 0));
+  }
+  box::Database(place().database(5)).put("large", box::Bytes(1'048'577, 0xA5));
+  done({"dump", "box", "large.dump"});
+  done({"load", "large.dump", "copy"});
+  EXPECT_EQ(box::contents_of(box::Place(scratch_ / "copy")).records, box::contents_of(place()).records);
+}
+
+// A few bytes of text that ask for a large record, again and again.
+std::string large_records(int count) {
   std::string text;
   for (int i = 0; i < count; ++i) text += "record r" + std::to_string(i) + " 1048576\n";
   return text;
@@ -182,10 +193,10 @@ const BadRow kBad[] = {
      ":2: `frob 1`: there is no line \"frob\"; there are order, model, database, record, setting and end."},
     {"one word too few", "record x\n", ":2: `record x`: write it as: record NAME SIZE."},
     {"a record outside a database", "record x 1\n", ":2: `record x 1`: a record stands outside the databases."},
-    {"no size", "database 2\nrecord x many\n", ":3: `record x many`: a record has 0 to 1048576 bytes."},
-    {"too much in all", "database 2\n" + largest_records(17),
-     ":19: `record r16 1048576`: the records of a dump have at most 16777216 bytes in all."},
-    {"too large", "database 2\nrecord x 1048577\n", ":3: `record x 1048577`: a record has 0 to 1048576 bytes."},
+    {"no size", "database 2\nrecord x many\n", ":3: `record x many`: a record has 0 to 67108864 bytes."},
+    {"too much in all", "database 2\n" + large_records(65),
+     ":67: `record r64 1048576`: the records of a dump have at most 67108864 bytes in all."},
+    {"too large", "database 2\nrecord x 67108865\n", ":3: `record x 67108865`: a record has 0 to 67108864 bytes."},
     {"no name", "database 2\nrecord \"\" 1\n", ":3: `record \"\" 1`: a name has 1 to 127 characters, this one has 0."},
     {"a record twice", "database 2\nrecord x 1\nrecord x 1\n", ":4: `record x 1`: the record comes a second time."},
     {"bytes outside a record", "database 2\n0: 00\n", ":3: `0: 00`: bytes stand outside a record."},
@@ -284,7 +295,41 @@ TEST_F(Dump, ReplacesABoxOnlyByForceAndNotWithABadOne) {
 TEST_F(Dump, ThatCannotBeWrittenSaysSo) {
   make_box("qa");
   EXPECT_EQ(refused({"dump", "box", "no/such/folder/x.dump"}),
-            "spbox: no/such/folder/x.dump could not be written. See its folder and the disk.\n");
+            "spbox: no/such/folder/x.dump could not be written: No such file or directory.\n");
+  EXPECT_EQ(refused({"dump", "box", "box"}), "spbox: box could not be written: Is a directory.\n");
+  EXPECT_EQ(refused({"dump", "box", "/dev/full"}), "spbox: /dev/full could not be written: No space left on device.\n");
+  fs::create_symlink("circle", scratch_ / "circle");
+  EXPECT_EQ(refused({"dump", "box", "circle"}),
+            "spbox: circle could not be written: Too many levels of symbolic links.\n");
+}
+
+TEST_F(Dump, ReplacesAFileThatKeepsItsPermissionsBehindItsLink) {
+  make_box("qa");
+  fs::create_directory(scratch_ / "kept");
+  write("kept/old.dump", "old\n");
+  fs::permissions(scratch_ / "kept/old.dump", fs::perms{0640});
+  fs::create_symlink("kept/old.dump", scratch_ / "link");
+  done({"dump", "box", "link"});
+  EXPECT_TRUE(fs::is_symlink(scratch_ / "link"));
+  EXPECT_EQ(read("kept/old.dump"), done({"dump", "box"}));
+  EXPECT_EQ(fs::status(scratch_ / "kept/old.dump").permissions(), fs::perms{0640});
+  EXPECT_EQ(std::distance(fs::directory_iterator(scratch_ / "kept"), {}), 1) << "nothing else is left";
+  fs::create_symlink("kept/new.dump", scratch_ / "leads_to_a_new_one");
+  done({"dump", "box", "leads_to_a_new_one"});
+  EXPECT_EQ(read("kept/new.dump"), read("kept/old.dump"));
+}
+
+TEST_F(Dump, GoesToWhatIsOpenAsItIs) {
+  make_box("qa");
+  const std::string script = "cd " + scratch_.path().string() +
+                             " || exit 9; umask 027\n" SPBOX " dump box >whole; { echo before; " SPBOX
+                             " dump box /dev/stdout; echo behind; } >out\n"
+                             "{ echo before; cat whole; echo behind; } | cmp - out && echo in a file\n" SPBOX
+                             " dump box /dev/stdout | cmp - whole && echo in a pipe\n"
+                             "mkfifo pipe; cat pipe >read & " SPBOX
+                             " dump box pipe; wait; cmp read whole && echo in a fifo\n" SPBOX
+                             " dump box new && stat -c %a new";
+  EXPECT_EQ(run_to_end({"/bin/sh", "-c", script}).output, "in a file\nin a pipe\nin a fifo\n640\n");
 }
 
 // The program of docs/host-platform.md, with the list that it takes, run in a box of its own.

@@ -52,6 +52,19 @@ TEST_F(SmallDisk, ThatIsFullLetsABoxBeReadAndRefusesAChangeWhole) {
             "/CMU#0  Not installed\n");
 }
 
+TEST_F(SmallDisk, ThatIsFullLeavesTheOldDumpAsItIs) {
+  EXPECT_EQ(on_disk_of(24 << 20,
+                       "spbox create box --model qe1 >/dev/null && spbox dump box kept.dump || exit 9\n"
+                       "cp kept.dump /mnt/same.dump; cat /dev/zero >rest 2>/dev/null\n"
+                       "spbox dump box kept.dump; echo $?\n"
+                       "cmp kept.dump same.dump && echo kept; ls")
+                .output,
+            "spbox: kept.dump could not be written: No space left on device.\n"
+            "1\n"
+            "kept\n"
+            "box\nkept.dump\nrest\nsame.dump\n");
+}
+
 TEST_F(SmallDisk, ThatIsFullHasNoRoomForACopyWithHoles) {
   EXPECT_EQ(on_disk_of(24 << 20,
                        "spbox create box --model qe1 >/dev/null && cp -r --sparse=always box copy || exit 9\n"
@@ -85,7 +98,6 @@ TEST_F(Limited, ToSmallFilesIsAnErrorLikeAnyOther) {
   EXPECT_EQ(run.exit_status, 128 + 25) << "a command in the box has the signal as it was: " << run.output;
 }
 
-}  // namespace
 TEST_F(Limited, ToSmallFilesLeavesNoFolderThatWasMadeForTheBox) {
   std::filesystem::create_directory(scratch_ / "there");
   const Done made = limited_to(100, "create there/a/b/c/ --model qa");
@@ -95,3 +107,4 @@ TEST_F(Limited, ToSmallFilesLeavesNoFolderThatWasMadeForTheBox) {
   done({"create", "there/a/b/c/", "--model", "qa"});
 }
 
+}  // namespace
