@@ -41,6 +41,9 @@ inline constexpr std::array<Program, 16> kPrograms{{
     {LMAINTE_CMD_LINKBOARD, "linkboard", "/mgb/bin/linkboard"},
 }};
 
+// With which a control program can end.
+inline constexpr int kLowestExit = 0, kHighestExit = 255;
+
 // How a control program is bent, in the order in which it acts.
 struct Bend {
   bool ignore_term = false;

@@ -120,7 +120,7 @@ Verb program_verb() {
                     {.name = "--exit",
                      .help = "It does nothing and ends with this status; with --hang, at\n"
                              "SIGTERM",
-                     .to = number(bend.exit, 0, 255),
+                     .to = number(bend.exit, box::kLowestExit, box::kHighestExit),
                      .value = "STATUS"},
                     {.name = "--delay",
                      .help = "It waits so long first",
