@@ -3,10 +3,12 @@
 
 #include <chrono>
 #include <filesystem>
+#include <memory>
 #include <string>
 #include <vector>
 
 #include "host/box/place.h"
+#include "host/play/own_folder.h"
 #include "host/terminal/background_program.h"
 
 namespace play {
@@ -15,9 +17,6 @@ class Box {
  public:
   // `spbox` is the program. Where no folder is named, the box gets one of its own, which is removed at the end.
   Box(std::string spbox, const std::filesystem::path &folder, int alarm);
-  ~Box();  // Ends what is left in a box that goes.
-  Box(const Box &) = delete;
-  Box &operator=(const Box &) = delete;
 
   // Makes the box; where there is one already, it must be of this model. Throws.
   void make(const std::string &model, std::chrono::milliseconds patience);
@@ -34,10 +33,9 @@ class Box {
   bool exists() const;
 
  private:
-  void remove() const;
-
   std::string spbox_;
-  std::filesystem::path temporary_, box_;
+  std::unique_ptr<OwnFolder> own_folder_;  // none where a folder was named
+  std::filesystem::path box_;
   int alarm_;
 };
 

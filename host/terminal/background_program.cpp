@@ -43,25 +43,31 @@ bool comes(int fd, int alarm, std::optional<milliseconds> patience) {
   }
 }
 
-// A copy out of the way of the descriptors that the program gets.
-int beyond_those_of_program(int fd) {
-  return fcntl(fd, F_DUPFD_CLOEXEC, kTold + 1);
+[[noreturn]] void cannot_run(int exec_error, int error) {
+  if (write(exec_error, &error, sizeof error) < 0) _exit(126);
+  _exit(127);
+}
+
+// Out of the way of the descriptors that the program gets.
+int beyond_those_of_program(int fd, int exec_error) {
+  if (fd > kTold) return fd;
+  const int copy = fcntl(fd, F_DUPFD_CLOEXEC, kTold + 1);
+  if (copy < 0) cannot_run(exec_error, errno);
+  return copy;
 }
 
 // A program whose owner is gone, killed perhaps, would work on: nobody knew of it.
 [[noreturn]] void become(const base::ArgumentVector &arguments, pid_t owner, int output, int tells, int exec_error) {
   prctl(PR_SET_PDEATHSIG, SIGKILL);
   if (getppid() != owner) _exit(127);
-  output = beyond_those_of_program(output);
-  tells = beyond_those_of_program(tells);
-  exec_error = beyond_those_of_program(exec_error);
+  exec_error = beyond_those_of_program(exec_error, exec_error);
+  output = beyond_those_of_program(output, exec_error);
+  tells = beyond_those_of_program(tells, exec_error);
   close(STDIN_FILENO);
   const bool is_ready = open("/dev/null", O_RDONLY) == STDIN_FILENO && dup2(output, STDOUT_FILENO) >= 0 &&
                         dup2(output, STDERR_FILENO) >= 0 && dup2(tells, kTold) >= 0;
   if (is_ready) execvp(arguments.program(), arguments.data());
-  const int error = errno;
-  if (write(exec_error, &error, sizeof error) < 0) _exit(126);
-  _exit(127);
+  cannot_run(exec_error, errno);
 }
 
 }  // namespace

@@ -5,6 +5,7 @@
 #include <csignal>
 #include <fstream>
 #include <iterator>
+#include <set>
 
 #include "host/base/number.h"
 #include "host/box/place.h"
@@ -86,6 +87,24 @@ TEST_F(PlayVerb, PlaysWithACommandThatAsksTheTerminalAndDoesNotRead) {
   expect_done("box qa\nstart sh ask.sh\nwait \"asked\"\nsignal TERM\ndies TERM\n");
 }
 
+// Whichever call fails for want of a descriptor.
+TEST_F(PlayVerb, SaysThatDescriptorsAreFew) {
+  write("walk.play", "box qa\n");
+  int failed = 0;
+  for (int limit = 5; limit < 32; ++limit) {
+    Words words{"sh", "-c", "ulimit -n " + std::to_string(limit) + "; exec \"$@\"", "sh"};
+    const Words play = command({"walk.play"});
+    words.insert(words.end(), play.begin(), play.end());
+    const auto done = run_to_end(words);
+    if (done.exit_status == 0) continue;
+    ++failed;
+    EXPECT_NE(done.output.find("Too many open files"), std::string::npos) << limit << ": " << done.output;
+    EXPECT_TRUE(fs::is_empty(scratch_ / "boxes")) << limit;
+  }
+  EXPECT_GT(failed, 4);
+  EXPECT_LT(failed, 28);
+}
+
 TEST_F(PlayVerb, RemovesItsBoxWhenAStepFails) {
   const auto done = play("box qe2\nstart sleep 30\npatience 0.1\nwait \"ready\"\n");
   EXPECT_EQ(done.exit_status, 1);
@@ -118,6 +137,39 @@ TEST_F(PlayVerb, TakesItsTechniciansAndItsCommandAlongWhenItIsKilled) {
   player.kill();
   EXPECT_TRUE(eventually([&] { return !runs(hands); }));
   EXPECT_TRUE(eventually([&] { return !runs(unlike_any_other); }));
+}
+
+TEST_F(PlayVerb, RemovesWhatAKilledPlayHasLeftAndNothingElse) {
+  const std::string unlike_any_other = "6" + std::to_string(getpid()) + ".25";
+  write("walk.play", "box qe2\nstart sh -c \"setsid sleep " + unlike_any_other + " & read x\"\nexit 0\n");
+  terminal::BackgroundProgram killed(command({"walk.play"}));
+  ASSERT_TRUE(eventually([&] { return runs(unlike_any_other); })) << killed.output();
+  killed.kill();
+  EXPECT_FALSE(fs::is_empty(scratch_ / "boxes"));
+  fs::create_directories(scratch_ / "kept/box");
+  fs::create_directory_symlink(scratch_ / "kept", scratch_ / "boxes/spbox-play.link");
+  write("boxes/spbox-play.file", "somebody's");
+
+  EXPECT_EQ(play("box qa\n").exit_status, 0);
+  EXPECT_FALSE(runs(unlike_any_other));
+  std::set<std::string> left;
+  for (const auto &entry : fs::directory_iterator(scratch_ / "boxes")) left.insert(entry.path().filename());
+  EXPECT_EQ(left, (std::set<std::string>{"spbox-play.file", "spbox-play.link"}));
+  EXPECT_TRUE(fs::exists(scratch_ / "kept/box"));
+}
+
+TEST_F(PlayVerb, LeavesTheBoxOfAnotherPlayThatIsAlive) {
+  write("other.play",
+        "box qe2\nstart sh -c \"touch /tmp/begun; until test -e /tmp/end; do sleep 0.02; done\"\nexit 0\n");
+  terminal::BackgroundProgram other(command({"other.play"}));
+  fs::path box;
+  ASSERT_TRUE(eventually([&] {
+    for (const auto &entry : fs::directory_iterator(scratch_ / "boxes")) box = entry.path() / "box";
+    return fs::exists(box / "tmp/begun");
+  })) << other.output();
+  EXPECT_EQ(play("box qa\n").exit_status, 0);
+  std::ofstream(box / "tmp/end") << "";
+  EXPECT_EQ(other.wait(20s), 0) << other.output();
 }
 
 TEST_F(PlayVerb, EndsWhatHasLeftTheCommandsSession) {

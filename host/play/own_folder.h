@@ -1,0 +1,28 @@
+// The folder of a play whose box goes with it: /tmp/spbox-play.XXXXXX. A play that is killed leaves its folder behind, and the
+// next play removes it: whose folder nobody has locked, that one is dead.
+#pragma once
+
+#include <filesystem>
+
+#include "host/base/descriptor.h"
+#include "host/box/place.h"
+
+namespace play {
+
+class OwnFolder {
+ public:
+  // Removes what the dead have left, and makes a new one. Throws.
+  OwnFolder();
+  ~OwnFolder();  // Ends what is left in its box.
+  OwnFolder(const OwnFolder &) = delete;
+  OwnFolder &operator=(const OwnFolder &) = delete;
+
+  const std::filesystem::path &path() const { return path_; }
+  std::filesystem::path box() const { return path_ / "box"; }
+
+ private:
+  std::filesystem::path path_;
+  base::Descriptor lock_;
+};
+
+}  // namespace play
