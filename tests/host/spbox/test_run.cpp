@@ -157,6 +157,24 @@ TEST_F(Run, SaysThatNamespacesAreForbidden) {
       << result.output;
 }
 
+TEST_F(Run, SaysThatProcessesAreFew) {
+  fs::remove_all(place().root());
+  const Words user = as_ordinary_user();
+  ASSERT_EQ(run_to_end(user + Words{"create", "box", "--model", "qa"}).exit_status, 0);
+  int failed = 0;
+  for (int limit = 1; limit < 32; ++limit) {
+    const Words shell{"bash", "-c", "ulimit -u " + std::to_string(limit) + "; exec \"$@\"", "sh"};
+    Words words = user;
+    words.insert(words.end() - 1, shell.begin(), shell.end());
+    const Done result = run_to_end(words + Words{"run", "box", "--", "/bin/true"});
+    if (result.exit_status == 0) break;
+    ++failed;
+    EXPECT_NE(result.output.find("(ulimit -u)"), std::string::npos) << limit << ": " << result.output;
+    EXPECT_EQ(result.output.find("docker"), std::string::npos) << limit << ": " << result.output;
+  }
+  EXPECT_GT(failed, 1);
+}
+
 // Something that bwrap has started may hold all its descriptors still.
 TEST_F(Run, EndsWhenBubblewrapDiesBeforeTheCommandIsIn) {
   fs::create_directory(scratch_ / "bin");
