@@ -4,10 +4,24 @@
 
 #include <algorithm>
 #include <cstddef>
+#include <iterator>
 #include <string>
 #include <string_view>
 
-// How many bytes the UTF-8 character at the front takes; 0 where there is none, or a control character.
+// Whether a UTF-8 character changes the order or the look of the text beside it. All of these are compared as bytes.
+inline bool is_format(std::string_view character) {
+  constexpr struct {
+    std::string_view first, last;
+  } kRows[] = {
+      {"\xc2\xad", "\xc2\xad"},         {"\xd8\x9c", "\xd8\x9c"},         {"\xe1\xa0\x8e", "\xe1\xa0\x8e"},
+      {"\xe2\x80\x8b", "\xe2\x80\x8f"}, {"\xe2\x80\xa8", "\xe2\x80\xae"}, {"\xe2\x81\xa0", "\xe2\x81\xaf"},
+      {"\xef\xbb\xbf", "\xef\xbb\xbf"}, {"\xef\xbf\xb9", "\xef\xbf\xbb"}, {"\xf3\xa0\x80\x80", "\xf3\xa0\x81\xbf"}};
+  return std::any_of(std::begin(kRows), std::end(kRows),
+                     [&](const auto &row) { return row.first <= character && character <= row.last; });
+}
+
+// How many bytes the UTF-8 character at the front takes; 0 where there is none, or one that a terminal obeys: a control
+// character, or one that turns the order of the text around.
 inline size_t character_size(std::string_view text) {
   struct Form {
     unsigned char first, last;      // of the first byte
@@ -28,7 +42,7 @@ inline size_t character_size(std::string_view text) {
     if (text.size() < form.size || !is_within(0, form.first, form.last)) continue;
     bool is_whole = form.size < 2 || is_within(1, form.lowest, form.highest);
     for (size_t i = 2; i < form.size; ++i) is_whole = is_whole && is_within(i, 0x80, 0xBF);
-    return is_whole ? form.size : 0;
+    return is_whole && !is_format(text.substr(0, form.size)) ? form.size : 0;
   }
   return 0;
 }

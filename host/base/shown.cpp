@@ -21,6 +21,15 @@ std::string shown_with(LineEnds line_ends, std::string_view text) {
   return result;
 }
 
+// What has no form of its own, and changes the order or the look of the text beside it.
+bool is_format(std::uint32_t code) {
+  constexpr struct {
+    std::uint32_t first, last;
+  } kRows[] = {{0xAD, 0xAD},     {0x61C, 0x61C},   {0x180E, 0x180E}, {0x200B, 0x200F},  {0x2028, 0x202E},
+               {0x2060, 0x206F}, {0xFEFF, 0xFEFF}, {0xFFF9, 0xFFFB}, {0xE0000, 0xE007F}};
+  return std::ranges::any_of(kRows, [code](const auto &row) { return row.first <= code && code <= row.last; });
+}
+
 }  // namespace
 
 std::size_t character_size(std::string_view text) {
@@ -34,7 +43,8 @@ std::size_t character_size(std::string_view text) {
   }
   constexpr std::array<std::uint32_t, 5> kFirst{0, 0, 0xA0, 0x800, 0x10000};  // those before are controls, or too long
   const bool surrogate = code >= 0xD800 && code <= 0xDFFF;
-  return byte(0) >= 0xC0 && code >= kFirst.at(size) && code <= 0x10FFFF && !surrogate ? size : 0;
+  const bool is_one = byte(0) >= 0xC0 && code >= kFirst.at(size) && code <= 0x10FFFF && !surrogate;
+  return is_one && !is_format(code) ? size : 0;
 }
 
 std::string escape_of(char byte) {

@@ -7,7 +7,8 @@
 
 namespace base {
 
-// The bytes of the UTF-8 character at the front of a text; 0 where there is none, or a control character.
+// The bytes of the UTF-8 character at the front of a text; 0 where there is none, or one that is obeyed and
+// not shown: a control character, or one that turns the order of the text around.
 std::size_t character_size(std::string_view text);
 
 // A byte as dumps and scripts write it: "\x1b".
