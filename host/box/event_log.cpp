@@ -131,8 +131,10 @@ bool EventLog::append(const std::filesystem::path &file, std::uint32_t head, Eve
 std::vector<LogEntry> EventLog::read(const std::filesystem::path &file, Damage *damage) {
   const base::Descriptor log(open(file.c_str(), O_RDONLY | kOwnFile));
   if (log.get() < 0) {
-    if (errno == ENOENT && std::filesystem::is_directory(file.parent_path())) return {};
-    throw std::runtime_error("log " + file.string() + ": cannot read it: " + std::strerror(errno));
+    // A new box has one, and nobody removes it but by mistake.
+    const std::string why =
+        errno == ENOENT ? "it is gone, with all that it held. The next entry makes it anew." : std::strerror(errno);
+    throw std::runtime_error("log " + file.string() + ": cannot read it: " + why);
   }
   const std::vector<char> bytes = bytes_of(log.get(), file);
   std::vector<LogEntry> entries;

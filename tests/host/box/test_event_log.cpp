@@ -47,7 +47,22 @@ TEST_F(EventLogTest, GivesBackWhatWasSavedOldestFirst) {
 }
 
 TEST_F(EventLogTest, IsEmptyBeforeTheFirstEntry) {
+  std::ofstream{file};
   EXPECT_TRUE(EventLog::read(file).empty());
+}
+
+TEST_F(EventLogTest, ThatWasRemovedIsNotTakenForAnEmptyOne) {
+  save(1, 2);
+  std::filesystem::remove(file);
+  try {
+    EventLog::read(file);
+    ADD_FAILURE() << "it was read";
+  } catch (const std::runtime_error &error) {
+    EXPECT_EQ(error.what(), "log " + file.string() +
+                                ": cannot read it: it is gone, with all that it held. The next entry makes it anew.");
+  }
+  save(3, 3);
+  expect_entries({3});
 }
 
 TEST_F(EventLogTest, AnUnfinishedEntryIsLeftOutAndWrittenOver) {
