@@ -54,10 +54,15 @@ LockFile::~LockFile() {
 
 bool LockFile::open(const std::filesystem::path &file) {
   fd_ = ::open(file.c_str(), O_RDWR | O_CREAT | kOwnFile, 0666);
+  if (fd_ >= 0 || (errno != EACCES && errno != EROFS && errno != EPERM)) return fd_ >= 0;
+  why_only_read_ = errno;
+  fd_ = ::open(file.c_str(), O_RDONLY | kOwnFile);
+  if (fd_ < 0) errno = why_only_read_;
   return fd_ >= 0;
 }
 
 int LockFile::take(off_t byte, Way way, milliseconds patience, milliseconds between_tries) const {
+  if (way == Way::kAlone && why_only_read_ != 0) return why_only_read_;
   int error = 0;
   const auto is_decided = [&] {
     error = set_lock(fd_, way == Way::kAlone ? F_WRLCK : F_RDLCK, byte) == 0 ? 0 : errno;

@@ -17,8 +17,11 @@ class LockFile {
   LockFile(const LockFile &) = delete;
   LockFile &operator=(const LockFile &) = delete;
 
-  // Opens the file, and makes it where there is none. A link is refused. False on failure, errno set.
+  // Opens the file, and makes it where there is none. A link is refused. Where it may not be written, it is opened to be read,
+  // and only shared locks can be had. False on failure, errno set.
   bool open(const std::filesystem::path &file);
+  // Why it may not be written: a number of errno, or 0.
+  int why_only_read() const { return why_only_read_; }
 
   // Takes a byte, trying again now and then. Returns 0, or EAGAIN when another process still has it when the patience is
   // over, or the errno of another failure.
@@ -31,6 +34,7 @@ class LockFile {
 
  private:
   int fd_ = -1;
+  int why_only_read_ = 0;
 };
 
 }  // namespace box

@@ -110,7 +110,7 @@ void Store::release() {
 void Store::open(bool create) {
   file_.check_kind(create);
   if (!locks_.open(file_.folder() / "locks")) throw file_.failure("open its file 'locks'", errno);
-  if (file_.has_holes()) {
+  if (file_.has_holes() && locks_.why_only_read() == 0) {
     const Gate gate(locks_, Gate::For::kSaving, readings_);
     check_open(gate);
     file_.fill_holes();
@@ -130,7 +130,9 @@ void Store::open_with_lmdb() {
   const InDataFile here;
   if (int result = mdb_env_create(&env_); result != 0) throw file_.failure("open", result);
   mdb_env_set_mapsize(env_, kMapSize);
-  if (int result = mdb_env_open(env_, file_.folder().c_str(), MDB_NOLOCK | MDB_NOTLS, kFileMode); result != 0) {
+  const unsigned only_read = locks_.why_only_read() == 0 ? 0 : MDB_RDONLY;
+  const unsigned flags = MDB_NOLOCK | MDB_NOTLS | only_read;
+  if (int result = mdb_env_open(env_, file_.folder().c_str(), flags, kFileMode); result != 0) {
     throw file_.failure("open", result);
   }
   file_.opened(env_);

@@ -85,6 +85,24 @@ TEST_F(Damage, ACommandRunsWithoutTheDatabases) {
   EXPECT_TRUE(result.output.ends_with("The command runs without them.\n8\n")) << result.output;
 }
 
+TEST_F(Damage, ABoxThatMayOnlyBeReadIsRead) {
+  const std::string box = place().root();
+  const auto in_read_only = [&](const Words &words) {
+    Words command{"/usr/bin/bwrap", "--dev-bind", "/", "/", "--ro-bind", box, box, "--chdir", scratch_.path(), SPBOX};
+    command.insert(command.end(), words.begin(), words.end());
+    return run_to_end(command);
+  };
+  for (const Words &words :
+       {Words{"units", "box"}, Words{"show", "box", "/PSU#0"}, Words{"dump", "box"}, Words{"program", "box"},
+        Words{"daemon", "box"}, Words{"break", "box"}, Words{"trace", "box"}, Words{"log", "box"}}) {
+    const Done result = in_read_only(words);
+    EXPECT_EQ(result.exit_status, 0) << words.front() << ": " << result.output;
+    EXPECT_EQ(result.output, done(words)) << words.front();
+  }
+  EXPECT_EQ(in_read_only({"pull", "box", "/PSU#0"}).output,
+            "spbox: databases in box/mgb/db: cannot lock database 2: Read-only file system\n");
+}
+
 TEST_F(Damage, EveryVerbThatWorksOnABoxActsConfined) {
   for (const spbox::Verb &verb : spbox::all_verbs()) {
     // `dump` writes a file outside, and reads the box in a process of its own.
