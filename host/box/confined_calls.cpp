@@ -59,8 +59,8 @@ constexpr std::uint32_t kCalls[] = {
 };
 
 // What may be done by fcntl: F_SETOWN and its like let the kernel send signals to other processes.
-constexpr std::uint32_t kFileCommands[] = {F_DUPFD, F_DUPFD_CLOEXEC, F_GETFD, F_SETFD, F_GETFL,
-                                           F_SETFL, F_GETLK,         F_SETLK, F_SETLKW};
+constexpr std::uint32_t kFileCommands[] = {F_SETLK, F_GETLK, F_SETLKW, F_DUPFD, F_DUPFD_CLOEXEC,
+                                           F_GETFD, F_SETFD, F_GETFL,  F_SETFL};
 
 constexpr std::uint32_t kNumber = offsetof(seccomp_data, nr), kArchitecture = offsetof(seccomp_data, arch);
 
@@ -104,12 +104,13 @@ void refuse_calls() noexcept {
   program.load(kArchitecture);
   program.only_where(kMachine, 1);
   program.load(kNumber);  // otherwise still the architecture, which is no number of a call
-  for (const std::uint32_t call : kCalls) program.allow_where(call);
+  // The call of all readings comes first.
   constexpr std::uint8_t kOfEach = 2;
   program.only_where(SYS_fcntl, static_cast<std::uint8_t>(2 + kOfEach * std::size(kFileCommands)));
   program.load(argument(1));
   for (const std::uint32_t command : kFileCommands) program.allow_where(command);
   program.end_with(kRefused);
+  for (const std::uint32_t call : kCalls) program.allow_where(call);
   // A process that finds itself in a wrong state ends itself.
   for (const std::uint32_t call : {SYS_tgkill, SYS_tkill}) {
     program.only_where(call, 4);

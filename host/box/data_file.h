@@ -35,7 +35,7 @@ class DataFile {
   void fill_holes() const;
   void examine_unopened();  // what there is of it, before LMDB sees it
   off_t check();            // that it is whole, where others may have saved. Returns its size
-  void make_room(off_t size, std::size_t pages) const;
+  void make_room(off_t size, std::size_t more) const;  // for so many pages more
 
   // From now on it is looked at by LMDB's descriptor.
   void opened(MDB_env *env);

@@ -151,8 +151,8 @@ TEST_F(Confinement, WhereThereIsNoBoxIsNoError) {
 }
 
 TEST_F(Confinement, WorkInAProcessOfItsOwnReturnsWhatItFound) {
-  const std::string large(300000, '\0');
-  EXPECT_EQ(box::in_confinement(place_, [&] { return large; }), large);
+  std::string large(300000, '\0');
+  EXPECT_EQ(box::in_confinement(place_, [&] { return std::string(large); }), large);
   EXPECT_EQ(box::in_confinement(place_, [] { return std::string(); }), "");
   EXPECT_EQ(box::in_confinement(place_, [&] { return std::to_string(opens(outside(), O_RDONLY)); }),
             kernel_confines_files() ? "0" : "1");
