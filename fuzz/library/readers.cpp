@@ -168,7 +168,7 @@ Arguments arguments_of(Source &source) {
   const auto first = static_cast<std::int8_t>(source.byte());
   const auto count = static_cast<std::int32_t>(source.byte() % 40) - 2;
   const bool is_large = source.byte() == 0xFF;
-  const std::int32_t odd = source.number<std::int32_t>();
+  const auto odd = source.number<std::int32_t>();
   return {is_large ? odd : first, count, static_cast<std::int32_t>(source.byte() % 9) - 1};
 }
 
