@@ -12,10 +12,16 @@
 inline bool is_format(std::string_view character) {
   constexpr struct {
     std::string_view first, last;
-  } kRows[] = {
-      {"\xc2\xad", "\xc2\xad"},         {"\xd8\x9c", "\xd8\x9c"},         {"\xe1\xa0\x8e", "\xe1\xa0\x8e"},
-      {"\xe2\x80\x8b", "\xe2\x80\x8f"}, {"\xe2\x80\xa8", "\xe2\x80\xae"}, {"\xe2\x81\xa0", "\xe2\x81\xaf"},
-      {"\xef\xbb\xbf", "\xef\xbb\xbf"}, {"\xef\xbf\xb9", "\xef\xbf\xbb"}, {"\xf3\xa0\x80\x80", "\xf3\xa0\x81\xbf"}};
+  } kRows[] = {{"\xc2\xad", "\xc2\xad"},
+               {"\xd8\x9c", "\xd8\x9c"},
+               {"\xe1\xa0\x8e", "\xe1\xa0\x8e"},
+               {"\xe2\x80\x8b", "\xe2\x80\x8f"},
+               // NOLINTNEXTLINE(misc-misleading-bidirectional): what is looked for
+               {"\xe2\x80\xa8", "\xe2\x80\xae"},
+               {"\xe2\x81\xa0", "\xe2\x81\xaf"},
+               {"\xef\xbb\xbf", "\xef\xbb\xbf"},
+               {"\xef\xbf\xb9", "\xef\xbf\xbb"},
+               {"\xf3\xa0\x80\x80", "\xf3\xa0\x81\xbf"}};
   return std::any_of(std::begin(kRows), std::end(kRows),
                      [&](const auto &row) { return row.first <= character && character <= row.last; });
 }

@@ -69,15 +69,15 @@ int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size) {
 }
 
 // A client of the library may hand over a count that no memory holds: then the library is to say so.
-const char *__asan_default_options() {
+const char *__asan_default_options() {  // NOLINT(clang-diagnostic-reserved-identifier): the sanitizer's name
   return "allocator_may_return_null=1";
 }
 
-void __asan_on_error() {
+void __asan_on_error() {  // NOLINT(clang-diagnostic-reserved-identifier): the sanitizer's name
   fuzz::calm();
 }
 
-void __ubsan_on_report() {
+void __ubsan_on_report() {  // NOLINT(clang-diagnostic-reserved-identifier): the sanitizer's name
   fuzz::calm();
 }
 }
