@@ -8,7 +8,7 @@ must_run_boxes() {
   die "this machine does not let a command have a root directory of its own, which a command in a box needs.
        bubblewrap says:
          $words
-       An ordinary user needs user namespaces. As root, type the line that this machine knows:
+       An ordinary user needs user namespaces. As root, type these lines; a machine knows one of them:
          sysctl -w kernel.unprivileged_userns_clone=1
          sysctl -w kernel.apparmor_restrict_unprivileged_userns=0
        In a container, allow them when it is started, as in:

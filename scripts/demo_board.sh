@@ -45,6 +45,17 @@ procedure_for_unit() {
   fi
 }
 
+# what_again: what another procedure in this box would do
+what_again() {
+  local procedure
+  procedure=$(procedure_for_unit)
+  if [[ $procedure == replace_unit ]] && ! grep -qE '^State +Faulted' <<<"$(spbox show "$box" "$unit")"; then
+    echo 'exchange the good board once more'
+  else
+    echo "go on in this box: $procedure cmu"
+  fi
+}
+
 meaning_of() {
   case $1 in
     0) echo 'done' ;;
@@ -87,7 +98,7 @@ run_procedure() {
   printf '  %-39s  %s\n' \
     "./dev spbox trace $box | less" 'what the library did' \
     "./dev spbox show $box $unit" 'the state of the board now' \
-    './dev demo again' "go on in this box: $(procedure_for_unit) cmu" \
+    './dev demo again' "$(what_again)" \
     './dev demo' 'begin with a new box'
 }
 
