@@ -32,7 +32,7 @@ class Server {
   }  // LMAINTE_CMD_...: seconds
 
   uint32_t count(size_t slot) const { return data_.unit[slot].max_count; }
-  // qb2 has one board and two I/O units: its records are those of two boards, and on both of them the one stands.
+  // qb2 has one board and two I/O units. Its records are those of two boards, and both name the one board.
   uint32_t board_count() const { return std::max(count(LMAINTE_SLOT_CMU), count(LMAINTE_SLOT_IOU)); }
 
  private:

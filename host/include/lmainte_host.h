@@ -15,9 +15,9 @@
  *   mgb/cli/etc            the time files
  *   tmp/.qe3               the marker file of the box's model
  *
- * The trace is a file in memory: when it is emptied while the command runs, the kernel sends SIGBUS. From when it is loaded,
- * the platform handles this. The command goes on, and its trace is lost. A SIGBUS for another reason does what it does
- * elsewhere. A command that sets a handler of its own for SIGBUS gets both.
+ * The trace is a file in memory: when it is emptied while the command runs, the kernel sends SIGBUS. The platform handles this
+ * as soon as it is loaded: the command goes on, and its trace is lost. A SIGBUS for another reason has its usual effect. A
+ * command that sets a handler of its own for SIGBUS gets both.
  */
 #ifndef LMAINTE_HOST_H
 #define LMAINTE_HOST_H
@@ -34,8 +34,7 @@ extern "C" {
 /*
  * The environment variable in which `spbox run` gives a command the words that run a program in its box, ready for a
  * shell, such as "spbox run box". A command that advises its operator to type a program's name writes them before it.
- * On a service processor it is unset, and the program's name is enough; so it is where the variable is empty, as in a play
- * on a box of its own.
+ * On a service processor it is unset, and in a play on a box of its own it is empty. There the program's name is enough.
  */
 #define LMAINTE_HOST_RUN "SPBOX_RUN"
 

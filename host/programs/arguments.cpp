@@ -16,12 +16,12 @@ bool Arguments::only(const std::string &letters) const {
 }
 
 std::optional<Arguments> parse(int argc, char **argv, const char *options) {
-  const std::string in_order = "+" + std::string(options);  // options end at the first word
+  const std::string strict = "+" + std::string(options);  // options end at the first word
   Arguments arguments;
   opterr = 0;  // there is nobody to read a message
   optind = 0;
   // NOLINTNEXTLINE(concurrency-mt-unsafe): one thread
-  for (int letter = 0; (letter = getopt(argc, argv, in_order.c_str())) != -1;) {
+  for (int letter = 0; (letter = getopt(argc, argv, strict.c_str())) != -1;) {
     if (letter == '?') return std::nullopt;
     const bool first = arguments.options.emplace(static_cast<char>(letter), optarg == nullptr ? "" : optarg).second;
     if (!first) return std::nullopt;

@@ -146,7 +146,7 @@ void Making::undo() const {
   }
 }
 
-// Nobody who makes a box leaves a link. Behind one lies what is none of the box's.
+// No making leaves a link. A link leads to files that do not belong to the box.
 void Making::refuse_links() const {
   for (const fs::path &path : {folder_, fresh_, whole_, old_}) {
     if (!fs::is_symlink(fs::symlink_status(path))) continue;

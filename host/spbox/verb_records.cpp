@@ -2,6 +2,7 @@
 #include <memory>
 
 #include "host/box/contents.h"
+#include "host/box/trace_ring.h"
 #include "host/spbox/json.h"
 #include "host/spbox/log_book.h"
 #include "host/spbox/standard_output.h"
@@ -129,7 +130,10 @@ int log(const Options &options) {
 }
 
 Word last_option(Options &options) {
-  return {.name = "--last", .help = "Only so many, the newest", .to = number(options.last, 1, 65536), .value = "COUNT"};
+  return {.name = "--last",
+          .help = "Only so many, the newest",
+          .to = number(options.last, 1, box::TraceRing::kSlots),
+          .value = "COUNT"};
 }
 
 }  // namespace
@@ -143,11 +147,11 @@ Verb trace_verb() {
                     last_option(*options),
                     json_option(options->as_json),
                     {.name = "--errors", .help = "Only errors", .to = &options->errors}},
-          .footer =
-              "The trace keeps the last 65536 records of all commands.\n\n"
-              "Examples:\n"
-              "  spbox trace box --last 20\n"
-              "  spbox trace box --errors",
+          .footer = "The trace keeps the last " + std::to_string(box::TraceRing::kSlots) +
+                    " records of all commands.\n\n"
+                    "Examples:\n"
+                    "  spbox trace box --last 20\n"
+                    "  spbox trace box --errors",
           .act = [options] { return trace(*options); }};
 }
 

@@ -60,29 +60,27 @@ int run(const Options &options) {
 
 Verb run_verb() {
   auto options = std::make_shared<Options>();
-  return {
-      .name = "run",
-      .line = "Run a command in the box, on this terminal",
-      .words = {box_word(options->box),
-                {.name = "COMMAND",
-                 .help = "The command and its arguments; -- may stand before it",
-                 .to = Rest{&options->command},
-                 .need = Need::kRequired},
-                {.name = "--no-pager", .help = "Without a pager: /bin/busybox cannot be run", .to = &options->no_pager},
-                {.name = "--network",
-                 .help = "With the network, which a command has not otherwise",
-                 .to = &options->network}},
-      .footer =
-          "The command sees the workstation, but cannot write there. It has the box's\n"
-          "databases, programs and times as /mgb, and the box's own /tmp. Of the\n"
-          "workstation's /tmp and /run it sees only what holds the program, the working\n"
-          "folder or spbox. The exit status is the command's own, or 128 and the number of\n"
-          "the signal that ended it.\n\n"
-          "Examples:\n"
-          "  spbox run box ./replace_unit\n"
-          "  spbox run box /mgb/bin/ctlled -u /PSU#0 -c blink\n"
-          "  spbox run box sh                         look around",
-      .act = [options] { return run(*options); }};
+  return {.name = "run",
+          .line = "Run a command in the box, on this terminal",
+          .words =
+              {box_word(options->box),
+               {.name = "COMMAND",
+                .help = "The command and its arguments; -- may stand before it",
+                .to = Rest{&options->command},
+                .need = Need::kRequired},
+               {.name = "--no-pager", .help = "Without a pager: /bin/busybox cannot be run", .to = &options->no_pager},
+               {.name = "--network", .help = "Let the command use the workstation's network", .to = &options->network}},
+          .footer =
+              "The command sees the workstation, but cannot write there. It has the box's\n"
+              "databases, programs and times as /mgb, and the box's own /tmp. Of the\n"
+              "workstation's /tmp and /run it sees only what holds the program, the working\n"
+              "folder or spbox. The exit status is the command's own, or 128 and the number of\n"
+              "the signal that ended it.\n\n"
+              "Examples:\n"
+              "  spbox run box ./replace_unit\n"
+              "  spbox run box /mgb/bin/ctlled -u /PSU#0 -c blink\n"
+              "  spbox run box sh                         look around",
+          .act = [options] { return run(*options); }};
 }
 
 }  // namespace spbox
