@@ -45,7 +45,7 @@ TEST_F(PlatformLog, FailsWithoutAnEventOrALog) {
   const std::array<std::uint8_t, 48> event{};
   EXPECT_LT(mgblog_save(nullptr, event.data()), 0);
   EXPECT_LT(mgblog_save(&head, nullptr), 0);
-  EXPECT_TRUE(box::EventLog::read(place.events()).empty());
+  EXPECT_FALSE(std::filesystem::exists(place.events()));
   std::filesystem::remove_all(place.events().parent_path());
   errno = 0;
   EXPECT_LT(mgblog_save(&head, event.data()), 0);
