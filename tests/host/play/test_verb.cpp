@@ -96,7 +96,8 @@ TEST_F(PlayVerb, SaysThatDescriptorsAreFew) {
     const Words play = command({"walk.play"});
     words.insert(words.end(), play.begin(), play.end());
     const auto done = run_to_end(words);
-    if (done.exit_status == 0) continue;
+    constexpr int kCannotBeLoaded = 127;
+    if (done.exit_status == 0 || done.exit_status == kCannotBeLoaded) continue;
     ++failed;
     EXPECT_NE(done.output.find("Too many open files"), std::string::npos) << limit << ": " << done.output;
     EXPECT_TRUE(fs::is_empty(scratch_ / "boxes")) << limit;
