@@ -11,7 +11,7 @@
 namespace spbox {
 namespace {
 
-struct Options {
+struct BreakOptions {
   std::filesystem::path box;
   std::vector<std::string> targets;
   bool identity = false, missing = false, shorter = false, longer = false;
@@ -25,7 +25,7 @@ box::RecordName record_of(const box::Unit &unit, bool identity) {
   throw box::InventoryError(unit.place.name + " has no identity record.");
 }
 
-std::vector<box::RecordName> records_of(const Options &options) {
+std::vector<box::RecordName> records_of(const BreakOptions &options) {
   const box::Place place(options.box);
   const box::Inventory inventory(place);
   std::vector<box::RecordName> records;
@@ -73,7 +73,7 @@ int list_broken(const box::Place &place) {
   return 0;
 }
 
-int break_records(const Options &options) {
+int break_records(const BreakOptions &options) {
   const box::Place place(options.box);
   const box::Inventory inventory(place);
   if (options.targets.empty()) return list_broken(place);
@@ -101,7 +101,7 @@ const char *what_became_of_it(box::Mended mended) {
   return "was not broken on purpose";
 }
 
-int mend_records(const Options &options) {
+int mend_records(const BreakOptions &options) {
   const box::Place place(options.box);
   std::vector<box::RecordName> records = records_of(options);
   if (options.targets.empty()) {
@@ -115,11 +115,11 @@ int mend_records(const Options &options) {
   return 0;
 }
 
-void check_identity(const Options &options) {
+void check_identity(const BreakOptions &options) {
   if (options.targets.empty() && options.identity) throw UsageError("--fru needs a unit, and no unit is named.");
 }
 
-void check_breakage(const Options &options) {
+void check_breakage(const BreakOptions &options) {
   check_identity(options);
   const bool how_is_said = options.missing || options.shorter || options.longer;
   if (options.targets.empty() && how_is_said) throw UsageError("no unit and no record is named.");
@@ -128,18 +128,18 @@ void check_breakage(const Options &options) {
   }
 }
 
-Word targets_word(Options &options, const std::string &help) {
+Word targets_word(BreakOptions &options, const std::string &help) {
   return {.name = "UNIT|RECORD", .help = help, .to = &options.targets};
 }
 
-Word identity_option(Options &options) {
+Word identity_option(BreakOptions &options) {
   return {.name = "--fru", .help = "The unit's identity record, not that of its state", .to = &options.identity};
 }
 
 }  // namespace
 
 Verb break_verb() {
-  auto options = std::make_shared<Options>();
+  auto options = std::make_shared<BreakOptions>();
   return {.name = "break",
           .line = "Break records on purpose: missing, too short, too long",
           .works_on_box = true,
@@ -168,7 +168,7 @@ Verb break_verb() {
 }
 
 Verb mend_verb() {
-  auto options = std::make_shared<Options>();
+  auto options = std::make_shared<BreakOptions>();
   return {.name = "mend",
           .line = "Restore the records that were broken on purpose",
           .works_on_box = true,

@@ -10,12 +10,12 @@
 namespace spbox {
 namespace {
 
-struct Options {
+struct ChangesOptions {
   std::filesystem::path box;
   std::vector<std::string> units;
 };
 
-int change(const Options &options, box::Change change) {
+int change(const ChangesOptions &options, box::Change change) {
   const box::Inventory inventory(box::Place{options.box});
   std::vector<std::vector<std::string>> lines;
   for (const box::Unit &unit : inventory.change(change, options.units)) {
@@ -30,7 +30,7 @@ int change(const Options &options, box::Change change) {
 std::vector<Verb> change_verbs() {
   std::vector<Verb> verbs;
   for (const technician::ChangeRow &row : technician::kChanges) {
-    auto options = std::make_shared<Options>();
+    auto options = std::make_shared<ChangesOptions>();
     verbs.push_back({.name = std::string(row.verb),
                      .line = std::string(row.help),
                      .works_on_box = true,

@@ -9,7 +9,7 @@
 namespace spbox {
 namespace {
 
-struct Options {
+struct CreateOptions {
   std::filesystem::path box;
   std::string model;
   bool force = false;
@@ -21,7 +21,7 @@ std::vector<std::string> model_names() {
   return names;
 }
 
-int create(const Options &options) {
+int create(const CreateOptions &options) {
   const box::Place place(options.box);
   make_box(place, box::new_server(box::find_model(options.model)->code), options.force);
   print_line("Made " + place.root().string() + ": model " + options.model + ", " +
@@ -33,7 +33,7 @@ int create(const Options &options) {
 }  // namespace
 
 Verb create_verb() {
-  auto options = std::make_shared<Options>();
+  auto options = std::make_shared<CreateOptions>();
   return {.name = "create",
           .line = "Make a box: a full, healthy server of a model",
           .words = {box_word(options->box),

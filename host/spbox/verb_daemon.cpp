@@ -13,7 +13,7 @@
 namespace spbox {
 namespace {
 
-struct Options {
+struct DaemonOptions {
   std::filesystem::path box;
   std::string way;
   std::uint32_t seconds = 0;
@@ -47,7 +47,7 @@ std::string way_text(const box::DaemonBend &bend) {
   return "";
 }
 
-int daemon(const Options &options) {
+int daemon(const DaemonOptions &options) {
   const box::Place place(options.box);
   box::check_is_box(place);
   box::TextDatabase kept(place);
@@ -67,7 +67,7 @@ int daemon(const Options &options) {
   return 0;
 }
 
-void prepare(Options &options) {
+void prepare(DaemonOptions &options) {
   options.is_running = box::daemon_listens(box::Place(options.box).daemons(), LMAINTE_HOST_MONITOR);
 }
 
@@ -77,7 +77,7 @@ std::vector<std::string> way_names() {
   return names;
 }
 
-void check(const Options &options) {
+void check(const DaemonOptions &options) {
   const bool late = options.way == "late";
   if (late && options.seconds == 0) {
     throw UsageError("how late? Give seconds, as in " + box::advice({"daemon", options.box, "late", "5"}) + ".");
@@ -88,7 +88,7 @@ void check(const Options &options) {
 }  // namespace
 
 Verb daemon_verb() {
-  auto options = std::make_shared<Options>();
+  auto options = std::make_shared<DaemonOptions>();
   return {.name = "daemon",
           .line = "Show the box's daemon, or bend how it answers",
           .works_on_box = true,

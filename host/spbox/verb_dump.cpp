@@ -16,7 +16,7 @@ namespace {
 
 namespace fs = std::filesystem;
 
-struct Options {
+struct DumpOptions {
   fs::path box, file;
   bool force = false;
 };
@@ -24,7 +24,7 @@ struct Options {
 // A dump of a full box has at most this: two digits, or four of an escaped character, for each byte.
 constexpr std::size_t kLongestDump = std::size_t{256} << 20U;
 
-int dump(const Options &options) {
+int dump(const DumpOptions &options) {
   const box::Place place(options.box);
   const std::string text = box::in_confinement(place, [&] { return dump_of(box::contents_of(place)); });
   if (options.file.empty() || options.file == "-" || options.file == "/dev/stdout") {
@@ -50,7 +50,7 @@ box::Contents read_file(const fs::path &file) {
   return read_dump(std::move(text), name);
 }
 
-int load(const Options &options) {
+int load(const DumpOptions &options) {
   const box::Contents contents = read_file(options.file);
   make_box(box::Place(options.box), contents, options.force);
   std::size_t records = 0;
@@ -65,7 +65,7 @@ int load(const Options &options) {
 }  // namespace
 
 Verb dump_verb() {
-  auto options = std::make_shared<Options>();
+  auto options = std::make_shared<DumpOptions>();
   return {.name = "dump",
           .line = "Write all that the box holds as a text to compare and keep",
           .works_on_box = true,
@@ -83,7 +83,7 @@ Verb dump_verb() {
 }
 
 Verb load_verb() {
-  auto options = std::make_shared<Options>();
+  auto options = std::make_shared<DumpOptions>();
   return {.name = "load",
           .line = "Make a box of a dump, taken from a box or from a real server",
           .words = {{.name = "FILE",

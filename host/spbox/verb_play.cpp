@@ -16,7 +16,7 @@
 namespace spbox {
 namespace {
 
-struct Options {
+struct PlayOptions {
   play::Files files;
   std::vector<std::string> words;  // NAME=VALUE
   play::Values values;
@@ -44,7 +44,7 @@ play::Verbs verbs_that_work_on_box() {
   return verbs;
 }
 
-void take_values(Options &options) {
+void take_values(PlayOptions &options) {
   try {
     for (const auto &word : options.words) play::add_value(word, options.values);
   } catch (const std::invalid_argument &wrong) {
@@ -52,7 +52,7 @@ void take_values(Options &options) {
   }
 }
 
-int play_script(const Options &options) {
+int play_script(const PlayOptions &options) {
   const auto steps = play::prepare(options.files, options.values, verbs_that_work_on_box());
   const play::Interrupts interrupts;
   try {
@@ -79,7 +79,7 @@ std::string help() {
 }  // namespace
 
 Verb play_verb() {
-  auto options = std::make_shared<Options>();
+  auto options = std::make_shared<PlayOptions>();
   return {.name = "play",
           .line = "Play an operator and a technician by a script",
           .words = {{.name = "SCRIPT",

@@ -13,7 +13,7 @@
 namespace spbox {
 namespace {
 
-struct Options {
+struct ProgramOptions {
   std::filesystem::path box;
   std::string name;
   box::Bend bend;
@@ -45,7 +45,7 @@ Json last_run_json(const std::optional<box::Run> &run) {
       {"time", utc(run->time_ns)}, {"pid", run->pid}, {"arguments", run->arguments}, {"exit_status", run->status}};
 }
 
-Json json_of(const box::TextDatabase &kept, std::string_view name) {
+Json bend_json(const box::TextDatabase &kept, std::string_view name) {
   const box::Bend bend = bend_of(kept, name);
   return Json::Object{{"name", name},
                       {"ignore_term", bend.ignore_term},
@@ -61,7 +61,7 @@ std::string text_of(const box::TextDatabase &kept, const std::vector<std::string
   Json::List list;
   for (const std::string &name : names) {
     lines.push_back({name, bend_text(bend_of(kept, name)), run_text(last_run(kept, name))});
-    list.push_back(json_of(kept, name));
+    list.push_back(bend_json(kept, name));
   }
   return as_json ? Json(list).text() : aligned(lines);
 }
@@ -72,11 +72,11 @@ std::vector<std::string> program_names() {
   return names;
 }
 
-bool is_change(const Options &options) {
+bool is_change(const ProgramOptions &options) {
   return options.reset || !options.bend.straight();
 }
 
-int program(const Options &options) {
+int program(const ProgramOptions &options) {
   const box::Place place(options.box);
   box::check_is_box(place);
   box::TextDatabase kept(place);
@@ -93,7 +93,7 @@ int program(const Options &options) {
   return 0;
 }
 
-void check(Options &options) {
+void check(ProgramOptions &options) {
   if (!options.die.empty()) {
     options.bend.die = base::signal_number(options.die);
     if (*options.bend.die <= 0) {
@@ -108,7 +108,7 @@ void check(Options &options) {
 }  // namespace
 
 Verb program_verb() {
-  auto options = std::make_shared<Options>();
+  auto options = std::make_shared<ProgramOptions>();
   box::Bend &bend = options->bend;
   return {.name = "program",
           .line = "Show a control program, or bend what it does",

@@ -16,7 +16,7 @@ namespace {
 using trace_book::TraceLine;
 using trace_book::TraceValue;
 
-struct Options {
+struct RecordsOptions {
   std::filesystem::path box;
   std::size_t last = 0;  // 0: all
   bool as_json = false, errors = false;
@@ -27,7 +27,7 @@ void keep_last(std::vector<Entry> &entries, std::size_t last) {
   if (last > 0 && entries.size() > last) entries.erase(entries.begin(), entries.end() - static_cast<long>(last));
 }
 
-Json json_of(const box::TraceEntry &entry) {
+Json trace_json(const box::TraceEntry &entry) {
   const TraceLine line = trace_book::words_of(entry);
   Json::List values;
   for (const TraceValue &value : line.values) {
@@ -65,7 +65,7 @@ bool is_error(const box::TraceEntry &entry) {
   return trace_book::words_of(entry).is_error;
 }
 
-int trace(const Options &options) {
+int trace(const RecordsOptions &options) {
   const box::Place place(options.box);
   box::check_is_box(place);
   std::vector<box::TraceEntry> entries = box::TraceRing::read(place.trace());
@@ -73,7 +73,7 @@ int trace(const Options &options) {
   keep_last(entries, options.last);
   if (options.as_json) {
     Json::List list;
-    for (const box::TraceEntry &entry : entries) list.push_back(json_of(entry));
+    for (const box::TraceEntry &entry : entries) list.push_back(trace_json(entry));
     print(Json(list).text());
     return 0;
   }
@@ -97,7 +97,7 @@ void tell_of(const box::EventLog::Damage &damage) {
            " to no whole entry.");
 }
 
-int log(const Options &options) {
+int log(const RecordsOptions &options) {
   const box::Place place(options.box);
   const std::uint32_t model = box::model_of_box(place);
   box::EventLog::Damage damage;
@@ -129,7 +129,7 @@ int log(const Options &options) {
   return 0;
 }
 
-Word last_option(Options &options) {
+Word last_option(RecordsOptions &options) {
   return {.name = "--last",
           .help = "Only so many, the newest",
           .to = number(options.last, 1, box::TraceRing::kSlots),
@@ -139,7 +139,7 @@ Word last_option(Options &options) {
 }  // namespace
 
 Verb trace_verb() {
-  auto options = std::make_shared<Options>();
+  auto options = std::make_shared<RecordsOptions>();
   return {.name = "trace",
           .line = "Show what the library recorded, in words",
           .works_on_box = true,
@@ -156,7 +156,7 @@ Verb trace_verb() {
 }
 
 Verb log_verb() {
-  auto options = std::make_shared<Options>();
+  auto options = std::make_shared<RecordsOptions>();
   return {.name = "log",
           .line = "Show the service processor's log, in words",
           .works_on_box = true,

@@ -19,14 +19,14 @@ namespace {
 
 namespace fs = std::filesystem;
 
-struct Options {
+struct RunOptions {
   fs::path box;
   bool no_pager = false;
   bool network = false;
   std::vector<std::string> command;
 };
 
-int run(const Options &options) {
+int run(const RunOptions &options) {
   const auto &[folder, no_pager, network, command] = options;
   const box::Place place(fs::absolute(folder));
   box::check_is_box(box::Place{folder});
@@ -59,7 +59,7 @@ int run(const Options &options) {
 }  // namespace
 
 Verb run_verb() {
-  auto options = std::make_shared<Options>();
+  auto options = std::make_shared<RunOptions>();
   return {.name = "run",
           .line = "Run a command in the box, on this terminal",
           .words =

@@ -15,7 +15,7 @@ namespace {
 
 using Lines = std::vector<std::vector<std::string>>;
 
-struct Options {
+struct ShowOptions {
   std::filesystem::path box;
   std::string unit;
   bool as_json = false;
@@ -88,7 +88,7 @@ int show_unrecorded(const box::Hardware &hardware, const std::string &name, cons
   return 0;
 }
 
-int show(const Options &options) {
+int show(const ShowOptions &options) {
   const box::Place place(options.box);
   const box::Inventory inventory(place);
   const box::Hardware hardware(place);
@@ -123,7 +123,7 @@ int show(const Options &options) {
 }  // namespace
 
 Verb show_verb() {
-  auto options = std::make_shared<Options>();
+  auto options = std::make_shared<ShowOptions>();
   return {
       .name = "show",
       .line = "Show one unit, and the records that hold it",

@@ -11,7 +11,7 @@
 namespace spbox {
 namespace {
 
-struct Options {
+struct TechnicianOptions {
   std::filesystem::path box, script;
   std::string steps;
   std::uint32_t limit = 600;
@@ -19,25 +19,25 @@ struct Options {
   std::vector<technician::Step> read_steps;
 };
 
-std::vector<technician::Step> read(const Options &options) {
+std::vector<technician::Step> read(const TechnicianOptions &options) {
   if (options.script.empty()) return technician::read_script(options.steps, "");
   return technician::read_script(script::text_of_file(options.script), options.script.string());
 }
 
 // Of this process, so not where the words alone are judged.
-void check_ready_fd(const Options &options) {
+void check_ready_fd(const TechnicianOptions &options) {
   const int mode = options.ready_fd < 0 ? O_RDWR : fcntl(options.ready_fd, F_GETFL);
   if (mode < 0 || (mode & O_ACCMODE) == O_RDONLY) {
     throw UsageError("--ready-fd " + std::to_string(options.ready_fd) + ": this descriptor is not open for writing.");
   }
 }
 
-void prepare(Options &options) {
+void prepare(TechnicianOptions &options) {
   check_ready_fd(options);
   options.read_steps = read(options);
 }
 
-int work(const Options &options) {
+int work(const TechnicianOptions &options) {
   technician::Technician hands(box::Place(options.box), technician::Clock::real(), [](const std::string &line) {
     print_line(line);
     std::fflush(stdout);
@@ -55,7 +55,7 @@ std::string help() {
   return text + script::help_of({"#", 0, 0, "# a comment", "Also after a step, to the end of the line"}, kColumn);
 }
 
-void check(const Options &options) {
+void check(const TechnicianOptions &options) {
   if (options.script.empty() && options.steps.empty()) {
     throw UsageError("no steps are given. Name a SCRIPT, or give them with --do.");
   }
@@ -64,7 +64,7 @@ void check(const Options &options) {
 }  // namespace
 
 Verb technician_verb() {
-  auto options = std::make_shared<Options>();
+  auto options = std::make_shared<TechnicianOptions>();
   return {.name = "technician",
           .line = "Pull and insert units by a script while a command runs",
           .works_on_box = true,

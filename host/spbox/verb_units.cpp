@@ -16,7 +16,7 @@ namespace {
 
 using Lines = std::vector<std::vector<std::string>>;
 
-struct Options {
+struct UnitsOptions {
   std::filesystem::path box;
   std::vector<std::string> units;
   bool as_json = false;
@@ -136,7 +136,7 @@ std::string other_table(const View &view) {
   return "\n" + aligned(lines);
 }
 
-int units(const Options &options) {
+int units(const UnitsOptions &options) {
   const View view{box::Place(options.box)};
   const std::vector<box::Unit> all =
       options.units.empty() ? view.inventory.units() : view.inventory.units(view.inventory.with_carried(options.units));
@@ -153,7 +153,7 @@ int units(const Options &options) {
 }  // namespace
 
 Verb units_verb() {
-  auto options = std::make_shared<Options>();
+  auto options = std::make_shared<UnitsOptions>();
   return {.name = "units",
           .line = "List the units, each with state, LED and maintenance flag",
           .works_on_box = true,
