@@ -7,7 +7,7 @@ using namespace trace_events;
 
 namespace {
 
-constexpr std::array kShared{
+constexpr std::array kSharedOfDatabase{
     SharedPhrase{"no-database", "no such database", kDatabase},
     SharedPhrase{"out-of-order", "out of order", "result", kDatabase},
     SharedPhrase{"not-locked", "the database was not locked", "result", kDatabase},
@@ -128,7 +128,7 @@ inline constexpr Page kPage<FreeAccessTable>{
 };
 
 Functions db_functions() {
-  static constexpr auto kFunctions = functions_of<kShared>(Db{});
+  static constexpr auto kFunctions = functions_of<kSharedOfDatabase>(Db{});
   return kFunctions;
 }
 

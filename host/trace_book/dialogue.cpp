@@ -7,7 +7,7 @@ using namespace trace_events;
 
 namespace {
 
-constexpr std::array kShared{
+constexpr std::array kSharedOfDialogue{
     SharedPhrase{"no-child", "no child could be made", kErrno},
     SharedPhrase{"no-lines", "the lines are null"},
     SharedPhrase{"no-file", "the list file cannot be created", kErrno},
@@ -157,7 +157,7 @@ inline constexpr Page kPage<ShowSbStatus>{
 };
 
 Functions dialogue_functions() {
-  static constexpr auto kFunctions = functions_of<kShared>(Dialogue{});
+  static constexpr auto kFunctions = functions_of<kSharedOfDialogue>(Dialogue{});
   return kFunctions;
 }
 

@@ -7,7 +7,7 @@ using namespace trace_events;
 
 namespace {
 
-constexpr std::array kShared{
+constexpr std::array kSharedOfFrame{
     SharedPhrase{"no-table", "the table is null"},
 };
 
@@ -74,7 +74,7 @@ inline constexpr Page kPage<GetPid>{
 };
 
 Functions frame_functions() {
-  static constexpr auto kFunctions = functions_of<kShared>(Frame{});
+  static constexpr auto kFunctions = functions_of<kSharedOfFrame>(Frame{});
   return kFunctions;
 }
 

@@ -7,7 +7,7 @@ using namespace trace_events;
 
 namespace {
 
-constexpr std::array kShared{
+constexpr std::array kSharedOfInventory{
     SharedPhrase{"not-opened", "a database was not opened", kDatabase, "result"},
     SharedPhrase{"not-locked", "a database was not locked", kDatabase, "result"},
     SharedPhrase{"not-unlocked", "a database was not unlocked", kDatabase, "result"},
@@ -272,7 +272,7 @@ inline constexpr Page kPage<GetEmgbDataAll>{
 };
 
 Functions inventory_functions() {
-  static constexpr auto kFunctions = functions_of<kShared>(Inventory{});
+  static constexpr auto kFunctions = functions_of<kSharedOfInventory>(Inventory{});
   return kFunctions;
 }
 

@@ -7,7 +7,7 @@ using namespace trace_events;
 
 namespace {
 
-constexpr std::array kShared{
+constexpr std::array kSharedOfModel{
     SharedPhrase{"null-argument", "an argument is null"},
 };
 
@@ -93,7 +93,7 @@ inline constexpr Page kPage<ConvertStrtofrutype>{
 };
 
 Functions model_functions() {
-  static constexpr auto kFunctions = functions_of<kShared>(Model{});
+  static constexpr auto kFunctions = functions_of<kSharedOfModel>(Model{});
   return kFunctions;
 }
 

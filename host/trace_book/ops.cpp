@@ -7,7 +7,7 @@ using namespace trace_events;
 
 namespace {
 
-constexpr std::array kShared{
+constexpr std::array kSharedOfOps{
     SharedPhrase{"ended", "the program ended", "exit status"},
     SharedPhrase{"no-time-limit", "the time limit is not positive"},
     SharedPhrase{"no-mode", "no such mode", "mode"},
@@ -155,7 +155,7 @@ inline constexpr Page kPage<LinkBoard>{
 };
 
 Functions ops_functions() {
-  static constexpr auto kFunctions = functions_of<kShared>(Ops{});
+  static constexpr auto kFunctions = functions_of<kSharedOfOps>(Ops{});
   return kFunctions;
 }
 

@@ -7,7 +7,7 @@ using namespace trace_events;
 
 namespace {
 
-constexpr std::array kShared{
+constexpr std::array kSharedOfState{
     SharedPhrase{"not-emptied", "the file was not emptied", "descriptor", kErrno},
     SharedPhrase{"null-argument", "an argument is null"},
     SharedPhrase{"not-opened", "the file cannot be opened", "result", kErrno},
@@ -164,7 +164,7 @@ inline constexpr Page kPage<FgetPinfo>{
 };
 
 Functions state_functions() {
-  static constexpr auto kFunctions = functions_of<kShared>(State{});
+  static constexpr auto kFunctions = functions_of<kSharedOfState>(State{});
   return kFunctions;
 }
 
