@@ -115,5 +115,5 @@ base_commit() {
 
 # sources: prints the names of all C and C++ files of the project, separated by NUL.
 sources() {
-  find include trace_events src host examples tests bench fuzz \( -name '*.h' -o -name '*.c' -o -name '*.cpp' \) -print0 2>/dev/null
+  find include trace_events src host examples tests bench fuzz storm \( -name '*.h' -o -name '*.c' -o -name '*.cpp' \) -print0 2>/dev/null
 }

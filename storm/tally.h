@@ -1,0 +1,30 @@
+// What the lanes of a storm count, in memory that they share with the process that started them.
+#pragma once
+
+#include <atomic>
+#include <cstddef>
+#include <cstdint>
+#include <string>
+
+namespace storm {
+
+constexpr std::size_t kMostActors = 32;
+
+struct Tally {
+  struct Row {
+    std::atomic<std::uint64_t> ended, killed;
+  };
+  Row rows[kMostActors];
+  std::atomic<std::uint64_t> rounds, events, findings;
+  std::atomic<bool> stop;
+
+  // For the life of the process and of its children. Throws.
+  static Tally &shared();
+
+  // Tells of something that does not hold, in one write.
+  void find(const std::string &sentence);
+
+  std::uint64_t killed() const;
+};
+
+}  // namespace storm
