@@ -163,7 +163,8 @@ TEST_F(EventLogTest, EntriesOfSeveralProcessesStayWhole) {
 }
 
 TEST_F(EventLogTest, AWriterThatDiesLeavesWholeEntries) {
-  std::size_t before = 0;
+  save(1, 1);
+  std::size_t before = 1;
   for (int round = 0; round < 5; ++round) {
     Child writer([&](const auto &say_ready) {
       say_ready();
