@@ -47,7 +47,7 @@ TEST_F(EventLogTest, GivesBackWhatWasSavedOldestFirst) {
 }
 
 TEST_F(EventLogTest, IsEmptyBeforeTheFirstEntry) {
-  std::ofstream{file};
+  const std::ofstream empty(file);
   EXPECT_TRUE(EventLog::read(file).empty());
 }
 
