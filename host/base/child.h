@@ -2,6 +2,7 @@
 #pragma once
 
 #include <sys/wait.h>
+#include <unistd.h>
 
 #include <cerrno>
 #include <stdexcept>
@@ -30,6 +31,12 @@ class ArgumentVector {
   std::vector<std::string> words_;
   std::vector<char *> pointers_;
 };
+
+// Ends a child that cannot become its program, and tells its parent why through a pipe that execve closes.
+[[noreturn]] inline void cannot_become_program(int exec_error, int error) {
+  if (write(exec_error, &error, sizeof error) < 0) _exit(126);
+  _exit(127);
+}
 
 class NoProcess : public std::runtime_error {
  public:

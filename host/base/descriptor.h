@@ -4,6 +4,8 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <cstddef>
+#include <string_view>
 #include <utility>
 
 namespace base {
@@ -32,5 +34,15 @@ class Descriptor {
  private:
   int fd_ = -1;
 };
+
+// Writes all of it, however little is taken at a time. Returns 0, or a number of errno.
+inline int write_all(int fd, std::string_view bytes) {
+  while (!bytes.empty()) {
+    const ssize_t written = write(fd, bytes.data(), bytes.size());
+    if (written < 0 && errno != EINTR) return errno;
+    if (written > 0) bytes.remove_prefix(static_cast<std::size_t>(written));
+  }
+  return 0;
+}
 
 }  // namespace base

@@ -15,7 +15,6 @@
 #include <exception>
 #include <new>
 #include <stdexcept>
-#include <string_view>
 
 #include "host/base/child.h"
 #include "host/base/descriptor.h"
@@ -90,12 +89,7 @@ constexpr char kDone = 'd', kFailed = 'f';
   } catch (const std::exception &error) {
     said = kFailed + std::string(base::told(error));
   }
-  std::string_view left = said;
-  while (!left.empty()) {
-    const ssize_t written = ::write(to, left.data(), left.size());
-    if (written < 0 && errno != EINTR) break;
-    if (written > 0) left.remove_prefix(static_cast<std::size_t>(written));
-  }
+  base::write_all(to, said);
   _exit(0);
 }
 

@@ -59,9 +59,10 @@ std::optional<box::Place> box_of(const spbox::Verb &verb) {
 int act(const spbox::Verb &verb, const Words &words) {
   try {
     if (spbox::read_line(verb, words) == spbox::Asked::kForHelp) return print(spbox::help_of(verb));
-    if (const auto place = box_of(verb)) spbox::clear_up_making(*place);
+    const auto place = box_of(verb);
+    if (place) spbox::clear_up_making(*place);
     if (verb.prepare) verb.prepare();
-    if (verb.works_on_box && verb.acts_confined) box::confine_to(box_of(verb).value());
+    if (verb.works_on_box && verb.acts_confined) box::confine_to(place.value());
     return verb.act();
   } catch (const spbox::UsageError &error) {
     return complain(error, " " + box::advice({"help", verb.name}) + " says more.", spbox::kUsage);

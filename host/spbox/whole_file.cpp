@@ -21,12 +21,7 @@ namespace fs = std::filesystem;
 }
 
 void write_all(int fd, std::string_view text) {
-  while (!text.empty()) {
-    const ssize_t written = write(fd, text.data(), text.size());
-    if (written < 0 && errno == EINTR) continue;
-    if (written < 0) failure(errno);
-    text.remove_prefix(static_cast<std::size_t>(written));
-  }
+  if (const int error = base::write_all(fd, text); error != 0) failure(error);
 }
 
 // The file behind links. None where one leads to what this process has open: its name is not the file's own.

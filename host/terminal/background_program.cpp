@@ -43,16 +43,11 @@ bool comes(int fd, int alarm, std::optional<milliseconds> patience) {
   }
 }
 
-[[noreturn]] void cannot_run(int exec_error, int error) {
-  if (write(exec_error, &error, sizeof error) < 0) _exit(126);
-  _exit(127);
-}
-
 // Out of the way of the descriptors that the program gets.
 int beyond_those_of_program(int fd, int exec_error) {
   if (fd > kTold) return fd;
   const int copy = fcntl(fd, F_DUPFD_CLOEXEC, kTold + 1);
-  if (copy < 0) cannot_run(exec_error, errno);
+  if (copy < 0) base::cannot_become_program(exec_error, errno);
   return copy;
 }
 
@@ -67,7 +62,7 @@ int beyond_those_of_program(int fd, int exec_error) {
   const bool is_ready = open("/dev/null", O_RDONLY) == STDIN_FILENO && dup2(output, STDOUT_FILENO) >= 0 &&
                         dup2(output, STDERR_FILENO) >= 0 && dup2(tells, kTold) >= 0;
   if (is_ready) execvp(arguments.program(), arguments.data());
-  cannot_run(exec_error, errno);
+  base::cannot_become_program(exec_error, errno);
 }
 
 }  // namespace

@@ -60,12 +60,6 @@ void take_foreground(pid_t group) {
   signal(SIGTTOU, SIG_DFL);
 }
 
-// Ends a process that cannot become the command, and says why.
-[[noreturn]] void give_up(int error, int exec_error) {
-  if (write(exec_error, &error, sizeof error) < 0) _exit(126);
-  _exit(127);
-}
-
 [[noreturn]] void become_command(const base::ArgumentVector &arguments, int exec_error) {
   setpgid(0, 0);
   take_foreground(getpid());
@@ -73,7 +67,7 @@ void take_foreground(pid_t group) {
   unsetenv("LINES");
   unsetenv("COLUMNS");
   execvp(arguments.program(), arguments.data());
-  give_up(errno, exec_error);
+  base::cannot_become_program(exec_error, errno);
 }
 
 [[noreturn]] void lead(const char *terminal_path, const base::ArgumentVector &arguments, int reports, int exec_error) {
@@ -82,12 +76,12 @@ void take_foreground(pid_t group) {
   prctl(PR_SET_PDEATHSIG, SIGKILL);  // A leader whose session is gone, killed perhaps, would wait for ever.
   setsid();
   const int tty = open(terminal_path, O_RDWR);
-  if (tty < 0 || ioctl(tty, TIOCSCTTY, 0) != 0) give_up(errno, exec_error);
+  if (tty < 0 || ioctl(tty, TIOCSCTTY, 0) != 0) base::cannot_become_program(exec_error, errno);
   for (int fd = STDIN_FILENO; fd <= STDERR_FILENO; ++fd) dup2(tty, fd);
   if (tty > STDERR_FILENO) close(tty);
 
   const pid_t command = fork();
-  if (command < 0) give_up(errno, exec_error);
+  if (command < 0) base::cannot_become_program(exec_error, errno);
   if (command == 0) become_command(arguments, exec_error);
   close(exec_error);
   g_command = command;
