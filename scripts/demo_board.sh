@@ -31,29 +31,26 @@ technician() {
   exec spbox technician "$box" --limit 3600 --do "$steps"
 }
 
-# procedure_for_unit: add_unit for a place that is empty and for a good unit that is out of operation; a faulted unit has to be
-# replaced.
-procedure_for_unit() {
+# condition_of_unit: faulted; out, a place that is empty or a good unit that is out of operation; or good.
+condition_of_unit() {
   local state
   state=$(spbox show "$box" "$unit")
   if grep -qE '^State +Faulted' <<<"$state"; then
-    echo replace_unit
+    echo faulted
   elif grep -qE '^(State +Not installed|Flag +.*detached)' <<<"$state"; then
-    echo add_unit
+    echo out
   else
-    echo replace_unit
+    echo good
   fi
 }
 
 # what_again: what another procedure in this box would do
 what_again() {
-  local procedure
-  procedure=$(procedure_for_unit)
-  if [[ $procedure == replace_unit ]] && ! grep -qE '^State +Faulted' <<<"$(spbox show "$box" "$unit")"; then
-    echo 'exchange the good board once more'
-  else
-    echo "go on in this box: $procedure cmu"
-  fi
+  case $(condition_of_unit) in
+    faulted) echo 'go on in this box: replace_unit cmu' ;;
+    out) echo 'go on in this box: add_unit cmu' ;;
+    good) echo 'exchange the good board once more' ;;
+  esac
 }
 
 meaning_of() {
@@ -150,7 +147,8 @@ show_again() {
   lock_box
   printf '\nThe board in the box of the last demonstration:\n\n'
   spbox show "$box" "$unit"
-  procedure=$(procedure_for_unit)
+  procedure=replace_unit
+  if [[ $(condition_of_unit) == out ]]; then procedure=add_unit; fi
   printf '\nYou are the operator. The procedure for it is %s.\n' "$procedure"
   as_both "$procedure"
 }

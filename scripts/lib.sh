@@ -4,6 +4,9 @@ set -euo pipefail
 
 jobs=$(nproc)
 
+# Where code is, besides the public headers, the catalogue of trace events and the tests.
+code_folders=(src host examples bench fuzz storm)
+
 say() { printf '%s\n' "$*"; }
 die() {
   printf './dev: %s\n' "$*" >&2
@@ -115,5 +118,5 @@ base_commit() {
 
 # sources: prints the names of all C and C++ files of the project, separated by NUL.
 sources() {
-  find include trace_events src host examples tests bench fuzz storm \( -name '*.h' -o -name '*.c' -o -name '*.cpp' \) -print0 2>/dev/null
+  find include trace_events tests "${code_folders[@]}" \( -name '*.h' -o -name '*.c' -o -name '*.cpp' \) -print0 2>/dev/null
 }
