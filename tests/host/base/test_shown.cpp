@@ -28,6 +28,7 @@ TEST(Shown, IsATextThatNoTerminalObeys) {
       {"a character that is cut off is written out", "\xe2\x82", R"(\xe2\x82)"},
       {"a character in too many bytes is written out", "\xc0\xaf\xe0\x80\xaf\xf0\x80\x80\xaf",
        R"(\xc0\xaf\xe0\x80\xaf\xf0\x80\x80\xaf)"},
+      // NOLINTNEXTLINE(misc-misleading-bidirectional): it has to be
       {"what turns the order of the text around is written out", "\xe2\x80\xae\xe2\x81\xa6\xd8\x9c",
        R"(\xe2\x80\xae\xe2\x81\xa6\xd8\x9c)"},
       {"what is not seen is written out", "\xc2\xad\xe2\x80\x8b\xef\xbb\xbf\xf3\xa0\x80\xa1",

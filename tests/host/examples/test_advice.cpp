@@ -14,11 +14,11 @@ using procedure::program_command;
 
 class Advice : public testing::Test {
  protected:
-  Advice() {
+  void SetUp() override {
     unsetenv("SPBOX_RUN");
     procedure::remember_folder("replace_unit");
   }
-  ~Advice() override { unsetenv("SPBOX_RUN"); }
+  void TearDown() override { unsetenv("SPBOX_RUN"); }
 };
 
 TEST_F(Advice, IsTypedAsItStandsOnAServiceProcessor) {

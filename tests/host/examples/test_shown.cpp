@@ -27,6 +27,7 @@ TEST(ShownToTheOperator, IsATextThatNoTerminalObeys) {
       {"a character whose third byte is no part of it", "\xe2\x82z", R"(\xe2\x82z)"},
       {"characters in too many bytes", "\xc1\xbf \xe0\x9f\xbf \xf0\x8f\xbf\xbf",
        R"(\xc1\xbf \xe0\x9f\xbf \xf0\x8f\xbf\xbf)"},
+      // NOLINTNEXTLINE(misc-misleading-bidirectional): it has to be
       {"what turns the order of the text around, and its neighbours", "\xe2\x80\xa7\xe2\x80\xae\xe2\x80\xaf",
        "\xe2\x80\xa7\\xe2\\x80\\xae\xe2\x80\xaf"},
       {"what is not seen", "\xc2\xad\xe2\x80\x8b\xef\xbb\xbf\xf3\xa0\x80\xa1",

@@ -22,7 +22,7 @@ class LeftoversTest : public PlayTest {
   // What a play finds that ends with in_order: the lines between the first one and the screen. "no error" where it finds
   // nothing, and the whole error where another step fails.
   std::string found_after(const std::string &text, const std::string &in_order = "in_order\n") {
-    const auto error = error_of(text + in_order);
+    auto error = error_of(text + in_order);
     const auto begin = error.find('\n') + 1;
     if (!error.substr(0, begin).ends_with(": not all is in order:\n")) return error;
     return error.substr(begin, error.find("+--") - begin);

@@ -237,7 +237,7 @@ TEST_F(PlayVerb, RefusesWhatMakesNoSenseBeforeTheFirstStep) {
       {"a technician's step",
        "box qe2\nhands \"juggle\"\n",
        {},
-       "spbox: walk.play:2: `hands \"juggle\"`: step 1: `juggle`: there is no step \"juggle\"; there are after,"},
+       R"(spbox: walk.play:2: `hands "juggle"`: step 1: `juggle`: there is no step "juggle"; there are after,)"},
       {"a script without a box",
        "say \"begun\"\n",
        {},
@@ -258,7 +258,7 @@ TEST_F(PlayVerb, RefusesWhatMakesNoSenseBeforeTheFirstStep) {
       {"a word that a terminal would obey",
        "box qe2\n\033c\n",
        {},
-       "spbox: walk.play:2: `\\x1bc`: there is no step \"\\x1bc\""},
+       R"(spbox: walk.play:2: `\x1bc`: there is no step "\x1bc")"},
       {"an unknown option", "box qe2\nsay \"begun\"\n", {"--twice"}, "spbox: `spbox play` has no option --twice."},
   };
   for (const Nonsense &row : rows) {

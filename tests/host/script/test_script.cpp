@@ -85,7 +85,7 @@ TEST(Script, RefusesQuotesThatMakeNoSense) {
     const char *says, *text, *error;
   } rows[] = {
       {"an open quote", "exit 0\nwait \"List", "walk.play:2: `wait \"List`: the closing \" is missing"},
-      {"an escape at the end", "wait \"List\\", "walk.play:1: `wait \"List\\`: the closing \" is missing"},
+      {"an escape at the end", R"(wait "List\)", R"(walk.play:1: `wait "List\`: the closing " is missing)"},
       {"an unknown escape", R"(wait "\q")",
        R"(walk.play:1: `wait "\q"`: there is no escape \q; there are \n, \t, \r, \e, \", \\, \003 and \x03)"},
       {"half a byte", R"(wait "\x3")",

@@ -11,12 +11,12 @@
 
 #include <cerrno>
 #include <cstddef>
-#include <cstdlib>
 #include <cstring>
 #include <iostream>
 #include <iterator>
 #include <string>
 
+#include "host/base/number.h"
 #include "host/include/lmainte_host.h"
 
 namespace {
@@ -43,7 +43,7 @@ void take_key(const char * /*nothing*/) {
 void connect_to(const char *port) {
   sockaddr_in address{};
   address.sin_family = AF_INET;
-  address.sin_port = htons(static_cast<std::uint16_t>(std::atoi(port)));
+  address.sin_port = htons(base::number_in<std::uint16_t>(port).value());
   address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
   const int fd = socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
   tell(connect(fd, reinterpret_cast<const sockaddr *>(&address), sizeof address));
