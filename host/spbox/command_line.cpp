@@ -87,11 +87,12 @@ class Taking {
   void operator()(bool *to) const { *to = true; }
   void operator()(std::string *to) const { *to = values_.back(); }
   void operator()(Words *to) const { *to = values_; }
-  void operator()(const Rest &rest) const { *rest.to = values_; }
+  void operator()(const Rest &rest) const {
+    if (values_.front().empty()) refuse_empty();
+    *rest.to = values_;
+  }
   void operator()(std::filesystem::path *to) const {
-    if (values_.back().empty()) {
-      refuse(name_ + " is empty. Is a variable not set?" + (is_folder_ ? " The current folder is a dot." : ""));
-    }
+    if (values_.back().empty()) refuse_empty();
     *to = (is_option(values_.back()) ? "./" : "") + values_.back();  // such a word came behind "--": advice repeats it
   }
   void operator()(const Number &number) const {
@@ -111,6 +112,10 @@ class Taking {
   }
 
  private:
+  [[noreturn]] void refuse_empty() const {
+    refuse(name_ + " is empty. Is a variable not set?" + (is_folder_ ? " The current folder is a dot." : ""));
+  }
+
   const std::string &name_;
   const Words &values_;
   bool is_folder_;

@@ -71,6 +71,9 @@ int act(const spbox::Verb &verb, const Words &words) {
 
 // `spbox help` and what else asks for no verb.
 int help(const std::vector<spbox::Verb> &verbs, const Words &words) {
+  if (words.size() > 1) {
+    throw spbox::UsageError("`" + words[1] + "` is one word too many for " + box::advice({"help", "VERB"}) + ".");
+  }
   if (words.empty() || words.front() == "help") return print(spbox::help_of_all(verbs));
   return print(spbox::help_of(find(verbs, words.front())));
 }
