@@ -5,9 +5,10 @@ source scripts/lib.sh
 
 # timed NAME COMMAND...: runs the command, keeps its times under the name, and sets cpu and wall.
 timed() {
-  local name=$1 status=0 file=build/times.now user kernel TIMEFORMAT='%U %S %R'
+  local name=$1 status=0 file user kernel TIMEFORMAT='%U %S %R'
   shift
   mkdir -p build
+  file=$(mktemp build/times.XXXXXX)
   { time "$@" 2>&4; } 4>&2 2>"$file" || status=$?
   read -r user kernel wall <"$file"
   rm -f "$file"
@@ -16,13 +17,18 @@ timed() {
   return "$status"
 }
 
-# keep_times NAME CPU WALL
-keep_times() {
+# keep_times NAME CPU WALL: builds and tests may end at the same time.
+keep_times() (
+  exec 9>build/times.lock
+  flock 9
   touch build/times
   awk -F ';' -v name="$1" '$1 != name' build/times >build/times.new
   printf '%s;%s;%s\n' "$1" "$2" "$3" >>build/times.new
   mv build/times.new build/times
-}
+)
+
+# read_times NAME: sets cpu and wall to what was kept.
+read_times() { IFS=';' read -r _ cpu wall < <(grep "^$1;" build/times); }
 
 # calibrate: measures how long the compiler needs now for a known file, on all processors of this machine at once.
 calibrate() {
