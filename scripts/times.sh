@@ -3,13 +3,14 @@
 # seconds of CPU time (user and system, of all its processes), and the seconds of wall time. scripts/cpu_aims has the aims.
 source scripts/lib.sh
 
-# timed NAME COMMAND...: runs the command, keeps its times under the name, and sets cpu and wall.
+# timed NAME COMMAND...: runs the command in a shell of its own, whose processes are counted and no others, keeps its times
+# under the name, and sets cpu and wall.
 timed() {
   local name=$1 status=0 file user kernel TIMEFORMAT='%U %S %R'
   shift
   mkdir -p build
   file=$(mktemp build/times.XXXXXX)
-  { time "$@" 2>&4; } 4>&2 2>"$file" || status=$?
+  (time "$@" 2>&4) 4>&2 2>"$file" || status=$?
   read -r user kernel wall <"$file"
   rm -f "$file"
   cpu=$(awk -v user="$user" -v kernel="$kernel" 'BEGIN { printf "%.1f", user + kernel }')
