@@ -122,28 +122,42 @@ struct Events {
   constexpr void add(Code code, std::string_view name) { all.at(count++) = {code, name}; }
 };
 
-// The events of one enumeration, whose numbers are counted from `Base`.
+struct Named {
+  Code number;
+  Dashed name;
+};
+
+// What has a name in an enumeration whose numbers are counted from `Base`.
 template <class Enumeration, Code Base, std::size_t... Numbers>
-consteval void add_named(Events &events, std::index_sequence<Numbers...>) {
-  const auto add = [&]<std::size_t Number>() {
-    constexpr auto kValue = static_cast<Enumeration>(Base + Number);
-    if constexpr (kIsNamed<kValue>) {
-      if (Number == trace_events::kEventsOfABlock) a_block_has_no_such_number();
-      events.add(kValue, kDashed<kValue>.view());
-    }
-  };
-  (add.template operator()<Numbers>(), ...);
+consteval auto named_in(std::index_sequence<Numbers...>) {
+  constexpr auto kNames = enumerators<static_cast<Enumeration>(Base + Numbers)...>();
+  std::array<Named, kNames.size() - static_cast<std::size_t>(std::ranges::count(kNames, ""))> named;
+  std::size_t count = 0;
+  for (std::size_t number = 0; number < kNames.size(); ++number)
+    if (!kNames[number].empty()) named[count++] = {static_cast<Code>(number), dashed(kNames[number])};
+  return named;
+}
+
+template <class Enumeration, Code Base>
+inline constexpr auto kNamed =
+    named_in<Enumeration, Base>(std::make_index_sequence<trace_events::kEventsOfABlock + 1>());
+
+constexpr void add_named(Events &events, std::span<const Named> all, Code base) {
+  for (const Named &one : all) {
+    if (one.number == trace_events::kEventsOfABlock) a_block_has_no_such_number();
+    events.add(base + one.number, one.name.view());
+  }
 }
 
 template <class Function>
 consteval Events events_of() {
-  constexpr auto kNumbers = std::make_index_sequence<trace_events::kEventsOfABlock + 1>();
   Events events;
-  add_named<typename Function::Bound, Function::point(0)>(events, kNumbers);
+  events.add(Function::kEntry, "entry");
+  events.add(Function::kExit, "exit");
   if constexpr (requires { typename Function::Point; })
-    add_named<typename Function::Point, Function::point(0)>(events, kNumbers);
+    add_named(events, kNamed<typename Function::Point, Function::point(0)>, Function::point(0));
   if constexpr (requires { typename Function::Error; })
-    add_named<typename Function::Error, Function::error(0)>(events, kNumbers);
+    add_named(events, kNamed<typename Function::Error, Function::error(0)>, Function::error(0));
   return events;
 }
 
