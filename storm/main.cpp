@@ -2,18 +2,19 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
-#include <CLI/CLI.hpp>
 #include <csignal>
 #include <cstdio>
 #include <cstdlib>
 #include <exception>
 #include <filesystem>
 #include <random>
+#include <stdexcept>
 #include <string>
+#include <string_view>
 #include <system_error>
 #include <thread>
-#include <vector>
 
+#include "host/base/number.h"
 #include "storm/lane.h"
 
 namespace {
@@ -24,8 +25,10 @@ using storm::Tally;
 
 Tally *tally_to_stop = nullptr;
 
+constexpr unsigned kMostLanes = 64;
+
 struct Options {
-  unsigned minutes = 0, seconds = 60;
+  std::chrono::seconds time = std::chrono::minutes(1);
   unsigned lanes = std::max(2U, std::thread::hardware_concurrency());
   std::uint64_t seed = std::random_device{}();
 };
@@ -88,8 +91,7 @@ int storm_over(const Options &options) {
   std::printf("seed %llu, %u boxes in %s\n", static_cast<unsigned long long>(options.seed), options.lanes,
               folder.c_str());
   std::fflush(stdout);
-  const auto end = Clock::now() + (options.minutes > 0 ? std::chrono::seconds(60 * options.minutes)
-                                                       : std::chrono::seconds(options.seconds));
+  const auto end = Clock::now() + options.time;
   for (unsigned lane = 0; lane < options.lanes; ++lane) {
     const pid_t child = fork();
     if (child < 0) throw std::system_error(errno, std::generic_category(), "no process can be started");
@@ -101,18 +103,32 @@ int storm_over(const Options &options) {
   return tally.findings == 0 ? 0 : 1;
 }
 
+// Each option has a number behind it.
+Options read_options(int argc, char **argv) {
+  Options options;
+  for (int i = 1; i < argc; i += 2) {
+    const std::string_view name = argv[i];
+    const auto number = i + 1 < argc ? base::number_in<std::uint64_t>(argv[i + 1]) : std::nullopt;
+    if (!number) throw std::runtime_error(std::string(name) + " takes a number");
+    if (name == "--minutes" && *number > 0)
+      options.time = std::chrono::minutes(*number);
+    else if (name == "--seconds" && *number > 0)
+      options.time = std::chrono::seconds(*number);
+    else if (name == "--boxes" && *number > 0 && *number <= kMostLanes)
+      options.lanes = static_cast<unsigned>(*number);
+    else if (name == "--seed")
+      options.seed = *number;
+    else
+      throw std::runtime_error("what is " + std::string(name) + " " + argv[i + 1] + "?");
+  }
+  return options;
+}
+
 }  // namespace
 
 int main(int argc, char **argv) {
   try {
-    Options options;
-    CLI::App app("Kills programs of a box at random, and looks at what must hold behind each of them.");
-    app.add_option("--minutes", options.minutes, "How long")->check(CLI::Range(1, 100'000));
-    app.add_option("--seconds", options.seconds, "The same in seconds")->check(CLI::Range(1, 100'000));
-    app.add_option("--boxes", options.lanes, "How many boxes at the same time")->check(CLI::Range(1, 64));
-    app.add_option("--seed", options.seed, "What decides who works when, and who is killed when");
-    CLI11_PARSE(app, argc, argv);
-    return storm_over(options);
+    return storm_over(read_options(argc, argv));
   } catch (const std::exception &error) {
     std::fprintf(stderr, "storm: %s\n", error.what());
     return 1;
