@@ -120,7 +120,7 @@ void in_a_process_of_its_own(const std::function<void()> &body) {
     body();
     EXPECT_EQ(broken_trace_laws(), Lines{});
     std::fflush(nullptr);
-    __real__exit(::testing::Test::HasFailure() ? 1 : 0);
+    leave(::testing::Test::HasFailure() ? 1 : 0);
   }
   int status = -1;
   ASSERT_EQ(__real_waitpid(child, &status, 0), child);

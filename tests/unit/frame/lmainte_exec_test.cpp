@@ -1,5 +1,6 @@
 #include <csignal>
 #include <cstdlib>
+#include <cwchar>
 
 #include <gtest/gtest.h>
 
@@ -98,6 +99,13 @@ TEST_F(LmainteExec, FormatsAReadyMadeLineOnce) {
   machine().children_are_real = true;
   EXPECT_EQ(lmainte_exec(15, 10, "-u 100%% -c up"), 0);
   EXPECT_STREQ(machine().executed().arguments, "/mgb/bin/linkboard\n-u\n100%\n-c\nup\n");
+}
+
+// In the locale C, no byte stands for this character.
+TEST_F(LmainteExec, LineThatCannotBeFormattedGivesThePathAlone) {
+  machine().children_are_real = true;
+  EXPECT_EQ(lmainte_exec(0, 10, "-c lock %lc", static_cast<wint_t>(0x1F600)), 0);
+  EXPECT_STREQ(machine().executed().arguments, "/mgb/bin/ctlmainte\n");
 }
 
 TEST_F(LmainteExec, CutsTheLineAt1023Characters) {

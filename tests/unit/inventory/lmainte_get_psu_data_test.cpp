@@ -232,6 +232,14 @@ TEST_F(LmainteGetPsuData, CurrentRecordThatIsMissingFails) {
   EXPECT_TRUE(is_untouched(0));
 }
 
+TEST_F(LmainteGetPsuData, CurrentRecordThatIsEmptyExcusesNoMissingFruRecord) {
+  machine().records[{2, "current_psu_info"}] = {doubles::Bytes(3360, 1), 0, false};
+  machine().records.erase({4, "fru_psu_qe_info_00"});
+  EXPECT_EQ(lmainte_get_psu_data(-1, 3, 3, out_), 8);
+  EXPECT_EQ(doubles::trace_of(0x110C0480), (Lines{"100 110C0480", "805 110C1482 0 3", "100 110C0481"}));
+  EXPECT_TRUE(is_untouched(0));
+}
+
 TEST_F(LmainteGetPsuData, CurrentRecordThatIsEmptyFails) {
   machine().records[{2, "current_psu_info"}] = {doubles::Bytes(3360, 1), 0, false};
   EXPECT_EQ(lmainte_get_psu_data(-1, 3, 3, out_), 8);
