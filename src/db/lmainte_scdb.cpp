@@ -173,7 +173,7 @@ uint32_t lmainte_scdb_make_key(const lmainte::Coordinates &at, Key &key) {
     call.error(MakeKey::kNoRecordOfUnit, at.unit_type, at.unit_no);
     return LMAINTE_FAILED;
   }
-  key.name = lmainte::RecordName(kind->shape.name, static_cast<int32_t>(at.unit_no + kind->first_number));
+  key.name.fill(kind->shape.name, static_cast<int32_t>(at.unit_no + kind->first_number));
   key.size = kind->shape.size;
   return LMAINTE_OK;
 }

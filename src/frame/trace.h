@@ -91,31 +91,41 @@ struct Word {
 
 class Trace {
  public:
+  static constexpr uint32_t kWords = 4;
+
+  // What is built anew for each record.
+  struct Content {
+    uint32_t count = 0;
+    uint32_t words[kWords] = {};
+  };
+  const Content &content() const { return content_; }
+  void restore(const Content &content) { content_ = content; }
+
   void begin(uint32_t line) {
-    count_ = 1;
-    words_[0] = static_cast<uint32_t>(getpid());
+    // Asked first: behind a call the compiler does not know the count, and would test it for each word.
+    const pid_t process = getpid();
+    content_.count = 0;
+    add(process);
     add(line);
   }
 
   // One word too many is a mistake in the library. It ends the process: a record is never cut silently.
   void add(Word word) {
-    if (count_ == kWords) abort();
-    words_[count_++] = word.value;
+    if (content_.count == kWords) abort();
+    content_.words[content_.count++] = word.value;
   }
 
   void write(Level level, trace_events::Code code) const {
-    mgb_trace_write(kModule, static_cast<uint32_t>(level), kKind, trace_events::kEventBase + code, words_,
-                    count_ * 4 + kHeadBytes);
+    mgb_trace_write(kModule, static_cast<uint32_t>(level), kKind, trace_events::kEventBase + code, content_.words,
+                    content_.count * 4 + kHeadBytes);
   }
 
  private:
   static constexpr uint32_t kModule = 14;
   static constexpr uint32_t kKind = 15;
-  static constexpr uint32_t kWords = 4;
   static constexpr uint32_t kHeadBytes = 8;  // of the record in the trace, counted in its length
 
-  uint32_t count_ = 0;
-  uint32_t words_[kWords] = {};
+  Content content_;
   // A facility that takes the length for the size of the words reads this far.
   [[maybe_unused]] uint32_t guard_[kHeadBytes / 4] = {};
 };
@@ -169,11 +179,12 @@ class Call {
   // module's record as they found it, also when it is half built. One copy of this serves the whole library.
   template <class... Words>
   [[gnu::noinline]] void record(Level level, trace_events::Code code, uint32_t line, Words... words) const {
-    const Trace interrupted = trace_;
-    trace_.begin(line);
-    (trace_.add(words), ...);
-    trace_.write(level, code);
-    trace_ = interrupted;
+    Trace &trace = trace_;
+    const Trace::Content interrupted = trace.content();
+    trace.begin(line);
+    (trace.add(words), ...);
+    trace.write(level, code);
+    trace.restore(interrupted);
   }
 
   Trace &trace_;

@@ -31,24 +31,23 @@ constexpr size_t kFanSize = 56;
 
 constexpr int32_t kFruRecordSize = 256;
 constexpr size_t kNameLengthByte = 43;
-constexpr uint8_t kEndOfTrays = 255;
 
-// What differs between the models.
+// What differs between the models. The fans of their trays stand in the order of the trays.
 struct ModelRow {
   uint32_t model;
   const lmainte_fan_count *fans;
+  int32_t trays;
 };
 
 constexpr ModelRow kModels[] = {
-    {LMAINTE_MODEL_QA, max_fan_num_qa},   {LMAINTE_MODEL_QB1, max_fan_num_qb1}, {LMAINTE_MODEL_QB2, max_fan_num_qb2},
-    {LMAINTE_MODEL_QE1, max_fan_num_qe1}, {LMAINTE_MODEL_QE2, max_fan_num_qe2}, {LMAINTE_MODEL_QE3, max_fan_num_qe3},
+    {LMAINTE_MODEL_QA, max_fan_num_qa, 4},    {LMAINTE_MODEL_QB1, max_fan_num_qb1, 6},
+    {LMAINTE_MODEL_QB2, max_fan_num_qb2, 8},  {LMAINTE_MODEL_QE1, max_fan_num_qe1, 12},
+    {LMAINTE_MODEL_QE2, max_fan_num_qe2, 16}, {LMAINTE_MODEL_QE3, max_fan_num_qe3, 32},
 };
 
 // The number of fans of a tray; 0 for a tray that the model lacks.
 int32_t fans_of(const ModelRow &model, int32_t tray) {
-  for (const lmainte_fan_count *row = model.fans; row->tray != kEndOfTrays; ++row)
-    if (row->tray == tray) return row->fans;
-  return 0;
+  return tray >= 0 && tray < model.trays ? model.fans[tray].fans : 0;
 }
 
 void fill_head(const FlaggedEntries &trays, int32_t tray, FantrayData &out) {

@@ -116,6 +116,7 @@ class Machine {
   int32_t log_result = 0;  // of an event that is saved
   pid_t pid = 4711;
   std::function<void()> interruption;  // a signal handler that runs once, when the process id is asked for next
+  std::function<void()> interruption_of_trace;  // the same, when a record is handed over next, before it is looked at
   std::function<int64_t(int)> wall_clock = [](int seconds) { return 1000000 + seconds; };  // at a second of `clock`
   std::function<void()> asleep = [] {};                                          // what happens in each second of sleep
   std::function<void(const std::string &call)> meanwhile = [](const auto &) {};  // what happens before each call

@@ -9,6 +9,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <utility>
 
 #include <gtest/gtest.h>
 
@@ -58,6 +59,7 @@ bool is_padded(const char *key) {
 
 int32_t mgb_trace_write(uint32_t module, uint32_t level, uint32_t kind, uint32_t event, const uint32_t *words,
                         uint32_t length) {
+  if (const auto handler = std::exchange(machine().interruption_of_trace, nullptr)) handler();
   static int rubbish = 7000;
   doubles::TraceRecord record = {module, level, kind, event, length, {}, machine().in_child};
   std::memcpy(record.words, words, std::min<size_t>(length - 8, sizeof record.words));

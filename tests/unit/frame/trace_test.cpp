@@ -68,7 +68,7 @@ TEST_F(TraceTest, CallRecordsItsEntryFirstAndItsExitLast) {
 
 TEST_F(TraceTest, RecordIsWholeWhenASignalHandlerTracesThroughTheSameModuleMeanwhile) {
   const Call call(trace_, kPlain);
-  machine().interruption = [this] {
+  machine().interruption_of_trace = [this] {
     const Call of_handler(trace_, kSecond);
     of_handler.point(Second::kTwo, 5, 6);
   };
