@@ -44,6 +44,10 @@ void put(std::uint32_t db_id, const char *pattern, int count, std::size_t size) 
   }
 }
 
+void clear() {
+  databases = {};
+}
+
 Requests watch(void (*call)()) {
   Requests requests;
   watched = &requests;

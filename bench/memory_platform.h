@@ -23,6 +23,8 @@ struct Requests {
 // neither faulted nor degraded, and have a name.
 void put(std::uint32_t db_id, const char *pattern, int count, std::size_t size);
 
+void clear();
+
 // Runs a call once and tells what it asked for.
 Requests watch(void (*call)());
 

@@ -1,17 +1,16 @@
 // Every reader at the full size of its model, beside the client calls and trace records that it takes; and a location, beside
 // the read of the model that it begins with.
 
-#include "bench/readers.h"
-
 #include <benchmark/benchmark.h>
 #include <sys/stat.h>
 
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
-#include <string>
 
 #include "bench/memory_platform.h"
+#include "bench/rows.h"
+#include "bench/server.h"
 #include "include/lmainte.h"
 
 extern "C" int __wrap_stat(const char *path, struct stat *result);
@@ -79,7 +78,7 @@ void locate_psu() {
   benchmark::DoNotOptimize(type);
 }
 
-struct Row {
+struct Reader {
   const char *name;
   void (*library)();
   void (*floor)() = nullptr;  // null: the calls that the library makes of the platform
@@ -89,7 +88,7 @@ constexpr std::int32_t kQe1 = LMAINTE_MODEL_QE1;
 constexpr std::int32_t kQb2 = LMAINTE_MODEL_QB2;
 constexpr std::int32_t kQe3 = LMAINTE_MODEL_QE3;
 
-constexpr Row kRows[] = {
+constexpr Reader kReaders[] = {
     {"read 16 system boards", read_units<SbData, 16, kQe3, lmainte_get_sb_data>},
     {"read 64 extended system boards", read_units<XsbData, 64, kQe3, lmainte_get_xsb_data>},
     {"read 32 fan trays", read_units<FantrayData, 32, kQe3, lmainte_get_fantray_data>},
@@ -109,64 +108,16 @@ constexpr Row kRows[] = {
     {"locate a power supply (floor: the model)", locate_psu, read_model},
 };
 
-void put_boards() {
-  bench::put(LMAINTE_DB_SETUP, "setup_cmu_info_%02d", 16, 256);
-  bench::put(LMAINTE_DB_CURRENT, "current_cmu_info_%02d", 16, 1760);
-  bench::put(LMAINTE_DB_CURRENT, "current_cpu_module_info_%02d", 16, 2976);
-  bench::put(LMAINTE_DB_CURRENT, "current_dimm_info_%02d", 16, 1792);
-  bench::put(LMAINTE_DB_CURRENT, "current_iou_info_%02d", 16, 2016);
-  bench::put(LMAINTE_DB_FRU, "fru_cmu_info_%02d", 16, 8192);
-  bench::put(LMAINTE_DB_FRU, "fru_cpu_info_%02d", 64, 8192);
-  bench::put(LMAINTE_DB_FRU, "fru_dimm_info_%03d", 512, 256);
-  bench::put(LMAINTE_DB_FRU, "fru_iou_qe_info_%02d", 16, 8192);
-  bench::put(LMAINTE_DB_SETUP, "setup_xsb_info_%02d", 64, 192);
-  bench::put(LMAINTE_DB_CURRENT, "current_xsb_info_%02d", 64, 152);
-}
-
-void put_other_units() {
-  bench::put(LMAINTE_DB_CURRENT, "current_fantray_info", 1, 6912);
-  bench::put(LMAINTE_DB_FRU, "fru_fan_qe_info_%02d", 32, 256);
-  bench::put(LMAINTE_DB_CURRENT, "current_psu_info", 1, 3360);
-  bench::put(LMAINTE_DB_FRU, "fru_psu_qe_info_%02d", 60, 320);
-  bench::put(LMAINTE_DB_CURRENT, "current_bp32_info", 1, 1008);
-  bench::put(LMAINTE_DB_FRU, "fru_bpa_info", 1, 8192);
-  bench::put(LMAINTE_DB_FRU, "fru_ddca_info_%02d", 2, 320);
-  bench::put(LMAINTE_DB_CURRENT, "current_mgb_info", 1, 160);
-  bench::put(LMAINTE_DB_CURRENT, "current_mgbr_info", 1, 48);
-  bench::put(LMAINTE_DB_LOCAL, "local_mgb_info", 1, 280);
-  bench::put(LMAINTE_DB_FRU, "fru_emgbu_info_%02d", 4, 8192);
-}
-
-void put_system() {
-  bench::put(LMAINTE_DB_CURRENT, "current_domain_info_%02d", 24, 1464);
-  bench::put(LMAINTE_DB_CURRENT, "current_system_info", 1, 176);
-  bench::put(LMAINTE_DB_SETUP, "setup_system_info", 1, 248);
-  bench::put(LMAINTE_DB_GEN, "gen_system_info", 1, 1408);
-}
-
-void add(const Row &row) {
-  const std::string name = row.name;
-  if (row.floor == nullptr) {
-    const auto replay = [asked = bench::watch(row.library)](benchmark::State &state) {
-      for (auto _ : state) bench::replay(asked);
-    };
-    benchmark::RegisterBenchmark((name + "/floor").c_str(), replay);
-  } else {
-    const auto run = [&row](benchmark::State &state) {
-      for (auto _ : state) row.floor();
-    };
-    benchmark::RegisterBenchmark((name + "/floor").c_str(), run);
-  }
-  benchmark::RegisterBenchmark((name + "/library").c_str(), [&row](benchmark::State &state) {
-    for (auto _ : state) row.library();
-  });
+bench::Row row_of(const Reader &reader) {
+  if (reader.floor != nullptr) return {reader.name, reader.floor, reader.library};
+  return {reader.name, [asked = bench::watch(reader.library)] { bench::replay(asked); }, reader.library};
 }
 
 }  // namespace
 
-void bench::add_readers() {
-  put_boards();
-  put_other_units();
-  put_system();
-  for (const Row &row : kRows) add(row);
+std::vector<bench::Row> bench::reader_rows() {
+  put_server(kBoards);
+  std::vector<Row> rows;
+  for (const Reader &reader : kReaders) rows.push_back(row_of(reader));
+  return rows;
 }

@@ -1,0 +1,75 @@
+#include "bench/table.h"
+
+#include <benchmark/benchmark.h>
+
+#include <cstdio>
+#include <map>
+#include <string>
+
+namespace {
+
+class Ratios : public benchmark::BenchmarkReporter {
+ public:
+  bool ReportContext(const Context &) override { return true; }
+
+  void ReportRuns(const std::vector<Run> &runs) override {
+    for (const Run &run : runs) {
+      if (run.run_type != Run::RT_Aggregate || run.aggregate_name != "median") continue;
+      const std::string name = run.run_name.function_name;
+      const std::size_t slash = name.rfind('/');
+      rows_[name.substr(0, slash)][name.substr(slash + 1)] = run.GetAdjustedCPUTime();
+    }
+  }
+
+  void Finalize() override {
+    std::printf("%-44s %12s %12s %8s\n", "processor time", "floor", "call", "ratio");
+    for (const auto &[row, times] : rows_) {
+      std::printf("%-44s", row.c_str());
+      print_time(times, "floor");
+      print_time(times, "call");
+      // A filter may have left out one of the two.
+      if (times.size() == 2) std::printf(" %8.2f", times.at("call") / times.at("floor"));
+      std::printf("\n");
+    }
+  }
+
+ private:
+  using Times = std::map<std::string, double>;
+
+  static void print_time(const Times &times, const std::string &half) {
+    const auto time = times.find(half);
+    if (time == times.end())
+      std::printf(" %12s", "-");
+    else
+      std::printf(" %9.0f ns", time->second);
+  }
+
+  std::map<std::string, Times> rows_;
+};
+
+void enter(const std::string &name, const std::function<void()> &prepare, const std::function<void()> &call) {
+  benchmark::RegisterBenchmark(name.c_str(), [prepare, call](benchmark::State &state) {
+    prepare();
+    for (auto _ : state) call();
+  });
+}
+
+}  // namespace
+
+// Floor and call run in turn: what else the machine does then falls on both. Options given come after these and win.
+int bench::measure(const std::vector<Row> &rows, int argc, char **argv) {
+  std::string options[] = {"--benchmark_repetitions=15", "--benchmark_min_time=0.02",
+                           "--benchmark_enable_random_interleaving=true"};
+  std::vector<char *> arguments(argv, argv + argc);
+  arguments.insert(arguments.begin() + 1, {options[0].data(), options[1].data(), options[2].data()});
+  for (const Row &row : rows) {
+    enter(row.name + "/floor", row.prepare, row.floor);
+    enter(row.name + "/call", row.prepare, row.call);
+  }
+  int count = static_cast<int>(arguments.size());
+  benchmark::Initialize(&count, arguments.data());
+  if (benchmark::ReportUnrecognizedArguments(count, arguments.data())) return 1;
+  Ratios ratios;
+  benchmark::RunSpecifiedBenchmarks(&ratios);
+  return 0;
+}
