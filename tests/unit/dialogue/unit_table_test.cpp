@@ -167,6 +167,10 @@ TEST_P(UnitTable, NameWithoutAnEndIsCutAt127Characters) {
   machine().names[{0, 0}] = std::string(200, 'n');
   const std::string number = GetParam().unit_line[0] == ' ' ? " 1. " : "";
   EXPECT_EQ(page({end_mark()}), number + std::string(127 - number.size(), 'n'));
+  machine().names[{0, 0}] = "/" + std::string(199, 'n');
+  EXPECT_EQ(page({end_mark()}),
+            number.empty() ? std::string(126, 'n') + "N" : number + std::string(127 - number.size(), 'n'))
+      << "the leading slash is no part of the line, but of the name";
 }
 
 // ---- the message catalogue

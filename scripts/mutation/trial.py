@@ -1,0 +1,116 @@
+"""A copy of the tree in which mutants are built and tested.
+
+A mutant may do anything. So it is built and tested with a root directory of its own: all files are read-only but the copy and
+an empty /tmp, and there are no processes but its own.
+"""
+import os
+import shutil
+import subprocess
+import time
+from pathlib import Path
+
+BUILD = "build/release"
+MEMORY = 8 << 30  # for each process of a test, and an eighth of it for its files
+OPTIONS = ("-DLMAINTE_UNITY=OFF", "-DLMAINTE_UNITY_TESTS=ON", "-DLMAINTE_BENCH=OFF", "-DLMAINTE_WERROR=OFF")
+
+
+class Broken(Exception):
+    """Without any mutant, something cannot be built or fails."""
+
+
+def copy_changed(source, tree):
+    """Brings the copy up to date. What did not change keeps its time, so that it is not built again."""
+    listed = subprocess.run(["git", "ls-files", "-z", "--cached", "--others", "--exclude-standard"], cwd=source,
+                            check=True, capture_output=True).stdout
+    names = {os.fsdecode(name) for name in listed.split(b"\0") if name and os.path.lexists(source / os.fsdecode(name))}
+    for name in names:
+        here, there = source / name, tree / name
+        if there.exists() and not here.is_symlink() and here.read_bytes() == there.read_bytes():
+            continue
+        there.parent.mkdir(parents=True, exist_ok=True)
+        there.unlink(missing_ok=True)
+        shutil.copy(here, there, follow_symlinks=False)
+    for folder, folders, files in os.walk(tree):
+        inside = Path(folder).relative_to(tree)
+        if inside == Path("."):
+            folders[:] = [name for name in folders if name != "build"]
+        for name in files:
+            if str(inside / name) not in names:
+                os.unlink(tree / inside / name)
+
+
+class Bench:
+    """A copy, seen at one place by all that is built in it."""
+
+    def __init__(self, tree, copy, limits, build_jobs=1):
+        self.tree, self.copy, self.limits, self.build_jobs = tree, copy, limits, build_jobs
+        self.log = tree.parent / (copy.name + ".log")
+
+    def run(self, words, limit=None):
+        """The exit status of a command in the copy; None where it takes longer than its limit."""
+        root = ["bwrap", "--ro-bind", "/", "/", "--dev", "/dev", "--proc", "/proc", "--size", str(MEMORY // 8), "--tmpfs", "/tmp",
+                "--bind", self.copy, self.tree, "--unshare-pid", "--die-with-parent", "--new-session", "--chdir", self.tree]
+        if os.geteuid() == 0:
+            root += ["--cap-add", "ALL"]
+        environment = {**os.environ, "CCACHE_DISABLE": "1"}
+        environment.pop("TMPDIR", None)
+        with open(self.log, "wb") as log, subprocess.Popen([*root, "--", *words], env=environment, stdin=subprocess.DEVNULL,
+                                                           stdout=log, stderr=log) as process:
+            try:
+                return process.wait(limit)
+            except subprocess.TimeoutExpired:
+                process.kill()
+                return None
+
+    def build(self, *programs):
+        return self.run(["ninja", "-C", BUILD, "-j", str(self.build_jobs), *programs], limit=3600) == 0
+
+    def test(self, program):
+        return self.run(["prlimit", f"--as={MEMORY}", f"{BUILD}/{program}", "--gtest_fail_fast", "--gtest_brief=1"],
+                        self.limits.get(program))
+
+    def prepare(self, programs):
+        """Builds the programs and runs their tests. A mutant may take five times as long as they do."""
+        if not self.build(*programs):
+            raise Broken(f"the build fails without a mutant; see {self.log}")
+        for program in programs:
+            start = time.monotonic()
+            if self.test(program) != 0:
+                raise Broken(f"{program} fails without a mutant; see {self.log}")
+            self.limits[program] = 5 + 5 * (time.monotonic() - start)
+
+    def judge(self, mutant, programs):
+        """What becomes of a mutant, in a word."""
+        file = self.copy / mutant.file
+        text = file.read_text()
+        lines = text.split("\n")
+        lines[mutant.number - 1] = mutant.new
+        try:
+            file.write_text("\n".join(lines))
+            for program in programs:
+                if not self.build(program):
+                    return "refused"
+                status = self.test(program)
+                if status != 0:
+                    return "hung" if status is None else "killed"
+            return "survived"
+        finally:
+            file.write_text(text)
+
+
+def configure(tree):
+    """Lets CMake describe the build of the copy, as ./dev build does."""
+    command = 'source scripts/lib.sh; configure release "$@"'
+    if subprocess.run(["bash", "-c", command, "bash", *OPTIONS], cwd=tree).returncode != 0:
+        raise Broken("the copy cannot be configured")
+
+
+def benches(tree, count, limits):
+    """The copy itself, and more of them; the programs are built in all of them."""
+    made = [Bench(tree, tree, limits)]
+    for number in range(2, count + 1):
+        copy = tree.parent / f"{tree.name}-{number}"
+        shutil.rmtree(copy, ignore_errors=True)
+        subprocess.run(["cp", "-a", "--reflink=auto", tree, copy], check=True)
+        made.append(Bench(tree, copy, limits))
+    return made
