@@ -16,9 +16,11 @@ def read_entries(name, text):
             block.append(line)
             continue
         if block:
-            if len(block) < 4 or not block[1].startswith("- ") or not block[2].startswith("+ "):
-                raise Wrong(f"{name}:{first}: an entry is a file, its line behind '- ', the mutant's behind '+ ', and the reason")
-            entries[block[0], block[1][2:].strip(), block[2][2:].strip()] = first
+            file, old, *rest = block + [""] * 2
+            new = [text[2:].strip() for text in rest if text.startswith("+ ")]
+            if not old.startswith("- ") or not new or len(block) < len(new) + 3:
+                raise Wrong(f"{name}:{first}: an entry is a file, its line behind '- ', mutants behind '+ ', and the reason")
+            entries.update({(file, old[2:].strip(), text): first for text in new})
         block = []
     return entries
 
