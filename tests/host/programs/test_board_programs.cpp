@@ -5,6 +5,7 @@
 #include "host/base/child.h"
 #include "host/base/descriptor.h"
 #include "host/box/database.h"
+#include "host/box/inventory_records.h"
 #include "host/box/partitions.h"
 #include "tests/host/box/child.h"
 #include "tests/host/programs/control_program.h"
@@ -23,6 +24,14 @@ class BoardPrograms : public ControlProgram {
       return (domain <= 23 ? std::to_string(domain) : "SP") + (at.active ? " on" : " off");
     }
     return "none";
+  }
+
+  // Writes down for board 0 which domain it is to run in.
+  void set_up_for(std::uint32_t domain) const {
+    box::Database setup(place_.database(1));
+    box::Bytes record = setup.get("setup_xsb_info_00").value();
+    box::put_word(record, 128, domain);
+    setup.put("setup_xsb_info_00", record);
   }
 };
 
@@ -49,6 +58,22 @@ TEST_F(BoardPrograms, ALinkedBoardRunsInItsDomainAgain) {
   EXPECT_EQ(xsb("00-0"), "0 on");
 }
 
+TEST_F(BoardPrograms, ADividedBoardRunsInTheDomainsOfItsParts) {
+  expect({{"out", "detachfru", "-u /CMU#3", 0}, {"the last board is linked", "linkboard", "-u /CMU#3 -c up", 0}});
+  EXPECT_EQ(xsb("03-0"), "1 on");
+  EXPECT_EQ(xsb("03-3"), "SP off");
+}
+
+TEST_F(BoardPrograms, ABoardRunsInTheDomainThatItIsSetUpForIfThereIsOne) {
+  expect({{"out", "detachfru", "-u /CMU#0", 0}});
+  const std::pair<std::uint32_t, const char *> rows[] = {{255, "SP off"}, {24, "SP off"}, {23, "23 on"}};
+  for (const auto &[domain, then] : rows) {
+    set_up_for(domain);
+    expect({{"in", "linkboard", "-u /CMU#0 -c up", 0}});
+    EXPECT_EQ(xsb("00-0"), then) << domain;
+  }
+}
+
 TEST_F(BoardPrograms, ABoardRunsWhenBothItsUnitsAreLinked) {
   expect({{"out", "detachfru", "-u /IOU#0", 0},
           {"one", "linkboard", "-u /CMU#0 -c down", 0},
@@ -60,7 +85,8 @@ TEST_F(BoardPrograms, ABoardRunsWhenBothItsUnitsAreLinked) {
 }
 
 TEST_F(BoardPrograms, ADomainKeepsItsLastBoard) {
-  expect({{"one of two", "detachfru", "-u /CMU#0", 0},
+  expect({{"the second of two may be removed", "judgectlfru", "-u /CMU#1 -c del", 0},
+          {"the first of two is detached", "detachfru", "-u /CMU#0", 0},
           {"the domain's last board may not be removed", "judgectlfru", "-u /CMU#1 -c del", 232},
           {"the domain's last board is not detached", "detachfru", "-u /CMU#1", 128, "detached /CMU#1", ""}});
   EXPECT_EQ(xsb("01-0"), "0 on");

@@ -64,6 +64,16 @@ TEST_F(UnitProgramsOfTheEntryModel, TheLastOneThatWorksIsNotTaken) {
           {"then the first unit may be removed", "judgectlfru", "-u /PSU#0 -c del", 0}});
 }
 
+TEST_F(UnitPrograms, TheLastOneThatWorksIsNotTakenWhateverItsKind) {
+  change(Change::kFault, {"/EMGBU_B#1", "/DDC_A#1"});
+  expect({{"a service processor unit", "judgectlfru", "-u /EMGBU_B#0 -c del", 232},
+          {"a DDC unit", "judgectlfru", "-u /DDC_A#0 -c del", 232},
+          {"one of many fan trays may be removed", "judgectlfru", "-u /FAN_A#0 -c del", 0}});
+  change(Change::kFault, {"/FAN_A#1", "/FAN_A#2", "/FAN_A#3", "/FAN_B#0", "/FAN_B#1", "/FAN_B#2", "/FAN_B#3",
+                          "/FAN_B#4", "/FAN_B#5", "/FAN_B#6", "/FAN_B#7"});
+  expect({{"the last fan tray", "judgectlfru", "-u /FAN_A#0 -c del", 232}});
+}
+
 TEST_F(UnitProgramsOfTheEntryModel, TheOnlyBoardIsNotTakenNorWhatSitsOnIt) {
   expect({{"the board", "judgectlfru", "-u /MBU_A -c del", 232},
           {"a memory module", "judgectlfru", "-u /MBU_A/MEM#0A -c del", 232},
