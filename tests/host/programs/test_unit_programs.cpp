@@ -74,6 +74,18 @@ TEST_F(UnitPrograms, TheLastOneThatWorksIsNotTakenWhateverItsKind) {
   expect({{"the last fan tray", "judgectlfru", "-u /FAN_A#0 -c del", 232}});
 }
 
+TEST_F(UnitProgramsOfTheEntryModel, AUnitThatIsOutStaysOutWhateverTheOthersAre) {
+  expect({{"one of two", "detachfru", "-u /PSU#1", 0}});
+  change(Change::kFault, {"/PSU#0"});
+  expect({{"it is detached again, although no other one works", "detachfru", "-u /PSU#1", 0}});
+}
+
+TEST_F(UnitProgramsOfTheEntryModel, ACardMayBeAddedAndTheOnlyBoardMayNot) {
+  change(Change::kFault, {"/MBU_A/PCI#0"});
+  expect({{"a faulted card", "judgectlfru", "-u /MBU_A/PCI#0 -c add", 0},
+          {"the board", "judgectlfru", "-u /MBU_A -c add", 128}});
+}
+
 TEST_F(UnitProgramsOfTheEntryModel, TheOnlyBoardIsNotTakenNorWhatSitsOnIt) {
   expect({{"the board", "judgectlfru", "-u /MBU_A -c del", 232},
           {"a memory module", "judgectlfru", "-u /MBU_A/MEM#0A -c del", 232},
@@ -181,7 +193,8 @@ TEST_F(UnitPrograms, ClearingASlotMakesItNormal) {
   EXPECT_EQ(state("/IOU#0/PCI#1"), "Normal");
   EXPECT_EQ(state("/IOU#0/PCI#2"), "Degraded");
   expect({{"another, among words that are no units", "clearpci", "slot 2 /IOU#0/PCI#2", 0},
-          {"one that is normal", "clearpci", "-u /IOU#0/PCI#3", 0}});
+          {"one that is normal", "clearpci", "-u /IOU#0/PCI#3", 0},
+          {"an expansion unit has nothing to clear", "clearpci", "-u /IOX@0A21", 0}});
   EXPECT_EQ(state("/IOU#0/PCI#2"), "Normal");
   change(Change::kPull, {"/IOU#0/PCI#1"});
   expect({{"an empty one", "clearpci", "-u /IOU#0/PCI#1", 128}});
