@@ -34,6 +34,7 @@ void Machine::forget_records() {
   common.records = 0;
   common.calls = 0;
   common.executed = {};
+  common.failed_in_child[0] = '\0';
   common.left_by_exit = false;
   common.blocks_left = 0;
 }
@@ -54,18 +55,29 @@ void Machine::note(const std::string &call) {
 }
 
 const Failure *Machine::enter(const std::string &call) {
-  static const Failure kAny;
-  meanwhile(call);
+  const Failure *at_this_step = step(call);
   note(call);
-  if (++steps == fail_at) {
-    failed_call = call;
-    return &kAny;
-  }
+  if (at_this_step != nullptr) return at_this_step;
   for (auto &failure : failures) {
     const bool fits = call == failure.call || call.rfind(failure.call + " ", 0) == 0;
     if (fits && (++failure.seen == failure.nth || failure.nth == 0)) return &failure;
   }
   return nullptr;
+}
+
+const Failure *Machine::step(const std::string &call) {
+  meanwhile(call);
+  if (++steps != fail_at) return nullptr;
+  failed_call = call;
+  if (in_child) std::snprintf(shared().failed_in_child, Shared::kCallSize, "%s", call.c_str());
+  return &way;
+}
+
+void Machine::begin_child() {
+  in_child = true;
+  ++pid;
+  steps = 0;
+  fail_at = fail_in_child_at;
 }
 
 void Machine::add_trace(const TraceRecord &record) {
@@ -111,6 +123,10 @@ std::vector<TraceRecord> Machine::trace_records(bool of_child) const {
 
 const Executed &Machine::executed() const {
   return shared().executed;
+}
+
+std::string Machine::failed_in_child() const {
+  return shared().failed_in_child;
 }
 
 bool Machine::child_left_by_exit() const {

@@ -121,7 +121,10 @@ class Machine {
   std::function<void()> asleep = [] {};                                          // what happens in each second of sleep
   std::function<void(const std::string &call)> meanwhile = [](const auto &) {};  // what happens before each call
   std::vector<Failure> failures;
-  int fail_at = 0;  // the place of a call, counted from 1, that fails whatever it is
+  int fail_at = 0;            // the place of a call, counted from 1, that fails whatever it is
+  int fail_in_child_at = 0;   // the same among the calls of a child
+  Failure way;                // how it fails
+  bool keeps_output = false;  // what is printed arrives when the library flushes
 
   void fail(const std::string &call, int nth = 1, int error = EIO, int result = -1) {
     failures.push_back({call, nth, error, result});
@@ -143,6 +146,7 @@ class Machine {
   Lines child_calls() const;
   std::vector<TraceRecord> trace_records(bool of_child = false) const;
   const Executed &executed() const;
+  std::string failed_in_child() const;
   bool child_left_by_exit() const;  // without running the caller's exit handlers
   uint32_t blocks_left_in_child() const;
 
@@ -153,6 +157,8 @@ class Machine {
 
   // ---- for the doubles
   const Failure *enter(const std::string &call);  // notes a call; the failure that it has to show, or null
+  const Failure *step(const std::string &call);   // the same for the one at fail_at, without a note
+  void begin_child();
   void note(const std::string &call);
   void add_trace(const TraceRecord &record);
   void own(void *block);
@@ -160,9 +166,8 @@ class Machine {
   size_t blocks() const { return owned; }
 
   struct Stream {
-    std::string path;
-    char *text = nullptr;
-    size_t size = 0;
+    std::string path, text;
+    bool can_fail;
   };
   struct Child {
     Program program;
@@ -183,6 +188,8 @@ class Machine {
   Database databases[6];
   std::map<int32_t, Descriptor> descriptors;
   std::map<FILE *, std::unique_ptr<Stream>> streams;
+  bool has_forked = false;                  // in earnest
+  FILE *paper = nullptr;                    // standard output, where it is in memory
   std::map<std::string, std::string> disk;  // files written
   std::map<pid_t, Child> children;
   pid_t next_child = 500;

@@ -35,10 +35,8 @@ namespace {
 
 pid_t fork_in_earnest() {
   const pid_t child = __real_fork();
-  if (child == 0) {
-    machine().in_child = true;
-    ++machine().pid;
-  }
+  machine().has_forked = true;
+  if (child == 0) machine().begin_child();
   return child;
 }
 

@@ -17,6 +17,7 @@ struct Shared {
   TraceRecord trace[kMostRecords];
   std::atomic<uint32_t> calls;
   char child_calls[kMostCalls][kCallSize];
+  char failed_in_child[kCallSize];
   Executed executed;
   bool left_by_exit;
   uint32_t blocks_left;

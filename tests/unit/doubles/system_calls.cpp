@@ -1,4 +1,4 @@
-// Memory, files, the terminal and the message catalogue, as the library calls them. While no machine runs, they are the system's
+// Memory, descriptors, the terminal and the message catalogue, as the library calls them. While no machine runs, they are the system's
 // own.
 
 #include "tests/unit/doubles/system_calls.h"
@@ -84,31 +84,6 @@ void *__wrap_calloc(size_t count, size_t size) {
 void __wrap_free(void *block) {
   if (machine().active && block != nullptr) machine().disown(block);
   __real_free(block);
-}
-
-FILE *__wrap_fopen(const char *path, const char *mode) {
-  if (!machine().active) return __real_fopen(path, mode);
-  if (const auto *failure = machine().enter(std::string("fopen ") + path + " " + mode)) {
-    errno = failure->error;
-    return nullptr;
-  }
-  auto stream = std::make_unique<Machine::Stream>();
-  stream->path = path;
-  FILE *file = open_memstream(&stream->text, &stream->size);
-  machine().streams[file] = std::move(stream);
-  return file;
-}
-
-int __wrap_fclose(FILE *file) {
-  const auto found = machine().streams.find(file);
-  if (!machine().active || found == machine().streams.end()) return __real_fclose(file);
-  const auto stream = std::move(found->second);
-  machine().streams.erase(found);
-  __real_fclose(file);
-  machine().disk[stream->path] = std::string(stream->text, stream->size);
-  __real_free(stream->text);
-  const auto *failure = machine().enter("fclose " + stream->path);
-  return failure != nullptr ? failed(*failure) : 0;
 }
 
 int __wrap_remove(const char *path) {

@@ -43,6 +43,8 @@ FILE *__real_fopen(const char *path, const char *mode);
 FILE *__wrap_fopen(const char *path, const char *mode);
 int __real_fclose(FILE *file);
 int __wrap_fclose(FILE *file);
+int __real_fileno(FILE *file);
+int __wrap_fileno(FILE *file);
 int __real_remove(const char *path);
 int __wrap_remove(const char *path);
 int __real_stat(const char *path, struct stat *result);
