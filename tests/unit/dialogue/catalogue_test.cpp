@@ -167,6 +167,10 @@ TEST_F(Catalogue, CommandThatBindsNoFolderGetsTheTextsAsTheyAre) {
   });
 }
 
+TEST_F(Catalogue, LanguageMayLeadOutOfTheFolder) {
+  in_language("../xx", MARKED_FOLDER "/xx", [this] { EXPECT_EQ(psu_status(), "Head\n[Degraded|PSU#0]\nFoot\n"); });
+}
+
 // Another domain of the command's is the command's.
 TEST_F(Catalogue, CommandsOwnDomainIsLeftAlone) {
   in_marked_language([this] {
