@@ -2,11 +2,13 @@
 #include <gtest/gtest.h>
 
 #include <cstring>
+#include <fstream>
 #include <map>
 #include <set>
 
 #include "host/box/contents.h"
 #include "host/box/unit_name.h"
+#include "tests/host/box/scratch.h"
 
 namespace {
 
@@ -228,5 +230,34 @@ TEST_P(NewServer, NamesEveryUnitDifferently) {
 
 INSTANTIATE_TEST_SUITE_P(Models, NewServer, testing::ValuesIn(kModels),
                          [](const auto &row) { return std::string(row.param.name); });
+
+// The words of a file, the most significant byte first.
+std::vector<std::uint32_t> words_of(const std::filesystem::path &file) {
+  std::vector<std::uint32_t> words;
+  std::ifstream in(file, std::ios::binary);
+  for (char bytes[4]; in.read(bytes, 4);) {
+    words.push_back(0);
+    for (const char byte : bytes) words.back() = words.back() << 8 | static_cast<std::uint8_t>(byte);
+  }
+  return words;
+}
+
+TEST(Times, StandByTheFamilyTheUnitAndTheProgram) {
+  const Scratch scratch;
+  const box::Place place(scratch / "box");
+  box::create_box(place, 3);
+  const std::pair<const char *, std::uint32_t> families[] = {{"qa", 60}, {"qb", 70}, {"qe", 80}};
+  for (const auto &[family, first] : families) {
+    std::vector<std::uint32_t> control(64, 0);
+    for (std::uint32_t unit = 0; unit < 12; ++unit) {
+      control[unit] = first + unit;
+      control[32 + unit] = first + 60 + unit;
+    }
+    EXPECT_EQ(words_of(place.etc() / (std::string("controltime_") + family)), control) << family;
+    std::vector<std::uint32_t> commands{30, 30, 60, 300, 120, 10, 600, 10, 300, 60, 30, 30, 900, 300, 60, 120};
+    commands.resize(32);
+    EXPECT_EQ(words_of(place.etc() / (std::string("cmdtime_") + family)), commands) << family;
+  }
+}
 
 }  // namespace
