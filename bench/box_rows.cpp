@@ -89,15 +89,12 @@ class LmdbRecord {
 // The same record in SQLite, by statements that are prepared once.
 class SqliteRecord {
  public:
-  explicit SqliteRecord(const fs::path &file) {
-    require(sqlite3_open(file.c_str(), &database_) == SQLITE_OK, "open SQLite");
-    require(sqlite3_exec(database_, "create table records (name text primary key, bytes blob) without rowid", nullptr,
-                         nullptr, nullptr) == SQLITE_OK,
-            "make a table in SQLite");
-    begin_ = prepare("begin immediate");
-    commit_ = prepare("commit");
-    select_ = prepare("select bytes from records where name = ?");
-    put_ = prepare("insert or replace into records values (?, ?)");
+  explicit SqliteRecord(const fs::path &file)
+      : database_(opened(file)),
+        begin_(prepare("begin immediate")),
+        commit_(prepare("commit")),
+        select_(prepare("select bytes from records where name = ?")),
+        put_(prepare("insert or replace into records values (?, ?)")) {
     write();
   }
   ~SqliteRecord() {
@@ -126,6 +123,13 @@ class SqliteRecord {
   }
 
  private:
+  static sqlite3 *opened(const fs::path &file) {
+    sqlite3 *database = nullptr;
+    require(sqlite3_open(file.c_str(), &database) == SQLITE_OK, "open SQLite");
+    const char *const table = "create table records (name text primary key, bytes blob) without rowid";
+    require(sqlite3_exec(database, table, nullptr, nullptr, nullptr) == SQLITE_OK, "make a table in SQLite");
+    return database;
+  }
   sqlite3_stmt *prepare(const char *text) {
     sqlite3_stmt *statement = nullptr;
     require(sqlite3_prepare_v2(database_, text, -1, &statement, nullptr) == SQLITE_OK, text);
@@ -139,8 +143,8 @@ class SqliteRecord {
     sqlite3_reset(statement);
   }
 
-  sqlite3 *database_ = nullptr;
-  sqlite3_stmt *begin_ = nullptr, *commit_ = nullptr, *select_ = nullptr, *put_ = nullptr;
+  sqlite3 *database_;
+  sqlite3_stmt *begin_, *commit_, *select_, *put_;
 };
 
 // A lock of the kernel, which a process that dies gives back.

@@ -47,11 +47,13 @@ class Ratios : public benchmark::BenchmarkReporter {
   std::map<std::string, Times> rows_;
 };
 
-void enter(const std::string &name, const std::function<void()> &prepare, const std::function<void()> &call) {
-  benchmark::RegisterBenchmark(name.c_str(), [prepare, call](benchmark::State &state) {
-    prepare();
-    for (auto _ : state) call();
-  });
+// The row outlives the benchmark.
+void enter(const bench::Row &row, const char *half, std::function<void()> bench::Row::*call) {
+  const auto run = [&row, call](benchmark::State &state) {
+    row.prepare();
+    for (auto _ : state) (row.*call)();
+  };
+  benchmark::RegisterBenchmark((row.name + half).c_str(), run);
 }
 
 }  // namespace
@@ -63,8 +65,8 @@ int bench::measure(const std::vector<Row> &rows, int argc, char **argv) {
   std::vector<char *> arguments(argv, argv + argc);
   arguments.insert(arguments.begin() + 1, {options[0].data(), options[1].data(), options[2].data()});
   for (const Row &row : rows) {
-    enter(row.name + "/floor", row.prepare, row.floor);
-    enter(row.name + "/call", row.prepare, row.call);
+    enter(row, "/floor", &Row::floor);
+    enter(row, "/call", &Row::call);
   }
   int count = static_cast<int>(arguments.size());
   benchmark::Initialize(&count, arguments.data());
