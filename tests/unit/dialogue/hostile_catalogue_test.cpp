@@ -20,7 +20,7 @@ constexpr char kListLine[] = "%2d. %-16s%s\n";
 class HostileCatalogue : public doubles::ShowTest {
  protected:
   int32_t list() {
-    PsuData psu = unit<PsuData>("/PSU#0", kInstalled, 0);
+    auto psu = unit<PsuData>("/PSU#0", kInstalled, 0);
     psu.flags = 0;
     return lmainte_show_psu_list(-1, 1, &psu, lines_);
   }
