@@ -8,7 +8,6 @@ namespace {
 using std::chrono::milliseconds;
 using std::chrono::steady_clock;
 
-constexpr milliseconds kLookAgain{20};
 constexpr milliseconds kToEnd{3000};  // for a command whose line was cut at the play's end
 
 }  // namespace

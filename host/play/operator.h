@@ -12,6 +12,9 @@
 
 namespace play {
 
+// Who waits for something watches the terminal this long, and looks again.
+inline constexpr std::chrono::milliseconds kLookAgain{20};
+
 class Operator {
  public:
   explicit Operator(int alarm) : alarm_(alarm) {}

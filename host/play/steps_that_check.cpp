@@ -12,8 +12,6 @@
 namespace play {
 namespace {
 
-constexpr std::chrono::milliseconds kLookAgain{20};
-
 void check_in_order(const Words &words) {
   if (!words.empty() && (words[0] != "but" || words.size() < 2)) {
     throw std::invalid_argument("write it as: in_order but /PSU#3");

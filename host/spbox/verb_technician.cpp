@@ -48,7 +48,7 @@ int work(const TechnicianOptions &options) {
   return 0;
 }
 
-std::string help() {
+std::string steps_of_technicians() {
   constexpr std::size_t kColumn = 36;
   std::string text = "Steps:\n";
   for (const auto &row : technician::step_rows()) text += script::help_of(row, kColumn);
@@ -85,7 +85,7 @@ Verb technician_verb() {
                      .help = "A byte is written there when the first step begins",
                      .to = number(options->ready_fd, 0, 65535),
                      .value = "FD"}},
-          .footer = help() +
+          .footer = steps_of_technicians() +
                     "A word in quotes keeps its blanks, and knows the escapes of `spbox help play`.\n"
                     "All units are looked up before the first step. `when trace` looks at what was\n"
                     "recorded after the record that the last such step found, or after the beginning.\n\n"

@@ -13,7 +13,7 @@ namespace {
 
 using terminal::Ending;
 
-constexpr unsigned long long kSigterm = 1ULL << (SIGTERM - 1);
+constexpr unsigned long long kMaskOfSigterm = 1ULL << (SIGTERM - 1);
 
 // A driver prints "before " without a newline, starts the indicator with the text "Testing", waits, and stops it. It fails
 // when its own signal mask or handlers are not as they were.
@@ -71,8 +71,8 @@ TEST_F(Progress, ListensToSigtermOnlyAndLeavesItsCallersSignalsAlone) {
   const auto indicator = signals_of(pids[1]);
   EXPECT_EQ(driver.blocked, "0000000000000000");
   EXPECT_EQ(indicator.blocked, "0000000000000000");
-  EXPECT_EQ(std::stoull(driver.caught, nullptr, 16) & kSigterm, 0U);
-  EXPECT_EQ(std::stoull(indicator.caught, nullptr, 16) & kSigterm, kSigterm);
+  EXPECT_EQ(std::stoull(driver.caught, nullptr, 16) & kMaskOfSigterm, 0U);
+  EXPECT_EQ(std::stoull(indicator.caught, nullptr, 16) & kMaskOfSigterm, kMaskOfSigterm);
   EXPECT_EQ(ending(), (Ending{false, 0}));
   expect_nothing_left();
 }

@@ -177,7 +177,7 @@ struct Bp32RecordRow {
   size_t calls;         // of the client's, until it is missing
 };
 
-constexpr Bp32RecordRow kRecords[] = {
+constexpr Bp32RecordRow kBp32Records[] = {
     {2, "current_bp32_info", 1008, "805 110CB112", "805 110CB115", 5},
     {4, "fru_bpa_info", 8192, "805 110CB113", "805 110CB115", 10},
     {4, "fru_ddca_info_00", 320, "805 110CB114", "805 110CB116 0", 15},
@@ -185,7 +185,7 @@ constexpr Bp32RecordRow kRecords[] = {
 };
 
 TEST_F(LmainteGetBp32Data, MissingRecordsAndThoseOfAnotherSizeFail) {
-  for (const auto &row : kRecords) {
+  for (const auto &row : kBp32Records) {
     for (const size_t size : {size_t{0}, row.size - 1, row.size + 1}) {
       SetUp();
       if (size == 0)
@@ -201,7 +201,7 @@ TEST_F(LmainteGetBp32Data, MissingRecordsAndThoseOfAnotherSizeFail) {
 }
 
 TEST_F(LmainteGetBp32Data, EmptyRecordsFail) {
-  for (const auto &row : kRecords) {
+  for (const auto &row : kBp32Records) {
     SetUp();
     machine().records[{row.db_id, row.name}] = {Bytes(row.size), 0, false};
     EXPECT_EQ(lmainte_get_bp32_data(0, 1, 3, out_), 8) << row.name;
@@ -213,7 +213,8 @@ TEST_F(LmainteGetBp32Data, EmptyRecordsFail) {
 TEST_F(LmainteGetBp32Data, EmptyRecordOfTheBackplaneFailsBeforeAnythingIsWritten) {
   for (const size_t which : {0U, 1U}) {
     SetUp();
-    machine().records[{kRecords[which].db_id, kRecords[which].name}] = {Bytes(kRecords[which].size), 0, false};
+    machine().records[{kBp32Records[which].db_id, kBp32Records[which].name}] = {Bytes(kBp32Records[which].size), 0,
+                                                                                false};
     EXPECT_EQ(lmainte_get_bp32_data(0, 1, 3, out_), 8);
     EXPECT_TRUE(all_untouched());
   }
@@ -352,7 +353,7 @@ TEST_F(LmainteGetDdcaData, RefusesUnitsThatDoNotExistBeforeAnyDatabase) {
 }
 
 TEST_F(LmainteGetDdcaData, WhateverFailsTheBackplaneFailsHereAndWritesNothing) {
-  for (const auto &row : kRecords) {
+  for (const auto &row : kBp32Records) {
     for (const bool is_empty : {false, true}) {
       SetUp();
       if (is_empty)

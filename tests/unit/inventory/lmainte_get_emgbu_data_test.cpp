@@ -379,13 +379,13 @@ TEST_F(LmainteGetEmgbuData, UnitsBeforeTheMissingOneStayFilledWithoutWhatTheLoca
   }
 }
 
-struct SessionRow {
+struct UnitSessionRow {
   const char *failing;
   const char *error;
   Lines calls;
 };
 
-std::vector<SessionRow> session_rows() {
+std::vector<UnitSessionRow> unit_session_rows() {
   const Lines opens = {"open 2", "open 3", "open 4"};
   const Lines closes = {"close 4", "close 3", "close 2"};
   return {
@@ -399,7 +399,7 @@ std::vector<SessionRow> session_rows() {
 }
 
 TEST_F(LmainteGetEmgbuData, FailedOpenOrLockUndoesWhatWasTaken) {
-  for (const auto &row : session_rows()) {
+  for (const auto &row : unit_session_rows()) {
     SetUp();
     machine().fail(row.failing, 1, 0, 77);
     EXPECT_EQ(lmainte_get_emgbu_data(-1, 1, 3, out_), 8) << row.failing;

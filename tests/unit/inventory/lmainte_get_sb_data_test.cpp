@@ -396,7 +396,7 @@ struct BoardRecordRow {
   const char *error;  // of its reader
 };
 
-constexpr BoardRecordRow kRecords[] = {
+constexpr BoardRecordRow kBoardRecords[] = {
     {1, "setup_cmu_info_01", 256, 1, "805 110C1045 8 1"},
     {2, "current_cmu_info_01", 1760, 2, "805 110C1045 8 1"},
     {4, "fru_cmu_info_01", 8192, 3, "805 110C1045 8 1"},
@@ -417,7 +417,7 @@ bool is_of_a_module(const BoardRecordRow &row) {
 
 TEST_F(LmainteGetSbData, EveryRecordMustBeThereAndHaveItsSize) {
   const Lines all = joined({cmu_gets(1), iou_gets(1, 5)});
-  for (const auto &row : kRecords) {
+  for (const auto &row : kBoardRecords) {
     const doubles::StoredRecord bad[] = {{Bytes(row.size), 3, false},
                                          {Bytes(row.size), 3, true},
                                          {Bytes(row.size - 1)},
@@ -486,7 +486,7 @@ TEST_F(LmainteGetSbData, MissingIouLeavesEveryCmuFilled) {
 
 // ---- sessions that fail
 
-struct SessionRow {
+struct BoardSessionRow {
   const char *failing;
   int nth;
   const char *error;  // of the whole reader
@@ -494,7 +494,7 @@ struct SessionRow {
   Lines after;
 };
 
-std::vector<SessionRow> session_rows() {
+std::vector<BoardSessionRow> board_session_rows() {
   const Lines opens = {"open 1", "open 2", "open 4"};
   const Lines closes = {"close 4", "close 2", "close 1"};
   return {
@@ -509,7 +509,7 @@ std::vector<SessionRow> session_rows() {
 }
 
 TEST_F(LmainteGetSbData, FailedOpenOrLockUndoesWhatWasTaken) {
-  for (const auto &row : session_rows()) {
+  for (const auto &row : board_session_rows()) {
     SetUp();
     machine().fail(row.failing, row.nth, 0, 77);
     EXPECT_EQ(lmainte_get_sb_data(0, 1, 3, out_), 8) << row.failing;
