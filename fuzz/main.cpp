@@ -2,6 +2,7 @@
 #include <cstdio>
 #include <cstdlib>
 
+#include "fuzz/entry_points.h"
 #include "fuzz/target.h"
 
 // libFuzzer and the sanitizers know these names, and no header declares them.

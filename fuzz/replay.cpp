@@ -6,12 +6,7 @@
 #include <iterator>
 #include <vector>
 
-#include "fuzz/target.h"
-
-extern "C" {
-int LLVMFuzzerInitialize(int *argc, char ***argv);
-int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size);
-}
+#include "fuzz/entry_points.h"
 
 namespace {
 
