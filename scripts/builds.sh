@@ -12,7 +12,8 @@ begin_builds() {
   # Each in a process group of its own, so that all of a build can be ended.
   set -m
   for preset in "$@"; do
-    build_in_turn "$preset" "$before" >"build/$preset.log" 2>&1 &
+    : >"build/$preset.log"  # who waits for the build reads it, perhaps before the build begins
+    build_in_turn "$preset" "$before" >>"build/$preset.log" 2>&1 &
     builder[$preset]=$! before=$!
   done
   set +m
