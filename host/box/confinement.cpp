@@ -118,7 +118,10 @@ std::string in_confinement(const Place &place, const std::function<std::string()
   std::fflush(nullptr);
   const pid_t child = fork();
   if (child < 0) base::no_process_for("the box");
-  if (child == 0) work_in_child(place, work, pipe.in.get());
+  if (child == 0) {
+    pipe.out.reset();  // else a child whose parent died before it hears of such things writes to itself for ever
+    work_in_child(place, work, pipe.in.get());
+  }
   pipe.in.reset();
   std::string said = all_of(pipe.out.get());
   const int status = base::wait_status_of(child);
