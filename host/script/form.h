@@ -41,4 +41,12 @@ const Row &take_row(std::span<const Row> rows, Words &words, const char *what = 
 // One step of a help text: how it is written, and from `column` on what it means.
 std::string help_of(const Form &form, std::size_t column);
 
+// All of them, under a headline.
+template <typename Row>
+std::string help_of(std::span<const Row> rows, std::size_t column) {
+  std::string text = "Steps:\n";
+  for (const Row &row : rows) text += help_of(row, column);
+  return text;
+}
+
 }  // namespace script

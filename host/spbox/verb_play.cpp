@@ -69,13 +69,6 @@ int play_script(const PlayOptions &options) {
   }
 }
 
-std::string steps_of_plays() {
-  constexpr std::size_t kColumn = 26;
-  std::string text = "Steps:\n";
-  for (const auto &row : play::step_rows()) text += script::help_of(row, kColumn);
-  return text;
-}
-
 }  // namespace
 
 Verb play_verb() {
@@ -99,7 +92,7 @@ Verb play_verb() {
                      .help = "Keep there the screens, as a moving SVG",
                      .to = &options->files.picture,
                      .value = "FILE"}},
-          .footer = steps_of_plays() +
+          .footer = script::help_of(play::step_rows(), 26) +
                     "\nA word in quotes keeps its blanks and knows \\n \\t \\r \\e \\\" \\\\ and\n"
                     "bytes such as \\003 or \\x03. $NAME in a word stands for a value, $$ for a\n"
                     "dollar. # begins a comment. All scripts are read and checked before the first\n"

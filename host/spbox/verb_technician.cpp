@@ -50,9 +50,8 @@ int work(const TechnicianOptions &options) {
 
 std::string steps_of_technicians() {
   constexpr std::size_t kColumn = 36;
-  std::string text = "Steps:\n";
-  for (const auto &row : technician::step_rows()) text += script::help_of(row, kColumn);
-  return text + script::help_of({"#", 0, 0, "# a comment", "Also after a step, to the end of the line"}, kColumn);
+  return script::help_of(technician::step_rows(), kColumn) +
+         script::help_of({"#", 0, 0, "# a comment", "Also after a step, to the end of the line"}, kColumn);
 }
 
 void check(const TechnicianOptions &options) {
