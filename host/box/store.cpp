@@ -1,13 +1,13 @@
 #include "host/box/store.h"
 
 #include <sys/stat.h>
-#include <unistd.h>
 
 #include <cerrno>
 #include <cstring>
 #include <system_error>
 #include <utility>
 
+#include "host/base/process_id.h"
 #include "host/box/seal.h"
 
 namespace box {
@@ -16,7 +16,7 @@ namespace {
 namespace fs = std::filesystem;
 using std::chrono::milliseconds;
 
-constexpr milliseconds kBetweenTries{5};
+constexpr milliseconds kLongestPause{5};
 constexpr std::size_t kLongestKey = 510;  // LMDB's longest, less the byte for the database
 constexpr mode_t kFileMode = 0666;        // less the umask
 
@@ -88,7 +88,8 @@ std::shared_ptr<Store> Store::in(const fs::path &folder, bool create) {
   return store;
 }
 
-Store::Store(const fs::path &folder, bool create, KnownSave &known) : file_(folder, known), process_(getpid()) {
+Store::Store(const fs::path &folder, bool create, KnownSave &known)
+    : file_(folder, known), process_(base::process_id()) {
   try {
     open(create);
   } catch (...) {
@@ -139,7 +140,7 @@ void Store::open_with_lmdb() {
 }
 
 bool Store::foreign() const {
-  return process_ != getpid();
+  return process_ != base::process_id();
 }
 
 void Store::check_process() const {
@@ -150,7 +151,7 @@ void Store::check_process() const {
 }
 
 bool Store::exclude(std::uint32_t number, milliseconds patience) const {
-  const int error = locks_.take(number, LockFile::Way::kAlone, patience, kBetweenTries);
+  const int error = locks_.take(number, LockFile::Way::kAlone, patience, kLongestPause);
   if (error != 0 && error != EAGAIN) throw file_.failure("lock database " + std::to_string(number), error);
   return error == 0;
 }
@@ -160,12 +161,14 @@ void Store::admit(std::uint32_t number) const {
 }
 
 void Store::check_record(std::string_view key, std::size_t size) const {
-  const std::string what = "write '" + std::string(key) + "'";
-  if (key.empty()) throw file_.failure(what, "a record has a name");
+  const auto cannot_write = [&](const auto &reason) {
+    return file_.failure("write '" + std::string(key) + "'", reason);
+  };
+  if (key.empty()) throw cannot_write("a record has a name");
   if (key.size() > kLongestKey) {
-    throw file_.failure(what, "its name is longer than " + std::to_string(kLongestKey) + " bytes");
+    throw cannot_write("its name is longer than " + std::to_string(kLongestKey) + " bytes");
   }
-  if (size > kMapSize) throw file_.failure(what, MDB_MAP_FULL);
+  if (size > kMapSize) throw cannot_write(MDB_MAP_FULL);
 }
 
 std::optional<Bytes> Store::get(std::uint32_t number, std::string_view key) {
