@@ -7,6 +7,7 @@
 #include <optional>
 #include <thread>
 
+#include "host/base/pauses.h"
 #include "host/box/own_files.h"
 
 namespace box {
@@ -36,12 +37,13 @@ bool is_taken(int fd, off_t byte) {
 
 // Tries until it succeeds. False when the patience is over.
 template <class Attempt>
-bool succeeds(Attempt attempt, milliseconds patience, milliseconds between_tries) {
+bool succeeds(Attempt attempt, milliseconds patience, milliseconds longest_pause) {
+  base::Pauses pauses(longest_pause);
   std::optional<steady_clock::time_point> end;  // the clock is looked at only where the first attempt fails
   while (!attempt()) {
     if (!end) end = steady_clock::now() + patience;
     if (steady_clock::now() >= *end) return false;
-    std::this_thread::sleep_for(between_tries);
+    std::this_thread::sleep_for(pauses.next());
   }
   return true;
 }
@@ -61,18 +63,18 @@ bool LockFile::open(const std::filesystem::path &file) {
   return fd_ >= 0;
 }
 
-int LockFile::take(off_t byte, Way way, milliseconds patience, milliseconds between_tries) const {
+int LockFile::take(off_t byte, Way way, milliseconds patience, milliseconds longest_pause) const {
   if (way == Way::kAlone && why_only_read_ != 0) return why_only_read_;
   int error = 0;
   const auto is_decided = [&] {
     error = set_lock(fd_, way == Way::kAlone ? F_WRLCK : F_RDLCK, byte) == 0 ? 0 : errno;
     return error != EACCES && error != EAGAIN;
   };
-  return succeeds(is_decided, patience, between_tries) ? error : EAGAIN;
+  return succeeds(is_decided, patience, longest_pause) ? error : EAGAIN;
 }
 
-void LockFile::wait_until_free(off_t byte, milliseconds patience, milliseconds between_tries) const {
-  succeeds([&] { return !is_taken(fd_, byte); }, patience, between_tries);
+void LockFile::wait_until_free(off_t byte, milliseconds patience, milliseconds longest_pause) const {
+  succeeds([&] { return !is_taken(fd_, byte); }, patience, longest_pause);
 }
 
 void LockFile::give_back(off_t byte) const {

@@ -23,14 +23,14 @@ class LockFile {
   // Why it may not be written: a number of errno, or 0.
   int why_only_read() const { return why_only_read_; }
 
-  // Takes a byte, trying again now and then. Returns 0, or EAGAIN when another process still has it when the patience is
+  // Takes a byte, trying again at ever longer pauses. Returns 0, or EAGAIN when another process still has it when the patience is
   // over, or the errno of another failure.
   enum class Way { kAlone, kShared };
-  int take(off_t byte, Way way, std::chrono::milliseconds patience, std::chrono::milliseconds between_tries) const;
+  int take(off_t byte, Way way, std::chrono::milliseconds patience, std::chrono::milliseconds longest_pause) const;
   void give_back(off_t byte) const;
 
   // Waits while another process has a byte alone, no longer than the patience allows.
-  void wait_until_free(off_t byte, std::chrono::milliseconds patience, std::chrono::milliseconds between_tries) const;
+  void wait_until_free(off_t byte, std::chrono::milliseconds patience, std::chrono::milliseconds longest_pause) const;
 
  private:
   int fd_ = -1;
