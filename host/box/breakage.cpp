@@ -43,9 +43,9 @@ class Locked {
   BrokenRecord break_one(const RecordName &record, Breakage breakage) {
     Database &database = *databases_.at(record.db_id);
     const std::optional<Bytes> whole = whole_record(kept(record), database.get(record.name));
-    if (!whole) throw InventoryError(place_.root().string() + " has no record " + record.name + ".");
+    if (!whole) throw BoxError(place_.root().string() + " has no record " + record.name + ".");
     if (whole->empty() && breakage == Breakage::kShort) {
-      throw InventoryError(place_.root().string() + ": the record " + record.name + " is empty and cannot be shorter.");
+      throw BoxError(place_.root().string() + ": the record " + record.name + " is empty and cannot be shorter.");
     }
     own().put(whole_key(record), *whole);
     if (breakage == Breakage::kMissing) {
@@ -106,10 +106,10 @@ RecordName find_record(const Place &place, const std::string &name) {
   if (found.size() == 1) return found.front();
   const std::string box = place.root().string();
   if (found.empty()) {
-    throw InventoryError(box + " has no unit and no record " + name + ". " + advice({"units", box}) +
-                         " lists the units, " + advice({"show", box, "UNIT"}) + " the records of one.");
+    throw BoxError(box + " has no unit and no record " + name + ". " + advice({"units", box}) + " lists the units, " +
+                   advice({"show", box, "UNIT"}) + " the records of one.");
   }
-  throw InventoryError(box + " has the record " + name + " in several databases: it cannot be broken by its name.");
+  throw BoxError(box + " has the record " + name + " in several databases: it cannot be broken by its name.");
 }
 
 std::vector<BrokenRecord> break_records(const Place &place, const std::vector<RecordName> &records, Breakage breakage) {

@@ -28,7 +28,7 @@ struct BrokenRecord {
   bool rewritten() const { return size == whole; }  // a command has written it anew since it was broken
 };
 
-// The record of this name, in whichever database it is or was before it was broken. Throws InventoryError when there is
+// The record of this name, in whichever database it is or was before it was broken. Throws BoxError when there is
 // none, and when there are several.
 RecordName find_record(const Place &place, const std::string &name);
 

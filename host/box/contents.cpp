@@ -39,7 +39,7 @@ void write_words(const fs::path &file, const std::vector<std::uint32_t> &words) 
     for (int shift = 24; shift >= 0; shift -= 8) out.put(static_cast<char>(word >> shift & 0xFFu));
   }
   out.close();
-  if (!out) throw InventoryError(file.string() + " could not be written. See the disk and the folder's permissions.");
+  if (!out) throw BoxError(file.string() + " could not be written. See the disk and the folder's permissions.");
 }
 
 // Seconds. Control times stand by unit slot, twice, and each family of models has its own; command times stand by the
@@ -71,7 +71,7 @@ void program_links(const Place &place) {
 }
 
 void touch(const fs::path &file) {
-  if (!std::ofstream(file)) throw InventoryError(file.string() + " could not be written.");
+  if (!std::ofstream(file)) throw BoxError(file.string() + " could not be written.");
 }
 
 }  // namespace
@@ -113,19 +113,17 @@ std::uint32_t model_of_box(const Place &place) {
     const std::string is_none = place.root().string() + " is no box.";
     std::error_code gone;
     if (fs::exists(place.root(), gone) && !(fs::is_directory(place.root(), gone) && fs::is_empty(place.root(), gone))) {
-      throw InventoryError(is_none);
+      throw BoxError(is_none);
     }
-    throw InventoryError(is_none + " " + advice({"create", place.root(), "--model", "MODEL"}) + " makes one.");
+    throw BoxError(is_none + " " + advice({"create", place.root(), "--model", "MODEL"}) + " makes one.");
   }
   if (const auto link = link_in(place)) {
-    throw InventoryError(link->string() +
-                         " is a link, which may lead out of the box. Put the file or folder itself there.");
+    throw BoxError(link->string() + " is a link, which may lead out of the box. Put the file or folder itself there.");
   }
   const std::uint32_t model = model_in(place);
   if (model == LMAINTE_MODEL_NONE) {
-    throw InventoryError(place.tmp().string() +
-                         " holds no marker file of a model, such as .qe1: the box does not know " +
-                         "what server it is. Put the marker file back, or make the box again.");
+    throw BoxError(place.tmp().string() + " holds no marker file of a model, such as .qe1: the box does not know " +
+                   "what server it is. Put the marker file back, or make the box again.");
   }
   return model;
 }

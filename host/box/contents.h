@@ -4,20 +4,14 @@
 #include <array>
 #include <cstdint>
 #include <map>
-#include <stdexcept>
 #include <string>
 
+#include "host/box/box_error.h"
 #include "host/box/database.h"
 #include "host/box/model.h"
 #include "host/box/place.h"
 
 namespace box {
-
-// What people are told: its text names the box, the unit, the reason and the way out.
-class InventoryError : public std::runtime_error {
- public:
-  using std::runtime_error::runtime_error;
-};
 
 struct Contents {
   std::uint32_t model = LMAINTE_MODEL_NONE;
@@ -37,7 +31,7 @@ void create_box(const Place &place, std::uint32_t model);
 
 bool is_box(const Place &place);
 
-// Throws InventoryError where there is no box, or no marker file that tells its model.
+// Throws BoxError where there is no box, or no marker file that tells its model.
 void check_is_box(const Place &place);
 
 // The model of a box, by its marker file. Throws as check_is_box does.

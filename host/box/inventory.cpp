@@ -83,8 +83,8 @@ std::size_t Inventory::find(std::string_view name) const {
   const auto at = place_named(name);
   if (at != places_.end()) return static_cast<std::size_t>(at - places_.begin());
   const std::string box = place_.root().string();
-  throw InventoryError(box + " has no unit " + location_of(name) + " (model " + std::string(model_name(model_)) +
-                       "). " + advice({"units", box}) + " lists them.");
+  throw BoxError(box + " has no unit " + location_of(name) + " (model " + std::string(model_name(model_)) + "). " +
+                 advice({"units", box}) + " lists them.");
 }
 
 std::vector<std::string> Inventory::with_carried(const std::vector<std::string> &names) const {

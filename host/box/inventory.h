@@ -38,7 +38,7 @@ std::string_view state_word(const Unit &unit);  // "Normal", "Degraded", "Faulte
 
 class Inventory {
  public:
-  // The box at this place. Throws InventoryError when it is no box.
+  // The box at this place. Throws BoxError when it is no box.
   explicit Inventory(const Place &place);
 
   std::uint32_t model() const { return model_; }
@@ -47,14 +47,14 @@ class Inventory {
   // Names may come without their leading "/".
   bool has(std::string_view name) const;
 
-  // These units, each with those that it carries. Throws InventoryError when the box has no such unit.
+  // These units, each with those that it carries. Throws BoxError when the box has no such unit.
   std::vector<std::string> with_carried(const std::vector<std::string> &names) const;
 
   // Reads every unit; each carried unit follows the one that carries it. A record that cannot be read spoils the units
   // that are written down in it and no other. Throws where a database cannot be read.
   std::vector<Unit> units() const;
 
-  // Reads these units, in this order. Throws InventoryError when the box has no such unit.
+  // Reads these units, in this order. Throws BoxError when the box has no such unit.
   std::vector<Unit> units(const std::vector<std::string> &names) const;
   Unit unit(std::string_view name) const;
 

@@ -68,7 +68,7 @@ class Edit {
 
   void unit(Change change, std::size_t index) {
     const std::string why = refusal(change, places_[index], status(index), carrier_installed(index));
-    if (!why.empty()) throw InventoryError(place_.root().string() + ": " + why);
+    if (!why.empty()) throw BoxError(place_.root().string() + ": " + why);
     one(change, index);
     if (change != Change::kPull && change != Change::kInsert) return;
     if (places_[index].carried) return;
@@ -122,7 +122,7 @@ std::vector<Unit> Inventory::change(Change change, const std::vector<std::string
   for (const std::string &name : names) {
     indices.push_back(find(name));
     if (std::count(indices.begin(), indices.end(), indices.back()) > 1) {
-      throw InventoryError(location_of(name) + " is given twice.");
+      throw BoxError(location_of(name) + " is given twice.");
     }
   }
   Edit edit(place_, model_, places_);

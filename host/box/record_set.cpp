@@ -7,15 +7,15 @@ namespace box {
 
 void lock(Database &database) {
   if (database.lock()) return;
-  throw InventoryError(database.name().text() +
-                       " is locked by another process. Try again when the command in the box has done its step.");
+  throw BoxError(database.name().text() +
+                 " is locked by another process. Try again when the command in the box has done its step.");
 }
 
 void save(const std::vector<Database *> &databases) {
   try {
     Database::unlock_together(databases);
   } catch (const std::runtime_error &error) {
-    throw InventoryError(std::string("nothing was changed: ") + error.what());
+    throw BoxError(std::string("nothing was changed: ") + error.what());
   }
 }
 
@@ -38,8 +38,7 @@ Bytes &RecordSet::at(const std::string &name, std::size_t size) {
   const std::string why = complaint(name, size);
   if (!why.empty()) {
     const std::string box = place_.root().string();
-    throw InventoryError(box + ": " + why + ". " + advice({"mend", box}) + " mends what " + advice({"break"}) +
-                         " broke.");
+    throw BoxError(box + ": " + why + ". " + advice({"mend", box}) + " mends what " + advice({"break"}) + " broke.");
   }
   return *records_.find(name)->second;
 }

@@ -12,7 +12,7 @@
 namespace box {
 
 // Takes a database's lock, or makes what was put under the locks of several durable together and gives them back. Both
-// throw InventoryError with the reason and the way out; what could not be saved is dropped with the databases.
+// throw BoxError with the reason and the way out; what could not be saved is dropped with the databases.
 void lock(Database &database);
 void save(const std::vector<Database *> &databases);
 
@@ -24,10 +24,10 @@ class RecordSet {
   // 3360"; empty when it can. Throws where the database itself fails.
   std::string complaint(const std::string &name, std::size_t size);
 
-  // The record. Throws InventoryError with the complaint and the way out.
+  // The record. Throws BoxError with the complaint and the way out.
   Bytes &at(const std::string &name, std::size_t size);
 
-  // From lock to save no other process reads or writes under a lock. Throws InventoryError.
+  // From lock to save no other process reads or writes under a lock. Throws BoxError.
   void lock();
 
   // The database with all changes put under its lock, to be saved.

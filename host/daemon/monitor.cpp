@@ -45,7 +45,7 @@ std::optional<box::Unit> unit_of(const box::Place &place, Body body) {
   const auto at = std::find_if(places.begin(), places.end(), [&](const box::UnitPlace &unit) { return unit.id == id; });
   if (at == places.end()) return std::nullopt;
   box::Unit unit = inventory.unit(at->name);
-  if (!unit.unreadable.empty()) throw box::InventoryError(unit.unreadable);
+  if (!unit.unreadable.empty()) throw box::BoxError(unit.unreadable);
   return unit;
 }
 

@@ -9,7 +9,7 @@ namespace {
 
 // A record that cannot be read says nothing of its unit, neither that it is missing nor that it works.
 const box::Unit &readable(const box::Unit &unit) {
-  if (!unit.unreadable.empty()) throw box::InventoryError(unit.place.name + ": " + unit.unreadable);
+  if (!unit.unreadable.empty()) throw box::BoxError(unit.place.name + ": " + unit.unreadable);
   return unit;
 }
 

@@ -29,7 +29,7 @@ struct Machine {
   bool has_unit(std::string_view name) const;       // a location of the model
   bool has_expansion(std::string_view name) const;  // an I/O expansion unit or a part of one
 
-  // The questions about units throw box::InventoryError where a record that decides them cannot be read.
+  // The questions about units throw box::BoxError where a record that decides them cannot be read.
   // A location without a record of its own counts as installed, and has no type.
   box::Unit unit(std::string_view name) const;
 

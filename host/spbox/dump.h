@@ -12,7 +12,7 @@ inline constexpr const char *kDumpHead = "spbox dump 1";
 // The same contents give the same text, on every machine: words are written with their most significant byte first.
 std::string dump_of(const box::Contents &contents);
 
-// Reads such a text, which `name` names to people. Throws InventoryError, which tells the line.
+// Reads such a text, which `name` names to people. Throws BoxError, which tells the line.
 box::Contents read_dump(std::string text, const std::string &name);
 
 }  // namespace spbox

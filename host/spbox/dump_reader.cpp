@@ -31,12 +31,12 @@ class DumpReader {
     try {
       while (auto line = lines.next()) take(*line);
     } catch (const script::Error &error) {
-      if (!headed_ || !lines.line_is_cut()) throw box::InventoryError(error.what() + std::string("."));
-      throw box::InventoryError(name + " is cut off in line " + std::to_string(lines.line()) +
-                                ", its last one: the line has no end.");
+      if (!headed_ || !lines.line_is_cut()) throw box::BoxError(error.what() + std::string("."));
+      throw box::BoxError(name + " is cut off in line " + std::to_string(lines.line()) +
+                          ", its last one: the line has no end.");
     }
-    if (!headed_) throw box::InventoryError(name + " is no dump: it does not begin with `" + kDumpHead + "`.");
-    if (!ended_) throw box::InventoryError(name + " is cut off: it ends without the line `end`.");
+    if (!headed_) throw box::BoxError(name + " is no dump: it does not begin with `" + kDumpHead + "`.");
+    if (!ended_) throw box::BoxError(name + " is cut off: it ends without the line `end`.");
     check_model();
     return finished();
   }
@@ -90,10 +90,10 @@ class DumpReader {
       for (std::size_t db_id = 0; db_id < own.size(); ++db_id) {
         for (const auto &[name, record] : contents_.records.at(db_id)) {
           if (own.at(db_id).contains(name) || !others.at(db_id).contains(name)) continue;
-          throw box::InventoryError(model_place_ + ": the model is " + std::string(box::model_name(contents_.model)) +
-                                    ", but the dump has the record " + name + " of database " + std::to_string(db_id) +
-                                    ", which model " + std::string(other.name) +
-                                    " has. Write the model of the server that the dump was taken from.");
+          throw box::BoxError(model_place_ + ": the model is " + std::string(box::model_name(contents_.model)) +
+                              ", but the dump has the record " + name + " of database " + std::to_string(db_id) +
+                              ", which model " + std::string(other.name) +
+                              " has. Write the model of the server that the dump was taken from.");
         }
       }
     }

@@ -42,7 +42,7 @@ FolderLock::FolderLock(const std::filesystem::path &folder, Way way) {
     while (flock(fd_.get(), operation) != 0) {
       if (errno != EWOULDBLOCK && errno != EINTR) failure(folder);
       if (steady_clock::now() >= end) {
-        throw box::InventoryError("another spbox makes " + folder.string() + ". Try again when it has ended.");
+        throw box::BoxError("another spbox makes " + folder.string() + ". Try again when it has ended.");
       }
       std::this_thread::sleep_for(kBetweenTries);
     }

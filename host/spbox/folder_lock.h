@@ -12,7 +12,7 @@ class FolderLock {
   enum class Way { kAlone, kShared };
 
   // Waits for another process that has the lock, some seconds at most. Throws where there is no such folder, and
-  // InventoryError where the lock is not to be had.
+  // BoxError where the lock is not to be had.
   FolderLock(const std::filesystem::path &folder, Way way);
 
  private:

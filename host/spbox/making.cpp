@@ -95,7 +95,7 @@ void Making::make(const box::Contents &contents) const {
   } catch (const std::exception &error) {
     spare.give_back();
     undo();
-    throw box::InventoryError(with_name(reason_of(error), fresh_, (root_ / "").parent_path()));
+    throw box::BoxError(with_name(reason_of(error), fresh_, (root_ / "").parent_path()));
   }
 }
 
@@ -150,7 +150,7 @@ void Making::undo() const {
 void Making::refuse_links() const {
   for (const fs::path &path : {folder_, fresh_, whole_, old_}) {
     if (!fs::is_symlink(fs::symlink_status(path))) continue;
-    throw box::InventoryError(path.string() + " is a link, which may lead out of the box. Remove it.");
+    throw box::BoxError(path.string() + " is a link, which may lead out of the box. Remove it.");
   }
 }
 

@@ -20,12 +20,11 @@ void check_room(const box::Place &place, bool force) {
   const fs::path &folder = place.root();
   if (fs::is_empty(folder)) return;
   if (!box::is_box(place)) {
-    throw box::InventoryError(folder.string() + " is a folder with other things in it. Give one that does not exist " +
-                              "yet, or an empty one.");
+    throw box::BoxError(folder.string() + " is a folder with other things in it. Give one that does not exist " +
+                        "yet, or an empty one.");
   }
   if (!force) {
-    throw box::InventoryError(folder.string() +
-                              " is a box already. --force makes it anew, and all that it holds is lost.");
+    throw box::BoxError(folder.string() + " is a box already. --force makes it anew, and all that it holds is lost.");
   }
 }
 
@@ -34,7 +33,7 @@ class NewFolders {
  public:
   explicit NewFolders(const fs::path &path) : NewFolders() {
     if (fs::exists(path) && !fs::is_directory(path)) {
-      throw box::InventoryError(path.string() + " is a file. Give a folder that does not exist yet.");
+      throw box::BoxError(path.string() + " is a file. Give a folder that does not exist yet.");
     }
     std::vector<fs::path> missing;
     for (fs::path at = (path / "").parent_path(); !at.empty() && !fs::exists(at); at = at.parent_path()) {
@@ -85,7 +84,7 @@ void make_box(const box::Place &place, const box::Contents &contents, bool force
   try {
     Making(place).make(contents);
   } catch (const std::exception &error) {
-    throw box::InventoryError(place.root().string() + " stays the box that it was: " + base::told(error));
+    throw box::BoxError(place.root().string() + " stays the box that it was: " + base::told(error));
   }
 }
 

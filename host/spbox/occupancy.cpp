@@ -19,7 +19,7 @@ int open_file(const std::filesystem::path &file) {
   const int fd = open(file.c_str(), O_RDWR | O_CREAT | O_APPEND | box::kOwnFile, 0644);
   if (fd >= 0 && box::is_file(fd)) return fd;
   if (fd >= 0) close(fd);
-  if (fd >= 0 || errno == ELOOP) throw box::InventoryError(file.string() + " is no file of a box. Remove it.");
+  if (fd >= 0 || errno == ELOOP) throw box::BoxError(file.string() + " is no file of a box. Remove it.");
   throw std::system_error(errno, std::generic_category(),
                           file.string() + " cannot be written (a box is for the user who made it)");
 }
@@ -51,8 +51,8 @@ int enter(const box::Place &place) {
 EmptyBox::EmptyBox(const box::Place &place) : fd_(open_file(occupancy_file(place))) {
   if (flock(fd_, LOCK_EX | LOCK_NB) == 0) return;
   close(fd_);
-  throw box::InventoryError("a command runs in " + place.root().string() +
-                            ". Wait until it has ended, or end it, and try again.");
+  throw box::BoxError("a command runs in " + place.root().string() +
+                      ". Wait until it has ended, or end it, and try again.");
 }
 
 EmptyBox::~EmptyBox() {

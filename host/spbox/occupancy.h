@@ -14,7 +14,7 @@ std::filesystem::path occupancy_file(const box::Place &place);
 // closes. Throws.
 int enter(const box::Place &place);
 
-// Keeps commands out of a box while it is made anew. Throws InventoryError when one is in it.
+// Keeps commands out of a box while it is made anew. Throws BoxError when one is in it.
 class EmptyBox {
  public:
   explicit EmptyBox(const box::Place &place);

@@ -22,7 +22,7 @@ box::RecordName record_of(const box::Unit &unit, bool identity) {
   const box::UnitEntry &entry = unit.place.entries.front();
   if (!identity) return {LMAINTE_DB_CURRENT, entry.record};
   if (!entry.fru_record.empty()) return {LMAINTE_DB_FRU, entry.fru_record};
-  throw box::InventoryError(unit.place.name + " has no identity record.");
+  throw box::BoxError(unit.place.name + " has no identity record.");
 }
 
 std::vector<box::RecordName> records_of(const BreakOptions &options) {
@@ -32,7 +32,7 @@ std::vector<box::RecordName> records_of(const BreakOptions &options) {
   for (const std::string &target : options.targets) {
     const bool is_unit = target.find('/') != std::string::npos || inventory.has(target);
     if (!is_unit && options.identity) {
-      throw box::InventoryError(target + " is a record: --fru is for units. Name the record without it.");
+      throw box::BoxError(target + " is a record: --fru is for units. Name the record without it.");
     }
     records.push_back(is_unit ? record_of(inventory.unit(target), options.identity) : box::find_record(place, target));
   }

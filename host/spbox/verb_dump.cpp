@@ -34,7 +34,7 @@ int dump(const DumpOptions &options) {
   try {
     write_whole_file(options.file, text);
   } catch (const std::system_error &error) {
-    throw box::InventoryError(options.file.string() + " could not be written: " + error.code().message() + ".");
+    throw box::BoxError(options.file.string() + " could not be written: " + error.code().message() + ".");
   }
   return 0;
 }
@@ -45,7 +45,7 @@ box::Contents read_file(const fs::path &file) {
   try {
     text = file == "-" ? script::text_of(std::cin, name, kLongestDump) : script::text_of_file(file, kLongestDump);
   } catch (const script::Error &wrong) {
-    throw box::InventoryError(wrong.what() + std::string("."));
+    throw box::BoxError(wrong.what() + std::string("."));
   }
   return read_dump(std::move(text), name);
 }

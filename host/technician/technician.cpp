@@ -42,7 +42,7 @@ void Technician::work(const std::vector<Step> &steps, milliseconds limit, const 
   for (Step &step : known) {
     try {
       if (step.row->look_up != nullptr) step.row->look_up(*this, step.words);
-    } catch (const box::InventoryError &wrong) {
+    } catch (const box::BoxError &wrong) {
       throw failure(step, wrong.what());
     }
   }
@@ -105,15 +105,15 @@ bool Technician::is_located(const std::string &location) const {
   return box::unit_id(inventory_.model(), location).has_value();
 }
 
-box::InventoryError Technician::unknown(const std::string &location) const {
+box::BoxError Technician::unknown(const std::string &location) const {
   const std::string box = place_.root().string();
   const std::string lists = box::advice({"units", box}) + " lists them.";
-  if (is_located(location)) return box::InventoryError(location + " has no record. Name a unit that has one. " + lists);
+  if (is_located(location)) return box::BoxError(location + " has no record. Name a unit that has one. " + lists);
   if (inventory_.has(location)) {
-    return box::InventoryError(location + " has no LED and no flag of its own. Name a unit that has. " + lists);
+    return box::BoxError(location + " has no LED and no flag of its own. Name a unit that has. " + lists);
   }
-  return box::InventoryError(box + " has no unit " + location + " (model " +
-                             std::string(box::model_name(inventory_.model())) + "). " + lists);
+  return box::BoxError(box + " has no unit " + location + " (model " +
+                       std::string(box::model_name(inventory_.model())) + "). " + lists);
 }
 
 }  // namespace technician

@@ -33,7 +33,7 @@ class Technician {
   Technician(const box::Place &place, Clock clock, std::function<void(const std::string &line)> tell);
 
   // Works through the steps. Throws Failure before the first one where one names a unit that the server does not have, and
-  // later where what a step waits for has not come `limit` after the step before; InventoryError where a unit cannot be
+  // later where what a step waits for has not come `limit` after the step before; BoxError where a unit cannot be
   // changed so. Calls `begin` before the first step, when all units are known and the trace is looked at.
   void work(
       const std::vector<Step> &steps, std::chrono::milliseconds limit, const std::function<void()> &begin = [] {});
@@ -47,14 +47,14 @@ class Technician {
   TraceWatch &trace() { return trace_; }
 
   // The whole location of a unit whose state can be changed, and of a place with what control programs set: a maintenance
-  // flag, an LED. Throw box::InventoryError where the server has none.
+  // flag, an LED. Throw box::BoxError where the server has none.
   std::string unit(const std::string &name) const;
   std::string place_with_flag(const std::string &name) const;
   std::string place_with_led(const std::string &name) const;
 
  private:
   bool is_located(const std::string &location) const;
-  box::InventoryError unknown(const std::string &location) const;
+  box::BoxError unknown(const std::string &location) const;
   void tell_of(const std::string &what) const;
 
   box::Place place_;

@@ -108,15 +108,15 @@ TEST_F(BreakageTest, FindsARecordInItsDatabaseAlsoWhenItIsGone) {
   EXPECT_EQ(box::find_record(place_, "local_mgb_info"), (RecordName{3, "local_mgb_info"}));
   break_record(place_, psus_, Breakage::kMissing);
   EXPECT_EQ(box::find_record(place_, "current_psu_info"), psus_);
-  EXPECT_THROW(box::find_record(place_, "no_such_info"), box::InventoryError);
+  EXPECT_THROW(box::find_record(place_, "no_such_info"), box::BoxError);
   box::Database(place_.database(5)).put("local_mgb_info", box::Bytes(1));
-  EXPECT_THROW(box::find_record(place_, "local_mgb_info"), box::InventoryError);
+  EXPECT_THROW(box::find_record(place_, "local_mgb_info"), box::BoxError);
 }
 
 TEST_F(BreakageTest, CannotShortenAnEmptyRecordOrBreakOneThatIsNotThere) {
   box::Database(place_.database(5)).put("empty", box::Bytes());
-  EXPECT_THROW(break_record(place_, {5, "empty"}, Breakage::kShort), box::InventoryError);
-  EXPECT_THROW(break_record(place_, {5, "none"}, Breakage::kLong), box::InventoryError);
+  EXPECT_THROW(break_record(place_, {5, "empty"}, Breakage::kShort), box::BoxError);
+  EXPECT_THROW(break_record(place_, {5, "none"}, Breakage::kLong), box::BoxError);
   EXPECT_TRUE(box::broken_records(place_).empty());
   EXPECT_EQ(now({5, "none"}), std::nullopt);
 }

@@ -159,10 +159,9 @@ TEST_F(Confinement, WorkInAProcessOfItsOwnReturnsWhatItFound) {
 }
 
 TEST_F(Confinement, WorkInAProcessOfItsOwnFailsInWords) {
-  EXPECT_EQ(message_of([&] {
-              box::in_confinement(place_, []() -> std::string { throw box::InventoryError("no such unit."); });
-            }),
-            "no such unit.");
+  EXPECT_EQ(
+      message_of([&] { box::in_confinement(place_, []() -> std::string { throw box::BoxError("no such unit."); }); }),
+      "no such unit.");
   EXPECT_THROW(box::in_confinement(place_, []() -> std::string { _exit(1); }), std::bad_alloc);
   EXPECT_EQ(message_of([&] {
               box::in_confinement(place_, []() -> std::string {

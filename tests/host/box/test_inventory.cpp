@@ -39,7 +39,7 @@ TEST_F(InventoryTest, ReadsOneUnitByItsName) {
   EXPECT_TRUE(inventory.has("PSU#41"));
   EXPECT_FALSE(inventory.has("/PSU#9"));
   EXPECT_FALSE(inventory.has(""));
-  EXPECT_THROW(inventory.unit("/PSU#9"), box::InventoryError);
+  EXPECT_THROW(inventory.unit("/PSU#9"), box::BoxError);
 }
 
 TEST_F(InventoryTest, ReadsOneUnitWhateverOtherRecordsAreLike) {

@@ -310,7 +310,7 @@ TEST_F(TechnicianTest, GivesUpAndSaysWhatHasNotCome) {
 }
 
 TEST_F(TechnicianTest, StopsWhereAUnitCannotBeChangedSo) {
-  EXPECT_THROW(work("insert /PSU#3; pull /PSU#4"), box::InventoryError);
+  EXPECT_THROW(work("insert /PSU#3; pull /PSU#4"), box::BoxError);
   EXPECT_EQ(state("/PSU#4"), "Normal");
 }
 
