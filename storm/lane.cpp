@@ -16,6 +16,7 @@ using std::chrono::seconds;
 
 constexpr milliseconds kAtFirst{60};  // an actor that never ended by itself is given up to this
 constexpr seconds kNobodyTakesLonger{60};
+constexpr seconds kOrphansEndWithin{10};
 constexpr unsigned kEachThorough = 8;  // rounds
 
 void do_now(const Words &words) {
@@ -67,6 +68,7 @@ Lane::Lane(const fs::path &folder, std::uint64_t seed, Tally &tally)
 }
 
 bool Lane::go(Clock::time_point end) {
+  adopt_orphans();
   for (unsigned round = 1; Clock::now() < end && !tally_.stop && is_sound_; ++round) {
     story_.clear();
     start_some();
@@ -76,6 +78,7 @@ bool Lane::go(Clock::time_point end) {
   }
   if (is_sound_) look(true);
   if (is_sound_ && plays_were_killed_) look_at_plays();
+  look_for_orphans(Orphans::kAll);
   return is_sound_;
 }
 
@@ -147,10 +150,15 @@ void Lane::take_events(const std::string &output) {
 }
 
 void Lane::look(bool thoroughly) {
+  look_for_orphans(Orphans::kOutside);
   if (!is_sound_) return;
   for (const std::string &sentence : laws_.broken(events_, savers_)) found(sentence);
   if (!thoroughly) return;
   for (const std::string &sentence : laws_.broken_for_next_command()) found(sentence);
+}
+
+void Lane::look_for_orphans(Orphans which) {
+  for (const std::string &sentence : orphans_that_live_on(which, kOrphansEndWithin)) found(sentence);
 }
 
 // A play clears up what was left by those before it.

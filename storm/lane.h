@@ -13,6 +13,7 @@
 #include "host/terminal/background_program.h"
 #include "storm/actors.h"
 #include "storm/laws.h"
+#include "storm/orphans.h"
 #include "storm/tally.h"
 
 namespace storm {
@@ -41,6 +42,7 @@ class Lane {
   void take_end(Worker &worker);
   void take_events(const std::string &output);
   void look(bool thoroughly);
+  void look_for_orphans(Orphans which);
   void look_at_plays();
   void found(const std::string &what);
 

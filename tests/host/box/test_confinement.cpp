@@ -5,8 +5,10 @@
 #include <fcntl.h>
 #include <gtest/gtest.h>
 #include <linux/landlock.h>
+#include <pthread.h>
 #include <signal.h>
 #include <sys/ioctl.h>
+#include <sys/prctl.h>
 #include <sys/ptrace.h>
 #include <sys/socket.h>
 #include <sys/stat.h>
@@ -17,6 +19,7 @@
 #include <fstream>
 
 #include "host/box/contents.h"
+#include "tests/eventually.h"
 #include "tests/host/box/child.h"
 #include "tests/host/box/database_test.h"
 #include "tests/host/box/scratch.h"
@@ -173,6 +176,26 @@ TEST_F(Confinement, WorkInAProcessOfItsOwnFailsInWords) {
             "databases in " + place_.databases().string() +
                 ": cannot read: data.mdb is damaged: the process that read it died. Make the box anew, or load a dump "
                 "of it.");
+}
+
+// Between the fork and the child's wish to die with its parent.
+TEST_F(Confinement, WorkInAProcessOfItsOwnEndsAlsoWhereItsParentDiedAtOnce) {
+  static std::function<void()> before_work;
+  const pid_t test = getpid();
+  ASSERT_EQ(prctl(PR_SET_CHILD_SUBREAPER, 1), 0);  // the orphan becomes a child of the test
+  Child parent([&](const auto &say_ready) {
+    before_work = [&] {
+      say_ready();
+      while (getppid() != test) usleep(1000);
+    };
+    pthread_atfork(nullptr, nullptr, [] { before_work(); });
+    box::in_confinement(place_, [] { return std::string(300000, '\0'); });  // more than a pipe takes
+    return 0;
+  });
+  ASSERT_TRUE(parent.is_ready());
+  EXPECT_EQ(parent.die(), -SIGKILL);
+  EXPECT_TRUE(eventually([] { return waitpid(-1, nullptr, WNOHANG) > 0; }));
+  prctl(PR_SET_CHILD_SUBREAPER, 0);
 }
 
 }  // namespace
