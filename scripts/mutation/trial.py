@@ -4,6 +4,7 @@ A mutant may do anything. So it is built and tested with a root directory of its
 an empty /tmp, and there are no processes but its own.
 """
 import os
+import re
 import shutil
 import subprocess
 import time
@@ -11,6 +12,7 @@ from pathlib import Path
 
 BUILD = "build/release"
 MEMORY = 8 << 30  # for each process of a test, and an eighth of it for its files
+SHARDS = 4  # of a program's tests
 OPTIONS = ("-DLMAINTE_UNITY=OFF", "-DLMAINTE_UNITY_TESTS=ON", "-DLMAINTE_BENCH=OFF", "-DLMAINTE_WERROR=OFF")
 
 
@@ -39,6 +41,41 @@ def copy_changed(source, tree):
                 os.unlink(tree / inside / name)
 
 
+def nearest_tests(tree, file, program):
+    """The tests of a file's subject, as a filter of a program's tests: they come first, for they notice most."""
+    subject = Path(file).stem.removeprefix("verb_")
+    for name in (subject, subject.split("_")[0]):
+        tests = tree / Path(program).parent / f"test_{name}.cpp"
+        if tests.exists():
+            suites = dict.fromkeys(re.findall(r"^TEST\w*\((\w+),", tests.read_text(), re.MULTILINE))
+            return [":".join(f"{suite}.*:*/{suite}.*" for suite in suites)]
+    return []
+
+
+def first_failure(processes, limit=None):
+    """Waits for processes. The first exit status that is not zero ends them all; None where they take longer than a limit."""
+    end = time.monotonic() + limit if limit else None
+    running = list(processes)
+    try:
+        while running:
+            try:
+                status = running[0].wait(0.05)
+            except subprocess.TimeoutExpired:
+                status = next((status for status in map(subprocess.Popen.poll, running) if status), None)
+                if status is None:
+                    if end and time.monotonic() > end:
+                        return None
+                    continue
+            if status:
+                return status
+            running.pop(0)
+        return 0
+    finally:
+        for process in processes:
+            process.kill()
+            process.wait()
+
+
 class Bench:
     """A copy, seen at one place by all that is built in it."""
 
@@ -46,28 +83,31 @@ class Bench:
         self.tree, self.copy, self.limits, self.build_jobs = tree, copy, limits, build_jobs
         self.log = tree.parent / (copy.name + ".log")
 
-    def run(self, words, limit=None):
-        """The exit status of a command in the copy; None where it takes longer than its limit."""
+    def start(self, words, log, **environment):
+        """A process that runs a command in the copy."""
         root = ["bwrap", "--ro-bind", "/", "/", "--dev", "/dev", "--proc", "/proc", "--size", str(MEMORY // 8), "--tmpfs", "/tmp",
                 "--bind", self.copy, self.tree, "--unshare-pid", "--die-with-parent", "--new-session", "--chdir", self.tree]
         if os.geteuid() == 0:
             root += ["--cap-add", "ALL"]
-        environment = {**os.environ, "CCACHE_DISABLE": "1"}
+        environment = {**os.environ, "CCACHE_DISABLE": "1", **environment}
         environment.pop("TMPDIR", None)
-        with open(self.log, "wb") as log, subprocess.Popen([*root, "--", *words], env=environment, stdin=subprocess.DEVNULL,
-                                                           stdout=log, stderr=log) as process:
-            try:
-                return process.wait(limit)
-            except subprocess.TimeoutExpired:
-                process.kill()
-                return None
+        return subprocess.Popen([*root, "--", *words], env=environment, stdin=subprocess.DEVNULL, stdout=log, stderr=log)
+
+    def run(self, words, limit=None):
+        """The exit status of a command in the copy; None where it takes longer than its limit."""
+        with open(self.log, "wb") as log:
+            return first_failure([self.start(words, log)], limit)
 
     def build(self, *programs):
         return self.run(["ninja", "-C", BUILD, "-j", str(self.build_jobs), *programs], limit=3600) == 0
 
-    def test(self, program):
-        return self.run(["prlimit", f"--as={MEMORY}", f"{BUILD}/{program}", "--gtest_fail_fast", "--gtest_brief=1"],
-                        self.limits.get(program))
+    def test(self, program, tests="*"):
+        """Runs tests of a program. They mostly wait, so several of them run at once."""
+        words = ["prlimit", f"--as={MEMORY}", f"{BUILD}/{program}", "--gtest_fail_fast", "--gtest_brief=1",
+                 f"--gtest_filter={tests}"]
+        with open(self.log, "wb") as log:
+            return first_failure([self.start(words, log, GTEST_TOTAL_SHARDS=str(SHARDS), GTEST_SHARD_INDEX=str(index))
+                                  for index in range(SHARDS)], self.limits.get(program))
 
     def prepare(self, programs):
         """Builds the programs and runs their tests. A mutant may take five times as long as they do."""
@@ -90,9 +130,10 @@ class Bench:
             for program in programs:
                 if not self.build(program):
                     return "refused"
-                status = self.test(program)
-                if status != 0:
-                    return "hung" if status is None else "killed"
+                for tests in (*nearest_tests(self.tree, mutant.file, program), "*"):
+                    status = self.test(program, tests)
+                    if status != 0:
+                        return "hung" if status is None else "killed"
             return "survived"
         finally:
             file.write_text(text)
