@@ -33,9 +33,10 @@ constexpr lmainte::BracketErrors kBracketErrors = {
 
 constexpr int32_t kFailed = -1;
 
-// Reads one record into its entry. The entry owns the buffer that the client hands over, also after a failure.
-bool read_record(const Call &call, uint32_t db_id, lmainte_access_entry &entry, const Absence &absence) {
-  const lmainte::RecordName name(entry.name, entry.index);
+// Reads one record into its entry; `name` is that of the entry before. The entry owns the buffer that the client hands over, also after a failure.
+bool read_record(const Call &call, uint32_t db_id, lmainte_access_entry &entry, lmainte::RecordName &name,
+                 const Absence &absence) {
+  name.fill(entry.name, entry.index);
   const int32_t expected = entry.size;
   const int32_t result = scdb_get(db_id, name.text(), &entry.data, &entry.size, 0);
   if (result == LMAINTE_OK && entry.size == expected) return true;
@@ -54,9 +55,10 @@ int32_t get_data(uint32_t db_id, lmainte_access_entry *table, const Absence &abs
   }
   const uint32_t db_ids[] = {db_id};
   lmainte::SessionBracket bracket(call, kBracketErrors, db_ids, lmainte::Hold::kLocked);
+  lmainte::RecordName name;
   const bool good = bracket.run([&] {
     for (lmainte_access_entry *entry = table; entry->index >= 0; ++entry)
-      if (!read_record(call, db_id, *entry, absence)) return false;
+      if (!read_record(call, db_id, *entry, name, absence)) return false;
     return true;
   });
   return good ? LMAINTE_OK : kFailed;

@@ -166,6 +166,41 @@ TEST_F(LmainteDbAccessTable, NamesHoldTheIndexAsPrintfWritesIt) {
   }
 }
 
+TEST_F(LmainteDbAccessTable, EachNameOfARunStandsForItself) {
+  struct Entry {
+    const char *pattern;
+    int32_t index;
+    std::string name;
+  };
+  struct RunRow {
+    const char *says;
+    Entry entries[3];
+  };
+  const RunRow rows[] = {
+      {"a digit more on the way", {{"r_%02d", 99, "r_99"}, {"r_%02d", 100, "r_100"}, {"r_%02d", 101, "r_101"}}},
+      {"a digit fewer on the way", {{"r_%02d", 100, "r_100"}, {"r_%02d", 99, "r_99"}, {"r_%02d", 7, "r_07"}}},
+      {"a shorter pattern", {{"long_%04d", 1, "long_0001"}, {"r_%02d", 2, "r_02"}, {"r_%02d", 3, "r_03"}}},
+      {"a pattern without a number", {{"long_%04d", 1, "long_0001"}, {"name", 2, "name"}, {"name", 3, "name"}}},
+      {"an unusual pattern", {{"long_%04d", 1, "long_0001"}, {"r_%d", 2, "r_2"}, {"r_%d", 3, "r_3"}}},
+      {"a usual pattern behind it", {{"long_%dx", 1, "long_1x"}, {"r_%02d", 2, "r_02"}, {"r_%dx", 3, "r_3x"}}},
+  };
+  for (const auto &row : rows) {
+    lmainte_access_entry *table = lmainte_db_make_access_table(0, 3, 1, "any");
+    Lines gets;
+    for (int i = 0; i < 3; ++i) {
+      const Entry &entry = row.entries[i];
+      put(2, entry.name, 1, 9);
+      table[i].index = entry.index;
+      table[i].name = entry.pattern;
+      gets.push_back("get 2 " + entry.name);
+    }
+    machine().calls.clear();
+    EXPECT_EQ(lmainte_db_get_data(2, table), 0) << row.says;
+    EXPECT_EQ(machine().calls_of({"get"}), gets) << row.says;
+    lmainte_db_free_access_table(table);
+  }
+}
+
 TEST_F(LmainteDbAccessTable, KeyIsCutAt127Characters) {
   const std::string name(200, 'k');
   put(2, name.substr(0, 127), 1, 9);
