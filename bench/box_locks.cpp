@@ -4,13 +4,13 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
-#include <algorithm>
 #include <chrono>
-#include <cstdio>
 #include <stdexcept>
+#include <string>
 #include <vector>
 
 #include "bench/box_rows.h"
+#include "bench/table.h"
 #include "host/base/descriptor.h"
 #include "host/box/database.h"
 
@@ -65,23 +65,16 @@ double time_of(Work work, const std::filesystem::path &folder, int processes) {
   return taken.count() / processes / kRounds;
 }
 
-double median(std::vector<double> times) {
-  std::ranges::sort(times);
-  return times[times.size() / 2];
-}
-
 }  // namespace
 
 void bench::print_locks(const BoxFolder &folder) {
-  std::printf("\n%-44s %12s %12s %8s\n", "real time", "floor", "call", "ratio");
+  print_head("real time");
   for (const int processes : {1, 2, 16}) {
     std::vector<double> floors, calls;
     for (int run = 0; run < 5; ++run) {
       floors.push_back(time_of(lock_byte, folder.path(), processes));
       calls.push_back(time_of(lock_database, folder.path(), processes));
     }
-    const double floor = median(floors), call = median(calls);
-    const std::string row = "lock and unlock, processes: " + std::to_string(processes);
-    std::printf("%-44s %9.0f ns %9.0f ns %8.2f\n", row.c_str(), floor, call, call / floor);
+    print_row("lock and unlock, processes: " + std::to_string(processes), median(floors), median(calls));
   }
 }

@@ -1,5 +1,4 @@
-// The box, beside what it is built from: its databases beside LMDB and SQLite, its trace beside a write, its locks beside the
-// kernel's.
+// The box, beside what it is built from: its databases beside LMDB and SQLite, its locks beside the kernel's.
 
 #include "bench/box_rows.h"
 #include "bench/table.h"

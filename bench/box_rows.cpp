@@ -5,26 +5,20 @@
 #include <sqlite3.h>
 #include <unistd.h>
 
-#include <cstdlib>
 #include <memory>
-#include <stdexcept>
 #include <string>
-#include <system_error>
 
+#include "bench/require.h"
 #include "host/base/descriptor.h"
 #include "host/box/database.h"
-#include "host/box/trace_ring.h"
 
 namespace {
 
 namespace fs = std::filesystem;
+using bench::require;
 
 const std::string kKey = "fru_cmu_info_00";
 const box::Bytes kRecord(8192, 0x8F);
-
-void require(bool good, const char *what) {
-  if (!good) throw std::runtime_error(std::string("bench: cannot ") + what);
-}
 
 // A record in the box's databases.
 class BoxRecord {
@@ -164,37 +158,7 @@ class ByteLock {
   base::Descriptor file_;
 };
 
-bench::Row ring_row(const fs::path &folder) {
-  const fs::path file = folder / "trace";
-  box::TraceRing::create(file);
-  const auto ring = std::make_shared<box::TraceRing>();
-  require(ring->map(file.c_str()), "map the trace");
-  const auto written =
-      std::make_shared<base::Descriptor>(open((folder / "written").c_str(), O_WRONLY | O_CREAT | O_CLOEXEC, 0666));
-  // As many bytes as a record has in the ring, always at the same place.
-  const auto write = [written] {
-    const char record[64] = {};
-    require(pwrite(written->get(), record, sizeof record, 0) == sizeof record, "write");
-  };
-  const auto append = [ring] {
-    const std::uint32_t words[4] = {1, 2, 3, 4};
-    require(ring->append(14, 256, 15, 0x110C0022, words, 4), "append to the trace");
-  };
-  return {"append a trace record (floor: a write)", write, append};
-}
-
 }  // namespace
-
-bench::BoxFolder::BoxFolder() {
-  std::string name = "/dev/shm/bench.XXXXXX";
-  require(mkdtemp(name.data()) != nullptr, "make a folder in /dev/shm");
-  path_ = name;
-}
-
-bench::BoxFolder::~BoxFolder() {
-  std::error_code error;
-  fs::remove_all(path_, error);
-}
 
 std::vector<bench::Row> bench::box_rows(const BoxFolder &folder) {
   const auto ours = std::make_shared<BoxRecord>(folder.path() / "box");
@@ -214,6 +178,5 @@ std::vector<bench::Row> bench::box_rows(const BoxFolder &folder) {
       {"read 8 KiB under lock (floor: SQLite)", [sqlite] { sqlite->read(); }, read},
       {"write 8 KiB under lock (floor: LMDB)", [lmdb] { lmdb->write(); }, write},
       {"write 8 KiB under lock (floor: SQLite)", [sqlite] { sqlite->write(); }, write},
-      ring_row(folder.path()),
   };
 }

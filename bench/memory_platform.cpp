@@ -15,6 +15,7 @@
 namespace {
 
 constexpr std::uint8_t kByte = 0x8F;
+constexpr std::size_t kMostReads = 4096;  // of a call
 
 // Found without a copy of the name: a slow client would hide what the library takes.
 struct Hash {
@@ -56,16 +57,21 @@ Requests watch(void (*call)()) {
   return requests;
 }
 
-void replay(const Requests &requests) {
+void replay(const Requests &requests, Kept kept) {
+  void *records[kMostReads];
+  std::size_t held = 0;
   for (std::uint64_t i = 0; i < requests.sessions; ++i) scdb_open(0);
   for (const Requests::Read &read : requests.reads) {
     char key[128] = {};
     std::memcpy(key, read.key.data(), read.key.size());
-    void *record = nullptr;
     std::int32_t size = 0;
-    scdb_get(read.db_id, key, &record, &size, 0);
-    std::free(record);
+    scdb_get(read.db_id, key, &records[held], &size, 0);
+    if (kept == Kept::kForAMoment)
+      std::free(records[held]);
+    else
+      ++held;
   }
+  for (std::size_t i = 0; i < held; ++i) std::free(records[i]);
   for (std::uint64_t i = 0; i < requests.records; ++i) {
     const std::uint32_t words[2] = {static_cast<std::uint32_t>(getpid()), 0};
     mgb_trace_write(14, 256, 15, 0x110C0000, words, 16);

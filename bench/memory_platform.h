@@ -28,8 +28,11 @@ void clear();
 // Runs a call once and tells what it asked for.
 Requests watch(void (*call)());
 
+// How long a floor keeps the records that it reads.
+enum class Kept { kForAMoment, kUntilTheEnd };
+
 // Makes the requests with nothing in between: the platform's calls, a free for each record, and for each trace record the
 // process id, taken afresh, and the write.
-void replay(const Requests &requests);
+void replay(const Requests &requests, Kept kept = Kept::kForAMoment);
 
 }  // namespace bench

@@ -2,6 +2,7 @@
 
 #include <benchmark/benchmark.h>
 
+#include <algorithm>
 #include <cstdio>
 #include <map>
 #include <string>
@@ -22,7 +23,7 @@ class Ratios : public benchmark::BenchmarkReporter {
   }
 
   void Finalize() override {
-    std::printf("%-44s %12s %12s %8s\n", "processor time", "floor", "call", "ratio");
+    bench::print_head("processor time");
     for (const auto &[row, times] : rows_) {
       std::printf("%-44s", row.c_str());
       print_time(times, "floor");
@@ -74,4 +75,20 @@ int bench::measure(const std::vector<Row> &rows, int argc, char **argv) {
   Ratios ratios;
   benchmark::RunSpecifiedBenchmarks(&ratios);
   return 0;
+}
+
+void bench::print_head(const char *what) {
+  std::printf("\n%-44s %12s %12s %8s\n", what, "floor", "call", "ratio");
+}
+
+void bench::print_row(const std::string &row, double floor, double call) {
+  const bool is_long = call >= 1e7;
+  const double unit = is_long ? 1e3 : 1;
+  const char *const name = is_long ? "us" : "ns";
+  std::printf("%-44s %9.0f %s %9.0f %s %8.2f\n", row.c_str(), floor / unit, name, call / unit, name, call / floor);
+}
+
+double bench::median(std::vector<double> times) {
+  std::ranges::sort(times);
+  return times[times.size() / 2];
 }

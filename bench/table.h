@@ -1,6 +1,7 @@
 // Measures rows and prints them as a table.
 #pragma once
 
+#include <string>
 #include <vector>
 
 #include "bench/rows.h"
@@ -9,5 +10,10 @@ namespace bench {
 
 // The medians of many short runs. The options are those of Google Benchmark. Returns the exit status.
 int measure(const std::vector<Row> &rows, int argc, char **argv);
+
+// The same table by hand, for what is measured otherwise: its head, and a row in nanoseconds.
+void print_head(const char *what);
+void print_row(const std::string &row, double floor, double call);
+double median(std::vector<double> times);
 
 }  // namespace bench
