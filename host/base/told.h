@@ -2,14 +2,18 @@
 #pragma once
 
 #include <exception>
+#include <filesystem>
 #include <new>
+#include <string>
 
 namespace base {
 
 inline constexpr const char *kNoMemory = "there is not enough memory";
 
-inline const char *told(const std::exception &error) {
-  return dynamic_cast<const std::bad_alloc *>(&error) == nullptr ? error.what() : kNoMemory;
+inline std::string told(const std::exception &error) {
+  if (dynamic_cast<const std::bad_alloc *>(&error) != nullptr) return kNoMemory;
+  const auto *of_file = dynamic_cast<const std::filesystem::filesystem_error *>(&error);
+  return of_file == nullptr ? error.what() : of_file->path1().string() + ": " + of_file->code().message();
 }
 
 }  // namespace base

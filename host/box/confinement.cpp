@@ -87,7 +87,7 @@ constexpr char kDone = 'd', kFailed = 'f';
     confine_to(place);
     said = kDone + work();
   } catch (const std::exception &error) {
-    said = kFailed + std::string(base::told(error));
+    said = kFailed + base::told(error);
   }
   base::write_all(to, said);
   _exit(0);

@@ -32,6 +32,7 @@ struct alignas(64) Head {
   Word magic;
   Word slots;
   Word next;  // number of the next record
+  std::array<Word, 5> zeros;
 };
 
 // A record n stands in slot n modulo the number of slots. Its state is 2n + 1 while it is written and 2n + 2 afterwards;
@@ -146,7 +147,10 @@ void TraceRing::create(const std::filesystem::path &file) {
   head.magic = kMagic;
   head.slots = kSlots;
   int error = posix_fallocate(fd, 0, sizeof(Ring));
-  if (error == 0 && pwrite(fd, &head, sizeof head, 0) != static_cast<ssize_t>(sizeof head)) error = errno;
+  if (error == 0) {
+    const ssize_t size = pwrite(fd, &head, sizeof head, 0);
+    if (size != static_cast<ssize_t>(sizeof head)) error = size < 0 ? errno : ENOSPC;
+  }
   close(fd);
   if (error == 0 && rename(fresh.c_str(), file.c_str()) != 0) error = errno;
   if (error != 0) {

@@ -176,7 +176,7 @@ MountPoints::~MountPoints() {
 void MountPoints::sweep() const {
   const base::Descriptor list(open(list_.c_str(), O_RDWR | box::kOwnFile));
   if (list.get() < 0 || !box::is_file(list.get()) || flock(list.get(), LOCK_EX | LOCK_NB) != 0) return;
-  remove_all();
+  if (!remove_all()) return;
   [[maybe_unused]] const int kept_for_the_next_run = ftruncate(list.get(), 0);
 }
 
@@ -198,14 +198,17 @@ void MountPoints::make(const std::string &name, bool folder) {
 }
 
 // Only what is still empty goes: a mount point is never anything else.
-void MountPoints::remove_all() const {
+bool MountPoints::remove_all() const {
   std::ifstream lines(list_);
+  bool are_gone = lines.is_open();
   for (std::string name; std::getline(lines, name);) {
     std::error_code error;
     const fs::path path = tmp_ / name;
     if (path.parent_path() != tmp_ || name == "..") continue;  // not of a box's own making
     if (fs::is_empty(path, error) && !error) fs::remove(path, error);
+    are_gone = are_gone && (!error || error == std::errc::no_such_file_or_directory);
   }
+  return are_gone && !lines.bad();
 }
 
 }  // namespace spbox

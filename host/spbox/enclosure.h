@@ -50,7 +50,7 @@ class MountPoints {
 
  private:
   void sweep() const;
-  void remove_all() const;
+  bool remove_all() const;  // false when some stay
 
   std::filesystem::path tmp_;
   std::filesystem::path list_;

@@ -46,7 +46,11 @@ int enter_box(int argc, char **argv) {
   sigset_t before;
   sigprocmask(SIG_BLOCK, &ending, &before);
   if (!restore_signals(argv[1])) return refuse();
-  announce_to(*fd);
+  if (const int untold = announce_to(*fd); untold != 0) {
+    // NOLINTNEXTLINE(concurrency-mt-unsafe): one thread
+    complain(std::string("the command cannot be announced: ") + std::strerror(untold) + ".");
+    return kFailure;
+  }
   close(*fd);
   keep_signals_among_own();
   sigprocmask(SIG_SETMASK, &before, nullptr);

@@ -1,13 +1,11 @@
 #include "host/spbox/handshake.h"
 
 #include <poll.h>
-#include <sys/socket.h>
 #include <sys/syscall.h>
 #include <unistd.h>
 
 #include <array>
 #include <cerrno>
-#include <cstdio>
 #include <string>
 
 #include "host/base/descriptor.h"
@@ -31,20 +29,21 @@ bool read_on(int fd, std::string &text) {
   return got == 1 || (got < 0 && errno == EINTR);
 }
 
-void announce_to(int fd) {
-  dprintf(fd, "%d", static_cast<int>(getpid()));
-  shutdown(fd, SHUT_WR);
+int announce_to(int fd) {
+  if (const int error = base::write_all(fd, std::to_string(getpid()) + "\n"); error != 0) return error;
   std::string nothing;
   while (read_on(fd, nothing)) {
   }
+  return 0;
 }
 
 pid_t announced_on(int fd, pid_t bwrap) {
   std::string text;
-  while (comes_before_end(fd, bwrap)) {
-    if (!read_on(fd, text)) return base::number_in<pid_t>(text).value_or(0);
+  while (!text.ends_with('\n')) {
+    if (!comes_before_end(fd, bwrap) || !read_on(fd, text)) return 0;
   }
-  return 0;
+  text.pop_back();
+  return base::number_in<pid_t>(text).value_or(0);
 }
 
 }  // namespace spbox

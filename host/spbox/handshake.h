@@ -18,8 +18,9 @@ bool comes_before_end(int fd, pid_t child);
 // Adds a character that has come to the text. False when the other end is closed.
 bool read_on(int fd, std::string &text);
 
-// Inside: tells this process's id, and waits until spbox has closed its end.
-void announce_to(int fd);
+// Inside: tells this process's id, and waits until spbox has closed its end. Returns 0, or a number of errno where it
+// cannot be told.
+int announce_to(int fd);
 
 // Outside: the process id that comes; 0 when the command never got there. `bwrap` is the child that brings it there.
 pid_t announced_on(int fd, pid_t bwrap);

@@ -104,8 +104,7 @@ int judged(const Words &words) {
     spbox::complain_in_lines("spbox: " + std::string(error.what()) + "\n");
     return spbox::kUsage;
   } catch (const std::filesystem::filesystem_error &error) {
-    const std::runtime_error plain(error.path1().string() + ": " + error.code().message() + ".");
-    return complain(plain, "", spbox::kFailure);
+    return complain(error, ".", spbox::kFailure);
   } catch (const std::exception &error) {
     return complain(error, "", spbox::kFailure);
   }

@@ -46,12 +46,6 @@ class SpareDescriptors {
   std::array<base::Descriptor, 8> spares_;  // one for each folder on the way down
 };
 
-std::string reason_of(const std::exception &error) {
-  const auto *of_file = dynamic_cast<const fs::filesystem_error *>(&error);
-  if (of_file == nullptr) return base::told(error);
-  return of_file->path1().string() + ": " + of_file->code().message();
-}
-
 // The new box is made in a folder that nobody has to know.
 std::string with_name(std::string text, const std::string &made_in, const std::string &name) {
   for (auto at = text.find(made_in); at != std::string::npos; at = text.find(made_in, at + name.size())) {
@@ -94,8 +88,10 @@ void Making::make(const box::Contents &contents) const {
     throw;
   } catch (const std::exception &error) {
     spare.give_back();
-    undo();
-    throw box::BoxError(with_name(reason_of(error), fresh_, (root_ / "").parent_path()));
+    const std::string name = (root_ / "").parent_path(), why = with_name(base::told(error), fresh_, name);
+    if (undo()) throw box::BoxError(why);
+    throw HalfMade(name + " is not made yet: " + why + (why.ends_with('.') ? "" : ".") +
+                   " The next spbox makes it to the end, or takes all of it back.");
   }
 }
 
@@ -115,6 +111,18 @@ void Making::discard() const {
   fs::remove(folder_, not_empty);
 }
 
+// What cannot be removed makes the box no worse. The next spbox tries again, and takes it for what a maker left that died.
+void Making::discard_if_possible() const {
+  constexpr int kTries = 3;
+  for (int i = 0; i < kTries; ++i) {
+    try {
+      return discard();
+    } catch (const std::exception &) {
+      continue;
+    }
+  }
+}
+
 // Each part of the new box that still waits takes its place. What stands there is the old one's.
 void Making::finish() const {
   fs::create_directories(old_);
@@ -126,24 +134,25 @@ void Making::finish() const {
     }
     fs::rename(whole_ / part, root_ / part);
   }
-  try {
-    discard();
-  } catch (const std::exception &) {  // what cannot be removed of the old box makes the new one no worse
-  }
+  discard_if_possible();
 }
 
-// The old parts that were put aside come back. What is wrong was said already, or is said by who comes next.
-void Making::undo() const {
-  std::error_code ignored;
-  for (const char *part : kParts) {
-    if (is_there(whole_) && !is_there(whole_ / part)) fs::rename(root_ / part, whole_ / part, ignored);
-    if (is_there(old_ / part)) fs::rename(old_ / part, root_ / part, ignored);
-  }
-  fs::rename(whole_, fresh_, ignored);
+// The old parts that were put aside come back. Only then the new box is no longer the one that counts: where one does not come
+// back, the next spbox has all parts of the new one.
+bool Making::undo() const {
   try {
-    discard();
-  } catch (const std::exception &) {  // the next spbox tries again
+    if (is_there(whole_)) {
+      for (const char *part : kParts) {
+        if (!is_there(whole_ / part)) fs::rename(root_ / part, whole_ / part);
+        if (is_there(old_ / part)) fs::rename(old_ / part, root_ / part);
+      }
+      fs::rename(whole_, fresh_);
+    }
+  } catch (const std::exception &) {
+    return false;
   }
+  discard_if_possible();
+  return true;
 }
 
 // No making leaves a link. A link leads to files that do not belong to the box.

@@ -8,12 +8,19 @@
 
 namespace spbox {
 
+// What people are told where the old box could not be put back either.
+class HalfMade : public box::BoxError {
+ public:
+  using BoxError::BoxError;
+};
+
 class Making {
  public:
   // The folder exists, and the caller has its lock alone.
   explicit Making(const box::Place &place);
 
-  // Makes a complete box beside the one that is there, and puts it in its place. Throws; then nothing has changed.
+  // Makes a complete box beside the one that is there, and puts it in its place. Throws HalfMade where the next spbox has to end
+  // it. Throws anything else; then nothing has changed.
   void make(const box::Contents &contents) const;
 
   // What a maker left that died.
@@ -25,8 +32,9 @@ class Making {
   void refuse_links() const;
   void begin() const;
   void discard() const;
+  void discard_if_possible() const;
   void finish() const;
-  void undo() const;
+  bool undo() const;  // false when it could not
 
   std::filesystem::path root_, folder_, fresh_, whole_, old_;
 };

@@ -83,6 +83,8 @@ void make_box(const box::Place &place, const box::Contents &contents, bool force
   end_what_killed_runs_left(place);
   try {
     Making(place).make(contents);
+  } catch (const HalfMade &) {
+    throw;
   } catch (const std::exception &error) {
     throw box::BoxError(place.root().string() + " stays the box that it was: " + base::told(error));
   }

@@ -1,7 +1,7 @@
 #include <memory>
 
 #include "host/box/advice.h"
-#include "host/box/inventory.h"
+#include "host/box/inventory_kinds.h"
 #include "host/spbox/new_box.h"
 #include "host/spbox/standard_output.h"
 #include "host/spbox/verbs.h"
@@ -23,9 +23,10 @@ std::vector<std::string> model_names() {
 
 int create(const CreateOptions &options) {
   const box::Place place(options.box);
-  make_box(place, box::new_server(box::find_model(options.model)->code), options.force);
+  const std::uint32_t model = box::find_model(options.model)->code;
+  make_box(place, box::new_server(model), options.force);
   print_line("Made " + place.root().string() + ": model " + options.model + ", " +
-             std::to_string(box::Inventory(place).places().size()) + " units, all healthy. " +
+             std::to_string(box::places_of(model).size()) + " units, all healthy. " +
              box::advice({"units", place.root()}) + " lists them.");
   return 0;
 }
