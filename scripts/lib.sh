@@ -5,7 +5,7 @@ set -euo pipefail
 jobs=$(nproc)
 
 # Where code is, besides the public headers, the catalogue of trace events and the tests.
-code_folders=(src host examples bench fuzz storm)
+code_folders=(src host examples bench fuzz storm failures)
 
 say() { printf '%s\n' "$*"; }
 die() {

@@ -1,0 +1,48 @@
+#include "failures/verbs.h"
+
+namespace failures {
+namespace {
+
+// In a folder with `box`, a box of model qa in which somebody has worked; `qa.dump` and `qb1.dump`; `short.play`; and `kept`,
+// a file with something else.
+const std::vector<Line> kLines{
+    {"help", {"help"}},
+    {"help VERB", {"help", "play"}},
+    {"create", {"create", "new", "--model", "qa"}},
+    {"create --force", {"create", "box", "--model", "qb1", "--force"}},
+    {.name = "run", .words = {"run", "box", "--", "echo", "done"}, .tells_more = true, .clears_up = true},
+    {"units", {"units", "box"}},
+    {"units --json", {"units", "box", "--json"}},
+    {"show", {"show", "box", "/PSU#0"}},
+    {"pull", {"pull", "box", "/PSU#0", "/MBU_A"}},
+    {"insert", {"insert", "box", "/PSU#0"}, {"pull", "box", "/PSU#0"}},
+    {"fault", {"fault", "box", "/PSU#0"}},
+    {"degrade", {"degrade", "box", "/FAN_A#0"}},
+    {"repair", {"repair", "box", "/PSU#0"}, {"fault", "box", "/PSU#0"}},
+    {"technician", {"technician", "box", "--do", "fault /PSU#0"}},
+    {.name = "play",
+     .words = {"play", "short.play", "--transcript", "play.txt", "--picture", "play.svg"},
+     .written = {"play.txt", "play.svg"},
+     .tells_more = true,
+     .clears_up = true},
+    {"program", {"program", "box", "ctlled", "--exit", "3"}},
+    {"program, shown", {"program", "box"}},
+    {"daemon", {"daemon", "box", "late", "5"}},
+    {"daemon, shown", {"daemon", "box"}},
+    {"break", {"break", "box", "/PSU#0", "/FAN_A#0", "--short"}},
+    {"mend", {"mend", "box"}, {"break", "box", "/PSU#0", "--missing"}},
+    {"trace", {"trace", "box"}},
+    {"log", {"log", "box"}},
+    {"dump", {"dump", "box"}},
+    {"dump FILE", {"dump", "box", "kept"}},
+    {"load", {"load", "qa.dump", "new"}},
+    {"load --force", {"load", "qb1.dump", "box", "--force"}},
+};
+
+}  // namespace
+
+std::span<const Line> lines() {
+  return kLines;
+}
+
+}  // namespace failures
