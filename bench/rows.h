@@ -12,6 +12,7 @@ struct Row {
   std::function<void()> floor;
   std::function<void()> call;
   std::function<void()> prepare = [] {};  // what neither half counts
+  bool starts_a_child = false;
 };
 
 std::vector<Row> reader_rows();

@@ -44,5 +44,9 @@ void floor(const bench::Requests &requests) {
 }  // namespace
 
 bench::Row bench::program_row() {
-  return {"run a control program", [asked = watch(run_program)] { floor(asked); }, run_program};
+  return {.name = "run a control program",
+          .floor = [asked = watch(run_program)] { floor(asked); },
+          .call = run_program,
+          .prepare = [] {},
+          .starts_a_child = true};
 }

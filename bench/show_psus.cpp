@@ -42,5 +42,9 @@ void floor(const std::string &text, const bench::Requests &requests) {
 }  // namespace
 
 bench::Row bench::list_row() {
-  return {"show 60 power supplies", [text = lines(), asked = watch(show_all)] { floor(text, asked); }, show_all};
+  return {.name = "show 60 power supplies",
+          .floor = [text = lines(), asked = watch(show_all)] { floor(text, asked); },
+          .call = show_all,
+          .prepare = [] {},
+          .starts_a_child = true};
 }

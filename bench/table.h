@@ -8,7 +8,8 @@
 
 namespace bench {
 
-// The medians of many short runs. The options are those of Google Benchmark. Returns the exit status.
+// The fastest of many short runs, which what else the machine does changes least; the median where a child is started, because
+// a fork takes longer the larger the process has grown. The options are those of Google Benchmark. Returns the exit status.
 int measure(const std::vector<Row> &rows, int argc, char **argv);
 
 // The same table by hand, for what is measured otherwise: its head, and a row in nanoseconds.
