@@ -36,6 +36,8 @@ TEXTS = re.compile(r'(?P<comment>//[^\n]*|/\*.*?\*/)|R"(?P<mark>\w*)\(.*?\)(?P=m
                    r"|(?<![0-9a-fA-F])'(?:\\.|[^'\\\n])+'", re.DOTALL)
 NO_CODE = re.compile(r"\s*(#|static_assert\b|using\b|namespace\b|template\b|friend\b|class\b|struct\b|enum\b)")
 NUMBER = re.compile(r"(?<![\w.'\x01])(0[xX][0-9A-Fa-f']+|[0-9][0-9']*)(?=[uUlL]*(?![\w.']))")
+# Whether a descriptor is open, and how much is read at a time: that one is 0, or a byte less is read, changes nothing.
+FREE = re.compile(r"\.get\(\) (?:<|>=) 0\b|\bstd::array<char, [\d']+>")
 CONDITION = re.compile(r"\b(?:if|while) \(")
 LOGIC = re.compile(r" (?:<=?|>=?|==|!=|&&|\|\|) |^!")
 NOTHING = ("{}", "0", "false", "nullptr", '""', "std::nullopt", "LMAINTE_OK", "kDone", "true")
@@ -71,15 +73,23 @@ def closing(code, opening):
 
 # Each of these gives the changes to a line: from where, to where, and what stands there then. It looks at the code alone.
 
+def is_free(code, at):
+    return any(match.start() <= at < match.end() for match in FREE.finditer(code))
+
+
 def swaps(code, _):
     for pattern, instead in SWAPS:
         for match in re.finditer(pattern, code):
             at = match.lastindex
+            if is_free(code, match.start(at)):
+                continue
             yield match.start(at), match.end(at), instead[match.group(at)]
 
 
 def numbers(code, _):
     for match in NUMBER.finditer(code):
+        if is_free(code, match.start(1)):
+            continue
         digits = match.group(1).replace("'", "")
         base, form = (16, "0x%X") if digits[:2] in ("0x", "0X") else (8, "0%o") if digits[0] == "0" != digits else (10, "%d")
         value = int(digits, base)

@@ -113,6 +113,21 @@ TEST_F(BreakageTest, FindsARecordInItsDatabaseAlsoWhenItIsGone) {
   EXPECT_THROW(box::find_record(place_, "local_mgb_info"), box::BoxError);
 }
 
+TEST(KeyOfABrokenRecord, TellsItsDatabaseAndItsName) {
+  EXPECT_EQ(box::record_of_key("whole 5 a name"), (RecordName{5, "a name"}));
+  const struct {
+    const char *what, *key;
+  } rows[] = {
+      {"a setting", "led /PSU#0"},
+      {"another word of five letters", "other 5 name"},
+      {"a database that there is not", "whole 6 name"},
+      {"a number of two digits", "whole 12 name"},
+      {"no name", "whole 5"},
+      {"nothing", ""},
+  };
+  for (const auto &row : rows) EXPECT_EQ(box::record_of_key(row.key), std::nullopt) << row.what;
+}
+
 TEST_F(BreakageTest, CannotShortenAnEmptyRecordOrBreakOneThatIsNotThere) {
   box::Database(place_.database(5)).put("empty", box::Bytes());
   EXPECT_THROW(break_record(place_, {5, "empty"}, Breakage::kShort), box::BoxError);

@@ -178,12 +178,39 @@ TEST_F(Confinement, WorkInAProcessOfItsOwnFailsInWords) {
                 "of it.");
 }
 
+// Adopts a process that loses its parent, and waits for its end.
+class Adoption {
+ public:
+  Adoption() { prctl(PR_SET_CHILD_SUBREAPER, 1); }
+  ~Adoption() { prctl(PR_SET_CHILD_SUBREAPER, 0); }
+  Adoption(const Adoption &) = delete;
+  Adoption &operator=(const Adoption &) = delete;
+
+  static bool orphan_ends() {
+    return eventually([] { return waitpid(-1, nullptr, WNOHANG) > 0; });
+  }
+};
+
+TEST_F(Confinement, WorkInAProcessOfItsOwnEndsWithItsParent) {
+  const Adoption adoption;
+  Child parent([&](const auto &say_ready) {
+    box::in_confinement(place_, [&]() -> std::string {
+      say_ready();
+      for (int i = 0; i < 30000; ++i) usleep(1000);
+      return "";
+    });
+    return 0;
+  });
+  ASSERT_TRUE(parent.is_ready());
+  EXPECT_EQ(parent.die(), -SIGKILL);
+  EXPECT_TRUE(Adoption::orphan_ends());
+}
+
 // Between the fork and the child's wish to die with its parent.
 TEST_F(Confinement, WorkInAProcessOfItsOwnEndsAlsoWhereItsParentDiedAtOnce) {
   static std::function<void()> before_work;
-  const pid_t test = getpid();
-  ASSERT_EQ(prctl(PR_SET_CHILD_SUBREAPER, 1), 0);  // the orphan becomes a child of the test
-  Child parent([&](const auto &say_ready) {
+  const Adoption adoption;
+  Child parent([&, test = getpid()](const auto &say_ready) {
     before_work = [&] {
       say_ready();
       while (getppid() != test) usleep(1000);
@@ -194,8 +221,7 @@ TEST_F(Confinement, WorkInAProcessOfItsOwnEndsAlsoWhereItsParentDiedAtOnce) {
   });
   ASSERT_TRUE(parent.is_ready());
   EXPECT_EQ(parent.die(), -SIGKILL);
-  EXPECT_TRUE(eventually([] { return waitpid(-1, nullptr, WNOHANG) > 0; }));
-  prctl(PR_SET_CHILD_SUBREAPER, 0);
+  EXPECT_TRUE(Adoption::orphan_ends());
 }
 
 }  // namespace
