@@ -50,6 +50,12 @@ class TraceRingTest : public testing::Test {
   TraceRing ring;
 };
 
+TEST_F(TraceRingTest, BeginsWithTheNameOfItsForm) {
+  std::string name(8, ' ');
+  std::ifstream(file, std::ios::binary).read(name.data(), 8);
+  EXPECT_EQ(name, "SBXRING1");
+}
+
 TEST_F(TraceRingTest, GivesBackWhatWasWritten) {
   const std::uint32_t words[3] = {4711, 88, 0xFFFFFFFF};
   const std::int64_t before = std::time(nullptr);

@@ -3,6 +3,7 @@
 #include <fstream>
 #include <map>
 #include <set>
+#include <stdexcept>
 
 #include "host/box/place.h"
 #include "host/box/unit_name.h"
@@ -271,6 +272,13 @@ TEST(LocationOf, BeginsWithASlashThatANameMayLack) {
   EXPECT_EQ(box::location_of("/PSU#3"), "/PSU#3");
   EXPECT_EQ(box::location_of("CMU#0/MEM#03A"), "/CMU#0/MEM#03A");
   EXPECT_EQ(box::location_of(""), "/");
+}
+
+TEST(CheckUnits, RefusesThoseThatTheModelLacks) {
+  const std::string good[] = {"/PSU#0", "CMU#0/MEM#03A"}, bad[] = {"/PSU#0", "IOX#9"};
+  EXPECT_NO_THROW(box::check_units("qe3", good));
+  EXPECT_THROW(box::check_units("qe3", bad), std::invalid_argument);
+  EXPECT_THROW(box::check_units("qe9", good), std::invalid_argument) << "no such model";
 }
 
 }  // namespace

@@ -177,7 +177,7 @@ std::string large_records(int count) {
 struct BadRow {
   const char *says;
   std::string text;   // behind "spbox dump 1"
-  const char *error;  // behind "spbox: bad.dump"
+  std::string error;  // behind "spbox: bad.dump"
 };
 const BadRow kBad[] = {
     {"no byte order", "model qa\nend\n", ":3: `end`: no byte order is given: `order big` or `order little`."},
@@ -198,6 +198,10 @@ const BadRow kBad[] = {
      ":67: `record r64 1048576`: the records of a dump have at most 67108864 bytes in all."},
     {"too large", "database 2\nrecord x 67108865\n", ":3: `record x 67108865`: a record has 0 to 67108864 bytes."},
     {"no name", "database 2\nrecord \"\" 1\n", ":3: `record \"\" 1`: a name has 1 to 127 characters, this one has 0."},
+    {"a name too long", "database 2\nrecord " + std::string(128, 'x') + " 1\n",
+     ":3: `record " + std::string(128, 'x') + " 1`: a name has 1 to 127 characters, this one has 128."},
+    {"a setting's name too long", "database box\nsetting " + std::string(511, 'x') + " b\n",
+     ":3: `setting " + std::string(192, 'x') + "...`: a name has 1 to 510 characters, this one has 511."},
     {"a record twice", "database 2\nrecord x 1\nrecord x 1\n", ":4: `record x 1`: the record comes a second time."},
     {"bytes outside a record", "database 2\n0: 00\n", ":3: `0: 00`: bytes stand outside a record."},
     {"more bytes than the record has", "database 2\nrecord x 2\n0: 000000\n",

@@ -27,6 +27,13 @@ class Remains : public SpboxTest {
 
   // A process that its command has left behind.
   pid_t left_behind() const { return std::stoi(shell("sleep 100 >/dev/null 2>&1 & echo $!").output); }
+  // Kills spbox while it runs a command, and returns what the command has written into its /tmp/ready.
+  std::istringstream left_by_killed_spbox(const char *command) const {
+    const std::string script =
+        "cd " + scratch_.path().string() + "; " SPBOX " run box -- sh -c \"$0\" >/dev/null & " +
+        "until test -e box/tmp/ready; do sleep 0.02; done; kill -KILL $!; wait 2>/dev/null; cat box/tmp/ready";
+    return std::istringstream(run_to_end({"/bin/sh", "-c", script, command}).output);
+  }
   bool is_there(pid_t process) const { return box::is_inside(process, place()); }
   void record(std::uint32_t event, const std::array<std::uint32_t, 4> &words) const {
     box::TraceRing ring;
@@ -54,6 +61,12 @@ TEST_F(Remains, ACommandThatEndsByItselfMayLeaveWhatItLikes) {
   }
 }
 
+TEST_F(Remains, ACommandDiesWithItsSpbox) {
+  pid_t command = 0;
+  ASSERT_TRUE(left_by_killed_spbox("echo $$ >/tmp/it; mv /tmp/it /tmp/ready; exec sleep 100") >> command);
+  EXPECT_TRUE(eventually([&] { return !box::state_of(command); }));
+}
+
 // With a session of its own, and one more process in it. The process ids are in the box's /tmp.
 constexpr const char *kLeavesTwo =
     "sleep 100 >/dev/null 2>&1 & echo $! >/tmp/it; setsid sh -c 'sleep 100 & echo $! >>/tmp/it; mv /tmp/it /tmp/ready; "
@@ -63,10 +76,7 @@ class AfterAKilledSpbox : public Remains, public testing::WithParamInterface<Wor
 
 TEST_P(AfterAKilledSpbox, TheNextOneEndsWhatTheCommandHasStarted) {
   const pid_t other = left_behind();
-  const std::string script =
-      "cd " + scratch_.path().string() + "; " SPBOX " run box -- sh -c \"$0\" >/dev/null & " +
-      "until test -e box/tmp/ready; do sleep 0.02; done; kill -KILL $!; wait 2>/dev/null; cat box/tmp/ready";
-  std::istringstream left(run_to_end({"/bin/sh", "-c", script, kLeavesTwo}).output);
+  std::istringstream left = left_by_killed_spbox(kLeavesTwo);
   pid_t one = 0, two = 0;
   ASSERT_TRUE(left >> one >> two);
   EXPECT_TRUE(is_there(one) && is_there(two)) << "they outlive it";
