@@ -91,7 +91,9 @@ class Bench:
             root += ["--cap-add", "ALL"]
         environment = {**os.environ, "CCACHE_DISABLE": "1", **environment}
         environment.pop("TMPDIR", None)
-        return subprocess.Popen([*root, "--", *words], env=environment, stdin=subprocess.DEVNULL, stdout=log, stderr=log)
+        # What a shell starts in the background ignores signals; tests wait for what they do.
+        whole = [*root, "--", "env", "--default-signal", *words]
+        return subprocess.Popen(whole, env=environment, stdin=subprocess.DEVNULL, stdout=log, stderr=log)
 
     def run(self, words, limit=None):
         """The exit status of a command in the copy; None where it takes longer than its limit."""
