@@ -23,7 +23,8 @@ bool is_same(const box::LogEntry &one, const box::LogEntry &other) {
 
 class Log {
  public:
-  Log() : file_(scratch() / "events") { std::filesystem::remove(file_); }
+  // An empty log, as a new box has it.
+  Log() : file_(scratch() / "events") { std::ofstream(file_, std::ios::trunc); }
 
   void save(Source &source) {
     box::LogEntry entry{};

@@ -33,6 +33,15 @@ void leave(int status) {
 
 namespace {
 
+// A real child ends at once, so a wait for it need not be repeated. Signals that interrupt it are not the library's: a fuzzer
+// has a timer of its own.
+pid_t wait_for_real_child(pid_t pid, int *status) {
+  for (;;) {
+    const pid_t ended = __real_waitpid(pid, status, 0);
+    if (ended != -1 || errno != EINTR) return ended;
+  }
+}
+
 pid_t fork_in_earnest() {
   const pid_t child = __real_fork();
   machine().has_forked = true;
@@ -132,14 +141,13 @@ void __wrap__exit(int status) {
   doubles::leave(status);
 }
 
-// A real child ends at once, so a wait for it need not be repeated.
 pid_t __wrap_waitpid(pid_t pid, int *status, int options) {
   if (!machine().active) return __real_waitpid(pid, status, options);
   const bool no_hang = (options & WNOHANG) != 0;
   machine().seen_pids.push_back(g_show_file_pid);
   const std::string who = machine().children_are_real ? "child" : std::to_string(pid);
   if (const auto *failure = machine().enter("waitpid " + who + (no_hang ? " nohang" : ""))) return failed(*failure);
-  if (machine().children_are_real) return __real_waitpid(pid, status, 0);
+  if (machine().children_are_real) return wait_for_real_child(pid, status);
   return wait_for_played(pid, status, no_hang);
 }
 
