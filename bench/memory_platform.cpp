@@ -64,12 +64,13 @@ void replay(const Requests &requests, Kept kept) {
   for (const Requests::Read &read : requests.reads) {
     char key[128] = {};
     std::memcpy(key, read.key.data(), read.key.size());
+    void *record = nullptr;
     std::int32_t size = 0;
-    scdb_get(read.db_id, key, &records[held], &size, 0);
+    scdb_get(read.db_id, key, &record, &size, 0);
     if (kept == Kept::kForAMoment)
-      std::free(records[held]);
+      std::free(record);
     else
-      ++held;
+      records[held++] = record;
   }
   for (std::size_t i = 0; i < held; ++i) std::free(records[i]);
   for (std::uint64_t i = 0; i < requests.records; ++i) {

@@ -33,7 +33,8 @@ constexpr lmainte::BracketErrors kBracketErrors = {
 
 constexpr int32_t kFailed = -1;
 
-// Reads one record into its entry; `name` is that of the entry before. The entry owns the buffer that the client hands over, also after a failure.
+// Reads one record into its entry, which owns the buffer that the client hands over, also after a failure. `name` is that of
+// the entry before.
 bool read_record(const Call &call, uint32_t db_id, lmainte_access_entry &entry, lmainte::RecordName &name,
                  const Absence &absence) {
   name.fill(entry.name, entry.index);
