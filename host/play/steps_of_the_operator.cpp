@@ -119,7 +119,7 @@ void hang_up(Stage &stage, const Step & /*step*/) {
 constexpr Traits kOnCommand{.needs_command = true};
 constexpr std::array<StepRow, 9> kStepsOfTheOperator{{
     {{"start", 1, script::kAny, "start COMMAND...",
-      "the operator starts a command in the box;\n./COMMAND is in the folder of the script, or in this one"},
+      "the operator starts a command in the box; ./COMMAND is\nin the folder of the script, or in this one"},
      nullptr,
      start,
      {.uses_box = true, .starts_command = true}},
