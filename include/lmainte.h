@@ -24,12 +24,48 @@
  *   and binds the catalogue (setlocale, bindtextdomain); the library does neither.
  * - Nothing is printed but what the function exists to show. A failure is a result and an error record in the trace.
  * - Results are 0 for success and LMAINTE_FAILED unless a function lists others.
+ * - errno says nothing after a call, whatever the result. The trace has the errno of the system call that failed.
+ * - Bits are counted from the least significant one: bit 0 has the value 1, bit 31 the value 0x80000000. Those that a
+ *   command tests have names.
+ * - Signal handlers call no function of the library but disp_done: a function that is interrupted may be half way through
+ *   its trace record. They may read g_show_file_pid and sig_catch. A handler without SA_RESTART, which is each that
+ *   lmainte_signal installs, ends the wait for the pager (see lmainte_show_file), shortens the limit of a control program
+ *   (see lmainte_exec) and may end a question (see lmainte_ask_select).
+ * - SIGCHLD keeps its default, or has a handler that waits for no child. Where it is ignored, or where a handler takes the
+ *   child away, the exit status is lost: lmainte_exec returns LMAINTE_NOT_RUN, although the program ran to its end; the
+ *   operations return LMAINTE_FAILED; lmainte_show_file returns 0, also where the pager could not be started.
+ * - Forked children. A child of fork may use the library where no database was open at the fork. What was opened before,
+ *   the parent alone may use and close; in the child, each call on it fails. The child has a copy of the list of marked
+ *   units, and ends by _exit or execve, so that the parent's unwritten output is not written twice.
  * - The functions behind the library are those of lmainte_platform.h.
+ *
+ * Compatibility: within a major version, liblmainte.so.1 for 1, a program that was compiled with an earlier header runs
+ * unchanged. Names, prototypes, values of constants, sizes of tables, and sizes and offsets of records stay; functions and
+ * constants are added. Records have natural alignment, no packing, and the same size on every machine, but those that hold
+ * a pointer, which have two sizes: with 32-bit / with 64-bit pointers. In bytes:
+ *
+ *   lmainte_unit_slot 12         lmainte_model_data 164       lmainte_cmdtime 8
+ *   lmainte_unit_name 34         lmainte_unit_code 140/144    lmainte_unit_position 8
+ *   lmainte_fru_type 32          lmainte_path_component 64    lmainte_access_entry 16/24
+ *   UnitData 48                  CmuData 1816                 IouData 384
+ *   SbData 2200                  XsbData 24                   FanData 8
+ *   FantrayData 72               lmainte_fan_count 2          CoolgrpData 8
+ *   DomainData 12                SystemStatus 8               BpUnitData 44
+ *   Bp32Data 132                 EmgbUnitData 56              PsuData 44
+ *   lmainte_signal_entry 8/16    lmainte_mask_entry 8         UnitRecord 148
+ *   ClearRequest 1044            ListLine 52/104              IoxBoatData 324
+ *   IoxListData 780              DotParam 12/24               lmainte_event_code 2
+ *   EventUnit 40                 lmainte_swap_fru 28/40
  */
 #ifndef LMAINTE_H
 #define LMAINTE_H
 
 #include <stdint.h>
+
+/* The version of this header and of the library that it belongs to. */
+#define LMAINTE_VERSION_MAJOR 1
+#define LMAINTE_VERSION_MINOR 0
+#define LMAINTE_VERSION_PATCH 0
 
 #ifdef __cplusplus
 extern "C" {
@@ -86,15 +122,19 @@ enum { LMAINTE_SLOT_CMU = 0, LMAINTE_SLOT_IOU = 1, LMAINTE_SLOT_FAN = 3, LMAINTE
 
 /* One kind of unit. Source: max_count the record "gen_system_info", the times the model's control time file. */
 typedef struct lmainte_unit_slot {
-  uint32_t max_count;      /* units of this kind that the model holds */
-  uint32_t control_time_1; /* the kind's two control times, as the file has them */
-  uint32_t control_time_2;
+  uint32_t max_count; /* units of this kind that the model holds */
+  uint32_t
+      control_time_1; /* the kind's two control times in seconds, as the file has them: how long a procedure waits */
+  uint32_t control_time_2; /* for a unit of this kind. The command and the file agree on which wait each is for */
 } lmainte_unit_slot;
+
+/* Bit 7 of system_flags: all power supplies count. Without it, the high end counts half of them. */
+#define LMAINTE_SYSTEM_ALL_PSUS 0x80u
 
 /* What server this is. */
 typedef struct lmainte_model_data {
-  uint32_t model;        /* LMAINTE_MODEL_... */
-  uint32_t system_flags; /* byte 148 of the record "current_system_info", widened; bit 7: all power supplies count */
+  uint32_t model;             /* LMAINTE_MODEL_... */
+  uint32_t system_flags;      /* byte 148 of the record "current_system_info", widened; LMAINTE_SYSTEM_... */
   lmainte_unit_slot unit[13]; /* by LMAINTE_SLOT_...; 11 is never written, 12 has a count on the high end only */
 } lmainte_model_data;
 
@@ -102,8 +142,9 @@ typedef struct lmainte_model_data {
 
 /* One time limit to look up. Lists are arrays of the caller, ended by LMAINTE_CMDTIME_END. */
 typedef struct lmainte_cmdtime {
-  uint32_t cmd_id; /* command number, 0 to 15 */
-  uint32_t time;   /* receives the time in the model's command time file; 0 for a command number above 15 */
+  uint32_t cmd_id; /* command number, 0 to 15: LMAINTE_CMD_... */
+  uint32_t time;   /* receives the seconds that the control program may take on this model, from its command time file:
+                      the time_limit of the operation that runs it; 0 for a command number above 15 */
 } lmainte_cmdtime;
 
 /*
@@ -250,6 +291,10 @@ int32_t replace_mem_location_qa(lmainte_path_component *components, uint32_t *co
  * without a lock; a higher database locked; a failure of the database client. After a failed close the database counts
  * as open, and the next close tries again. After a failed unlock it counts as locked, and every lower database is
  * refused until an unlock succeeds: a command that cannot unlock should end.
+ *
+ * While another process holds a lock, the platform decides how long a call waits for it. lmainte_scdb_lock and all that
+ * locks for itself, such as the readers of the inventory, wait as long as the platform does for each database, one after
+ * the other. On the host platform that is three seconds; then the call fails.
  */
 int32_t lmainte_scdb_open(uint32_t db_id);
 int32_t lmainte_scdb_close(uint32_t db_id);
@@ -313,10 +358,11 @@ void lmainte_db_free_access_table(lmainte_access_entry *table);
 
 /* ---- Inventory --------------------------------------------------------------------------------------------------- */
 
-/* Bits of a unit's status word. Installed with neither of the other two is normal. */
+/* Bits of a unit's status word: 31, 29, 28 and 15. Installed, and neither faulted nor degraded, is normal. */
 #define LMAINTE_STATUS_INSTALLED 0x80000000u
 #define LMAINTE_STATUS_FAULTED 0x20000000u
 #define LMAINTE_STATUS_DEGRADED 0x10000000u
+#define LMAINTE_STATUS_MARKED 0x00008000u /* for replacement; also of SystemStatus: at least one unit is marked */
 
 /* Bits of a unit's flag byte, for units that have one. They are merged into the status word, faulted before degraded.
  */
@@ -356,6 +402,9 @@ typedef struct CmuData {
   int32_t xsb[4];    /* extended system boards of the board, board number * 4 on; all alike when it is one */
 } CmuData;
 
+/* Bit 30 of the power word of a PCI slot: the slot has power. */
+#define LMAINTE_PCI_POWER 0x40000000u
+
 /* The IOU of a system board. Source: the records "current_iou_info_%02d" and "fru_iou_qb_info_%02d", on the high end
  * "fru_iou_qe_info_%02d", by the board's number. */
 typedef struct IouData {
@@ -367,7 +416,7 @@ typedef struct IouData {
   int32_t parts_status;   /* the status word again */
   char fru_name[20];      /* when installed: FRU name, not terminated, 18 bytes at most */
   uint32_t reserved[80]; /* eight PCI slots of ten words each, filled by the caller: unit id in words 2 and 3 of a slot,
-                             status in 4, number in 6, power in bit 30 of 7 */
+                             status in 4, number in 6, LMAINTE_PCI_POWER in 7 */
   int32_t xsb[4];        /* as in CmuData */
 } IouData;
 
@@ -445,7 +494,9 @@ extern const lmainte_fan_count max_fan_num_qa[], max_fan_num_qb1[], max_fan_num_
     max_fan_num_qe2[], max_fan_num_qe3[];
 
 /*
- * Reads fan trays.
+ * Reads fan trays. The model has the trays of its table max_fan_num_...: numbers 0 to 3 on qa, 0 to 5 on qb1, 0 to 7 on
+ * qb2, 0 to 11 on qe1, 0 to 15 on qe2, 0 to 31 on qe3. The max_count that lmainte_get_model_data gives is what this server
+ * holds of them, and is not looked at here.
  *
  * tray   a number: that tray only, into out[0]; -1: count trays, in the order of the operator's list. On qe1 that order
  *        is 2, 3, 4, 5, 0, 1, 6, 7 and so on, and the fans of the first six records are those of trays 0 to 5.
@@ -457,8 +508,8 @@ extern const lmainte_fan_count max_fan_num_qa[], max_fan_num_qb1[], max_fan_num_
  * whatever the list shows: a count of 1 to 5 fails at the first installed tray whose number is count or above. Ask for
  * 6 at least.
  *
- * Returns 0 or LMAINTE_FAILED: count 0, out null or an unknown model (no database is touched then); a tray that the
- * model lacks; a record missing or of the wrong size; a failed open, lock, unlock or close. Records filled before the
+ * Returns 0 or LMAINTE_FAILED: count 0, out null or an unknown model (no database is touched then); a tray number that
+ * the model's table lacks; a record missing or of the wrong size; a failed open, lock, unlock or close. Records filled before the
  * failure stay filled.
  */
 int32_t lmainte_get_fantray_data(int32_t tray, int32_t count, int32_t model, FantrayData *out);
@@ -498,7 +549,7 @@ int32_t lmainte_get_domain_data(int32_t domain, int32_t count, int32_t model, Do
 
 /* The state of the whole system. Source: words 2 and 8 of the record "current_system_info". */
 typedef struct SystemStatus {
-  uint32_t system_status; /* bit 15: units are marked for replacement */
+  uint32_t system_status; /* LMAINTE_STATUS_MARKED: units are marked for replacement */
   uint32_t system_info_8; /* passed through */
 } SystemStatus;
 
@@ -545,18 +596,24 @@ int32_t lmainte_get_bp32_data(int32_t ignored, int32_t count, int32_t model, Bp3
  */
 int32_t lmainte_get_ddca_data(int32_t ddc, int32_t count, int32_t model, BpUnitData *out);
 
+/* Bits of fault_flags and of role_flag of a service processor unit. */
+#define LMAINTE_EMGB_FAULTED 0x10000u
+#define LMAINTE_EMGB_DEGRADED 0x8000u
+#define LMAINTE_EMGBU_OTHER 0x80000000u /* an EMGBU that is not the process's own */
+#define LMAINTE_EMGBR_OWN 0x40000000u   /* the EMGBR of the own number */
+#define LMAINTE_EMGBR_OTHER 0x20000000u
+
 /* A service processor unit. Source: its entry in the record "current_mgb_info" or "current_mgbr_info", its name from
  * "fru_emgbu_info_%02d", and the record "local_mgb_info" of the unit on which the process runs. */
 typedef struct EmgbUnitData {
   int32_t type;   /* LMAINTE_TYPE_EMGBU or LMAINTE_TYPE_EMGBR */
   int32_t number; /* unit number */
   uint32_t unit_id[2];
-  uint32_t local_word;  /* a word of the local record, passed through: EMGBU word 0 for the process's own unit, else 1;
+  uint32_t local_word;   /* a word of the local record, passed through: EMGBU word 0 for the process's own unit, else 1;
                             EMGBR word 3 for the own number, else 4 */
-  uint32_t fault_flags; /* 0x10000 when faulted, 0x8000 when degraded */
-  int32_t status;       /* status word as stored */
-  uint32_t role_flag; /* of an installed unit: EMGBU 0x80000000 unless it is the process's own; EMGBR 0x40000000 for the
-                            own number, else 0x20000000. Otherwise 0 */
+  uint32_t fault_flags;  /* LMAINTE_EMGB_... */
+  int32_t status;        /* status word as stored */
+  uint32_t role_flag;    /* of an installed unit: LMAINTE_EMGBU_... or LMAINTE_EMGBR_..., or 0; else 0 */
   uint32_t local_number; /* number of the unit on which the process runs */
   char name[20];         /* FRU name, installed or not: not terminated, 18 bytes at most */
 } EmgbUnitData;
@@ -715,7 +772,9 @@ enum {
  *             no quoting
  *
  * The program gets no standard input, output or error, and an environment of LC_ALL=C and the caller's LD_LIBRARY_PATH
- * and PRIV, empty where the caller has none, each cut at 1023 characters with its name. At its limit it is asked to end
+ * and PRIV, empty where the caller has none, each cut at 1023 characters with its name. PRIV is the operator's
+ * privileges: the service processor's login sets it for the commands that it starts, and the control programs read it; the
+ * library only hands it on. On a workstation nobody sets it. At its limit it is asked to end
  * with SIGTERM, three times five seconds apart, and then killed. The limit is measured by sleeping: a signal handler of
  * the caller's that runs in between shortens it. If it runs in the last wait, the program stays a zombie.
  *
@@ -844,15 +903,29 @@ enum {
  */
 int32_t lmainte_tty_control(int32_t mode, int32_t setting);
 
+/* What lmainte_ask_select returns. */
+enum {
+  LMAINTE_ASK_CHOSEN = 0,       /* second holds the choice */
+  LMAINTE_ASK_GAVE_UP = 1,      /* the operator does not want to choose */
+  LMAINTE_ASK_END_OF_INPUT = 2, /* the input ended before an answer: Ctrl-D, or the terminal is gone */
+  LMAINTE_ASK_INTERRUPTED = 3,  /* a signal handler without SA_RESTART ran: clean up, or ask again */
+  LMAINTE_ASK_FAILED = -1       /* nothing could be asked */
+};
+
 /*
  * Asks the operator: discards what was typed ahead, switches echo on, lets cli_ask_select show the prompt and read the
  * choice, writes a newline and switches echo off.
  *
- * first, second  handed to cli_ask_select, whose platform says what they mean; second must not be null
- * format         the prompt, as for printf, cut at 1023 characters
+ * first   how many choices there are, 1 or more. Handed to cli_ask_select as it is.
+ * second  an int32_t, not null. Receives the choice, 1 to first, and is untouched without one. Handed on, too.
+ * format  the prompt, as for printf, cut at 1023 characters
  *
- * Returns what cli_ask_select returned, or -1: second or format null, standard input or output no terminal. If echo
- * cannot be switched off afterwards the choice is discarded with -1.
+ * Returns what cli_ask_select returned, or LMAINTE_ASK_FAILED: second or format null, standard input or output no
+ * terminal. If echo cannot be switched off afterwards the choice is discarded with LMAINTE_ASK_FAILED.
+ *
+ * Three things hold on every platform: LMAINTE_ASK_CHOSEN says that there is a choice, a result below 0 that the question
+ * failed, every other result that there is no choice. Test for LMAINTE_ASK_CHOSEN, and take what you do not know for an
+ * operator who gives up. The host platform returns all of the values above.
  */
 int32_t lmainte_ask_select(int32_t first, void *second, const char *format, ...);
 
@@ -871,18 +944,21 @@ typedef struct ListLine {
 extern int g_show_file_pid;
 
 /*
- * Shows a text file page by page: "/bin/busybox more", on standard output, with an empty environment.
+ * Shows a text file page by page: "/bin/busybox more", on standard output, with an empty environment. The pager writes to
+ * the descriptor, past the buffer of stdout: call fflush(stdout) first, here and before each list, status table and menu,
+ * or what was printed before comes behind the file.
  *
  * Returns 0, also when the operator leaves early or the pager is killed; LMAINTE_FAILED when path is null or the pager
  * cannot be started. A path is cut at 1023 characters.
  *
- * A signal handler of the caller's, installed without SA_RESTART, ends the wait with 0 while the pager still runs: let
- * the handler stop the pager by g_show_file_pid and wait for it.
+ * A signal handler of the caller's, installed without SA_RESTART, ends the wait with 0 while the pager still runs, and a
+ * list's file is removed under it. Either install the handler with SA_RESTART, or let it keep g_show_file_pid, which is -1
+ * again behind the call, and stop that pager and wait for it before anything else is shown.
  */
 int32_t lmainte_show_file(const char *path);
 
 /*
- * Shows the lines up to the end mark as a menu.
+ * Shows the lines up to the end mark as a menu. What is said of a full /tmp below holds here, too.
  *
  * Returns 0, or LMAINTE_FAILED: lines null, the list file "/tmp/mainte_fru_list.%d" (the process id) cannot be created
  * or removed, the pager cannot be started.
@@ -892,6 +968,9 @@ int32_t lmainte_show_menu(const ListLine *lines);
 /*
  * Lists and status tables: the caller's head lines, a line per unit, the caller's foot lines, shown by the pager. In a
  * list each unit has a number, counted from 1 in the order of the records. The first argument is not read.
+ *
+ * A full /tmp cuts the text: the operator sees what found room, perhaps nothing, and the result is 0 all the same. Look
+ * for room before (statvfs); 64 KiB are plenty.
  *
  * Each returns 0, or LMAINTE_FAILED: a null record or lines (no file is made then); the list file cannot be created or
  * removed; a unit id that has no name (nothing is shown then); the pager cannot be started.
@@ -1008,21 +1087,41 @@ extern const lmainte_event_code rep_code[], add_code[], del_code[];
  */
 int32_t lmainte_ipc_communicate(const void *request, int32_t descriptor, int32_t time_limit, void *reply);
 
-/* The unit that an event is about, filled by the command itself. */
+/*
+ * The unit that an event is about, filled by the command itself.
+ *
+ * The detail is 18 bytes which the log keeps with the event, for a command that has more to tell, such as what a test
+ * found. The command and whoever reads the log agree on the meaning; `spbox log` shows the bytes. It is there when the
+ * most significant byte of detail[0] is not 0, that is from 0x01000000 on. A command that has nothing to add leaves it 0.
+ */
 typedef struct EventUnit {
   uint32_t head[3];      /* not read */
-  uint32_t ident[2];     /* the unit's identifying words */
-  uint32_t detail[4];    /* more on it; left out when the most significant byte of its first word is 0 */
-  uint16_t detail_value; /* belongs to the detail */
+  uint32_t ident[2];     /* the unit's identifying words: its unit_id */
+  uint32_t detail[4];    /* left out, with detail_value, when detail[0] is below 0x01000000 */
+  uint16_t detail_value; /* the last two bytes of the detail */
 } EventUnit;
 
 enum { LMAINTE_EVENT_REPLACED = 0, LMAINTE_EVENT_ADDED = 1, LMAINTE_EVENT_REMOVED = 2 };
+
+/* The kinds of FRU, as the log counts them. Units of kinds 4, 5 and 6 have no record in the inventory: their events are
+ * for programs that handle them without the library. A removal has no event for them, and a replacement and an addition
+ * have the same one. */
+enum {
+  LMAINTE_KIND_CMU = 0,
+  LMAINTE_KIND_IOU = 1,
+  LMAINTE_KIND_FANTRAY = 2,
+  LMAINTE_KIND_PSU = 3,
+  LMAINTE_KIND_4 = 4,
+  LMAINTE_KIND_5 = 5,
+  LMAINTE_KIND_6 = 6,
+  LMAINTE_KIND_DDC = 7 /* the event names no unit */
+};
 
 /*
  * Saves the event that a unit was replaced, added or removed in the service processor's log.
  *
  * action    LMAINTE_EVENT_...
- * fru_kind  0 to 7, as in the tables of codes; of kind 7 nothing of the unit is saved
+ * fru_kind  LMAINTE_KIND_...; of LMAINTE_KIND_DDC nothing of the unit is saved
  *
  * Returns 0, or LMAINTE_FAILED: unit null, an unknown action, a kind that has no code for the action, or the log fails.
  */
@@ -1040,10 +1139,10 @@ typedef struct lmainte_swap_fru {
 
 /*
  * The list of units that are marked for replacement: one in the process, sorted by class and number, no unit twice. A
- * unit is marked when bit 15 of its status word is set.
+ * unit is marked when its status word has LMAINTE_STATUS_MARKED.
  *
- * lmainte_init_swap_fru_list        makes the list anew from the inventory; empty when bit 15 of the system's status is
- *                                   clear. model_data as lmainte_get_model_data fills it.
+ * lmainte_init_swap_fru_list        makes the list anew from the inventory; empty when the system's status has no
+ *                                   LMAINTE_STATUS_MARKED. model_data as lmainte_get_model_data fills it.
  * lmainte_add_swap_fru_to_list      reads one unit and adds it if it is marked. 0xFFFFFFFF is the reader's -1 with a
  *                                   count of 1: the unit that it lists first
  * lmainte_delete_swap_fru_from_list takes a unit out, if it is in

@@ -62,7 +62,8 @@ int32_t mgblog_save(const uint32_t *head, const void *record);
 int32_t scdb_open(uint32_t db_id);
 int32_t scdb_close(uint32_t db_id);
 
-/* scdb_lock takes the lock of the database, which keeps out every other process; scdb_unlock releases it. liblmainte
+/* scdb_lock takes the lock of the database, which keeps out every other process; scdb_unlock releases it. How long
+ * scdb_lock waits for another process is the platform's choice: the commands wait as long in their reads. liblmainte
  * locks in ascending and unlocks in descending order of the ids, so two of its users never wait for each other in a
  * circle. */
 int32_t scdb_lock(uint32_t db_id);
@@ -135,11 +136,12 @@ int32_t lcmn_process_iszero(const fd_set *set);
 /*
  * Shows the prompt on the terminal and reads the operator's choice.
  *
- * first, second  values of the caller; lmainte_ask_select passes them on and does not read them. The platform defines
- *                their meaning. second is never null.
- * prompt         the text to show, at most 1023 characters
+ * first   how many choices there are; lmainte_ask_select passes it on and does not read it
+ * second  receives the choice: an int32_t, never null
+ * prompt  the text to show, at most 1023 characters
  *
- * Returns a result that lmainte_ask_select hands to its caller unchanged.
+ * Returns LMAINTE_ASK_... of lmainte.h, which lmainte_ask_select hands to its caller unchanged. A platform that cannot tell
+ * these apart returns LMAINTE_ASK_CHOSEN with a choice, LMAINTE_ASK_GAVE_UP without one, and a value below 0 for a failure.
  */
 int32_t cli_ask_select(int32_t first, void *second, const char *prompt);
 

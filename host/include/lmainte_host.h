@@ -41,25 +41,23 @@ extern "C" {
 /* ---- The operator's choice --------------------------------------------------------------------------------------- */
 
 /*
- * lmainte_ask_select and cli_ask_select
- *
- * first   how many choices there are: 1 or more. The operator answers with a number from 1 to first.
- * second  int32_t *: receives that number. Untouched unless the result is LMAINTE_HOST_CHOSEN.
+ * lmainte_ask_select and cli_ask_select work as lmainte.h says:
  *
  *   int32_t choice = 0;
- *   if (lmainte_ask_select(count, &choice, "Select a unit [1-%d, q to give up]: ", count) == LMAINTE_HOST_CHOSEN) ...
+ *   if (lmainte_ask_select(count, &choice, "Select a unit [1-%d, q to give up]: ", count) == LMAINTE_ASK_CHOSEN) ...
  *
- * After any other answer the operator is told what is accepted, and asked again: after an empty line, a word, a number out
+ * The operator answers with a number from 1 to count, or with q. After any other answer the operator is told what is accepted, and asked again: after an empty line, a word, a number out
  * of range, a line too long. Spaces around the answer do not count. The function reads the descriptor of standard input up
  * to the end of the line and not a byte further. It does not use the buffer of stdin: do not read it through stdio as well.
+ *
+ * Before lmainte.h had names for the results, they had these.
  */
 enum {
-  LMAINTE_HOST_CHOSEN = 0,       /* second holds the choice */
-  LMAINTE_HOST_GAVE_UP = 1,      /* the operator answered q */
-  LMAINTE_HOST_END_OF_INPUT = 2, /* the input ended before an answer: Ctrl-D, or the terminal is gone */
-  LMAINTE_HOST_INTERRUPTED = 3,  /* a signal handler without SA_RESTART ran: clean up, or ask again */
-  LMAINTE_HOST_ASK_FAILED = -1   /* a bad argument; the prompt cannot be written, or the answer cannot be read.
-                                    lmainte_ask_select returns the same when it cannot prepare the terminal */
+  LMAINTE_HOST_CHOSEN = 0,       /* LMAINTE_ASK_CHOSEN */
+  LMAINTE_HOST_GAVE_UP = 1,      /* LMAINTE_ASK_GAVE_UP */
+  LMAINTE_HOST_END_OF_INPUT = 2, /* LMAINTE_ASK_END_OF_INPUT */
+  LMAINTE_HOST_INTERRUPTED = 3,  /* LMAINTE_ASK_INTERRUPTED */
+  LMAINTE_HOST_ASK_FAILED = -1   /* LMAINTE_ASK_FAILED */
 };
 
 /* ---- Messages to daemons ----------------------------------------------------------------------------------------- */

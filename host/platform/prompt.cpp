@@ -8,6 +8,7 @@
 #include "host/base/number.h"
 #include "host/include/lmainte_host.h"
 #include "host/platform/exported.h"
+#include "include/lmainte.h"
 
 namespace {
 
@@ -43,8 +44,8 @@ int read_line(Line *line) {
     if (line->length < kLineRoom) line->text[line->length] = byte;
     if (line->whole()) ++line->length;
   }
-  if (got < 0) return errno == EINTR ? LMAINTE_HOST_INTERRUPTED : LMAINTE_HOST_ASK_FAILED;
-  return got == 0 && line->length == 0 ? LMAINTE_HOST_END_OF_INPUT : LMAINTE_HOST_CHOSEN;
+  if (got < 0) return errno == EINTR ? LMAINTE_ASK_INTERRUPTED : LMAINTE_ASK_FAILED;
+  return got == 0 && line->length == 0 ? LMAINTE_ASK_END_OF_INPUT : LMAINTE_ASK_CHOSEN;
 }
 
 std::string_view trimmed(std::string_view text) {
@@ -57,11 +58,11 @@ std::string_view trimmed(std::string_view text) {
 int answer_in(const Line &line, int32_t choices, int32_t *choice) {
   if (!line.whole()) return kNoAnswer;
   const std::string_view text = trimmed(line.view());
-  if (text == "q" || text == "Q") return LMAINTE_HOST_GAVE_UP;
+  if (text == "q" || text == "Q") return LMAINTE_ASK_GAVE_UP;
   const auto number = base::number_in<uint32_t>(text);
   if (!number || *number < 1 || *number > static_cast<uint32_t>(choices)) return kNoAnswer;
   *choice = static_cast<int32_t>(*number);
-  return LMAINTE_HOST_CHOSEN;
+  return LMAINTE_ASK_CHOSEN;
 }
 
 bool show(const char *prompt) {
@@ -79,11 +80,11 @@ void show_hint(int32_t choices) {
 }  // namespace
 
 int32_t cli_ask_select(int32_t first, void *second, const char *prompt) {
-  if (first < 1 || second == nullptr || prompt == nullptr) return LMAINTE_HOST_ASK_FAILED;
+  if (first < 1 || second == nullptr || prompt == nullptr) return LMAINTE_ASK_FAILED;
   Line line{};
   while (true) {
-    if (!show(prompt)) return LMAINTE_HOST_ASK_FAILED;
-    if (int read = read_line(&line); read != LMAINTE_HOST_CHOSEN) return read;
+    if (!show(prompt)) return LMAINTE_ASK_FAILED;
+    if (int read = read_line(&line); read != LMAINTE_ASK_CHOSEN) return read;
     const int answer = answer_in(line, first, static_cast<int32_t *>(second));
     if (answer != kNoAnswer) return answer;
     show_hint(first);

@@ -15,7 +15,7 @@ inline constexpr size_t kSlotUnitId = 2;
 inline constexpr size_t kSlotStatus = 4;
 inline constexpr size_t kSlotNumber = 6;
 inline constexpr size_t kSlotPower = 7;
-inline constexpr uint32_t kPowerOn = 0x40000000;
+inline constexpr uint32_t kPowerOn = LMAINTE_PCI_POWER;
 
 // Writes a line with the number and the power of a slot, under the name of the slot or of the unit that holds it.
 inline bool write_slot(Table &table, const uint32_t *unit_id, const uint32_t *slot, int32_t &number) {

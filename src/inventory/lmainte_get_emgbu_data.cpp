@@ -67,7 +67,7 @@ constexpr Kind kEmgbu = {
     .own_word = 0,
     .other_word = 1,
     .own_role = 0,
-    .other_role = 0x80000000,
+    .other_role = LMAINTE_EMGBU_OTHER,
     .block = lmainte::block_of<GetEmgbuData>(),
     .entry = GetEmgbuData::kEntry,
     .refused = GetEmgbuData::kRefused,
@@ -84,8 +84,8 @@ constexpr Kind kEmgbr = {
     .entry_words = 6,
     .own_word = 3,
     .other_word = 4,
-    .own_role = 0x40000000,
-    .other_role = 0x20000000,
+    .own_role = LMAINTE_EMGBR_OWN,
+    .other_role = LMAINTE_EMGBR_OTHER,
     .block = lmainte::block_of<GetEmgbrData>(),
     .entry = GetEmgbrData::kEntry,
     .refused = GetEmgbrData::kRefused,
@@ -128,8 +128,8 @@ bool read_units(const Kind &kind, const UnitRange &range, int32_t model, EmgbUni
 }
 
 uint32_t fault_flags_of(uint32_t status) {
-  const uint32_t faulted = (status & LMAINTE_STATUS_FAULTED) != 0 ? 0x10000 : 0;
-  const uint32_t degraded = (status & LMAINTE_STATUS_DEGRADED) != 0 ? 0x8000 : 0;
+  const uint32_t faulted = (status & LMAINTE_STATUS_FAULTED) != 0 ? LMAINTE_EMGB_FAULTED : 0;
+  const uint32_t degraded = (status & LMAINTE_STATUS_DEGRADED) != 0 ? LMAINTE_EMGB_DEGRADED : 0;
   return faulted | degraded;
 }
 

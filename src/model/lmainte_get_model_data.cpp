@@ -132,7 +132,7 @@ bool fill_command_times(const Call &call, uint32_t model, lmainte_cmdtime *cmdti
 }
 
 // Bit 7 says that all power supplies count. Without it, half of them do.
-constexpr uint32_t kAllPowerSupplies = 0x80;
+constexpr uint32_t kAllPowerSupplies = LMAINTE_SYSTEM_ALL_PSUS;
 constexpr size_t kSystemFlagsByte = 148;
 
 uint32_t slot_10_of_high_end(const Call &call, uint32_t model) {

@@ -18,7 +18,7 @@ constexpr lmainte::Block kFindCode = lmainte::block_of<FindEventCode>();
 
 constexpr uint32_t kLogHead = 0x00030000;
 constexpr uint8_t kEndOfCodes = 255;
-constexpr int32_t kKindWithoutUnit = 7;
+constexpr int32_t kKindWithoutUnit = LMAINTE_KIND_DDC;
 
 // The event as the log keeps it: 48 bytes, the most significant byte of each number first.
 class Event {

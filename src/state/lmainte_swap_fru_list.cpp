@@ -39,7 +39,7 @@ int32_t lmainte_swap_fru_count = 0;
 uint32_t lmainte_swap_fru_model = LMAINTE_MODEL_NONE;
 
 constexpr int32_t kFailed = -1;
-constexpr uint32_t kMarked = 0x8000;
+constexpr uint32_t kMarked = LMAINTE_STATUS_MARKED;
 
 uint32_t order_of(uint32_t type) {
   const Call call(trace, kFindOrder);

@@ -26,6 +26,13 @@ TEST_F(Programs, GiveTheirExitStatus) {
   EXPECT_EQ(call({"led", "0", "10", "/PSU#0"}), "result 206\n");
 }
 
+// Nobody keeps a status for a caller that ignores the ends of its children.
+TEST_F(Programs, RunButGiveNoStatusToACallerThatIgnoresSigchld) {
+  const Words command{"/usr/bin/env", "--ignore-signal=CHLD", CALL, "exec", "5", "10", "-u /PSU#0 -c on"};
+  EXPECT_EQ(run_to_end(in_box(command)).output, "result 127\n");
+  EXPECT_EQ(led("/PSU#0"), "on");
+}
+
 TEST_F(Programs, MayTakeAsLongAsTheirLimit) {
   bend("ctlled", {"--delay", "1"});
   EXPECT_EQ(call({"led", "1", "5", "/PSU#0"}), "result 0\n");
