@@ -17,6 +17,7 @@
 #include "bench/table.h"
 #include "host/base/child.h"
 #include "host/spbox/enclosure.h"
+#include "host/spbox/found_program.h"
 
 namespace {
 
@@ -77,11 +78,10 @@ Measured measured(const ToolRow &row) {
 }
 
 Words root_of(const fs::path &box, const fs::path &spbox) {
-  const fs::path host = spbox.parent_path().parent_path();
   Words words = spbox::bwrap_arguments({.box = box::Place(box),
                                         .spbox = spbox,
-                                        .control_program = host / "programs/control_program",
-                                        .daemon = host / "daemon/monitor_daemon",
+                                        .control_program = spbox::find_part(spbox, "control_program"),
+                                        .daemon = spbox::find_part(spbox, "monitor_daemon"),
                                         .program = "/bin/true",
                                         .folder = "/"});
   words.emplace_back("/bin/true");

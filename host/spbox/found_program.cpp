@@ -23,12 +23,13 @@ fs::path find_program(const std::string &name) {
   return {};
 }
 
-fs::path find_part(const fs::path &spbox, const std::string &folder, const std::string &name) {
-  for (const fs::path &at : {spbox.parent_path(), spbox.parent_path().parent_path() / folder}) {
+fs::path find_part(const fs::path &spbox, const std::string &name) {
+  const fs::path own = spbox.parent_path(), parts = (own / SPBOX_PARTS).lexically_normal();
+  for (const fs::path &at : {own, parts}) {
     if (access((at / name).c_str(), X_OK) == 0) return at / name;
   }
-  throw std::runtime_error(name + " is neither beside " + spbox.string() + " nor in ../" + folder + ". Build it, or " +
-                           "put it beside spbox.");
+  throw std::runtime_error(name + " is neither beside " + spbox.string() + " nor in " + parts.string() +
+                           ". Install spbox whole, or put it beside spbox.");
 }
 
 void check_bwrap() {

@@ -10,8 +10,9 @@ namespace spbox {
 // with it is told inside the box. Empty where no folder of the PATH has it.
 std::filesystem::path find_program(const std::string &name);
 
-// A program that belongs to spbox: installed beside it, or in the folder beside its own where both were built. Throws.
-std::filesystem::path find_part(const std::filesystem::path &spbox, const std::string &folder, const std::string &name);
+// A program that belongs to spbox: beside it, or in the folder of its parts, whose way from spbox is the same where it is
+// built and where it is installed. Throws.
+std::filesystem::path find_part(const std::filesystem::path &spbox, const std::string &name);
 
 // Throw where the system lacks one, and say how to install it.
 void check_bwrap();

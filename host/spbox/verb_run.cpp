@@ -40,8 +40,8 @@ int run(const RunOptions &options) {
                 .folder = fs::current_path(),
                 .pager = !no_pager,
                 .network = network};
-  plan.control_program = find_part(plan.spbox, "programs", "control_program");
-  plan.daemon = find_part(plan.spbox, "daemon", "monitor_daemon");
+  plan.control_program = find_part(plan.spbox, "control_program");
+  plan.daemon = find_part(plan.spbox, "monitor_daemon");
   end_what_killed_runs_left(place);
   clear_up_behind_the_dead(place);
   complete_databases(place);
