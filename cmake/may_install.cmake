@@ -1,0 +1,12 @@
+# Part of `cmake --install`: fails where a folder of the installation cannot be written, before anything is.
+foreach(folder IN LISTS folders)
+  set(place $ENV{DESTDIR}${CMAKE_INSTALL_PREFIX}/${folder})
+  while(NOT EXISTS ${place})
+    get_filename_component(place ${place} DIRECTORY)
+  endwhile()
+  execute_process(COMMAND test -d ${place} -a -w ${place} RESULT_VARIABLE refused)
+  if(refused)
+    message(FATAL_ERROR "lmainte cannot be installed below $ENV{DESTDIR}${CMAKE_INSTALL_PREFIX}: ${place} is no folder that you "
+        "may write in. Nothing was installed. Give another place by --prefix or in DESTDIR, or do it as root.")
+  endif()
+endforeach()
