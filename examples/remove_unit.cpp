@@ -5,24 +5,27 @@
 //
 // Exit status: 0 removed, 1 something failed, 2 the operator gave up.
 
-#include "procedure.h"
+#include "lmainte_procedure.h"
 
 namespace {
 
-constexpr procedure::Step kSteps[] = {
-    procedure::may_be_removed,  // another one carries the load
-    procedure::tell_what_runs,  // a board without a fault is not taken without a question
-    procedure::mark,            // so that the technician finds it
-    procedure::detach,          // out of operation
-    procedure::take_out,        // the technician's hands, and the proof that it is gone
-    procedure::give_up_parts,   // what a board was set up for
-    procedure::unmark,          // no LED, no flag
-    procedure::show_state,      // as it is now
-    procedure::record,          // in the log
-};
+constexpr lmainte_step kSteps[] = {
+    lmainte_step_may_be_removed,  // another one carries the load
+    lmainte_step_tell_what_runs,  // a board without a fault is not taken without a question
+    lmainte_step_mark,            // so that the technician finds it
+    lmainte_step_detach,          // out of operation
+    lmainte_step_take_out,        // the technician's hands, and the proof that it is gone
+    lmainte_step_give_up_parts,   // what a board was set up for
+    lmainte_step_unmark,          // no LED, no flag
+    lmainte_step_show_state,      // as it is now
+    lmainte_step_record,          // in the log
+    nullptr};
+
+constexpr lmainte_procedure kProcedure = {
+    .name = "remove_unit", .verb = "remove", .done = "removed", .action = LMAINTE_EVENT_REMOVED, .steps = kSteps};
 
 }  // namespace
 
 int main(int argc, char **argv) {
-  return procedure::run({"remove_unit", "remove", LMAINTE_EVENT_REMOVED, kSteps}, argc, argv);
+  return lmainte_procedure_run(&kProcedure, argc, argv);
 }

@@ -5,27 +5,30 @@
 //
 // Exit status: 0 replaced, 1 something failed, 2 the operator gave up.
 
-#include "procedure.h"
+#include "lmainte_procedure.h"
 
 namespace {
 
-constexpr procedure::Step kSteps[] = {
-    procedure::may_be_removed,    // another one carries the load
-    procedure::show_state,        // what is wrong with it
-    procedure::tell_what_runs,    // a board without a fault is not taken without a question
-    procedure::choose_mirroring,  // of an undivided board
-    procedure::mark,              // so that the technician finds it
-    procedure::detach,            // out of operation
-    procedure::take_out,          // the technician's hands, and the proof that it is gone
-    procedure::put_in,            // the same for the new one
-    procedure::bring_up,          // tested, set up and in operation
-    procedure::unmark,            // no LED, no flag
-    procedure::show_state,        // as it is now
-    procedure::record,            // in the log
-};
+constexpr lmainte_step kSteps[] = {
+    lmainte_step_may_be_removed,    // another one carries the load
+    lmainte_step_show_state,        // what is wrong with it
+    lmainte_step_tell_what_runs,    // a board without a fault is not taken without a question
+    lmainte_step_choose_mirroring,  // of an undivided board
+    lmainte_step_mark,              // so that the technician finds it
+    lmainte_step_detach,            // out of operation
+    lmainte_step_take_out,          // the technician's hands, and the proof that it is gone
+    lmainte_step_put_in,            // the same for the new one
+    lmainte_step_bring_up,          // tested, set up and in operation
+    lmainte_step_unmark,            // no LED, no flag
+    lmainte_step_show_state,        // as it is now
+    lmainte_step_record,            // in the log
+    nullptr};
+
+constexpr lmainte_procedure kProcedure = {
+    .name = "replace_unit", .verb = "replace", .done = "replaced", .action = LMAINTE_EVENT_REPLACED, .steps = kSteps};
 
 }  // namespace
 
 int main(int argc, char **argv) {
-  return procedure::run({"replace_unit", "replace", LMAINTE_EVENT_REPLACED, kSteps}, argc, argv);
+  return lmainte_procedure_run(&kProcedure, argc, argv);
 }

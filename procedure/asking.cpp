@@ -1,0 +1,87 @@
+#include "procedure/asking.h"
+
+#include "include/lmainte_procedure.h"
+#include "procedure/results.h"
+#include "procedure/session.h"
+#include "procedure/telling.h"
+#include "procedure/text.h"
+#include "procedure/words.h"
+
+namespace procedure {
+namespace {
+
+// What the platform's dialogue returns; every other number above 0 is no answer, and below 0 a failure.
+enum { kChosen = 0, kGaveUp = 1, kInterrupted = 3 };
+
+// The library's answer to a question. After Ctrl-Z and fg the question is asked again.
+int32_t answer_to(std::string_view question, int32_t count, int32_t &choice) {
+  constexpr size_t kRoomForAnswer = 4;
+  const Text lines = in_lines(question, kColumns - kRoomForAnswer);
+  const Continued continued;
+  int32_t result = kInterrupted;
+  while (result == kInterrupted && signal_that_came() == 0)
+    result = lmainte_ask_select(count, &choice, "%s", lines.c_str());
+  return signal_that_came() == 0 ? result : kInterrupted;
+}
+
+}  // namespace
+
+int32_t not_chosen(int32_t result) {
+  if (signal_that_came() == 0 && result < 0)
+    return failed(words("The question could not be asked"), result,
+                  words("Start the procedure on the operator's terminal."));
+  tell(signal_that_came() != 0 ? words("Interrupted.") : words("Given up."));
+  return LMAINTE_OUTCOME_GIVEN_UP;
+}
+
+int32_t choose(int32_t count, int32_t &choice, std::string_view question) {
+  const int32_t result = answer_to(question, count, choice);
+  return result == kChosen ? LMAINTE_OUTCOME_DONE : not_chosen(result);
+}
+
+int32_t choose_behind_table(int32_t count, int32_t &choice, std::string_view question) {
+  for (;;) {
+    int32_t result = answer_to(question, count, choice);
+    if (result == kChosen) return LMAINTE_OUTCOME_DONE;
+    if (result != kGaveUp) return not_chosen(result);
+    int32_t gives_up = 0;
+    result = answer_to(words("Nothing is changed yet. Type 1 to give up, 2 to go on: "), 2, gives_up);
+    if (result != kChosen || gives_up == 1) return not_chosen(result);
+  }
+}
+
+int32_t confirm(std::string_view question) {
+  int32_t choice = 0;
+  return choose(1, choice, question);
+}
+
+}  // namespace procedure
+
+using procedure::Text;
+
+int32_t lmainte_choose(int32_t count, int32_t *choice, const char *format, ...) {
+  Text question;
+  std::va_list values;
+  va_start(values, format);
+  question.add_format(format, values);
+  va_end(values);
+  return procedure::choose(count, *choice, question.view());
+}
+
+int32_t lmainte_choose_behind_table(int32_t count, int32_t *choice, const char *format, ...) {
+  Text question;
+  std::va_list values;
+  va_start(values, format);
+  question.add_format(format, values);
+  va_end(values);
+  return procedure::choose_behind_table(count, *choice, question.view());
+}
+
+int32_t lmainte_confirm(const char *format, ...) {
+  Text question;
+  std::va_list values;
+  va_start(values, format);
+  question.add_format(format, values);
+  va_end(values);
+  return procedure::confirm(question.view());
+}

@@ -1,0 +1,88 @@
+#include "procedure/claim.h"
+
+#include <fcntl.h>
+#include <sys/types.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <csignal>
+#include <cstdio>
+#include <cstring>
+
+#include "include/lmainte_platform.h"
+#include "include/lmainte_procedure.h"
+#include "procedure/results.h"
+#include "procedure/telling.h"
+#include "procedure/words.h"
+
+namespace procedure {
+namespace {
+
+constexpr char kFile[] = "/tmp/mainte_procedure";
+
+Text removal() {
+  return text_of("rm %s", kFile);
+}
+
+// A process that has ended and was not waited for still has its number. It does nothing any more.
+bool has_ended(pid_t process) {
+  char path[32];
+  snprintf(path, sizeof path, "/proc/%d/stat", static_cast<int>(process));
+  char text[512] = {};
+  const int fd = open(path, O_RDONLY | O_CLOEXEC);
+  if (fd < 0) return false;
+  const ssize_t size = read(fd, text, sizeof text - 1);  // nothing where the process ends meanwhile
+  close(fd);
+  const char *const name_end = size > 0 ? strrchr(text, ')') : nullptr;
+  return name_end != nullptr && name_end[1] == ' ' && (name_end[2] == 'Z' || name_end[2] == 'X');
+}
+
+bool is_running(pid_t process) {
+  return !has_ended(process) && (kill(process, 0) == 0 || errno == EPERM);
+}
+
+}  // namespace
+
+Claim::~Claim() {
+  if (is_held_ && !is_taken_over_ && lmainte_fclear_pinfo(kFile) != LMAINTE_OK)
+    advise(text_of(words("The file %s could not be cleared. Remove it with:"), kFile).view(), removal());
+}
+
+int32_t Claim::take() {
+  // While the file is open nobody else reads or writes it: two procedures cannot both find it free.
+  const int32_t fd = lcmn_lopen(kFile, O_RDWR | O_CREAT, 0644);
+  if (fd < 0) {
+    tell_format(words("The file %s could not be opened: %s."), kFile, strerror(errno));
+    advise(words("Make room in /tmp, or remove the file with:"), removal());
+    return LMAINTE_OUTCOME_FAILED;
+  }
+  const int32_t outcome = take(fd);
+  lcmn_close(fd);
+  return outcome;
+}
+
+int32_t Claim::take(int32_t fd) {
+  char text[257] = {};  // the library reads up to 256 bytes and writes no NUL
+  int32_t result = lmainte_get_pinfo(fd, text);
+  if (result != LMAINTE_OK)
+    return failed(text_of(words("The file %s could not be read"), kFile).view(), result, try_again());
+  const pid_t other = text[0] == '\0' ? 0 : lmainte_get_pid(text);
+  if (other > 0 && other != getpid() && is_running(other)) {
+    tell_format(words("Another procedure is running: process %d. Let it end, then start again."),
+                static_cast<int>(other));
+    advise(words("If that process is no procedure, remove the file that names it with:"), removal());
+    return LMAINTE_OUTCOME_FAILED;
+  }
+  is_taken_over_ = other > 0;
+  if (is_taken_over_)
+    tell_format(words("\nThe last procedure, process %d, was killed before its end. This one takes over."),
+                static_cast<int>(other));
+  else if (text[0] != '\0')
+    tell_format(words("The file %s names no process. It is written anew."), kFile);
+  result = lmainte_put_pinfo(fd);
+  is_held_ = result == LMAINTE_OK;
+  if (is_held_) return LMAINTE_OUTCOME_DONE;
+  return failed(text_of(words("The file %s could not be written"), kFile).view(), result, words("Is /tmp full?"));
+}
+
+}  // namespace procedure

@@ -1,0 +1,173 @@
+// What stands around the steps: the session, the claim, maintenance mode, and the operator's choice of a unit.
+#include <sys/statvfs.h>
+
+#include <cstdio>
+#include <cstring>
+
+#include "include/lmainte_procedure.h"
+#include "procedure/asking.h"
+#include "procedure/claim.h"
+#include "procedure/kinds.h"
+#include "procedure/maintenance_mode.h"
+#include "procedure/marked.h"
+#include "procedure/results.h"
+#include "procedure/server.h"
+#include "procedure/session.h"
+#include "procedure/telling.h"
+#include "procedure/text.h"
+#include "procedure/words.h"
+#include "procedure/work.h"
+
+namespace procedure {
+namespace {
+
+constexpr size_t kMostKinds = 8;
+
+// The library shows what it could write: a list that /tmp had no room for is cut short, and nobody knows.
+bool has_room_for_lists() {
+  constexpr uint64_t kRoom = 65536;
+  struct statvfs tmp {};
+  return statvfs("/tmp", &tmp) == 0 && uint64_t{tmp.f_bavail} * tmp.f_frsize >= kRoom;
+}
+
+int32_t choose_kind(const Server &server, const lmainte_procedure &procedure, const Kind *&kind) {
+  const Kind *there[kMostKinds];
+  size_t count = 0;
+  ListLine lines[kMostKinds + 2] = {{LMAINTE_LINE_HEAD, words("Kinds of unit\n\n"), 0, {}}};
+  for (const Kind &row : kKinds) {
+    if (row.count(server) == 0) continue;
+    there[count++] = &row;
+    lines[count] = {LMAINTE_LINE_HEAD, "%2d. %s\n", 0, {count, reinterpret_cast<uintptr_t>(words(row.many))}};
+  }
+  lines[count + 1] = {LMAINTE_LINE_END, nullptr, 0, {}};
+  const int32_t result = after_pager(lmainte_show_menu(lines));
+  if (result != LMAINTE_OK) return failed(words("The menu could not be shown"), result, check_pager());
+  int32_t choice = 0;
+  const int32_t outcome =
+      choose(static_cast<int32_t>(count), choice,
+             text_of(words("\nWhat do you %s? Type its number, q to give up: "), words(procedure.verb)).view());
+  if (outcome == LMAINTE_OUTCOME_DONE) kind = there[choice - 1];
+  return outcome;
+}
+
+// Behind a refusal the list still stands above: only the number is asked for.
+int32_t choose_unit(const Server &server, const lmainte_procedure &procedure, const Kind &kind, bool is_first,
+                    AnyRecord &record, Unit &unit) {
+  Units all(server, kind);
+  int32_t result = all.read();
+  if (result != LMAINTE_OK)
+    return failed(text_of(words("The %s could not be read"), words(kind.many)).view(), result, try_again());
+  if (is_first) result = all.show();
+  if (result != LMAINTE_OK) return failed(words("The list could not be shown"), result, check_pager());
+  const Text question = is_first ? text_of(words("\nWhich %s do you %s? Type its number, q to give up: "),
+                                           words(kind.one), words(procedure.verb))
+                                 : text_of(words("Type the number of another %s, q to give up: "), words(kind.one));
+  int32_t number = 0;
+  const int32_t outcome = choose(static_cast<int32_t>(all.count()), number, question.view());
+  if (outcome != LMAINTE_OUTCOME_DONE) return outcome;
+  if (!take_unit(kind, all.at(static_cast<size_t>(number) - 1), unit))
+    return failed(words("The unit has no location name"), LMAINTE_FAILED,
+                  words("Its record does not fit the model: call service."));
+  result = read_one(server, kind, unit.record.number, record);
+  return result == LMAINTE_OK ? LMAINTE_OUTCOME_DONE : failed(words("The unit could not be read"), result, try_again());
+}
+
+// A step that is not done ends the walk. But once the unit has all that it needed, the steps that are left are walked all
+// the same: the log is to know of it whether or not its LED can be switched off.
+int32_t walk_steps(const lmainte_procedure &procedure, lmainte_work &work) {
+  int32_t walked = LMAINTE_OUTCOME_DONE;
+  for (const lmainte_step *step = procedure.steps; *step != nullptr; ++step) {
+    const int32_t outcome = (*step)(&work);
+    if (outcome == LMAINTE_OUTCOME_DONE) continue;
+    walked = outcome;
+    if (work.condition.value() != LMAINTE_CONDITION_GOOD) break;
+  }
+  return walked;
+}
+
+// A unit that is refused leaves the others to choose from.
+int32_t work_on(const Server &server, const lmainte_procedure &procedure, const Kind &kind) {
+  for (bool is_first = true;; is_first = false) {
+    AnyRecord record{};
+    Unit unit;
+    int32_t outcome = choose_unit(server, procedure, kind, is_first, record, unit);
+    if (outcome != LMAINTE_OUTCOME_DONE) return outcome;
+    lmainte_work work(server, procedure, kind, unit, record);
+    outcome = walk_steps(procedure, work);
+    if (!work.take_back()) outcome = LMAINTE_OUTCOME_FAILED;
+    if (outcome != LMAINTE_OUTCOME_REFUSED) return outcome;
+  }
+}
+
+int32_t read_server(Server &server) {
+  const int32_t result = server.read();
+  if (result == LMAINTE_OK) return LMAINTE_OUTCOME_DONE;
+  failed(words("The server's model could not be read"), result, try_again());
+  if (server.model() == LMAINTE_MODEL_NONE)
+    tell(words("If /tmp holds no marker file of a model, this is no service processor."));
+  else
+    tell(words("Check also that the files of times are there: controltime_* and cmdtime_* in /mgb/cli/etc."));
+  return LMAINTE_OUTCOME_FAILED;
+}
+
+int32_t walk(const lmainte_procedure &procedure, const Kind *kind) {
+  Server server;
+  int32_t outcome = read_server(server);
+  if (outcome != LMAINTE_OUTCOME_DONE) return outcome;
+  if (kind != nullptr && kind->count(server) == 0) {
+    tell_format(words("This server has no %s."), words(kind->many));
+    return LMAINTE_OUTCOME_FAILED;
+  }
+  if (!has_room_for_lists()) {
+    tell(words("/tmp has no room for the lists. Remove files that nobody needs from it."));
+    return LMAINTE_OUTCOME_FAILED;
+  }
+  Claim claim;
+  outcome = claim.take();
+  if (outcome != LMAINTE_OUTCOME_DONE) return outcome;
+  Maintenance maintenance(server);
+  outcome = maintenance.begin(claim.is_taken_over());
+  if (outcome != LMAINTE_OUTCOME_DONE) return outcome;
+  Marked marked(server);
+  outcome = marked.begin(claim.is_taken_over());
+  if (outcome == LMAINTE_OUTCOME_DONE && marked.has_all_back()) claim.settle();
+  if (outcome == LMAINTE_OUTCOME_DONE && kind == nullptr) outcome = choose_kind(server, procedure, kind);
+  if (outcome == LMAINTE_OUTCOME_DONE) outcome = work_on(server, procedure, *kind);
+  if (!maintenance.end()) outcome = LMAINTE_OUTCOME_FAILED;
+  return outcome;
+}
+
+void tell_usage(const lmainte_procedure &procedure, FILE *out) {
+  fprintf(out, "usage: %s", procedure.name);
+  if (procedure.kind == nullptr) {
+    fputs(" [KIND], where KIND is one of:", out);
+    for (const Kind &kind : kKinds) fprintf(out, " %s", kind.word);
+  }
+  fputs("\n", out);
+}
+
+}  // namespace
+}  // namespace procedure
+
+int lmainte_procedure_run(const lmainte_procedure *procedure, int argc, char **argv) {
+  if (argc == 2 && strcmp(argv[1], "--help") == 0) {
+    procedure::tell_usage(*procedure, stdout);
+    return LMAINTE_OUTCOME_DONE;
+  }
+  const int most = procedure->kind == nullptr ? 2 : 1;
+  const char *const word = argc == 2 ? argv[1] : procedure->kind;
+  const procedure::Kind *const kind = word == nullptr ? nullptr : procedure::kind_named(word);
+  if (argc > most || (word != nullptr && kind == nullptr)) {
+    procedure::tell_usage(*procedure, stderr);
+    return LMAINTE_OUTCOME_FAILED;
+  }
+  procedure::remember_folder(argv[0]);
+  int32_t outcome = LMAINTE_OUTCOME_FAILED;
+  if (lmainte_session_begin() == LMAINTE_OK)
+    outcome = procedure::walk(*procedure, kind);
+  else
+    fprintf(stderr, procedure::words("%s: this is no terminal. Start it on the operator's terminal.\n"),
+            procedure->name);
+  lmainte_session_end();
+  return outcome;
+}

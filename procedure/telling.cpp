@@ -1,0 +1,104 @@
+#include "procedure/telling.h"
+
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+
+#include "include/lmainte_procedure.h"
+
+namespace procedure {
+namespace {
+
+constexpr size_t kFolderRoom = 1024;
+char g_folder[kFolderRoom];
+
+// A word as a shell takes it.
+void add_shell_word(Text &text, std::string_view word) {
+  constexpr std::string_view kPlain = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789/_.,:=+@%#-";
+  if (!word.empty() && word.front() != '#' && word.find_first_not_of(kPlain) == std::string_view::npos) {
+    text.add(word);
+    return;
+  }
+  text.add("'");
+  for (const char &letter : word) text.add(letter == '\'' ? std::string_view("'\\''") : std::string_view(&letter, 1));
+  text.add("'");
+}
+
+Text line_of(std::string_view indent, std::string_view command) {
+  Text line(indent);
+  line.add(command);
+  return folded(line.view(), {.end = " \\", .begin = "    "});
+}
+
+void print_command(std::string_view command) {
+  const char *const way = getenv(LMAINTE_PROCEDURE_WAY);
+  if (way == nullptr || *way == '\0') {
+    puts(line_of("  ", command).c_str());
+    return;
+  }
+  const Text both = text_of("  %s %.*s", way, static_cast<int>(command.size()), command.data());
+  if (both.view().size() <= kColumns)
+    puts(shown(both.view()).c_str());
+  else
+    printf("%s \\\n%s\n", line_of("  ", way).c_str(), line_of("    ", command).c_str());
+}
+
+}  // namespace
+
+void tell(std::string_view sentences) {
+  puts(in_lines(sentences).c_str());
+}
+
+void tell_format(const char *format, ...) {
+  Text text;
+  std::va_list values;
+  va_start(values, format);
+  text.add_format(format, values);
+  va_end(values);
+  tell(text.view());
+}
+
+void remember_folder(const char *program) {
+  const char *const slash = program == nullptr ? nullptr : strrchr(program, '/');
+  const size_t size = slash == nullptr ? 0 : static_cast<size_t>(slash + 1 - program);
+  if (size >= kFolderRoom) return;
+  memcpy(g_folder, program, size);
+  g_folder[size] = '\0';
+}
+
+Text procedure_command(const char *name, const char *kind) {
+  Text command;
+  add_shell_word(command, text_of("%s%s", g_folder, name).view());
+  return command.add(" ").add(kind);
+}
+
+Text program_command(const char *program, const char *unit, const char *mode) {
+  Text command = text_of("/mgb/bin/%s -u ", program);
+  add_shell_word(command, unit);
+  return command.add(" -c ").add(mode);
+}
+
+void advise(std::string_view what, const Text &command) {
+  tell(what);
+  print_command(command.view());
+}
+
+}  // namespace procedure
+
+void lmainte_tell(const char *format, ...) {
+  procedure::Text text;
+  std::va_list values;
+  va_start(values, format);
+  text.add_format(format, values);
+  va_end(values);
+  procedure::tell(text.view());
+}
+
+void lmainte_advise(const char *command, const char *format, ...) {
+  procedure::Text text;
+  std::va_list values;
+  va_start(values, format);
+  text.add_format(format, values);
+  va_end(values);
+  procedure::advise(text.view(), procedure::Text(command));
+}
