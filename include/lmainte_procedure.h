@@ -69,6 +69,13 @@ typedef int32_t (*lmainte_step)(lmainte_work *work);
 /* The action of a procedure that sends no event: a check, for example. */
 enum { LMAINTE_ACTION_NONE = -1 };
 
+/* What a field holds that is not given. C clears it. */
+#ifdef __cplusplus
+#define LMAINTE_UNLESS_GIVEN(value) = value
+#else
+#define LMAINTE_UNLESS_GIVEN(value)
+#endif
+
 /* What a procedure is. Clear what is not needed: fields may be added behind these in later versions. */
 typedef struct lmainte_procedure {
   const char *name;          /* of the command */
@@ -76,9 +83,10 @@ typedef struct lmainte_procedure {
   const char *done;          /* in sentences: "/PSU#0 is replaced." */
   int32_t action;            /* LMAINTE_EVENT_..., or LMAINTE_ACTION_NONE */
   const lmainte_step *steps; /* ended by NULL */
-  const char *kind;          /* the word of the only kind that it is for, such as "fan"; NULL: the operator chooses */
-  void *data;                /* the author's own; lmainte_work_data returns it */
-  const void *reserved[8];
+  const char *kind LMAINTE_UNLESS_GIVEN(
+      nullptr); /* the word of the only kind that it is for, such as "fan"; NULL: the operator chooses */
+  void *data LMAINTE_UNLESS_GIVEN(nullptr); /* the author's own; lmainte_work_data returns it */
+  const void *reserved[8] LMAINTE_UNLESS_GIVEN({});
 } lmainte_procedure;
 
 /*
