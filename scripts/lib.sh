@@ -5,7 +5,7 @@ set -euo pipefail
 jobs=$(nproc)
 
 # Where code is, besides the public headers, the catalogue of trace events and the tests.
-code_folders=(src host examples bench fuzz storm failures)
+code_folders=(src procedure host examples bench fuzz storm failures)
 
 say() { printf '%s\n' "$*"; }
 die() {
@@ -97,10 +97,14 @@ build_tools() {
   fi
 }
 
-# built_library PRESET: prints the path of its shared library. Fails when it is not built, because a check would find nothing
-# wrong with it.
+# The libraries that ship, from the lowest.
+# shellcheck disable=SC2034  # the checks read it
+libraries=(lmainte lmainte_procedure)
+
+# built_library PRESET LIBRARY: prints the path of the shared library. Fails when it is not built, because a check would find
+# nothing wrong with it.
 built_library() {
-  local library=build/$1/liblmainte.so.1
+  local library=build/$1/lib$2.so.1
   if [[ ! -f $library ]]; then die "$library is not built. './dev check library' builds it."; fi
   echo "$library"
 }
