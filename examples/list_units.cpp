@@ -20,8 +20,8 @@
 
 #include "lmainte.h"
 #include "lmainte_platform.h"
+#include "lmainte_procedure.h"
 #include "server.h"
-#include "shown.h"
 
 namespace {
 
@@ -65,7 +65,7 @@ void print_line(int depth, const std::string &name, const std::string &what, con
     line.resize(std::max<size_t>(line.size() + 2, 60), ' ');
     line += more;
   }
-  std::puts(shown(line).c_str());
+  lmainte_tell("%s", line.c_str());  // the terminal does not obey what is in a name
 }
 
 // Prints a unit below another one by the end of its location. A place that this model lacks has neither unit nor location.

@@ -16,9 +16,8 @@
 #include <string_view>
 #include <vector>
 
-#include "graceful.h"
-#include "language.h"
 #include "lmainte.h"
+#include "lmainte_procedure.h"
 #include "server.h"
 
 namespace {
@@ -38,7 +37,7 @@ Outcome unreadable(int32_t result) {
 }
 
 Outcome shown(int32_t result) {
-  graceful::after_pager(result);
+  lmainte_session_shown(result);
   if (result == LMAINTE_OK) return kShown;
   return failed("the units could not be shown", result,
                 "Check that /bin/busybox is there and that /tmp has room.\nThe trace names the reason.");
@@ -266,15 +265,9 @@ Outcome show(const Request &request) {
 int main(int argc, char **argv) {
   Request request;
   if (!understand(argc, argv, request)) return usage();
-  speak_the_operators_language();
-  graceful::catch_signals();
-  Outcome outcome = kFailed;
-  {
-    const graceful::Dialogue dialogue;  // Where there is no terminal a list runs through in one go.
-    outcome = show(request);
-  }
-  if (graceful::signal() != 0) std::puts("Interrupted.");
-  std::fflush(stdout);
-  graceful::die_of_signal();
+  lmainte_session_begin();  // Where there is no terminal a list runs through in one go.
+  const Outcome outcome = show(request);
+  if (lmainte_session_signal() != 0) std::puts("Interrupted.");
+  lmainte_session_end();
   return outcome;
 }

@@ -97,7 +97,7 @@ typedef struct lmainte_procedure {
  *
  * Returns LMAINTE_OUTCOME_DONE, _FAILED or _GIVEN_UP. After a signal it does not return: the command dies of it, so
  * that a shell sees what happened. Not done, and told on standard error: words that make no sense; standard input or
- * output that is no terminal.
+ * output that is no terminal; a procedure without name, verb, done or steps, or with a kind that there is not.
  */
 int lmainte_procedure_run(const lmainte_procedure *procedure, int argc, char **argv);
 
@@ -320,6 +320,23 @@ enum {
 
 #ifdef __cplusplus
 }
+
+/* The same for C++: an operation is anything that is called without arguments and returns a result of lmainte.h. */
+namespace lmainte {
+
+template <class Operation>
+int32_t operate(const char *message, int32_t longest, Operation operation) {
+  return lmainte_operate(
+      message, longest, [](void *called) { return (*static_cast<Operation *>(called))(); }, &operation);
+}
+
+template <class Operation>
+int32_t operate_quietly(const char *message, int32_t longest, Operation operation) {
+  return lmainte_operate_quietly(
+      message, longest, [](void *called) { return (*static_cast<Operation *>(called))(); }, &operation);
+}
+
+}  // namespace lmainte
 #endif
 
 #endif

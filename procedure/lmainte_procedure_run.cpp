@@ -1,10 +1,11 @@
 // What stands around the steps: the session, the claim, maintenance mode, and the operator's choice of a unit.
+#include "include/lmainte_procedure.h"
+
 #include <sys/statvfs.h>
 
 #include <cstdio>
 #include <cstring>
 
-#include "include/lmainte_procedure.h"
 #include "procedure/asking.h"
 #include "procedure/claim.h"
 #include "procedure/kinds.h"
@@ -146,10 +147,28 @@ void tell_usage(const lmainte_procedure &procedure, FILE *out) {
   fputs("\n", out);
 }
 
+// What the shipped procedures do: an author's word that is not here stays as it is.
+[[maybe_unused]] constexpr const char *kTranslated[] = {noted("replace"), noted("replaced"), noted("add"),
+                                                        noted("added"),   noted("remove"),   noted("removed"),
+                                                        noted("check"),   noted("checked")};
+
+// What its author has to mend: null where the procedure is as it should be.
+const char *what_is_wrong(const lmainte_procedure &procedure) {
+  if (procedure.name == nullptr || procedure.verb == nullptr || procedure.done == nullptr || procedure.steps == nullptr)
+    return "a procedure has a name, a verb, a word for done, and steps";
+  if (procedure.kind != nullptr && kind_named(procedure.kind) == nullptr) return "its kind of unit is none of them";
+  return nullptr;
+}
+
 }  // namespace
 }  // namespace procedure
 
 int lmainte_procedure_run(const lmainte_procedure *procedure, int argc, char **argv) {
+  const char *const wrong = procedure::what_is_wrong(*procedure);
+  if (wrong != nullptr) {
+    fprintf(stderr, "%s: %s.\n", procedure->name == nullptr ? "lmainte_procedure_run" : procedure->name, wrong);
+    return LMAINTE_OUTCOME_FAILED;
+  }
   if (argc == 2 && strcmp(argv[1], "--help") == 0) {
     procedure::tell_usage(*procedure, stdout);
     return LMAINTE_OUTCOME_DONE;

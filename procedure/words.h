@@ -6,7 +6,7 @@
 
 namespace procedure {
 
-// Brings a text into the catalogue's template, po/lmainte_procedure.pot, and looks it up.
+// Brings a text into the catalogue's template, po/lmainte_procedure/lmainte_procedure.pot, and looks it up.
 [[gnu::format_arg(1)]] inline const char *words(const char *text) {
   return dcgettext("lmainte_procedure", text, LC_MESSAGES);
 }

@@ -164,38 +164,12 @@ typedef struct lmainte_host_reply {
   uint32_t word[3];          /* as the command says; the rest 0 */
 } lmainte_host_reply;
 
-/* ---- What a command saves in the log itself ---------------------------------------------------------------------- */
+/* ---- The log ---------------------------------------------------------------------------------------------------- */
 
-/*
- * lmainte_send_event saves that a unit was replaced, added or removed. What a procedure leaves undone has no event in
- * liblmainte: the command saves it with mgblog_save, under the head LMAINTE_HOST_EVENT_HEAD, as
- * LMAINTE_HOST_EVENT_SIZE bytes. Four places hold something: LMAINTE_HOST_EVENT_SOURCE_AT the source,
- * LMAINTE_HOST_EVENT_FORM_AT the form, LMAINTE_HOST_EVENT_CODE_AT a code from below, and LMAINTE_HOST_EVENT_UNIT_AT the
- * eight bytes of the unit's id, the most significant byte of each word first. The others are zeros. `spbox log` shows it
- * in words.
- */
-enum { LMAINTE_HOST_EVENT_SOURCE = 215, LMAINTE_HOST_EVENT_LEFT = 3 };
-
+/* What mgblog_save takes: the head of an event of maintenance, and the bytes of each. `spbox log` shows in words what
+ * lmainte_send_event saves, and what liblmainte_procedure says of that which a procedure left undone
+ * (LMAINTE_LEFT_... of lmainte_procedure.h). */
 enum { LMAINTE_HOST_EVENT_HEAD = 0x00030000, LMAINTE_HOST_EVENT_SIZE = 48 };
-
-enum {
-  LMAINTE_HOST_EVENT_SOURCE_AT = 8, /* LMAINTE_HOST_EVENT_SOURCE */
-  LMAINTE_HOST_EVENT_FORM_AT = 9,   /* LMAINTE_HOST_EVENT_LEFT */
-  LMAINTE_HOST_EVENT_CODE_AT = 11,  /* LMAINTE_HOST_LEFT_... */
-  LMAINTE_HOST_EVENT_UNIT_AT = 19
-};
-
-enum {
-  LMAINTE_HOST_LEFT_EMPTY = 1,     /* the unit's place was left empty */
-  LMAINTE_HOST_LEFT_OUT = 2,       /* the unit is out of operation */
-  LMAINTE_HOST_LEFT_IN_DOUBT = 3,  /* the unit may be out of operation */
-  LMAINTE_HOST_LEFT_REJECTED = 4,  /* the unit is out of operation: it could not be brought into operation */
-  LMAINTE_HOST_LEFT_UNTESTED = 5,  /* the unit is in place and was not tested */
-  LMAINTE_HOST_LEFT_UNCHECKED = 6, /* the unit is in operation and was not checked to the end */
-  LMAINTE_HOST_LEFT_UNKNOWN = 7,   /* the unit's state could not be read */
-  LMAINTE_HOST_LEFT_MARKED = 8,    /* the unit's LED, its maintenance flag or the fans were not switched back */
-  LMAINTE_HOST_LEFT_IN_MODE = 9    /* the event has no unit: the server is still in maintenance mode */
-};
 
 /* ---- Results of the configuration database ----------------------------------------------------------------------- */
 

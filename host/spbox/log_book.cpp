@@ -6,14 +6,18 @@
 #include "host/box/unit_name.h"
 #include "host/include/lmainte_host.h"
 #include "host/spbox/text.h"
+#include "include/lmainte_procedure.h"
 
 namespace spbox {
 namespace {
 
-constexpr std::uint8_t kMaintenance = LMAINTE_HOST_EVENT_SOURCE, kChanged = 2, kLeft = LMAINTE_HOST_EVENT_LEFT;
-constexpr std::size_t kSourceAt = LMAINTE_HOST_EVENT_SOURCE_AT, kFormAt = LMAINTE_HOST_EVENT_FORM_AT,
-                      kCodeAt = LMAINTE_HOST_EVENT_CODE_AT, kIdAt = LMAINTE_HOST_EVENT_UNIT_AT;
+constexpr std::uint8_t kMaintenance = LMAINTE_LEFT_SOURCE, kChanged = 2, kLeft = LMAINTE_LEFT_FORM;
+constexpr std::size_t kSourceAt = LMAINTE_LEFT_SOURCE_AT, kFormAt = LMAINTE_LEFT_FORM_AT,
+                      kCodeAt = LMAINTE_LEFT_CODE_AT, kIdAt = LMAINTE_LEFT_UNIT_AT;
 constexpr std::size_t kDetailAt = 29, kDetailSize = 18;  // of what was changed
+
+static_assert(int{LMAINTE_LEFT_SIZE} == int{LMAINTE_HOST_EVENT_SIZE} &&
+              int{LMAINTE_LEFT_HEAD} == int{LMAINTE_HOST_EVENT_HEAD});
 
 struct CodeRow {
   unsigned code;
@@ -49,15 +53,15 @@ constexpr CodeRow kChanges[] = {
 
 // What a procedure left undone. Which kind of unit it is the location tells.
 constexpr CodeRow kLeftovers[] = {
-    {LMAINTE_HOST_LEFT_EMPTY, "place left empty", ""},
-    {LMAINTE_HOST_LEFT_OUT, "unit left out of operation", ""},
-    {LMAINTE_HOST_LEFT_IN_DOUBT, "unit perhaps left out of operation", ""},
-    {LMAINTE_HOST_LEFT_REJECTED, "unit left out of operation, not passed", ""},
-    {LMAINTE_HOST_LEFT_UNTESTED, "unit left untested", ""},
-    {LMAINTE_HOST_LEFT_UNCHECKED, "unit left in operation, not checked to the end", ""},
-    {LMAINTE_HOST_LEFT_UNKNOWN, "unit left in an unknown state", ""},
-    {LMAINTE_HOST_LEFT_MARKED, "LED, maintenance flag or fans left switched", ""},
-    {LMAINTE_HOST_LEFT_IN_MODE, "left in maintenance mode", kServer},
+    {LMAINTE_LEFT_EMPTY, "place left empty", ""},
+    {LMAINTE_LEFT_OUT, "unit left out of operation", ""},
+    {LMAINTE_LEFT_IN_DOUBT, "unit perhaps left out of operation", ""},
+    {LMAINTE_LEFT_REJECTED, "unit left out of operation, not passed", ""},
+    {LMAINTE_LEFT_UNTESTED, "unit left untested", ""},
+    {LMAINTE_LEFT_UNCHECKED, "unit left in operation, not checked to the end", ""},
+    {LMAINTE_LEFT_UNKNOWN, "unit left in an unknown state", ""},
+    {LMAINTE_LEFT_MARKED, "LED, maintenance flag or fans left switched", ""},
+    {LMAINTE_LEFT_IN_MODE, "left in maintenance mode", kServer},
 };
 
 std::span<const CodeRow> codes_of(std::uint8_t form) {

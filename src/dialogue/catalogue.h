@@ -11,7 +11,7 @@ struct Message {
   const char *id;
 };
 
-// Marks a text, which brings it into the catalogue's template, po/cli_cmn_msg.pot.
+// Marks a text, which brings it into the catalogue's template, po/cli_cmn_msg/cli_cmn_msg.pot.
 constexpr Message message(const char *text) {
   return {text};
 }

@@ -7,10 +7,10 @@
 #include <cstdlib>
 #include <vector>
 
-#include "examples/graceful.h"
 #include "lmainte.h"
 #include "lmainte_host.h"
 #include "lmainte_platform.h"
+#include "lmainte_procedure.h"
 #include "tests/end_to_end/rows.h"
 
 namespace {
@@ -38,13 +38,9 @@ int32_t led(char **words) {
 
 // As a command that ends in order: a signal waits for the end of the control program.
 int32_t led_gracefully(char **words) {
-  graceful::catch_signals();
-  int32_t result = LMAINTE_OK;
-  {
-    const graceful::Undisturbed undisturbed;
-    result = led(words);
-  }
-  graceful::die_of_signal();
+  lmainte_session_begin();
+  const int32_t result = lmainte::operate_quietly("Switching ", 60, [&] { return led(words); });
+  lmainte_session_end();
   return result;
 }
 
@@ -104,11 +100,10 @@ int32_t dots(char **words) {
 }
 
 int32_t dots_gracefully(char **words) {
-  graceful::catch_signals();
+  lmainte_session_begin();
   const int32_t result = dots(words);
-  if (graceful::signal() != 0) std::puts("\nInterrupted.");
-  std::fflush(stdout);
-  graceful::die_of_signal();
+  if (lmainte_session_signal() != 0) std::puts("\nInterrupted.");
+  lmainte_session_end();
   return result;
 }
 

@@ -19,13 +19,13 @@ class Language : public BoxTest {
     setenv("LC_ALL", "de_DE.UTF-8", 1);
   }
 
-  // The library's own word at the end of a progress line.
+  // The words of the procedure, and the library's own at the end of a progress line.
   void expect_german(const std::string &command) {
     start({command, "psu"});
-    answers("Which power supply", "1\n");
-    answers("Taking /PSU#0 out of operation");
+    answers("Netzteil ersetzen:", "1\n");
+    answers("Nehme /PSU#0 außer Betrieb");
     answers("fertig");
-    answers("Pull out /PSU#0 now.", "q\n");
+    answers("Ziehen Sie jetzt /PSU#0 heraus.", "q\n");
     EXPECT_EQ(ending(), (Ending{false, 2}));
   }
 };

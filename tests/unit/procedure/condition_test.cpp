@@ -1,0 +1,105 @@
+// Where a unit stands, by what was done with it.
+
+#include "procedure/condition.h"
+
+#include <gtest/gtest.h>
+
+#include <vector>
+
+namespace {
+
+using procedure::Condition;
+
+// What may happen to a unit. D: it is taken out of operation, B: it is brought up.
+enum Happening { kDetached, kDetachHung, kDetachRefused, kExchanged, kPassed, kTestFailed, kHalfPassed, kGood };
+
+void happen(Condition &condition, Happening what) {
+  switch (what) {
+    case kDetached:
+      return condition.take_out_ended(LMAINTE_OK);
+    case kDetachHung:
+      return condition.take_out_ended(LMAINTE_FAILED);
+    case kDetachRefused:
+      return condition.take_out_ended(LMAINTE_DETACH_FAILED);
+    case kExchanged:
+      return condition.is_exchanged();
+    case kPassed:
+      return condition.bring_up_ended(LMAINTE_OK, true);
+    case kTestFailed:
+      return condition.bring_up_ended(LMAINTE_TEST_FAILED, false);
+    case kHalfPassed:
+      return condition.bring_up_ended(LMAINTE_FANSPEED_FAILED, true);
+    case kGood:
+      return condition.is_good();
+  }
+}
+
+struct Row {
+  const char *says;
+  std::vector<Happening> happenings;
+  int32_t condition;
+  bool may_run;
+  int32_t reason;
+};
+
+TEST(UnitCondition, FollowsWhatIsDone) {
+  const Row rows[] = {
+      {"a unit that nobody touched", {}, LMAINTE_CONDITION_UNTOUCHED, true, 0},
+      {"one that the server still uses", {kDetachRefused}, LMAINTE_CONDITION_UNTOUCHED, true, 0},
+      {"one whose program was stopped at its limit", {kDetachHung}, LMAINTE_CONDITION_IN_DOUBT, true, 0},
+      {"one that is out at the second try", {kDetachHung, kDetached}, LMAINTE_CONDITION_OUT, false, 0},
+      {"one that is out", {kDetached}, LMAINTE_CONDITION_OUT, false, 0},
+      {"one that is asked to leave its place", {kDetached, kExchanged}, LMAINTE_CONDITION_EXCHANGED, false, 0},
+      {"a new one that passes is good only when it is said so",
+       {kDetached, kExchanged, kPassed},
+       LMAINTE_CONDITION_EXCHANGED,
+       true,
+       0},
+      {"a new one that is good", {kDetached, kExchanged, kPassed, kGood}, LMAINTE_CONDITION_GOOD, true, 0},
+      {"a new one that fails its test",
+       {kDetached, kExchanged, kTestFailed},
+       LMAINTE_CONDITION_REJECTED,
+       false,
+       LMAINTE_TEST_FAILED},
+      {"one that runs, but not as it should",
+       {kDetached, kExchanged, kHalfPassed},
+       LMAINTE_CONDITION_HALF_PASSED,
+       true,
+       LMAINTE_FANSPEED_FAILED},
+      {"one that runs, not as it should, and is out again",
+       {kDetached, kExchanged, kHalfPassed, kDetached},
+       LMAINTE_CONDITION_REJECTED,
+       false,
+       LMAINTE_FANSPEED_FAILED},
+      {"one that runs, and perhaps does not any more: it is as it was",
+       {kDetached, kExchanged, kHalfPassed, kDetachHung},
+       LMAINTE_CONDITION_HALF_PASSED,
+       true,
+       LMAINTE_FANSPEED_FAILED},
+      {"a third unit, of which nothing is known yet",
+       {kDetached, kExchanged, kTestFailed, kExchanged},
+       LMAINTE_CONDITION_EXCHANGED,
+       false,
+       0},
+      {"the unit that was there, brought up again and failed",
+       {kDetached, kTestFailed},
+       LMAINTE_CONDITION_REJECTED,
+       false,
+       LMAINTE_TEST_FAILED},
+  };
+  for (const Row &row : rows) {
+    Condition condition(true);
+    for (const Happening what : row.happenings) happen(condition, what);
+    EXPECT_EQ(condition.value(), row.condition) << row.says;
+    EXPECT_EQ(condition.may_run(), row.may_run) << row.says;
+    EXPECT_EQ(condition.reason(), row.reason) << row.says;
+  }
+}
+
+TEST(UnitCondition, OfAnEmptyPlaceIsUntouchedAndSafeToPull) {
+  const Condition condition(false);
+  EXPECT_EQ(condition.value(), LMAINTE_CONDITION_UNTOUCHED);
+  EXPECT_FALSE(condition.may_run());
+}
+
+}  // namespace
