@@ -10,18 +10,15 @@
 namespace procedure {
 namespace {
 
-// What the platform's dialogue returns; every other number above 0 is no answer, and below 0 a failure.
-enum { kChosen = 0, kGaveUp = 1, kInterrupted = 3 };
-
 // The library's answer to a question. After Ctrl-Z and fg the question is asked again.
 int32_t answer_to(std::string_view question, int32_t count, int32_t &choice) {
   constexpr size_t kRoomForAnswer = 4;
   const Text lines = in_lines(question, kColumns - kRoomForAnswer);
   const Continued continued;
-  int32_t result = kInterrupted;
-  while (result == kInterrupted && signal_that_came() == 0)
+  int32_t result = LMAINTE_ASK_INTERRUPTED;
+  while (result == LMAINTE_ASK_INTERRUPTED && signal_that_came() == 0)
     result = lmainte_ask_select(count, &choice, "%s", lines.c_str());
-  return signal_that_came() == 0 ? result : kInterrupted;
+  return signal_that_came() == 0 ? result : LMAINTE_ASK_INTERRUPTED;
 }
 
 }  // namespace
@@ -36,17 +33,17 @@ int32_t not_chosen(int32_t result) {
 
 int32_t choose(int32_t count, int32_t &choice, std::string_view question) {
   const int32_t result = answer_to(question, count, choice);
-  return result == kChosen ? LMAINTE_OUTCOME_DONE : not_chosen(result);
+  return result == LMAINTE_ASK_CHOSEN ? LMAINTE_OUTCOME_DONE : not_chosen(result);
 }
 
 int32_t choose_behind_table(int32_t count, int32_t &choice, std::string_view question) {
   for (;;) {
     int32_t result = answer_to(question, count, choice);
-    if (result == kChosen) return LMAINTE_OUTCOME_DONE;
-    if (result != kGaveUp) return not_chosen(result);
+    if (result == LMAINTE_ASK_CHOSEN) return LMAINTE_OUTCOME_DONE;
+    if (result != LMAINTE_ASK_GAVE_UP) return not_chosen(result);
     int32_t gives_up = 0;
     result = answer_to(words("Nothing is changed yet. Type 1 to give up, 2 to go on: "), 2, gives_up);
-    if (result != kChosen || gives_up == 1) return not_chosen(result);
+    if (result != LMAINTE_ASK_CHOSEN || gives_up == 1) return not_chosen(result);
   }
 }
 

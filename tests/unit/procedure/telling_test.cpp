@@ -36,7 +36,8 @@ class Telling : public testing::Test {
 
 TEST_F(Telling, IsInLinesAndEndsItsLine) {
   EXPECT_EQ(printed_by([] { lmainte_tell("%s is good.", "/PSU#0"); }), "/PSU#0 is good.\n");
-  EXPECT_EQ(printed_by([] { lmainte_tell("%s b", std::string(79, 'a').c_str()); }), std::string(79, 'a') + "\nb\n");
+  const std::string longest(79, 'a');
+  EXPECT_EQ(printed_by([&] { lmainte_tell("%s b", longest.c_str()); }), longest + "\nb\n");
   EXPECT_EQ(printed_by([] { lmainte_tell("%s", "\x1b[2J"); }), "\\x1b[2J\n");
 }
 
