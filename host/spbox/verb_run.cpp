@@ -11,6 +11,7 @@
 #include "host/spbox/remains.h"
 #include "host/spbox/run_in_root.h"
 #include "host/spbox/run_mark.h"
+#include "host/spbox/terminal_mode.h"
 #include "host/spbox/verbs.h"
 #include "host/spbox/way_in.h"
 
@@ -51,8 +52,12 @@ int run(const RunOptions &options) {
   Children children;
   const DaemonProcess answers(plan, children);
   setenv(LMAINTE_HOST_RUN, way_in(folder).c_str(), 1);
+  const TerminalMode terminal;
   const int status = run_in_root(plan, command, children);
-  if (was_cut_off(status)) clear_up_behind_the_dead(place);
+  if (was_cut_off(status)) {
+    clear_up_behind_the_dead(place);
+    terminal.put_back();
+  }
   return status;
 }
 

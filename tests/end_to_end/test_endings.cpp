@@ -223,6 +223,29 @@ TEST_F(Sigterm, LeavesAControlProgramItsTimeToEnd) {
   expect_nothing_left();
 }
 
+class Echo : public BoxTest {};
+
+TEST_F(Echo, IsOnAgainBehindAKilledProcedure) {
+  make_box("qa");
+  bend("detachfru", {"--hang"});
+  start_procedure("replace_unit psu");
+  answers("Which power supply", "1\n");
+  ASSERT_TRUE(sees("Taking /PSU#0 out of operation"));
+  EXPECT_FALSE(terminal_.mode().echo);
+  send(SIGKILL, "replace_unit");
+  EXPECT_EQ(ending(), died_of(SIGKILL));
+  EXPECT_TRUE(terminal_.mode().echo);
+}
+
+// Where spbox was killed, too, or on a service processor.
+TEST_F(Echo, IsOnAgainBehindTheNextProcedure) {
+  make_box("qa");
+  start({"sh", "-c", "stty -echo -icanon; exec " + procedure("replace_unit") + " psu"});
+  answers("Which power supply", "q\n");
+  EXPECT_TRUE(ending());
+  EXPECT_TRUE(terminal_.mode().echo);
+}
+
 class Daemon : public BoxTest {};
 
 TEST_F(Daemon, RunsOnlyWhileACommandIsInTheBox) {
