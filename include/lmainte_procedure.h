@@ -168,6 +168,13 @@ int32_t lmainte_work_undo_now(lmainte_work *work, lmainte_undo undo, void *argum
 /* Forgets what was said with this function and argument: what was switched is to stay. */
 void lmainte_work_keep(lmainte_work *work, lmainte_undo undo, void *argument);
 
+/* The forms of an author's own events, up to 255. Those below belong to the libraries. */
+enum { LMAINTE_LOG_OWN = 128 };
+
+/* Saves an event about the unit in the log, laid out as those of LMAINTE_LEFT_...: `code` means what the author says. Returns
+ * LMAINTE_OK, or LMAINTE_FAILED: the form is not an author's, or the log could not be written, which the operator was told. */
+int32_t lmainte_work_log(const lmainte_work *work, uint8_t form, uint8_t code);
+
 /*
  * Runs an operation that takes time, such as one of lmainte.h that runs a control program.
  *

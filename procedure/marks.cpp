@@ -2,7 +2,7 @@
 
 #include "include/lmainte_procedure.h"
 #include "procedure/beside.h"
-#include "procedure/left.h"
+#include "procedure/log.h"
 #include "procedure/results.h"
 #include "procedure/telling.h"
 #include "procedure/words.h"

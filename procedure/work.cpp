@@ -1,7 +1,7 @@
 #include "procedure/work.h"
 
 #include "procedure/beside.h"
-#include "procedure/left.h"
+#include "procedure/log.h"
 #include "procedure/results.h"
 #include "procedure/session.h"
 #include "procedure/telling.h"

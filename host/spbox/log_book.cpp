@@ -95,7 +95,9 @@ std::string detail_of(const box::LogEntry &entry) {
 LogLine decode(std::uint32_t model, const box::LogEntry &entry) {
   const unsigned code = entry.event[kCodeAt];
   LogLine line{"event " + std::to_string(code), "", unit_of(model, entry), detail_of(entry), code};
+  const unsigned form = entry.event[kFormAt];
   if (entry.event[kSourceAt] != kMaintenance) return line;
+  if (form >= LMAINTE_LOG_OWN) line.what += " of form " + std::to_string(form);
   for (const CodeRow &row : codes_of(entry.event[kFormAt])) {
     if (row.code != code) continue;
     line.what = row.what;

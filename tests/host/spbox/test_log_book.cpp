@@ -96,4 +96,14 @@ TEST(LogBook, ShowsTheDetailBlock) {
   EXPECT_EQ(spbox::decode(3, entry).detail, "1122334400000000000000000000000000EE");
 }
 
+TEST(LogBook, ShowsAnAuthorsOwnEventByItsNumbers) {
+  box::LogEntry entry = event(7);
+  entry.event[9] = 128;
+  put_word(entry, 19, 0x59012900);
+  EXPECT_EQ(spbox::decode(3, entry).what, "event 7 of form 128");
+  EXPECT_EQ(spbox::decode(3, entry).unit, "/PSU#41");
+  entry.event[9] = 127;
+  EXPECT_EQ(spbox::decode(3, entry).what, "event 7");
+}
+
 }  // namespace

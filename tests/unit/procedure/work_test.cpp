@@ -80,6 +80,15 @@ class ProcedureWork : public doubles::LibraryTest {
     machine().programs.push_back(exits(0));
     machine().programs.insert(machine().programs.end(), all.begin(), all.end());
   }
+  // About the unit of the work.
+  static doubles::Bytes event_of(uint8_t form, uint8_t code) {
+    doubles::Bytes event(48, 0);
+    event[8] = 215;
+    event[9] = form;
+    event[11] = code;
+    for (uint8_t i = 0; i < 8; ++i) event[size_t{19} + i] = static_cast<uint8_t>(i + 1);
+    return event;
+  }
   static Lines left() {
     Lines all;
     for (const doubles::Saved &saved : machine().saved) all.push_back(std::to_string(saved.event.at(11)));
@@ -137,12 +146,7 @@ TEST_F(ProcedureWork, LogsWhatStaysWithTheUnitOfTheWork) {
   EXPECT_EQ(printed_by([&] { EXPECT_EQ(lmainte_work_undo_now(work_.get(), undo, g_led), LMAINTE_FAILED); }),
             "It may blink (result 8).\n");
   ASSERT_EQ(machine().saved.size(), 1u);
-  doubles::Bytes event(48, 0);
-  event[8] = 215;
-  event[9] = 3;
-  event[11] = 8;
-  for (uint8_t i = 0; i < 8; ++i) event[size_t{19} + i] = static_cast<uint8_t>(i + 1);
-  EXPECT_EQ(machine().saved[0].event, event);
+  EXPECT_EQ(machine().saved[0].event, event_of(3, 8));
   EXPECT_EQ(machine().saved[0].head, 0x00030000u);
 }
 
@@ -265,6 +269,20 @@ TEST_F(ProcedureWork, GivesAStepWhatTheAuthorGaveIt) {
   EXPECT_EQ(lmainte_work_limit(work_.get(), 10000), 0);
   EXPECT_EQ(lmainte_work_server(work_.get()), &server_.data());
   EXPECT_EQ(lmainte_work_record(work_.get()), &work_->record);
+}
+
+TEST_F(ProcedureWork, SavesAnAuthorsOwnEvents) {
+  EXPECT_EQ(lmainte_work_log(work_.get(), 128, 7), LMAINTE_OK);
+  ASSERT_EQ(machine().saved.size(), 1u);
+  EXPECT_EQ(machine().saved[0].event, event_of(128, 7));
+  EXPECT_EQ(lmainte_work_log(work_.get(), 127, 7), LMAINTE_FAILED) << "this form is the library's";
+  EXPECT_EQ(machine().saved.size(), 1u);
+}
+
+TEST_F(ProcedureWork, TellsThatTheLogIsFull) {
+  machine().log_result = -1;
+  EXPECT_EQ(printed_by([&] { EXPECT_EQ(lmainte_work_log(work_.get(), 255, 0), LMAINTE_FAILED); }),
+            "The log has no record of this. Is the disk of the log full?\n");
 }
 
 }  // namespace
