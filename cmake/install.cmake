@@ -3,7 +3,15 @@
 include(GNUInstallDirs)
 include(CMakePackageConfigHelpers)
 
-# Refuses a place without rights before anything is written there.
+# Refuses a place without rights, and what is not built, before anything is written.
+set(needed $<TARGET_FILE:lmainte> $<TARGET_FILE:lmainte_static> $<TARGET_FILE:lmainte_procedure>
+    $<TARGET_FILE:lmainte_procedure_static>)
+if(LMAINTE_HOST)
+  list(APPEND needed $<TARGET_FILE:lmainte_host> $<TARGET_FILE:spbox> $<TARGET_FILE:control_program>
+      $<TARGET_FILE:monitor_daemon> ${PROJECT_BINARY_DIR}/man/man1/spbox.1 ${PROJECT_BINARY_DIR}/man/man7/lmainte.7
+      ${PROJECT_BINARY_DIR}/locale)
+endif()
+install(CODE "set(needed \"${needed}\")" ALL_COMPONENTS)
 install(CODE "set(folders \"${CMAKE_INSTALL_BINDIR};${CMAKE_INSTALL_LIBDIR};${CMAKE_INSTALL_INCLUDEDIR};${CMAKE_INSTALL_DATADIR}\")"
     ALL_COMPONENTS)
 install(SCRIPT ${CMAKE_CURRENT_LIST_DIR}/may_install.cmake ALL_COMPONENTS)
@@ -31,9 +39,10 @@ function(install_pc PC_NAME PC_DESCRIPTION PC_LIBS)
       COMPONENT development)
 endfunction()
 
-install_part(library runtime lmainte lmainte_static)
+install_part(library runtime lmainte lmainte_static lmainte_procedure lmainte_procedure_static)
 install_pc(lmainte "Maintenance library of the service processor" -llmainte)
-install(FILES include/lmainte.h include/lmainte_platform.h TYPE INCLUDE COMPONENT development)
+install_pc(lmainte_procedure "Maintenance commands as lists of steps" -llmainte_procedure lmainte)
+install(FILES include/lmainte.h include/lmainte_platform.h include/lmainte_procedure.h TYPE INCLUDE COMPONENT development)
 
 if(LMAINTE_HOST)
   install_part(host box lmainte_host)
@@ -43,6 +52,15 @@ if(LMAINTE_HOST)
   install(FILES host/include/lmainte_host.h TYPE INCLUDE COMPONENT development)
   install(TARGETS spbox RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT box)
   install(TARGETS control_program monitor_daemon RUNTIME DESTINATION ${CMAKE_INSTALL_LIBEXECDIR}/lmainte COMPONENT box)
+  install(DIRECTORY ${PROJECT_BINARY_DIR}/man/man1 DESTINATION ${CMAKE_INSTALL_MANDIR} COMPONENT box)
+  install(DIRECTORY ${PROJECT_BINARY_DIR}/man/man3 ${PROJECT_BINARY_DIR}/man/man7 DESTINATION ${CMAKE_INSTALL_MANDIR}
+      COMPONENT development)
+  install(FILES ${PROJECT_BINARY_DIR}/completion/spbox.bash RENAME spbox
+      DESTINATION ${CMAKE_INSTALL_DATADIR}/bash-completion/completions COMPONENT box)
+  install(FILES ${PROJECT_BINARY_DIR}/completion/_spbox
+      DESTINATION ${CMAKE_INSTALL_DATADIR}/zsh/site-functions COMPONENT box)
+  install(FILES ${PROJECT_BINARY_DIR}/completion/spbox.fish
+      DESTINATION ${CMAKE_INSTALL_DATADIR}/fish/vendor_completions.d COMPONENT box)
   install(DIRECTORY examples/plays DESTINATION ${CMAKE_INSTALL_DATADIR}/lmainte COMPONENT box)
   install(DIRECTORY ${PROJECT_BINARY_DIR}/locale/ DESTINATION ${CMAKE_INSTALL_LOCALEDIR} COMPONENT runtime)
 endif()

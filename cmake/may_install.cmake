@@ -1,4 +1,11 @@
-# Part of `cmake --install`: fails where a folder of the installation cannot be written, before anything is.
+# Part of `cmake --install`: fails where something is not built or a folder of the installation cannot be written, before
+# anything is.
+foreach(file IN LISTS needed)
+  if(NOT EXISTS ${file})
+    message(FATAL_ERROR "lmainte cannot be installed: ${file} is not built. Nothing was installed. Build it by ./dev build, or by "
+        "cmake --build.")
+  endif()
+endforeach()
 foreach(folder IN LISTS folders)
   set(place $ENV{DESTDIR}${CMAKE_INSTALL_PREFIX}/${folder})
   while(NOT EXISTS ${place})

@@ -975,6 +975,8 @@ int32_t lmainte_show_menu(const ListLine *lines);
  * Each returns 0, or LMAINTE_FAILED: a null record or lines (no file is made then); the list file cannot be created or
  * removed; a unit id that has no name (nothing is shown then); the pager cannot be started.
  */
+
+/* What lists and status tables of boards show. */
 enum { LMAINTE_BOARD_CMU = 0, LMAINTE_BOARD_IOU = 1, LMAINTE_BOARD_BOTH = 2 };
 
 /*
@@ -991,6 +993,7 @@ enum { LMAINTE_BOARD_CMU = 0, LMAINTE_BOARD_IOU = 1, LMAINTE_BOARD_BOTH = 2 };
  */
 int32_t lmainte_show_cmu_iou_list(int32_t unused, uint32_t kind, uint32_t count, const SbData *boards,
                                   const XsbData *xsbs, const ListLine *lines);
+
 int32_t lmainte_show_fantray_list(int32_t unused, uint32_t count, const FantrayData *trays, const ListLine *lines);
 
 /* An I/O boat of an I/O expansion unit, filled by the caller: words 11 on of it, that is word 5 on of word, are its PCI

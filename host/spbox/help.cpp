@@ -71,6 +71,14 @@ std::string help_of(const Verb &verb) {
          section("Options", verb, true) + "\n" + verb.footer + "\n";
 }
 
+std::string description() {
+  return kDescription;
+}
+
+std::string exit_statuses() {
+  return kEnd;
+}
+
 std::string help_of_all(const std::vector<Verb> &verbs) {
   std::string text =
       std::string(kDescription) + "\nUsage: " + box::spbox_called("spbox") + " VERB [OPTIONS] ...\n\nVerbs:\n";

@@ -12,5 +12,8 @@ namespace spbox {
 std::string usage_of(const Verb &verb);
 std::string help_of(const Verb &verb);
 std::string help_of_all(const std::vector<Verb> &verbs);
+// What spbox is, with examples; what its exit status says.
+std::string description();
+std::string exit_statuses();
 
 }  // namespace spbox
