@@ -43,6 +43,7 @@ std::vector<Failure> chosen(const std::vector<Moment> &moments, const Options &o
 
 void tell(const Line &line, const Failure &failure, const std::string &sentence) {
   std::printf("FOUND %s: %s: %s\n", line.name, name_of(failure).c_str(), sentence.c_str());
+  std::fflush(stdout);  // all of them take hours, and may be ended before
 }
 
 void show(const Failure &failure, const Run &run) {

@@ -52,6 +52,11 @@ void DaemonProcess::await() {
   const std::optional<std::string> line = line_from(says_.get(), bwrap_);
   ready_ = base::number_in<pid_t>(line.value_or(""));
   if (ready_) return;
+  // It clears up, and bwrap ends.
+  for (std::string rest; comes_before_end(says_.get(), bwrap_) && read_on(says_.get(), rest);) continue;
+  if (!children_.has_ended(bwrap_)) kill(bwrap_, SIGTERM);
+  children_.exit_status_of(bwrap_);
+  children_.end_orphans();  // no command is there yet that may leave some
   complain("the box's daemon does not run" + (line ? ": " + *line : "") +
            ". Requests to it will fail. The command runs without it.");
 }

@@ -4,21 +4,41 @@
 #include <sys/syscall.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <array>
 #include <cerrno>
+#include <chrono>
+#include <csignal>
 #include <string>
 
 #include "host/base/descriptor.h"
 #include "host/base/number.h"
 
 namespace spbox {
+namespace {
+
+using Clock = std::chrono::steady_clock;
+
+constexpr std::chrono::seconds kLongestStart{10};
+
+int milliseconds_until(Clock::time_point end) {
+  const auto left = std::chrono::ceil<std::chrono::milliseconds>(end - Clock::now()).count();
+  return static_cast<int>(std::max(left, decltype(left){0}));
+}
+
+}  // namespace
+
+// bwrap waits for ever for its own child where it could not tell it to go on.
 bool comes_before_end(int fd, pid_t child) {
   const base::Descriptor its_end(static_cast<int>(syscall(SYS_pidfd_open, child, 0)));
-  const int limit = its_end.get() < 0 ? 0 : -1;  // a child that was waited for has ended
+  const bool has_ended = its_end.get() < 0;  // and was waited for
   std::array<pollfd, 2> watched{{{fd, POLLIN, 0}, {its_end.get(), POLLIN, 0}}};
-  while (poll(watched.data(), watched.size(), limit) < 0) {
+  const auto end = Clock::now() + kLongestStart;
+  int ready = 0;
+  while ((ready = poll(watched.data(), watched.size(), has_ended ? 0 : milliseconds_until(end))) < 0) {
     if (errno != EINTR) return false;
   }
+  if (ready == 0 && !has_ended) kill(child, SIGKILL);
   return watched[0].revents != 0;
 }
 

@@ -12,7 +12,7 @@
 namespace spbox {
 
 // Waits until there is something to read, or the end. False when this child has ended and left nothing: nothing more comes,
-// whoever holds the other end still.
+// whoever holds the other end still. A child that keeps this process waiting for ten seconds hangs, and is killed.
 bool comes_before_end(int fd, pid_t child);
 
 // Adds a character that has come to the text. False when the other end is closed.

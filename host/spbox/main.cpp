@@ -1,20 +1,16 @@
 // spbox: a service processor in a folder, for people.
 #include <exception>
 #include <filesystem>
-#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
 
-#include "host/base/told.h"
 #include "host/box/advice.h"
-#include "host/box/confinement.h"
 #include "host/script/script.h"
-#include "host/spbox/command_line.h"
+#include "host/spbox/act.h"
 #include "host/spbox/damaged_files.h"
 #include "host/spbox/enter_box.h"
 #include "host/spbox/help.h"
-#include "host/spbox/making.h"
 #include "host/spbox/spelling.h"
 #include "host/spbox/standard_output.h"
 #include "host/spbox/verbs.h"
@@ -43,32 +39,6 @@ int print(const std::string &text) {
   return 0;
 }
 
-int complain(const std::exception &error, const std::string &way_out, int status) {
-  spbox::complain(base::told(error) + way_out);
-  return status;
-}
-
-// None where the verb takes none.
-std::optional<box::Place> box_of(const spbox::Verb &verb) {
-  for (const spbox::Word &word : verb.words) {
-    if (word.is_box) return box::Place(*std::get<std::filesystem::path *>(word.to));
-  }
-  return std::nullopt;
-}
-
-int act(const spbox::Verb &verb, const Words &words) {
-  try {
-    if (spbox::read_line(verb, words) == spbox::Asked::kForHelp) return print(spbox::help_of(verb));
-    const auto place = box_of(verb);
-    if (place) spbox::clear_up_making(*place);
-    if (verb.prepare) verb.prepare();
-    if (verb.works_on_box && verb.acts_confined) box::confine_to(place.value());
-    return verb.act();
-  } catch (const spbox::UsageError &error) {
-    return complain(error, " " + box::advice({"help", verb.name}) + " says more.", spbox::kUsage);
-  }
-}
-
 // `spbox help` and what else asks for no verb.
 int help(const std::vector<spbox::Verb> &verbs, const Words &words) {
   if (words.size() > 1) {
@@ -89,7 +59,7 @@ int run(Words words) {
   if (first.starts_with('-')) {
     throw spbox::UsageError("there is no option " + first + "." + spbox::did_you_mean(first, {"--help", "--version"}));
   }
-  return act(find(verbs, first), words);
+  return spbox::act(find(verbs, first), words);
 }
 
 // Every way to fail, with its exit status. Where there is no memory, there may be none to tell it as the others are told.
@@ -99,14 +69,14 @@ int judged(const Words &words) {
   } catch (const std::bad_alloc &) {
     throw;
   } catch (const spbox::UsageError &error) {
-    return complain(error, " " + box::advice({"help"}) + " lists the verbs.", spbox::kUsage);
+    return spbox::complain_of(error, " " + box::advice({"help"}) + " lists the verbs.", spbox::kUsage);
   } catch (const script::Error &error) {
     spbox::complain_in_lines("spbox: " + std::string(error.what()) + "\n");
     return spbox::kUsage;
   } catch (const std::filesystem::filesystem_error &error) {
-    return complain(error, ".", spbox::kFailure);
+    return spbox::complain_of(error, ".", spbox::kFailure);
   } catch (const std::exception &error) {
-    return complain(error, "", spbox::kFailure);
+    return spbox::complain_of(error, "", spbox::kFailure);
   }
 }
 

@@ -175,20 +175,6 @@ TEST_F(Run, SaysThatProcessesAreFew) {
   EXPECT_GT(failed, 1);
 }
 
-// Something that bwrap has started may hold all its descriptors still.
-TEST_F(Run, EndsWhenBubblewrapDiesBeforeTheCommandIsIn) {
-  fs::create_directory(scratch_ / "bin");
-  write("bin/bwrap", "#!/bin/sh\nsleep 100 >/dev/null 2>&1 &\nkill -KILL $$\n");
-  fs::permissions(scratch_ / "bin/bwrap", fs::perms::owner_all);
-  const Done result =
-      run_to_end({"/usr/bin/env", "-C", scratch_.path(), "PATH=" + (scratch_ / "bin").string() + ":/usr/bin:/bin",
-                  "timeout", "30", SPBOX, "run", "box", "true"});
-  EXPECT_EQ(result.exit_status, 1);
-  EXPECT_EQ(result.output,
-            "spbox: the box's daemon does not run. Requests to it will fail. The command runs without it.\n"
-            "spbox: the command was not run: bwrap died of signal 9 before the command was in the box.\n");
-}
-
 TEST_F(Run, CanTakeThePagerAway) {
   EXPECT_EQ(shell("test -x /bin/busybox && echo yes").output, "yes\n");
   EXPECT_NE(spbox({"run", "--no-pager", "box", "--", "/bin/busybox", "true"}).exit_status, 0);

@@ -1,0 +1,52 @@
+#include "host/spbox/act.h"
+
+#include <exception>
+#include <filesystem>
+#include <optional>
+
+#include "host/base/told.h"
+#include "host/box/advice.h"
+#include "host/box/confinement.h"
+#include "host/spbox/command_line.h"
+#include "host/spbox/help.h"
+#include "host/spbox/making.h"
+#include "host/spbox/new_box.h"
+#include "host/spbox/standard_output.h"
+
+namespace spbox {
+namespace {
+
+// None where the verb takes none.
+std::optional<box::Place> box_of(const Verb &verb) {
+  for (const Word &word : verb.words) {
+    if (word.is_box) return box::Place(*std::get<std::filesystem::path *>(word.to));
+  }
+  return std::nullopt;
+}
+
+int show_help(const Verb &verb) {
+  print(help_of(verb));
+  return 0;
+}
+
+}  // namespace
+
+int complain_of(const std::exception &error, const std::string &way_out, int status) {
+  complain(base::told(error) + way_out);
+  return status;
+}
+
+int act(const Verb &verb, const std::vector<std::string> &words) {
+  try {
+    if (read_line(verb, words) == Asked::kForHelp) return show_help(verb);
+    const auto place = box_of(verb);
+    if (place) clear_up_making(*place);
+    if (verb.prepare) verb.prepare();
+    if (verb.works_on_box && verb.acts_confined) box::confine_to(place.value());
+    return verb.act();
+  } catch (const UsageError &error) {
+    return complain_of(error, " " + box::advice({"help", verb.name}) + " says more.", kUsage);
+  }
+}
+
+}  // namespace spbox
