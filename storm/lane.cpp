@@ -18,6 +18,7 @@ constexpr milliseconds kAtFirst{60};  // an actor that never ended by itself is 
 constexpr seconds kNobodyTakesLonger{60};
 constexpr seconds kOrphansEndWithin{10};
 constexpr unsigned kEachThorough = 8;  // rounds
+constexpr std::uint32_t kMostOfASaver = 100'000;
 
 void do_now(const Words &words) {
   terminal::BackgroundProgram program(words);
@@ -36,7 +37,7 @@ Subject made_in(const fs::path &folder, Random &random) {
                   .first_dump = folder / "first.dump",
                   .dump = folder / "dump",
                   .folder = folder / "plays",
-                  .next_event = 1};
+                  .next_event = 0};
   fs::create_directory(subject.folder);
   do_now({SPBOX, "create", subject.box, "--model", subject.model});
   do_now({SPBOX, "run", subject.box, "--", "true"});
@@ -63,16 +64,18 @@ Lane::Lane(const fs::path &folder, std::uint64_t seed, Tally &tally)
       subject_(made_in(folder, random_)),
       place_(subject_.box),
       units_(units_of(place_)),
-      laws_(place_) {
+      laws_(place_),
+      crew_(place_, units_, tally) {
   usual_.fill(kAtFirst);
 }
 
-bool Lane::go(Clock::time_point end) {
+bool Lane::go(Clock::time_point end, std::uint64_t most_killed) {
   adopt_orphans();
-  for (unsigned round = 1; Clock::now() < end && !tally_.stop && is_sound_; ++round) {
+  for (unsigned round = 1; Clock::now() < end && tally_.killed() < most_killed && !tally_.stop && is_sound_; ++round) {
     story_.clear();
     start_some();
     kill_in_time();
+    is_sound_ = crew_.finish(events_, savers_) && is_sound_;
     look(round % kEachThorough == 0);
     ++tally_.rounds;
   }
@@ -85,17 +88,18 @@ bool Lane::go(Clock::time_point end) {
 void Lane::start(std::size_t actor) {
   subject_.unit = one_of(units_, random_);
   const Actor &row = actors()[actor];
+  if (saves_events(row)) subject_.next_event = crew_.heads_of_events(kMostOfASaver);
   const Words words = row.command(subject_, random_);
   const bool is_killed = saves_events(row) || !one_in(8, random_);
   std::uniform_real_distribution<double> part(0, 1.1);
   const auto moment = std::chrono::duration_cast<Clock::duration>(part(random_) * usual_.at(actor));
   workers_.push_back({actor, terminal::BackgroundProgram(words), Clock::now(),
                       is_killed ? moment : Clock::duration(kNobodyTakesLonger)});
-  if (saves_events(row)) subject_.next_event += 1'000'000;
 }
 
 void Lane::start_some() {
   const std::size_t first = any_actor(random_);
+  if (actors()[first].place != Actor::Place::kAlone) crew_.start(random_());
   start(first);
   if (actors()[first].place != Actor::Place::kBox) return;
   for (int i = 0; i < 2; ++i) {
@@ -137,7 +141,10 @@ void Lane::take_end(Worker &worker) {
     take_events(worker.program.output());
   }
   // The box is the old one or a new one, whose log is empty.
-  if (row.place == Actor::Place::kAlone) events_.clear();
+  if (row.place == Actor::Place::kAlone) {
+    events_.clear();
+    crew_.forget_counted();
+  }
   plays_were_killed_ = plays_were_killed_ || (!status && row.place == Actor::Place::kOwn);
 }
 
@@ -152,7 +159,8 @@ void Lane::take_events(const std::string &output) {
 void Lane::look(bool thoroughly) {
   look_for_orphans(Orphans::kOutside);
   if (!is_sound_) return;
-  for (const std::string &sentence : laws_.broken(events_, savers_)) found(sentence);
+  for (const std::string &sentence : laws_.broken({events_, savers_, crew_.counted()})) found(sentence);
+  savers_ = 0;
   if (!thoroughly) return;
   for (const std::string &sentence : laws_.broken_for_next_command()) found(sentence);
 }

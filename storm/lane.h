@@ -12,6 +12,7 @@
 
 #include "host/terminal/background_program.h"
 #include "storm/actors.h"
+#include "storm/crew.h"
 #include "storm/laws.h"
 #include "storm/orphans.h"
 #include "storm/tally.h"
@@ -25,8 +26,9 @@ class Lane {
   // Makes a box in the folder, which is there and empty. Throws.
   Lane(const std::filesystem::path &folder, std::uint64_t seed, Tally &tally);
 
-  // Until the time is over, somebody asks to stop, or something does not hold. False in the last case.
-  bool go(Clock::time_point end);
+  // Until the time is over, so many were killed in all boxes, somebody asks to stop, or something does not hold. False in the
+  // last case.
+  bool go(Clock::time_point end, std::uint64_t most_killed);
 
  private:
   struct Worker {
@@ -52,11 +54,12 @@ class Lane {
   box::Place place_;
   std::vector<std::string> units_;
   Laws laws_;
+  Crew crew_;
   std::array<Clock::duration, kMostActors> usual_{};  // how long an actor works that is not killed
   std::vector<Worker> workers_;                       // of this round
   std::string story_;                                 // who was killed in this round
   std::set<std::uint32_t> events_;                    // that must be in the log
-  std::size_t savers_ = 0;                            // that were killed
+  std::size_t savers_ = 0;                            // that were killed in this round
   bool is_sound_ = true, plays_were_killed_ = false;
 };
 

@@ -11,6 +11,7 @@
 #include "host/box/trace_ring.h"
 #include "host/terminal/background_program.h"
 #include "host/trace_book/trace_book.h"
+#include "storm/duties.h"
 
 namespace storm {
 namespace {
@@ -38,14 +39,23 @@ void look_for_locks(const box::Place &place, Sentences &broken) {
   }
 }
 
-void look_for_events(const box::Place &place, std::set<std::uint32_t> events, std::size_t savers, Sentences &broken) {
+// Returns how many events are torn, of which `torn` were so before.
+std::size_t look_for_events(const box::Place &place, const Saved &saved, std::size_t torn, Sentences &broken) {
+  std::set<std::uint32_t> events = saved.events;
   box::EventLog::Damage damage;
   for (const box::LogEntry &entry : box::EventLog::read(place.events(), &damage)) events.erase(entry.head);
   if (!events.empty()) broken.push_back("the event " + std::to_string(*events.begin()) + " was saved, and is lost");
-  if (damage.places > savers) {
-    broken.push_back(std::to_string(damage.places) + " events are torn, and " + std::to_string(savers) +
-                     " that saved events were killed");
+  if (damage.places > torn + saved.savers) {
+    broken.push_back(std::to_string(damage.places) + " events are torn, and " + std::to_string(torn) + " were before " +
+                     std::to_string(saved.savers) + " that saved events were killed");
   }
+  return damage.places;
+}
+
+void look_at_count(const box::Place &place, std::uint32_t counted, Sentences &broken) {
+  const std::uint32_t found = counted_in(place);
+  if (found >= counted) return;
+  broken.push_back("the number " + std::to_string(counted) + " was saved, and " + std::to_string(found) + " is there");
 }
 
 void look_at_trace(const box::Place &place, Sentences &broken) {
@@ -53,7 +63,8 @@ void look_at_trace(const box::Place &place, Sentences &broken) {
   for (const box::TraceEntry &entry : box::TraceRing::read(place.trace())) {
     if (last && entry.number <= *last) broken.emplace_back("the records of the trace are not in order");
     last = entry.number;
-    if (trace_book::words_of(entry).is_known) continue;
+    const bool is_as_written = entry.module != kModuleOfStorm || entry.words[3] == ~entry.words[2];
+    if (trace_book::words_of(entry).is_known && is_as_written) continue;
     broken.push_back("the record " + std::to_string(entry.number) + " of the trace is torn");
     return;
   }
@@ -79,12 +90,13 @@ void run_spbox(const std::vector<std::string> &words, Sentences &broken) {
 
 Laws::Laws(const box::Place &place) : place_(place), files_(files_in(place.root())) {}
 
-Sentences Laws::broken(const std::set<std::uint32_t> &events, std::size_t savers) const {
+Sentences Laws::broken(const Saved &saved) {
   Sentences broken;
   try {
     run_spbox({SPBOX, "units", place_.root()}, broken);
     look_for_locks(place_, broken);
-    look_for_events(place_, events, savers, broken);
+    torn_ = look_for_events(place_, saved, torn_, broken);
+    look_at_count(place_, saved.counted, broken);
   } catch (const std::exception &error) {
     broken.emplace_back(error.what());
   }

@@ -7,6 +7,8 @@
 #include <cstdlib>
 #include <exception>
 #include <filesystem>
+#include <fstream>
+#include <limits>
 #include <random>
 #include <stdexcept>
 #include <string>
@@ -16,6 +18,7 @@
 
 #include "host/base/number.h"
 #include "storm/lane.h"
+#include "storm/shared.h"
 
 namespace {
 
@@ -31,13 +34,16 @@ struct Options {
   std::chrono::seconds time = std::chrono::minutes(1);
   unsigned lanes = std::max(2U, std::thread::hardware_concurrency());
   std::uint64_t seed = std::random_device{}();
+  std::uint64_t most_killed = std::numeric_limits<std::uint64_t>::max();
+  fs::path total{};  // where it is kept how many were killed in all storms
 };
 
 // The folder stays where something was found.
-[[noreturn]] void run_lane(const fs::path &folder, std::uint64_t seed, Clock::time_point end, Tally &tally) {
+[[noreturn]] void run_lane(const fs::path &folder, unsigned lane, const Options &options, Clock::time_point end,
+                           Tally &tally) {
   try {
     fs::create_directory(folder);
-    if (storm::Lane(folder, seed, tally).go(end)) fs::remove_all(folder);
+    if (storm::Lane(folder, options.seed + lane, tally).go(end, options.most_killed)) fs::remove_all(folder);
   } catch (const std::exception &error) {
     tally.find(std::string("a lane cannot go on: ") + error.what());
   }
@@ -64,20 +70,33 @@ void watch(unsigned lanes, Tally &tally) {
   }
 }
 
+void tell_row(const char *name, const Tally::Row &row) {
+  std::printf("%-18s %10llu %10llu\n", name, static_cast<unsigned long long>(row.killed),
+              static_cast<unsigned long long>(row.ended));
+}
+
 void tell_all(const Tally &tally) {
   if (isatty(STDOUT_FILENO) == 1) std::puts("");
-  std::printf("%-18s %10s %10s\n", "", "killed", "ended");
-  for (std::size_t i = 0; i < storm::actors().size(); ++i) {
-    std::printf("%-18s %10llu %10llu\n", storm::actors()[i].name, static_cast<unsigned long long>(tally.rows[i].killed),
-                static_cast<unsigned long long>(tally.rows[i].ended));
-  }
+  const Tally::Row *row = tally.rows;
+  std::printf("%-18s %10s %10s\n", "program", "killed", "ended");
+  for (const storm::Actor &actor : storm::actors()) tell_row(actor.name, *row++);
+  std::printf("%-18s %10s %10s\n", "worker", "killed", "works done");
+  for (const storm::Duty &duty : storm::duties()) tell_row(duty.name, *row++);
   std::printf("%llu killed in %llu rounds, %llu events saved, %llu findings\n",
               static_cast<unsigned long long>(tally.killed()), static_cast<unsigned long long>(tally.rounds),
               static_cast<unsigned long long>(tally.events), static_cast<unsigned long long>(tally.findings));
 }
 
+void add_to_total(const fs::path &file, std::uint64_t killed) {
+  std::uint64_t total = 0;
+  std::ifstream(file) >> total;
+  total += killed;
+  std::ofstream(file) << total << "\n";
+  std::printf("%llu killed in all storms of this tree\n", static_cast<unsigned long long>(total));
+}
+
 int storm_over(const Options &options) {
-  Tally &tally = Tally::shared();
+  Tally &tally = storm::shared<Tally>();
   tally_to_stop = &tally;
   std::signal(SIGINT, [](int) { tally_to_stop->stop = true; });
   std::signal(SIGTERM, [](int) { tally_to_stop->stop = true; });
@@ -95,19 +114,24 @@ int storm_over(const Options &options) {
   for (unsigned lane = 0; lane < options.lanes; ++lane) {
     const pid_t child = fork();
     if (child < 0) throw std::system_error(errno, std::generic_category(), "no process can be started");
-    if (child == 0) run_lane(folder / std::to_string(lane), options.seed + lane, end, tally);
+    if (child == 0) run_lane(folder / std::to_string(lane), lane, options, end, tally);
   }
   watch(options.lanes, tally);
   tell_all(tally);
+  if (!options.total.empty()) add_to_total(options.total, tally.killed());
   if (tally.findings == 0) fs::remove(folder);
   return tally.findings == 0 ? 0 : 1;
 }
 
-// Each option has a number behind it.
+// Each option has a number behind it, but the one for a file.
 Options read_options(int argc, char **argv) {
   Options options;
   for (int i = 1; i < argc; i += 2) {
     const std::string_view name = argv[i];
+    if (name == "--total" && i + 1 < argc) {
+      options.total = argv[i + 1];
+      continue;
+    }
     const auto number = i + 1 < argc ? base::number_in<std::uint64_t>(argv[i + 1]) : std::nullopt;
     if (!number) throw std::runtime_error(std::string(name) + " takes a number");
     if (name == "--minutes" && *number > 0)
@@ -116,6 +140,8 @@ Options read_options(int argc, char **argv) {
       options.time = std::chrono::seconds(*number);
     else if (name == "--boxes" && *number > 0 && *number <= kMostLanes)
       options.lanes = static_cast<unsigned>(*number);
+    else if (name == "--kills" && *number > 0)
+      options.most_killed = *number;
     else if (name == "--seed")
       options.seed = *number;
     else

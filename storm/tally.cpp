@@ -1,19 +1,8 @@
 #include "storm/tally.h"
 
-#include <sys/mman.h>
 #include <unistd.h>
 
-#include <cerrno>
-#include <new>
-#include <system_error>
-
 namespace storm {
-
-Tally &Tally::shared() {
-  void *const memory = mmap(nullptr, sizeof(Tally), PROT_READ | PROT_WRITE, MAP_SHARED | MAP_ANONYMOUS, -1, 0);
-  if (memory == MAP_FAILED) throw std::system_error(errno, std::generic_category(), "sharing memory");
-  return *new (memory) Tally{};
-}
 
 void Tally::find(const std::string &sentence) {
   ++findings;

@@ -8,7 +8,7 @@
 
 namespace storm {
 
-constexpr std::size_t kMostActors = 32;
+constexpr std::size_t kMostActors = 32;  // and duties of workers, which come behind them
 
 struct Tally {
   struct Row {
@@ -17,9 +17,6 @@ struct Tally {
   Row rows[kMostActors];
   std::atomic<std::uint64_t> rounds, events, findings;
   std::atomic<bool> stop;
-
-  // For the life of the process and of its children. Throws.
-  static Tally &shared();
 
   // Tells of something that does not hold, in one write.
   void find(const std::string &sentence);
