@@ -11,7 +11,6 @@
 #include <cerrno>
 #include <chrono>
 #include <csignal>
-#include <cstdio>
 #include <exception>
 #include <filesystem>
 #include <stdexcept>
@@ -62,13 +61,17 @@ void leave_terminal() {
   if (nothing > STDERR_FILENO) close(nothing);
 }
 
-void say(int fd, const std::string &line) {
-  [[maybe_unused]] const int nobody_may_care = dprintf(fd, "%s\n", line.c_str());
+// Returns 0, or a number of errno.
+int say(int fd, const std::string &line) {
+  return base::write_all(fd, line + "\n");
 }
 
+// Somebody may wait for this who does not learn it: then the daemon ends, which they see. Nobody is there any more where the
+// pipe is closed.
 void say_ready(int fd) {
   leave_terminal();
-  say(fd, std::to_string(getpid()));
+  const int error = say(fd, std::to_string(getpid()));
+  if (error != 0 && error != EPIPE) throw std::system_error(error, std::generic_category(), "saying that it is ready");
 }
 
 // One daemon of a box answers at a time. The file stays: to remove it would let two daemons hold two files of its name.

@@ -362,6 +362,17 @@ TEST_F(ServerTest, OneThatCannotListenLeavesNothing) {
 }
 
 // A command in the box put it there.
+// Who waits for it would wait for ever.
+TEST_F(ServerTest, EndsWhereItCannotSayThatItIsReady) {
+  const int status = in_child([&] {
+    const int full = ::open("/dev/full", O_WRONLY);
+    alarm(20);
+    execl(MONITOR_DAEMON, MONITOR_DAEMON, place_.root().c_str(), std::to_string(full).c_str(), nullptr);
+    return 127;
+  });
+  EXPECT_EQ(status, 1);
+}
+
 TEST_F(ServerTest, TakesNoTurnBehindALink) {
   std::filesystem::create_directories(place_.daemons());
   std::filesystem::create_symlink(scratch_ / "elsewhere", place_.daemons() / ".turn");
