@@ -131,6 +131,29 @@ TEST_F(DataPages, AForgedPageIsNamed) {
   bytes_ = whole;
 }
 
+TEST_F(DataPages, EachPageSaysWhichItIsAndHowMuchOfItIsUsed) {
+  struct Row {
+    const char *says;
+    std::size_t at;
+    std::uint8_t turned;
+  };
+  const Row rows[] = {{"it is another page", 0, 0x01},
+                      {"it is of another kind", 10, 0x10},
+                      {"its list of records ends within a record's place", 12, 0x01},
+                      {"its records begin within a record", 14, 0x01},
+                      {"its records begin behind its end", 15, 0x20}};
+  fill(3);
+  for (const Row &row : rows) {
+    const Bytes whole = bytes_;
+    for (std::size_t page = 2; page < pages(); ++page) {
+      const bool is_in_a_tree = bytes_[page * kPage + 10] == 1 || bytes_[page * kPage + 10] == 2;
+      if (is_in_a_tree) bytes_[page * kPage + row.at] ^= row.turned;
+    }
+    EXPECT_TRUE(said().starts_with("page ")) << row.says << ": " << said();
+    bytes_ = whole;
+  }
+}
+
 // Nothing that stands there leads the look itself astray. Sanitizers see where it does.
 TEST_F(DataPages, WhateverStandsThereIsLookedAt) {
   fill(3);

@@ -123,6 +123,7 @@ class LmainteShowCmuIouList : public doubles::BoardsTest {
                           {"/all ones", 0xFFFFFFFF, 0xFFFFFFFF},
                           {"/made of ones", 0xCFFFFFFF, 0x30000000},
                           {"/ones, well", 0xFFFFFFFF, 0x00000000},
+                          {"/all but one", 0xFFFFFFFE, 0x30000000},
                           {"/absent", 0x7FFFFFFF, 0x30000000},
                           {"/IOU faulted", 0x80000000, 0, 0, 0xB0000000, 0x20000000}});
   }
@@ -133,6 +134,7 @@ class LmainteShowCmuIouList : public doubles::BoardsTest {
                           {"/faulted", 0x80000000, 0x20000000, 0x30000000},
                           {"/other bits", 0x80000000, 0, 0xCFFFFFFF},
                           {"/all ones", 0x80000000, 0, 0xFFFFFFFF},
+                          {"/all but one", 0x80000000, 0, 0xFFFFFFFE},
                           {"/unknown", 0xFFFFFFFF, 0xFFFFFFFF, 0x20000000},
                           {"/absent", 0, 0, 0x20000000},
                           {"/IOU is marked", 0x80000000, 0, 0, 0x80000000, 0, 0x20000000}});
