@@ -11,12 +11,13 @@
 namespace fuzz {
 namespace {
 
-constexpr std::array<Target, 8> kTargets{{
+constexpr std::array<Target, 9> kTargets{{
     {"dump", "a dump, read, written and read again", run_dump},
     {"play", "a script of a play", run_play},
     {"technician", "a technician's script", run_technician},
     {"trace_ring", "the file of the trace, damaged", run_trace_ring},
     {"event_log", "the file of the log, damaged", run_event_log},
+    {"data_pages", "the data file of the databases, forged", run_data_pages},
     {"daemon", "messages to the daemon, through its socket", run_daemon},
     {"screen", "what a command writes on its terminal", run_screen},
     {"program", "command lines of the control programs", run_program},

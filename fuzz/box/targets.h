@@ -18,6 +18,7 @@ void run_play(Input input);
 void run_technician(Input input);
 void run_trace_ring(Input input);
 void run_event_log(Input input);
+void run_data_pages(Input input);
 void run_daemon(Input input);
 void run_screen(Input input);
 void run_program(Input input);
