@@ -80,7 +80,10 @@ Sentences broken_by(const Run &run, const Line &line, const Scene &scene, const 
   for (const char *const words : kNotForPeople) {
     if (run.error.find(words) != std::string::npos) broken.push_back(std::string("it says ") + words);
   }
-  look_for_files(now, is_new ? good.after : scene.before(), failure, broken);
+  // A verb that leaves the box as it is is done where it says so.
+  const bool may_be_done = *run.status == 0 || says_so || (run.was_silenced && now.files == good.after.files);
+  const bool is_done = is_new && (!is_old || may_be_done);
+  look_for_files(now, is_done ? good.after : scene.before(), failure, broken);
   return broken;
 }
 

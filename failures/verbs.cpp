@@ -35,6 +35,7 @@ const std::vector<Line> kLines{
     {"log", {"log", "box"}},
     {"dump", {"dump", "box"}},
     {"dump FILE", {"dump", "box", "kept"}},
+    {"new", {"new", "fan_check"}},
     {"load", {"load", "qa.dump", "new"}},
     {"load --force", {"load", "qb1.dump", "box", "--force"}},
 };

@@ -23,6 +23,7 @@ Verb trace_verb();
 Verb log_verb();
 Verb dump_verb();
 Verb load_verb();
+Verb new_verb();
 
 // All of them, in the order of the help.
 std::vector<Verb> all_verbs();
