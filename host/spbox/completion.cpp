@@ -75,8 +75,9 @@ std::string bash_rows(const Verb &verb) {
       pattern = verb.name + " " + std::to_string(++place);
     }
     if (!candidates.empty()) {
-      rows += "    '" + pattern + "'" + (filling_of(word) == Filling::kCommand ? "*" : "") + ") how=\"" + candidates +
-              "\" ;;\n";
+      const std::string more = filling_of(word) == Filling::kCommand ? "*" : "";
+      rows.append("    '").append(pattern).append("'").append(more);
+      rows.append(") how=\"").append(candidates).append("\" ;;\n");
     }
   }
   return rows + "    '" + verb.name + " options') how=\"-W '" + options + "'\" ;;\n    '" + verb.name +
@@ -167,7 +168,8 @@ std::string fish_completion(const std::vector<Verb> &verbs) {
     for (const Word &word : verb.words) {
       const std::string candidates = offer(word, &Offer::fish, word.value.empty() ? "" : " -x");
       if (word.is_option()) {
-        text += here + " -l " + word.name.substr(2) + candidates + " -d " + in_quotes(word.help) + "\n";
+        text.append(here).append(" -l ").append(word.name, 2).append(candidates);
+        text.append(" -d ").append(in_quotes(word.help)).append("\n");
       } else if (!candidates.empty()) {
         text += here + candidates + "\n";
       }
