@@ -161,7 +161,7 @@ const Kind *find_kind(Predicate predicate) {
   return kind == std::end(kRows) ? nullptr : kind;
 }
 
-constexpr uintptr_t word(const char *text) {
+uintptr_t word(const char *text) {
   return reinterpret_cast<uintptr_t>(text);
 }
 

@@ -133,7 +133,7 @@ int32_t walk(const lmainte_procedure &procedure, const Kind *kind) {
   outcome = marked.begin(claim.is_taken_over());
   if (outcome == LMAINTE_OUTCOME_DONE && marked.has_all_back()) claim.settle();
   if (outcome == LMAINTE_OUTCOME_DONE && kind == nullptr) outcome = choose_kind(server, procedure, kind);
-  if (outcome == LMAINTE_OUTCOME_DONE) outcome = work_on(server, procedure, *kind);
+  if (outcome == LMAINTE_OUTCOME_DONE && kind != nullptr) outcome = work_on(server, procedure, *kind);
   if (!maintenance.end()) outcome = LMAINTE_OUTCOME_FAILED;
   return outcome;
 }

@@ -59,8 +59,10 @@ void tell_format(const char *format, ...) {
 }
 
 void remember_folder(const char *program) {
+  g_folder[0] = '\0';
   const char *const slash = program == nullptr ? nullptr : strrchr(program, '/');
-  const size_t size = slash == nullptr ? 0 : static_cast<size_t>(slash + 1 - program);
+  if (slash == nullptr) return;
+  const auto size = static_cast<size_t>(slash + 1 - program);
   if (size >= kFolderRoom) return;
   memcpy(g_folder, program, size);
   g_folder[size] = '\0';

@@ -42,7 +42,7 @@ struct Fold {
 };
 
 // One line as it is shown, broken where it is too long. A word that is longer than a line stays whole.
-Text folded(std::string_view line, const Fold &fold = {});
+Text folded(std::string_view raw, const Fold &fold = {});
 
 // The same for a text of several lines.
 Text in_lines(std::string_view text, size_t columns = kColumns);

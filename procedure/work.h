@@ -77,7 +77,7 @@ struct lmainte_work {
   bool leave_unit();
   bool put_back();
   bool leave_empty() const;
-  bool leave_as_it_is(int32_t condition) const;
+  bool leave_as_it_is(int32_t value) const;
   bool leave_unknown(int32_t result) const;
 
   const bool was_in_place_;

@@ -81,7 +81,7 @@ class Draft {
     throw std::system_error(errno, std::generic_category());
   }
   ~Draft() {
-    for (auto path = made_.rbegin(); path != made_.rend(); ++path) std::remove(path->c_str());
+    for (; !made_.empty(); made_.pop_back()) std::remove(made_.back().c_str());
   }
   Draft(const Draft &) = delete;
   Draft &operator=(const Draft &) = delete;
