@@ -69,7 +69,7 @@ Crew::Crew(const box::Place &place, const std::vector<std::string> &units, Tally
 Crew::~Crew() {
   if (leader_ < 0) return;
   kill(leader_, SIGKILL);
-  base::wait_status_of(leader_);
+  waitpid(leader_, nullptr, 0);
 }
 
 void Crew::start(std::uint64_t seed) {

@@ -38,8 +38,8 @@ class Crew {
 
  private:
   [[noreturn]] void lead(std::uint64_t seed);
-  [[noreturn]] void work(std::size_t duty, std::uint64_t seed, pid_t leader);
-  void take_end(std::size_t duty, int status);
+  [[noreturn]] void work(std::size_t number, std::uint64_t seed, pid_t leader);
+  void take_end(std::size_t number, int status);
   void find(std::size_t duty, const std::string &what);
 
   const box::Place &place_;
