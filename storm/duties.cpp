@@ -119,21 +119,12 @@ bool trace(Hand &hand) {
   return true;
 }
 
-// What a verb tells people goes nowhere, and comes back where the verb fails in a way of its own.
-class Silence {
- public:
-  Silence() : told_(dup(STDERR_FILENO)) {
-    const int nowhere = open("/dev/null", O_WRONLY | O_CLOEXEC);
-    if (told_ < 0 || nowhere < 0 || dup2(nowhere, STDOUT_FILENO) < 0 || dup2(nowhere, STDERR_FILENO) < 0)
-      throw std::runtime_error("a verb has no output");
-  }
-  ~Silence() { dup2(told_, STDERR_FILENO); }
-  Silence(const Silence &) = delete;
-  Silence &operator=(const Silence &) = delete;
-
- private:
-  int told_;
-};
+// What a verb tells people goes nowhere.
+void be_silent() {
+  const int nowhere = open("/dev/null", O_WRONLY | O_CLOEXEC);
+  if (nowhere < 0 || dup2(nowhere, STDOUT_FILENO) < 0 || dup2(nowhere, STDERR_FILENO) < 0)
+    throw std::runtime_error("a verb has no output");
+}
 
 Words any_line(Hand &hand) {
   const std::string box = hand.place.root(), &unit = any_unit(hand);
@@ -149,15 +140,19 @@ Words any_line(Hand &hand) {
   return one_of(lines, hand.random);
 }
 
-// The verb confines the process.
+// The verb confines the process, also where the box says why not: no other can follow.
 bool do_verb(Hand &hand) {
   Words words = any_line(hand);
   const std::string name = words.front();
   words.erase(words.begin());
   const auto verbs = spbox::all_verbs();
   const auto verb = std::ranges::find(verbs, name, &spbox::Verb::name);
-  const Silence silence;
-  spbox::act(*verb, words);
+  be_silent();
+  try {
+    spbox::act(*verb, words);
+  } catch (const box::BoxError &error) {
+    if (*error.what() == '\0') throw std::runtime_error("a verb does not say why not");
+  }
   return false;
 }
 

@@ -96,7 +96,7 @@ void add_to_total(const fs::path &file, std::uint64_t killed) {
 }
 
 int storm_over(const Options &options) {
-  Tally &tally = storm::shared<Tally>();
+  auto &tally = storm::shared<Tally>();
   tally_to_stop = &tally;
   std::signal(SIGINT, [](int) { tally_to_stop->stop = true; });
   std::signal(SIGTERM, [](int) { tally_to_stop->stop = true; });
