@@ -56,11 +56,17 @@ static int32_t ask_how(lmainte_work *work) {
   return outcome;
 }
 
+/* Called by lmainte_operate_quietly, which keeps a Ctrl-C from the control program. */
+static int32_t led_blink(void *argument) {
+  return switch_led(argument, LMAINTE_LED_BLINK);
+}
+
 /* Said before it is done: a program that was stopped at its limit may have switched the LED. */
 static int32_t blink(lmainte_work *work) {
   if (lmainte_work_undo_later(work, "The LED of the fan tray may still blink", led_off, NULL) != LMAINTE_OK)
     return LMAINTE_OUTCOME_FAILED;
-  const int32_t result = switch_led(work, LMAINTE_LED_BLINK);
+  const int32_t longest = lmainte_work_limit(work, LMAINTE_CMD_CTLLED);
+  const int32_t result = lmainte_operate_quietly("Switching the LED ", longest, led_blink, work);
   if (result == LMAINTE_OK) return LMAINTE_OUTCOME_DONE;
   return lmainte_tell_failure(result, "The LED of %s does not blink", lmainte_work_unit(work)->name);
 }

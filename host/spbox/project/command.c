@@ -18,12 +18,18 @@ static int32_t led_off(lmainte_work *work, void *argument) {
   return switch_led(work, LMAINTE_LED_OFF);
 }
 
+/* Called by lmainte_operate_quietly, which keeps a Ctrl-C from the control program. */
+static int32_t led_blink(void *argument) {
+  return switch_led(argument, LMAINTE_LED_BLINK);
+}
+
 /* A step of this command's own. What takes it back is said before it is done. */
 static int32_t find_the_unit(lmainte_work *work) {
   const char *name = lmainte_work_unit(work)->name;
   if (lmainte_work_undo_later(work, "The LED of the unit may still blink", led_off, NULL) != LMAINTE_OK)
     return LMAINTE_OUTCOME_FAILED;
-  const int32_t result = switch_led(work, LMAINTE_LED_BLINK);
+  const int32_t longest = lmainte_work_limit(work, LMAINTE_CMD_CTLLED);
+  const int32_t result = lmainte_operate_quietly("Switching the LED ", longest, led_blink, work);
   if (result != LMAINTE_OK) return lmainte_tell_failure(result, "The LED of %s does not blink", name);
   return lmainte_confirm("The LED of %s blinks. Type 1 when you see it, q to give up: ", name);
 }

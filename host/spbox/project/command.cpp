@@ -22,7 +22,9 @@ int32_t find_the_unit(lmainte_work *work) {
   const char *name = lmainte_work_unit(work)->name;
   if (lmainte_work_undo_later(work, "The LED of the unit may still blink", led_off, nullptr) != LMAINTE_OK)
     return LMAINTE_OUTCOME_FAILED;
-  const int32_t result = switch_led(work, LMAINTE_LED_BLINK);
+  // A Ctrl-C does not reach the control program.
+  const int32_t result = lmainte::operate_quietly("Switching the LED ", lmainte_work_limit(work, LMAINTE_CMD_CTLLED),
+                                                  [&] { return switch_led(work, LMAINTE_LED_BLINK); });
   if (result != LMAINTE_OK) return lmainte_tell_failure(result, "The LED of %s does not blink", name);
   return lmainte_confirm("The LED of %s blinks. Type 1 when you see it, q to give up: ", name);
 }
