@@ -3,8 +3,8 @@
  *
  *   fan_check    shows the list of fan trays and asks for one
  *
- * The tray's LED blinks while it is checked. Its fans run at low speed and, if the operator wants, at high speed. The log
- * has the result. Whatever happens, the fans run slowly and the LED is off at the end.
+ * The tray is marked while it is checked: its LED blinks. Its fans run at low speed and, if the operator wants, at high speed.
+ * The log has the result. Whatever happens, the fans run slowly and the marks are gone at the end.
  *
  * Exit status: 0 the tray is good, 1 it is not, or something failed, 2 the operator gave up.
  */
@@ -20,15 +20,6 @@ struct check {
 
 /* The author's own events, of this form. */
 enum { FORM = LMAINTE_LOG_OWN, EVENT_GOOD = 1, EVENT_NOT_GOOD = 2 };
-
-static int32_t switch_led(lmainte_work *work, int32_t mode) {
-  return lmainte_control_led(mode, lmainte_work_limit(work, LMAINTE_CMD_CTLLED), lmainte_work_unit(work));
-}
-
-static int32_t led_off(lmainte_work *work, void *argument) {
-  (void)argument;
-  return switch_led(work, LMAINTE_LED_OFF);
-}
 
 static int32_t set_speed(lmainte_work *work, int32_t speed) {
   return lmainte_control_fan(speed, lmainte_work_limit(work, LMAINTE_CMD_CTLFAN), NULL);
@@ -56,21 +47,6 @@ static int32_t ask_how(lmainte_work *work) {
   return outcome;
 }
 
-/* Called by lmainte_operate_quietly, which keeps a Ctrl-C from the control program. */
-static int32_t led_blink(void *argument) {
-  return switch_led(argument, LMAINTE_LED_BLINK);
-}
-
-/* Said before it is done: a program that was stopped at its limit may have switched the LED. */
-static int32_t blink(lmainte_work *work) {
-  if (lmainte_work_undo_later(work, "The LED of the fan tray may still blink", led_off, NULL) != LMAINTE_OK)
-    return LMAINTE_OUTCOME_FAILED;
-  const int32_t longest = lmainte_work_limit(work, LMAINTE_CMD_CTLLED);
-  const int32_t result = lmainte_operate_quietly("Switching the LED ", longest, led_blink, work);
-  if (result == LMAINTE_OK) return LMAINTE_OUTCOME_DONE;
-  return lmainte_tell_failure(result, "The LED of %s does not blink", lmainte_work_unit(work)->name);
-}
-
 /* Called by lmainte_operate, while a line of dots shows that time passes. */
 static int32_t check_speeds(void *argument) {
   lmainte_work *work = argument;
@@ -79,6 +55,7 @@ static int32_t check_speeds(void *argument) {
   return result == LMAINTE_OK && check->is_whole ? check_at(work, LMAINTE_FAN_HIGH) : result;
 }
 
+/* What undoes it is said before it is done: a program that was stopped at its limit may have switched the fans. */
 static int32_t check_fans(lmainte_work *work) {
   struct check *check = lmainte_work_data(work);
   const int32_t longest =
@@ -102,7 +79,9 @@ static int32_t record(lmainte_work *work) {
   return logged == LMAINTE_OK && check->is_good ? LMAINTE_OUTCOME_DONE : LMAINTE_OUTCOME_FAILED;
 }
 
-static const lmainte_step kSteps[] = {ask_how, blink, check_fans, lmainte_step_show_state, record, NULL};
+/* The mark comes first: by the unit's flag the next procedure finds what this one leaves if it is killed. */
+static const lmainte_step kSteps[] = {lmainte_step_mark,       ask_how, check_fans, lmainte_step_unmark,
+                                      lmainte_step_show_state, record,  NULL};
 
 int main(int argc, char **argv) {
   struct check check = {false, false};

@@ -17,16 +17,20 @@
  * Around the steps stands what every procedure owes:
  *
  *   1. the session       the terminal's mode and the signals; both are as they were when the command ends
- *   2. the claim         one procedure at a time; one that was killed is taken over, and what it left is put in order
+ *   2. the claim         one procedure at a time. One that was killed is taken over: maintenance mode is ended, and the
+ *                        marks of units with a maintenance flag are taken back. What an author's step switched for a
+ *                        unit without a flag is found by nobody, so let lmainte_step_mark come first
  *   3. maintenance mode  begun before the first step and ended after the last
  *   4. the unit          the operator chooses a kind and a unit; a unit that is refused leaves the others
  *   5. the way back      what a step switched is switched back at every way out: after a refusal, a failure, a "q", an
- *                        interrupt, a lost terminal. What cannot be switched back is told, and is in the log
+ *                        interrupt, a lost terminal. What cannot be switched back is told, and is in the log. A step
+ *                        that ends the process itself, by exit() or an exception, leaves all as it is
  *
  * Rules that hold where a function does not say otherwise:
  *
  * - It stands on lmainte.h and on the platform of lmainte_platform.h, and needs nothing else but the C library.
- * - One thread, and one procedure in a process.
+ * - One thread, and one procedure in a process. From the session's begin to its end SIGINT, SIGQUIT, SIGTERM, SIGHUP,
+ *   SIGALRM and SIGCHLD belong to this library; then they are as they were.
  * - Texts are copied, or are read only during the call. Records belong to the library.
  * - What the operator reads is in lines of 80 columns. A name from the hardware is shown, never obeyed by the terminal.
  * - Texts for the operator are looked up in the message catalogue "lmainte_procedure", and are English without it.
@@ -62,11 +66,12 @@ enum {
 /* The work on the unit that the operator has chosen. It lives until the last step has ended and all is switched back. */
 typedef struct lmainte_work lmainte_work;
 
-/* One step. It returns LMAINTE_OUTCOME_...; all but DONE end the walk. Once the unit has all that it needed
- * (LMAINTE_CONDITION_GOOD), the steps that are left are walked all the same. */
+/* One step. It returns LMAINTE_OUTCOME_...; all but DONE end the walk, and so does a signal. Any other number is told, and
+ * ends the walk as FAILED. Once the unit has all that it needed (LMAINTE_CONDITION_GOOD), the steps that are left are walked
+ * all the same. */
 typedef int32_t (*lmainte_step)(lmainte_work *work);
 
-/* The action of a procedure that sends no event: a check, for example. */
+/* The action of a procedure that sends no event: a check, for example. 0 is LMAINTE_EVENT_REPLACED. */
 enum { LMAINTE_ACTION_NONE = -1 };
 
 /* What a field holds that is not given. C clears it. */
@@ -76,15 +81,16 @@ enum { LMAINTE_ACTION_NONE = -1 };
 #define LMAINTE_UNLESS_GIVEN(value)
 #endif
 
-/* What a procedure is. Clear what is not needed: fields may be added behind these in later versions. */
+/* What a procedure is. Clear what is not needed: later versions put fields in the place of `reserved`, and the size, 60 bytes
+ * or 120 where a pointer has eight, stays. */
 typedef struct lmainte_procedure {
-  const char *name;          /* of the command */
-  const char *verb;          /* in questions: "Which power supply do you replace?" */
-  const char *done;          /* in sentences: "/PSU#0 is replaced." */
-  int32_t action;            /* LMAINTE_EVENT_..., or LMAINTE_ACTION_NONE */
-  const lmainte_step *steps; /* ended by NULL */
-  const char *kind LMAINTE_UNLESS_GIVEN(
-      nullptr); /* the word of the only kind that it is for, such as "fan"; NULL: the operator chooses */
+  const char *name LMAINTE_UNLESS_GIVEN(nullptr);           /* of the command */
+  const char *verb LMAINTE_UNLESS_GIVEN(nullptr);           /* in questions: "Which power supply do you replace?" */
+  const char *done LMAINTE_UNLESS_GIVEN(nullptr);           /* in sentences: "/PSU#0 is replaced." */
+  int32_t action LMAINTE_UNLESS_GIVEN(LMAINTE_ACTION_NONE); /* LMAINTE_EVENT_..., or LMAINTE_ACTION_NONE */
+  const lmainte_step *steps LMAINTE_UNLESS_GIVEN(nullptr);  /* ended by NULL */
+  /* The word of the only kind that it is for, such as "fan"; NULL: the operator chooses. */
+  const char *kind LMAINTE_UNLESS_GIVEN(nullptr);
   void *data LMAINTE_UNLESS_GIVEN(nullptr); /* the author's own; lmainte_work_data returns it */
   const void *reserved[8] LMAINTE_UNLESS_GIVEN({});
 } lmainte_procedure;
@@ -97,7 +103,8 @@ typedef struct lmainte_procedure {
  *
  * Returns LMAINTE_OUTCOME_DONE, _FAILED or _GIVEN_UP. After a signal it does not return: the command dies of it, so
  * that a shell sees what happened. Not done, and told on standard error: words that make no sense; standard input or
- * output that is no terminal; a procedure without name, verb, done or steps, or with a kind that there is not.
+ * output that is no terminal; a procedure without name, verb, done or steps, or with a kind that there is not; one that is
+ * started within another.
  */
 int lmainte_procedure_run(const lmainte_procedure *procedure, int argc, char **argv);
 
@@ -123,10 +130,10 @@ const UnitRecord *lmainte_work_unit(const lmainte_work *work);
 uint32_t lmainte_work_status(const lmainte_work *work);
 
 /* The unit's record, as lmainte_get_fru_data fills it in for its kind: SbData for cmu and iou, FantrayData, PsuData,
- * BpUnitData. It is overwritten by lmainte_work_read. */
+ * BpUnitData. It is overwritten by lmainte_work_read, and by the steps take_out, put_in and bring_up. */
 const void *lmainte_work_record(const lmainte_work *work);
 
-/* Reads the record and the status word anew. Returns LMAINTE_OK, or the reader's result; then the old ones stay. */
+/* Reads the record and the status word anew, as the steps take_out and put_in do. Returns LMAINTE_OK, or the reader's result; then the old ones stay. */
 int32_t lmainte_work_read(lmainte_work *work);
 
 /* What server this is. */
@@ -148,16 +155,18 @@ void *lmainte_work_data(const lmainte_work *work);
 typedef int32_t (*lmainte_undo)(lmainte_work *work, void *argument);
 
 /*
- * Says what takes back what this step is about to switch. It is done at the way out, whichever it is: the last
- * undoing that was said is the first that is done, before the marks of lmainte_step_mark are taken back. Signals of the
- * keyboard wait meanwhile.
+ * Says what takes back what this step is about to switch. It is done at the way out, whichever it is: first the unit is
+ * put back into operation where lmainte_step_detach took it out, then the last undoing that was said is the first that
+ * is done, then the marks of lmainte_step_mark are taken back. An undoing runs as under lmainte_operate_quietly: it asks
+ * nothing, and says no undoing of its own.
  *
  * what      what may stay where the undoing fails: "The alarm of /FAN_A#0 may still be off". The operator is told it, and the
  *           log has LMAINTE_LEFT_MARKED. It must stay readable
  * argument  handed over to undo. It must stay until then
  *
  * Say it before you switch: a program that was stopped at its limit may have done its work. Returns LMAINTE_OK, or
- * LMAINTE_FAILED: an argument is NULL, or LMAINTE_UNDO_MOST are said already. Nothing is to be switched then.
+ * LMAINTE_FAILED: `what` or `undo` is NULL, LMAINTE_UNDO_MOST are said already, or an undoing runs. Nothing is to be
+ * switched then.
  */
 int32_t lmainte_work_undo_later(lmainte_work *work, const char *what, lmainte_undo undo, void *argument);
 
@@ -183,7 +192,8 @@ int32_t lmainte_work_log(const lmainte_work *work, uint8_t form, uint8_t code);
  * operation  is called once, with argument
  *
  * A child of the command shows the progress, at once or when five seconds have passed, and answers a Ctrl-C: the program
- * is not torn away, the operator is told to wait, and the next question is not asked. Returns what the operation returned.
+ * is not torn away, the operator is told to wait, and the next question is not asked. An operation prints nothing, asks
+ * nothing and starts no other. Returns what the operation returned.
  */
 int32_t lmainte_operate(const char *message, int32_t longest, int32_t (*operation)(void *argument), void *argument);
 int32_t lmainte_operate_quietly(const char *message, int32_t longest, int32_t (*operation)(void *argument),
@@ -204,7 +214,8 @@ void lmainte_tell(const char *format, ...) LMAINTE_PRINTF(1, 2);
  * LMAINTE_OUTCOME_FAILED, so that a step can end with it. */
 int32_t lmainte_tell_failure(int32_t result, const char *format, ...) LMAINTE_PRINTF(2, 3);
 
-/* Tells what to do, and on a line of its own the command that does it, as it works where the operator reads it. */
+/* Tells what to do, and on a line of its own the command that does it: as it stands, behind LMAINTE_PROCEDURE_WAY where
+ * that is set. A command that is not on the PATH is given with its folder. */
 void lmainte_advise(const char *command, const char *format, ...) LMAINTE_PRINTF(2, 3);
 
 /*
@@ -221,7 +232,7 @@ int32_t lmainte_choose(int32_t count, int32_t *choice, const char *format, ...) 
 int32_t lmainte_confirm(const char *format, ...) LMAINTE_PRINTF(1, 2);
 
 /* The same question as lmainte_choose, where a table stands above it in the pager: a q that was meant for the pager does
- * not give up at once. */
+ * not give up at once. It is for questions before anything is switched, and says that nothing is changed yet. */
 int32_t lmainte_choose_behind_table(int32_t count, int32_t *choice, const char *format, ...) LMAINTE_PRINTF(3, 4);
 
 /* ---- The session of a command that is no procedure --------------------------------------------------------------- */
@@ -240,7 +251,7 @@ int32_t lmainte_choose_behind_table(int32_t count, int32_t *choice, const char *
  *                        standard input or output is no terminal: questions fail then, lists run through in one go
  * lmainte_session_shown  is given the result of what the library showed, and returns it: a pager that was killed leaves the
  *                        terminal in a mode of its own
- * lmainte_session_signal the signal that asks the command to end, 0 where none came
+ * lmainte_session_signal the signal that asks the command to end, 0 where none came. A step of a procedure may ask, too
  * lmainte_session_end    the terminal is as it was found. After a signal the command dies of it here
  *
  * lmainte_procedure_run does all of this itself.
@@ -269,15 +280,15 @@ int32_t lmainte_step_choose_mirroring(lmainte_work *work);
 int32_t lmainte_step_choose_division(lmainte_work *work);
 
 /* The unit's maintenance flag, its LED, and for a fan tray faster fans: set, and taken back. All are taken back at the
- * way out, too. A unit that has a flag already is refused. */
+ * way out, too. A unit that has a flag already is refused, but for one that this procedure has marked. */
 int32_t lmainte_step_mark(lmainte_work *work);
 int32_t lmainte_step_unmark(lmainte_work *work);
 
 /* Takes the unit out of operation, and a board off the server's links. */
 int32_t lmainte_step_detach(lmainte_work *work);
 
-/* Ask for the technician's hands, and watch until the unit is gone, or in place. put_in_if_missing leaves a unit where it
- * is that is there already. */
+/* Ask for the technician's hands, and watch until the unit is gone, or in place. take_out fails for a unit that may be in
+ * operation: lmainte_step_detach comes before it. put_in_if_missing leaves a unit where it is that is there already. */
 int32_t lmainte_step_take_out(lmainte_work *work);
 int32_t lmainte_step_put_in(lmainte_work *work);
 int32_t lmainte_step_put_in_if_missing(lmainte_work *work);
@@ -289,7 +300,7 @@ int32_t lmainte_step_bring_up(lmainte_work *work);
 /* Gives up the extended system boards of a board that is removed for good. */
 int32_t lmainte_step_give_up_parts(lmainte_work *work);
 
-/* Sends the event of the procedure's action to the log. */
+/* Sends the event of the procedure's action to the log, if it has one, and says that the unit is done. */
 int32_t lmainte_step_record(lmainte_work *work);
 
 /* ---- What a procedure leaves undone ------------------------------------------------------------------------------ */
@@ -320,6 +331,9 @@ enum {
 /* What an operator types before a command that is to run on the service processor, where it is not their own shell: in the
  * environment of the command, or missing. */
 #define LMAINTE_PROCEDURE_WAY "SPBOX_RUN"
+
+#undef LMAINTE_UNLESS_GIVEN
+#undef LMAINTE_PRINTF
 
 #ifdef __GNUC__
 #pragma GCC visibility pop

@@ -13,11 +13,19 @@ namespace {
 // The library's answer to a question. After Ctrl-Z and fg the question is asked again.
 int32_t answer_to(std::string_view question, int32_t count, int32_t &choice) {
   constexpr size_t kRoomForAnswer = 4;
-  const Text lines = in_lines(question, kColumns - kRoomForAnswer);
+  const Text all = in_lines(question, kColumns - kRoomForAnswer);
+  std::string_view lines = all.view();
+  // The library asks in 1023 bytes at most. What stands above the last line of a longer question is told.
+  constexpr size_t kLongest = 1000;
+  const size_t last = lines.size() > kLongest ? lines.rfind('\n') : std::string_view::npos;
+  if (last != std::string_view::npos) {
+    tell(lines.substr(0, last));
+    lines.remove_prefix(last + 1);
+  }
   const Continued continued;
   int32_t result = LMAINTE_ASK_INTERRUPTED;
   while (result == LMAINTE_ASK_INTERRUPTED && signal_that_came() == 0)
-    result = lmainte_ask_select(count, &choice, "%s", lines.c_str());
+    result = lmainte_ask_select(count, &choice, "%s", lines.data());
   return signal_that_came() == 0 ? result : LMAINTE_ASK_INTERRUPTED;
 }
 

@@ -3,6 +3,7 @@
 #include <sys/prctl.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <csignal>
 #include <cstdio>
 
@@ -21,7 +22,8 @@ void watch(const sigset_t &heard, const char *message, int32_t longest, Line lin
     if (number == SIGTERM) break;
     if (number < 0 && indicator == 0) {
       constexpr int32_t kToStopIt = 15;  // seconds: the library does, when a control program has spent its time
-      const DotParam request = {1, message, longest + kToStopIt};
+      constexpr int32_t kMost = 86400;
+      const DotParam request = {1, message, std::clamp(longest, 0, kMost) + kToStopIt};
       indicator = lmainte_dot_start(&request);
     } else if (number > 0 && !has_answered) {
       has_answered = true;
@@ -58,7 +60,8 @@ int32_t operate(const char *message, int32_t longest, int32_t (*operation)(void 
 
 }  // namespace
 
-Beside::Beside(const char *message, int32_t longest, Line line) : child_(start(message, longest, line)) {}
+Beside::Beside(const char *message, int32_t longest, Line line)
+    : child_(start(shown(message).c_str(), longest, line)) {}
 
 Beside::~Beside() {
   if (child_ > 0) lmainte_dot_end(child_);

@@ -23,6 +23,8 @@ class Condition {
   void is_exchanged();
   // It was tested and set up, with this result. It may have come into operation before it failed.
   void bring_up_ended(int32_t result, bool is_in_operation);
+  // It is in operation again, as it was found.
+  void is_put_back();
   // It has all that it needed: whatever comes afterwards, nothing of it is undone.
   void is_good() { value_ = LMAINTE_CONDITION_GOOD; }
 

@@ -62,7 +62,10 @@ void speak_the_operators_language() {
   }
   char folder[PATH_MAX];
   find_translations(folder);
-  for (const char *const catalogue : {"cli_cmn_msg", "lmainte_procedure"}) bindtextdomain(catalogue, folder);
+  for (const char *const catalogue : {"cli_cmn_msg", "lmainte_procedure"}) {
+    bindtextdomain(catalogue, folder);
+    bind_textdomain_codeset(catalogue, "UTF-8");  // what is no UTF-8 is shown as bytes
+  }
 }
 
 }  // namespace procedure

@@ -73,15 +73,29 @@ int32_t choose_unit(const Server &server, const lmainte_procedure &procedure, co
   return result == LMAINTE_OK ? LMAINTE_OUTCOME_DONE : failed(words("The unit could not be read"), result, try_again());
 }
 
-// A step that is not done ends the walk. But once the unit has all that it needed, the steps that are left are walked all
-// the same: the log is to know of it whether or not its LED can be switched off.
+// What a step may return, and no more: a result of lmainte.h is none.
+int32_t outcome_of(lmainte_step step, lmainte_work &work, size_t place) {
+  const int32_t outcome = step(&work);
+  if (outcome >= LMAINTE_OUTCOME_DONE && outcome <= LMAINTE_OUTCOME_REFUSED) return outcome;
+  tell_format(words("Step %d of the procedure ended with %d, which is no outcome of a step."),
+              static_cast<int>(place + 1), outcome);
+  return LMAINTE_OUTCOME_FAILED;
+}
+
+// A step that is not done ends the walk, and so does a signal. But once the unit has all that it needed, the steps that are
+// left are walked all the same: the log is to know of it whether or not its LED can be switched off. Then no other unit is
+// chosen, and what failed is not forgotten.
 int32_t walk_steps(const lmainte_procedure &procedure, lmainte_work &work) {
   int32_t walked = LMAINTE_OUTCOME_DONE;
-  for (const lmainte_step *step = procedure.steps; *step != nullptr; ++step) {
-    const int32_t outcome = (*step)(&work);
+  for (size_t i = 0; procedure.steps[i] != nullptr; ++i) {
+    const bool was_good = work.condition.value() == LMAINTE_CONDITION_GOOD;
+    if (!was_good && signal_that_came() != 0) return not_chosen(LMAINTE_OK);
+    int32_t outcome = outcome_of(procedure.steps[i], work, i);
     if (outcome == LMAINTE_OUTCOME_DONE) continue;
-    walked = outcome;
-    if (work.condition.value() != LMAINTE_CONDITION_GOOD) break;
+    const bool is_good = work.condition.value() == LMAINTE_CONDITION_GOOD;
+    if (is_good && outcome == LMAINTE_OUTCOME_REFUSED) outcome = LMAINTE_OUTCOME_FAILED;
+    if (walked != LMAINTE_OUTCOME_FAILED) walked = outcome;
+    if (!is_good) break;
   }
   return walked;
 }
@@ -154,8 +168,12 @@ void tell_usage(const lmainte_procedure &procedure, FILE *out) {
 
 // What its author has to mend: null where the procedure is as it should be.
 const char *what_is_wrong(const lmainte_procedure &procedure) {
-  if (procedure.name == nullptr || procedure.verb == nullptr || procedure.done == nullptr || procedure.steps == nullptr)
+  const auto is_text = [](const char *text) { return text != nullptr && *text != '\0'; };
+  if (!is_text(procedure.name) || !is_text(procedure.verb) || !is_text(procedure.done) || procedure.steps == nullptr)
     return "a procedure has a name, a verb, a word for done, and steps";
+  for (const void *later : procedure.reserved) {
+    if (later != nullptr) return "what is reserved in it is not cleared";
+  }
   if (procedure.kind != nullptr && kind_named(procedure.kind) == nullptr) return "its kind of unit is none of them";
   return nullptr;
 }
@@ -164,9 +182,13 @@ const char *what_is_wrong(const lmainte_procedure &procedure) {
 }  // namespace procedure
 
 int lmainte_procedure_run(const lmainte_procedure *procedure, int argc, char **argv) {
-  const char *const wrong = procedure::what_is_wrong(*procedure);
+  static bool is_running = false;
+  const char *const wrong = procedure == nullptr ? "there is no procedure"
+                            : is_running         ? "a procedure runs already"
+                                                 : procedure::what_is_wrong(*procedure);
   if (wrong != nullptr) {
-    fprintf(stderr, "%s: %s.\n", procedure->name == nullptr ? "lmainte_procedure_run" : procedure->name, wrong);
+    const bool is_named = procedure != nullptr && procedure->name != nullptr;
+    fprintf(stderr, "%s: %s.\n", is_named ? procedure->name : "lmainte_procedure_run", wrong);
     return LMAINTE_OUTCOME_FAILED;
   }
   if (argc == 2 && strcmp(argv[1], "--help") == 0) {
@@ -180,6 +202,7 @@ int lmainte_procedure_run(const lmainte_procedure *procedure, int argc, char **a
     procedure::tell_usage(*procedure, stderr);
     return LMAINTE_OUTCOME_FAILED;
   }
+  is_running = true;
   procedure::remember_folder(argv[0]);
   int32_t outcome = LMAINTE_OUTCOME_FAILED;
   if (lmainte_session_begin() == LMAINTE_OK)
@@ -188,5 +211,6 @@ int lmainte_procedure_run(const lmainte_procedure *procedure, int argc, char **a
     fprintf(stderr, procedure::words("%s: this is no terminal. Start it on the operator's terminal.\n"),
             procedure->name);
   lmainte_session_end();
+  is_running = false;
   return outcome;
 }

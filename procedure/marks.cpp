@@ -30,7 +30,7 @@ void Marks::take_over() {
 }
 
 bool Marks::take_back() {
-  if (!has_fans_ && !has_led_ && !has_flag_) return true;
+  if (!are_set()) return true;
   Results results;
   with_late_progress(text_of(words("Taking back the marks of %s "), unit_.name), longest(), [&] {
     results = switch_back();

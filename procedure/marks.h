@@ -12,6 +12,8 @@ class Marks {
  public:
   Marks(const Server &server, const UnitRecord &unit) : server_(server), unit_(unit) {}
 
+  bool are_set() const { return has_flag_ || has_led_ || has_fans_; }
+
   // Sets them. What was begun is taken back also where it failed.
   int32_t set();
 

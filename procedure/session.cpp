@@ -7,6 +7,7 @@
 #include <cerrno>
 #include <cstdio>
 #include <initializer_list>
+#include <iterator>
 
 #include "include/lmainte_procedure.h"
 #include "procedure/language.h"
@@ -16,7 +17,6 @@ namespace {
 
 volatile std::sig_atomic_t g_signal = 0;
 volatile std::sig_atomic_t g_undisturbed = 0;
-volatile std::sig_atomic_t g_continued = 0;
 pid_t g_self = 0;
 
 struct Terminal {
@@ -37,16 +37,31 @@ void end_waiting(int number) {
   errno = saved;
 }
 
-void note_continuing(int /*number*/) {
-  g_continued = 1;
-}
+// That it runs ends the wait.
+void go_on(int /*number*/) {}
 
-// Without SA_RESTART: a read must end.
+constexpr int kCaught[] = {SIGINT, SIGQUIT, SIGTERM, SIGHUP, SIGALRM};
+struct sigaction g_found[std::size(kCaught) + 1];
+bool g_is_catching = false;
+
+// Without SA_RESTART: a read must end. The library waits for its children, which a caller that ignores SIGCHLD has not.
 void catch_signals() {
+  if (g_is_catching) return;
+  g_is_catching = true;
   g_self = getpid();
   struct sigaction action {};
   action.sa_handler = end_waiting;
-  for (const int number : {SIGINT, SIGQUIT, SIGTERM, SIGHUP, SIGALRM}) sigaction(number, &action, nullptr);
+  for (size_t i = 0; i < std::size(kCaught); ++i) sigaction(kCaught[i], &action, &g_found[i]);
+  action.sa_handler = SIG_DFL;
+  sigaction(SIGCHLD, &action, &g_found[std::size(kCaught)]);
+}
+
+void leave_signals() {
+  if (!g_is_catching) return;
+  g_is_catching = false;
+  alarm(0);
+  for (size_t i = 0; i < std::size(kCaught); ++i) sigaction(kCaught[i], &g_found[i], nullptr);
+  sigaction(SIGCHLD, &g_found[std::size(kCaught)], nullptr);
 }
 
 // A procedure that was killed leaves the terminal without echo, and a killed pager leaves it without lines. Nobody reads the
@@ -69,6 +84,7 @@ bool begin_session() {
 void end_session() {
   if (g_terminal.is_quiet) tcsetattr(STDOUT_FILENO, TCSADRAIN, &g_terminal.found);
   g_terminal.is_quiet = false;
+  leave_signals();
 }
 
 int signal_that_came() {
@@ -109,18 +125,12 @@ Undisturbed::~Undisturbed() {
 
 Continued::Continued() {
   struct sigaction action {};
-  action.sa_handler = note_continuing;  // without SA_RESTART
+  action.sa_handler = go_on;  // without SA_RESTART
   sigaction(SIGCONT, &action, &before_);
 }
 
 Continued::~Continued() {
   sigaction(SIGCONT, &before_, nullptr);
-}
-
-bool Continued::happened() {
-  const bool result = g_continued != 0;
-  g_continued = 0;
-  return result;
 }
 
 }  // namespace procedure

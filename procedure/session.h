@@ -47,9 +47,6 @@ class Continued {
   Continued(const Continued &) = delete;
   Continued &operator=(const Continued &) = delete;
 
-  // Whether the command was stopped and continued since this was asked last.
-  static bool happened();
-
  private:
   struct sigaction before_ {};
 };

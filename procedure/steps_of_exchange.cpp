@@ -20,11 +20,14 @@ int32_t await(lmainte_work &work, Expectation expectation, const char *request, 
   for (;;) {
     const int32_t outcome = confirm(text_of(words(request), work.name()).view());
     if (outcome != LMAINTE_OUTCOME_DONE) return outcome;
+    AnyRecord seen{};
     const int32_t result = with_progress(Text(words("Watching the unit ")), kLongest, [&] {
-      return lmainte_chk_fru_install(expectation, work.kind.type, work.unit.record.number, work.server.model(),
-                                     &work.record);
+      return lmainte_chk_fru_install(expectation, work.kind.type, work.unit.record.number, work.server.model(), &seen);
     });
-    if (result == LMAINTE_OK) return LMAINTE_OUTCOME_DONE;
+    if (result == LMAINTE_OK) {
+      work.take(seen);
+      return LMAINTE_OUTCOME_DONE;
+    }
     if (result != LMAINTE_NOT_REACHED) return not_read(work, result);
     tell(text_of(words(not_so), work.name()).view());
   }
@@ -82,8 +85,14 @@ int32_t lmainte_step_detach(lmainte_work *work) {
 }
 
 int32_t lmainte_step_take_out(lmainte_work *work) {
-  return await(*work, kGone, noted("Pull out %s now. Type 1 when it is out, q to give up: "),
-               noted("%s is still in place."));
+  if (work->condition.may_run()) {
+    tell_format(words("%s may be in operation, so it is not pulled out."), work->name());
+    return LMAINTE_OUTCOME_FAILED;
+  }
+  const int32_t outcome = await(*work, kGone, noted("Pull out %s now. Type 1 when it is out, q to give up: "),
+                                noted("%s is still in place."));
+  if (outcome == LMAINTE_OUTCOME_DONE) work->condition.is_exchanged();
+  return outcome;
 }
 
 int32_t lmainte_step_put_in(lmainte_work *work) {

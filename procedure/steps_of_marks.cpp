@@ -13,6 +13,7 @@ using namespace procedure;  // NOLINT(google-build-using-namespace): the steps a
 // So that the technician finds it, and nobody else touches it.
 int32_t lmainte_step_mark(lmainte_work *work) {
   if (signal_that_came() != 0) return not_chosen(LMAINTE_OK);
+  if (work->marks.are_set()) return LMAINTE_OUTCOME_DONE;
   const int32_t result = work->marks.set();
   if (result == LMAINTE_BUSY || result == LMAINTE_FLAG_REFUSED) {
     tell_format(words("%s may have a maintenance flag already: another procedure is at work on it, or left the flag "
@@ -30,15 +31,18 @@ int32_t lmainte_step_mark(lmainte_work *work) {
 }
 
 int32_t lmainte_step_unmark(lmainte_work *work) {
-  if (!work->take_back()) return LMAINTE_OUTCOME_FAILED;
-  const int32_t left = lmainte_delete_swap_fru_from_list(work->type(), work->number());
+  if (!work->take_marks_back()) return LMAINTE_OUTCOME_FAILED;
   tell_format(words("The LED and the maintenance flag of %s are off."), work->name());
-  if (left > 0) tell_format(words("More units are marked for replacement: %d."), left);
+  if (work->marked_units() > 0) tell_format(words("More units are marked for replacement: %d."), work->marked_units());
   tell("");
   return LMAINTE_OUTCOME_DONE;
 }
 
 int32_t lmainte_step_record(lmainte_work *work) {
+  if (work->procedure.action == LMAINTE_ACTION_NONE) {
+    tell_format(words("%s is %s."), work->name(), words(work->procedure.done));
+    return LMAINTE_OUTCOME_DONE;
+  }
   const EventUnit event = {{}, {work->unit.record.ident[0], work->unit.record.ident[1]}, {}, 0};
   const int32_t result = lmainte_send_event(work->procedure.action, work->kind.event_kind, &event);
   if (result != LMAINTE_OK) return failed(words("The log has no record of this"), result, check_log());

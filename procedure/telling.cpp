@@ -1,5 +1,7 @@
 #include "procedure/telling.h"
 
+#include <unistd.h>
+
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
@@ -27,7 +29,7 @@ void add_shell_word(Text &text, std::string_view word) {
 Text line_of(std::string_view indent, std::string_view command) {
   Text line(indent);
   line.add(command);
-  return folded(line.view(), {.end = " \\", .begin = "    "});
+  return folded(line.view(), {.end = " \\", .begin = "    ", .is_shell = true});
 }
 
 void print_command(std::string_view command) {
@@ -70,7 +72,8 @@ void remember_folder(const char *program) {
 
 Text procedure_command(const char *name, const char *kind) {
   Text command;
-  add_shell_word(command, text_of("%s%s", g_folder, name).view());
+  const Text beside = text_of("%s%s", g_folder, name);
+  add_shell_word(command, access(beside.c_str(), X_OK) == 0 ? beside.view() : std::string_view(name));
   return command.add(" ").add(kind);
 }
 

@@ -12,7 +12,7 @@ namespace procedure {
 void tell(std::string_view sentences);
 [[gnu::format(printf, 1, 2)]] void tell_format(const char *format, ...);
 
-// The folder in which this command was found, with its slash; empty for one on the PATH. The others are there, too.
+// The folder in which this command was found, with its slash; empty for one on the PATH. The others may be there, too.
 void remember_folder(const char *program);
 
 // A procedure for units of a kind, such as add_unit psu.

@@ -57,6 +57,19 @@ size_t character_size(std::string_view text) {
   return 0;
 }
 
+// Where a line may be broken: at its first blank, but not within the quotes of a shell's word.
+size_t end_of_word(std::string_view line, bool is_shell) {
+  bool is_quoted = false;
+  for (size_t i = 0; i < line.size(); ++i) {
+    if (is_shell && line[i] == '\'') is_quoted = !is_quoted;
+    if (is_shell && line[i] == '\\' && !is_quoted)
+      ++i;  // what stands behind it is no quote
+    else if (line[i] == ' ' && !is_quoted)
+      return i;
+  }
+  return std::string_view::npos;
+}
+
 }  // namespace
 
 Text &Text::add(std::string_view more) {
@@ -110,7 +123,7 @@ Text folded(std::string_view raw, const Fold &fold) {
   Text result;
   size_t used = 0;
   for (bool is_first = true;; is_first = false) {
-    const size_t blank = line.find(' ');
+    const size_t blank = end_of_word(line, fold.is_shell);
     const bool is_last = blank == std::string_view::npos;
     const std::string_view word = first(line, blank);
     const size_t needed = 1 + word.size() + (is_last ? 0 : fold.end.size());

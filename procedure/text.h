@@ -39,6 +39,7 @@ constexpr size_t kColumns = 80;
 struct Fold {
   size_t columns = kColumns;
   std::string_view end = "", begin = "";
+  bool is_shell = false;  // a shell's line: a word in quotes stays whole
 };
 
 // One line as it is shown, broken where it is too long. A word that is longer than a line stays whole.

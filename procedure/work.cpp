@@ -29,9 +29,13 @@ int32_t lmainte_work::read() {
   procedure::AnyRecord fresh{};
   const int32_t result = procedure::read_one(server, kind, unit.record.number, fresh);
   if (result != LMAINTE_OK) return result;
+  take(fresh);
+  return result;
+}
+
+void lmainte_work::take(const procedure::AnyRecord &fresh) {
   record = fresh;
   unit.status = procedure::status_of(kind, &record);
-  return result;
 }
 
 int32_t lmainte_work::detach() {
@@ -84,7 +88,7 @@ bool lmainte_work::is_whole_board() const {
 // ---- What an author's steps switched
 
 int32_t lmainte_work::undo_later(const char *what, lmainte_undo undo, void *argument) {
-  if (what == nullptr || undo == nullptr || undoing_count_ == LMAINTE_UNDO_MOST) return LMAINTE_FAILED;
+  if (what == nullptr || undo == nullptr || undoing_count_ == LMAINTE_UNDO_MOST || is_undoing_) return LMAINTE_FAILED;
   undoings_[undoing_count_++] = {what, undo, argument};
   return LMAINTE_OK;
 }
@@ -99,13 +103,16 @@ void lmainte_work::forget(size_t place) {
   for (--undoing_count_; place < undoing_count_; ++place) undoings_[place] = undoings_[place + 1];
 }
 
-bool lmainte_work::do_undo(const Undoing &undoing) {
-  const procedure::Undisturbed undisturbed;
-  const int32_t result = undoing.undo(this, undoing.argument);
-  if (result == LMAINTE_OK) return true;
+int32_t lmainte_work::do_undo(const Undoing &undoing) {
+  constexpr int32_t kLongest = 60;  // seconds for which the operator sees that time passes
+  is_undoing_ = true;
+  const int32_t result = procedure::with_late_progress(procedure::Text(words("Taking back what was switched ")),
+                                                       kLongest, [&] { return undoing.undo(this, undoing.argument); });
+  is_undoing_ = false;
+  if (result == LMAINTE_OK) return result;
   procedure::tell(text_of(words("%s (result %d)."), undoing.what, result).view());
   procedure::log_left(LMAINTE_LEFT_MARKED, &unit.record);
-  return false;
+  return result;
 }
 
 int32_t lmainte_work::undo_now(lmainte_undo undo, void *argument) {
@@ -113,7 +120,7 @@ int32_t lmainte_work::undo_now(lmainte_undo undo, void *argument) {
   if (place == LMAINTE_UNDO_MOST) return LMAINTE_FAILED;
   const Undoing undoing = undoings_[place];
   forget(place);
-  return do_undo(undoing) ? LMAINTE_OK : LMAINTE_FAILED;
+  return do_undo(undoing);
 }
 
 void lmainte_work::keep(lmainte_undo undo, void *argument) {
@@ -123,17 +130,23 @@ void lmainte_work::keep(lmainte_undo undo, void *argument) {
 
 bool lmainte_work::undo_all() {
   bool good = true;
-  while (undoing_count_ > 0) good = do_undo(undoings_[--undoing_count_]) && good;
+  while (undoing_count_ > 0) good = do_undo(undoings_[--undoing_count_]) == LMAINTE_OK && good;
   return good;
 }
 
 // ---- The way out
 
 bool lmainte_work::take_back() {
-  const bool is_unit_good = is_left_ || leave_unit();
-  is_left_ = true;
+  const bool is_unit_good = leave_unit();
   const bool is_undone = undo_all();
-  return marks.take_back() && is_undone && is_unit_good;
+  return take_marks_back() && is_undone && is_unit_good;
+}
+
+bool lmainte_work::take_marks_back() {
+  if (!marks.are_set()) return true;
+  const bool is_good = marks.take_back();
+  if (is_good) marked_units_ = lmainte_delete_swap_fru_from_list(type(), number());
+  return is_good;
 }
 
 // The procedure ends before its time. The unit that was taken out of operation, and no other, goes back as it was, a
@@ -211,6 +224,7 @@ bool lmainte_work::put_back() {
   const int32_t result =
       procedure::with_progress(text_of(words("Putting %s back into operation "), name()), time_to_bring_up(),
                                [this] { return kind.is_board() ? bring_up_board(0) : bring_up_unit(); });
+  if (result == LMAINTE_OK) condition.is_put_back();
   return result == LMAINTE_OK || leave(*this, leaving_of(LMAINTE_CONDITION_OUT), result);
 }
 

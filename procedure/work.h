@@ -36,6 +36,8 @@ struct lmainte_work {
 
   // Reads the unit's state anew. Which unit it is was settled when it was chosen: an empty place may not tell.
   int32_t read();
+  // The record and the status as they were just seen.
+  void take(const procedure::AnyRecord &fresh);
 
   // Out of operation, and a board off the server's links.
   int32_t detach();
@@ -57,6 +59,10 @@ struct lmainte_work {
   // The unit back in operation, or a word on how it is left; what an author's steps switched; then its marks. False where
   // something failed.
   bool take_back();
+  // The marks alone, before the way out.
+  bool take_marks_back();
+  // How many units were still marked for replacement then.
+  int32_t marked_units() const { return marked_units_; }
 
  private:
   struct Undoing {
@@ -69,7 +75,7 @@ struct lmainte_work {
   // With how many extended system boards a board is set up; 0: it is not.
   int32_t bring_up_board(int32_t parts);
   int32_t bring_up_unit();
-  bool do_undo(const Undoing &undoing);
+  int32_t do_undo(const Undoing &undoing);
   bool undo_all();
   size_t find(lmainte_undo undo, void *argument) const;
   void forget(size_t place);
@@ -82,7 +88,8 @@ struct lmainte_work {
 
   const bool was_in_place_;
   bool is_in_operation_ = false;  // since bring_up began
-  bool is_left_ = false;
+  bool is_undoing_ = false;
+  int32_t marked_units_ = 0;
   Undoing undoings_[LMAINTE_UNDO_MOST] = {};
   size_t undoing_count_ = 0;
 };

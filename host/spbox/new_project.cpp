@@ -44,8 +44,9 @@ constexpr auto kKeywords = std::to_array<std::string_view>(
      "sizeof",     "static",    "struct",         "switch",       "typedef",  "union",    "unsigned", "void",
      "volatile",   "while",     "_Alignas",       "_Alignof",     "_Atomic",  "_Bool",    "_Complex", "_Generic",
      "_Imaginary", "_Noreturn", "_Static_assert", "_Thread_local"});
-constexpr auto kTargets = std::to_array<std::string_view>(
-    {"all", "clean", "depend", "edit_cache", "help", "install", "package", "rebuild_cache", "test"});
+constexpr auto kTargets =
+    std::to_array<std::string_view>({"CMakeFiles", "Makefile", "all", "clean", "depend", "edit_cache", "help",
+                                     "install", "package", "rebuild_cache", "test"});
 
 bool is_one_of(const auto &words, const std::string &name) {
   return std::ranges::find(words, name) != words.end();

@@ -8,30 +8,9 @@
  */
 #include <lmainte_procedure.h>
 
-static int32_t switch_led(lmainte_work *work, int32_t mode) {
-  return lmainte_control_led(mode, lmainte_work_limit(work, LMAINTE_CMD_CTLLED), lmainte_work_unit(work));
-}
-
-/* Done at every way out: after a q, a Ctrl-C, a failure. */
-static int32_t led_off(lmainte_work *work, void *argument) {
-  (void)argument;
-  return switch_led(work, LMAINTE_LED_OFF);
-}
-
-/* Called by lmainte_operate_quietly, which keeps a Ctrl-C from the control program. */
-static int32_t led_blink(void *argument) {
-  return switch_led(argument, LMAINTE_LED_BLINK);
-}
-
-/* A step of this command's own. What takes it back is said before it is done. */
+/* A step of this command's own. One that switches something says before what takes it back: lmainte_work_undo_later. */
 static int32_t find_the_unit(lmainte_work *work) {
-  const char *name = lmainte_work_unit(work)->name;
-  if (lmainte_work_undo_later(work, "The LED of the unit may still blink", led_off, NULL) != LMAINTE_OK)
-    return LMAINTE_OUTCOME_FAILED;
-  const int32_t longest = lmainte_work_limit(work, LMAINTE_CMD_CTLLED);
-  const int32_t result = lmainte_operate_quietly("Switching the LED ", longest, led_blink, work);
-  if (result != LMAINTE_OK) return lmainte_tell_failure(result, "The LED of %s does not blink", name);
-  return lmainte_confirm("The LED of %s blinks. Type 1 when you see it, q to give up: ", name);
+  return lmainte_confirm("Type 1 when you see the LED of %s, q to give up: ", lmainte_work_unit(work)->name);
 }
 
 static int32_t say_so(lmainte_work *work) {
@@ -39,8 +18,9 @@ static int32_t say_so(lmainte_work *work) {
   return LMAINTE_OUTCOME_DONE;
 }
 
-/* The steps, in their order. lmainte_procedure.h has more. */
-static const lmainte_step kSteps[] = {lmainte_step_show_state, find_the_unit, say_so, NULL};
+/* The steps, in their order. lmainte_procedure.h has more. What is marked is taken back at every way out. */
+static const lmainte_step kSteps[] = {
+    lmainte_step_show_state, lmainte_step_mark, find_the_unit, lmainte_step_unmark, say_so, NULL};
 
 int main(int argc, char **argv) {
   const lmainte_procedure procedure = {

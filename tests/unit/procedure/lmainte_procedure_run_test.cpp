@@ -58,11 +58,13 @@ TEST(ProcedureRun, RefusesAProcedureThatLacksSomething) {
   constexpr char kSentence[] = "a procedure has a name, a verb, a word for done, and steps.\n";
   const lmainte_procedure whole = {
       .name = "try_unit", .verb = "try", .done = "tried", .action = LMAINTE_ACTION_NONE, .steps = kNoSteps};
-  std::vector<lmainte_procedure> lacking(4, whole);
+  std::vector<lmainte_procedure> lacking(6, whole);
   lacking[0].name = nullptr;
   lacking[1].verb = nullptr;
   lacking[2].done = nullptr;
   lacking[3].steps = nullptr;
+  lacking[4].verb = "";
+  lacking[5].done = "";
   char word[] = "try_unit";
   char *argv[] = {word, nullptr};
   for (const lmainte_procedure &procedure : lacking) {
@@ -71,6 +73,23 @@ TEST(ProcedureRun, RefusesAProcedureThatLacksSomething) {
     EXPECT_EQ(testing::internal::GetCapturedStderr(),
               std::string(procedure.name == nullptr ? "lmainte_procedure_run: " : "try_unit: ") + kSentence);
   }
+}
+
+TEST(ProcedureRun, RefusesWhatItCannotKnow) {
+  lmainte_procedure later = {
+      .name = "try_unit", .verb = "try", .done = "tried", .action = LMAINTE_ACTION_NONE, .steps = kNoSteps};
+  later.reserved[7] = "a field of a later version";
+  char word[] = "try_unit";
+  char *argv[] = {word, nullptr};
+  testing::internal::CaptureStderr();
+  EXPECT_EQ(lmainte_procedure_run(&later, 1, argv), LMAINTE_OUTCOME_FAILED);
+  EXPECT_EQ(lmainte_procedure_run(nullptr, 1, argv), LMAINTE_OUTCOME_FAILED);
+  EXPECT_EQ(testing::internal::GetCapturedStderr(),
+            "try_unit: what is reserved in it is not cleared.\nlmainte_procedure_run: there is no procedure.\n");
+}
+
+TEST(ProcedureRun, KeepsTheSizeOfAProcedure) {
+  EXPECT_EQ(sizeof(lmainte_procedure), sizeof(void *) == 4 ? 60u : 120u);
 }
 
 }  // namespace

@@ -79,16 +79,25 @@ TEST_F(Telling, ShowsWhatATerminalWouldObeyInACommand) {
   EXPECT_EQ(advised("add_unit cm\xffu"), "Start it:\n  add_unit cm\\xffu\n");
 }
 
-TEST_F(Telling, NamesTheOtherProceduresWhereThisOneIs) {
-  EXPECT_EQ(procedure_command("add_unit", "psu").view(), "add_unit psu");
-  procedure::remember_folder("./replace_unit");
-  EXPECT_EQ(procedure_command("add_unit", "psu").view(), "./add_unit psu");
-  procedure::remember_folder("/opt/my tools/replace_unit");
-  EXPECT_EQ(procedure_command("add_unit", "psu").view(), "'/opt/my tools/add_unit' psu");
-  procedure::remember_folder("/it's/$HOME/replace_unit");
-  EXPECT_EQ(procedure_command("add_unit", "psu").view(), "'/it'\\''s/$HOME/add_unit' psu");
+TEST_F(Telling, NamesTheOtherProceduresWhereTheyAre) {
+  EXPECT_EQ(procedure_command("add_unit", "psu").view(), "add_unit psu") << "on the PATH";
+  const std::filesystem::path folder = std::filesystem::path(testing::TempDir()) / "it's $HOME" / "bin";
+  std::filesystem::create_directories(folder);
+  std::ofstream(folder / "add_unit") << "#!/bin/sh\n";
+  std::filesystem::permissions(folder / "add_unit", std::filesystem::perms::owner_all);
+  procedure::remember_folder((folder / "replace_unit").c_str());
+  const std::string quoted = testing::TempDir() + "it'\\''s $HOME/bin/add_unit";
+  EXPECT_EQ(procedure_command("add_unit", "psu").view(), "'" + quoted + "' psu");
+  EXPECT_EQ(procedure_command("remove_unit", "psu").view(), "remove_unit psu") << "it is not there";
   procedure::remember_folder(nullptr);
   EXPECT_EQ(procedure_command("add_unit", "psu").view(), "add_unit psu");
+  std::filesystem::remove_all(folder.parent_path());
+}
+
+TEST_F(Telling, BreaksNoQuotedWordOfACommand) {
+  setenv(LMAINTE_PROCEDURE_WAY, ("spbox run '" + std::string(70, 'a') + " b' c").c_str(), 1);
+  EXPECT_EQ(advised("add_unit psu"),
+            "Start it:\n  spbox run \\\n    '" + std::string(70, 'a') + " b' c \\\n    add_unit psu\n");
 }
 
 TEST_F(Telling, QuotesAUnitThatAShellWouldTakeForAComment) {

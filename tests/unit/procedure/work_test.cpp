@@ -142,9 +142,9 @@ TEST_F(ProcedureWork, TellsAndLogsAnUndoingThatFails) {
 
 TEST_F(ProcedureWork, LogsWhatStaysWithTheUnitOfTheWork) {
   lmainte_work_undo_later(work_.get(), "It may blink", undo, g_led);
-  g_undo_result = LMAINTE_FAILED;
-  EXPECT_EQ(printed_by([&] { EXPECT_EQ(lmainte_work_undo_now(work_.get(), undo, g_led), LMAINTE_FAILED); }),
-            "It may blink (result 8).\n");
+  g_undo_result = 219;
+  EXPECT_EQ(printed_by([&] { EXPECT_EQ(lmainte_work_undo_now(work_.get(), undo, g_led), 219); }),
+            "It may blink (result 219).\n");
   ASSERT_EQ(machine().saved.size(), 1u);
   EXPECT_EQ(machine().saved[0].event, event_of(3, 8));
   EXPECT_EQ(machine().saved[0].head, 0x00030000u);
@@ -157,6 +157,18 @@ TEST_F(ProcedureWork, TakesSixteenUndoingsAndNoMore) {
   EXPECT_EQ(lmainte_work_undo_later(work_.get(), "x", undo, g_led), LMAINTE_OK) << "there is room again";
   way_out();
   EXPECT_EQ(g_undone.size(), 16u);
+}
+
+// One that says itself again would never end.
+int32_t undo_and_say_again(lmainte_work *work, void *argument) {
+  g_undone.emplace_back("again");
+  return lmainte_work_undo_later(work, "once more", undo_and_say_again, argument);
+}
+
+TEST_F(ProcedureWork, TakesNoUndoingFromAnUndoing) {
+  lmainte_work_undo_later(work_.get(), "It may blink", undo_and_say_again, g_led);
+  EXPECT_EQ(way_out(false), "It may blink (result 8).\n");
+  EXPECT_EQ(g_undone, (Lines{"again"}));
 }
 
 TEST_F(ProcedureWork, RefusesAnUndoingThatSaysNothing) {
@@ -179,6 +191,30 @@ TEST_F(ProcedureWork, PutsTheUnitBackThatItTookOut) {
   way_out();
   EXPECT_EQ(left(), Lines{});
   EXPECT_EQ(machine().calls_of({"fork"}).size(), 3u) << "the program that took it out, the child beside, the test";
+}
+
+// The marks go, and the unit stays as it is until the way out.
+TEST_F(ProcedureWork, TakesTheMarksBackAlone) {
+  lmainte_work_undo_later(work_.get(), "It may blink", undo, g_led);
+  ASSERT_EQ(work_->detach(), LMAINTE_OK);
+  printed_by([&] { EXPECT_EQ(lmainte_step_unmark(work_.get()), LMAINTE_OUTCOME_DONE); });
+  EXPECT_EQ(g_undone, Lines{});
+  EXPECT_EQ(lmainte_work_condition(work_.get()), LMAINTE_CONDITION_OUT);
+  EXPECT_NE(way_out().find("Putting"), 0u);
+  EXPECT_EQ(lmainte_work_condition(work_.get()), LMAINTE_CONDITION_UNTOUCHED) << "it is back";
+  EXPECT_EQ(g_undone, (Lines{"led"}));
+}
+
+TEST_F(ProcedureWork, AsksForNoUnitThatMayBeInOperation) {
+  EXPECT_EQ(printed_by([&] { EXPECT_EQ(lmainte_step_take_out(work_.get()), LMAINTE_OUTCOME_FAILED); }),
+            "/PSU#3 may be in operation, so it is not pulled out.\n");
+  EXPECT_EQ(machine().asked.size(), 0u);
+}
+
+TEST_F(ProcedureWork, RecordsNoEventWhereThereIsNoAction) {
+  EXPECT_EQ(printed_by([&] { EXPECT_EQ(lmainte_step_record(work_.get()), LMAINTE_OUTCOME_DONE); }),
+            "/PSU#3 is tried.\n");
+  EXPECT_EQ(machine().saved.size(), 0u);
 }
 
 struct LeftRow {
