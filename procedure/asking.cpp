@@ -7,7 +7,7 @@
 #include "procedure/text.h"
 #include "procedure/words.h"
 
-namespace procedure {
+namespace lmainte::procedure {
 namespace {
 
 // The library's answer to a question. After Ctrl-Z and fg the question is asked again.
@@ -24,18 +24,18 @@ int32_t answer_to(std::string_view question, int32_t count, int32_t &choice) {
   }
   const Continued continued;
   int32_t result = LMAINTE_ASK_INTERRUPTED;
-  while (result == LMAINTE_ASK_INTERRUPTED && signal_that_came() == 0)
+  while (result == LMAINTE_ASK_INTERRUPTED && lmainte_session_signal() == 0)
     result = lmainte_ask_select(count, &choice, "%s", lines.data());
-  return signal_that_came() == 0 ? result : LMAINTE_ASK_INTERRUPTED;
+  return lmainte_session_signal() == 0 ? result : LMAINTE_ASK_INTERRUPTED;
 }
 
 }  // namespace
 
 int32_t not_chosen(int32_t result) {
-  if (signal_that_came() == 0 && result < 0)
+  if (lmainte_session_signal() == 0 && result < 0)
     return failed(words("The question could not be asked"), result,
                   words("Start the procedure on the operator's terminal."));
-  tell(signal_that_came() != 0 ? words("Interrupted.") : words("Given up."));
+  tell(lmainte_session_signal() != 0 ? words("Interrupted.") : words("Given up."));
   return LMAINTE_OUTCOME_GIVEN_UP;
 }
 
@@ -60,33 +60,21 @@ int32_t confirm(std::string_view question) {
   return choose(1, choice, question);
 }
 
-}  // namespace procedure
+}  // namespace lmainte::procedure
 
-using procedure::Text;
+namespace procedure = lmainte::procedure;
 
 int32_t lmainte_choose(int32_t count, int32_t *choice, const char *format, ...) {
-  Text question;
-  std::va_list values;
-  va_start(values, format);
-  question.add_format(format, values);
-  va_end(values);
+  PROCEDURE_TEXT(question, format);
   return procedure::choose(count, *choice, question.view());
 }
 
 int32_t lmainte_choose_behind_table(int32_t count, int32_t *choice, const char *format, ...) {
-  Text question;
-  std::va_list values;
-  va_start(values, format);
-  question.add_format(format, values);
-  va_end(values);
+  PROCEDURE_TEXT(question, format);
   return procedure::choose_behind_table(count, *choice, question.view());
 }
 
 int32_t lmainte_confirm(const char *format, ...) {
-  Text question;
-  std::va_list values;
-  va_start(values, format);
-  question.add_format(format, values);
-  va_end(values);
+  PROCEDURE_TEXT(question, format);
   return procedure::confirm(question.view());
 }

@@ -4,7 +4,7 @@
 #include <cstdint>
 #include <string_view>
 
-namespace procedure {
+namespace lmainte::procedure {
 
 // The operator typed q, the input ended, a signal came, or the terminal failed: tells it, and returns the step's outcome.
 int32_t not_chosen(int32_t result);
@@ -17,4 +17,4 @@ int32_t choose_behind_table(int32_t count, int32_t &choice, std::string_view que
 
 int32_t confirm(std::string_view question);
 
-}  // namespace procedure
+}  // namespace lmainte::procedure

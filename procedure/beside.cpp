@@ -10,7 +10,7 @@
 #include "include/lmainte_procedure.h"
 #include "procedure/words.h"
 
-namespace procedure {
+namespace lmainte::procedure {
 namespace {
 
 void watch(const sigset_t &heard, const char *message, int32_t longest, Line line) {
@@ -67,7 +67,9 @@ Beside::~Beside() {
   if (child_ > 0) lmainte_dot_end(child_);
 }
 
-}  // namespace procedure
+}  // namespace lmainte::procedure
+
+namespace procedure = lmainte::procedure;
 
 int32_t lmainte_operate(const char *message, int32_t longest, int32_t (*operation)(void *argument), void *argument) {
   return procedure::operate(message, longest, operation, argument, procedure::Line::kAtOnce);

@@ -5,12 +5,11 @@
 
 #include <cstdint>
 #include <ctime>
-#include <string_view>
 
 #include "procedure/session.h"
 #include "procedure/text.h"
 
-namespace procedure {
+namespace lmainte::procedure {
 
 enum class Line : time_t {
   kAtOnce = 0,
@@ -46,4 +45,4 @@ int32_t with_late_progress(const Text &message, int32_t longest, Operation opera
   return with_progress(message, longest, operation, Line::kWhenSlow);
 }
 
-}  // namespace procedure
+}  // namespace lmainte::procedure

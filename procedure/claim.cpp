@@ -15,7 +15,7 @@
 #include "procedure/telling.h"
 #include "procedure/words.h"
 
-namespace procedure {
+namespace lmainte::procedure {
 namespace {
 
 constexpr char kFile[] = "/tmp/mainte_procedure";
@@ -52,7 +52,7 @@ int32_t Claim::take() {
   // While the file is open nobody else reads or writes it: two procedures cannot both find it free.
   const int32_t fd = lcmn_lopen(kFile, O_RDWR | O_CREAT, 0644);
   if (fd < 0) {
-    tell_format(words("The file %s could not be opened: %s."), kFile, strerror(errno));
+    lmainte_tell(words("The file %s could not be opened: %s."), kFile, strerror(errno));
     advise(words("Make room in /tmp, or remove the file with:"), removal());
     return LMAINTE_OUTCOME_FAILED;
   }
@@ -68,21 +68,21 @@ int32_t Claim::take(int32_t fd) {
     return failed(text_of(words("The file %s could not be read"), kFile).view(), result, try_again());
   const pid_t other = text[0] == '\0' ? 0 : lmainte_get_pid(text);
   if (other > 0 && other != getpid() && is_running(other)) {
-    tell_format(words("Another procedure is running: process %d. Let it end, then start again."),
-                static_cast<int>(other));
+    lmainte_tell(words("Another procedure is running: process %d. Let it end, then start again."),
+                 static_cast<int>(other));
     advise(words("If that process is no procedure, remove the file that names it with:"), removal());
     return LMAINTE_OUTCOME_FAILED;
   }
   is_taken_over_ = other > 0;
   if (is_taken_over_)
-    tell_format(words("\nThe last procedure, process %d, was killed before its end. This one takes over."),
-                static_cast<int>(other));
+    lmainte_tell(words("\nThe last procedure, process %d, was killed before its end. This one takes over."),
+                 static_cast<int>(other));
   else if (text[0] != '\0')
-    tell_format(words("The file %s names no process. It is written anew."), kFile);
+    lmainte_tell(words("The file %s names no process. It is written anew."), kFile);
   result = lmainte_put_pinfo(fd);
   is_held_ = result == LMAINTE_OK;
   if (is_held_) return LMAINTE_OUTCOME_DONE;
   return failed(text_of(words("The file %s could not be written"), kFile).view(), result, words("Is /tmp full?"));
 }
 
-}  // namespace procedure
+}  // namespace lmainte::procedure

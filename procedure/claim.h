@@ -3,7 +3,7 @@
 
 #include <cstdint>
 
-namespace procedure {
+namespace lmainte::procedure {
 
 // The file with the procedure information tells who is at work.
 class Claim {
@@ -29,4 +29,4 @@ class Claim {
   bool is_taken_over_ = false;
 };
 
-}  // namespace procedure
+}  // namespace lmainte::procedure

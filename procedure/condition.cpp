@@ -1,6 +1,6 @@
 #include "procedure/condition.h"
 
-namespace procedure {
+namespace lmainte::procedure {
 
 void Condition::take_out_ended(int32_t result) {
   const bool was_in_order = value_ == LMAINTE_CONDITION_UNTOUCHED || value_ == LMAINTE_CONDITION_GOOD;
@@ -27,4 +27,4 @@ void Condition::bring_up_ended(int32_t result, bool is_in_operation) {
   if (result != LMAINTE_OK) value_ = is_in_operation ? LMAINTE_CONDITION_HALF_PASSED : LMAINTE_CONDITION_REJECTED;
 }
 
-}  // namespace procedure
+}  // namespace lmainte::procedure

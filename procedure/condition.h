@@ -5,7 +5,7 @@
 
 #include "include/lmainte_procedure.h"
 
-namespace procedure {
+namespace lmainte::procedure {
 
 class Condition {
  public:
@@ -34,4 +34,4 @@ class Condition {
   bool may_run_;
 };
 
-}  // namespace procedure
+}  // namespace lmainte::procedure

@@ -5,10 +5,10 @@
 #include <iterator>
 
 #include "include/lmainte_platform.h"
-#include "procedure/session.h"
+#include "include/lmainte_procedure.h"
 #include "procedure/words.h"
 
-namespace procedure {
+namespace lmainte::procedure {
 namespace {
 
 // With this every kind's record begins.
@@ -97,7 +97,7 @@ constexpr Kind kRows[] = {
      noted("CPU/memory unit"),
      noted("CPU/memory units"),
      LMAINTE_TYPE_CMU,
-     0,
+     LMAINTE_KIND_CMU,
      count_of<LMAINTE_SLOT_CMU>,
      sizeof(SbData),
      offsetof(SbData, cmu),
@@ -109,7 +109,7 @@ constexpr Kind kRows[] = {
      noted("I/O unit"),
      noted("I/O units"),
      LMAINTE_TYPE_IOU,
-     1,
+     LMAINTE_KIND_IOU,
      count_of<LMAINTE_SLOT_IOU>,
      sizeof(SbData),
      offsetof(SbData, iou),
@@ -121,7 +121,7 @@ constexpr Kind kRows[] = {
      noted("fan tray"),
      noted("fan trays"),
      LMAINTE_TYPE_FANTRAY,
-     2,
+     LMAINTE_KIND_FANTRAY,
      count_of<LMAINTE_SLOT_FAN>,
      sizeof(FantrayData),
      0,
@@ -133,7 +133,7 @@ constexpr Kind kRows[] = {
      noted("power supply"),
      noted("power supplies"),
      LMAINTE_TYPE_PSU,
-     3,
+     LMAINTE_KIND_PSU,
      count_of<LMAINTE_SLOT_PSU>,
      sizeof(PsuData),
      0,
@@ -145,7 +145,7 @@ constexpr Kind kRows[] = {
      noted("DDC unit"),
      noted("DDC units"),
      LMAINTE_TYPE_DDC,
-     7,
+     LMAINTE_KIND_DDC,
      count_of_ddcs,
      sizeof(BpUnitData),
      0,
@@ -154,6 +154,8 @@ constexpr Kind kRows[] = {
      show_list<BpUnitData, lmainte_show_ddca_list>,
      show_status<BpUnitData, lmainte_show_ddca_status>},
 };
+
+static_assert(std::size(kRows) <= Kinds::kMost);
 
 template <class Predicate>
 const Kind *find_kind(Predicate predicate) {
@@ -217,7 +219,7 @@ int32_t Units::show() const {
                                 ? ListLine{LMAINTE_LINE_FOOT, words(kind_.legend[1]), 0, {}}
                                 : ListLine{LMAINTE_LINE_END, nullptr, 0, {}},
                             {LMAINTE_LINE_END, nullptr, 0, {}}};
-  return after_pager(kind_.show_list(server_, count_, records_, lines));
+  return lmainte_session_shown(kind_.show_list(server_, count_, records_, lines));
 }
 
 int32_t read_domains(const Server &server, int32_t board, Text &domains) {
@@ -240,4 +242,4 @@ int32_t read_domains(const Server &server, int32_t board, Text &domains) {
   return LMAINTE_OK;
 }
 
-}  // namespace procedure
+}  // namespace lmainte::procedure

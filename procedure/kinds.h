@@ -9,7 +9,7 @@
 #include "procedure/server.h"
 #include "procedure/text.h"
 
-namespace procedure {
+namespace lmainte::procedure {
 
 // Room for the record of any unit; a board's is the largest.
 struct AnyRecord {
@@ -27,7 +27,7 @@ struct Kind {
   const char *one;
   const char *many;
   int32_t type;
-  int32_t event_kind;                 // in the log
+  int32_t event_kind;                 // in the log: LMAINTE_KIND_...
   uint32_t (*count)(const Server &);  // how many the model holds
   size_t record_size;                 // of what lmainte_get_fru_data fills in for a unit
   size_t head;                        // where the unit stands in it: a board's record is of two units
@@ -40,6 +40,8 @@ struct Kind {
 };
 
 struct Kinds {
+  static constexpr size_t kMost = 8;  // room for all of them
+
   const Kind *begin() const;
   const Kind *end() const;
 };
@@ -91,4 +93,4 @@ class Units {
 // The domains that run on a board of the high end: "domain 1", "domains 2, 7"; empty where none does.
 int32_t read_domains(const Server &server, int32_t board, Text &domains);
 
-}  // namespace procedure
+}  // namespace lmainte::procedure

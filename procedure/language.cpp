@@ -11,7 +11,7 @@
 #include <cstring>
 #include <initializer_list>
 
-namespace procedure {
+namespace lmainte::procedure {
 namespace {
 
 bool is_folder(const char *path) {
@@ -68,4 +68,4 @@ void speak_the_operators_language() {
   }
 }
 
-}  // namespace procedure
+}  // namespace lmainte::procedure

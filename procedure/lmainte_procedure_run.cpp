@@ -13,16 +13,13 @@
 #include "procedure/marked.h"
 #include "procedure/results.h"
 #include "procedure/server.h"
-#include "procedure/session.h"
 #include "procedure/telling.h"
 #include "procedure/text.h"
 #include "procedure/words.h"
 #include "procedure/work.h"
 
-namespace procedure {
+namespace lmainte::procedure {
 namespace {
-
-constexpr size_t kMostKinds = 8;
 
 // The library shows what it could write: a list that /tmp had no room for is cut short, and nobody knows.
 bool has_room_for_lists() {
@@ -32,16 +29,16 @@ bool has_room_for_lists() {
 }
 
 int32_t choose_kind(const Server &server, const lmainte_procedure &procedure, const Kind *&kind) {
-  const Kind *there[kMostKinds];
+  const Kind *there[Kinds::kMost];
   size_t count = 0;
-  ListLine lines[kMostKinds + 2] = {{LMAINTE_LINE_HEAD, words("Kinds of unit\n\n"), 0, {}}};
+  ListLine lines[Kinds::kMost + 2] = {{LMAINTE_LINE_HEAD, words("Kinds of unit\n\n"), 0, {}}};
   for (const Kind &row : kKinds) {
     if (row.count(server) == 0) continue;
     there[count++] = &row;
     lines[count] = {LMAINTE_LINE_HEAD, "%2d. %s\n", 0, {count, reinterpret_cast<uintptr_t>(words(row.many))}};
   }
   lines[count + 1] = {LMAINTE_LINE_END, nullptr, 0, {}};
-  const int32_t result = after_pager(lmainte_show_menu(lines));
+  const int32_t result = lmainte_session_shown(lmainte_show_menu(lines));
   if (result != LMAINTE_OK) return failed(words("The menu could not be shown"), result, check_pager());
   int32_t choice = 0;
   const int32_t outcome =
@@ -77,8 +74,8 @@ int32_t choose_unit(const Server &server, const lmainte_procedure &procedure, co
 int32_t outcome_of(lmainte_step step, lmainte_work &work, size_t place) {
   const int32_t outcome = step(&work);
   if (outcome >= LMAINTE_OUTCOME_DONE && outcome <= LMAINTE_OUTCOME_REFUSED) return outcome;
-  tell_format(words("Step %d of the procedure ended with %d, which is no outcome of a step."),
-              static_cast<int>(place + 1), outcome);
+  lmainte_tell(words("Step %d of the procedure ended with %d, which is no outcome of a step."),
+               static_cast<int>(place + 1), outcome);
   return LMAINTE_OUTCOME_FAILED;
 }
 
@@ -89,7 +86,7 @@ int32_t walk_steps(const lmainte_procedure &procedure, lmainte_work &work) {
   int32_t walked = LMAINTE_OUTCOME_DONE;
   for (size_t i = 0; procedure.steps[i] != nullptr; ++i) {
     const bool was_good = work.condition.value() == LMAINTE_CONDITION_GOOD;
-    if (!was_good && signal_that_came() != 0) return not_chosen(LMAINTE_OK);
+    if (!was_good && lmainte_session_signal() != 0) return not_chosen(LMAINTE_OK);
     int32_t outcome = outcome_of(procedure.steps[i], work, i);
     if (outcome == LMAINTE_OUTCOME_DONE) continue;
     const bool is_good = work.condition.value() == LMAINTE_CONDITION_GOOD;
@@ -130,7 +127,7 @@ int32_t walk(const lmainte_procedure &procedure, const Kind *kind) {
   int32_t outcome = read_server(server);
   if (outcome != LMAINTE_OUTCOME_DONE) return outcome;
   if (kind != nullptr && kind->count(server) == 0) {
-    tell_format(words("This server has no %s."), words(kind->many));
+    lmainte_tell(words("This server has no %s."), words(kind->many));
     return LMAINTE_OUTCOME_FAILED;
   }
   if (!has_room_for_lists()) {
@@ -179,7 +176,9 @@ const char *what_is_wrong(const lmainte_procedure &procedure) {
 }
 
 }  // namespace
-}  // namespace procedure
+}  // namespace lmainte::procedure
+
+namespace procedure = lmainte::procedure;
 
 int lmainte_procedure_run(const lmainte_procedure *procedure, int argc, char **argv) {
   static bool is_running = false;

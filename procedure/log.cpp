@@ -8,7 +8,7 @@
 #include "procedure/words.h"
 #include "procedure/work.h"
 
-namespace procedure {
+namespace lmainte::procedure {
 
 bool log_event(uint8_t form, uint8_t code, const UnitRecord *unit) {
   constexpr uint32_t kHead = LMAINTE_LEFT_HEAD;
@@ -27,9 +27,9 @@ void log_left(uint8_t what, const UnitRecord *unit) {
   log_event(LMAINTE_LEFT_FORM, what, unit);
 }
 
-}  // namespace procedure
+}  // namespace lmainte::procedure
 
 int32_t lmainte_work_log(const lmainte_work *work, uint8_t form, uint8_t code) {
   const bool is_own = form >= LMAINTE_LOG_OWN;
-  return is_own && procedure::log_event(form, code, &work->unit.record) ? LMAINTE_OK : LMAINTE_FAILED;
+  return is_own && lmainte::procedure::log_event(form, code, &work->unit.record) ? LMAINTE_OK : LMAINTE_FAILED;
 }

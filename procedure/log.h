@@ -5,7 +5,7 @@
 
 #include "include/lmainte.h"
 
-namespace procedure {
+namespace lmainte::procedure {
 
 // An event of this library or of an author, of a unit or of the server as a whole. False where the log has it not, which the
 // operator was told.
@@ -14,4 +14,4 @@ bool log_event(uint8_t form, uint8_t code, const UnitRecord *unit);
 // What a procedure leaves undone: LMAINTE_LEFT_...
 void log_left(uint8_t what, const UnitRecord *unit = nullptr);
 
-}  // namespace procedure
+}  // namespace lmainte::procedure

@@ -7,7 +7,7 @@
 #include "procedure/telling.h"
 #include "procedure/words.h"
 
-namespace procedure {
+namespace lmainte::procedure {
 namespace {
 
 Text end_mode() {
@@ -17,7 +17,7 @@ Text end_mode() {
 // Maintenance goes on without the remote service.
 void tell_of_report(int32_t result) {
   if (result != LMAINTE_OK)
-    tell_format(words("The remote service could not be told of the maintenance (result %d)."), result);
+    lmainte_tell(words("The remote service could not be told of the maintenance (result %d)."), result);
 }
 
 }  // namespace
@@ -71,4 +71,4 @@ int32_t Maintenance::report(int32_t mode) const {
   return lmainte_report_vanta(mode, server_.time(LMAINTE_CMD_VANTAMAINTE));
 }
 
-}  // namespace procedure
+}  // namespace lmainte::procedure

@@ -5,7 +5,7 @@
 
 #include "procedure/server.h"
 
-namespace procedure {
+namespace lmainte::procedure {
 
 class Maintenance {
  public:
@@ -29,4 +29,4 @@ class Maintenance {
   bool is_reported_ = false;  // that it began
 };
 
-}  // namespace procedure
+}  // namespace lmainte::procedure

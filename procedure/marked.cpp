@@ -8,7 +8,7 @@
 #include "procedure/telling.h"
 #include "procedure/words.h"
 
-namespace procedure {
+namespace lmainte::procedure {
 namespace {
 
 const lmainte_swap_fru *first_marked() {
@@ -40,7 +40,7 @@ int32_t Marked::begin(bool has_died) {
     if (!read()) return LMAINTE_OUTCOME_FAILED;
   }
   for (const lmainte_swap_fru *entry = first_marked(); entry != nullptr; entry = entry->next)
-    tell_format(words("%s is marked for replacement."), record_of(*entry).name);
+    lmainte_tell(words("%s is marked for replacement."), record_of(*entry).name);
   return LMAINTE_OUTCOME_DONE;
 }
 
@@ -57,7 +57,7 @@ bool Marked::take_back_what_was_left() const {
     Marks marks(server_, unit);
     marks.take_over();
     const bool is_back = marks.take_back();
-    if (is_back) tell_format(words("It left %s marked. The marks were taken back."), unit.name);
+    if (is_back) lmainte_tell(words("It left %s marked. The marks were taken back."), unit.name);
     all = all && is_back;
     const Kind *const kind = kind_of_type(unit.type);
     if (kind != nullptr)
@@ -67,4 +67,4 @@ bool Marked::take_back_what_was_left() const {
   return all;
 }
 
-}  // namespace procedure
+}  // namespace lmainte::procedure

@@ -4,7 +4,7 @@
 
 #include "procedure/server.h"
 
-namespace procedure {
+namespace lmainte::procedure {
 
 // The list, from the inventory as it is now.
 class Marked {
@@ -29,4 +29,4 @@ class Marked {
   bool has_all_back_ = true;
 };
 
-}  // namespace procedure
+}  // namespace lmainte::procedure

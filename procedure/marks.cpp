@@ -7,7 +7,7 @@
 #include "procedure/telling.h"
 #include "procedure/words.h"
 
-namespace procedure {
+namespace lmainte::procedure {
 namespace {
 
 bool is_back(const Text &what, int32_t result, const Text &command) {
@@ -74,4 +74,4 @@ bool Marks::tell_what_stays(const Results &results) const {
   return fans && led && flag;
 }
 
-}  // namespace procedure
+}  // namespace lmainte::procedure

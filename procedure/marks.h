@@ -6,7 +6,7 @@
 #include "include/lmainte.h"
 #include "procedure/server.h"
 
-namespace procedure {
+namespace lmainte::procedure {
 
 class Marks {
  public:
@@ -44,4 +44,4 @@ class Marks {
   bool is_taken_over_ = false;  // from a procedure that died
 };
 
-}  // namespace procedure
+}  // namespace lmainte::procedure

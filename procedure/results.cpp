@@ -7,7 +7,7 @@
 #include "procedure/telling.h"
 #include "procedure/words.h"
 
-namespace procedure {
+namespace lmainte::procedure {
 namespace {
 
 constexpr Meaning kMeanings[] = {
@@ -79,13 +79,9 @@ bool perhaps_done(int32_t result) {
   return result == LMAINTE_OK || result == LMAINTE_FAILED;
 }
 
-}  // namespace procedure
+}  // namespace lmainte::procedure
 
 int32_t lmainte_tell_failure(int32_t result, const char *format, ...) {
-  procedure::Text what;
-  std::va_list values;
-  va_start(values, format);
-  what.add_format(format, values);
-  va_end(values);
-  return procedure::failed(what.view(), result);
+  PROCEDURE_TEXT(what, format);
+  return lmainte::procedure::failed(what.view(), result);
 }

@@ -6,7 +6,7 @@
 
 #include "procedure/text.h"
 
-namespace procedure {
+namespace lmainte::procedure {
 
 struct Meaning {
   int32_t result;
@@ -34,4 +34,4 @@ int32_t failed(std::string_view what, int32_t result);
 // Whether an operation may have done its work: a program that was stopped at its time limit may have.
 bool perhaps_done(int32_t result);
 
-}  // namespace procedure
+}  // namespace lmainte::procedure

@@ -1,13 +1,12 @@
 // What server this is: how many units of each kind it holds, and how long its control programs may take.
 #pragma once
 
-#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 
 #include "include/lmainte.h"
 
-namespace procedure {
+namespace lmainte::procedure {
 
 class Server {
  public:
@@ -34,4 +33,4 @@ class Server {
   lmainte_model_data data_ = {};  // cleared: not every field is written on every model
 };
 
-}  // namespace procedure
+}  // namespace lmainte::procedure

@@ -12,7 +12,7 @@
 #include "include/lmainte_procedure.h"
 #include "procedure/language.h"
 
-namespace procedure {
+namespace lmainte::procedure {
 namespace {
 
 volatile std::sig_atomic_t g_signal = 0;
@@ -72,42 +72,6 @@ void put_right(termios &mode) {
 
 }  // namespace
 
-bool begin_session() {
-  catch_signals();
-  if (isatty(STDIN_FILENO) == 0 || tcgetattr(STDOUT_FILENO, &g_terminal.found) != 0) return false;
-  put_right(g_terminal.found);
-  tcsetattr(STDOUT_FILENO, TCSADRAIN, &g_terminal.found);
-  g_terminal.is_quiet = lmainte_tty_control(LMAINTE_TTY_ECHO, 0) == LMAINTE_OK;
-  return g_terminal.is_quiet;
-}
-
-void end_session() {
-  if (g_terminal.is_quiet) tcsetattr(STDOUT_FILENO, TCSADRAIN, &g_terminal.found);
-  g_terminal.is_quiet = false;
-  leave_signals();
-}
-
-int signal_that_came() {
-  return g_signal;
-}
-
-void die_of_signal() {
-  alarm(0);
-  if (g_signal == 0) return;
-  signal(g_signal, SIG_DFL);
-  raise(g_signal);
-}
-
-int32_t after_pager(int32_t result) {
-  if (g_terminal.is_quiet) {
-    termios quiet = g_terminal.found;
-    quiet.c_lflag &= ~static_cast<tcflag_t>(ECHO);
-    tcsetattr(STDOUT_FILENO, TCSADRAIN, &quiet);
-  }
-  if (g_signal != 0) putchar('\n');
-  return result;
-}
-
 Undisturbed::Undisturbed() {
   g_undisturbed = g_undisturbed + 1;
   alarm(0);
@@ -133,23 +97,42 @@ Continued::~Continued() {
   sigaction(SIGCONT, &before_, nullptr);
 }
 
-}  // namespace procedure
+}  // namespace lmainte::procedure
+
+using namespace lmainte::procedure;  // NOLINT(google-build-using-namespace): the session is its face
 
 int32_t lmainte_session_begin() {
-  procedure::speak_the_operators_language();
-  return procedure::begin_session() ? LMAINTE_OK : LMAINTE_FAILED;
+  speak_the_operators_language();
+  catch_signals();
+  if (isatty(STDIN_FILENO) == 0 || tcgetattr(STDOUT_FILENO, &g_terminal.found) != 0) return LMAINTE_FAILED;
+  put_right(g_terminal.found);
+  tcsetattr(STDOUT_FILENO, TCSADRAIN, &g_terminal.found);
+  g_terminal.is_quiet = lmainte_tty_control(LMAINTE_TTY_ECHO, 0) == LMAINTE_OK;
+  return g_terminal.is_quiet ? LMAINTE_OK : LMAINTE_FAILED;
 }
 
+// The terminal is quiet between questions, also behind a pager that was killed; and its last line is finished.
 int32_t lmainte_session_shown(int32_t result) {
-  return procedure::after_pager(result);
+  if (g_terminal.is_quiet) {
+    termios quiet = g_terminal.found;
+    quiet.c_lflag &= ~static_cast<tcflag_t>(ECHO);
+    tcsetattr(STDOUT_FILENO, TCSADRAIN, &quiet);
+  }
+  if (g_signal != 0) putchar('\n');
+  return result;
 }
 
 int32_t lmainte_session_signal() {
-  return procedure::signal_that_came();
+  return g_signal;
 }
 
 void lmainte_session_end() {
-  procedure::end_session();
+  if (g_terminal.is_quiet) tcsetattr(STDOUT_FILENO, TCSADRAIN, &g_terminal.found);
+  g_terminal.is_quiet = false;
+  leave_signals();
   fflush(stdout);
-  procedure::die_of_signal();
+  alarm(0);
+  if (g_signal == 0) return;
+  signal(g_signal, SIG_DFL);
+  raise(g_signal);
 }

@@ -5,9 +5,9 @@
 
 #include "include/lmainte_procedure.h"
 
-namespace procedure {
+namespace lmainte::procedure {
 
 // The unit's state could not be read: tells it, and returns the outcome.
 int32_t not_read(const lmainte_work &work, int32_t result);
 
-}  // namespace procedure
+}  // namespace lmainte::procedure

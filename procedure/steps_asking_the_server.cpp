@@ -1,16 +1,16 @@
 // Steps that change nothing: may it be done, what runs there, how is the unit, how is a board to be used.
+#include "include/lmainte_procedure.h"
 #include "procedure/asking.h"
 #include "procedure/beside.h"
 #include "procedure/kinds.h"
 #include "procedure/results.h"
-#include "procedure/session.h"
 #include "procedure/step.h"
 #include "procedure/telling.h"
 #include "procedure/text.h"
 #include "procedure/words.h"
 #include "procedure/work.h"
 
-namespace procedure {
+namespace lmainte::procedure {
 
 int32_t not_read(const lmainte_work &work, int32_t result) {
   return failed(text_of(words("The state of %s could not be read"), work.name()).view(), result, try_again());
@@ -35,8 +35,8 @@ int32_t judge(const lmainte_work &work, int32_t mode) {
   if (result == LMAINTE_OK) return LMAINTE_OUTCOME_DONE;
   if (result != LMAINTE_FRU_REFUSED && result != LMAINTE_FRU_REFUSED_2)
     return failed(text_of(words("%s could not be judged"), work.name()).view(), result);
-  tell_format(words("%s may not be %s now: %s."), work.name(), words(work.procedure.done),
-              reason_of_refusal(work, mode, result));
+  lmainte_tell(words("%s may not be %s now: %s."), work.name(), words(work.procedure.done),
+               reason_of_refusal(work, mode, result));
   return LMAINTE_OUTCOME_REFUSED;
 }
 
@@ -56,9 +56,9 @@ int32_t choose_use(lmainte_work &work, int32_t uses) {
 }
 
 }  // namespace
-}  // namespace procedure
+}  // namespace lmainte::procedure
 
-using namespace procedure;  // NOLINT(google-build-using-namespace): the steps are its face
+using namespace lmainte::procedure;  // NOLINT(google-build-using-namespace): the steps are its face
 
 int32_t lmainte_step_may_be_removed(lmainte_work *work) {
   return judge(*work, LMAINTE_JUDGE_DELETE);
@@ -80,7 +80,7 @@ int32_t lmainte_step_show_state(lmainte_work *work) {
   if (result != LMAINTE_OK) return not_read(*work, result);
   const ListLine lines[] = {{LMAINTE_LINE_HEAD, words("Unit          State\n"), 0, {}},
                             {LMAINTE_LINE_END, nullptr, 0, {}}};
-  result = after_pager(work->kind.show_status(work->record, lines));
+  result = lmainte_session_shown(work->kind.show_status(work->record, lines));
   if (result != LMAINTE_OK) return failed(words("The unit's state could not be shown"), result, check_pager());
   tell("");
   return LMAINTE_OUTCOME_DONE;
@@ -93,7 +93,7 @@ int32_t lmainte_step_tell_what_runs(lmainte_work *work) {
   if (result != LMAINTE_OK) return failed(words("The domains could not be read"), result, try_again());
   if (domains.view().empty()) return LMAINTE_OUTCOME_DONE;
   if (!work->unit.is_healthy()) {
-    tell_format(words("%s is in use by %s, where other boards take over.\n"), work->name(), domains.c_str());
+    lmainte_tell(words("%s is in use by %s, where other boards take over.\n"), work->name(), domains.c_str());
     return LMAINTE_OUTCOME_DONE;
   }
   int32_t choice = 0;

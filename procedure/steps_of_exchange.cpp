@@ -1,15 +1,15 @@
 // Steps that take a unit out of operation, have it exchanged by the technician, and bring it up again.
+#include "include/lmainte_procedure.h"
 #include "procedure/asking.h"
 #include "procedure/beside.h"
 #include "procedure/results.h"
-#include "procedure/session.h"
 #include "procedure/step.h"
 #include "procedure/telling.h"
 #include "procedure/text.h"
 #include "procedure/words.h"
 #include "procedure/work.h"
 
-namespace procedure {
+namespace lmainte::procedure {
 namespace {
 
 enum Expectation : uint32_t { kInPlace = 1, kGone = 2 };
@@ -46,20 +46,20 @@ int32_t exchange(lmainte_work &work) {
 int32_t test(lmainte_work &work) {
   const bool is_half = work.kind.is_board() && !work.is_whole_board();
   if (is_half)
-    tell_format(words("The other unit of the board is missing, so %s is only linked now. The board is tested and "
-                      "divided when the other unit is added."),
-                work.name());
+    lmainte_tell(words("The other unit of the board is missing, so %s is only linked now. The board is tested and "
+                       "divided when the other unit is added."),
+                 work.name());
   const Text message = text_of(is_half ? words("Linking %s ") : words("Testing %s "), work.name());
   return with_progress(message, work.time_to_bring_up(), [&] { return work.bring_up(); });
 }
 
 void tell_fault(const lmainte_work &work, int32_t result) {
-  tell_format(words("%s %s (result %d). Exchange it for another one."), work.name(), words(meaning_of(result).reason),
-              result);
+  lmainte_tell(words("%s %s (result %d). Exchange it for another one."), work.name(), words(meaning_of(result).reason),
+               result);
   if (!work.is_whole_board()) return;
-  tell_format(words("The test is of the whole board: the fault may be in its %s. A board on which a domain runs does "
-                    "not pass its test either."),
-              work.kind.type == LMAINTE_TYPE_CMU ? words("I/O unit") : words("CPU/memory unit"));
+  lmainte_tell(words("The test is of the whole board: the fault may be in its %s. A board on which a domain runs does "
+                     "not pass its test either."),
+               work.kind.type == LMAINTE_TYPE_CMU ? words("I/O unit") : words("CPU/memory unit"));
 }
 
 int32_t not_brought_up(const lmainte_work &work, int32_t result) {
@@ -70,12 +70,12 @@ int32_t not_brought_up(const lmainte_work &work, int32_t result) {
 }
 
 }  // namespace
-}  // namespace procedure
+}  // namespace lmainte::procedure
 
-using namespace procedure;  // NOLINT(google-build-using-namespace): the steps are its face
+using namespace lmainte::procedure;  // NOLINT(google-build-using-namespace): the steps are its face
 
 int32_t lmainte_step_detach(lmainte_work *work) {
-  if (signal_that_came() != 0) return not_chosen(LMAINTE_OK);
+  if (lmainte_session_signal() != 0) return not_chosen(LMAINTE_OK);
   const int32_t result = with_progress(text_of(words("Taking %s out of operation "), work->name()),
                                        work->time_to_detach(), [&] { return work->detach(); });
   if (result == LMAINTE_OK) return LMAINTE_OUTCOME_DONE;
@@ -86,7 +86,7 @@ int32_t lmainte_step_detach(lmainte_work *work) {
 
 int32_t lmainte_step_take_out(lmainte_work *work) {
   if (work->condition.may_run()) {
-    tell_format(words("%s may be in operation, so it is not pulled out."), work->name());
+    lmainte_tell(words("%s may be in operation, so it is not pulled out."), work->name());
     return LMAINTE_OUTCOME_FAILED;
   }
   const int32_t outcome = await(*work, kGone, noted("Pull out %s now. Type 1 when it is out, q to give up: "),

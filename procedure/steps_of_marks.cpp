@@ -1,24 +1,24 @@
 // Steps that mark a unit, and the last ones: its marks are taken back, and the log has the event.
+#include "include/lmainte_procedure.h"
 #include "procedure/asking.h"
 #include "procedure/results.h"
-#include "procedure/session.h"
 #include "procedure/step.h"
 #include "procedure/telling.h"
 #include "procedure/text.h"
 #include "procedure/words.h"
 #include "procedure/work.h"
 
-using namespace procedure;  // NOLINT(google-build-using-namespace): the steps are its face
+using namespace lmainte::procedure;  // NOLINT(google-build-using-namespace): the steps are its face
 
 // So that the technician finds it, and nobody else touches it.
 int32_t lmainte_step_mark(lmainte_work *work) {
-  if (signal_that_came() != 0) return not_chosen(LMAINTE_OK);
+  if (lmainte_session_signal() != 0) return not_chosen(LMAINTE_OK);
   if (work->marks.are_set()) return LMAINTE_OUTCOME_DONE;
   const int32_t result = work->marks.set();
   if (result == LMAINTE_BUSY || result == LMAINTE_FLAG_REFUSED) {
-    tell_format(words("%s may have a maintenance flag already: another procedure is at work on it, or left the flag "
-                      "behind."),
-                work->name());
+    lmainte_tell(words("%s may have a maintenance flag already: another procedure is at work on it, or left the flag "
+                       "behind."),
+                 work->name());
     advise(words("If nobody works on the unit, take its flag away with:"),
            program_command("setmainteflag", work->name(), "end"));
     return LMAINTE_OUTCOME_REFUSED;
@@ -26,26 +26,26 @@ int32_t lmainte_step_mark(lmainte_work *work) {
   if (result != LMAINTE_OK) return failed(text_of(words("%s could not be marked"), work->name()).view(), result);
   const int32_t marked = lmainte_add_swap_fru_to_list(work->type(), work->number());
   if (marked < 0) return not_read(*work, marked);
-  tell_format(words("The LED of %s blinks, and its maintenance flag is set."), work->name());
+  lmainte_tell(words("The LED of %s blinks, and its maintenance flag is set."), work->name());
   return LMAINTE_OUTCOME_DONE;
 }
 
 int32_t lmainte_step_unmark(lmainte_work *work) {
   if (!work->take_marks_back()) return LMAINTE_OUTCOME_FAILED;
-  tell_format(words("The LED and the maintenance flag of %s are off."), work->name());
-  if (work->marked_units() > 0) tell_format(words("More units are marked for replacement: %d."), work->marked_units());
+  lmainte_tell(words("The LED and the maintenance flag of %s are off."), work->name());
+  if (work->marked_units() > 0) lmainte_tell(words("More units are marked for replacement: %d."), work->marked_units());
   tell("");
   return LMAINTE_OUTCOME_DONE;
 }
 
 int32_t lmainte_step_record(lmainte_work *work) {
   if (work->procedure.action == LMAINTE_ACTION_NONE) {
-    tell_format(words("%s is %s."), work->name(), words(work->procedure.done));
+    lmainte_tell(words("%s is %s."), work->name(), words(work->procedure.done));
     return LMAINTE_OUTCOME_DONE;
   }
   const EventUnit event = {{}, {work->unit.record.ident[0], work->unit.record.ident[1]}, {}, 0};
   const int32_t result = lmainte_send_event(work->procedure.action, work->kind.event_kind, &event);
   if (result != LMAINTE_OK) return failed(words("The log has no record of this"), result, check_log());
-  tell_format(words("%s is %s."), work->name(), words(work->procedure.done));
+  lmainte_tell(words("%s is %s."), work->name(), words(work->procedure.done));
   return LMAINTE_OUTCOME_DONE;
 }

@@ -8,7 +8,7 @@
 
 #include "include/lmainte_procedure.h"
 
-namespace procedure {
+namespace lmainte::procedure {
 namespace {
 
 constexpr size_t kFolderRoom = 1024;
@@ -51,15 +51,6 @@ void tell(std::string_view sentences) {
   puts(in_lines(sentences).c_str());
 }
 
-void tell_format(const char *format, ...) {
-  Text text;
-  std::va_list values;
-  va_start(values, format);
-  text.add_format(format, values);
-  va_end(values);
-  tell(text.view());
-}
-
 void remember_folder(const char *program) {
   g_folder[0] = '\0';
   const char *const slash = program == nullptr ? nullptr : strrchr(program, '/');
@@ -88,22 +79,16 @@ void advise(std::string_view what, const Text &command) {
   print_command(command.view());
 }
 
-}  // namespace procedure
+}  // namespace lmainte::procedure
+
+namespace procedure = lmainte::procedure;
 
 void lmainte_tell(const char *format, ...) {
-  procedure::Text text;
-  std::va_list values;
-  va_start(values, format);
-  text.add_format(format, values);
-  va_end(values);
+  PROCEDURE_TEXT(text, format);
   procedure::tell(text.view());
 }
 
 void lmainte_advise(const char *command, const char *format, ...) {
-  procedure::Text text;
-  std::va_list values;
-  va_start(values, format);
-  text.add_format(format, values);
-  va_end(values);
+  PROCEDURE_TEXT(text, format);
   procedure::advise(text.view(), procedure::Text(command));
 }

@@ -1,16 +1,14 @@
 // How a procedure tells the operator something.
 #pragma once
 
-#include <cstdint>
 #include <string_view>
 
 #include "procedure/text.h"
 
-namespace procedure {
+namespace lmainte::procedure {
 
 // Sentences, and the end of their line.
 void tell(std::string_view sentences);
-[[gnu::format(printf, 1, 2)]] void tell_format(const char *format, ...);
 
 // The folder in which this command was found, with its slash; empty for one on the PATH. The others may be there, too.
 void remember_folder(const char *program);
@@ -25,4 +23,4 @@ Text program_command(const char *program, const char *unit, const char *mode);
 // it stands; elsewhere the environment says how it gets there.
 void advise(std::string_view what, const Text &command);
 
-}  // namespace procedure
+}  // namespace lmainte::procedure

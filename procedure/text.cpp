@@ -5,7 +5,7 @@
 #include <cstring>
 #include <iterator>
 
-namespace procedure {
+namespace lmainte::procedure {
 namespace {
 
 std::string_view first(std::string_view text, size_t size) {
@@ -96,11 +96,7 @@ Text &Text::add_format(const char *format, ...) {
 }
 
 Text text_of(const char *format, ...) {
-  Text text;
-  std::va_list values;
-  va_start(values, format);
-  text.add_format(format, values);
-  va_end(values);
+  PROCEDURE_TEXT(text, format);
   return text;
 }
 
@@ -152,4 +148,4 @@ Text in_lines(std::string_view text, size_t columns) {
   }
 }
 
-}  // namespace procedure
+}  // namespace lmainte::procedure

@@ -5,7 +5,7 @@
 #include <cstddef>
 #include <string_view>
 
-namespace procedure {
+namespace lmainte::procedure {
 
 // A text that is cut where its room ends.
 class Text {
@@ -29,6 +29,14 @@ class Text {
 
 [[gnu::format(printf, 1, 2)]] Text text_of(const char *format, ...);
 
+// Declares a text of the format and the values of the function in which it stands: no other one can take the values up.
+#define PROCEDURE_TEXT(name, format)           \
+  lmainte::procedure::Text name;               \
+  std::va_list values_of_##name;               \
+  va_start(values_of_##name, format);          \
+  (name).add_format(format, values_of_##name); \
+  va_end(values_of_##name)
+
 // What is shown on the terminal in one line: a name comes from a unit's own memory and may hold any bytes. Characters of UTF-8
 // stay as they are; all that a terminal obeys, and all that is no character, becomes "\x1b".
 Text shown(std::string_view text);
@@ -48,4 +56,4 @@ Text folded(std::string_view raw, const Fold &fold = {});
 // The same for a text of several lines.
 Text in_lines(std::string_view text, size_t columns = kColumns);
 
-}  // namespace procedure
+}  // namespace lmainte::procedure

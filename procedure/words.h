@@ -4,7 +4,7 @@
 #include <libintl.h>
 #include <locale.h>
 
-namespace procedure {
+namespace lmainte::procedure {
 
 // Brings a text into the catalogue's template, po/lmainte_procedure/lmainte_procedure.pot, and looks it up.
 [[gnu::format_arg(1)]] inline const char *words(const char *text) {
@@ -16,4 +16,4 @@ constexpr const char *noted(const char *text) {
   return text;
 }
 
-}  // namespace procedure
+}  // namespace lmainte::procedure

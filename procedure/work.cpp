@@ -8,6 +8,7 @@
 #include "procedure/text.h"
 #include "procedure/words.h"
 
+namespace procedure = lmainte::procedure;
 using procedure::text_of;
 using procedure::words;
 

@@ -12,20 +12,20 @@
 
 struct lmainte_work {
  public:
-  lmainte_work(const procedure::Server &the_server, const lmainte_procedure &the_procedure,
-               const procedure::Kind &the_kind, const procedure::Unit &the_unit,
-               const procedure::AnyRecord &the_record);
+  lmainte_work(const lmainte::procedure::Server &the_server, const lmainte_procedure &the_procedure,
+               const lmainte::procedure::Kind &the_kind, const lmainte::procedure::Unit &the_unit,
+               const lmainte::procedure::AnyRecord &the_record);
   ~lmainte_work() { take_back(); }
   lmainte_work(const lmainte_work &) = delete;
   lmainte_work &operator=(const lmainte_work &) = delete;
 
-  const procedure::Server &server;
+  const lmainte::procedure::Server &server;
   const lmainte_procedure &procedure;
-  const procedure::Kind &kind;
-  procedure::Unit unit;
-  procedure::AnyRecord record;
-  procedure::Condition condition;
-  procedure::Marks marks;
+  const lmainte::procedure::Kind &kind;
+  lmainte::procedure::Unit unit;
+  lmainte::procedure::AnyRecord record;
+  lmainte::procedure::Condition condition;
+  lmainte::procedure::Marks marks;
   int32_t division = 0;      // extended system boards into which a board is divided; 0 for what is never divided
   bool is_mirrored = false;  // the memory of a board that is one extended system board
 
@@ -37,7 +37,7 @@ struct lmainte_work {
   // Reads the unit's state anew. Which unit it is was settled when it was chosen: an empty place may not tell.
   int32_t read();
   // The record and the status as they were just seen.
-  void take(const procedure::AnyRecord &fresh);
+  void take(const lmainte::procedure::AnyRecord &fresh);
 
   // Out of operation, and a board off the server's links.
   int32_t detach();

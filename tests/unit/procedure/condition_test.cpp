@@ -8,7 +8,7 @@
 
 namespace {
 
-using procedure::Condition;
+using lmainte::procedure::Condition;
 
 // What may happen to a unit. D: it is taken out of operation, B: it is brought up.
 enum Happening { kDetached, kDetachHung, kDetachRefused, kExchanged, kPassed, kTestFailed, kHalfPassed, kGood };

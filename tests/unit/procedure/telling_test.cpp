@@ -18,14 +18,14 @@
 namespace {
 
 using doubles::printed_by;
-using procedure::procedure_command;
-using procedure::program_command;
+using lmainte::procedure::procedure_command;
+using lmainte::procedure::program_command;
 
 class Telling : public testing::Test {
  protected:
   void SetUp() override {
     unsetenv(LMAINTE_PROCEDURE_WAY);
-    procedure::remember_folder("replace_unit");
+    lmainte::procedure::remember_folder("replace_unit");
   }
   void TearDown() override { unsetenv(LMAINTE_PROCEDURE_WAY); }
 
@@ -85,11 +85,11 @@ TEST_F(Telling, NamesTheOtherProceduresWhereTheyAre) {
   std::filesystem::create_directories(folder);
   std::ofstream(folder / "add_unit") << "#!/bin/sh\n";
   std::filesystem::permissions(folder / "add_unit", std::filesystem::perms::owner_all);
-  procedure::remember_folder((folder / "replace_unit").c_str());
+  lmainte::procedure::remember_folder((folder / "replace_unit").c_str());
   const std::string quoted = testing::TempDir() + "it'\\''s $HOME/bin/add_unit";
   EXPECT_EQ(procedure_command("add_unit", "psu").view(), "'" + quoted + "' psu");
   EXPECT_EQ(procedure_command("remove_unit", "psu").view(), "remove_unit psu") << "it is not there";
-  procedure::remember_folder(nullptr);
+  lmainte::procedure::remember_folder(nullptr);
   EXPECT_EQ(procedure_command("add_unit", "psu").view(), "add_unit psu");
   std::filesystem::remove_all(folder.parent_path());
 }
@@ -107,11 +107,12 @@ TEST_F(Telling, QuotesAUnitThatAShellWouldTakeForAComment) {
 }
 
 TEST_F(Telling, SaysForEachResultWhetherTheUnitIsAtFault) {
-  EXPECT_TRUE(procedure::meaning_of(LMAINTE_TEST_FAILED).is_fault_of_unit);
-  EXPECT_EQ(procedure::reason_of(LMAINTE_TEST_FAILED).view(), "it failed its test (result 208)");
-  EXPECT_FALSE(procedure::meaning_of(LMAINTE_BUSY).is_fault_of_unit);
-  EXPECT_EQ(procedure::reason_of(LMAINTE_BUSY).view(), "another procedure is at work (result 128)");
-  EXPECT_EQ(procedure::reason_of(4242).view(), "a control program is missing, crashed or took too long (result 4242)");
+  EXPECT_TRUE(lmainte::procedure::meaning_of(LMAINTE_TEST_FAILED).is_fault_of_unit);
+  EXPECT_EQ(lmainte::procedure::reason_of(LMAINTE_TEST_FAILED).view(), "it failed its test (result 208)");
+  EXPECT_FALSE(lmainte::procedure::meaning_of(LMAINTE_BUSY).is_fault_of_unit);
+  EXPECT_EQ(lmainte::procedure::reason_of(LMAINTE_BUSY).view(), "another procedure is at work (result 128)");
+  EXPECT_EQ(lmainte::procedure::reason_of(4242).view(),
+            "a control program is missing, crashed or took too long (result 4242)");
 }
 
 // Whoever prints beside these prints lines that may be too long, and names that a terminal obeys.

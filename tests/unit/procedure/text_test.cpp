@@ -8,10 +8,10 @@
 
 namespace {
 
-using procedure::folded;
-using procedure::in_lines;
-using procedure::shown;
-using procedure::Text;
+using lmainte::procedure::folded;
+using lmainte::procedure::in_lines;
+using lmainte::procedure::shown;
+using lmainte::procedure::Text;
 
 struct ShownRow {
   const char *says;
@@ -93,12 +93,13 @@ TEST(ProcedureText, IsCutWhereItsRoomEnds) {
   EXPECT_EQ(text.add("y").add_format("%d", 1).view(), most) << "nothing more does";
   EXPECT_EQ(text.c_str()[most.size()], '\0');
   EXPECT_EQ(Text(most + "y").view(), most);
-  EXPECT_EQ(procedure::text_of("%s%s", most.c_str(), "y").view(), most);
+  EXPECT_EQ(lmainte::procedure::text_of("%s%s", most.c_str(), "y").view(), most);
   EXPECT_EQ(shown(std::string(1000, '\x01')).view().size(), Text::kRoom - 1) << "four bytes for each";
 }
 
 TEST(ProcedureText, TakesValuesAsPrintfDoes) {
-  EXPECT_EQ(procedure::text_of("%s is %s (result %d).", "/PSU#0", "good", 0).view(), "/PSU#0 is good (result 0).");
+  EXPECT_EQ(lmainte::procedure::text_of("%s is %s (result %d).", "/PSU#0", "good", 0).view(),
+            "/PSU#0 is good (result 0).");
 }
 
 }  // namespace

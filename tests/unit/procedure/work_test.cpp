@@ -48,7 +48,7 @@ class ProcedureWork : public doubles::LibraryTest {
     ASSERT_EQ(server_.read(), LMAINTE_OK);
     g_undone.clear();
     g_undo_result = LMAINTE_OK;
-    const auto *const kind = procedure::kind_of_type(kPsus);
+    const auto *const kind = lmainte::procedure::kind_of_type(kPsus);
     ASSERT_NE(kind, nullptr);
     unit_.record = {kPsus, kNumber, 0, {0x01020304, 0x05060708}, "/PSU#3"};
     unit_.status = LMAINTE_STATUS_INSTALLED;
@@ -95,12 +95,12 @@ class ProcedureWork : public doubles::LibraryTest {
     return all;
   }
 
-  procedure::Server server_;
+  lmainte::procedure::Server server_;
   lmainte_step steps_[1] = {nullptr};
   lmainte_procedure procedure_ = {
       .name = "try_unit", .verb = "try", .done = "tried", .action = LMAINTE_ACTION_NONE, .steps = steps_};
-  procedure::Unit unit_;
-  procedure::AnyRecord record_{};
+  lmainte::procedure::Unit unit_;
+  lmainte::procedure::AnyRecord record_{};
   std::unique_ptr<lmainte_work> work_;
 };
 
