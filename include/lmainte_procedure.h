@@ -28,6 +28,7 @@
  *
  * Rules that hold where a function does not say otherwise:
  *
+ * - It is read as C99 or later, and as C++11 or later; to name the fields of a procedure as above, C++ needs C++20.
  * - It stands on lmainte.h and on the platform of lmainte_platform.h, and needs nothing else but the C library.
  * - One thread, and one procedure in a process. From the session's begin to its end SIGINT, SIGQUIT, SIGTERM, SIGHUP,
  *   SIGALRM and SIGCHLD belong to this library; then they are as they were.
@@ -215,16 +216,18 @@ void lmainte_tell(const char *format, ...) LMAINTE_PRINTF(1, 2);
 int32_t lmainte_tell_failure(int32_t result, const char *format, ...) LMAINTE_PRINTF(2, 3);
 
 /* Tells what to do, and on a line of its own the command that does it: as it stands, behind LMAINTE_PROCEDURE_WAY where
- * that is set. A command that is not on the PATH is given with its folder. */
+ * that is set. A command that is not on the PATH is given with its folder; where it stands beside the procedure that runs,
+ * that is done here. */
 void lmainte_advise(const char *command, const char *format, ...) LMAINTE_PRINTF(2, 3);
 
 /*
  * Asks the operator for a number from 1 to count. After Ctrl-Z and fg the question is asked again.
  *
+ * count   how many choices there are. Where there is none, the operator is told so
  * choice  receives the number. Untouched unless it returns LMAINTE_OUTCOME_DONE
  *
- * Returns LMAINTE_OUTCOME_DONE; _GIVEN_UP after a q, the end of the input or a signal; _FAILED when it could not be asked.
- * But for the first, the operator was told.
+ * Returns LMAINTE_OUTCOME_DONE; _GIVEN_UP after a q, the end of the input or a signal; _FAILED when it could not be asked,
+ * or there is nothing to choose. But for the first, the operator was told.
  */
 int32_t lmainte_choose(int32_t count, int32_t *choice, const char *format, ...) LMAINTE_PRINTF(3, 4);
 
