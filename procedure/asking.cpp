@@ -13,20 +13,23 @@ namespace {
 // The library's answer to a question. After Ctrl-Z and fg the question is asked again.
 int32_t answer_to(std::string_view question, int32_t count, int32_t &choice) {
   constexpr size_t kRoomForAnswer = 4;
-  const Text all = in_lines(question, kColumns - kRoomForAnswer);
-  std::string_view lines = all.view();
+  const Text lines = in_lines(question, kColumns - kRoomForAnswer);
   // The library asks in 1023 bytes at most. What stands above the last line of a longer question is told.
   constexpr size_t kLongest = 1000;
-  const size_t last = lines.size() > kLongest ? lines.rfind('\n') : std::string_view::npos;
-  if (last != std::string_view::npos) {
-    tell(lines.substr(0, last));
-    lines.remove_prefix(last + 1);
-  }
+  const size_t last = lines.view().size() > kLongest ? lines.view().rfind('\n') : std::string_view::npos;
+  const size_t asked = last == std::string_view::npos ? 0 : last + 1;
   const Continued continued;
   int32_t result = LMAINTE_ASK_INTERRUPTED;
-  while (result == LMAINTE_ASK_INTERRUPTED && lmainte_session_signal() == 0)
-    result = lmainte_ask_select(count, &choice, "%s", lines.data());
+  while (result == LMAINTE_ASK_INTERRUPTED && lmainte_session_signal() == 0) {
+    if (asked > 0) tell(lines.view().substr(0, last));
+    result = lmainte_ask_select(count, &choice, "%s", lines.c_str() + asked);
+  }
   return lmainte_session_signal() == 0 ? result : LMAINTE_ASK_INTERRUPTED;
+}
+
+int32_t nothing_to_choose() {
+  tell(words("There is nothing to choose from."));
+  return LMAINTE_OUTCOME_FAILED;
 }
 
 }  // namespace
@@ -40,11 +43,13 @@ int32_t not_chosen(int32_t result) {
 }
 
 int32_t choose(int32_t count, int32_t &choice, std::string_view question) {
+  if (count < 1) return nothing_to_choose();
   const int32_t result = answer_to(question, count, choice);
   return result == LMAINTE_ASK_CHOSEN ? LMAINTE_OUTCOME_DONE : not_chosen(result);
 }
 
 int32_t choose_behind_table(int32_t count, int32_t &choice, std::string_view question) {
+  if (count < 1) return nothing_to_choose();
   for (;;) {
     int32_t result = answer_to(question, count, choice);
     if (result == LMAINTE_ASK_CHOSEN) return LMAINTE_OUTCOME_DONE;

@@ -3,6 +3,7 @@
 
 #include <sys/statvfs.h>
 
+#include <cerrno>
 #include <cstdio>
 #include <cstring>
 
@@ -158,6 +159,14 @@ void tell_usage(const lmainte_procedure &procedure, FILE *out) {
   fputs("\n", out);
 }
 
+// Returns the exit status.
+int tell_help(const lmainte_procedure &procedure) {
+  tell_usage(procedure, stdout);
+  if (fflush(stdout) == 0) return LMAINTE_OUTCOME_DONE;
+  fprintf(stderr, "%s: the output cannot be written: %s.\n", procedure.name, strerror(errno));
+  return LMAINTE_OUTCOME_FAILED;
+}
+
 // What the shipped procedures do: an author's word that is not here stays as it is.
 [[maybe_unused]] constexpr const char *kTranslated[] = {noted("replace"), noted("replaced"), noted("add"),
                                                         noted("added"),   noted("remove"),   noted("removed"),
@@ -191,8 +200,7 @@ int lmainte_procedure_run(const lmainte_procedure *procedure, int argc, char **a
     return LMAINTE_OUTCOME_FAILED;
   }
   if (argc == 2 && strcmp(argv[1], "--help") == 0) {
-    procedure::tell_usage(*procedure, stdout);
-    return LMAINTE_OUTCOME_DONE;
+    return procedure::tell_help(*procedure);
   }
   const int most = procedure->kind == nullptr ? 2 : 1;
   const char *const word = argc == 2 ? argv[1] : procedure->kind;

@@ -2,6 +2,7 @@
 
 #include <unistd.h>
 
+#include <algorithm>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
@@ -61,11 +62,19 @@ void remember_folder(const char *program) {
   g_folder[size] = '\0';
 }
 
-Text procedure_command(const char *name, const char *kind) {
+Text command_beside(std::string_view line) {
+  const size_t end = std::min(line.find(' '), line.size());
+  const std::string_view program = line.substr(0, end);
+  const Text beside = text_of("%s%.*s", g_folder, static_cast<int>(program.size()), program.data());
+  const bool may_be_there = *g_folder != '\0' && !program.empty() && program.find('/') == std::string_view::npos;
+  if (!may_be_there || access(beside.c_str(), X_OK) != 0) return Text(line);
   Text command;
-  const Text beside = text_of("%s%s", g_folder, name);
-  add_shell_word(command, access(beside.c_str(), X_OK) == 0 ? beside.view() : std::string_view(name));
-  return command.add(" ").add(kind);
+  add_shell_word(command, beside.view());
+  return command.add(line.substr(end));
+}
+
+Text procedure_command(const char *name, const char *kind) {
+  return command_beside(text_of("%s %s", name, kind).view());
 }
 
 Text program_command(const char *program, const char *unit, const char *mode) {
@@ -90,5 +99,5 @@ void lmainte_tell(const char *format, ...) {
 
 void lmainte_advise(const char *command, const char *format, ...) {
   PROCEDURE_TEXT(text, format);
-  procedure::advise(text.view(), procedure::Text(command));
+  procedure::advise(text.view(), procedure::command_beside(command));
 }

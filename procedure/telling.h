@@ -13,6 +13,9 @@ void tell(std::string_view sentences);
 // The folder in which this command was found, with its slash; empty for one on the PATH. The others may be there, too.
 void remember_folder(const char *program);
 
+// A command whose program stands beside this one, with the folder in which this one was found; every other one as it is.
+Text command_beside(std::string_view line);
+
 // A procedure for units of a kind, such as add_unit psu.
 Text procedure_command(const char *name, const char *kind);
 

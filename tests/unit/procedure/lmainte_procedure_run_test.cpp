@@ -1,6 +1,9 @@
 // The words on the command line of a procedure.
 
+#include <fcntl.h>
 #include <gtest/gtest.h>
+#include <stdio_ext.h>
+#include <unistd.h>
 
 #include <string>
 #include <vector>
@@ -35,6 +38,20 @@ TEST(ProcedureRun, SaysHowItIsCalled) {
               EXPECT_EQ(run("fan", {"./try_unit", "--help"}), LMAINTE_OUTCOME_DONE);
             }),
             "usage: try_unit\n");
+}
+
+TEST(ProcedureRun, FailsWhereNobodyCanReadHowItIsCalled) {
+  const int before = dup(STDOUT_FILENO);
+  const int full = open("/dev/full", O_WRONLY);
+  fflush(stdout);
+  dup2(full, STDOUT_FILENO);
+  testing::internal::CaptureStderr();
+  EXPECT_EQ(run(nullptr, {"try_unit", "--help"}), LMAINTE_OUTCOME_FAILED);
+  EXPECT_EQ(testing::internal::GetCapturedStderr(),
+            "try_unit: the output cannot be written: No space left on device.\n");
+  __fpurge(stdout);
+  dup2(before, STDOUT_FILENO);
+  for (const int fd : {before, full}) close(fd);
 }
 
 TEST(ProcedureRun, RefusesWordsThatMakeNoSense) {

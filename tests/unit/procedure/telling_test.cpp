@@ -89,6 +89,9 @@ TEST_F(Telling, NamesTheOtherProceduresWhereTheyAre) {
   const std::string quoted = testing::TempDir() + "it'\\''s $HOME/bin/add_unit";
   EXPECT_EQ(procedure_command("add_unit", "psu").view(), "'" + quoted + "' psu");
   EXPECT_EQ(procedure_command("remove_unit", "psu").view(), "remove_unit psu") << "it is not there";
+  EXPECT_EQ(advised("add_unit --all"), "Start it:\n  '" + quoted + "' --all\n") << "an author's own";
+  EXPECT_EQ(advised("/mgb/bin/add_unit"), "Start it:\n  /mgb/bin/add_unit\n");
+  EXPECT_EQ(advised(""), "Start it:\n  \n");
   lmainte::procedure::remember_folder(nullptr);
   EXPECT_EQ(procedure_command("add_unit", "psu").view(), "add_unit psu");
   std::filesystem::remove_all(folder.parent_path());
