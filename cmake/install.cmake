@@ -4,8 +4,8 @@ include(GNUInstallDirs)
 include(CMakePackageConfigHelpers)
 
 # Refuses a place without rights, and what is not built, before anything is written.
-set(needed $<TARGET_FILE:lmainte> $<TARGET_FILE:lmainte_static> $<TARGET_FILE:lmainte_procedure>
-    $<TARGET_FILE:lmainte_procedure_static>)
+get_property(libraries GLOBAL PROPERTY lmainte_shipped_libraries)
+list(TRANSFORM libraries REPLACE "(.+)" "$<TARGET_FILE:\\1>" OUTPUT_VARIABLE needed)
 if(LMAINTE_HOST)
   list(APPEND needed $<TARGET_FILE:lmainte_host> $<TARGET_FILE:spbox> $<TARGET_FILE:control_program>
       $<TARGET_FILE:monitor_daemon> ${PROJECT_BINARY_DIR}/man/man1/spbox.1 ${PROJECT_BINARY_DIR}/man/man7/lmainte.7
@@ -39,7 +39,7 @@ function(install_pc PC_NAME PC_DESCRIPTION PC_LIBS)
       COMPONENT development)
 endfunction()
 
-install_part(library runtime lmainte lmainte_static lmainte_procedure lmainte_procedure_static)
+install_part(library runtime ${libraries})
 install_pc(lmainte "Maintenance library of the service processor" -llmainte)
 install_pc(lmainte_procedure "Maintenance commands as lists of steps" -llmainte_procedure lmainte)
 install(FILES include/lmainte.h include/lmainte_platform.h include/lmainte_procedure.h TYPE INCLUDE COMPONENT development)

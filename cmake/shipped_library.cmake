@@ -1,0 +1,40 @@
+# shipped_library(NAME AS NAME_IN_NAMESPACE NAMES FILE [ON LIBRARY] SOURCES FILE...)
+#
+# A library as it ships: NAME, shared, with the soname of the major version, and NAME_static. Other projects see them as
+# lmainte::NAME_IN_NAMESPACE and lmainte::NAME_IN_NAMESPACE_static; cmake/install.cmake installs both. It depends only on the C
+# library: no exceptions, no run-time types, no C++ run-time library.
+#
+# NAMES    the version script, with the names that it exports
+# ON       the library that it stands on
+function(shipped_library name)
+  cmake_parse_arguments(PARSE_ARGV 1 ship "" "AS;NAMES;ON" SOURCES)
+  set_property(GLOBAL APPEND PROPERTY lmainte_shipped_libraries ${name} ${name}_static)
+  set(names ${CMAKE_CURRENT_SOURCE_DIR}/${ship_NAMES})
+
+  add_library(${name}_objects OBJECT ${ship_SOURCES})
+  target_include_directories(${name}_objects PUBLIC ${PROJECT_SOURCE_DIR}/include PRIVATE ${PROJECT_SOURCE_DIR})
+  target_compile_options(${name}_objects PRIVATE -fno-exceptions -fno-rtti -fno-threadsafe-statics)
+  set_target_properties(${name}_objects PROPERTIES CXX_VISIBILITY_PRESET hidden VISIBILITY_INLINES_HIDDEN ON)
+  target_link_libraries(${name}_objects PRIVATE lmainte_warnings)
+
+  # The C compiler links, so that no C++ run-time library comes in. The platform's functions stay undefined: the maintenance
+  # command is linked with them. Where it is installed, it finds the library that it stands on beside itself.
+  add_library(${name} SHARED $<TARGET_OBJECTS:${name}_objects>)
+  target_link_options(${name} PRIVATE LINKER:--version-script=${names})
+  set_target_properties(${name} PROPERTIES
+      VERSION ${PROJECT_VERSION} SOVERSION ${PROJECT_VERSION_MAJOR} LINKER_LANGUAGE C LINK_DEPENDS ${names}
+      LIBRARY_OUTPUT_DIRECTORY ${PROJECT_BINARY_DIR})
+
+  add_library(${name}_static STATIC $<TARGET_OBJECTS:${name}_objects>)
+  set_target_properties(${name}_static PROPERTIES OUTPUT_NAME ${name} ARCHIVE_OUTPUT_DIRECTORY ${PROJECT_BINARY_DIR})
+
+  foreach(kind IN ITEMS "" _static)
+    add_library(lmainte::${ship_AS}${kind} ALIAS ${name}${kind})
+    target_include_directories(${name}${kind} PUBLIC $<BUILD_INTERFACE:${PROJECT_SOURCE_DIR}/include>)
+    set_target_properties(${name}${kind} PROPERTIES EXPORT_NAME ${ship_AS}${kind})
+    if(ship_ON)
+      target_link_libraries(${name}${kind} PUBLIC ${ship_ON}${kind})
+      set_target_properties(${name}${kind} PROPERTIES INSTALL_RPATH $ORIGIN)
+    endif()
+  endforeach()
+endfunction()
