@@ -36,7 +36,7 @@ void add_guests(const fs::path &path, std::set<std::string> &guests) {
   std::error_code error;
   for (const fs::path &spelling : {path.lexically_normal(), fs::weakly_canonical(path, error)}) {
     const std::string name = name_in_tmp(spelling);
-    if (!name.empty() && fs::exists("/tmp/" + name, error)) guests.insert(name);
+    if (!name.empty() && fs::exists("/tmp/" + name)) guests.insert(name);
   }
 }
 
@@ -117,7 +117,7 @@ void add_box(const RootPlan &plan, std::vector<std::string> &arguments) {
   add(arguments, {"--symlink", name_of_this_run(), kRunInside});
   add(arguments, {"--ro-bind", plan.spbox, kSpboxInside, "--remount-ro", "/mgb/lib"});
   add(arguments, {"--bind", plan.box.tmp(), "/tmp"});
-  for (const std::string &name : guests_in_tmp(plan)) add(arguments, {"--ro-bind", "/tmp/" + name, "/tmp/" + name});
+  for (const std::string &name : plan.guests) add(arguments, {"--ro-bind", "/tmp/" + name, "/tmp/" + name});
 }
 
 bool seen_inside(const fs::path &folder) {

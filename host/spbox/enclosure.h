@@ -21,9 +21,11 @@ struct RootPlan {
   std::filesystem::path folder;           // the working folder
   bool pager = true;                      // false: the pager cannot be run
   bool network = false;                   // true: the workstation's
+  std::set<std::string> guests = {};      // what is mounted below /tmp
 };
 
-// The workstation's own things in /tmp that the command must see: what holds the program, the working folder or spbox.
+// The workstation's own things in /tmp that the command must see: what holds the program, the working folder or spbox. They are
+// looked for once. What bwrap is told to mount and has no mount point, it makes one for, and nobody removes that. Throws.
 std::set<std::string> guests_in_tmp(const RootPlan &plan);
 
 // The arguments of bwrap that make the root.

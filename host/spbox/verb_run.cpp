@@ -48,7 +48,8 @@ int run(const RunOptions &options) {
   complete_databases(place);
   MountPoints mount_points(place);
   const RunMark mark(place);
-  for (const std::string &name : guests_in_tmp(plan)) mount_points.make(name, fs::is_directory("/tmp/" + name));
+  plan.guests = guests_in_tmp(plan);
+  for (const std::string &name : plan.guests) mount_points.make(name, fs::is_directory("/tmp/" + name));
   Children children;
   const DaemonProcess answers(plan, children);
   setenv(LMAINTE_HOST_RUN, way_in(folder).c_str(), 1);

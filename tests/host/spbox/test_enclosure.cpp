@@ -46,6 +46,16 @@ TEST(Enclosure, FollowsLinksIntoTmp) {
   EXPECT_TRUE(guests.contains(elsewhere.path().filename()));
 }
 
+// What bwrap finds no mount point for, it makes one for, which nobody removes.
+TEST(Enclosure, MountsInTmpWhatThePlanHas) {
+  const Scratch folder;
+  spbox::RootPlan known = plan("/usr/bin/id", folder.path());
+  const std::vector<std::string> mount{"--ro-bind", folder.path(), folder.path()};
+  EXPECT_FALSE(has(spbox::bwrap_arguments(known), mount));
+  known.guests = spbox::guests_in_tmp(known);
+  EXPECT_TRUE(has(spbox::bwrap_arguments(known), mount));
+}
+
 TEST(Enclosure, GivesTheBoxItsOwnPlaces) {
   const auto arguments = spbox::bwrap_arguments(plan("/usr/bin/id", "/usr"));
   EXPECT_TRUE(has(arguments, {"--bind", "/srv/box/mgb", "/mgb"}));
