@@ -73,6 +73,10 @@ bool Making::is_any_left(const box::Place &place) {
          (fs::is_directory(status) && fs::is_empty(folder, error));
 }
 
+bool Making::is_unfinished(const box::Place &place) {
+  return is_any_left(place) && is_there(Making(place).whole_);
+}
+
 void Making::make(const box::Contents &contents) const {
   SpareDescriptors spare;
   try {
@@ -123,7 +127,8 @@ void Making::discard_if_possible() const {
   }
 }
 
-// Each part of the new box that still waits takes its place. What stands there is the old one's.
+// Each part of the new box that still waits takes its place. What stands there is the old one's. Then the empty folder of the
+// new one goes to the old parts: who comes next and finds them still there has nothing to finish, and nothing to tell.
 void Making::finish() const {
   fs::create_directories(old_);
   for (const char *part : kParts) {
@@ -134,6 +139,7 @@ void Making::finish() const {
     }
     fs::rename(whole_ / part, root_ / part);
   }
+  fs::rename(whole_, old_ / "whole");
   discard_if_possible();
 }
 
@@ -169,9 +175,12 @@ Making::Left Making::clear_up() const {
     finish();
     return Left::kFinished;
   }
-  const Left left = is_there(fresh_) ? Left::kUndone : Left::kNothing;
-  discard();
-  return left;
+  if (is_there(fresh_)) {
+    discard();
+    return Left::kUndone;
+  }
+  discard_if_possible();
+  return Left::kNothing;
 }
 
 void clear_up_making_alone(const box::Place &place) {

@@ -26,7 +26,8 @@ class Making {
   // What a maker left that died.
   enum class Left { kNothing, kUndone, kFinished };
   static bool is_any_left(const box::Place &place);
-  Left clear_up() const;  // finishes it or undoes it. Throws.
+  static bool is_unfinished(const box::Place &place);  // the new box has not taken its place yet
+  Left clear_up() const;                               // finishes it or undoes it. Throws.
 
  private:
   void refuse_links() const;

@@ -35,7 +35,7 @@ int enter(const box::Place &place) {
   while (true) {
     clear_up_making(place);
     const FolderLock shared(place.root(), FolderLock::Way::kShared);
-    if (Making::is_any_left(place)) continue;
+    if (Making::is_unfinished(place)) continue;
     const int fd = open_file(file);
     int result = 0;
     do {

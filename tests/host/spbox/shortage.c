@@ -1,11 +1,13 @@
-/* Loaded before the C library, into spbox alone: from main on, memory fails from the SHORT_OF_MEMORY'th request on, and
- * forks fail where SHORT_OF_PROCESSES is set. */
+/* Loaded before the C library, into spbox alone: from main on, memory fails from the SHORT_OF_MEMORY'th request on, forks
+ * fail where SHORT_OF_PROCESSES is set, and nothing is removed where NOTHING_GOES is set. */
 #define _GNU_SOURCE
 #include <dlfcn.h>
 #include <errno.h>
+#include <stdio.h>
 #include <stdlib.h>
 #include <string.h>
 #include <sys/types.h>
+#include <unistd.h>
 
 extern void *__libc_malloc(size_t size);
 extern void *__libc_calloc(size_t count, size_t size);
@@ -16,7 +18,7 @@ typedef int Main(int count, char **words, char **environment);
 
 static Main *real_main;
 static long left = -1; /* requests that do not fail; below 0: none fails */
-static int short_of_processes;
+static int short_of_processes, nothing_goes;
 
 static int fails(void) {
   if (left > 0 && --left > 0) return 0;
@@ -41,10 +43,26 @@ pid_t fork(void) {
   return -1;
 }
 
+static int stays(void) {
+  if (nothing_goes) errno = EACCES;
+  return nothing_goes;
+}
+
+int unlinkat(int folder, const char *name, int flags) {
+  return stays() ? -1 : ((int (*)(int, const char *, int))dlsym(RTLD_NEXT, "unlinkat"))(folder, name, flags);
+}
+int remove(const char *name) {
+  return stays() ? -1 : ((int (*)(const char *))dlsym(RTLD_NEXT, "remove"))(name);
+}
+int rmdir(const char *name) {
+  return stays() ? -1 : ((int (*)(const char *))dlsym(RTLD_NEXT, "rmdir"))(name);
+}
+
 static int armed_main(int count, char **words, char **environment) {
   const char *requests = getenv("SHORT_OF_MEMORY");
   if (strcmp(program_invocation_short_name, "spbox") == 0) {
     short_of_processes = getenv("SHORT_OF_PROCESSES") != NULL;
+    nothing_goes = getenv("NOTHING_GOES") != NULL;
     if (requests != NULL) left = atol(requests);
   }
   return real_main(count, words, environment);

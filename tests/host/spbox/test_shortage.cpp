@@ -1,4 +1,4 @@
-// What spbox says where the workstation has no memory, or no process, left for it.
+// What spbox says where the workstation has no memory, or no process, left for it, or keeps what it removes.
 #include <algorithm>
 
 #include "tests/host/spbox/spbox_test.h"
@@ -70,6 +70,17 @@ TEST_F(Shortage, OfMemoryFromTheBeginning) {
   const Done result = spbox_short_of("SHORT_OF_MEMORY=1", {"units", "box"});
   EXPECT_EQ(result.exit_status, 1);
   EXPECT_EQ(result.output, "spbox: there is not enough memory.\n");
+}
+
+// Who makes the box says so. Who comes next finds what stayed there, and has nothing to tell.
+TEST_F(Shortage, OfARightToRemoveKeepsNobodyFromANewBox) {
+  EXPECT_EQ(spbox_short_of("NOTHING_GOES=yes", {"create", "box", "--model", "qb1", "--force"}).output,
+            "Made box: model qb1, 53 units, all healthy. `spbox units box` lists them.\n");
+  EXPECT_TRUE(std::filesystem::exists(place().root() / ".making/made_by_spbox"));
+  EXPECT_EQ(spbox_short_of("NOTHING_GOES=yes", {"fault", "box", "/PSU#0"}).output, "/PSU#0  Faulted\n");
+  EXPECT_EQ(spbox_short_of("NOTHING_GOES=yes", {"run", "box", "--", "echo", "it runs"}).output, "it runs\n");
+  EXPECT_EQ(done({"repair", "box", "/PSU#0"}), "/PSU#0  Normal\n");
+  EXPECT_FALSE(std::filesystem::exists(place().root() / ".making"));
 }
 
 TEST_F(Shortage, OfProcessesIsASentence) {
