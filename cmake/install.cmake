@@ -11,6 +11,8 @@ if(LMAINTE_HOST)
       $<TARGET_FILE:monitor_daemon> ${PROJECT_BINARY_DIR}/man/man1/spbox.1 ${PROJECT_BINARY_DIR}/man/man7/lmainte.7
       ${PROJECT_BINARY_DIR}/locale)
 endif()
+install(CODE "set(is_alone ${PROJECT_IS_TOP_LEVEL})" ALL_COMPONENTS)  # others have components of their own
+install(CODE "set(components runtime;development;box;documentation)" ALL_COMPONENTS)
 install(CODE "set(needed \"${needed}\")" ALL_COMPONENTS)
 install(CODE "set(folders \"${CMAKE_INSTALL_BINDIR};${CMAKE_INSTALL_LIBDIR};${CMAKE_INSTALL_INCLUDEDIR};${CMAKE_INSTALL_DATADIR}\")"
     ALL_COMPONENTS)
