@@ -134,7 +134,8 @@ uint32_t lmainte_work_status(const lmainte_work *work);
  * BpUnitData. It is overwritten by lmainte_work_read, and by the steps take_out, put_in and bring_up. */
 const void *lmainte_work_record(const lmainte_work *work);
 
-/* Reads the record and the status word anew, as the steps take_out and put_in do. Returns LMAINTE_OK, or the reader's result; then the old ones stay. */
+/* Reads the record and the status word anew, as the steps take_out and put_in do. Returns LMAINTE_OK, or the reader's
+ * result; then the old ones stay. */
 int32_t lmainte_work_read(lmainte_work *work);
 
 /* What server this is. */

@@ -46,9 +46,10 @@ extern "C" {
  *   int32_t choice = 0;
  *   if (lmainte_ask_select(count, &choice, "Select a unit [1-%d, q to give up]: ", count) == LMAINTE_ASK_CHOSEN) ...
  *
- * The operator answers with a number from 1 to count, or with q. After any other answer the operator is told what is accepted, and asked again: after an empty line, a word, a number out
- * of range, a line too long. Spaces around the answer do not count. The function reads the descriptor of standard input up
- * to the end of the line and not a byte further. It does not use the buffer of stdin: do not read it through stdio as well.
+ * The operator answers with a number from 1 to count, or with q. After any other answer the operator is told what is
+ * accepted, and asked again: after an empty line, a word, a number out of range, a line too long. Spaces around the answer
+ * do not count. The function reads the descriptor of standard input up to the end of the line and not a byte further. It
+ * does not use the buffer of stdin: do not read it through stdio as well.
  *
  * Before lmainte.h had names for the results, they had these.
  */
