@@ -6,10 +6,10 @@ include(CMakePackageConfigHelpers)
 # Refuses a place without rights, and what is not built, before anything is written.
 get_property(libraries GLOBAL PROPERTY lmainte_shipped_libraries)
 list(TRANSFORM libraries REPLACE "(.+)" "$<TARGET_FILE:\\1>" OUTPUT_VARIABLE needed)
+list(APPEND needed ${PROJECT_BINARY_DIR}/locale)
 if(LMAINTE_HOST)
   list(APPEND needed $<TARGET_FILE:lmainte_host> $<TARGET_FILE:spbox> $<TARGET_FILE:control_program>
-      $<TARGET_FILE:monitor_daemon> ${PROJECT_BINARY_DIR}/man/man1/spbox.1 ${PROJECT_BINARY_DIR}/man/man7/lmainte.7
-      ${PROJECT_BINARY_DIR}/locale)
+      $<TARGET_FILE:monitor_daemon> ${PROJECT_BINARY_DIR}/man/man1/spbox.1 ${PROJECT_BINARY_DIR}/man/man7/lmainte.7)
 endif()
 install(CODE "set(is_alone ${PROJECT_IS_TOP_LEVEL})" ALL_COMPONENTS)  # others have components of their own
 install(CODE "set(components runtime;development;box;documentation)" ALL_COMPONENTS)
@@ -44,6 +44,7 @@ endfunction()
 install_part(library runtime ${libraries})
 install_pc(lmainte "Maintenance library of the service processor" -llmainte)
 install_pc(lmainte_procedure "Maintenance commands as lists of steps" -llmainte_procedure lmainte)
+install(DIRECTORY ${PROJECT_BINARY_DIR}/locale/ DESTINATION ${CMAKE_INSTALL_LOCALEDIR} COMPONENT runtime)
 install(FILES include/lmainte.h include/lmainte_platform.h include/lmainte_procedure.h TYPE INCLUDE COMPONENT development)
 
 if(LMAINTE_HOST)
@@ -64,7 +65,6 @@ if(LMAINTE_HOST)
   install(FILES ${PROJECT_BINARY_DIR}/completion/spbox.fish
       DESTINATION ${CMAKE_INSTALL_DATADIR}/fish/vendor_completions.d COMPONENT box)
   install(DIRECTORY examples/plays DESTINATION ${CMAKE_INSTALL_DATADIR}/lmainte COMPONENT box)
-  install(DIRECTORY ${PROJECT_BINARY_DIR}/locale/ DESTINATION ${CMAKE_INSTALL_LOCALEDIR} COMPONENT runtime)
 endif()
 
 install(FILES README.md CHANGELOG.md LICENSE TYPE DOC COMPONENT documentation)
