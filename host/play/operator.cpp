@@ -75,4 +75,9 @@ std::optional<std::vector<std::string>> Operator::screen() {
   return terminal_->screen();
 }
 
+std::optional<std::vector<std::string>> Operator::last_screen() const {
+  if (!terminal_) return {};
+  return terminal_->last_screen();
+}
+
 }  // namespace play

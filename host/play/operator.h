@@ -42,6 +42,7 @@ class Operator {
 
   // What stands on the screen; nothing before the first command.
   std::optional<std::vector<std::string>> screen();
+  std::optional<std::vector<std::string>> last_screen() const;  // without a look whether it stands still
 
  private:
   terminal::Terminal &at_terminal();

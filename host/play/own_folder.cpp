@@ -59,7 +59,9 @@ void remove_folder(const fs::path &folder) {
   throw std::system_error(error, std::generic_category(), "cannot make a folder for the box: " + name);
 }
 
-void remove_what_the_dead_left() {
+}  // namespace
+
+void OwnFolder::remove_what_the_dead_left() {
   std::error_code error;
   for (const fs::directory_entry &entry : fs::directory_iterator(fs::temp_directory_path(), error)) {
     if (!entry.path().filename().string().starts_with(kPrefix)) continue;
@@ -67,8 +69,6 @@ void remove_what_the_dead_left() {
     if (lock.get() >= 0) remove_folder(entry.path());
   }
 }
-
-}  // namespace
 
 // Until a new folder is locked, another play may take it for one that was left.
 OwnFolder::OwnFolder() {

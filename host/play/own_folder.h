@@ -17,6 +17,8 @@ class OwnFolder {
   OwnFolder(const OwnFolder &) = delete;
   OwnFolder &operator=(const OwnFolder &) = delete;
 
+  static void remove_what_the_dead_left();
+
   const std::filesystem::path &path() const { return path_; }
   std::filesystem::path box() const { return path_ / "box"; }
 

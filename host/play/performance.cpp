@@ -61,8 +61,8 @@ void keep_books(const Box &box, Transcript &transcript) {
 
 }  // namespace
 
-std::vector<Step> prepare(const Files &files, const Values &values, const Verbs &verbs) {
-  auto steps = read_plan(files.script, values, verbs);
+std::vector<Step> prepare(const Files &files, const Values &values, const Verbs &verbs, std::vector<fs::path> *played) {
+  auto steps = read_plan(files.script, values, verbs, played);
   const auto script = files.script.string();
   if (!files.picture.empty() && !has_step(steps, &Traits::draws)) {
     throw script::Error(script + " shows no screen to be drawn. Write `screen \"what it shows\"`.");
@@ -91,6 +91,7 @@ void perform(const std::vector<Step> &steps, const Files &files, const std::stri
   if (files.box.empty()) setenv(LMAINTE_HOST_RUN, "", 1);  // A step `start` takes what a command advises to type.
   try {
     Stage stage(box, narrator, alarm);
+    stage.account = AccountWriter(files.account);
     play_steps(stage, steps);
   } catch (const Failure &failure) {
     transcript.keep(std::string(failure.what()) + "\n");

@@ -15,11 +15,13 @@ struct Files {
   std::filesystem::path box;         // empty: one that is gone after the play
   std::filesystem::path transcript;  // empty: none
   std::filesystem::path picture;     // empty: none
+  int account = -1;                  // the descriptor for an account of the play; -1: none
 };
 
 // Reads the script and those that it plays. Throws script::Error where they make no sense, or not with these files, and
-// nothing was done yet.
-std::vector<Step> prepare(const Files &files, const Values &values, const Verbs &verbs);
+// nothing was done yet. `played` gets those that it plays.
+std::vector<Step> prepare(const Files &files, const Values &values, const Verbs &verbs,
+                          std::vector<std::filesystem::path> *played = nullptr);
 
 // Plays, and tells of it on `out`. `spbox` is the program. Throws script::Error before the first step where one of the files
 // cannot be written, Failure where a step fails, and terminal::Interrupted when the alarm rings.

@@ -6,6 +6,7 @@
 #include <set>
 
 #include "host/base/shown.h"
+#include "host/base/xml.h"
 
 namespace play {
 namespace {
@@ -26,29 +27,6 @@ std::string format(const char *form, Values... values) {
   return text.data();
 }
 
-// What XML cannot hold becomes a question mark.
-std::string xml(std::string_view text) {
-  std::string result;
-  while (!text.empty()) {
-    const auto size = base::character_size(text);
-    const char c = text[0];
-    if (size == 0 || text.starts_with("\xef\xbf\xbe") || text.starts_with("\xef\xbf\xbf"))
-      result += '?';
-    else if (c == '&')
-      result += "&amp;";
-    else if (c == '<')
-      result += "&lt;";
-    else if (c == '>')
-      result += "&gt;";
-    else if (c == '"')
-      result += "&quot;";
-    else
-      result += text.substr(0, size);
-    text.remove_prefix(std::max<std::size_t>(size, 1));
-  }
-  return result;
-}
-
 std::size_t length(std::string_view text) {
   std::size_t characters = 0;
   for (; !text.empty(); ++characters) text.remove_prefix(std::max<std::size_t>(base::character_size(text), 1));
@@ -62,7 +40,7 @@ std::string row_text(const std::string &row, std::size_t number) {
   return format(R"(<text x="%.1f" y="%.1f" textLength="%.1f">)", kMargin + kLetter * static_cast<double>(first),
                 kBar + kMargin + kLine * static_cast<double>(number) + kFont,
                 kLetter * static_cast<double>(length(text))) +
-         xml(text) + "</text>\n";
+         base::xml(text) + "</text>\n";
 }
 
 // At most so many letters.
@@ -95,7 +73,7 @@ std::string note_text(const std::vector<std::string> &notes, double width, doubl
   double base = height - (kFoot + kNoteLine * static_cast<double>(lines.size())) / 2 + kNoteBase;
   std::string text;
   for (const auto &line : lines) {
-    text += format(R"(<text class="note" x="%.1f" y="%.1f">)", kMargin, base) + xml(line) + "</text>\n";
+    text += format(R"(<text class="note" x="%.1f" y="%.1f">)", kMargin, base) + base::xml(line) + "</text>\n";
     base += kNoteLine;
   }
   return text;
@@ -185,13 +163,13 @@ std::string Picture::svg() const {
       "<svg xmlns=\"http://www.w3.org/2000/svg\" width=\"%.1f\" height=\"%.1f\" "
       "viewBox=\"0 0 %.1f %.1f\" role=\"img\" xml:space=\"preserve\">\n",
       width, height, width, height);
-  if (!frames_.empty()) text += "<title>" + xml(frames_[0].caption) + "</title>\n";
+  if (!frames_.empty()) text += "<title>" + base::xml(frames_[0].caption) + "</title>\n";
   text += "<style>\n" + style() + "</style>\n" + window(width, height);
   for (std::size_t i = 0; i < frames_.size(); ++i) {
     const Frame &frame = frames_[i];
     text += format("<g class=\"f\" id=\"f%zu\">\n<text class=\"caption\" x=\"%.1f\" y=\"%.1f\">", i, width / 2,
                    kBar / 2 + 5);
-    text += xml(shortened(frame.caption, longest_caption)) + "</text>\n";
+    text += base::xml(shortened(frame.caption, longest_caption)) + "</text>\n";
     for (std::size_t row = 0; row < frame.rows.size(); ++row) text += row_text(frame.rows[row], row);
     text += note_text(frame.notes, width, height);
     text += "</g>\n";

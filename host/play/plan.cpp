@@ -46,7 +46,7 @@ std::string with_values(const std::string &word, const Values &values) {
 
 class PlanReader {
  public:
-  explicit PlanReader(const Verbs &verbs) : verbs_(verbs) {}
+  PlanReader(const Verbs &verbs, std::vector<fs::path> *played) : verbs_(verbs), played_(played) {}
 
   void read(const fs::path &script, const Values &values, const std::string &via, int depth) {
     try {
@@ -100,10 +100,13 @@ class PlanReader {
     }
     Values values;
     for (std::size_t i = 1; i < step.words.size(); ++i) add_value(step.words[i], values);
-    read(step.folder / step.words[0], values, "\n  played from " + step.place + step.via, depth + 1);
+    const fs::path script = step.folder / step.words[0];
+    if (played_ != nullptr) played_->push_back(script);
+    read(script, values, "\n  played from " + step.place + step.via, depth + 1);
   }
 
   const Verbs &verbs_;
+  std::vector<fs::path> *played_;
 };
 
 void check_on(const std::string &model, const Step &step) {
@@ -153,8 +156,9 @@ void add_value(const std::string &word, Values &values) {
   values[name] = word.substr(equals + 1);
 }
 
-std::vector<Step> read_plan(const fs::path &script, const Values &values, const Verbs &verbs) {
-  PlanReader reader(verbs);
+std::vector<Step> read_plan(const fs::path &script, const Values &values, const Verbs &verbs,
+                            std::vector<fs::path> *played) {
+  PlanReader reader(verbs, played);
   reader.read(script, values, "", 1);
   check_boxes(reader.steps);
   check_order(reader.steps);

@@ -24,8 +24,9 @@ void add_value(const std::string &word, Values &values);
 
 // In the words of a script, "$NAME" stands for the value of this name, and "$$" for a dollar. A script that another one
 // plays has the values that are given there, and no others. Throws script::Error where a script cannot be read, or makes no
-// sense.
-std::vector<Step> read_plan(const std::filesystem::path &script, const Values &values, const Verbs &verbs);
+// sense. The scripts that it plays, and those that they play, are added to `played`, also where it throws.
+std::vector<Step> read_plan(const std::filesystem::path &script, const Values &values, const Verbs &verbs,
+                            std::vector<std::filesystem::path> *played = nullptr);
 
 // Whether a step has this trait.
 bool has_step(const std::vector<Step> &plan, bool Traits::*trait);

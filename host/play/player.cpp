@@ -7,27 +7,51 @@ namespace play {
 namespace {
 
 // The screen and the technicians' words belong to every failure: the reason is often there.
-Failure failure(Stage &stage, const Step &step, std::string reason) {
+Failure failure(Stage &stage, const Step &step, std::string reason, const std::vector<std::string> &left = {}) {
   while (reason.ends_with('\n')) reason.pop_back();
-  std::string text = step.error(stage.box.without_folder(reason)).what() + std::string("\n");
-  if (const auto screen = stage.op.screen()) text += framed(*screen, "the screen");
+  Account account{step.place, step.text, stage.box.without_folder(reason), left, {}, ""};
+  account.text = step.error(account.reason).what() + std::string("\n");
+  if (const auto screen = stage.op.screen()) {
+    account.screens.push_back({"the screen", *screen});
+    account.text += framed(*screen, "the screen");
+  }
   for (const auto &technician : stage.technicians.at_work()) {
     const auto output = stage.box.without_folder(technician.work.output());
-    text += "The technician of " + technician.step->place + " until then:\n" +
-            (output.empty() ? "    nothing\n" : indented(output));
+    account.text += "The technician of " + technician.step->place + " until then:\n" +
+                    (output.empty() ? "    nothing\n" : indented(output));
   }
-  return Failure(text);
+  return Failure(account);
+}
+
+// Nobody looks on when the screen stands still.
+void tell_where_it_was_interrupted(Stage &stage, const Step &step) {
+  Account account{step.place, step.text, "", {}, {}, ""};
+  if (const auto screen = stage.op.last_screen()) account.screens.push_back({"the screen", *screen});
+  stage.account.ends(account);
 }
 
 void play_step(Stage &stage, const Step &step) {
+  stage.account.begins(step.place, step.text);
   try {
     step.row->perform(stage, step);
   } catch (const terminal::Interrupted &) {
+    tell_where_it_was_interrupted(stage, step);
     throw;
   } catch (const StepError &) {
     throw;
+  } catch (const NotInOrder &wrong) {
+    throw failure(stage, step, wrong.what(), wrong.left());
   } catch (const std::exception &wrong) {
     throw failure(stage, step, base::told(wrong));
+  }
+}
+
+void play_all(Stage &stage, const std::vector<Step> &steps) {
+  try {
+    for (const auto &step : steps) play_step(stage, step);
+    wait_for_technicians(stage);
+  } catch (const StepError &wrong) {
+    throw failure(stage, wrong.step(), wrong.what());
   }
 }
 
@@ -35,10 +59,10 @@ void play_step(Stage &stage, const Step &step) {
 
 void play_steps(Stage &stage, const std::vector<Step> &steps) {
   try {
-    for (const auto &step : steps) play_step(stage, step);
-    wait_for_technicians(stage);
-  } catch (const StepError &wrong) {
-    throw failure(stage, wrong.step(), wrong.what());
+    play_all(stage, steps);
+  } catch (const Failure &failure) {
+    stage.account.ends(failure.account());
+    throw;
   }
 }
 

@@ -4,6 +4,7 @@
 #include <chrono>
 #include <string>
 
+#include "host/play/account.h"
 #include "host/play/box.h"
 #include "host/play/narrator.h"
 #include "host/play/operator.h"
@@ -20,6 +21,7 @@ struct Stage {
   Operator op;
   std::chrono::milliseconds patience{10'000};  // of every wait
   std::string said;                            // by the last spbox step
+  AccountWriter account;
 };
 
 // Waits until all technicians have done their work, and tells what they said. Throws StepError.

@@ -75,4 +75,15 @@ class StepError : public std::runtime_error {
   const Step *step_;
 };
 
+// What the command left that it should have taken back, a sentence for each.
+class NotInOrder : public std::runtime_error {
+ public:
+  NotInOrder(const std::string &text, std::vector<std::string> left)
+      : std::runtime_error(text), left_(std::move(left)) {}
+  const std::vector<std::string> &left() const { return left_; }
+
+ private:
+  std::vector<std::string> left_;
+};
+
 }  // namespace play

@@ -44,7 +44,7 @@ void in_order(Stage &stage, const Step &step) {
   if (left.empty()) return stage.narrator.remarks("All is in order.");
   std::string list;
   for (const auto &sentence : left) list += sentence + "\n";
-  throw std::runtime_error("not all is in order:\n" + indented(list));
+  throw NotInOrder("not all is in order:\n" + indented(list), left);
 }
 
 void check_seconds(const Words &words) {

@@ -34,6 +34,12 @@ void print_line(std::string_view line) {
   std::fputs((base::shown(line) + "\n").c_str(), stdout);
 }
 
+void print_over(std::string_view text) {
+  constexpr const char *kClearBehind = "\033[K";
+  std::fputs(("\r" + base::shown(text) + kClearBehind).c_str(), stdout);
+  std::fflush(stdout);
+}
+
 void complain(std::string_view line) {
   std::fflush(stdout);
   std::fputs(("spbox: " + base::shown(line) + "\n").c_str(), stderr);

@@ -15,6 +15,9 @@ void print_line(std::string_view line);
 void complain(std::string_view line);
 void complain_in_lines(std::string_view lines);  // without the head
 
+// The beginning of a line on a terminal, which the next text is written over.
+void print_over(std::string_view text);
+
 // Says so without any memory of its own, and returns the exit status. The C++ library ends the process in some places where
 // it finds no memory: from the second one on, it says so there, too.
 int out_of_memory();

@@ -1,15 +1,15 @@
 // Plays a script: an operator and technicians who work by themselves.
-#include <algorithm>
+#include <fcntl.h>
+
 #include <csignal>
 #include <filesystem>
 #include <iostream>
 #include <memory>
 
 #include "host/play/interrupts.h"
-#include "host/play/layout.h"
 #include "host/play/performance.h"
 #include "host/play/player.h"
-#include "host/spbox/command_line.h"
+#include "host/spbox/play_verbs.h"
 #include "host/spbox/standard_output.h"
 #include "host/spbox/verbs.h"
 
@@ -22,34 +22,20 @@ struct PlayOptions {
   play::Values values;
 };
 
-// The words of a step `spbox`, in which the verb's DIR does not stand.
-void check_step(const play::Words &words) {
-  constexpr const char *kAnyBox = "box";
-  auto verbs = all_verbs();
-  Verb &verb = *std::find_if(verbs.begin(), verbs.end(), [&](const Verb &known) { return known.name == words[0]; });
-  *std::get<std::filesystem::path *>(verb.words.front().to) = kAnyBox;
-  verb.words.erase(verb.words.begin());
-  try {
-    read_line(verb, {words.begin() + 1, words.end()});
-  } catch (const UsageError &wrong) {
-    throw std::invalid_argument(play::as_steps(wrong.what(), kAnyBox));
-  }
-}
-
-play::Verbs verbs_that_work_on_box() {
-  play::Verbs verbs{{}, check_step};
-  for (const Verb &verb : all_verbs()) {
-    if (verb.works_on_box) verbs.names.push_back(verb.name);
-  }
-  return verbs;
-}
-
 void take_values(PlayOptions &options) {
   try {
     for (const auto &word : options.words) play::add_value(word, options.values);
   } catch (const std::invalid_argument &wrong) {
     throw UsageError(wrong.what() + std::string("."));
   }
+}
+
+// Of this process, so not where the words alone are judged. The command of the play does not get the descriptor.
+void take_account_fd(int fd) {
+  const int mode = fd < 0 ? O_RDWR : fcntl(fd, F_GETFL);
+  if (mode < 0 || (mode & O_ACCMODE) == O_RDONLY)
+    throw UsageError("--account-fd " + std::to_string(fd) + ": this descriptor is not open for writing.");
+  if (fd >= 0) fcntl(fd, F_SETFD, FD_CLOEXEC);
 }
 
 int play_script(const PlayOptions &options) {
@@ -91,7 +77,11 @@ Verb play_verb() {
                     {.name = "--picture",
                      .help = "Keep there the screens, as a moving SVG",
                      .to = &options->files.picture,
-                     .value = "FILE"}},
+                     .value = "FILE"},
+                    {.name = "--account-fd",
+                     .help = "How far it is and why it fails is written there",
+                     .to = number(options->files.account, 0, 65535),
+                     .value = "FD"}},
           .footer = script::help_of(play::step_rows(), 26) +
                     "\nA word in quotes keeps its blanks and knows \\n \\t \\r \\e \\\" \\\\ and\n"
                     "bytes such as \\003 or \\x03. $NAME in a word stands for a value, $$ for a\n"
@@ -104,6 +94,7 @@ Verb play_verb() {
                     "  spbox play replace.play --box box --transcript replace.txt\n"
                     "  spbox play replace.play UNIT=/PSU#3 --picture replace.svg",
           .check = [options] { take_values(*options); },
+          .prepare = [options] { take_account_fd(options->files.account); },
           .act = [options] { return play_script(*options); }};
 }
 

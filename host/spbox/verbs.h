@@ -15,6 +15,7 @@ Verb show_verb();
 std::vector<Verb> change_verbs();  // pull, insert, fault, degrade, repair
 Verb technician_verb();
 Verb play_verb();
+Verb test_verb();
 Verb program_verb();
 Verb daemon_verb();
 Verb break_verb();

@@ -35,6 +35,10 @@ class BackgroundProgram {
   void kill();
   pid_t pid() const { return pid_; }
 
+  // Who waits for several watches these descriptors: of the program's end, and of what it writes to descriptor 3.
+  int end() const { return process_.get(); }
+  int told() const { return told_.get(); }
+
  private:
   pid_t pid_ = -1;
   int alarm_;

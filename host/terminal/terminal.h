@@ -54,6 +54,7 @@ class Terminal {
   void watch(milliseconds time);                                    // takes in what the command writes, so long
   std::vector<std::string>
   screen();  // The lines of the screen, from its top to its bottom, without blanks at their ends.
+  std::vector<std::string> last_screen() const { return screen_.rows(); }  // as far as it was taken in
   std::vector<std::string> everything_shown();  // The lines that scrolled away, then the screen.
 
   std::optional<Ending> wait_for_exit(milliseconds patience);  // Nothing when the command still runs then.

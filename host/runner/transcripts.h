@@ -1,0 +1,31 @@
+// Where the transcripts of many plays lie.
+#pragma once
+
+#include <filesystem>
+#include <string>
+
+#include "host/runner/result.h"
+
+namespace runner {
+
+class Transcripts {
+ public:
+  // In the folder `wanted`, which is made, and keeps them all. Without one, in a new folder of temporary files, which keeps
+  // those of plays that went wrong, and is removed where there are none. Throws.
+  explicit Transcripts(const std::filesystem::path &wanted);
+  ~Transcripts();
+  Transcripts(const Transcripts &) = delete;
+  Transcripts &operator=(const Transcripts &) = delete;
+
+  // For a play of this name; its folder is made. Throws.
+  std::filesystem::path place_for(const std::string &name) const;
+
+  // Where the transcript lies when its play is over; empty where it does not.
+  std::filesystem::path kept(const std::filesystem::path &file, Verdict verdict) const;
+
+ private:
+  std::filesystem::path folder_;
+  bool keeps_all_;
+};
+
+}  // namespace runner

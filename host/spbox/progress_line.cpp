@@ -1,0 +1,45 @@
+#include "host/spbox/progress_line.h"
+
+#include <sys/ioctl.h>
+#include <unistd.h>
+
+#include <cstdlib>
+#include <string_view>
+
+#include "host/spbox/standard_output.h"
+
+namespace spbox {
+namespace {
+
+// A terminal that can clear the rest of a line.
+bool is_seen() {
+  const char *kind = std::getenv("TERM");  // NOLINT(concurrency-mt-unsafe): there is one thread
+  return isatty(STDOUT_FILENO) == 1 && kind != nullptr && *kind != '\0' && std::string_view(kind) != "dumb";
+}
+
+}  // namespace
+
+ProgressLine::ProgressLine() : is_seen_(is_seen()) {}
+
+// In the last column, some terminals go on to the next line.
+std::size_t ProgressLine::width() const {
+  if (!is_seen_) return 0;
+  winsize size{};
+  constexpr std::size_t kUsual = 80;
+  const bool is_known = ioctl(STDOUT_FILENO, TIOCGWINSZ, &size) == 0 && size.ws_col > 1;
+  return (is_known ? size.ws_col : kUsual) - 1;
+}
+
+void ProgressLine::show(const std::string &line) {
+  if (!is_seen_) return;
+  print_over(line);
+  is_shown_ = true;
+}
+
+void ProgressLine::clear() {
+  if (!is_shown_) return;
+  print_over("");
+  is_shown_ = false;
+}
+
+}  // namespace spbox

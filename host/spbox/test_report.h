@@ -1,0 +1,24 @@
+// The files in which `spbox test` reports.
+#pragma once
+
+#include <chrono>
+#include <filesystem>
+#include <span>
+#include <string>
+
+#include "host/runner/result.h"
+
+namespace spbox {
+
+struct TestReports {
+  std::filesystem::path junit, json;  // empty: not wanted
+};
+
+// Before the plays, so that no result is lost. Throws UsageError for a file that cannot be written.
+void check_reports(const TestReports &files);
+
+// Each is whole, or as it was before. False, and a sentence for the user, where one could not be written.
+bool write_reports(const TestReports &files, std::span<const runner::Result> results, std::chrono::milliseconds time,
+                   std::chrono::system_clock::time_point begin);
+
+}  // namespace spbox

@@ -1,0 +1,306 @@
+// Plays many plays side by side, and reports what became of each.
+#include <unistd.h>
+
+#include <algorithm>
+#include <csignal>
+#include <filesystem>
+#include <memory>
+
+#include "host/box/advice.h"
+#include "host/play/interrupts.h"
+#include "host/play/own_folder.h"
+#include "host/play/performance.h"
+#include "host/runner/judge.h"
+#include "host/runner/selection.h"
+#include "host/runner/telling.h"
+#include "host/runner/transcripts.h"
+#include "host/spbox/play_verbs.h"
+#include "host/spbox/progress_line.h"
+#include "host/spbox/standard_output.h"
+#include "host/spbox/test_report.h"
+#include "host/spbox/verbs.h"
+
+namespace spbox {
+namespace {
+
+namespace fs = std::filesystem;
+using Clock = std::chrono::steady_clock;
+using std::chrono::milliseconds;
+
+struct TestOptions {
+  std::vector<std::string> paths;
+  std::size_t width = static_cast<std::size_t>(std::max(1L, sysconf(_SC_NPROCESSORS_ONLN)));
+  std::string glob, share;
+  runner::Shard shard;
+  std::size_t rounds = 1;
+  std::uint32_t limit = 600;
+  bool list = false, check = false;
+  fs::path junit, json, transcripts;
+  std::vector<std::string> for_each_play;  // options of `spbox play`
+};
+
+// ---- which plays
+
+runner::Reading reading_of(const fs::path &script) {
+  static const play::Verbs verbs = verbs_that_work_on_box();
+  runner::Reading reading;
+  try {
+    reading.steps = play::prepare({script, {}, {}, {}}, {}, verbs, &reading.plays).size();
+  } catch (const script::Error &wrong) {
+    reading.wrong = wrong.what();
+  }
+  return reading;
+}
+
+// What was looked through, for people.
+std::string places_of(const TestOptions &options) {
+  std::string text;
+  for (const auto &path : options.paths) text += (text.empty() ? "" : ", ") + path;
+  return text;
+}
+
+std::vector<runner::Play> plays_of(const TestOptions &options) {
+  auto plays = runner::plays_among(runner::find_scripts(options.paths), reading_of);
+  if (plays.empty()) {
+    throw UsageError("there is no play in " + places_of(options) + ". The name of a play ends with .play.");
+  }
+  if (!options.glob.empty()) plays = runner::fitting(std::move(plays), options.glob);
+  if (plays.empty()) {
+    throw UsageError("no name of a play in " + places_of(options) + " fits `" + options.glob + "`. " +
+                     box::advice({"test", "--list"}) + " shows the names.");
+  }
+  return runner::share_of(plays, options.shard);
+}
+
+int list(const std::vector<runner::Play> &plays) {
+  for (const runner::Play &play : plays) print_line(play.name);
+  return 0;
+}
+
+int check(const std::vector<runner::Play> &plays) {
+  std::size_t wrong = 0;
+  for (const runner::Play &play : plays) {
+    if (play.wrong.empty()) continue;
+    ++wrong;
+    print(play.wrong + "\n");
+  }
+  const std::string all = std::to_string(plays.size()) + (plays.size() == 1 ? " play" : " plays");
+  print_line(all + ": " + std::to_string(plays.size() - wrong) + " can be played, " + std::to_string(wrong) +
+             " cannot.");
+  return wrong == 0 ? 0 : kUsage;
+}
+
+// ---- the plays
+
+struct Part {
+  std::string name;
+  const runner::Play *play;
+};
+
+std::vector<Part> parts_of(const std::vector<runner::Play> &plays, std::size_t rounds) {
+  std::vector<Part> parts;
+  for (std::size_t round = 1; round <= rounds; ++round) {
+    const std::string behind = rounds == 1 ? "" : " (" + std::to_string(round) + ")";
+    for (const runner::Play &play : plays) parts.push_back({play.name + behind, &play});
+  }
+  return parts;
+}
+
+// Plays all parts, and tells of each when it is done.
+class Evening {
+ public:
+  Evening(const TestOptions &options, const std::vector<Part> &parts, int alarm)
+      : options_(options), transcripts_(options.transcripts), alarm_(alarm) {
+    for (const Part &part : parts) {
+      results_.emplace_back().name = part.name;
+      if (!part.play->wrong.empty()) continue;
+      files_.push_back(transcripts_.place_for(part.name));
+      result_of_job_.push_back(results_.size() - 1);
+      jobs_.push_back({part.name, command(*part.play)});
+    }
+    for (std::size_t i = 0; i < parts.size(); ++i) {
+      if (!parts[i].play->wrong.empty()) refuse(results_[i], parts[i].play->wrong);
+    }
+  }
+
+  void play() {
+    const bool has_killed =
+        run_side_by_side(jobs_, {options_.width, limit(), alarm_},
+                         {.begins = [&](std::size_t job) { begins(job); },
+                          .ends = [&](std::size_t job, const runner::JobEnding &ending) { ends(job, ending); },
+                          .second_passes = [&] { show_progress(); }});
+    line_.clear();
+    if (has_killed) play::OwnFolder::remove_what_the_dead_left();
+  }
+
+  const std::vector<runner::Result> &results() const { return results_; }
+
+ private:
+  milliseconds limit() const { return std::chrono::seconds(options_.limit); }
+
+  std::vector<std::string> command(const runner::Play &play) const {
+    std::vector<std::string> words{
+        fs::read_symlink("/proc/self/exe"), "play", "--account-fd", "3", "--transcript", files_.back().string()};
+    words.insert(words.end(), options_.for_each_play.begin(), options_.for_each_play.end());
+    words.insert(words.end(), {"--", play.file.string()});
+    return words;
+  }
+
+  void refuse(runner::Result &result, const std::string &wrong) {
+    result.verdict = runner::Verdict::kUnreadable;
+    result.reason = wrong + "\n";
+    tell(result);
+  }
+
+  void begins(std::size_t job) {
+    at_work_.push_back(job);
+    show_progress();
+  }
+
+  void ends(std::size_t job, const runner::JobEnding &ending) {
+    std::erase(at_work_, job);
+    runner::Result &result = results_[result_of_job_[job]];
+    const std::string name = result.name;
+    result = judge(ending, limit());
+    result.name = name;
+    result.transcript = transcripts_.kept(files_[job], result.verdict);
+    tell(result);
+    show_progress();
+  }
+
+  void tell(const runner::Result &result) {
+    line_.clear();
+    ++done_;
+    wrong_ += is_wrong(result.verdict) ? 1U : 0U;
+    print(told_of(result));
+    std::fflush(stdout);
+  }
+
+  void show_progress() {
+    if (line_.width() == 0) return;
+    runner::Progress progress{done_, results_.size(), wrong_, {}, since_begin()};
+    for (const std::size_t job : at_work_) progress.at_work.push_back(jobs_[job].name);
+    line_.show(told_of(progress, line_.width()));
+  }
+
+  milliseconds since_begin() const { return std::chrono::duration_cast<milliseconds>(Clock::now() - begin_); }
+
+  const TestOptions &options_;
+  Clock::time_point begin_ = Clock::now();
+  runner::Transcripts transcripts_;
+  int alarm_;
+  std::vector<runner::Result> results_;
+  std::vector<runner::Job> jobs_;
+  std::vector<fs::path> files_;             // the transcript of each job
+  std::vector<std::size_t> result_of_job_;  // and the number of its result
+  std::vector<std::size_t> at_work_;
+  std::size_t done_ = 0, wrong_ = 0;
+  ProgressLine line_;
+};
+
+int status_of(std::span<const runner::Result> results) {
+  using runner::Verdict;
+  const bool has_failed =
+      count(results, Verdict::kFailed) + count(results, Verdict::kHung) + count(results, Verdict::kDied) > 0;
+  if (has_failed) return kFailure;
+  return count(results, Verdict::kUnreadable) > 0 ? kUsage : 0;
+}
+
+int play_and_report(const TestOptions &options, const std::vector<runner::Play> &plays, int alarm) {
+  const auto begin = Clock::now();
+  const auto date = std::chrono::system_clock::now();
+  Evening evening(options, parts_of(plays, options.rounds), alarm);
+  evening.play();
+  const auto &results = evening.results();
+  const auto time = std::chrono::duration_cast<milliseconds>(Clock::now() - begin);
+  print(told_of_all(results, time));
+  const bool are_written = write_reports({options.junit, options.json}, results, time, date);
+  const int status = status_of(results);
+  return status == 0 && !are_written ? kFailure : status;
+}
+
+int play_all(const TestOptions &options, const std::vector<runner::Play> &plays) {
+  const play::Interrupts interrupts;
+  const int status = play_and_report(options, plays, interrupts.alarm());
+  const int signal = interrupts.signal();
+  if (signal == 0) return status;
+  std::fflush(stdout);
+  std::signal(signal, SIG_DFL);
+  std::raise(signal);
+  return 128 + signal;
+}
+
+int test(const TestOptions &options) {
+  check_reports({options.junit, options.json});
+  const auto plays = plays_of(options);
+  if (options.list) return list(plays);
+  if (options.check) return check(plays);
+  return play_all(options, plays);
+}
+
+void judge_words(TestOptions &options) {
+  if (options.paths.empty()) options.paths = {"."};
+  try {
+    if (!options.share.empty()) options.shard = runner::shard_in(options.share);
+  } catch (const std::invalid_argument &wrong) {
+    throw UsageError(wrong.what() + std::string("."));
+  }
+}
+
+}  // namespace
+
+Verb test_verb() {
+  auto options = std::make_shared<TestOptions>();
+  return {
+      .name = "test",
+      .line = "Play many plays side by side, and report on them",
+      .words =
+          {{.name = "PLAY|FOLDER",
+            .help = "A play, or a folder: all *.play in it and below it;\nthe current folder without one",
+            .to = &options->paths},
+           {.name = "-j",
+            .help = "So many at the same time; as many as there are\nprocessors without it",
+            .to = number(options->width, 1, 1000),
+            .value = "N"},
+           {.name = "--filter",
+            .help = "Only plays whose name fits, as in 'wrong/*'",
+            .to = &options->glob,
+            .value = "GLOB"},
+           {.name = "--shard",
+            .help = "A share of the plays: 2/8 is the second of eight",
+            .to = &options->share,
+            .value = "K/N"},
+           {.name = "--repeat", .help = "Each play so often", .to = number(options->rounds, 1, 1000), .value = "N"},
+           {.name = "--limit",
+            .help = "How long a play takes at most; 600 without it",
+            .to = number(options->limit, 1, 86400),
+            .value = "SECONDS"},
+           {.name = "--list",
+            .help = "Only print the names of the plays",
+            .to = &options->list,
+            .excludes = {"--check"}},
+           {.name = "--check", .help = "Only read the plays, and say what is wrong with them", .to = &options->check},
+           {.name = "--junit",
+            .help = "Report there what became of each, for CI servers",
+            .to = &options->junit,
+            .value = "FILE"},
+           {.name = "--json", .help = "The same for scripts", .to = &options->json, .value = "FILE"},
+           {.name = "--transcripts",
+            .help = "Keep there the transcripts of all plays; without it,\nthose of plays that went wrong are kept",
+            .to = &options->transcripts,
+            .value = "DIR"}},
+      .footer =
+          "A play is a script as `spbox play` takes it, with a box of its own. Hidden\n"
+          "folders and linked ones are left out, and scripts that only other plays play.\n"
+          "Each play is a process of its own. A failure ends its play and no other.\n\n"
+          "Exit status: 0 all passed, 1 a play failed, 2 a play cannot be read, or the\n"
+          "command line makes no sense.\n\n"
+          "Examples:\n"
+          "  spbox test\n"
+          "  spbox test plays -j 8 --junit report.xml\n"
+          "  spbox test plays --filter '*/wrong/*' --repeat 10",
+      .check = [options] { judge_words(*options); },
+      .act = [options] { return test(*options); }};
+}
+
+}  // namespace spbox
