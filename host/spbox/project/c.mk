@@ -1,4 +1,4 @@
-# make: builds @NAME@. make test: plays it in a box.
+# make: builds @NAME@. make test: plays its plays, each in a box of its own.
 # Where lmainte is below a folder of its own, PKG_CONFIG_PATH and PATH lead there.
 LIBRARIES = lmainte_procedure lmainte lmainte_host
 CFLAGS = -std=c11 -O2 -g -Wall -Wextra
@@ -8,7 +8,7 @@ LDLIBS = $(shell pkg-config --libs $(LIBRARIES)) -Wl,-rpath,$(shell pkg-config -
 @NAME@: @NAME@.c
 
 test: @NAME@
-	spbox play @NAME@.play
+	spbox test
 
 clean:
 	rm -f @NAME@

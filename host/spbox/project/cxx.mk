@@ -1,4 +1,4 @@
-# make: builds @NAME@ in build. make test: plays it in a box. CMakeLists.txt says how.
+# make: builds @NAME@ in build. make test: plays its plays, each in a box of its own. CMakeLists.txt says how.
 all:
 	cmake -S . -B build
 	cmake --build build
