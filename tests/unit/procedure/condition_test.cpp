@@ -6,6 +6,8 @@
 
 #include <vector>
 
+#include "procedure/kinds.h"
+
 namespace {
 
 using lmainte::procedure::Condition;
@@ -104,6 +106,20 @@ TEST(UnitCondition, FollowsWhatIsDone) {
     EXPECT_EQ(condition.value(), row.condition) << row.says;
     EXPECT_EQ(condition.may_run(), row.may_run) << row.says;
     EXPECT_EQ(condition.reason(), row.reason) << row.says;
+  }
+}
+
+TEST(UnitCondition, IsInTheStatusWord) {
+  const struct {
+    uint32_t status;
+    bool is_installed, is_faulted, is_healthy;
+  } rows[] = {{0, false, false, false},         {0x80000000, true, false, true},  {0xA0000000, true, true, false},
+              {0x90000000, true, false, false}, {0x20000000, false, true, false}, {0x80008000, true, false, true}};
+  for (const auto &row : rows) {
+    const lmainte::procedure::Unit unit{.status = row.status};
+    EXPECT_EQ(unit.is_installed(), row.is_installed) << row.status;
+    EXPECT_EQ(unit.is_faulted(), row.is_faulted) << row.status;
+    EXPECT_EQ(unit.is_healthy(), row.is_healthy) << row.status;
   }
 }
 

@@ -26,6 +26,8 @@ TEST(ProcedureText, IsShownAndNeverObeyed) {
       {"a newline, a rubout and a zero byte", std::string("a\n\x7f\0b", 5), R"(a\x0a\x7f\x00b)"},
       {"UTF-8 of two, three and four bytes", "\xc3\xa9\xe2\x82\xac\xf0\x9f\x94\xa7",
        "\xc3\xa9\xe2\x82\xac\xf0\x9f\x94\xa7"},
+      {"the first and the last one but one of three planes", "\xf1\x80\x80\x80\xf3\xbf\xbf\xbf",
+       "\xf1\x80\x80\x80\xf3\xbf\xbf\xbf"},
       {"control characters of two bytes", "\xc2\x80 \xc2\x9f\xc2\xa0",
        R"(\xc2\x80 \xc2\x9f)"
        "\xc2\xa0"},

@@ -197,12 +197,52 @@ TEST_F(ProcedureWork, PutsTheUnitBackThatItTookOut) {
 TEST_F(ProcedureWork, TakesTheMarksBackAlone) {
   lmainte_work_undo_later(work_.get(), "It may blink", undo, g_led);
   ASSERT_EQ(work_->detach(), LMAINTE_OK);
-  printed_by([&] { EXPECT_EQ(lmainte_step_unmark(work_.get()), LMAINTE_OUTCOME_DONE); });
+  EXPECT_EQ(printed_by([&] { EXPECT_EQ(lmainte_step_unmark(work_.get()), LMAINTE_OUTCOME_DONE); }),
+            "The LED and the maintenance flag of /PSU#3 are off.\n\n");
   EXPECT_EQ(g_undone, Lines{});
   EXPECT_EQ(lmainte_work_condition(work_.get()), LMAINTE_CONDITION_OUT);
   EXPECT_NE(way_out().find("Putting"), 0u);
   EXPECT_EQ(lmainte_work_condition(work_.get()), LMAINTE_CONDITION_UNTOUCHED) << "it is back";
   EXPECT_EQ(g_undone, (Lines{"led"}));
+}
+
+struct MarkRow {
+  const char *says;
+  int32_t type;
+  std::vector<doubles::Program> set;
+  int32_t result;
+  size_t taken_back;  // programs
+};
+
+// Each operation has a child beside it, and no program runs that nobody asked for.
+TEST_F(ProcedureWork, MarksAUnitByItsFlagItsLedAndAFanTrayByItsFans) {
+  const MarkRow rows[] = {
+      {"a power supply", kPsus, {exits(0), exits(0)}, 0, 2},
+      {"a fan tray", 180, {exits(0), exits(0), exits(0)}, 0, 3},
+      {"one whose flag is refused", 180, {exits(204)}, 204, 0},
+      {"one whose LED stays dark", 180, {exits(0), exits(206)}, 206, 1},
+      {"one whose fans hang", 180, {exits(0), exits(0), hangs()}, 8, 3},
+  };
+  for (const MarkRow &row : rows) {
+    SetUp();
+    lmainte::procedure::Marks marks(server_, {row.type, 0, 0, {1, 2}, "/IT#0"});
+    programs(row.set);
+    EXPECT_EQ(marks.set(), row.result) << row.says;
+    EXPECT_EQ(machine().calls_of({"fork"}).size(), 1 + row.set.size()) << row.says;
+    EXPECT_EQ(printed_by([&] { EXPECT_TRUE(marks.take_back()); }), "") << row.says;
+    const size_t beside = row.taken_back == 0 ? 1 : 2;
+    EXPECT_EQ(machine().calls_of({"fork"}).size(), beside + row.set.size() + row.taken_back) << row.says;
+    TearDown();
+  }
+  SetUp();
+}
+
+TEST_F(ProcedureWork, TakesLongerForABoardWhichIsAlsoLinked) {
+  EXPECT_EQ(work_->time_to_detach(), 60);
+  EXPECT_EQ(work_->time_to_bring_up(), 120);
+  const lmainte_work board(server_, procedure_, *lmainte::procedure::kind_of_type(16), unit_, record_);
+  EXPECT_EQ(board.time_to_detach(), 120);
+  EXPECT_EQ(board.time_to_bring_up(), 180);
 }
 
 TEST_F(ProcedureWork, AsksForNoUnitThatMayBeInOperation) {
