@@ -34,7 +34,7 @@ int32_t judge(const lmainte_work &work, int32_t mode) {
                                             [&] { return lmainte_judge_control_fru(mode, time, &work.unit.record); });
   if (result == LMAINTE_OK) return LMAINTE_OUTCOME_DONE;
   if (result != LMAINTE_FRU_REFUSED && result != LMAINTE_FRU_REFUSED_2)
-    return failed(text_of(words("%s could not be judged"), work.name()).view(), result);
+    return failed(text_of(words("The server could not be asked about %s"), work.name()).view(), result);
   lmainte_tell(words("%s may not be %s now: %s."), work.name(), words(work.procedure.done),
                reason_of_refusal(work, mode, result));
   return LMAINTE_OUTCOME_REFUSED;
