@@ -115,6 +115,17 @@ _spbox() {
 complete -o filenames -F _spbox spbox
 )sh";
 
+// ---- fish: whether this is the verb; without one, whether there is none yet
+
+constexpr const char *kFishVerb = R"fish(
+function __spbox_verb
+    set -l words (commandline -opc)
+    test "$words[2]" = "$argv[1]"
+end
+complete -c spbox -f
+complete -c spbox -l help -d 'Say more'
+)fish";
+
 // ---- zsh
 
 std::string zsh_row(const Word &word, int place) {
@@ -145,9 +156,12 @@ std::string bash_completion(const std::vector<Verb> &verbs) {
 
 std::string zsh_completion(const std::vector<Verb> &verbs) {
   std::string text =
-      "#compdef spbox\n# What zsh completes behind spbox. Made from its verbs.\n\nlocal -a verbs\nverbs=(\n";
+      "#compdef spbox\n# What zsh completes behind spbox. Made from its verbs.\n\nlocal -a options verbs\n"
+      "options=('--help:Say more' '--version:Which version this is')\nverbs=(\n";
   for (const Verb &verb : verbs) text += "  " + in_quotes(verb.name + ":" + verb.line) + "\n";
-  text += "  'help:What a verb does'\n)\nif ((CURRENT == 2)); then\n  _describe verb verbs\n  return\nfi\n";
+  text +=
+      "  'help:What a verb does'\n)\nif ((CURRENT == 2)); then\n  _describe -o option options\n  _describe verb "
+      "verbs\n  return\nfi\n";
   text += "local verb=$words[2]\nshift words\n((CURRENT--))\ncase $verb in\n  help) _describe verb verbs ;;\n";
   for (const Verb &verb : verbs) {
     text += "  " + verb.name + ")\n    _arguments '--help[Say more]'";
@@ -159,12 +173,13 @@ std::string zsh_completion(const std::vector<Verb> &verbs) {
 }
 
 std::string fish_completion(const std::vector<Verb> &verbs) {
-  std::string text = "# What fish completes behind spbox. Made from its verbs.\ncomplete -c spbox -f\n";
-  const std::string first = "complete -c spbox -n __fish_use_subcommand ";
+  std::string text = "# What fish completes behind spbox. Made from its verbs.\n" + std::string(kFishVerb);
+  const std::string first = "complete -c spbox -n __spbox_verb ";
   text += first + "-a help -d 'What a verb does'\n" + first + "-l version -d 'Which version this is'\n";
   for (const Verb &verb : verbs) {
-    text += first + "-a " + verb.name + " -d " + in_quotes(verb.line) + "\n";
-    const std::string here = "complete -c spbox -n '__fish_seen_subcommand_from " + verb.name + "'";
+    const std::string line = "-a " + verb.name + " -d " + in_quotes(verb.line) + "\n";
+    text += first + line + "complete -c spbox -n '__spbox_verb help' " + line;
+    const std::string here = "complete -c spbox -n '__spbox_verb " + verb.name + "'";
     for (const Word &word : verb.words) {
       const std::string candidates = offer(word, &Offer::fish, word.value.empty() ? "" : " -x");
       if (word.is_option()) {
