@@ -175,10 +175,11 @@ std::string zsh_completion(const std::vector<Verb> &verbs) {
 std::string fish_completion(const std::vector<Verb> &verbs) {
   std::string text = "# What fish completes behind spbox. Made from its verbs.\n" + std::string(kFishVerb);
   const std::string first = "complete -c spbox -n __spbox_verb ";
+  const std::string behind_help = "complete -c spbox -n '__spbox_verb help' ";
   text += first + "-a help -d 'What a verb does'\n" + first + "-l version -d 'Which version this is'\n";
   for (const Verb &verb : verbs) {
     const std::string line = "-a " + verb.name + " -d " + in_quotes(verb.line) + "\n";
-    text += first + line + "complete -c spbox -n '__spbox_verb help' " + line;
+    for (const std::string &start : {first, behind_help}) text.append(start).append(line);
     const std::string here = "complete -c spbox -n '__spbox_verb " + verb.name + "'";
     for (const Word &word : verb.words) {
       const std::string candidates = offer(word, &Offer::fish, word.value.empty() ? "" : " -x");
