@@ -31,6 +31,8 @@ const std::vector<Line> kLines{
     {"daemon, shown", {"daemon", "box"}},
     {"break", {"break", "box", "/PSU#0", "/FAN_A#0", "--short"}},
     {"mend", {"mend", "box"}, {"break", "box", "/PSU#0", "--missing"}},
+    {"deviate", {"deviate", "box", "log", "--refused"}},
+    {"points", {"points", "box"}, {"deviate", "box", "log", "--refused"}},
     {"trace", {"trace", "box"}},
     {"log", {"log", "box"}},
     {"dump", {"dump", "box"}},

@@ -19,6 +19,9 @@ namespace box {
 
 using Bytes = std::vector<std::uint8_t>;
 
+// How long a command waits for a lock that another process holds.
+inline constexpr std::chrono::seconds kLockPatience{3};
+
 // Throws std::runtime_error, whose text names the database and the reason, where a comment says "throws".
 class Database {
  public:
@@ -33,7 +36,7 @@ class Database {
   // Takes the lock, waiting a few seconds at most for another process that holds it. False when it is still held then, or
   // when this process holds it already. Throws where it cannot be had for another reason. What is put under the lock becomes
   // durable at unlock, together or not at all.
-  bool lock(std::chrono::milliseconds patience = std::chrono::seconds(3));
+  bool lock(std::chrono::milliseconds patience = kLockPatience);
 
   // Makes the changes durable and gives the lock back. False when this user does not hold the lock, or when the changes
   // could not be made durable: then the lock and the changes stay, and the next unlock tries again.

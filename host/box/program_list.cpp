@@ -25,6 +25,12 @@ std::string run_key(std::string_view program) {
 
 }  // namespace
 
+std::vector<std::string> program_names() {
+  std::vector<std::string> names;
+  for (const Program &row : kPrograms) names.emplace_back(row.name);
+  return names;
+}
+
 Bend bend_of(const TextDatabase &box, std::string_view program) {
   Bend bend;
   std::istringstream lines(box.get(bend_key(program)).value_or(""));

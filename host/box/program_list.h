@@ -6,6 +6,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "host/box/text_database.h"
 #include "include/lmainte.h"
@@ -40,6 +41,8 @@ inline constexpr std::array<Program, 16> kPrograms{{
     {LMAINTE_CMD_CHKFANSPEED, "chkfanspeed", "/mgb/bin/chkfanspeed"},
     {LMAINTE_CMD_LINKBOARD, "linkboard", "/mgb/bin/linkboard"},
 }};
+
+std::vector<std::string> program_names();
 
 // With which a control program can end.
 inline constexpr int kLowestExit = 0, kHighestExit = 255;

@@ -1,5 +1,7 @@
 #include "host/box/database.h"
 
+#include <unistd.h>
+
 #include <array>
 #include <climits>
 #include <cstdlib>
@@ -9,6 +11,7 @@
 #include "host/box/place.h"
 #include "host/include/lmainte_host.h"
 #include "host/platform/exported.h"
+#include "host/platform/points.h"
 
 namespace {
 
@@ -29,10 +32,22 @@ int32_t with_session(uint32_t db_id, Step step) noexcept {
   }
 }
 
+// Where a call for a database is refused on purpose.
+bool is_refused(box::PointKind kind, uint32_t db_id) {
+  return db_id < sessions.size() && platform::is_refused(kind, box::kDatabaseNames[db_id]);
+}
+
 // The record's name: the key without its padding. Empty when it is no name.
 std::string_view name_in(const char *key) {
   const std::size_t length = key == nullptr ? 0 : strnlen(key, kKeyRoom);
   return length < kKeyRoom ? std::string_view(key, length) : std::string_view();
+}
+
+// The content of a record that is read, where its length deviates.
+box::Bytes resized(box::Bytes content, box::Way way) {
+  if (way == box::Way::kShort && !content.empty()) content.pop_back();
+  if (way == box::Way::kLong) content.push_back(0);
+  return content;
 }
 
 int32_t hand_over(const box::Bytes &found, void **record, int32_t *size) {
@@ -49,6 +64,7 @@ int32_t hand_over(const box::Bytes &found, void **record, int32_t *size) {
 
 int32_t scdb_open(uint32_t db_id) {
   if (db_id >= sessions.size()) return LMAINTE_HOST_DB_ARGUMENT;
+  if (is_refused(box::PointKind::kOpen, db_id)) return LMAINTE_HOST_DB_STORAGE;
   if (sessions[db_id]) return LMAINTE_HOST_DB_SESSION;
   try {
     sessions[db_id] = std::make_unique<box::Database>(box::Place::here().database(db_id));
@@ -61,12 +77,20 @@ int32_t scdb_open(uint32_t db_id) {
 // A lock still held is given back, and what was put under it is dropped.
 int32_t scdb_close(uint32_t db_id) {
   if (db_id >= sessions.size()) return LMAINTE_HOST_DB_ARGUMENT;
+  if (is_refused(box::PointKind::kClose, db_id)) return LMAINTE_HOST_DB_STORAGE;
   if (!sessions[db_id]) return LMAINTE_HOST_DB_SESSION;
   sessions[db_id].reset();
   return 0;
 }
 
 int32_t scdb_lock(uint32_t db_id) {
+  if (db_id >= sessions.size()) return LMAINTE_HOST_DB_ARGUMENT;
+  const box::Way way = platform::reach(box::PointKind::kLock, box::kDatabaseNames[db_id]).way;
+  if (way == box::Way::kRefused) return LMAINTE_HOST_DB_STORAGE;
+  if (way == box::Way::kBusy) {
+    sleep(static_cast<unsigned>(box::kLockPatience.count()));
+    return LMAINTE_HOST_DB_BUSY;
+  }
   return with_session(db_id, [](box::Database &database) -> int32_t {
     if (database.locked()) return LMAINTE_HOST_DB_SESSION;
     return database.lock() ? 0 : LMAINTE_HOST_DB_BUSY;
@@ -74,6 +98,7 @@ int32_t scdb_lock(uint32_t db_id) {
 }
 
 int32_t scdb_unlock(uint32_t db_id) {
+  if (is_refused(box::PointKind::kUnlock, db_id)) return LMAINTE_HOST_DB_STORAGE;
   return with_session(db_id, [](box::Database &database) -> int32_t {
     if (!database.locked()) return LMAINTE_HOST_DB_SESSION;
     return database.unlock() ? 0 : LMAINTE_HOST_DB_STORAGE;
@@ -83,15 +108,21 @@ int32_t scdb_unlock(uint32_t db_id) {
 int32_t scdb_get(uint32_t db_id, const char *key, void **record, int32_t *size, uint32_t flags) {
   const std::string_view name = name_in(key);
   if (name.empty() || record == nullptr || size == nullptr || flags != 0) return LMAINTE_HOST_DB_ARGUMENT;
+  const box::Way way = platform::reach(box::PointKind::kRead, name).way;
+  if (way == box::Way::kRefused) return LMAINTE_HOST_DB_STORAGE;
+  if (way == box::Way::kMissing) return LMAINTE_HOST_DB_ABSENT;
   return with_session(db_id, [&](box::Database &database) -> int32_t {
     const auto found = database.get(name);
-    return found ? hand_over(*found, record, size) : LMAINTE_HOST_DB_ABSENT;
+    if (!found) return LMAINTE_HOST_DB_ABSENT;
+    if (way == box::Way::kShort || way == box::Way::kLong) return hand_over(resized(*found, way), record, size);
+    return hand_over(*found, record, size);
   });
 }
 
 int32_t lcmn_scdb_put(uint32_t db_id, const char *key, const void *data, int32_t size, uint32_t flags) {
   const std::string_view name = name_in(key);
   if (name.empty() || data == nullptr || size < 0 || flags != 0) return LMAINTE_HOST_DB_ARGUMENT;
+  if (platform::is_refused(box::PointKind::kWrite, name)) return LMAINTE_HOST_DB_STORAGE;
   return with_session(db_id, [&](box::Database &database) {
     database.put(name, {static_cast<const std::uint8_t *>(data), static_cast<std::size_t>(size)});
     return 0;

@@ -7,6 +7,7 @@
 #include <cstddef>
 
 #include "host/platform/exported.h"
+#include "host/platform/points.h"
 
 namespace {
 
@@ -19,9 +20,17 @@ int32_t checked(int32_t size) {
   return -1;
 }
 
+// Where a call for a file fails on purpose.
+bool is_refused(const char *call) {
+  if (!platform::is_refused(box::PointKind::kFile, call)) return false;
+  errno = EIO;
+  return true;
+}
+
 }  // namespace
 
 int32_t lcmn_lopen(const char *path, int32_t flags, uint32_t mode) {
+  if (is_refused("open")) return -1;
   const int fd = open(path, flags | O_CLOEXEC, mode & kPermissions);
   if (fd < 0) return -1;
   // This lock, unlike a record lock, can be had on a descriptor for reading, and it keeps out a second lcmn_lopen in the same
@@ -34,12 +43,12 @@ int32_t lcmn_lopen(const char *path, int32_t flags, uint32_t mode) {
 }
 
 int32_t lcmn_read(int32_t fd, void *buffer, int32_t size) {
-  if (checked(size) < 0) return -1;
+  if (checked(size) < 0 || is_refused("read")) return -1;
   return static_cast<int32_t>(read(fd, buffer, static_cast<std::size_t>(size)));
 }
 
 int32_t lcmn_write(int32_t fd, const void *buffer, int32_t size) {
-  if (checked(size) < 0) return -1;
+  if (checked(size) < 0 || is_refused("write")) return -1;
   return static_cast<int32_t>(write(fd, buffer, static_cast<std::size_t>(size)));
 }
 
@@ -49,5 +58,6 @@ int32_t lcmn_close(int32_t fd) {
   const int reason = errno;
   const int closed = close(fd);
   if (closed == 0 && unlocked != 0) errno = reason;
+  if (is_refused("close")) return -1;  // as close does: the descriptor is gone all the same
   return unlocked == 0 && closed == 0 ? 0 : -1;
 }

@@ -3,10 +3,15 @@
 #include "host/box/event_log.h"
 #include "host/box/place.h"
 #include "host/platform/exported.h"
+#include "host/platform/points.h"
 
 int32_t mgblog_save(const uint32_t *head, const void *record) {
   if (head == nullptr || record == nullptr) {
     errno = EINVAL;
+    return -1;
+  }
+  if (platform::is_refused(box::PointKind::kLog, {})) {
+    errno = EIO;
     return -1;
   }
   const box::Event event(static_cast<const std::uint8_t *>(record), LMAINTE_HOST_EVENT_SIZE);

@@ -13,6 +13,7 @@
 #include "host/box/daemon_socket.h"
 #include "host/box/place.h"
 #include "host/platform/exported.h"
+#include "host/platform/points.h"
 
 namespace {
 
@@ -139,6 +140,7 @@ int32_t lmainte_host_close_channel(int32_t fd) {
 
 int32_t lcmn_send(int32_t fd, const void *message) {
   if (message == nullptr) return failed(EINVAL);
+  if (platform::is_refused(box::PointKind::kMessage, "send")) return failed(EPIPE);
   Channel *channel = open_channel(fd);
   if (channel == nullptr) return failed(EBADF);
   const lmainte_host_message head = head_of(message);
@@ -151,6 +153,7 @@ int32_t lcmn_send(int32_t fd, const void *message) {
 
 int32_t lcmn_receive(int32_t fd, void *message) {
   if (message == nullptr) return failed(EINVAL);
+  if (platform::is_refused(box::PointKind::kMessage, "receive")) return failed(ECONNRESET);
   const Channel *channel = open_channel(fd);
   if (channel == nullptr) return failed(EBADF);
   Message came;
@@ -174,6 +177,7 @@ int32_t lcmn_select(uint8_t *status_1, uint8_t *status_2, fd_set *readable, fd_s
       exceptional != nullptr || !is_limit(limit)) {
     return failed(EINVAL);
   }
+  if (platform::is_refused(box::PointKind::kMessage, "select")) return failed(EIO);
   FD_ZERO(readable);
   *status_1 = LMAINTE_HOST_TIME_OVER;
   *status_2 = LMAINTE_HOST_ALL_THERE;

@@ -3,6 +3,7 @@
 #include "host/box/place.h"
 #include "host/box/unit_name.h"
 #include "host/platform/exported.h"
+#include "host/platform/points.h"
 
 namespace {
 
@@ -15,6 +16,7 @@ constexpr std::size_t kNameRoom = 128;
 int32_t api_conv_unit_name_get(const uint32_t *unit_id, int32_t form, char *name, int32_t unused_1, int32_t unused_2) {
   if (unit_id == nullptr || name == nullptr || unused_1 != 0 || unused_2 != 0) return -1;
   if (form != kWholeLocation && form != kLastComponent) return -1;
+  if (platform::is_refused(box::PointKind::kName, {})) return -1;
   try {
     const auto found = box::unit_name(box::model_in(box::Place::here()), {unit_id[0], unit_id[1]});
     if (!found) return -1;

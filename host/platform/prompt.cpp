@@ -8,6 +8,7 @@
 #include "host/base/number.h"
 #include "host/include/lmainte_host.h"
 #include "host/platform/exported.h"
+#include "host/platform/points.h"
 #include "include/lmainte.h"
 
 namespace {
@@ -81,6 +82,9 @@ void show_hint(int32_t choices) {
 
 int32_t cli_ask_select(int32_t first, void *second, const char *prompt) {
   if (first < 1 || second == nullptr || prompt == nullptr) return LMAINTE_ASK_FAILED;
+  const box::Way way = platform::reach(box::PointKind::kQuestion, {}).way;
+  if (way == box::Way::kRefused) return LMAINTE_ASK_FAILED;
+  if (way == box::Way::kEnd) return show(prompt) ? LMAINTE_ASK_END_OF_INPUT : LMAINTE_ASK_FAILED;
   Line line{};
   while (true) {
     if (!show(prompt)) return LMAINTE_ASK_FAILED;

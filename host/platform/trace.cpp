@@ -1,11 +1,9 @@
-#include <climits>
-#include <cstdlib>
-#include <cstring>
-
 #include "host/box/mapping_guard.h"
 #include "host/box/place.h"
 #include "host/box/trace_ring.h"
 #include "host/platform/exported.h"
+#include "host/platform/path_in_box.h"
+#include "host/platform/points.h"
 
 namespace {
 
@@ -20,17 +18,18 @@ constinit box::TraceRing ring;
   box::survive_lost_mappings();
 }
 
-// Maps Place::here().trace(). No memory may be allocated: the caller may be a signal handler, or a child between fork and
-// execve.
 bool map_ring() {
-  char path[PATH_MAX];
-  const char *root = std::getenv(LMAINTE_HOST_ROOT);
-  const std::size_t length = root == nullptr ? 0 : std::strlen(root);
-  if (length > sizeof path - 1 - sizeof box::kTracePath) return false;
-  if (length != 0) std::memcpy(path, root, length);
-  path[length] = '/';
-  std::memcpy(path + length + 1, box::kTracePath, sizeof box::kTracePath);
-  return ring.map(path);
+  const platform::PathInBox path(box::kTracePath);
+  return path.is_whole() && ring.map(path.text());
+}
+
+constexpr std::size_t kEventDigits = 8;
+
+// A record is a point by its event, in as many hexadecimal digits. No memory may be allocated for it, either.
+bool is_refused(std::uint32_t event) {
+  char name[kEventDigits];
+  for (std::size_t i = kEventDigits; i > 0; event >>= 4U) name[--i] = "0123456789ABCDEF"[event & 0xFU];
+  return platform::reach(box::PointKind::kTrace, {name, kEventDigits}).way == box::Way::kRefused;
 }
 
 }  // namespace
@@ -41,6 +40,7 @@ int32_t mgb_trace_write(uint32_t module, uint32_t level, uint32_t kind, uint32_t
   if (length < kHeadLength || length > kMaxLength || length % sizeof(uint32_t) != 0) return -1;
   const auto count = static_cast<uint32_t>((length - kHeadLength) / sizeof(uint32_t));
   if (words == nullptr && count != 0) return -1;
+  if (is_refused(event)) return -1;
   if (ring.append(module, level, kind, event, words, count)) return 0;
   return map_ring() && ring.append(module, level, kind, event, words, count) ? 0 : -1;
 }

@@ -7,9 +7,11 @@
 #include <csignal>
 #include <exception>
 #include <string>
+#include <string_view>
 
 #include "host/box/full_file.h"
 #include "host/box/place.h"
+#include "host/box/points.h"
 #include "host/box/program_list.h"
 #include "host/programs/control_programs.h"
 
@@ -76,10 +78,20 @@ int work(int argc, char **argv, const ControlProgram &program, const box::Place 
   }
 }
 
+// What this start of the program does instead of what the box has for all of them.
+void deviate(const box::Place &place, std::string_view program, box::Bend &bend) {
+  box::PointCounter points;
+  points.map(place.points().c_str());
+  const box::Turn turn = points.reach(box::PointKind::kProgram, program);
+  if (turn.way == box::Way::kExit) bend.exit = turn.value;
+  if (turn.way == box::Way::kHang) bend.hang = true;
+}
+
 int run(int argc, char **argv, const ControlProgram &program) {
   const box::Place place = box::Place::here();
   box::TextDatabase kept(place);
-  const box::Bend bend = box::bend_of(kept, program.name);
+  box::Bend bend = box::bend_of(kept, program.name);
+  deviate(place, program.name, bend);
   if (bend.ignore_term) std::signal(SIGTERM, SIG_IGN);
   box::Run record{now_ns(), getpid(), std::nullopt, joined(argc, argv)};
   box::set_last_run(kept, program.name, record);

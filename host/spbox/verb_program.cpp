@@ -66,12 +66,6 @@ std::string text_of(const box::TextDatabase &kept, const std::vector<std::string
   return as_json ? Json(list).text() : aligned(lines);
 }
 
-std::vector<std::string> program_names() {
-  std::vector<std::string> names;
-  for (const box::Program &row : box::kPrograms) names.emplace_back(row.name);
-  return names;
-}
-
 bool is_change(const ProgramOptions &options) {
   return options.reset || !options.bend.straight();
 }
@@ -87,7 +81,7 @@ int program(const ProgramOptions &options) {
     box::set_bend(kept, options.name, options.bend);
   }
   const std::string text =
-      text_of(kept, options.name.empty() ? program_names() : std::vector{options.name}, options.as_json);
+      text_of(kept, options.name.empty() ? box::program_names() : std::vector{options.name}, options.as_json);
   if (changes) kept.unlock();
   print(text);
   return 0;
@@ -116,7 +110,7 @@ Verb program_verb() {
           .words = {box_word(options->box),
                     {.name = "NAME",
                      .help = "The control program; without it, all are shown",
-                     .to = Choice{&options->name, "control program", program_names()}},
+                     .to = Choice{&options->name, "control program", box::program_names()}},
                     {.name = "--exit",
                      .help = "It does nothing and ends with this status; with --hang, at\n"
                              "SIGTERM",

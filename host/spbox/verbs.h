@@ -20,6 +20,8 @@ Verb program_verb();
 Verb daemon_verb();
 Verb break_verb();
 Verb mend_verb();
+Verb deviate_verb();
+Verb points_verb();
 Verb trace_verb();
 Verb log_verb();
 Verb dump_verb();

@@ -2,6 +2,7 @@
 
 #include <fstream>
 
+#include "host/box/points.h"
 #include "tests/eventually.h"
 #include "tests/host/programs/control_program.h"
 
@@ -121,6 +122,22 @@ TEST_F(Bending, IsKeptWholeInTheBox) {
   bend({});
   EXPECT_TRUE(box::bend_of(box::TextDatabase(place_), "ctlled").straight());
   EXPECT_EQ(run("ctlled", "-u /PSU#3 -c blink"), 0);
+}
+
+TEST_F(Bending, CanBeOfOneStartAlone) {
+  box::deviate(place_, {box::PointKind::kProgram, "ctlled", 2, {box::Way::kExit, 206}, 0});
+  box::deviate(place_, {box::PointKind::kProgram, "ctlled", 3, {box::Way::kSignal, SIGTERM}, 0});
+  box::deviate(place_, {box::PointKind::kProgram, "ctlled", 4, {box::Way::kHang, 0}, 0});
+  EXPECT_EQ(run("ctlled", "-u /PSU#3 -c blink"), 0);
+  EXPECT_EQ(run("ctlled", "-u /PSU#3 -c off"), 206);
+  EXPECT_EQ(hardware("led /PSU#3"), "blink");
+  EXPECT_EQ(base::wait_status_of(start("ctlled", "-u /PSU#3 -c off")), SIGTERM);
+  const pid_t pid = start("ctlled", "-u /PSU#3 -c off");
+  int status = 0;
+  EXPECT_FALSE(ends_within(pid, 200ms, &status));
+  kill(pid, SIGKILL);
+  EXPECT_TRUE(ends_within(pid, 5s, &status));
+  EXPECT_EQ(run("ctlled", "-u /PSU#3 -c off"), 0);
 }
 
 }  // namespace

@@ -129,6 +129,7 @@ TEST_F(CommandLine, IsAFailureWhereItsOutputCannotBeWritten) {
                                  {"daemon", "box", "--json"},
                                  {"break", "box"},
                                  {"mend", "box"},
+                                 {"points", "box"},
                                  {"trace", "box"},
                                  {"trace", "box", "--json"},
                                  {"log", "box"},

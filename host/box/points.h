@@ -1,0 +1,131 @@
+// The points of the commands in a box: each thing that a command asks its platform for, and each start of a control program, by kind
+// and name. They are counted while the box has a file of points; at each of them, something else than usual can be made to happen: a
+// deviation. So a command can be tried at its third reading of one record, which a record that is broken all the time cannot do.
+// The format of the file is in points.cpp: Page.
+#pragma once
+
+#include <array>
+#include <atomic>
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "host/box/place.h"
+
+namespace box {
+
+enum class PointKind : std::uint32_t {
+  kProgram,  // the start of a control program, by the program's name
+  kOpen,     // of a database, by the database's name, as kLock, kUnlock and kClose are
+  kLock,
+  kRead,  // of a record, by its name
+  kWrite,
+  kUnlock,
+  kClose,
+  kFile,      // a call for a file, by that of open, read, write and close which it is
+  kTrace,     // a record for the trace, by its event: "110C0213"
+  kLog,       // an event for the log
+  kName,      // the name of a unit
+  kQuestion,  // to the operator
+  kMessage    // to the daemon, or from it, by that of send, receive and select which it is
+};
+
+enum class Way : std::uint32_t {
+  kUsual,    // no deviation
+  kRefused,  // the call fails
+  kBusy,     // somebody else holds the lock for longer than the wait
+  kMissing,  // the record is not there
+  kShort,    // it is one byte too short
+  kLong,     // it is one byte too long
+  kEnd,      // the operator's input is at its end
+  kExit,     // the control program does nothing and ends with this status
+  kHang,     // it never ends
+  kSignal    // the process gets this signal before it goes on
+};
+
+// What happens at a point. The value is that of kExit or kSignal.
+struct Turn {
+  Way way = Way::kUsual;
+  int value = 0;
+};
+
+// A kind by the word that people write, with the ways that it can go.
+struct PointKindRow {
+  PointKind kind;
+  std::string_view word;
+  std::string_view what;    // "the start of a control program"
+  std::string_view name;    // what it is called by; empty: it has no name
+  std::array<Way, 5> ways;  // filled up with kUsual
+  bool can(Way way) const;
+};
+inline constexpr std::array<PointKindRow, 13> kPointKinds{{
+    {PointKind::kProgram, "program", "a control program starts", "PROGRAM", {Way::kExit, Way::kHang, Way::kSignal}},
+    {PointKind::kOpen, "open", "a database is opened", "DATABASE", {Way::kRefused, Way::kSignal}},
+    {PointKind::kLock, "lock", "a database is locked", "DATABASE", {Way::kRefused, Way::kBusy, Way::kSignal}},
+    {PointKind::kRead,
+     "read",
+     "a record is read",
+     "RECORD",
+     {Way::kRefused, Way::kMissing, Way::kShort, Way::kLong, Way::kSignal}},
+    {PointKind::kWrite, "write", "a record is written", "RECORD", {Way::kRefused, Way::kSignal}},
+    {PointKind::kUnlock, "unlock", "a database is unlocked", "DATABASE", {Way::kRefused, Way::kSignal}},
+    {PointKind::kClose, "close", "a database is closed", "DATABASE", {Way::kRefused, Way::kSignal}},
+    {PointKind::kFile, "file", "a file is opened, read, written or closed", "CALL", {Way::kRefused, Way::kSignal}},
+    {PointKind::kTrace, "trace", "a record goes into the trace", "FUNCTION EVENT", {Way::kRefused, Way::kSignal}},
+    {PointKind::kLog, "log", "an event goes into the log", "", {Way::kRefused, Way::kSignal}},
+    {PointKind::kName, "name", "a unit's name is asked for", "", {Way::kRefused, Way::kSignal}},
+    {PointKind::kQuestion, "question", "the operator is asked", "", {Way::kRefused, Way::kEnd, Way::kSignal}},
+    {PointKind::kMessage, "message", "the daemon is called", "CALL", {Way::kRefused, Way::kSignal}},
+}};
+const PointKindRow &row_of(PointKind kind);
+
+// A deviation: what happens instead at one point, counted from 1 among those of its kind and name.
+struct Deviation {
+  PointKind kind{};
+  std::string name;
+  std::uint32_t number = 1;
+  Turn turn;
+  std::int32_t happened = 0;  // the process in which it did; 0: it has not yet
+};
+
+// How often commands have come to points of this kind and name.
+struct PointCount {
+  PointKind kind{};
+  std::string name;
+  std::uint32_t count = 0;
+};
+
+// What the file of points says. Names are what commands gave: any bytes.
+struct Points {
+  std::vector<PointCount> counts;  // by kind, and in the order in which they were first reached
+  std::vector<Deviation> deviations;
+  std::uint32_t lost = 0;  // points that there was no room to count
+};
+
+// A process's view of its box's points.
+class PointCounter {
+ public:
+  // Maps the file, for the life of the process. Uses system calls only: may be called in a signal handler and between fork and
+  // execve. Keeps errno. False when there is no such file. Who calls survive_lost_mappings() before outlives a file that is cut short
+  // meanwhile.
+  bool map(const char *file) noexcept;
+
+  // Counts a point and says what happens there. Of kSignal it is said when the signal has come, and has been survived. As safe as map.
+  Turn reach(PointKind kind, std::string_view name) noexcept;
+
+ private:
+  std::atomic<void *> memory_ = nullptr;
+};
+
+inline constexpr std::size_t kMostDeviations = 8;     // at a time
+inline constexpr std::size_t kLongestPointName = 43;  // longer ones are counted apart, and shown cut
+
+// All of these throw BoxError when the file cannot be made or read, or is none of points.
+std::optional<Points> points_of(const Place &place);           // none: they are not counted
+void count_points(const Place &place);                         // from now on, from 0 and without deviations
+void deviate(const Place &place, const Deviation &deviation);  // counts points from now on where nobody did
+bool forget_points(const Place &place);                        // false: they were not counted
+
+}  // namespace box

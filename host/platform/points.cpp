@@ -1,0 +1,25 @@
+#include "host/platform/points.h"
+
+#include "host/box/place.h"
+#include "host/platform/path_in_box.h"
+
+namespace platform {
+namespace {
+
+constinit box::PointCounter counter;
+constinit std::atomic<bool> was_looked_for = false;
+
+void look_for_points() {
+  const PathInBox path(box::kPointsPath);
+  if (path.is_whole()) counter.map(path.text());
+  was_looked_for = true;
+}
+
+}  // namespace
+
+box::Turn reach(box::PointKind kind, std::string_view name) noexcept {
+  if (!was_looked_for) look_for_points();
+  return counter.reach(kind, name);
+}
+
+}  // namespace platform

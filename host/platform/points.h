@@ -1,0 +1,18 @@
+// The points of the commands in the box, as the platform's functions come to them.
+#pragma once
+
+#include <string_view>
+
+#include "host/box/points.h"
+
+namespace platform {
+
+// Counts this point, and says what happens there. It costs nothing but a look at a variable in a box that counts no points; whether it
+// does, a process finds out once. May be called in a signal handler and between fork and execve.
+box::Turn reach(box::PointKind kind, std::string_view name) noexcept;
+
+inline bool is_refused(box::PointKind kind, std::string_view name) noexcept {
+  return reach(kind, name).way == box::Way::kRefused;
+}
+
+}  // namespace platform
