@@ -93,6 +93,7 @@ void create_box(const Place &place, const Contents &contents) {
   TraceRing::create(place.trace());
   touch(place.events());
   write_contents(place, contents);
+  touch(place.points());
   touch(place.tmp() / ("." + std::string(model_name(contents.model))));
 }
 

@@ -26,7 +26,7 @@ struct DatabaseName {
 
 // Below the box's folder. Whoever writes the trace may have no memory to allocate a path.
 inline constexpr char kTracePath[] = "mgb/log/trace";
-inline constexpr char kPointsPath[] = "mgb/log/points";
+inline constexpr char kPointsPath[] = "mgb/db/points";
 
 class Place {
  public:

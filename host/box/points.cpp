@@ -15,6 +15,7 @@
 #include <utility>
 
 #include "host/base/descriptor.h"
+#include "host/box/advice.h"
 #include "host/box/box_error.h"
 #include "host/box/mapping_guard.h"
 #include "host/box/own_files.h"
@@ -101,31 +102,27 @@ BoxError points_failure(const Place &place, const std::string &what, int reason)
   return BoxError("points " + place.points().string() + ": " + what + ": " + std::strerror(reason));
 }
 
-BoxError no_points(const Place &place) {
-  return BoxError("points " + place.points().string() + ": this is no file of points, or a damaged one. Remove it.");
+BoxError damaged_points(const Place &place) {
+  return BoxError("points " + place.points().string() + ": the file is damaged, or is none of points. " +
+                  advice({"points", place.root(), "--count"}) + " makes it anew.");
 }
 
-// The folder of the file, and no other one behind a link that a command has put there.
-base::Descriptor points_folder(const Place &place) {
-  constexpr int kFolder = O_RDONLY | O_DIRECTORY | O_CLOEXEC;
-  base::Descriptor folder(open(place.root().c_str(), kFolder));
-  for (const char *below : {"mgb", "log"}) {
-    if (folder.get() >= 0) folder = base::Descriptor(openat(folder.get(), below, kFolder | O_NOFOLLOW));
+// No descriptor where there is no such file.
+base::Descriptor open_points(const Place &place, int flags) {
+  base::Descriptor file(open(place.points().c_str(), flags | kOwnFile, 0666));
+  if (file.get() < 0 && errno != ENOENT) throw points_failure(place, "cannot open them", errno);
+  return file;
+}
+
+// The same for who changes the file: one at a time, until it is closed.
+base::Descriptor open_locked(const Place &place) {
+  base::Descriptor file = open_points(place, O_RDWR | O_CREAT);
+  int failed = -1;
+  while (file.get() >= 0 && (failed = flock(file.get(), LOCK_EX)) != 0 && errno == EINTR) {
   }
-  if (folder.get() < 0) throw points_failure(place, "cannot enter their folder", errno);
-  return folder;
+  if (failed != 0) throw points_failure(place, "cannot lock them", errno);
+  return file;
 }
-
-// The same for who changes the file: one at a time, until the folder is closed.
-base::Descriptor locked_folder(const Place &place) {
-  base::Descriptor folder = points_folder(place);
-  while (flock(folder.get(), LOCK_EX) != 0) {
-    if (errno != EINTR) throw points_failure(place, "cannot lock their folder", errno);
-  }
-  return folder;
-}
-
-constexpr char kFile[] = "points", kFresh[] = "points.new";
 
 // Returns 0, or a number of errno.
 template <typename Value>
@@ -141,42 +138,35 @@ int write_row(int fd, const DeviationRow &row, std::uint32_t rows_before) {
   return error == 0 ? write_at(fd, rows_before + 1, offsetof(Page, head.deviations)) : error;
 }
 
-// Its room on the disk is taken at once: a full disk must not kill a process that counts.
-int write_fresh(int folder, const DeviationRow *row) {
-  const base::Descriptor fresh(openat(folder, kFresh, O_RDWR | O_CREAT | O_TRUNC | kOwnFile, 0666));
-  if (fresh.get() < 0) return errno;
-  if (const int error = posix_fallocate(fresh.get(), 0, sizeof(Page)); error != 0) return error;
-  if (const int error = write_at(fresh.get(), kPointsMagic, 0); error != 0) return error;
-  return row == nullptr ? 0 : write_row(fresh.get(), *row, 0);
+// An empty page counts when its first word says so. Its room on the disk is taken at once: a full disk must not kill a process that
+// counts.
+int write_empty(int fd) {
+  constexpr std::array<char, sizeof(Page)> kZeros{};
+  if (const int error = posix_fallocate(fd, 0, sizeof(Page)); error != 0) return error;
+  return write_at(fd, kZeros, 0);
 }
 
-// Makes the file with a deviation or none. Processes that have an older one mapped go on counting there, where nobody looks.
-void make_points(const Place &place, int folder, const DeviationRow *row) {
-  int error = write_fresh(folder, row);
-  if (error == 0 && renameat(folder, kFresh, folder, kFile) != 0) error = errno;
-  if (error == 0) return;
-  unlinkat(folder, kFresh, 0);
-  throw points_failure(place, "cannot make them", error);
+void begin_to_count(const Place &place, int fd, const DeviationRow *row) {
+  int error = write_empty(fd);
+  if (error == 0 && row != nullptr) error = write_row(fd, *row, 0);
+  if (error == 0) error = write_at(fd, kPointsMagic, 0);
+  if (error != 0) throw points_failure(place, "cannot make room for them", error);
 }
 
-// The whole page as it was read, all zeros behind an end that came too soon.
-bool read_page(int fd, Page &page) {
+enum class Counting { kNot, kYes, kDamaged };
+
+// Reads the whole page. One that has no first word, or no room yet, does not count.
+Counting read_page(int fd, Page &page) {
   auto *bytes = reinterpret_cast<char *>(&page);
   std::size_t done = 0;
   while (done < sizeof page) {
     const ssize_t size = pread(fd, bytes + done, sizeof page - done, static_cast<off_t>(done));
     if (size < 0 && errno == EINTR) continue;
-    if (size <= 0) return false;
+    if (size <= 0) break;
     done += static_cast<std::size_t>(size);
   }
-  return page.head.magic == kPointsMagic;
-}
-
-// No descriptor where there is no such file.
-base::Descriptor open_points(const Place &place, int folder, int flags) {
-  base::Descriptor file(openat(folder, kFile, flags | kOwnFile));
-  if (file.get() < 0 && errno != ENOENT) throw points_failure(place, "cannot open them", errno);
-  return file;
+  if (page.head.magic == 0) return Counting::kNot;
+  return done == sizeof page && page.head.magic == kPointsMagic ? Counting::kYes : Counting::kDamaged;
 }
 
 bool is_kind(std::uint32_t kind) {
@@ -222,16 +212,6 @@ DeviationRow row_for(const Deviation &deviation) {
   return row;
 }
 
-void add_row(const Place &place, int fd, const DeviationRow &row) {
-  const auto page = std::make_unique<Page>();
-  if (!read_page(fd, *page)) throw no_points(place);
-  const std::uint32_t rows = page->head.deviations;
-  if (rows >= kMostDeviations) {
-    throw BoxError("no more than " + std::to_string(kMostDeviations) + " deviations can wait in a box.");
-  }
-  if (const int error = write_row(fd, row, rows); error != 0) throw points_failure(place, "cannot write them", error);
-}
-
 }  // namespace
 
 bool PointKindRow::can(Way way) const {
@@ -242,16 +222,23 @@ const PointKindRow &row_of(PointKind kind) {
   return kPointKinds[static_cast<std::size_t>(kind)];
 }
 
+// Keeps the mapping of a page that counts.
+void PointCounter::take(void *memory) noexcept {
+  guard_mapping(memory, sizeof(Page));
+  if (static_cast<Page *>(memory)->head.magic.load(std::memory_order_acquire) == kPointsMagic) {
+    memory_.store(memory, std::memory_order_release);
+  } else {
+    munmap(memory, sizeof(Page));
+  }
+}
+
 bool PointCounter::map(const char *file) noexcept {
   const int kept_errno = errno;
   const base::Descriptor points(open(file, O_RDWR | kOwnFile));
   struct stat status {};
   if (points.get() >= 0 && fstat(points.get(), &status) == 0 && status.st_size == static_cast<off_t>(sizeof(Page))) {
     void *memory = mmap(nullptr, sizeof(Page), PROT_READ | PROT_WRITE, MAP_SHARED, points.get(), 0);
-    if (memory != MAP_FAILED) {
-      guard_mapping(memory, sizeof(Page));
-      memory_.store(memory, std::memory_order_release);
-    }
+    if (memory != MAP_FAILED) take(memory);
   }
   errno = kept_errno;
   return memory_.load(std::memory_order_relaxed) != nullptr;
@@ -281,29 +268,42 @@ Turn PointCounter::reach(PointKind kind, std::string_view name) noexcept {
 }
 
 std::optional<Points> points_of(const Place &place) {
-  const base::Descriptor file = open_points(place, points_folder(place).get(), O_RDONLY);
-  if (file.get() < 0) return std::nullopt;
+  const base::Descriptor file = open_points(place, O_RDONLY);
   const auto page = std::make_unique<Page>();
-  if (!read_page(file.get(), *page)) throw no_points(place);
+  const Counting counting = file.get() < 0 ? Counting::kNot : read_page(file.get(), *page);
+  if (counting == Counting::kNot) return std::nullopt;
+  if (counting == Counting::kDamaged) throw damaged_points(place);
   return points_in(*page);
 }
 
 void count_points(const Place &place) {
-  make_points(place, locked_folder(place).get(), nullptr);
+  begin_to_count(place, open_locked(place).get(), nullptr);
 }
 
 void deviate(const Place &place, const Deviation &deviation) {
-  const base::Descriptor folder = locked_folder(place);
+  const base::Descriptor file = open_locked(place);
   const DeviationRow row = row_for(deviation);
-  const base::Descriptor file = open_points(place, folder.get(), O_RDWR);
-  if (file.get() < 0) return make_points(place, folder.get(), &row);
-  add_row(place, file.get(), row);
+  const auto page = std::make_unique<Page>();
+  const Counting counting = read_page(file.get(), *page);
+  if (counting == Counting::kNot) return begin_to_count(place, file.get(), &row);
+  if (counting == Counting::kDamaged) throw damaged_points(place);
+  const std::uint32_t rows = page->head.deviations;
+  if (rows >= kMostDeviations) {
+    throw BoxError("no more than " + std::to_string(kMostDeviations) + " deviations can wait in a box.");
+  }
+  if (const int error = write_row(file.get(), row, rows); error != 0) {
+    throw points_failure(place, "cannot write them", error);
+  }
 }
 
 bool forget_points(const Place &place) {
-  if (unlinkat(locked_folder(place).get(), kFile, 0) == 0) return true;
-  if (errno == ENOENT) return false;
-  throw points_failure(place, "cannot remove them", errno);
+  const base::Descriptor file = open_locked(place);
+  const auto page = std::make_unique<Page>();
+  if (read_page(file.get(), *page) == Counting::kNot) return false;
+  if (const int error = write_at(file.get(), std::uint64_t{0}, 0); error != 0) {
+    throw points_failure(place, "cannot write them", error);
+  }
+  return true;
 }
 
 }  // namespace box

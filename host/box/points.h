@@ -108,7 +108,7 @@ struct Points {
 class PointCounter {
  public:
   // Maps the file, for the life of the process. Uses system calls only: may be called in a signal handler and between fork and
-  // execve. Keeps errno. False when there is no such file. Who calls survive_lost_mappings() before outlives a file that is cut short
+  // execve. Keeps errno. False when nothing is counted now. Who calls survive_lost_mappings() before outlives a file that is cut short
   // meanwhile.
   bool map(const char *file) noexcept;
 
@@ -116,13 +116,15 @@ class PointCounter {
   Turn reach(PointKind kind, std::string_view name) noexcept;
 
  private:
+  void take(void *memory) noexcept;
+
   std::atomic<void *> memory_ = nullptr;
 };
 
 inline constexpr std::size_t kMostDeviations = 8;     // at a time
 inline constexpr std::size_t kLongestPointName = 43;  // longer ones are counted apart, and shown cut
 
-// All of these throw BoxError when the file cannot be made or read, or is none of points.
+// All of these throw BoxError when the file cannot be read or written, or is damaged.
 std::optional<Points> points_of(const Place &place);           // none: they are not counted
 void count_points(const Place &place);                         // from now on, from 0 and without deviations
 void deviate(const Place &place, const Deviation &deviation);  // counts points from now on where nobody did

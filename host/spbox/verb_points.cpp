@@ -66,7 +66,7 @@ std::string turn_text(const box::Turn &turn) {
 // A trace event by the names of its function and of itself, as scripts write them; what is none, as it is.
 std::string event_text(const std::string &digits) {
   std::uint32_t event = 0;
-  const auto end = std::from_chars(digits.data(), digits.data() + digits.size(), event, 16).ptr;
+  const char *const end = std::from_chars(digits.data(), digits.data() + digits.size(), event, 16).ptr;
   const auto code = end == digits.data() + digits.size() ? trace_book::code_of(event) : std::nullopt;
   const trace_book::Function *function = code ? trace_book::function_of(*code) : nullptr;
   const trace_book::Event *at = function == nullptr ? nullptr : trace_book::event_of(*function, *code);
@@ -259,14 +259,13 @@ Verb points_verb() {
                     json_option(options->as_json)},
           .footer =
               "A point is something that a command asks its platform for, or the start of a\n"
-              "control program. `spbox deviate` lets something else happen there. Commands\n"
-              "that run already are not counted.\n\n"
+              "control program. `spbox deviate` lets something else happen there. A command\n"
+              "that began before --count is not counted.\n\n"
               "Examples:\n"
               "  spbox points box --count       from now on\n"
               "  spbox run box ./replace_unit   comes to its points\n"
               "  spbox points box               which they were, and how often",
-          .act = [options] { return points(*options); },
-          .acts_confined = false};
+          .act = [options] { return points(*options); }};
 }
 
 Verb deviate_verb() {
@@ -311,8 +310,7 @@ Verb deviate_verb() {
                 "  spbox deviate box read current_psu_info --at 3 --missing\n"
                 "  spbox deviate box trace lmainte_exec entry --signal KILL",
       .check = [options] { check(*options); },
-      .act = [options] { return deviate(*options); },
-      .acts_confined = false};
+      .act = [options] { return deviate(*options); }};
 }
 
 }  // namespace spbox

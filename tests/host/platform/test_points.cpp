@@ -2,11 +2,15 @@
 // each row, and is that row then.
 #include "host/box/points.h"
 
+#include <fcntl.h>
+#include <unistd.h>
+
 #include <cerrno>
 #include <csignal>
 #include <cstring>
 #include <vector>
 
+#include "host/include/lmainte_host.h"
 #include "include/lmainte.h"
 #include "include/lmainte_platform.h"
 #include "tests/host/platform/box_fixture.h"

@@ -69,8 +69,10 @@ TEST_F(PointsVerb, RefusesWhatMakesNoSense) {
 TEST_F(PointsVerb, SaysThatItCannotBeDone) {
   for (std::size_t i = 0; i < box::kMostDeviations; ++i) done({"deviate", "box", "log", "--refused"});
   EXPECT_EQ(refused({"deviate", "box", "log", "--refused"}), "spbox: no more than 8 deviations can wait in a box.\n");
-  write("box/mgb/log/points", "something else");
-  EXPECT_NE(refused({"points", "box"}).find("this is no file of points, or a damaged one."), std::string::npos);
+  write("box/mgb/db/points", "something else");
+  EXPECT_NE(refused({"points", "box"})
+                .find("the file is damaged, or is none of points. `spbox points box --count` makes it anew."),
+            std::string::npos);
   EXPECT_EQ(done({"points", "box", "--count"}), "The points of commands are counted from now on.\n");
 }
 
