@@ -29,8 +29,7 @@ lmainte_work::lmainte_work(const procedure::Server &the_server, const lmainte_pr
 int32_t lmainte_work::read() {
   procedure::AnyRecord fresh{};
   const int32_t result = procedure::read_one(server, kind, unit.record.number, fresh);
-  if (result != LMAINTE_OK) return result;
-  take(fresh);
+  if (result == LMAINTE_OK) take(fresh);
   return result;
 }
 
@@ -48,7 +47,6 @@ int32_t lmainte_work::detach() {
 }
 
 int32_t lmainte_work::bring_up() {
-  is_in_operation_ = false;
   const int32_t result = kind.is_board() ? bring_up_board(division) : bring_up_unit();
   condition.bring_up_ended(result, is_in_operation_);
   return result;

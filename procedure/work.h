@@ -87,7 +87,7 @@ struct lmainte_work {
   bool leave_unknown(int32_t result) const;
 
   const bool was_in_place_;
-  bool is_in_operation_ = false;  // since bring_up began
+  bool is_in_operation_ = false;  // as the last test, or the last link, of bring_up left it
   bool is_undoing_ = false;
   int32_t marked_units_ = 0;
   Undoing undoings_[LMAINTE_UNDO_MOST] = {};

@@ -13,7 +13,17 @@ namespace {
 using lmainte::procedure::Condition;
 
 // What may happen to a unit. D: it is taken out of operation, B: it is brought up.
-enum Happening { kDetached, kDetachHung, kDetachRefused, kExchanged, kPassed, kTestFailed, kHalfPassed, kGood };
+enum Happening {
+  kDetached,
+  kDetachHung,
+  kDetachRefused,
+  kExchanged,
+  kPassed,
+  kTestFailed,
+  kHalfPassed,
+  kGood,
+  kPutBack
+};
 
 void happen(Condition &condition, Happening what) {
   switch (what) {
@@ -33,6 +43,8 @@ void happen(Condition &condition, Happening what) {
       return condition.bring_up_ended(LMAINTE_FANSPEED_FAILED, true);
     case kGood:
       return condition.is_good();
+    case kPutBack:
+      return condition.is_put_back();
   }
 }
 
@@ -51,6 +63,7 @@ TEST(UnitCondition, FollowsWhatIsDone) {
       {"one whose program was stopped at its limit", {kDetachHung}, LMAINTE_CONDITION_IN_DOUBT, true, 0},
       {"one that is out at the second try", {kDetachHung, kDetached}, LMAINTE_CONDITION_OUT, false, 0},
       {"one that is out", {kDetached}, LMAINTE_CONDITION_OUT, false, 0},
+      {"one that is out and put back", {kDetached, kPutBack}, LMAINTE_CONDITION_UNTOUCHED, true, 0},
       {"one that is asked to leave its place", {kDetached, kExchanged}, LMAINTE_CONDITION_EXCHANGED, false, 0},
       {"a new one that passes is good only when it is said so",
        {kDetached, kExchanged, kPassed},

@@ -8,6 +8,7 @@
 #include <string>
 #include <vector>
 
+#include "procedure/maintenance_mode.h"
 #include "tests/unit/doubles/library_test.h"
 #include "tests/unit/doubles/units.h"
 
@@ -237,6 +238,34 @@ TEST_F(ProcedureWork, MarksAUnitByItsFlagItsLedAndAFanTrayByItsFans) {
   SetUp();
 }
 
+struct ModeRow {
+  const char *says;
+  std::vector<doubles::Program> begin;
+  int32_t outcome;
+  size_t ended;  // programs
+};
+
+TEST_F(ProcedureWork, TellsTheRemoteServiceOfAModeThatHasBegun) {
+  const ModeRow rows[] = {
+      {"begun and told", {exits(0), exits(0)}, LMAINTE_OUTCOME_DONE, 2},
+      {"begun, and the service does not hear", {exits(0), exits(1)}, LMAINTE_OUTCOME_DONE, 2},
+      {"refused", {exits(128)}, LMAINTE_OUTCOME_FAILED, 0},
+      {"perhaps begun", {hangs()}, LMAINTE_OUTCOME_FAILED, 1},
+  };
+  for (const ModeRow &row : rows) {
+    SetUp();
+    lmainte::procedure::Maintenance mode(server_);
+    programs(row.begin);
+    printed_by([&] { EXPECT_EQ(mode.begin(false), row.outcome) << row.says; });
+    EXPECT_EQ(machine().calls_of({"fork"}).size(), 1 + row.begin.size()) << row.says;
+    EXPECT_EQ(printed_by([&] { EXPECT_TRUE(mode.end()); }), "") << row.says;
+    const size_t beside = row.ended == 0 ? 1 : 2;
+    EXPECT_EQ(machine().calls_of({"fork"}).size(), beside + row.begin.size() + row.ended) << row.says;
+    TearDown();
+  }
+  SetUp();
+}
+
 TEST_F(ProcedureWork, TakesLongerForABoardWhichIsAlsoLinked) {
   EXPECT_EQ(work_->time_to_detach(), 60);
   EXPECT_EQ(work_->time_to_bring_up(), 120);
@@ -337,6 +366,13 @@ TEST_F(ProcedureWork, ReadsTheUnitAnew) {
   machine().records.erase({2, "current_psu_info"});
   EXPECT_NE(lmainte_work_read(work_.get()), LMAINTE_OK);
   EXPECT_EQ(lmainte_work_status(work_.get()), LMAINTE_STATUS_INSTALLED | LMAINTE_STATUS_FAULTED) << "as it was";
+}
+
+TEST_F(ProcedureWork, BringsNothingUpThatCannotBeRead) {
+  machine().records.erase({2, "current_psu_info"});
+  const std::string told = printed_by([&] { EXPECT_EQ(lmainte_step_bring_up(work_.get()), LMAINTE_OUTCOME_FAILED); });
+  EXPECT_EQ(told.find("The state of /PSU#3 could not be read (result 8).\n"), 0u) << told;
+  EXPECT_EQ(machine().calls_of({"fork"}), Lines{});
 }
 
 TEST_F(ProcedureWork, GivesAStepWhatTheAuthorGaveIt) {
