@@ -92,6 +92,14 @@ TEST_F(BoardPrograms, ADomainKeepsItsLastBoard) {
   EXPECT_EQ(xsb("01-0"), "0 on");
 }
 
+TEST_F(BoardPrograms, AUnitBesideTheBoardsIsNoPartOfOne) {
+  change(Change::kFault, {"/PSU#0"});
+  change(Change::kPull, {"/PSU#1"});
+  expect({{"out", "detachfru", "-u /CMU#0", 0},
+          {"tested beside a faulted power supply", "testsb", "-q -y 0", 0},
+          {"divided beside an empty place", "setupfru", "-m n -x 1 sb 0", 0}});
+}
+
 TEST_F(BoardPrograms, OnlyAWholeBoardInOrderIsLinkedTestedAndDivided) {
   expect({{"out", "detachfru", "-u /CMU#0", 0}});
   change(Change::kFault, {"/CMU#0/CPUM#1"});
