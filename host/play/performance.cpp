@@ -63,7 +63,7 @@ void keep_books(const Box &box, Transcript &transcript) {
 
 std::vector<Step> prepare(const Files &files, const Values &values, const Verbs &verbs, std::vector<fs::path> *played) {
   auto steps = read_plan(files.script, values, verbs, played);
-  const auto script = files.script.string();
+  const auto script = name_of_script(files.script);
   if (!files.picture.empty() && !has_step(steps, &Traits::draws)) {
     throw script::Error(script + " shows no screen to be drawn. Write `screen \"what it shows\"`.");
   }

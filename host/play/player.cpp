@@ -33,7 +33,7 @@ void tell_where_it_was_interrupted(Stage &stage, const Step &step) {
 void play_step(Stage &stage, const Step &step) {
   stage.account.begins(step.place, step.text);
   try {
-    step.row->perform(stage, step);
+    step.row->perform(stage, stage.with_taken(step));
   } catch (const terminal::Interrupted &) {
     tell_where_it_was_interrupted(stage, step);
     throw;

@@ -2,6 +2,8 @@
 #pragma once
 
 #include <chrono>
+#include <deque>
+#include <map>
 #include <string>
 
 #include "host/play/account.h"
@@ -22,6 +24,14 @@ struct Stage {
   std::chrono::milliseconds patience{10'000};  // of every wait
   std::string said;                            // by the last spbox step
   AccountWriter account;
+
+  // A step takes a value, and says so; later steps get it into their words.
+  void take(const Step &step, const std::string &value);
+  const Step &with_taken(const Step &step);  // Throws std::invalid_argument where the words make no sense then.
+
+ private:
+  std::map<int, std::string> taken_;
+  std::deque<Step> filled_;  // They stay: technicians know their steps.
 };
 
 // Waits until all technicians have done their work, and tells what they said. Throws StepError.

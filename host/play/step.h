@@ -2,6 +2,7 @@
 #pragma once
 
 #include <filesystem>
+#include <optional>
 #include <span>
 #include <stdexcept>
 #include <string>
@@ -9,6 +10,7 @@
 #include <vector>
 
 #include "host/script/form.h"
+#include "host/script/pattern.h"
 
 namespace play {
 
@@ -26,7 +28,8 @@ struct Traits {
 
   // What a step before has to be, and which one ends it.
   bool starts_command = false, needs_command = false, takes_terminal = false;
-  bool needs_said = false;  // by a step that names a verb
+  bool needs_said = false;   // by a step that names a verb
+  bool takes_value = false;  // for the name that is the first word
 
   // Throws std::invalid_argument with what is wrong with the words on a server of this model. Null: they suit every model.
   void (*check_on)(std::string_view model, const Words &words) = nullptr;
@@ -43,11 +46,24 @@ struct StepRow : script::Form {
   Traits traits = {};
 };
 
+// A word of which a part is known when the play is played: it was taken from what the play shows.
+struct LatePart {
+  std::string text;
+  int slot = -1;  // what was taken there; -1: the text
+};
+using LateText = std::vector<LatePart>;
+struct LateWord {
+  std::size_t number;
+  LateText text;
+};
+
 // A statement of a script, whose verb is taken off its words.
 struct Step : script::Statement {
   const StepRow *row;
   std::filesystem::path folder;  // of its script
-  std::string via;               // where its script is played from: "\n  played from walk.play:3", or nothing
+  std::vector<LateWord> late = {};
+  int slot = -1;    // of a step that takes a value
+  std::string via;  // where its script is played from: "\n  played from walk.play:3", or nothing
 
   // "walk.play:12: `exit soon`: REASON", and where the script is played from.
   script::Error error(const std::string &reason) const;
@@ -64,6 +80,20 @@ std::span<const StepRow> steps_that_check();
 
 // Throws std::invalid_argument for a text of blanks.
 void check_is_text(const std::string &word);
+
+// What a step looks for in a line: a text or, behind the word `like`, a regular expression.
+class Sought {
+ public:
+  explicit Sought(const Words &words);  // [like] TEXT. Throws std::invalid_argument.
+
+  // Where it stands in a line, and what is taken of it.
+  std::optional<script::Match> find(std::string_view line, std::size_t from = 0) const;
+  const std::string &shown() const { return shown_; }  // "\"3\"", "a line like \"[0-9]\""
+
+ private:
+  std::string text_, shown_;
+  std::optional<script::Pattern> pattern_;
+};
 
 // A step that fails although it is not the one that is played: a technician's, whose work goes on beside the others.
 class StepError : public std::runtime_error {

@@ -14,8 +14,9 @@ namespace {
 namespace fs = std::filesystem;
 using std::chrono::milliseconds;
 
-void check_text(const Words &words) {
-  check_is_text(words[0]);
+void check_sought(const Words &words) {
+  if (words.size() == 2 && words[0] != "like") throw std::invalid_argument("write it as: like \"REGEX\"");
+  const Sought sought(words);
 }
 
 void check_signal(const Words &words) {
@@ -46,20 +47,39 @@ void start(Stage &stage, const Step &step) {
   stage.narrator.happens("The operator starts: " + script::joined(step.words));
 }
 
-// Comes early where the command ends without the text.
-void wait(Stage &stage, const Step &step) {
+terminal::Finder finder_of(const Sought &sought) {
+  return [sought](std::string_view line, std::size_t from) -> std::optional<terminal::Stretch> {
+    const auto match = sought.find(line, from);
+    return match ? std::optional(terminal::Stretch{match->at, match->length}) : std::nullopt;
+  };
+}
+
+// The line of the screen where it stands. Comes early where the command ends without it.
+std::string wait_for(Stage &stage, const Sought &sought) {
   auto &terminal = stage.op.line();
-  if (terminal.wait_for_new(step.words[0], stage.patience)) return;
+  if (const auto line = terminal.wait_for_new(finder_of(sought), stage.patience)) return *line;
   const bool runs = terminal.runs();
-  auto reason =
-      "\"" + step.words[0] + "\" did not come up" + (runs ? " in " + script::seconds_text(stage.patience) : "");
-  if (terminal.shows(step.words[0])) reason += "; what the screen shows of it is older than the last keys";
+  auto reason = sought.shown() + " did not come up" + (runs ? " in " + script::seconds_text(stage.patience) : "");
+  if (terminal.find(finder_of(sought))) reason += "; what the screen shows of it is older than the last keys";
   if (!runs) reason += ". The command has ended with " + text(*terminal.wait_for_exit(milliseconds{0}));
   throw std::runtime_error(reason + ".");
 }
 
+void wait(Stage &stage, const Step &step) {
+  wait_for(stage, Sought(step.words));
+}
+
 void absent(Stage &stage, const Step &step) {
-  if (stage.op.line().shows(step.words[0])) throw std::runtime_error("the screen shows it.");
+  if (stage.op.line().find(finder_of(Sought(step.words)))) throw std::runtime_error("the screen shows it.");
+}
+
+void check_taken(const Words &words) {
+  const Sought sought({"like", words[1]});
+}
+
+void take(Stage &stage, const Step &step) {
+  const Sought sought({"like", step.words[1]});
+  stage.take(step, sought.find(wait_for(stage, sought))->value);
 }
 
 void type(Stage &stage, const Step &step) {
@@ -117,18 +137,24 @@ void hang_up(Stage &stage, const Step & /*step*/) {
 }
 
 constexpr Traits kOnCommand{.needs_command = true};
-constexpr std::array<StepRow, 9> kStepsOfTheOperator{{
+constexpr std::array<StepRow, 10> kStepsOfTheOperator{{
     {{"start", 1, script::kAny, "start COMMAND...",
       "the operator starts a command in the box; ./COMMAND is\nin the folder of the script, or in this one"},
      nullptr,
      start,
      {.uses_box = true, .starts_command = true}},
-    {{"wait", 1, 1, "wait \"text\"",
-      "waits until the text comes on the screen; what\nwas there before the last keys does not count"},
-     check_text,
+    {{"wait", 1, 2, "wait [like] \"text\"",
+      "waits until the text comes on the screen; what\nwas there before the last keys does not count;\n"
+      "behind `like` stands a regular expression, as\nfor grep -E"},
+     check_sought,
      wait,
      kOnCommand},
-    {{"absent", 1, 1, "absent \"text\"", "the text is not on the screen"}, check_text, absent, kOnCommand},
+    {{"absent", 1, 2, "absent [like] \"text\"", "the text is not on the screen"}, check_sought, absent, kOnCommand},
+    {{"take", 2, 2, "take NAME \"REGEX\"",
+      "waits for a line like this; later, $NAME is what\nits first group (...) stands for, or all of it"},
+     check_taken,
+     take,
+     {.needs_command = true, .takes_value = true}},
     {{"type", 1, 1, "type \"keys\"", R"("3\n", " ", "\003" for Ctrl-C)"}, nullptr, type, kOnCommand},
     {{"screen", 1, 1, "screen \"caption\"", "prints the screen"},
      nullptr,

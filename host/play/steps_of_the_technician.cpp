@@ -1,6 +1,7 @@
 // What technicians do beside the operator, and on their own.
 #include <algorithm>
 #include <array>
+#include <sstream>
 
 #include "host/play/layout.h"
 #include "host/play/stage.h"
@@ -52,20 +53,53 @@ void run_spbox(Stage &stage, const Step &step) {
   }
 }
 
+// says [not] [like] "text"
+struct Saying {
+  bool wanted;
+  Sought sought;
+};
+
+Saying saying_in(Words words) {
+  const bool is_negated = words.size() > 1 && words[0] == "not";
+  if (is_negated) words.erase(words.begin());
+  if (words.size() > 2 || (words.size() == 2 && words[0] != "like"))
+    throw std::invalid_argument(R"(write it as: says [not] [like] "text")");
+  return {!is_negated, Sought(words)};
+}
+
 void check_says(const Words &words) {
-  if (words.size() == 2 && words[0] != "not")
-    throw std::invalid_argument(R"(write it as: says "text", or says not "text")");
-  check_is_text(words.back());
+  saying_in(words);
+}
+
+// A text may have several lines; a regular expression is for one.
+std::optional<script::Match> match_in(const std::string &said, const Sought &sought, bool is_pattern) {
+  if (!is_pattern) return sought.find(said);
+  std::istringstream lines(said);
+  for (std::string line; std::getline(lines, line);) {
+    if (auto match = sought.find(line)) return match;
+  }
+  return {};
 }
 
 void says(Stage &stage, const Step &step) {
-  const bool wanted = step.words.size() == 1;
-  if ((stage.said.find(step.words.back()) != std::string::npos) == wanted) return;
-  throw std::runtime_error(std::string("spbox said ") + (wanted ? "something else" : "it") + ":\n" +
+  const auto saying = saying_in(step.words);
+  const bool is_pattern = step.words.size() == (saying.wanted ? 2U : 3U);
+  if (match_in(stage.said, saying.sought, is_pattern).has_value() == saying.wanted) return;
+  throw std::runtime_error(std::string("spbox said ") + (saying.wanted ? "something else" : "it") + ":\n" +
                            indented(stage.said));
 }
 
-constexpr std::array<StepRow, 4> kStepsOfTheTechnician{{
+void check_taken_said(const Words &words) {
+  const Sought sought({"like", words[1]});
+}
+
+void take_said(Stage &stage, const Step &step) {
+  const auto match = match_in(stage.said, Sought({"like", step.words[1]}), true);
+  if (!match) throw std::runtime_error("spbox said something else:\n" + indented(stage.said));
+  stage.take(step, match->value);
+}
+
+constexpr std::array<StepRow, 5> kStepsOfTheTechnician{{
     {{"hands", 1, 1, "hands \"steps\"", "a technician works beside the operator from now\non; see `spbox technician`"},
      check_hands,
      send_technician,
@@ -77,10 +111,14 @@ constexpr std::array<StepRow, 4> kStepsOfTheTechnician{{
      nullptr,
      run_spbox,
      {.uses_box = true, .names_verb = true, .check_on = check_changes_on}},
-    {{"says", 1, 2, "says [not] \"text\"", "the last `spbox` step printed the text, or did\nnot"},
+    {{"says", 1, 3, "says [not] [like] \"text\"", "the last `spbox` step printed the text, or did\nnot"},
      check_says,
      says,
      {.needs_said = true}},
+    {{"takesaid", 2, 2, "takesaid NAME \"REGEX\"", "as `take`, of what the last `spbox` step printed"},
+     check_taken_said,
+     take_said,
+     {.needs_said = true, .takes_value = true}},
 }};
 
 }  // namespace

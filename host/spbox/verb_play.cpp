@@ -62,7 +62,7 @@ Verb play_verb() {
   return {.name = "play",
           .line = "Play an operator and a technician by a script",
           .words = {{.name = "SCRIPT",
-                     .help = "File with the steps, one a line",
+                     .help = "File with the steps, one a line; - is standard input",
                      .to = &options->files.script,
                      .need = Need::kRequired},
                     {.name = "NAME=VALUE", .help = "What $NAME stands for in the script", .to = &options->words},

@@ -54,6 +54,13 @@ std::string without_trailing_blanks(std::string text) {
 
 }  // namespace
 
+Finder finder_of(std::string text) {
+  return [text = std::move(text)](std::string_view line, std::size_t from) -> std::optional<Stretch> {
+    const auto at = line.find(text, from);
+    return at == std::string_view::npos ? std::nullopt : std::optional(Stretch{at, text.size()});
+  };
+}
+
 struct Screen::Machine {
   Size size;
   Strainer strainer;
@@ -166,28 +173,37 @@ std::vector<std::string> Screen::rows() const {
   return rows;
 }
 
-bool Screen::finds(std::string_view text, bool (*counts)(const Row &row, std::size_t at, std::size_t length)) const {
+std::optional<std::string> Screen::find(const Finder &finder,
+                                        bool (*counts)(const Row &row, const Stretch &stretch)) const {
   for (int number = 0; number < machine_->size.rows; ++number) {
     const Row row = this->row(number);
-    for (auto at = row.text.find(text); at != std::string::npos; at = row.text.find(text, at + 1)) {
-      if (counts(row, at, text.size())) return true;
+    for (auto found = finder(row.text, 0); found; found = finder(row.text, found->at + 1)) {
+      if (counts(row, *found)) return row.text;
     }
   }
-  return false;
+  return {};
 }
 
-bool Screen::shows(std::string_view text) const {
-  return finds(text, [](const Row &, std::size_t, std::size_t) { return true; });
+std::optional<std::string> Screen::find(const Finder &finder) const {
+  return find(finder, [](const Row &, const Stretch &) { return true; });
 }
 
 // A blank is new and old at once: a command may move over it instead of writing it.
-bool Screen::shows_new(std::string_view text) const {
-  return finds(text, [](const Row &row, std::size_t at, std::size_t length) {
-    for (std::size_t i = at; i < at + length; ++i) {
+std::optional<std::string> Screen::find_new(const Finder &finder) const {
+  return find(finder, [](const Row &row, const Stretch &stretch) {
+    for (std::size_t i = stretch.at; i < stretch.at + stretch.length; ++i) {
       if (row.text[i] != ' ' && row.is_new[i] == 0) return false;
     }
     return true;
   });
+}
+
+bool Screen::shows(std::string_view text) const {
+  return find(finder_of(std::string(text))).has_value();
+}
+
+bool Screen::shows_new(std::string_view text) const {
+  return find_new(finder_of(std::string(text))).has_value();
 }
 
 void Screen::grow_old() {

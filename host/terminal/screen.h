@@ -4,6 +4,7 @@
 #include <deque>
 #include <functional>
 #include <memory>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -16,6 +17,15 @@ struct Size {
   int rows = 24;
   int columns = 80;
 };
+
+// Where something stands in a line, from a place on; nothing: nowhere.
+struct Stretch {
+  std::size_t at, length;
+};
+using Finder = std::function<std::optional<Stretch>(std::string_view line, std::size_t from)>;
+
+// Finds a text.
+Finder finder_of(std::string text);
 
 class Screen {
  public:
@@ -33,13 +43,16 @@ class Screen {
   // Whether a line of the screen has the text; of shows_new, only text that was written, all of it, since grow_old.
   bool shows(std::string_view text) const;
   bool shows_new(std::string_view text) const;
+  // The line where it is found; of find_new, only what shows_new counts.
+  std::optional<std::string> find(const Finder &finder) const;
+  std::optional<std::string> find_new(const Finder &finder) const;
   void grow_old();  // What the screen shows now is new no more, wherever it scrolls to.
 
  private:
   struct Machine;
   struct Row;
   Row row(int number) const;
-  bool finds(std::string_view text, bool (*counts)(const Row &row, std::size_t at, std::size_t length)) const;
+  std::optional<std::string> find(const Finder &finder, bool (*counts)(const Row &row, const Stretch &stretch)) const;
 
   std::function<void(std::string_view)> answer_;
   std::deque<std::string> history_;

@@ -135,6 +135,24 @@ bool Terminal::wait_for_new(std::string_view text, milliseconds patience) {
   return wait_until([&] { return screen_.shows_new(text); }, patience);
 }
 
+// The line as it is when the screen stands still: it may have been half written.
+std::optional<std::string> Terminal::wait_for_new(const Finder &finder, milliseconds patience) {
+  std::optional<std::string> line;
+  const auto has_come = [&] {
+    line = screen_.find_new(finder);
+    return line.has_value();
+  };
+  if (wait_until(has_come, patience)) {
+    if (auto whole = screen_.find_new(finder)) line = std::move(whole);
+  }
+  return line;
+}
+
+std::optional<std::string> Terminal::find(const Finder &finder) {
+  settle();
+  return screen_.find(finder);
+}
+
 bool Terminal::wait_until(const std::function<bool()> &is_true, milliseconds patience) {
   const auto deadline = Clock::now() + patience;
   bool is_over = false;

@@ -51,7 +51,10 @@ class Terminal {
   bool wait_for(std::string_view text, milliseconds patience);
   bool wait_for_new(std::string_view text, milliseconds patience);  // written since the last start or keys, all of it
   bool shows(std::string_view text);                                // once the screen stands still
-  void watch(milliseconds time);                                    // takes in what the command writes, so long
+  // The same of what a finder finds: the line where it stands.
+  std::optional<std::string> wait_for_new(const Finder &finder, milliseconds patience);
+  std::optional<std::string> find(const Finder &finder);
+  void watch(milliseconds time);  // takes in what the command writes, so long
   std::vector<std::string>
   screen();  // The lines of the screen, from its top to its bottom, without blanks at their ends.
   std::vector<std::string> last_screen() const { return screen_.rows(); }  // as far as it was taken in

@@ -14,9 +14,15 @@ struct PlanRow {
 
 constexpr PlanRow kPlans[] = {
     {"a step must be known", "jump high",
-     "there is no step \"jump\"; there are box, terminal, play, start, wait, absent, type, screen, exit, dies, signal, "
-     "hangup, hands, handsdone, spbox, says, in_order, patience, pause and say"},
-    {"a step without its words", "wait", "write it as: wait \"text\""},
+     "there is no step \"jump\"; there are box, terminal, play, start, wait, absent, take, type, screen, exit, dies, "
+     "signal, hangup, hands, handsdone, spbox, says, takesaid, in_order, patience, pause and say"},
+    {"a step without its words", "wait", "write it as: wait [like] \"text\""},
+    {"another word than like before the text", "wait for \"this\"", "write it as: like \"REGEX\""},
+    {"a regular expression that is none", "wait like \"(a\"", "\"(a\" is no regular expression: Unmatched ( or \\("},
+    {"a regular expression that fits everywhere", "says not like \"a*\"",
+     "\"a*\" fits an empty line, and so fits everywhere"},
+    {"a name of a value that is none", "take 3 \"a\"", "\"3\" is no name"},
+    {"a blank regular expression", "take A \" \"", "the text is empty"},
     {"a step with one word too many", "hangup now", "write it as: hangup"},
     {"an unknown model", "box qz", "there is no model \"qz\"; the models are qa, qb1, qb2, qe1, qe2 or qe3"},
     {"a terminal without a row", "terminal 0 80", "a terminal has at least one row and two columns"},
@@ -32,7 +38,7 @@ constexpr PlanRow kPlans[] = {
      "mode, when trace, when text, pull, insert, fault, degrade, repair and flicker"},
     {"an unknown verb of spbox", "spbox paint /PSU#3",
      "\"paint\" is not a verb that works on a box; those are pull, show"},
-    {"another word than not before the text", "says never \"this\"", R"(write it as: says "text", or says not "text")"},
+    {"another word than not before the text", "says never \"this\"", R"(write it as: says [not] [like] "text")"},
     {"an empty text to be said", "says \"\"", "the text is empty"},
     {"a blank text not to be said", "says not \" \"", "the text is empty"},
     {"no unit after but", "in_order but", "write it as: in_order but /PSU#3"},
@@ -61,8 +67,9 @@ TEST_F(PlanTest, TakesEveryStepAsItsHelpWritesIt) {
       "dies SIGHUP\nsignal SIGINT\nsignal 9\n"
       "hangup\nhands \"pull /PSU#3\"\nhandsdone\nspbox pull /PSU#3\nsays \"x\"\nsays not \"x\"\nin_order\n"
       "in_order but /PSU#3 /PSU#4\npatience 0.5\npause 0\nsay \"text\"\n"
-      "# and that is all\n");
-  EXPECT_EQ(steps.size(), 22U);
+      "wait like \"t.xt\"\nabsent like \"t.xt\"\ntake A \"([0-9]+)\"\nsays like \"x\"\nsays not like \"x\"\n"
+      "takesaid A \"([0-9]+)\"\n# and that is all\n");
+  EXPECT_EQ(steps.size(), 28U);
 }
 
 TEST_F(PlanTest, ReadsAllBeforeAnythingIsPlayed) {
@@ -90,6 +97,34 @@ TEST_F(PlanTest, GivesAScriptTheValuesOfItsStepAndNoOthers) {
   EXPECT_EQ(wrong_with("play inner.play UNIT=3\n", {{"B_2", "of the outer one"}}),
             "inner.play:1: `say \"$UNIT and $B_2, for $$5\"`: nobody gave $B_2 a value; $$ is a dollar\n"
             "  played from walk.play:1");
+}
+
+TEST_F(PlanTest, GivesEachScriptItsFolder) {
+  std::filesystem::create_directory(path("parts"));
+  write("parts/inner.play", "say \"$HERE/x\"\n");
+  const auto steps = read("say $HERE\nplay parts/inner.play\nplay parts/inner.play HERE=mine\n");
+  EXPECT_EQ(steps[0].words[0], scratch_.path());
+  EXPECT_EQ(steps[1].words[0], path("parts/x"));
+  EXPECT_EQ(steps[2].words[0], "mine/x");
+}
+
+TEST_F(PlanTest, KnowsWhatIsTakenBehindTheStepThatTakesIt) {
+  write("inner.play", "say $B\ntake C \"x\"\n");
+  const std::string begin = "start true\nspbox show /PSU#3\n";
+  EXPECT_EQ(wrong_with(begin + "take A \"x\"\nsay $A\nplay inner.play B=<$A>\nspbox pull $A\nhands \"pull $A\"\n"),
+            "nothing");
+  const auto refused = [&](const std::string &steps) {
+    const auto wrong = wrong_with(begin + steps);
+    return wrong.substr(0, wrong.find('\n'));
+  };
+  EXPECT_EQ(refused("say $A\ntake A \"x\"\n"), "walk.play:3: `say $A`: nobody gave $A a value; $$ is a dollar");
+  EXPECT_EQ(refused("play inner.play B=3\nsay $C\n"), "walk.play:4: `say $C`: nobody gave $C a value; $$ is a dollar");
+  EXPECT_EQ(refused("take A \"x\"\nplay $A\n"),
+            "walk.play:4: `play $A`: the script has to be known before the first step");
+  EXPECT_EQ(refused("takesaid A \"x\"\nspbox $A /PSU#3\n"),
+            "walk.play:4: `spbox $A /PSU#3`: the verb has to be known before the first step");
+  EXPECT_EQ(refused("take A \"x\"\nplay inner.play $A=3\n"),
+            "walk.play:4: `play inner.play $A=3`: \"\" gives no value: write NAME=VALUE");
 }
 
 TEST_F(PlanTest, NamesTheScriptThatIsNotThereAndWhoWantedIt) {

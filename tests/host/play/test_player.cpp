@@ -192,6 +192,41 @@ TEST_F(PlayerTest, ChecksWhatSpboxSays) {
             "walk.play:2: `says not \"qe2\"`: spbox said it:\n    Model qe2\n");
 }
 
+TEST_F(PlayerTest, WaitsForALineLikeTheOneThatIsWanted) {
+  const std::string begin = "start sh -c \"echo unit 13 of 40; read n; echo bye\"\n";
+  const std::string end = "absent like \"^bye\"\ntype \"\\n\"\nwait like \"^b.e$$\"\nexit 0\n";
+  EXPECT_EQ(error_of(begin + "wait like \"unit [0-9]+ of (40|41)$$\"\n" + end), "no error");
+  EXPECT_EQ(reason_of("patience 0.1\n" + begin + "wait like \"unit [a-z]+\"\n"),
+            "walk.play:3: `wait like \"unit [a-z]+\"`: a line like \"unit [a-z]+\" did not come up in 0.1 s.");
+  EXPECT_EQ(reason_of(begin + "wait \"unit\"\nabsent like \"^[a-z]+ 13\"\n"),
+            "walk.play:3: `absent like \"^[a-z]+ 13\"`: the screen shows it.");
+  EXPECT_EQ(
+      reason_of("patience 0.1\n" + begin + "wait \"unit\"\ntype \"x\"\nwait like \"u..t\"\n"),
+      "walk.play:5: `wait like \"u..t\"`: a line like \"u..t\" did not come up in 0.1 s; what the screen shows of it "
+      "is older than the last keys.");
+  EXPECT_EQ(error_of("spbox show /PSU#3\nsays like \"^Model (qa|qe2)$$\"\nsays not like \"^qe2\"\n"), "no error");
+  EXPECT_EQ(reason_of("spbox show /PSU#3\nsays like \"^qe2\"\n"),
+            "walk.play:2: `says like \"^qe2\"`: spbox said something else:");
+}
+
+TEST_F(PlayerTest, TakesValuesForLaterSteps) {
+  const auto told = play(
+      "spbox show /PSU#3\ntakesaid MODEL \"^Model (.*)\"\n"
+      "start sh -c \"echo number 4711 of $MODEL; read n; echo you said $$n; read x\"\n"
+      "take N \"number ([0-9]+) \"\ntype \"$N+\\n\"\nwait \"you said $N+\"\ntake N \"s.id\"\nspbox pull $N\n");
+  EXPECT_NE(told.find("$MODEL is: qe2\n"), std::string::npos) << told;
+  EXPECT_NE(told.find("The operator types: \"4711+\", Enter\n"), std::string::npos) << told;
+  EXPECT_NE(told.find("    asked: pull said\n"), std::string::npos) << told;
+  EXPECT_EQ(reason_of("spbox show /PSU#3\ntakesaid A \"qe3\"\n"),
+            "walk.play:2: `takesaid A \"qe3\"`: spbox said something else:");
+}
+
+// What a value makes of a step is judged before it is played.
+TEST_F(PlayerTest, RefusesAStepThatMakesNoSenseWithAValue) {
+  EXPECT_EQ(reason_of("spbox show /PSU#3\ntakesaid A \"Model\"\npause $A\n"),
+            "walk.play:3: `pause $A`: \"Model\" is not a number of seconds from 0 to 86400; write 3 or 0.5");
+}
+
 TEST_F(PlayerTest, LetsATechnicianWorkBesideTheOperator) {
   EXPECT_EQ(play("hands \"pull /insert\"\nstart touch " + path("insert") + "\nexit 0\nhandsdone\nsay \"on\"\n"),
             "A technician works beside the operator: pull /insert\n"

@@ -277,6 +277,16 @@ TEST_F(PlayVerb, GivesTheScriptValues) {
   expect_done("box qe2\nspbox show $UNIT\nsays \"/PSU#4\"\n", {"UNIT=/PSU#4"});
 }
 
+TEST_F(PlayVerb, PlaysAScriptFromStandardInput) {
+  write("here.play", "box qa\nstart echo $HERE\nwait \"" + scratch_.path().filename().string() + "\"\nexit 0\njump\n");
+  auto words = command({"-"});
+  words.insert(words.begin(), {"sh", "-c", "exec \"$@\" <$0", (scratch_ / "here.play").string()});
+  EXPECT_TRUE(run_to_end(words).output.starts_with("spbox: standard input:5: `jump`: there is no step \"jump\""));
+  words[2] = "head -n 4 $0 | \"$@\"";
+  const auto done = run_to_end(words);
+  EXPECT_EQ(done.exit_status, 0) << done.output;
+}
+
 // A command lies beside the script that starts it, also where that is played by another one, and else where spbox is run.
 TEST_F(PlayVerb, StartsCommandsThatLieBesideTheScript) {
   const auto add_command = [&](const char *path, const std::string &says) {
