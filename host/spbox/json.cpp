@@ -41,7 +41,7 @@ std::string without_controls(const std::string &written) {
 }  // namespace
 
 std::string Json::text() const {
-  return without_controls(std::visit(Writing(), value_).dump(2, ' ', false, json::error_handler_t::replace)) + "\n";
+  return without_controls(std::visit(Writing(), *value_).dump(2, ' ', false, json::error_handler_t::replace)) + "\n";
 }
 
 }  // namespace spbox
