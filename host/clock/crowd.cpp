@@ -1,0 +1,191 @@
+#include "host/clock/crowd.h"
+
+#include <unistd.h>
+
+#include <utility>
+
+#include "host/clock/process_files.h"
+
+namespace box_time {
+namespace {
+
+// A waiter looks at the page each thousandth of a second or, by speed, each hundredth: one that does not look any more has
+// left its wait by a jump out of a signal handler.
+constexpr nanoseconds kLeftWithoutWord = std::chrono::milliseconds(100);
+// Where nobody may see by which calls others wait: none of ours looks again after a longer pause than this.
+constexpr nanoseconds kLongestPause = std::chrono::milliseconds(25);
+
+// Who works for so long may have started others, whose time counts, too.
+constexpr nanoseconds kLongestWithoutLook = std::chrono::milliseconds(20);
+
+constexpr bool is_dead(char state) {
+  return state == 'Z' || state == 'X';
+}
+
+// One that was stopped waits for whoever lets it go on.
+constexpr bool rests(char state) {
+  return state == 'S' || state == 'T' || state == 't';
+}
+
+int row_of_waiter(const box_time_page &page, pid_t thread) {
+  for (int row = 0; row < BOX_TIME_WAITERS; ++row) {
+    if (page.waiters[row].thread == static_cast<std::uint32_t>(thread)) return row;
+  }
+  return -1;
+}
+
+std::set<pid_t> newcomers_in(const box_time_page &page) {
+  std::set<pid_t> found;
+  for (const std::uint32_t guest : page.guests) {
+    if (guest != 0) found.insert(static_cast<pid_t>(guest));
+  }
+  for (const box_time_waiter &waiter : page.waiters) {
+    if (waiter.thread != 0) found.insert(static_cast<pid_t>(waiter.process));
+  }
+  return found;
+}
+
+}  // namespace
+
+void Crowd::add_threads_of(pid_t process, const Watched &watched, const box_time_page &page, nanoseconds &processor,
+                           Threads &threads) {
+  const auto file = watched.file();
+  if (!file) return;
+  processor += file->processor;
+  const bool is_one = file->threads <= 1;
+  const std::vector<pid_t> ids = is_one ? std::vector<pid_t>{process} : threads_of(process);
+  for (const pid_t id : ids) {
+    const auto state = is_one ? file->state : state_of_thread(process, id);
+    if (!state || is_dead(*state)) continue;
+    const int row = row_of_waiter(page, id);
+    std::uint64_t turn = 0;
+    if (row >= 0) {
+      turn = page.waiters[row].turn;
+    } else {
+      turn = is_one ? watched.times_on_processor() : times_on_processor(process, id);
+    }
+    threads[id] = {*state, row, turn};
+  }
+}
+
+Crowd::Threads Crowd::threads(const box_time_page &page, nanoseconds &processor) const {
+  Threads found;
+  for (const auto &[process, watched] : members_) add_threads_of(process, watched, page, processor, found);
+  return found;
+}
+
+// Who was at work a moment ago mostly still is: then nobody else need be looked at.
+bool Crowd::is_at_work(nanoseconds wall) const {
+  const auto worker = members_.find(worker_);
+  if (worker == members_.end() || wall - seen_all_ > kLongestWithoutLook) return false;
+  const auto file = worker->second.file();
+  return file && !rests(file->state) && !is_dead(file->state);
+}
+
+bool Crowd::takes_in(pid_t process, pid_t parent) {
+  if (process == self_ || (parent != self_ && !members_.contains(parent) && !newcomers_.contains(process)))
+    return false;
+  members_.emplace(process, process);
+  others_.erase(process);
+  return true;
+}
+
+// A process becomes a member when it begins or, where it came from outside, with its first word on the page. A parent may come
+// behind its child, where the numbers of processes have begun anew; of one whose parent has just ended nothing is known yet.
+bool Crowd::has_new_members(const box_time_page &page) {
+  newcomers_ = newcomers_in(page);
+  for (const pid_t process : newcomers_) {
+    if (process != self_ && !members_.contains(process)) others_.clear();
+  }
+  const std::vector<pid_t> all = processes();
+  const std::set<pid_t> there(all.begin(), all.end());
+  std::erase_if(others_, [&](pid_t process) { return !there.contains(process); });
+  std::erase_if(members_, [&](const auto &member) { return !there.contains(member.first); });
+  std::map<pid_t, pid_t> parents;
+  for (const pid_t process : all) {
+    if (members_.contains(process) || others_.contains(process)) continue;
+    const auto file = process_file(process);
+    if (file) parents.emplace(process, file->parent);
+  }
+  bool is_new = false, goes_on = true;
+  while (goes_on) {
+    goes_on = std::erase_if(parents, [&](const auto &one) { return takes_in(one.first, one.second); }) > 0;
+    is_new |= goes_on;
+  }
+  for (const auto &[process, parent] : parents) {
+    if (parent == 0 || others_.contains(parent) || parents.contains(parent)) others_.insert(process);
+  }
+  return is_new;
+}
+
+// Who has not had the processor since the look before has started nobody; and who is found now was there then.
+bool Crowd::is_complete(const box_time_page &page) {
+  if (is_complete_) return true;
+  if (has_new_members(page)) return false;
+  nanoseconds unused{0};
+  if (threads(page, unused) != before_) return false;
+  waits_on_wall_ = is_blind_ = false;
+  for (const auto &[thread, state] : before_) {
+    const Wait wait = state.row >= 0 || state.state != 'S' ? Wait::kForOthers : wait_of(thread, thread);
+    waits_on_wall_ |= wait == Wait::kForWall;
+    is_blind_ |= wait == Wait::kUnknown;
+  }
+  return is_complete_ = true;
+}
+
+bool Crowd::is_lost(int row, const box_time_waiter &waiter, nanoseconds wall) {
+  const auto thread = static_cast<pid_t>(waiter.thread), process = static_cast<pid_t>(waiter.process);
+  const auto state = state_of_thread(process, thread);
+  if (!state || is_dead(*state)) return true;
+  const std::uint64_t times = times_on_processor(process, thread);
+  const auto known = overdue_.find(row);
+  if (known == overdue_.end() || known->second.turn != waiter.turn || known->second.times != times || *state == 'R') {
+    overdue_[row] = {waiter.turn, times, wall};
+    return false;
+  }
+  return *state == 'S' && wall - known->second.since > kLeftWithoutWord;
+}
+
+void Crowd::look_after_waiters(const box_time_page &page, nanoseconds wall, Look &look) {
+  for (int row = 0; row < BOX_TIME_WAITERS; ++row) {
+    const box_time_waiter &waiter = page.waiters[row];
+    const bool is_due = waiter.thread != 0 && waiter.deadline <= page.passed;
+    const bool is_of_nobody =
+        waiter.thread != 0 && !is_due && access(("/proc/" + std::to_string(waiter.thread)).c_str(), F_OK) != 0;
+    if (!is_due) overdue_.erase(row);
+    if (is_of_nobody || (is_due && is_lost(row, waiter, wall))) {
+      look.lost_rows.push_back(row);
+      continue;
+    }
+    if (!is_due) continue;
+    const auto state = state_of_thread(static_cast<pid_t>(waiter.process), static_cast<pid_t>(waiter.thread));
+    look.is_late |= state && *state != 'T' && *state != 't';
+  }
+}
+
+Crowd::Look Crowd::look(const box_time_page &page, nanoseconds wall) {
+  Look look;
+  look.processor = processor_;
+  look_after_waiters(page, wall, look);
+  if (is_at_work(wall)) return look;
+  seen_all_ = wall;
+  look.processor = nanoseconds(0);
+  Threads now = threads(page, look.processor);
+  processor_ = look.processor;
+  const bool has_changed = now != before_;
+  if (has_changed) {
+    before_ = std::move(now);
+    quiet_since_ = wall;
+    is_complete_ = false;
+  }
+  worker_ = 0;
+  for (const auto &[thread, state] : before_) {
+    if (!rests(state.state)) worker_ = thread;
+  }
+  if (has_changed || look.is_late || worker_ != 0 || !is_complete(page)) return look;
+  look.is_quiet = !is_blind_ || wall - quiet_since_ > kLongestPause;
+  look.waits_on_wall = waits_on_wall_;
+  return look;
+}
+
+}  // namespace box_time

@@ -1,0 +1,150 @@
+#include "host/clock/keeper.h"
+
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <csignal>
+#include <ctime>
+#include <stdexcept>
+#include <string>
+#include <system_error>
+
+#include "host/clock/hours.h"
+
+namespace box_time {
+namespace {
+
+using std::chrono::microseconds;
+
+// How long it waits between two looks: a moment as long as things happen, longer where nothing does.
+constexpr nanoseconds kShortest = microseconds(30), kLongest = microseconds(2000), kIdle = microseconds(5000);
+
+constexpr nanoseconds kNever(BOX_TIME_NEVER);
+
+int wait_on_wall(std::span<pollfd> fds, nanoseconds length) {
+  const timespec limit{length.count() / 1'000'000'000, length.count() % 1'000'000'000};
+  return ppoll(fds.data(), fds.size(), &limit, nullptr);
+}
+
+std::int64_t reading(clockid_t clock) {
+  timespec time{};
+  clock_gettime(clock, &time);
+  return std::int64_t{time.tv_sec} * 1'000'000'000 + time.tv_nsec;
+}
+
+std::uint32_t process_id() {
+  return static_cast<std::uint32_t>(getpid());
+}
+
+}  // namespace
+
+Keeper::Keeper(Speed speed) : speed_(speed), pace_(speed, wall()) {
+  set_keeper(this);
+}
+
+Keeper::~Keeper() {
+  set_keeper(nullptr);
+  leave();
+}
+
+void Keeper::leave() {
+  if (!table_) return;
+  table_->tell(now(), wall(), moved_);
+  table_->leave();
+  std::error_code ignored;
+  std::filesystem::remove(file_, ignored);
+  table_.reset();
+}
+
+void Keeper::keep(const std::filesystem::path &page) {
+  if (table_ && page == file_) return;
+  leave();
+  Table table = Table::make(page);
+  if (!table.take(kKeepersByte)) {
+    throw std::runtime_error("the time of this box is kept already, by process " + std::to_string(table.read().keeper) +
+                             ". What runs in it meanwhile has that time, without --speed.");
+  }
+  box_time_page first{};
+  first.keeper = process_id();
+  first.speed = speed_.times;
+  first.passed = pace_.passed().count();
+  first.looked = wall().count();
+  first.began_realtime = reading(CLOCK_REALTIME) - now().count();
+  first.began_monotonic = reading(CLOCK_MONOTONIC) - now().count();
+  table.begin(first);
+  rung_.clear();
+  moved_ = 0;
+  table_ = std::move(table);
+  file_ = page;
+}
+
+// Who finds something ready each time, or never waits, lets time pass, too.
+int Keeper::poll(std::span<pollfd> fds, std::optional<nanoseconds> until, std::optional<nanoseconds> until_on_wall) {
+  const nanoseconds longest = until ? kLongest : kIdle;
+  crowd_.look_again();
+  for (nanoseconds pause{0};;) {
+    const int ready = wait_on_wall(fds, pause);
+    const bool is_over = (until && now() >= *until) || (until_on_wall && wall() >= *until_on_wall);
+    const bool passes = (ready == 0 && !is_over) || wall() - looked_ > kIdle ? look(until) : false;
+    if (ready != 0 || is_over) return ready;
+    pause = passes ? kShortest : std::clamp(2 * pause, kShortest, longest);
+  }
+}
+
+// Whether time has passed.
+bool Keeper::look(std::optional<nanoseconds> until) {
+  const box_time_page page = table_ ? table_->read() : box_time_page{};
+  const nanoseconds at = looked_ = wall(), before = now();
+  const Crowd::Look seen = crowd_.look(page, at);
+  for (const int row : seen.lost_rows) table_->free_waiter(row, page.waiters[row]);
+  pace_.look({.wall = at,
+              .processor = seen.processor + nanoseconds(reading(CLOCK_PROCESS_CPUTIME_ID)),
+              .is_quiet = seen.is_quiet,
+              .waits_on_wall = seen.waits_on_wall,
+              .is_late = seen.is_late,
+              .moment = next_moment(page, until)});
+  if (!table_) return now() != before;
+  if (now() != before) moved_ = page.turns;
+  table_->tell(now(), wall(), moved_);
+  ring(page);
+  return now() != before;
+}
+
+std::optional<nanoseconds> Keeper::next_ring(int row, const box_time_alarm &alarm) const {
+  if (alarm.process == 0 || alarm.deadline == BOX_TIME_NEVER) return std::nullopt;
+  const auto rung = rung_.find(row);
+  if (rung == rung_.end() || rung->second.turn != alarm.turn) return nanoseconds(alarm.deadline);
+  if (rung->second.next == kNever) return std::nullopt;
+  return rung->second.next;
+}
+
+std::optional<nanoseconds> Keeper::next_moment(const box_time_page &page, std::optional<nanoseconds> until) const {
+  nanoseconds next = until.value_or(kNever);
+  for (const box_time_waiter &waiter : page.waiters) {
+    const nanoseconds deadline(waiter.deadline);
+    if (waiter.thread != 0 && deadline > now()) next = std::min(next, deadline);
+  }
+  for (int row = 0; row < BOX_TIME_ALARMS; ++row) {
+    next = std::min(next, next_ring(row, page.alarms[row]).value_or(kNever));
+  }
+  if (next == kNever) return std::nullopt;
+  return next;
+}
+
+// Only to processes of the box: a row may hold any number.
+void Keeper::ring(const box_time_page &page) {
+  for (int row = 0; row < BOX_TIME_ALARMS; ++row) {
+    const box_time_alarm &alarm = page.alarms[row];
+    if (alarm.process == 0) continue;
+    const auto process = static_cast<pid_t>(alarm.process);
+    if (kill(process, 0) != 0 && errno == ESRCH) table_->free_alarm(row);
+    const auto moment = next_ring(row, alarm);
+    if (!moment || *moment > now()) continue;
+    const nanoseconds interval(alarm.interval);
+    rung_[row] = {alarm.turn, interval.count() > 0 ? *moment + interval : kNever};
+    if (crowd_.has(process)) kill(process, SIGALRM);
+  }
+}
+
+}  // namespace box_time

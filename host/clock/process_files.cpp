@@ -1,0 +1,182 @@
+#include "host/clock/process_files.h"
+
+#include <dirent.h>
+#include <fcntl.h>
+#include <linux/futex.h>
+#include <sys/syscall.h>
+#include <unistd.h>
+
+#include <array>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <memory>
+
+namespace box_time {
+namespace {
+
+using Text = std::array<char, 1024>;
+
+base::Descriptor open_file(pid_t process, const char *file) {
+  char name[64];
+  std::snprintf(name, sizeof name, "/proc/%d/%s", process, file);
+  return base::Descriptor(open(name, O_RDONLY | O_CLOEXEC));
+}
+
+// False where there is no such process any more.
+bool read_from(const base::Descriptor &file, Text &text) {
+  const ssize_t length = file.get() < 0 ? -1 : pread(file.get(), text.data(), text.size() - 1, 0);
+  if (length <= 0) return false;
+  text[static_cast<std::size_t>(length)] = '\0';
+  return true;
+}
+
+bool read_of_thread(pid_t process, pid_t thread, const char *file, Text &text) {
+  char name[64];
+  std::snprintf(name, sizeof name, "task/%d/%s", thread, file);
+  return read_from(open_file(process, name), text);
+}
+
+// pid (name) state parent ...; a name may have brackets and blanks of its own.
+const char *behind_name(const Text &text) {
+  const char *end = std::strrchr(text.data(), ')');
+  return end != nullptr && end[1] == ' ' ? end + 2 : nullptr;
+}
+
+std::optional<ProcessFile> parsed(const Text &text) {
+  const char *rest = behind_name(text);
+  ProcessFile found{};
+  std::array<unsigned long long, 4> ticks{};  // user, system, and both of the children
+  if (rest == nullptr ||
+      std::sscanf(rest, "%c %d %*d %*d %*d %*d %*u %*u %*u %*u %*u %llu %llu %llu %llu %*d %*d %ld", &found.state,
+                  &found.parent, &ticks[0], &ticks[1], &ticks[2], &ticks[3], &found.threads) != 7) {
+    return std::nullopt;
+  }
+  static const long per_second = sysconf(_SC_CLK_TCK);
+  for (const auto part : ticks)
+    found.processor += nanoseconds(part * (1'000'000'000U / static_cast<unsigned long>(per_second)));
+  return found;
+}
+
+std::vector<pid_t> numbers_in(const char *folder) {
+  std::vector<pid_t> found;
+  const std::unique_ptr<DIR, int (*)(DIR *)> open(opendir(folder), closedir);
+  if (!open) return found;
+  // NOLINTNEXTLINE(concurrency-mt-unsafe): nobody else reads this folder
+  while (const dirent *entry = readdir(open.get())) {
+    const long number = std::strtol(static_cast<const char *>(entry->d_name), nullptr, 10);
+    if (number > 0) found.push_back(static_cast<pid_t>(number));
+  }
+  return found;
+}
+
+// The calls that wait with a limit, and where it stands among their arguments.
+struct Limited {
+  long call;
+  int argument;   // -1: it has a limit always
+  bool is_count;  // a number of milliseconds, and not the address of a time
+};
+constexpr Limited kLimited[] = {
+    {SYS_nanosleep, -1, false},
+    {SYS_clock_nanosleep, -1, false},
+    {SYS_ppoll, 2, false},
+    {SYS_pselect6, 4, false},
+    {SYS_epoll_pwait, 3, true},
+    {SYS_futex, 3, false},
+    {SYS_rt_sigtimedwait, 2, false},
+#ifdef SYS_poll
+    {SYS_poll, 2, true},
+#endif
+#ifdef SYS_select
+    {SYS_select, 4, false},
+#endif
+#ifdef SYS_epoll_wait
+    {SYS_epoll_wait, 3, true},
+#endif
+};
+
+using Arguments = std::array<unsigned long long, 6>;
+
+bool has_limit(const Limited &row, const Arguments &arguments) {
+  if (row.call == SYS_futex) {
+    const auto operation = arguments[1] & static_cast<unsigned>(FUTEX_CMD_MASK);
+    if (operation != FUTEX_WAIT && operation != FUTEX_WAIT_BITSET) return false;
+  }
+  if (row.argument < 0) return true;
+  const auto limit = arguments.at(static_cast<std::size_t>(row.argument));
+  return row.is_count ? static_cast<int>(limit) > 0 : limit != 0;
+}
+
+}  // namespace
+
+std::optional<ProcessFile> process_file(pid_t process) {
+  Text text;
+  return read_from(open_file(process, "stat"), text) ? parsed(text) : std::nullopt;
+}
+
+Watched::Watched(pid_t process)
+    : process_(process), stat_(open_file(process, "stat")), times_(open_file(process, "schedstat")) {}
+
+std::optional<ProcessFile> Watched::file() const {
+  Text text;
+  return read_from(stat_, text) ? parsed(text) : std::nullopt;
+}
+
+std::uint64_t Watched::times_on_processor() const {
+  Text text;
+  unsigned long long times = 0;
+  if (read_from(times_, text) && std::sscanf(text.data(), "%*u %*u %llu", &times) == 1) return times;
+  return box_time::times_on_processor(process_, process_);
+}
+
+std::optional<char> state_of_thread(pid_t process, pid_t thread) {
+  Text text;
+  const char *rest = read_of_thread(process, thread, "stat", text) ? behind_name(text) : nullptr;
+  if (rest == nullptr) return std::nullopt;
+  return *rest;
+}
+
+std::vector<pid_t> threads_of(pid_t process) {
+  return numbers_in(("/proc/" + std::to_string(process) + "/task").c_str());
+}
+
+std::vector<pid_t> processes() {
+  return numbers_in("/proc");
+}
+
+// Where the kernel does not count it, there is another count of the same.
+std::uint64_t times_on_processor(pid_t process, pid_t thread) {
+  Text text;
+  unsigned long long times = 0, more = 0;
+  if (read_of_thread(process, thread, "schedstat", text) && std::sscanf(text.data(), "%*u %*u %llu", &times) == 1) {
+    return times;
+  }
+  std::array<char, 4096> status{};
+  char name[64];
+  std::snprintf(name, sizeof name, "task/%d/status", thread);
+  const base::Descriptor file = open_file(process, name);
+  if (file.get() < 0 || read(file.get(), status.data(), status.size() - 1) <= 0) return 0;
+  const char *counts = std::strstr(status.data(), "\nvoluntary_ctxt_switches:");
+  if (counts == nullptr ||
+      std::sscanf(counts, " voluntary_ctxt_switches: %llu nonvoluntary_ctxt_switches: %llu", &times, &more) != 2) {
+    return 0;
+  }
+  return times + more;
+}
+
+Wait wait_of(pid_t process, pid_t thread) {
+  Text text;
+  if (!read_of_thread(process, thread, "syscall", text)) return Wait::kUnknown;
+  long call = -1;
+  Arguments arguments{};
+  if (std::sscanf(text.data(), "%ld %llx %llx %llx %llx %llx %llx", &call, &arguments[0], &arguments[1], &arguments[2],
+                  &arguments[3], &arguments[4], &arguments[5]) < 1) {
+    return Wait::kForOthers;  // "running": it has just come back
+  }
+  for (const Limited &row : kLimited) {
+    if (row.call == call && has_limit(row, arguments)) return Wait::kForWall;
+  }
+  return Wait::kForOthers;
+}
+
+}  // namespace box_time

@@ -1,0 +1,126 @@
+#include "host/clock/table.h"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstddef>
+#include <ctime>
+#include <system_error>
+#include <utility>
+
+namespace box_time {
+namespace {
+
+constexpr int kOwn = O_RDWR | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC;
+
+base::Descriptor opened(const std::filesystem::path &file, int more) {
+  base::Descriptor page(::open(file.c_str(), kOwn | more, 0666));
+  struct stat status {};
+  if (page.get() >= 0 && fstat(page.get(), &status) == 0 && !S_ISREG(status.st_mode)) {
+    page.reset();
+    errno = EINVAL;
+  }
+  return page;
+}
+
+struct flock byte_lock(int byte) {
+  struct flock lock {};
+  lock.l_type = F_WRLCK;
+  lock.l_whence = SEEK_SET;
+  lock.l_start = byte;
+  lock.l_len = 1;
+  return lock;
+}
+
+std::size_t at_waiter(int row) {
+  return offsetof(box_time_page, waiters) + static_cast<std::size_t>(row) * sizeof(box_time_waiter);
+}
+
+}  // namespace
+
+Table Table::make(const std::filesystem::path &file) {
+  base::Descriptor page = opened(file, O_CREAT);
+  if (page.get() < 0 || ftruncate(page.get(), sizeof(box_time_page)) != 0) {
+    throw std::system_error(errno, std::generic_category(), file.string());
+  }
+  return Table(std::move(page));
+}
+
+std::optional<Table> Table::open(const std::filesystem::path &file) {
+  base::Descriptor page = opened(file, 0);
+  if (page.get() < 0) return std::nullopt;
+  return Table(std::move(page));
+}
+
+box_time_page Table::read() const {
+  box_time_page page{};
+  if (pread(file_.get(), &page, sizeof page, 0) != static_cast<ssize_t>(sizeof page)) return {};
+  return page;
+}
+
+// What cannot be written is a box without time: the programs in it see that their keeper is silent.
+void Table::write(const void *what, std::size_t size, std::size_t where) const {
+  [[maybe_unused]] const ssize_t written = pwrite(file_.get(), what, size, static_cast<off_t>(where));
+}
+
+void Table::begin(const box_time_page &first) const {
+  write(&first, sizeof first, 0);
+}
+
+void Table::tell(nanoseconds passed, nanoseconds wall, std::uint64_t moved) const {
+  const struct {
+    std::int64_t passed, looked;
+    std::uint64_t moved;
+  } times = {passed.count(), wall.count(), moved};
+  static_assert(offsetof(box_time_page, looked) == offsetof(box_time_page, passed) + sizeof times.passed);
+  static_assert(offsetof(box_time_page, moved) == offsetof(box_time_page, looked) + sizeof times.looked);
+  write(&times, sizeof times, offsetof(box_time_page, passed));
+}
+
+void Table::leave() const {
+  const std::uint32_t nobody = 0;
+  write(&nobody, sizeof nobody, offsetof(box_time_page, keeper));
+}
+
+void Table::free_waiter(int row, const box_time_waiter &known) const {
+  const box_time_waiter now = read().waiters[row];
+  if (now.thread != known.thread || now.turn != known.turn) return;
+  const std::uint32_t nobody = 0;
+  write(&nobody, sizeof nobody, at_waiter(row) + offsetof(box_time_waiter, thread));
+}
+
+void Table::free_alarm(int row) const {
+  const std::uint32_t nobody = 0;
+  write(&nobody, sizeof nobody,
+        offsetof(box_time_page, alarms) + static_cast<std::size_t>(row) * sizeof(box_time_alarm) +
+            offsetof(box_time_alarm, process));
+}
+
+void Table::write_guest(int row, pid_t process) const {
+  const auto guest = static_cast<std::uint32_t>(process);
+  write(&guest, sizeof guest, offsetof(box_time_page, guests) + static_cast<std::size_t>(row) * sizeof guest);
+}
+
+void Table::write_waiter(int row, const box_time_waiter &waiter) const {
+  write(&waiter, sizeof waiter, at_waiter(row));
+}
+
+bool Table::take(int byte) const {
+  struct flock lock = byte_lock(byte);
+  return fcntl(file_.get(), F_OFD_SETLK, &lock) == 0;
+}
+
+bool Table::is_taken(int byte) const {
+  struct flock lock = byte_lock(byte);
+  return fcntl(file_.get(), F_GETLK, &lock) == 0 && lock.l_type != F_UNLCK;
+}
+
+nanoseconds wall() {
+  timespec time{};
+  clock_gettime(CLOCK_MONOTONIC, &time);
+  return std::chrono::seconds(time.tv_sec) + nanoseconds(time.tv_nsec);
+}
+
+}  // namespace box_time

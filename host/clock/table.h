@@ -1,0 +1,52 @@
+// The page of a box's time as the keeper reads it: from a file that programs in the box may spoil, and so never mapped.
+#pragma once
+
+#include <sys/types.h>
+
+#include <filesystem>
+#include <memory>
+#include <optional>
+#include <set>
+
+#include "host/base/descriptor.h"
+#include "host/clock/pace.h"
+#include "host/clock/page.h"
+
+namespace box_time {
+
+// A name in a place where somebody else may have put a link or a pipe.
+class Table {
+ public:
+  // Opens the page of this name. Throws std::system_error.
+  static Table make(const std::filesystem::path &file);
+  static std::optional<Table> open(const std::filesystem::path &file);  // nothing where there is none
+
+  box_time_page read() const;  // zeros where the file was cut short
+
+  // The keeper's part.
+  void begin(const box_time_page &first) const;
+  void tell(nanoseconds passed, nanoseconds wall, std::uint64_t moved) const;
+  void leave() const;                                             // nobody keeps the time any more
+  void free_waiter(int row, const box_time_waiter &known) const;  // unless somebody else has the row meanwhile
+  void free_alarm(int row) const;
+
+  // A guest's part.
+  void write_guest(int row, pid_t process) const;
+  void write_waiter(int row, const box_time_waiter &waiter) const;
+
+  // Who has the byte of this number holds it until their end. The first is the keeper's, the others are the guests'.
+  bool take(int byte) const;
+  bool is_taken(int byte) const;
+
+ private:
+  explicit Table(base::Descriptor &&file) : file_(std::move(file)) {}
+  void write(const void *what, std::size_t size, std::size_t where) const;
+
+  base::Descriptor file_;
+};
+
+inline constexpr int kKeepersByte = 0, kFirstGuestsByte = 1;
+
+nanoseconds wall();  // CLOCK_MONOTONIC
+
+}  // namespace box_time
