@@ -44,6 +44,7 @@ class Place {
   std::filesystem::path points() const { return root_ / kPointsPath; }
   std::filesystem::path events() const { return root_ / "mgb/log/events"; }
   std::filesystem::path daemons() const { return root_ / "mgb/run"; }
+  std::filesystem::path clock() const { return root_ / "mgb/lib/clock"; }  // not seen in a command's root
   std::filesystem::path etc() const { return root_ / "mgb/cli/etc"; }
   std::filesystem::path tmp() const { return root_ / "tmp"; }
 

@@ -4,6 +4,7 @@
 
 #include "host/box/contents.h"
 #include "host/box/model.h"
+#include "host/clock/hours.h"
 #include "host/play/layout.h"
 #include "host/script/values.h"
 
@@ -15,7 +16,9 @@ Box::Box(std::string spbox, const fs::path &folder, int alarm)
     : spbox_(std::move(spbox)),
       own_folder_(folder.empty() ? std::make_unique<OwnFolder>() : nullptr),
       box_(own_folder_ ? own_folder_->box() : fs::absolute(folder)),
-      alarm_(alarm) {}
+      alarm_(alarm) {
+  if (exists()) box_time::keep(place().clock());
+}
 
 bool Box::exists() const {
   return box::is_box(place());
@@ -32,6 +35,7 @@ void Box::make(const std::string &model, std::chrono::milliseconds patience) {
   const auto status = create.wait(patience);
   if (!status) throw std::runtime_error("the box was not made in " + script::seconds_text(patience) + ".");
   if (*status != 0) throw std::runtime_error("no box could be made:\n" + create.output());
+  box_time::keep(place().clock());
 }
 
 terminal::BackgroundProgram Box::spbox(std::vector<std::string> words) const {

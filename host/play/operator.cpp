@@ -2,11 +2,13 @@
 
 #include <stdexcept>
 
+#include "host/clock/hours.h"
+
 namespace play {
 namespace {
 
+using box_time::Clock;
 using std::chrono::milliseconds;
-using std::chrono::steady_clock;
 
 constexpr milliseconds kToEnd{3000};  // for a command whose line was cut at the play's end
 
@@ -57,7 +59,7 @@ void Operator::watch(milliseconds time) {
 
 // `spbox run` and bwrap come before the command, and for a moment the command is spbox still.
 std::optional<pid_t> Operator::wait_for_command_in_box(milliseconds patience) {
-  const auto deadline = steady_clock::now() + patience;
+  const auto deadline = Clock::now() + patience;
   for (;;) {
     bool is_on_its_way = false;
     for (const auto &process : terminal_->processes()) {
@@ -65,7 +67,7 @@ std::optional<pid_t> Operator::wait_for_command_in_box(milliseconds patience) {
       if (!comes_before && program_of(process.parent) == "bwrap") return process.pid;
       is_on_its_way |= comes_before;
     }
-    if (!is_on_its_way || !terminal_->runs() || steady_clock::now() >= deadline) return {};
+    if (!is_on_its_way || !terminal_->runs() || Clock::now() >= deadline) return {};
     terminal_->watch(kLookAgain);
   }
 }

@@ -4,6 +4,7 @@
 
 #include "host/box/contents.h"
 #include "host/box/unit_name.h"
+#include "host/clock/hours.h"
 #include "host/play/layout.h"
 #include "host/play/stage.h"
 #include "host/play/step.h"
@@ -35,9 +36,9 @@ void in_order(Stage &stage, const Step &step) {
   if (!detached.empty()) box::check_units(box::model_name(box::model_of_box(place)), detached);
   Before before = stage.op.before();
   for (const auto &technician : stage.technicians.at_work()) before.processes.insert(technician.work.pid());
-  const auto deadline = std::chrono::steady_clock::now() + stage.patience;
+  const auto deadline = box_time::Clock::now() + stage.patience;
   auto left = leftovers(place, terminal, before, detached);
-  while (!left.empty() && std::chrono::steady_clock::now() < deadline) {
+  while (!left.empty() && box_time::Clock::now() < deadline) {
     terminal.watch(kLookAgain);
     left = leftovers(place, terminal, before, detached);
   }

@@ -1,18 +1,25 @@
 #include "host/spbox/children.h"
 
+#include <poll.h>
 #include <sys/prctl.h>
+#include <sys/syscall.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
 #include <cerrno>
+#include <chrono>
 #include <csignal>
 #include <set>
 #include <system_error>
 
+#include "host/base/descriptor.h"
 #include "host/box/inhabitants.h"
+#include "host/clock/hours.h"
 
 namespace spbox {
 namespace {
+
+constexpr std::chrono::milliseconds kLookForOrphans{20};
 
 [[noreturn]] void failure(const char *what) {
   throw std::system_error(errno, std::generic_category(), what);
@@ -25,6 +32,13 @@ std::set<pid_t> children_of_this_process() {
     if (state && state->parent == getpid()) children.insert(process);
   }
   return children;
+}
+
+// Until the child ends, or it is time to look for others that have.
+void let_time_pass(pid_t child) {
+  const base::Descriptor its_end(static_cast<int>(syscall(SYS_pidfd_open, child, 0)));
+  pollfd watched{its_end.get(), POLLIN, 0};
+  box_time::poll_by_wall({&watched, 1}, box_time::wall() + kLookForOrphans);
 }
 
 }  // namespace
@@ -41,9 +55,11 @@ bool Children::has_ended(pid_t child) const {
 
 int Children::exit_status_of(pid_t child) {
   const std::optional<int> &ended = expected_.at(child);
+  const int how = box_time::is_keeper() ? WNOHANG : 0;
   while (!ended) {
     int status = 0;
-    const pid_t process = waitpid(-1, &status, 0);
+    const pid_t process = waitpid(-1, &status, how);
+    if (process == 0) let_time_pass(child);
     if (process < 0 && errno != EINTR) failure("waiting for a child process");
     const auto known = expected_.find(process);
     if (known != expected_.end()) known->second = status;

@@ -36,9 +36,14 @@ Words take_rest(const Verb &verb, Words &line) {
   const auto row = std::find_if(verb.words.begin(), verb.words.end(), is_rest);
   if (row == verb.words.end()) return {};
   auto before = std::count_if(verb.words.begin(), row, [](const Word &word) { return !word.is_option(); });
+  const auto takes_value = [&](const std::string &word) {
+    return std::any_of(verb.words.begin(), verb.words.end(),
+                       [&](const Word &known) { return known.name == word && !known.value.empty(); });
+  };
   auto at = line.begin();
   for (; at != line.end() && *at != "--" && (before > 0 || is_option(*at)); ++at) {
     if (!is_option(*at)) --before;
+    if (takes_value(*at) && at + 1 != line.end()) ++at;
   }
   Words rest(at, line.end());
   line.erase(at, line.end());

@@ -8,6 +8,7 @@
 #include <cerrno>
 #include <exception>
 #include <fstream>
+#include <iterator>
 #include <system_error>
 
 #include "host/base/child.h"
@@ -15,6 +16,7 @@
 #include "host/box/confinement.h"
 #include "host/box/database.h"
 #include "host/box/own_files.h"
+#include "host/clock/page.h"
 #include "host/include/lmainte_host.h"
 #include "host/spbox/occupancy.h"
 #include "host/spbox/run_mark.h"
@@ -24,6 +26,8 @@ namespace spbox {
 namespace {
 
 namespace fs = std::filesystem;
+
+constexpr const char *kPreloadList = "/etc/ld.so.preload";
 
 // The name below /tmp that leads to a path, empty when the path is elsewhere.
 std::string name_in_tmp(const fs::path &path) {
@@ -44,14 +48,30 @@ void add(std::vector<std::string> &arguments, std::initializer_list<std::string>
   arguments.insert(arguments.end(), more);
 }
 
+// The workstation's /etc with one more file in it. A link there that says where from itself it leads says the same here.
+void add_own_etc(std::vector<std::string> &arguments) {
+  constexpr const char *kWorkstations = "/.etc";
+  add(arguments, {"--ro-bind", "/etc", kWorkstations, "--tmpfs", "/etc"});
+  for (const fs::directory_entry &entry : fs::directory_iterator("/etc")) {
+    const fs::path name = entry.path().filename();
+    if (entry.path() == kPreloadList) continue;
+    add(arguments,
+        {"--symlink", entry.is_symlink() ? fs::read_symlink(entry.path()) : kWorkstations / name, entry.path()});
+  }
+}
+
 // The workstation's top folders, but for those that the box has of its own.
-void add_workstation(std::vector<std::string> &arguments) {
+void add_workstation(const RootPlan &plan, std::vector<std::string> &arguments) {
   constexpr std::array<std::string_view, 5> kOwn{"mgb", "tmp", "dev", "proc", "run"};
   for (const fs::directory_entry &entry : fs::directory_iterator("/")) {
     const std::string name = entry.path().filename();
     bool own = false;
     for (const std::string_view other : kOwn) own = own || name == other;
     if (own) continue;
+    if (name == "etc" && !plan.clock_library.empty()) {
+      add_own_etc(arguments);
+      continue;
+    }
     if (entry.is_symlink()) {
       add(arguments, {"--symlink", fs::read_symlink(entry.path()), entry.path()});
     } else if (entry.is_directory()) {
@@ -115,6 +135,9 @@ void add_box(const RootPlan &plan, std::vector<std::string> &arguments) {
   add(arguments, {"--ro-bind", plan.control_program, "/mgb/lib/control_program"});
   add(arguments, {"--ro-bind", plan.daemon, kDaemonInside});
   add(arguments, {"--symlink", name_of_this_run(), kRunInside});
+  if (!plan.clock_library.empty()) {
+    add(arguments, {"--ro-bind", plan.clock_library, BOX_TIME_LIBRARY, "--bind", plan.box.clock(), BOX_TIME_PAGE});
+  }
   add(arguments, {"--ro-bind", plan.spbox, kSpboxInside, "--remount-ro", "/mgb/lib"});
   add(arguments, {"--bind", plan.box.tmp(), "/tmp"});
   for (const std::string &name : plan.guests) add(arguments, {"--ro-bind", "/tmp/" + name, "/tmp/" + name});
@@ -135,7 +158,7 @@ std::set<std::string> guests_in_tmp(const RootPlan &plan) {
 
 std::vector<std::string> bwrap_arguments(const RootPlan &plan) {
   std::vector<std::string> arguments{"bwrap"};
-  add_workstation(arguments);
+  add_workstation(plan, arguments);
   add_run(plan, arguments);
   add_devices(arguments);
   add_box(plan, arguments);
@@ -146,6 +169,18 @@ std::vector<std::string> bwrap_arguments(const RootPlan &plan) {
   if (!plan.network) add(arguments, {"--unshare-net"});
   add(arguments, {"--chdir", seen_inside(plan.folder) ? plan.folder.string() : "/"});
   return arguments;
+}
+
+// What the workstation preloads itself comes first.
+std::string preload_list() {
+  std::ifstream own(kPreloadList);
+  std::string text((std::istreambuf_iterator<char>(own)), std::istreambuf_iterator<char>());
+  if (!text.empty() && !text.ends_with('\n')) text += '\n';
+  return text + BOX_TIME_LIBRARY + "\n";
+}
+
+std::vector<std::string> preload_arguments(int fd) {
+  return {"--file", std::to_string(fd), kPreloadList, "--remount-ro", "/etc"};
 }
 
 void complete_databases(const box::Place &place) {

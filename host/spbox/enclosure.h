@@ -14,14 +14,15 @@ namespace spbox {
 // What a root is made for.
 struct RootPlan {
   box::Place box;
-  std::filesystem::path spbox;            // this program
-  std::filesystem::path control_program;  // mounted where the control programs' names lead
-  std::filesystem::path daemon;           // mounted beside it
-  std::filesystem::path program;          // the command's program, as far as it is found
-  std::filesystem::path folder;           // the working folder
-  bool pager = true;                      // false: the pager cannot be run
-  bool network = false;                   // true: the workstation's
-  std::set<std::string> guests = {};      // what is mounted below /tmp
+  std::filesystem::path spbox;               // this program
+  std::filesystem::path control_program;     // mounted where the control programs' names lead
+  std::filesystem::path daemon;              // mounted beside it
+  std::filesystem::path program;             // the command's program, as far as it is found
+  std::filesystem::path folder;              // the working folder
+  bool pager = true;                         // false: the pager cannot be run
+  bool network = false;                      // true: the workstation's
+  std::set<std::string> guests = {};         // what is mounted below /tmp
+  std::filesystem::path clock_library = {};  // preloaded into all programs, where the box has its own time; empty: none
 };
 
 // The workstation's own things in /tmp that the command must see: what holds the program, the working folder or spbox. They are
@@ -30,6 +31,11 @@ std::set<std::string> guests_in_tmp(const RootPlan &plan);
 
 // The arguments of bwrap that make the root.
 std::vector<std::string> bwrap_arguments(const RootPlan &plan);
+
+// Where a box has a time of its own, the file that has all programs in it preload the library: its text, and the arguments of
+// bwrap that put there what it reads from a descriptor.
+std::string preload_list();
+std::vector<std::string> preload_arguments(int fd);
 
 // Makes the lock files of databases that have none, in a box that was copied without them: nobody makes them in the root.
 void complete_databases(const box::Place &place);

@@ -23,10 +23,10 @@ fs::path find_program(const std::string &name) {
   return {};
 }
 
-fs::path find_part(const fs::path &spbox, const std::string &name) {
+fs::path find_part(const fs::path &spbox, const std::string &name, int access_mode) {
   const fs::path own = spbox.parent_path(), parts = (own / SPBOX_PARTS).lexically_normal();
   for (const fs::path &at : {own, parts}) {
-    if (access((at / name).c_str(), X_OK) == 0) return at / name;
+    if (access((at / name).c_str(), access_mode) == 0) return at / name;
   }
   throw std::runtime_error(name + " is neither beside " + spbox.string() + " nor in " + parts.string() +
                            ". Install spbox whole, or put it beside spbox.");

@@ -4,7 +4,6 @@
 #include <sys/syscall.h>
 #include <unistd.h>
 
-#include <algorithm>
 #include <array>
 #include <cerrno>
 #include <chrono>
@@ -13,18 +12,12 @@
 
 #include "host/base/descriptor.h"
 #include "host/base/number.h"
+#include "host/clock/hours.h"
 
 namespace spbox {
 namespace {
 
-using Clock = std::chrono::steady_clock;
-
 constexpr std::chrono::seconds kLongestStart{10};
-
-int milliseconds_until(Clock::time_point end) {
-  const auto left = std::chrono::ceil<std::chrono::milliseconds>(end - Clock::now()).count();
-  return static_cast<int>(std::max(left, decltype(left){0}));
-}
 
 }  // namespace
 
@@ -33,9 +26,9 @@ bool comes_before_end(int fd, pid_t child) {
   const base::Descriptor its_end(static_cast<int>(syscall(SYS_pidfd_open, child, 0)));
   const bool has_ended = its_end.get() < 0;  // and was waited for
   std::array<pollfd, 2> watched{{{fd, POLLIN, 0}, {its_end.get(), POLLIN, 0}}};
-  const auto end = Clock::now() + kLongestStart;
+  const auto now = box_time::wall();
   int ready = 0;
-  while ((ready = poll(watched.data(), watched.size(), has_ended ? 0 : milliseconds_until(end))) < 0) {
+  while ((ready = box_time::poll_by_wall(watched, has_ended ? now : now + kLongestStart)) < 0) {
     if (errno != EINTR) return false;
   }
   if (ready == 0 && !has_ended) kill(child, SIGKILL);

@@ -57,9 +57,9 @@ nanoseconds started_at(const box::ProcessState &state) {
   return time_of(CLOCK_REALTIME) - time_of(CLOCK_BOOTTIME) + since_boot;
 }
 
-// A record that is older or younger is of another process that had this number.
+// A record that is older is of another process that had this number. In a box with a time of its own, that time is ahead.
 bool is_of_its_start(const box::TraceEntry &entry, const box::ProcessState &state) {
-  return std::chrono::abs(nanoseconds(entry.time_ns) - started_at(state)) < kAtItsStart;
+  return nanoseconds(entry.time_ns) - started_at(state) > -kAtItsStart;
 }
 
 void end_lost_children(const box::Place &place) {

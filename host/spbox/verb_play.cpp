@@ -10,6 +10,7 @@
 #include "host/play/performance.h"
 #include "host/play/player.h"
 #include "host/spbox/play_verbs.h"
+#include "host/spbox/speed.h"
 #include "host/spbox/standard_output.h"
 #include "host/spbox/verbs.h"
 
@@ -20,6 +21,7 @@ struct PlayOptions {
   play::Files files;
   std::vector<std::string> words;  // NAME=VALUE
   play::Values values;
+  SpeedOption speed;
 };
 
 void take_values(PlayOptions &options) {
@@ -41,6 +43,7 @@ void take_account_fd(int fd) {
 int play_script(const PlayOptions &options) {
   const auto steps = play::prepare(options.files, options.values, verbs_that_work_on_box());
   const play::Interrupts interrupts;
+  const std::unique_ptr<box_time::Keeper> keeper = options.speed.keeper();
   try {
     play::perform(steps, options.files, std::filesystem::read_symlink("/proc/self/exe"), std::cout, interrupts.alarm());
     return 0;
@@ -81,7 +84,8 @@ Verb play_verb() {
                     {.name = "--account-fd",
                      .help = "How far it is and why it fails is written there",
                      .to = number(options->files.account, 0, 65535),
-                     .value = "FD"}},
+                     .value = "FD"},
+                    options->speed.word()},
           .footer = script::help_of(play::step_rows(), 26) +
                     "\nA word in quotes keeps its blanks and knows \\n \\t \\r \\e \\\" \\\\ and\n"
                     "bytes such as \\003 or \\x03. $NAME in a word stands for a value, $$ for a\n"
@@ -93,7 +97,11 @@ Verb play_verb() {
                     "  spbox play replace.play\n"
                     "  spbox play replace.play --box box --transcript replace.txt\n"
                     "  spbox play replace.play UNIT=/PSU#3 --picture replace.svg",
-          .check = [options] { take_values(*options); },
+          .check =
+              [options] {
+                take_values(*options);
+                options->speed.check();
+              },
           .prepare = [options] { take_account_fd(options->files.account); },
           .act = [options] { return play_script(*options); }};
 }

@@ -1,8 +1,12 @@
+#include <unistd.h>
+
 #include <cstdlib>
 #include <filesystem>
 #include <memory>
 
 #include "host/box/contents.h"
+#include "host/clock/guest.h"
+#include "host/clock/hours.h"
 #include "host/include/lmainte_host.h"
 #include "host/spbox/children.h"
 #include "host/spbox/daemon_process.h"
@@ -11,6 +15,7 @@
 #include "host/spbox/remains.h"
 #include "host/spbox/run_in_root.h"
 #include "host/spbox/run_mark.h"
+#include "host/spbox/speed.h"
 #include "host/spbox/terminal_mode.h"
 #include "host/spbox/verbs.h"
 #include "host/spbox/way_in.h"
@@ -24,11 +29,22 @@ struct RunOptions {
   fs::path box;
   bool no_pager = false;
   bool network = false;
+  SpeedOption speed;
   std::vector<std::string> command;
 };
 
+// The runtime of gcc's sanitizers would refuse to come after another library.
+void show_time_to(RootPlan &plan) {
+  constexpr const char *kSanitizer = "ASAN_OPTIONS";
+  plan.clock_library = find_part(plan.spbox, "liblmainte_clock.so", R_OK);
+  // NOLINTNEXTLINE(concurrency-mt-unsafe): one thread
+  const char *options = std::getenv(kSanitizer);
+  const std::string own = options == nullptr ? "" : std::string(options) + ":";
+  setenv(kSanitizer, (own + "verify_asan_link_order=0").c_str(), 1);  // NOLINT(concurrency-mt-unsafe): as above
+}
+
 int run(const RunOptions &options) {
-  const auto &[folder, no_pager, network, command] = options;
+  const auto &[folder, no_pager, network, speed, command] = options;
   const box::Place place(fs::absolute(folder));
   box::check_is_box(box::Place{folder});
   check_bwrap();
@@ -40,9 +56,14 @@ int run(const RunOptions &options) {
                 .program = find_program(command.front()),
                 .folder = fs::current_path(),
                 .pager = !no_pager,
-                .network = network};
+                .network = network,
+                .clock_library = {}};
   plan.control_program = find_part(plan.spbox, "control_program");
   plan.daemon = find_part(plan.spbox, "monitor_daemon");
+  const std::unique_ptr<box_time::Keeper> keeper = speed.keeper();
+  box_time::keep(place.clock());
+  const box_time::Guest guest(place.clock());  // of another keeper, where there is one
+  if (keeper || guest.has_box_time()) show_time_to(plan);
   end_what_killed_runs_left(place);
   clear_up_behind_the_dead(place);
   complete_databases(place);
@@ -66,27 +87,29 @@ int run(const RunOptions &options) {
 
 Verb run_verb() {
   auto options = std::make_shared<RunOptions>();
-  return {.name = "run",
-          .line = "Run a command in the box, on this terminal",
-          .words =
-              {box_word(options->box),
-               {.name = "COMMAND",
-                .help = "The command and its arguments; -- may stand before it",
-                .to = Rest{&options->command},
-                .need = Need::kRequired},
-               {.name = "--no-pager", .help = "Without a pager: /bin/busybox cannot be run", .to = &options->no_pager},
-               {.name = "--network", .help = "Let the command use the workstation's network", .to = &options->network}},
-          .footer =
-              "The command sees the workstation, but cannot write there. It has the box's\n"
-              "databases, programs and times as /mgb, and the box's own /tmp. Of the\n"
-              "workstation's /tmp and /run it sees only what holds the program, the working\n"
-              "folder or spbox. The exit status is the command's own, or 128 and the number of\n"
-              "the signal that ended it.\n\n"
-              "Examples:\n"
-              "  spbox run box ./replace_unit\n"
-              "  spbox run box /mgb/bin/ctlled -u /PSU#0 -c blink\n"
-              "  spbox run box sh                         look around",
-          .act = [options] { return run(*options); }};
+  return {
+      .name = "run",
+      .line = "Run a command in the box, on this terminal",
+      .words = {box_word(options->box),
+                {.name = "COMMAND",
+                 .help = "The command and its arguments; -- may stand before it",
+                 .to = Rest{&options->command},
+                 .need = Need::kRequired},
+                {.name = "--no-pager", .help = "Without a pager: /bin/busybox cannot be run", .to = &options->no_pager},
+                {.name = "--network", .help = "Let the command use the workstation's network", .to = &options->network},
+                options->speed.word()},
+      .footer =
+          "The command sees the workstation, but cannot write there. It has the box's\n"
+          "databases, programs and times as /mgb, and the box's own /tmp. Of the\n"
+          "workstation's /tmp and /run it sees only what holds the program, the working\n"
+          "folder or spbox. The exit status is the command's own, or 128 and the number of\n"
+          "the signal that ended it.\n\n"
+          "Examples:\n"
+          "  spbox run box ./replace_unit\n"
+          "  spbox run box /mgb/bin/ctlled -u /PSU#0 -c blink\n"
+          "  spbox run box sh                         look around",
+      .check = [options] { options->speed.check(); },
+      .act = [options] { return run(*options); }};
 }
 
 }  // namespace spbox

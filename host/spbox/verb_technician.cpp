@@ -17,6 +17,7 @@ struct TechnicianOptions {
   std::uint32_t limit = 600;
   int ready_fd = -1;
   std::vector<technician::Step> read_steps;
+  technician::Clock clock;
 };
 
 std::vector<technician::Step> read(const TechnicianOptions &options) {
@@ -35,10 +36,11 @@ void check_ready_fd(const TechnicianOptions &options) {
 void prepare(TechnicianOptions &options) {
   check_ready_fd(options);
   options.read_steps = read(options);
+  options.clock = technician::Clock::of(box::Place(options.box));
 }
 
 int work(const TechnicianOptions &options) {
-  technician::Technician hands(box::Place(options.box), technician::Clock::real(), [](const std::string &line) {
+  technician::Technician hands(box::Place(options.box), options.clock, [](const std::string &line) {
     print_line(line);
     std::fflush(stdout);
   });

@@ -16,6 +16,7 @@
 #include "host/runner/transcripts.h"
 #include "host/spbox/play_verbs.h"
 #include "host/spbox/progress_line.h"
+#include "host/spbox/speed.h"
 #include "host/spbox/standard_output.h"
 #include "host/spbox/test_report.h"
 #include "host/spbox/verbs.h"
@@ -36,6 +37,7 @@ struct TestOptions {
   std::uint32_t limit = 600;
   bool list = false, check = false;
   fs::path junit, json, transcripts;
+  SpeedOption speed;
   std::vector<std::string> for_each_play;  // options of `spbox play`
 };
 
@@ -240,6 +242,8 @@ int test(const TestOptions &options) {
 
 void judge_words(TestOptions &options) {
   if (options.paths.empty()) options.paths = {"."};
+  options.speed.check();
+  options.for_each_play = options.speed.words();
   try {
     if (!options.share.empty()) options.shard = runner::shard_in(options.share);
   } catch (const std::invalid_argument &wrong) {
@@ -288,7 +292,8 @@ Verb test_verb() {
            {.name = "--transcripts",
             .help = "Keep there the transcripts of all plays; without it,\nthose of plays that went wrong are kept",
             .to = &options->transcripts,
-            .value = "DIR"}},
+            .value = "DIR"},
+           options->speed.word()},
       .footer =
           "A play is a script as `spbox play` takes it, with a box of its own. Hidden\n"
           "folders and linked ones are left out, and scripts that only other plays play.\n"

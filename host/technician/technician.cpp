@@ -1,11 +1,12 @@
 #include "host/technician/technician.h"
 
 #include <cstdio>
-#include <thread>
+#include <memory>
 
 #include "host/box/advice.h"
 #include "host/box/hardware.h"
 #include "host/box/unit_name.h"
+#include "host/clock/guest.h"
 #include "host/script/values.h"
 #include "host/technician/changes.h"
 
@@ -23,9 +24,10 @@ Failure failure(const Step &step, const std::string &reason) {
 
 }  // namespace
 
-Clock Clock::real() {
-  return {[] { return std::chrono::duration_cast<milliseconds>(std::chrono::steady_clock::now().time_since_epoch()); },
-          [](milliseconds time) { std::this_thread::sleep_for(time); }};
+Clock Clock::of(const box::Place &place) {
+  const auto guest = std::make_shared<box_time::Guest>(place.clock());
+  return {[guest] { return std::chrono::duration_cast<milliseconds>(guest->now()); },
+          [guest](milliseconds time) { guest->sleep(time); }};
 }
 
 Technician::Technician(const box::Place &place, Clock clock, std::function<void(const std::string &line)> tell)

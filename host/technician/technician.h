@@ -18,7 +18,7 @@ struct Clock {
   std::function<std::chrono::milliseconds()> now;  // since any moment
   std::function<void(std::chrono::milliseconds)> sleep;
 
-  static Clock real();
+  static Clock of(const box::Place &place);  // the box's, where somebody keeps it
 };
 
 // A step that cannot be done in this box, or what it waits for has not come.

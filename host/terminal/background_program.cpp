@@ -15,12 +15,12 @@
 
 #include "host/base/child.h"
 #include "host/base/pipe.h"
+#include "host/clock/hours.h"
 #include "host/terminal/terminal.h"
 
 namespace terminal {
 namespace {
 
-using Clock = std::chrono::steady_clock;
 using std::chrono::milliseconds;
 
 constexpr int kTold = 3;  // the descriptor by which the program tells that it is ready
@@ -31,15 +31,14 @@ constexpr int kTold = 3;  // the descriptor by which the program tells that it i
 
 // Whether the descriptor became readable in time. Throws Interrupted.
 bool comes(int fd, int alarm, std::optional<milliseconds> patience) {
-  const auto deadline = Clock::now() + patience.value_or(milliseconds{0});
+  std::optional<box_time::nanoseconds> deadline;
+  if (patience) deadline = box_time::now() + *patience;
   for (;;) {
-    const auto left = std::chrono::duration_cast<milliseconds>(deadline - Clock::now()).count();
     std::array<pollfd, 2> wait{pollfd{fd, POLLIN, 0}, pollfd{alarm, POLLIN, 0}};
-    const int ready = poll(wait.data(), wait.size(), !patience ? -1 : left > 0 ? static_cast<int>(left) : 0);
+    const int ready = box_time::poll(wait, deadline);
     if (ready > 0 && wait[1].revents != 0) throw Interrupted();
-    if (ready > 0) return true;
-    if (ready == 0 && patience && Clock::now() >= deadline) return false;
-    if (ready < 0 && errno != EINTR) fail(errno, "poll");
+    if (ready >= 0) return ready > 0;
+    if (errno != EINTR) fail(errno, "poll");
   }
 }
 

@@ -12,18 +12,20 @@
 #include <cstdlib>
 #include <system_error>
 
+#include "host/clock/hours.h"
+
 namespace terminal {
 namespace {
 
-using Clock = std::chrono::steady_clock;
+using box_time::Clock;
 
 // A screen is drawn in several writes; nobody reads it before it stands still. One that never does is read all the
 // same.
 constexpr milliseconds kStandsStill{30};
 constexpr milliseconds kNeverStandsStill{1000};
 
-milliseconds left_until(Clock::time_point deadline) {
-  return std::max(milliseconds{0}, std::chrono::duration_cast<milliseconds>(deadline - Clock::now()));
+std::chrono::nanoseconds left_until(Clock::time_point deadline) {
+  return std::max(std::chrono::nanoseconds{0}, deadline - Clock::now());
 }
 
 [[noreturn]] void fail(const char *what) {
@@ -93,13 +95,15 @@ void Terminal::grow_old() {
 
 // Takes in what the command writes, and sends what it is to read; false when nothing went either way. The command's end
 // is news, too, once.
-bool Terminal::exchange(milliseconds patience) {
+bool Terminal::exchange(std::chrono::nanoseconds patience) {
   const int ways = unsent_.empty() ? POLLIN : POLLIN | POLLOUT;
-  std::array<pollfd, 3> wait{pollfd{master_.get(), static_cast<short>(ways), 0},
-                             pollfd{session_ ? session_->news() : -1, POLLIN, 0}, pollfd{alarm_, POLLIN, 0}};
+  // Who looks at the command's end of the line lets the system deliver there what was typed.
+  std::array<pollfd, 4> wait{pollfd{master_.get(), static_cast<short>(ways), 0},
+                             pollfd{session_ ? session_->news() : -1, POLLIN, 0}, pollfd{alarm_, POLLIN, 0},
+                             pollfd{hung_up() ? -1 : slave_.get(), 0, 0}};
   if (session_ && !is_end_told_ && session_->ending()) return is_end_told_ = true;
   if (is_end_told_) wait[1].fd = -1;
-  if (poll(wait.data(), wait.size(), static_cast<int>(patience.count())) <= 0) return false;
+  if (box_time::poll(wait, box_time::now() + patience) <= 0) return false;
   if (wait[2].revents != 0) throw Interrupted();
   const bool has_sent = (wait[0].revents & POLLOUT) != 0 && send();
   if ((wait[0].revents & POLLIN) == 0) return has_sent || wait[1].revents != 0;
@@ -159,7 +163,7 @@ bool Terminal::wait_until(const std::function<bool()> &is_true, milliseconds pat
   while (!is_true()) {
     if (is_over) return false;
     const bool ended = !session_ || session_->ending();
-    const bool news = exchange(ended ? kStandsStill : left_until(deadline));
+    const bool news = exchange(ended ? std::chrono::nanoseconds(kStandsStill) : left_until(deadline));
     is_over = (ended && !news) || Clock::now() >= deadline;
     if (is_over) settle();
   }

@@ -77,7 +77,7 @@ class Terminal {
  private:
   bool wait_until(const std::function<bool()> &is_true, milliseconds patience);
   void grow_old();
-  bool exchange(milliseconds patience);
+  bool exchange(std::chrono::nanoseconds patience);
   bool send();
   void settle();
 

@@ -1,0 +1,262 @@
+/*
+ * clock - waits in all ways that there are, in the time of a box.
+ *
+ *   clock        a line for each call: its name and "ok", or what was wrong
+ *   clock order  what three children did, in the order in which their times came
+ */
+#define _GNU_SOURCE
+#include <errno.h>
+#include <poll.h>
+#include <pthread.h>
+#include <semaphore.h>
+#include <signal.h>
+#include <stdio.h>
+#include <stdlib.h>
+#include <string.h>
+#include <sys/epoll.h>
+#include <sys/select.h>
+#include <sys/syscall.h>
+#include <sys/time.h>
+#include <sys/wait.h>
+#include <time.h>
+#include <unistd.h>
+
+static volatile sig_atomic_t g_alarms;
+
+static void on_alarm(int number) {
+  (void)number;
+  ++g_alarms;
+}
+
+static double seconds_of(clockid_t clock) {
+  struct timespec now;
+  clock_gettime(clock, &now);
+  return (double)now.tv_sec + (double)now.tv_nsec / 1e9;
+}
+
+static struct timespec after(clockid_t clock, time_t seconds) {
+  struct timespec moment;
+  clock_gettime(clock, &moment);
+  moment.tv_sec += seconds;
+  return moment;
+}
+
+static int to_sleep(void) {
+  return (int)sleep(60);
+}
+static int to_usleep(void) {
+  return usleep(3500000);
+}
+static int to_nanosleep(void) {
+  const struct timespec length = {2, 500000000};
+  return nanosleep(&length, NULL);
+}
+static int to_sleep_until(void) {
+  const struct timespec moment = after(CLOCK_REALTIME, 7);
+  return clock_nanosleep(CLOCK_REALTIME, TIMER_ABSTIME, &moment, NULL);
+}
+static int to_poll(void) {
+  return poll(NULL, 0, 20000);
+}
+static int to_ppoll(void) {
+  const struct timespec length = {9, 0};
+  return ppoll(NULL, 0, &length, NULL);
+}
+static int to_select(void) {
+  struct timeval limit = {4, 0};
+  fd_set in;
+  int fds[2];
+  if (pipe(fds) != 0) return -1;
+  FD_ZERO(&in);
+  FD_SET(fds[0], &in);
+  return select(fds[0] + 1, &in, NULL, NULL, &limit) + FD_ISSET(fds[0], &in) + (int)limit.tv_sec;
+}
+static int to_pselect(void) {
+  const struct timespec length = {5, 0};
+  return pselect(0, NULL, NULL, NULL, &length, NULL);
+}
+static int to_epoll(void) {
+  struct epoll_event event;
+  return epoll_wait(epoll_create1(0), &event, 1, 6000);
+}
+static int to_sigtimedwait(void) {
+  const struct timespec length = {8, 0};
+  sigset_t set;
+  sigemptyset(&set);
+  sigaddset(&set, SIGUSR1);
+  sigprocmask(SIG_BLOCK, &set, NULL);
+  return sigtimedwait(&set, NULL, &length) == -1 && errno == EAGAIN ? 0 : 1;
+}
+static int to_wait_for_condition(void) {
+  pthread_cond_t condition = PTHREAD_COND_INITIALIZER;
+  pthread_mutex_t mutex = PTHREAD_MUTEX_INITIALIZER;
+  const struct timespec moment = after(CLOCK_REALTIME, 11);
+  pthread_mutex_lock(&mutex);
+  return pthread_cond_timedwait(&condition, &mutex, &moment) == ETIMEDOUT ? 0 : 1;
+}
+static int to_wait_for_semaphore(void) {
+  sem_t semaphore;
+  const struct timespec moment = after(CLOCK_REALTIME, 12);
+  sem_init(&semaphore, 0, 0);
+  return sem_timedwait(&semaphore, &moment) == -1 && errno == ETIMEDOUT ? 0 : 1;
+}
+static int to_wait_for_mutex(void) {
+  pthread_mutex_t mutex = PTHREAD_MUTEX_INITIALIZER;
+  const struct timespec moment = after(CLOCK_REALTIME, 13);
+  pthread_mutex_lock(&mutex);
+  return pthread_mutex_timedlock(&mutex, &moment) == ETIMEDOUT ? 0 : 1;
+}
+
+/* Replaced programs lose no alarm, and set alarms are heard without anybody who waits for a time. */
+static int to_pause(void) {
+  g_alarms = 0;
+  alarm(3);
+  pause();
+  return g_alarms - 1;
+}
+static int to_be_replaced(void) {
+  int status = 0, fds[2];
+  if (pipe(fds) != 0) return -1;
+  const pid_t child = fork();
+  if (child == 0) {
+    alarm(14);
+    dup2(fds[0], STDIN_FILENO);
+    execlp("cat", "cat", (char *)NULL);
+    _exit(127);
+  }
+  waitpid(child, &status, 0);
+  return WIFSIGNALED(status) && WTERMSIG(status) == SIGALRM ? 0 : 1;
+}
+static int to_ring_three_times(void) {
+  const struct itimerval each = {{2, 0}, {1, 0}}, never = {{0, 0}, {0, 0}};
+  g_alarms = 0;
+  setitimer(ITIMER_REAL, &each, NULL);
+  while (g_alarms < 3) pause();
+  setitimer(ITIMER_REAL, &never, NULL);
+  return alarm(0) == 0 ? 0 : 1;
+}
+static int to_be_interrupted(void) {
+  alarm(2);
+  const unsigned left = sleep(30);
+  return left == 28 ? 0 : (int)left;
+}
+static int to_switch_an_alarm_off(void) {
+  g_alarms = 0;
+  alarm(5);
+  sleep(1);
+  const unsigned left = alarm(0);
+  sleep(9);
+  return left == 4 && g_alarms == 0 ? 0 : 1;
+}
+
+/* Who writes after three seconds ends a wait of a thousand. */
+static int to_hear_of_another(void) {
+  int fds[2];
+  char byte = 0;
+  if (pipe(fds) != 0) return -1;
+  const pid_t child = fork();
+  if (child == 0) {
+    sleep(3);
+    _exit(write(fds[1], "x", 1) == 1 ? 0 : 1);
+  }
+  struct pollfd watched = {fds[0], POLLIN, 0};
+  const int ready = poll(&watched, 1, 1000000);
+  waitpid(child, NULL, 0);
+  return ready == 1 && read(fds[0], &byte, 1) == 1 && byte == 'x' ? 0 : 1;
+}
+
+/* Nobody waits for the dead. */
+static int to_outlive_a_sleeper(void) {
+  const pid_t child = fork();
+  if (child == 0) {
+    sleep(1);
+    _exit(0);
+  }
+  usleep(100000);
+  kill(child, SIGKILL);
+  waitpid(child, NULL, 0);
+  return (int)sleep(16);
+}
+
+/* What the library does not see takes its time on the wall; and so does who reads the time until it has come. */
+static int to_call_the_system(void) {
+  const struct timespec length = {0, 100000000};
+  return (int)syscall(SYS_nanosleep, &length, NULL);
+}
+static int to_spin(void) {
+  const double begin = seconds_of(CLOCK_MONOTONIC);
+  while (seconds_of(CLOCK_MONOTONIC) < begin + 0.1) continue;
+  return 0;
+}
+
+static const struct {
+  const char *name;
+  int (*call)(void);
+  double least, most; /* seconds */
+} kRows[] = {
+    {"sleep", to_sleep, 60, 60.1},
+    {"usleep", to_usleep, 3.5, 3.6},
+    {"nanosleep", to_nanosleep, 2.5, 2.6},
+    {"clock_nanosleep", to_sleep_until, 7, 7.1},
+    {"poll", to_poll, 20, 20.1},
+    {"ppoll", to_ppoll, 9, 9.1},
+    {"select", to_select, 4, 4.1},
+    {"pselect", to_pselect, 5, 5.1},
+    {"epoll_wait", to_epoll, 6, 6.1},
+    {"sigtimedwait", to_sigtimedwait, 8, 8.1},
+    {"pthread_cond_timedwait", to_wait_for_condition, 11, 11.1},
+    {"sem_timedwait", to_wait_for_semaphore, 12, 12.1},
+    {"pthread_mutex_timedlock", to_wait_for_mutex, 13, 13.1},
+    {"alarm and pause", to_pause, 3, 3.1},
+    {"alarm and execve", to_be_replaced, 14, 14.1},
+    {"setitimer", to_ring_three_times, 3, 6.1},
+    {"alarm and sleep", to_be_interrupted, 2, 2.1},
+    {"alarm(0)", to_switch_an_alarm_off, 10, 10.1},
+    {"poll and another process", to_hear_of_another, 3, 3.1},
+    {"a sleeper that is killed", to_outlive_a_sleeper, 16, 16.3},
+    {"nanosleep of the system", to_call_the_system, 0.05, 60},
+    {"a program that reads the time", to_spin, 0.1, 60},
+};
+
+static void try(size_t i) {
+  const double monotonic = seconds_of(CLOCK_MONOTONIC), real = seconds_of(CLOCK_REALTIME);
+  const int result = kRows[i].call();
+  const double took = seconds_of(CLOCK_MONOTONIC) - monotonic, difference = seconds_of(CLOCK_REALTIME) - real - took;
+  const int is_right = result == 0 && took >= kRows[i].least && took <= kRows[i].most;
+  if (is_right && difference > -0.1 && difference < 0.1) {
+    printf("%s: ok\n", kRows[i].name);
+  } else {
+    printf("%s: result %d, %.3f seconds, the clocks differ by %.3f\n", kRows[i].name, result, took, difference);
+  }
+  fflush(stdout);
+}
+
+/* Each does a little work every second, and tells of it between the others. */
+static void act_in_order(void) {
+  for (int child = 0; child < 3; ++child) {
+    if (fork() != 0) continue;
+    usleep((useconds_t)child * 300000 + 100000);
+    for (int second = 0; second < 4; ++second) {
+      for (volatile int work = 0; work < 300000; ++work) continue;
+      printf("%d", child);
+      fflush(stdout);
+      sleep(1);
+    }
+    _exit(0);
+  }
+  while (wait(NULL) > 0) continue;
+  puts("");
+}
+
+int main(int argc, char **argv) {
+  struct sigaction action;
+  memset(&action, 0, sizeof action);
+  action.sa_handler = on_alarm;
+  sigaction(SIGALRM, &action, NULL);
+  if (argc > 1 && strcmp(argv[1], "order") == 0) {
+    act_in_order();
+    return 0;
+  }
+  for (size_t i = 0; i < sizeof kRows / sizeof kRows[0]; ++i) try(i);
+  return 0;
+}

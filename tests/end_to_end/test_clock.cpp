@@ -1,0 +1,73 @@
+// The time of a box: `spbox run --speed`, with real programs.
+#include <unistd.h>
+
+#include "host/box/place.h"
+#include "host/clock/guest.h"
+#include "host/terminal/background_program.h"
+#include "tests/end_to_end/box_test.h"
+#include "tests/eventually.h"
+
+namespace {
+
+using end_to_end::Words;
+
+class Clock : public end_to_end::BoxTest {
+ protected:
+  Clock() { make_box("qa"); }
+
+  Words at_speed(const std::string &speed, const Words &command) const {
+    Words words{SPBOX, "run", "--speed", speed, box(), "--"};
+    words.insert(words.end(), command.begin(), command.end());
+    return words;
+  }
+  std::string page() const { return box::Place(box()).clock(); }
+};
+
+TEST_F(Clock, IsHadByEachCallThatWaitsOrTellsTheTime) {
+  const auto done = run_to_end(at_speed("full", {CLOCK_CALLS}));
+  EXPECT_EQ(done.exit_status, 0);
+  std::istringstream lines(done.output);
+  int calls = 0;
+  for (std::string line; std::getline(lines, line); ++calls) {
+    EXPECT_TRUE(line.ends_with(": ok")) << line;
+  }
+  EXPECT_EQ(calls, 22) << done.output;
+  EXPECT_FALSE(std::filesystem::exists(page()));
+}
+
+// With more work beside it than the machine has processors.
+TEST_F(Clock, KeepsTheOrderOnALoadedMachine) {
+  std::vector<terminal::BackgroundProgram> load;
+  for (int i = 0; i < 6; ++i) load.emplace_back(Words{"nice", "sh", "-c", "while :; do :; done"});
+  for (const char *speed : {"full", "20"}) {
+    EXPECT_EQ(run_to_end(at_speed(speed, {CLOCK_CALLS, "order"})).output, "012012012012\n") << speed;
+  }
+}
+
+TEST_F(Clock, IsThatOfAllWhoWorkOnTheBox) {
+  terminal::BackgroundProgram command(at_speed("full", {"sh", "-c", "while [ ! -e /tmp/go ]; do sleep 100; done"}));
+  ASSERT_TRUE(eventually([&] { return box_time::is_kept(page()); }));
+  const auto other = run_to_end(at_speed("2", {"true"}));
+  EXPECT_EQ(other.exit_status, 1);
+  EXPECT_NE(other.output.find("the time of this box is kept already"), std::string::npos) << other.output;
+  EXPECT_EQ(run_to_end(in_box({"sleep", "1000"})).exit_status, 0) << "a command of another spbox";
+  const auto technician = run_to_end({SPBOX, "technician", box(), "--do", "after 600; pull /PSU#0"});
+  EXPECT_NE(technician.output.find(" 600.0 s  pull /PSU#0"), std::string::npos) << technician.output;
+  std::ofstream(box() / "tmp/go") << "go";
+  EXPECT_EQ(command.wait(end_to_end::kLater), 0);
+}
+
+TEST_F(Clock, IsNotKeptWhereNobodyAsksForIt) {
+  const auto done = run_to_end(in_box({"sh", "-c", "cat /etc/ld.so.preload; ls /mgb/lib /.etc"}));
+  EXPECT_EQ(done.output.find("clock"), std::string::npos) << done.output;
+  EXPECT_NE(done.output.find("/.etc"), std::string::npos) << done.output;  // there is none
+}
+
+TEST_F(Clock, HasASpeedThatMakesSense) {
+  for (const char *speed : {"0", "1001", "fast", ""}) {
+    const auto done = run_to_end(at_speed(speed, {"true"}));
+    EXPECT_EQ(done.exit_status, *speed == '\0' ? 0 : 2) << done.output;
+  }
+}
+
+}  // namespace
