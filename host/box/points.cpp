@@ -156,13 +156,14 @@ void begin_to_count(const Place &place, int fd, const DeviationRow *row) {
 enum class Counting { kNot, kYes, kDamaged };
 
 // Reads the whole page. One that has no first word, or no room yet, does not count.
-Counting read_page(int fd, Page &page) {
+Counting read_page(const Place &place, int fd, Page &page) {
   auto *bytes = reinterpret_cast<char *>(&page);
   std::size_t done = 0;
   while (done < sizeof page) {
     const ssize_t size = pread(fd, bytes + done, sizeof page - done, static_cast<off_t>(done));
     if (size < 0 && errno == EINTR) continue;
-    if (size <= 0) break;
+    if (size < 0) throw points_failure(place, "cannot read them", errno);
+    if (size == 0) break;
     done += static_cast<std::size_t>(size);
   }
   if (page.head.magic == 0) return Counting::kNot;
@@ -270,7 +271,7 @@ Turn PointCounter::reach(PointKind kind, std::string_view name) noexcept {
 std::optional<Points> points_of(const Place &place) {
   const base::Descriptor file = open_points(place, O_RDONLY);
   const auto page = std::make_unique<Page>();
-  const Counting counting = file.get() < 0 ? Counting::kNot : read_page(file.get(), *page);
+  const Counting counting = file.get() < 0 ? Counting::kNot : read_page(place, file.get(), *page);
   if (counting == Counting::kNot) return std::nullopt;
   if (counting == Counting::kDamaged) throw damaged_points(place);
   return points_in(*page);
@@ -284,7 +285,7 @@ void deviate(const Place &place, const Deviation &deviation) {
   const base::Descriptor file = open_locked(place);
   const DeviationRow row = row_for(deviation);
   const auto page = std::make_unique<Page>();
-  const Counting counting = read_page(file.get(), *page);
+  const Counting counting = read_page(place, file.get(), *page);
   if (counting == Counting::kNot) return begin_to_count(place, file.get(), &row);
   if (counting == Counting::kDamaged) throw damaged_points(place);
   const std::uint32_t rows = page->head.deviations;
@@ -299,7 +300,7 @@ void deviate(const Place &place, const Deviation &deviation) {
 bool forget_points(const Place &place) {
   const base::Descriptor file = open_locked(place);
   const auto page = std::make_unique<Page>();
-  if (read_page(file.get(), *page) == Counting::kNot) return false;
+  if (read_page(place, file.get(), *page) == Counting::kNot) return false;
   if (const int error = write_at(file.get(), std::uint64_t{0}, 0); error != 0) {
     throw points_failure(place, "cannot write them", error);
   }
