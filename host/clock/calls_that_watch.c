@@ -35,11 +35,13 @@ INSIDE_EXPORT int poll(struct pollfd *fds, nfds_t count, int milliseconds) {
 }
 
 /* What the C library's headers make of them in programs that are compiled with _FORTIFY_SOURCE. */
+/* NOLINTNEXTLINE(clang-diagnostic-reserved-identifier): the C library calls it so */
 INSIDE_EXPORT int __poll_chk(struct pollfd *fds, nfds_t count, int milliseconds, size_t room) {
   if (room / sizeof *fds < count) __builtin_trap();
   return poll(fds, count, milliseconds);
 }
 
+/* NOLINTNEXTLINE(clang-diagnostic-reserved-identifier): the C library calls it so */
 INSIDE_EXPORT int __ppoll_chk(struct pollfd *fds, nfds_t count, const struct timespec *limit, const sigset_t *mask,
                               size_t room) {
   if (room / sizeof *fds < count) __builtin_trap();

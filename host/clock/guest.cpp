@@ -5,6 +5,8 @@
 #include <algorithm>
 #include <thread>
 
+#include "host/clock/hours.h"
+
 namespace box_time {
 namespace {
 

@@ -19,6 +19,12 @@ int system_poll(std::span<pollfd> fds, std::optional<nanoseconds> until) {
 
 }  // namespace
 
+nanoseconds wall() {
+  timespec time{};
+  clock_gettime(CLOCK_MONOTONIC, &time);
+  return std::chrono::seconds(time.tv_sec) + nanoseconds(time.tv_nsec);
+}
+
 void set_keeper(Keeper *keeper) {
   g_keeper = keeper;
 }

@@ -4,7 +4,6 @@
 #include <dlfcn.h>
 #include <errno.h>
 #include <fcntl.h>
-#include <string.h>
 #include <sys/mman.h>
 #include <sys/syscall.h>
 #include <unistd.h>
@@ -18,10 +17,12 @@ typedef int clock_function(clockid_t, struct timespec *);
 static clock_function *g_clock;
 
 inside_function *inside_next(const char *name) {
-  void *const found = dlsym(RTLD_NEXT, name);
-  inside_function *function;
-  memcpy(&function, &found, sizeof function);
-  return function;
+  union {
+    void *object;
+    inside_function *function;
+  } found;
+  found.object = dlsym(RTLD_NEXT, name);
+  return found.function;
 }
 
 static box_time_page *mapped(void) {

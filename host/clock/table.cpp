@@ -6,7 +6,6 @@
 
 #include <cerrno>
 #include <cstddef>
-#include <ctime>
 #include <system_error>
 #include <utility>
 
@@ -115,12 +114,6 @@ bool Table::take(int byte) const {
 bool Table::is_taken(int byte) const {
   struct flock lock = byte_lock(byte);
   return fcntl(file_.get(), F_GETLK, &lock) == 0 && lock.l_type != F_UNLCK;
-}
-
-nanoseconds wall() {
-  timespec time{};
-  clock_gettime(CLOCK_MONOTONIC, &time);
-  return std::chrono::seconds(time.tv_sec) + nanoseconds(time.tv_nsec);
 }
 
 }  // namespace box_time

@@ -47,6 +47,4 @@ class Table {
 
 inline constexpr int kKeepersByte = 0, kFirstGuestsByte = 1;
 
-nanoseconds wall();  // CLOCK_MONOTONIC
-
 }  // namespace box_time
