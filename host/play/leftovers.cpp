@@ -149,13 +149,16 @@ Sentences locked_databases(const box::Place &place) {
   return sentences;
 }
 
-Before before_command(const box::Place &place, const terminal::Terminal &terminal) {
-  return {terminal.mode(), files_in_tmp(place), processes_of(place)};
+Before before_command(const box::Place &place, const terminal::Terminal &terminal, bool others_work) {
+  Before before{terminal.mode(), files_in_tmp(place), processes_of(place)};
+  if (others_work) before.hardware = in_databases(place, [&] { return left_in_hardware(place, {}); });
+  return before;
 }
 
 Sentences leftovers(const box::Place &place, const terminal::Terminal &terminal, const Before &before,
                     const Sentences &detached) {
   Sentences sentences = in_databases(place, [&] { return left_in_hardware(place, detached); });
+  for (const std::string &sentence : before.hardware) std::erase(sentences, sentence);
   add(sentences, left_at_terminal(terminal, before));
   add(sentences, processes_left(place, terminal, before));
   add(sentences, files_left(place, before));

@@ -18,9 +18,10 @@ struct Before {
   terminal::Mode mode;
   std::set<std::filesystem::path> files;
   std::set<pid_t> processes;
+  std::vector<std::string> hardware = {};  // what the commands of others had switched, a sentence for each
 };
 
-Before before_command(const box::Place &place, const terminal::Terminal &terminal);
+Before before_command(const box::Place &place, const terminal::Terminal &terminal, bool others_work = false);
 
 // A sentence for each leftover, such as "the LED of /PSU#3 blinks". The units in `detached`, and no others, have to be
 // detached. Waits for nothing. Throws where the box cannot be read.

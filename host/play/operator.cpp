@@ -36,11 +36,18 @@ terminal::Terminal &Operator::at_terminal() {
   return *terminal_;
 }
 
-void Operator::start(const box::Place &place, const std::vector<std::string> &command) {
+void Operator::start(const box::Place &place, const std::vector<std::string> &command, bool others_work) {
   if (terminal_ && terminal_->runs()) throw std::runtime_error("the command before still runs");
   if (terminal_ && terminal_->hung_up()) terminal_.reset();
-  before_ = before_command(place, at_terminal());
+  before_ = before_command(place, at_terminal(), others_work);
   terminal_->start(command);
+}
+
+std::vector<pid_t> Operator::processes() const {
+  std::vector<pid_t> processes;
+  if (!terminal_) return processes;
+  for (const auto &process : terminal_->processes()) processes.push_back(process.pid);
+  return processes;
 }
 
 terminal::Terminal &Operator::terminal() {

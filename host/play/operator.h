@@ -27,9 +27,11 @@ class Operator {
   terminal::Size size() const { return size_; }
 
   // Starts a command, by the words with which a box runs it. Throws while one runs.
-  void start(const box::Place &place, const std::vector<std::string> &command);
+  void start(const box::Place &place, const std::vector<std::string> &command, bool others_work = false);
 
   // The terminal, after a command was started on it; and whose line is not cut. Both throw where it is not so.
+  bool has_terminal() const { return terminal_ && before_; }
+  std::vector<pid_t> processes() const;  // of the command, and what it left
   terminal::Terminal &terminal();
   terminal::Terminal &line();
   const Before &before() const { return before_.value(); }  // the last command; only with a terminal

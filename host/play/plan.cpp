@@ -117,6 +117,7 @@ class PlanReader {
       if (step.row->perform == nullptr) return play(step, texts, depth);
       if (step.row->traits.takes_value) take_name(step, scope);
       if (step.row->check != nullptr && step.late.empty()) step.row->check(step.words);
+      if (step.row->traits.turns_to_operator) check_first_is_known(step, "the operator");
       if (step.row->traits.names_verb) check_verb(step);
     } catch (const PlayedScriptError &) {
       throw;
@@ -205,12 +206,16 @@ void check_boxes(const std::vector<Step> &steps) {
 
 // What is wrong with the order of the steps: one that needs what no step before it gives.
 void check_order(const std::vector<Step> &steps) {
-  bool has_command = false, has_said = false;
+  std::map<std::string, bool> has_command;  // of each operator
+  std::string op;
+  bool has_said = false;
   for (const Step &step : steps) {
     const Traits &traits = step.row->traits;
-    if (traits.needs_command && !has_command) throw step.error("no command was started on the terminal");
+    if (traits.turns_to_operator) op = step.words.empty() ? "" : step.words[0];
+    bool &has = has_command[op];
+    if (traits.needs_command && !has) throw step.error("no command was started on the terminal");
     if (traits.needs_said && !has_said) throw step.error("no step `spbox` comes before it");
-    has_command = (has_command || traits.starts_command) && !traits.takes_terminal;
+    has = (has || traits.starts_command) && !traits.takes_terminal;
     has_said |= traits.names_verb;
   }
 }

@@ -9,12 +9,10 @@ namespace {
 // The screen and the technicians' words belong to every failure: the reason is often there.
 Failure failure(Stage &stage, const Step &step, std::string reason, const std::vector<std::string> &left = {}) {
   while (reason.ends_with('\n')) reason.pop_back();
-  Account account{step.place, step.text, stage.box.without_folder(reason), left, {}, ""};
+  Account account{step.place, step.text, stage.operators.by(stage.box.without_folder(reason)), left, {}, ""};
   account.text = step.error(account.reason).what() + std::string("\n");
-  if (const auto screen = stage.op.screen()) {
-    account.screens.push_back({"the screen", *screen});
-    account.text += framed(*screen, "the screen");
-  }
+  account.screens = stage.operators.screens();
+  for (const auto &screen : account.screens) account.text += framed(screen.rows, screen.caption);
   for (const auto &technician : stage.technicians.at_work()) {
     const auto output = stage.box.without_folder(technician.work.output());
     account.text += "The technician of " + technician.step->place + " until then:\n" +
@@ -25,13 +23,12 @@ Failure failure(Stage &stage, const Step &step, std::string reason, const std::v
 
 // Nobody looks on when the screen stands still.
 void tell_where_it_was_interrupted(Stage &stage, const Step &step) {
-  Account account{step.place, step.text, "", {}, {}, ""};
-  if (const auto screen = stage.op.last_screen()) account.screens.push_back({"the screen", *screen});
-  stage.account.ends(account);
+  stage.account.ends({step.place, step.text, "", {}, stage.operators.last_screens(), ""});
 }
 
 void play_step(Stage &stage, const Step &step) {
   stage.account.begins(step.place, step.text);
+  stage.operators.keep_up();
   try {
     step.row->perform(stage, stage.with_taken(step));
   } catch (const terminal::Interrupted &) {

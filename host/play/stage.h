@@ -9,18 +9,19 @@
 #include "host/play/account.h"
 #include "host/play/box.h"
 #include "host/play/narrator.h"
-#include "host/play/operator.h"
+#include "host/play/operators.h"
 #include "host/play/technicians.h"
 
 namespace play {
 
 struct Stage {
-  Stage(Box &the_box, Narrator &the_narrator, int alarm) : box(the_box), narrator(the_narrator), op(alarm) {}
+  Stage(Box &the_box, Narrator &the_narrator, int alarm) : box(the_box), narrator(the_narrator), operators(alarm) {}
 
   Box &box;
   Narrator &narrator;
   Technicians technicians;
-  Operator op;
+  Operators operators;
+  Operator &op() { return operators.now(); }
   std::chrono::milliseconds patience{10'000};  // of every wait
   std::string said;                            // by the last spbox step
   AccountWriter account;

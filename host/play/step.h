@@ -28,8 +28,9 @@ struct Traits {
 
   // What a step before has to be, and which one ends it.
   bool starts_command = false, needs_command = false, takes_terminal = false;
-  bool needs_said = false;   // by a step that names a verb
-  bool takes_value = false;  // for the name that is the first word
+  bool turns_to_operator = false;  // to the one whom the first word names
+  bool needs_said = false;         // by a step that names a verb
+  bool takes_value = false;        // for the name that is the first word
 
   // Throws std::invalid_argument with what is wrong with the words on a server of this model. Null: they suit every model.
   void (*check_on)(std::string_view model, const Words &words) = nullptr;

@@ -43,8 +43,8 @@ Words command_of(const Step &step) {
 }
 
 void start(Stage &stage, const Step &step) {
-  stage.op.start(stage.box.place(), stage.box.command_in_box(command_of(step)));
-  stage.narrator.happens("The operator starts: " + script::joined(step.words));
+  stage.op().start(stage.box.place(), stage.box.command_in_box(command_of(step)), stage.operators.others_work());
+  stage.narrator.happens(stage.operators.subject() + " starts: " + script::joined(step.words));
 }
 
 terminal::Finder finder_of(const Sought &sought) {
@@ -56,7 +56,7 @@ terminal::Finder finder_of(const Sought &sought) {
 
 // The line of the screen where it stands. Comes early where the command ends without it.
 std::string wait_for(Stage &stage, const Sought &sought) {
-  auto &terminal = stage.op.line();
+  auto &terminal = stage.op().line();
   if (const auto line = terminal.wait_for_new(finder_of(sought), stage.patience)) return *line;
   const bool runs = terminal.runs();
   auto reason = sought.shown() + " did not come up" + (runs ? " in " + script::seconds_text(stage.patience) : "");
@@ -70,7 +70,7 @@ void wait(Stage &stage, const Step &step) {
 }
 
 void absent(Stage &stage, const Step &step) {
-  if (stage.op.line().find(finder_of(Sought(step.words)))) throw std::runtime_error("the screen shows it.");
+  if (stage.op().line().find(finder_of(Sought(step.words)))) throw std::runtime_error("the screen shows it.");
 }
 
 void check_taken(const Words &words) {
@@ -83,20 +83,20 @@ void take(Stage &stage, const Step &step) {
 }
 
 void type(Stage &stage, const Step &step) {
-  auto &terminal = stage.op.line();
+  auto &terminal = stage.op().line();
   if (!terminal.runs()) throw std::runtime_error("no command runs that would read it.");
-  stage.narrator.happens("The operator types: " + describe_keys(step.words[0]));
+  stage.narrator.happens(stage.operators.subject() + " types: " + describe_keys(step.words[0]));
   if (terminal.type(step.words[0], stage.patience)) return;
   if (!terminal.runs()) throw std::runtime_error("the command ended before it read all of it.");
   throw std::runtime_error("the command did not read all of it in " + script::seconds_text(stage.patience) + ".");
 }
 
 void show_screen(Stage &stage, const Step &step) {
-  stage.narrator.shows(step.words[0], stage.op.terminal().screen(), stage.op.size());
+  stage.narrator.shows(stage.operators.by(step.words[0]), stage.op().terminal().screen(), stage.op().size());
 }
 
 terminal::Ending wait_for_end(Stage &stage) {
-  const auto ending = stage.op.terminal().wait_for_exit(stage.patience);
+  const auto ending = stage.op().terminal().wait_for_exit(stage.patience);
   if (ending) return *ending;
   throw std::runtime_error("the command did not end in " + script::seconds_text(stage.patience) + ".");
 }
@@ -108,7 +108,7 @@ std::runtime_error ended_otherwise(const terminal::Ending &ending) {
 void wait_for_exit(Stage &stage, const Step &step) {
   const terminal::Ending wanted{false, status_in(step.words)};
   if (const auto ending = wait_for_end(stage); ending != wanted) throw ended_otherwise(ending);
-  stage.narrator.happens("The command ends with " + text(wanted) + ".");
+  stage.narrator.happens(stage.operators.whose("The command") + " ends with " + text(wanted) + ".");
 }
 
 // spbox tells of a command that a signal ended as a shell does; before the command is inside, it dies itself.
@@ -116,24 +116,24 @@ void wait_for_death(Stage &stage, const Step &step) {
   const int signal = base::signal_number(step.words[0]);
   const terminal::Ending told{false, 128 + signal}, died{true, signal};
   if (const auto ending = wait_for_end(stage); ending != told && ending != died) throw ended_otherwise(ending);
-  stage.narrator.happens("The command dies of " + base::signal_name(signal) + ".");
+  stage.narrator.happens(stage.operators.whose("The command") + " dies of " + base::signal_name(signal) + ".");
 }
 
 void send_signal(Stage &stage, const Step &step) {
-  stage.op.terminal();
-  const auto command = stage.op.wait_for_command_in_box(stage.patience);
+  stage.op().terminal();
+  const auto command = stage.op().wait_for_command_in_box(stage.patience);
   const int number = base::signal_number(step.words[0]);
   if (!command || kill(*command, number) != 0) throw std::runtime_error("no command runs in the box.");
-  stage.narrator.happens("The command gets " + base::signal_name(number) + ".");
+  stage.narrator.happens(stage.operators.whose("The command") + " gets " + base::signal_name(number) + ".");
 }
 
 // A command that is not in the box yet would never get there: bwrap needs the terminal.
 void hang_up(Stage &stage, const Step & /*step*/) {
-  auto &terminal = stage.op.line();
-  stage.op.wait_for_command_in_box(stage.patience);
+  auto &terminal = stage.op().line();
+  stage.op().wait_for_command_in_box(stage.patience);
   terminal.screen();  // takes in what came before
   terminal.hang_up();
-  stage.narrator.happens("The operator's line is cut.");
+  stage.narrator.happens(stage.operators.subject() + "'s line is cut.");
 }
 
 constexpr Traits kOnCommand{.needs_command = true};

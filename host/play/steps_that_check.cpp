@@ -29,12 +29,13 @@ void check_units_on(std::string_view model, const Words &words) {
 
 // What dies with the command dies a moment later.
 void in_order(Stage &stage, const Step &step) {
-  auto &terminal = stage.op.terminal();
+  auto &terminal = stage.op().terminal();
   const auto place = stage.box.place();
   const auto units = units_behind_but(step.words);
   const Words detached(units.begin(), units.end());
   if (!detached.empty()) box::check_units(box::model_name(box::model_of_box(place)), detached);
-  Before before = stage.op.before();
+  Before before = stage.op().before();
+  before.processes.merge(stage.operators.processes_of_others());
   for (const auto &technician : stage.technicians.at_work()) before.processes.insert(technician.work.pid());
   const auto deadline = box_time::Clock::now() + stage.patience;
   auto left = leftovers(place, terminal, before, detached);
@@ -42,7 +43,7 @@ void in_order(Stage &stage, const Step &step) {
     terminal.watch(kLookAgain);
     left = leftovers(place, terminal, before, detached);
   }
-  if (left.empty()) return stage.narrator.remarks("All is in order.");
+  if (left.empty()) return stage.narrator.remarks(stage.operators.by("All is in order."));
   std::string list;
   for (const auto &sentence : left) list += sentence + "\n";
   throw NotInOrder("not all is in order:\n" + indented(list), left);
@@ -57,7 +58,7 @@ void be_patient(Stage &stage, const Step &step) {
 }
 
 void pause(Stage &stage, const Step &step) {
-  stage.op.watch(script::seconds_in(step.words[0]));
+  stage.op().watch(script::seconds_in(step.words[0]));
 }
 
 void say(Stage &stage, const Step &step) {

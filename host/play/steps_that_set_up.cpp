@@ -1,4 +1,5 @@
 // What a play is played on.
+#include <algorithm>
 #include <array>
 
 #include "host/box/model.h"
@@ -33,15 +34,34 @@ void check_size(const Words &words) {
 }
 
 void take_terminal(Stage &stage, const Step &step) {
-  stage.op.take_terminal(size_in(step.words));
+  stage.op().take_terminal(size_in(step.words));
 }
 
-constexpr std::array<StepRow, 3> kStepsThatSetUp{{
+void check_operator(const Words &words) {
+  for (const std::string &name : words) {
+    const auto is_plain = [](char c) {
+      return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9');
+    };
+    if (name.empty() || !std::ranges::all_of(name, is_plain))
+      throw std::invalid_argument("\"" + name + "\" is no name of an operator: letters and digits");
+  }
+}
+
+void turn_to_operator(Stage &stage, const Step &step) {
+  stage.operators.turn_to(step.words.empty() ? "" : step.words[0]);
+}
+
+constexpr std::array<StepRow, 4> kStepsThatSetUp{{
     {{"box", 1, 1, "box MODEL", "a new, healthy box of this model"}, check_model, make_box, {.makes_box = true}},
     {{"terminal", 2, 2, "terminal ROWS COLUMNS", "for the next commands; 24 80 at first"},
      check_size,
      take_terminal,
      {.takes_terminal = true}},
+    {{"operator", 0, 1, "operator [NAME]",
+      "the next steps are of this operator, who has a\nterminal of their own; without NAME, of the\nfirst one"},
+     check_operator,
+     turn_to_operator,
+     {.turns_to_operator = true}},
     {{"play", 1, script::kAny, "play FILE [NAME=VALUE...]", "plays another script; FILE is relative to this one"},
      nullptr,
      nullptr},

@@ -96,17 +96,29 @@ void Terminal::grow_old() {
 // Takes in what the command writes, and sends what it is to read; false when nothing went either way. The command's end
 // is news, too, once.
 bool Terminal::exchange(std::chrono::nanoseconds patience) {
+  const auto deadline = box_time::now() + patience;
   const int ways = unsent_.empty() ? POLLIN : POLLIN | POLLOUT;
   // Who looks at the command's end of the line lets the system deliver there what was typed.
-  std::array<pollfd, 4> wait{pollfd{master_.get(), static_cast<short>(ways), 0},
-                             pollfd{session_ ? session_->news() : -1, POLLIN, 0}, pollfd{alarm_, POLLIN, 0},
-                             pollfd{hung_up() ? -1 : slave_.get(), 0, 0}};
+  std::vector<pollfd> wait{pollfd{master_.get(), static_cast<short>(ways), 0},
+                           pollfd{session_ ? session_->news() : -1, POLLIN, 0}, pollfd{alarm_, POLLIN, 0},
+                           pollfd{hung_up() ? -1 : slave_.get(), 0, 0}};
   if (session_ && !is_end_told_ && session_->ending()) return is_end_told_ = true;
   if (is_end_told_) wait[1].fd = -1;
-  if (box_time::poll(wait, box_time::now() + patience) <= 0) return false;
-  if (wait[2].revents != 0) throw Interrupted();
+  const std::size_t own = wait.size();
+  for (const Terminal *other : others_) wait.push_back({other->master_.get(), POLLIN, 0});
+  do {
+    if (box_time::poll(wait, deadline) <= 0) return false;
+    if (wait[2].revents != 0) throw Interrupted();
+    for (std::size_t i = 0; i < others_.size(); ++i) {
+      if ((wait[own + i].revents & POLLIN) != 0) others_[i]->take_in();
+    }
+  } while (wait[0].revents == 0 && wait[1].revents == 0 && wait[3].revents == 0 && box_time::now() < deadline);
   const bool has_sent = (wait[0].revents & POLLOUT) != 0 && send();
   if ((wait[0].revents & POLLIN) == 0) return has_sent || wait[1].revents != 0;
+  return take_in();
+}
+
+bool Terminal::take_in() {
   std::array<char, 4096> bytes{};
   const auto length = read(master_.get(), bytes.data(), bytes.size());
   if (length <= 0) return false;
@@ -199,6 +211,7 @@ Mode Terminal::mode() const {
 
 void Terminal::end(milliseconds patience) {
   alarm_ = -1;
+  others_.clear();
   if (runs()) {
     hang_up();
     wait_for_exit(patience);

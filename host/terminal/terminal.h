@@ -63,6 +63,9 @@ class Terminal {
   std::optional<Ending> wait_for_exit(milliseconds patience);  // Nothing when the command still runs then.
   Mode mode() const;
 
+  // Who waits at this terminal takes in what comes at the others, whose commands could not write on otherwise.
+  void keep_up(std::vector<Terminal *> others) { others_ = std::move(others); }
+
   // Cuts the line: the command gets SIGHUP and reads an end of input. Nothing comes through after it.
   void hang_up();
   // Hangs up on a command that runs, gives it this time to end, then kills what is left.
@@ -79,6 +82,7 @@ class Terminal {
   void grow_old();
   bool exchange(std::chrono::nanoseconds patience);
   bool send();
+  bool take_in();
   void settle();
 
   base::Descriptor master_, slave_;
@@ -88,6 +92,7 @@ class Terminal {
   std::size_t keys_end_ = 0;  // where in it what is typed ends
   Screen screen_;
   std::optional<Session> session_;
+  std::vector<Terminal *> others_;
   bool is_end_told_ = false;
 };
 

@@ -14,13 +14,16 @@ struct PlanRow {
 
 constexpr PlanRow kPlans[] = {
     {"a step must be known", "jump high",
-     "there is no step \"jump\"; there are box, terminal, play, start, wait, absent, take, type, screen, exit, dies, "
+     "there is no step \"jump\"; there are box, terminal, operator, play, start, wait, absent, take, type, screen, "
+     "exit, dies, "
      "signal, hangup, hands, handsdone, spbox, says, takesaid, in_order, patience, pause and say"},
     {"a step without its words", "wait", "write it as: wait [like] \"text\""},
-    {"another word than like before the text", "wait for \"this\"", "write it as: like \"REGEX\""},
-    {"a regular expression that is none", "wait like \"(a\"", "\"(a\" is no regular expression: Unmatched ( or \\("},
+    {"another word than like before the text", "wait for \"this\"", R"(write it as: like "REGEX")"},
+    {"a regular expression that is none", "wait like \"(a\"", R"("(a" is no regular expression: Unmatched ( or \()"},
     {"a regular expression that fits everywhere", "says not like \"a*\"",
      "\"a*\" fits an empty line, and so fits everywhere"},
+    {"a name of an operator that is none", "operator \"anna b\"",
+     "\"anna b\" is no name of an operator: letters and digits"},
     {"a name of a value that is none", "take 3 \"a\"", "\"3\" is no name"},
     {"a blank regular expression", "take A \" \"", "the text is empty"},
     {"a step with one word too many", "hangup now", "write it as: hangup"},
@@ -68,8 +71,8 @@ TEST_F(PlanTest, TakesEveryStepAsItsHelpWritesIt) {
       "hangup\nhands \"pull /PSU#3\"\nhandsdone\nspbox pull /PSU#3\nsays \"x\"\nsays not \"x\"\nin_order\n"
       "in_order but /PSU#3 /PSU#4\npatience 0.5\npause 0\nsay \"text\"\n"
       "wait like \"t.xt\"\nabsent like \"t.xt\"\ntake A \"([0-9]+)\"\nsays like \"x\"\nsays not like \"x\"\n"
-      "takesaid A \"([0-9]+)\"\n# and that is all\n");
-  EXPECT_EQ(steps.size(), 28U);
+      "takesaid A \"([0-9]+)\"\noperator\noperator anna\n# and that is all\n");
+  EXPECT_EQ(steps.size(), 30U);
 }
 
 TEST_F(PlanTest, ReadsAllBeforeAnythingIsPlayed) {

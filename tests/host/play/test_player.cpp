@@ -227,6 +227,45 @@ TEST_F(PlayerTest, RefusesAStepThatMakesNoSenseWithAValue) {
             "walk.play:3: `pause $A`: \"Model\" is not a number of seconds from 0 to 86400; write 3 or 0.5");
 }
 
+TEST_F(PlayerTest, LetsOperatorsWorkAtTheSameTime) {
+  make_box("qa");
+  const auto told = play(
+      "start sh -c \"echo the first; read x\"\nwait \"the first\"\n"
+      "operator anna\nstart sh -c \"echo I am anna; read x; echo you said $$x; exit 3\"\nwait \"I am anna\"\n"
+      "absent \"the first\"\noperator\ntype \"\\n\"\nexit 0\n"
+      "operator anna\ntype \"3\\n\"\nwait \"you said 3\"\nscreen \"her answer\"\nexit 3\n");
+  for (const char *part :
+       {"The operator starts: sh -c echo the first; read x\n", "Operator anna starts: sh -c echo I am anna;",
+        "The command ends with exit status 0.\n", "Operator anna types: \"3\", Enter\n", "+-- anna: her answer ---",
+        "The command of anna ends with exit status 3.\n"}) {
+    EXPECT_NE(told.find(part), std::string::npos) << part << "\n" << told;
+  }
+  EXPECT_NE(picture_.svg().find(">anna: her answer</text>"), std::string::npos);
+}
+
+TEST_F(PlayerTest, ShowsTheScreensOfAllOperatorsWhenOneFails) {
+  make_box("qa");
+  const auto error = error_of(
+      "operator bob\nstart sh -c \"echo one; read x\"\nwait \"one\"\n"
+      "operator anna\npatience 0.2\nstart sh -c \"echo two; read x\"\nwait \"three\"\n");
+  EXPECT_TRUE(
+      error.starts_with("walk.play:7: `wait \"three\"`: anna: \"three\" did not come up in 0.2 s.\n"
+                        "+-- the screen of anna ---"))
+      << error;
+  EXPECT_NE(error.find("| two\n"), std::string::npos) << error;
+  EXPECT_NE(error.find("+-- the screen of bob ---"), std::string::npos) << error;
+  EXPECT_NE(error.find("| one\n"), std::string::npos) << error;
+}
+
+// A terminal that nobody looks at holds some text, and then its command cannot write on.
+TEST_F(PlayerTest, TakesInWhatTheCommandOfAnotherOperatorWrites) {
+  make_box("qa");
+  EXPECT_EQ(error_of("start sh -c \"seq 100000; echo x >" + path("written") + "; read x\"\noperator anna\n" +
+                     "start sh -c \"until test -e " + path("written") + "; do sleep 0.02; done; echo seen\"\n" +
+                     "wait \"seen\"\nexit 0\noperator\ntype \"\\n\"\nexit 0\n"),
+            "no error");
+}
+
 TEST_F(PlayerTest, LetsATechnicianWorkBesideTheOperator) {
   EXPECT_EQ(play("hands \"pull /insert\"\nstart touch " + path("insert") + "\nexit 0\nhandsdone\nsay \"on\"\n"),
             "A technician works beside the operator: pull /insert\n"
