@@ -64,13 +64,14 @@ void remember_folder(const char *program) {
 
 Text command_beside(std::string_view line) {
   const size_t end = std::min(line.find(' '), line.size());
-  const std::string_view program = line.substr(0, end);
+  const std::string_view program(line.data(), end);  // substr would need the C++ library on the service processor
   const Text beside = text_of("%s%.*s", g_folder, static_cast<int>(program.size()), program.data());
   const bool may_be_there = *g_folder != '\0' && !program.empty() && program.find('/') == std::string_view::npos;
   if (!may_be_there || access(beside.c_str(), X_OK) != 0) return Text(line);
   Text command;
   add_shell_word(command, beside.view());
-  return command.add(line.substr(end));
+  line.remove_prefix(end);
+  return command.add(line);
 }
 
 Text procedure_command(const char *name, const char *kind) {
