@@ -1,5 +1,7 @@
 // The time of a box: `spbox run --speed`, with real programs.
-#include <unistd.h>
+#include <filesystem>
+#include <fstream>
+#include <sstream>
 
 #include "host/box/place.h"
 #include "host/clock/guest.h"

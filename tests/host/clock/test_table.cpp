@@ -12,7 +12,7 @@ using box_time::nanoseconds;
 
 class Clock : public testing::Test {
  protected:
-  ~Clock() override { fs::remove(page_); }
+  void TearDown() override { fs::remove(page_); }
 
   fs::path page_ = fs::temp_directory_path() / ("lmainte_clock." + std::to_string(getpid()));
 };
