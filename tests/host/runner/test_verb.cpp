@@ -17,7 +17,8 @@ using namespace std::chrono_literals;
 using Words = std::vector<std::string>;
 
 constexpr const char *kGood = "box qa\nstart echo hello\nwait \"hello\"\nexit 0\nin_order\n";
-constexpr const char *kBad = "box qa\nstart sh -c \"echo hello; read x\"\npatience 0.2\nwait \"goodbye\"\n";
+constexpr const char *kBad =
+    "box qa\nstart sh -c \"echo hello; read x\"\nwait \"hello\"\npatience 0.2\nwait \"goodbye\"\n";
 constexpr const char *kHangs = "box qa\nstart sleep 60\npause 60\n";
 
 class TestVerb : public testing::Test {
@@ -74,7 +75,7 @@ TEST_F(TestVerb, PlaysAllAndTellsWhatWentWrong) {
   EXPECT_EQ(done.exit_status, 1) << done.output;
   EXPECT_TRUE(says(done, "  good.play\n")) << done.output;
   EXPECT_TRUE(says(done,
-                   "s  deep/bad.play\ndeep/bad.play:4: `wait \"goodbye\"`: \"goodbye\" did not come up in 0.2 s.\n"
+                   "s  deep/bad.play\ndeep/bad.play:5: `wait \"goodbye\"`: \"goodbye\" did not come up in 0.2 s.\n"
                    "+-- the screen "))
       << done.output;
   EXPECT_TRUE(says(done, "| hello\n")) << done.output;
@@ -93,7 +94,7 @@ TEST_F(TestVerb, PlaysAllAndTellsWhatWentWrong) {
   const Done lint = run_to_end({XMLLINT, "--noout", "--nonet", "--schema", JUNIT, (scratch_ / "report.xml").string()});
   EXPECT_EQ(lint.exit_status, 0) << lint.output;
   const auto json = text_of("report.json");
-  EXPECT_NE(json.find("\"place\": \"deep/bad.play:4\""), std::string::npos) << json;
+  EXPECT_NE(json.find("\"place\": \"deep/bad.play:5\""), std::string::npos) << json;
   EXPECT_NE(json.find("\"wrong\": 2"), std::string::npos) << json;
 }
 
