@@ -1,6 +1,8 @@
 // spbox test as a person and a CI server run it, on plays with boxes of their own.
 #include <gtest/gtest.h>
 
+#include <algorithm>
+
 #include <csignal>
 #include <fstream>
 #include <iterator>
@@ -52,10 +54,9 @@ class TestVerb : public testing::Test {
 
   // Not below it: what lies there comes and goes with the play.
   bool has_folder_of_play() const {
-    for (const auto &entry : fs::directory_iterator(scratch_ / "tmp")) {
-      if (entry.path().filename().string().starts_with("spbox-play.")) return true;
-    }
-    return false;
+    return std::ranges::any_of(fs::directory_iterator(scratch_ / "tmp"), [](const fs::directory_entry &entry) {
+      return entry.path().filename().string().starts_with("spbox-play.");
+    });
   }
 
   Scratch scratch_;
