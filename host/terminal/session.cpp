@@ -14,6 +14,7 @@
 #include <cstring>
 #include <filesystem>
 #include <fstream>
+#include <map>
 #include <sstream>
 #include <system_error>
 
@@ -122,6 +123,16 @@ std::optional<Stat> stat_of(const std::filesystem::path &process) {
 }
 
 }  // namespace
+
+std::optional<pid_t> eldest(const std::vector<Process> &processes, std::string_view name) {
+  std::map<pid_t, pid_t> parents;
+  for (const auto &process : processes) {
+    if (process.name == name) parents.emplace(process.pid, process.parent);
+  }
+  const auto is_forked_by_none = [&](const auto &named) { return !parents.contains(named.second); };
+  const auto found = std::find_if(parents.begin(), parents.end(), is_forked_by_none);
+  return found != parents.end() ? std::optional(found->first) : std::nullopt;
+}
 
 std::string text(const Ending &ending) {
   const auto number = std::to_string(ending.number);

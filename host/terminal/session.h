@@ -6,6 +6,7 @@
 #include <optional>
 #include <ostream>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "host/base/descriptor.h"
@@ -31,6 +32,9 @@ struct Process {
   pid_t parent;
   std::string name;
 };
+
+// The one of this name that none of this name has forked. Ids do not tell it: they begin anew where they have run out.
+std::optional<pid_t> eldest(const std::vector<Process> &processes, std::string_view name);
 
 // A small process leads the session in the shell's place. It lives until the Session is destroyed, so that what the
 // command leaves behind stays visible: the end of a session's leader would take it along.

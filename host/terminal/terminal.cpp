@@ -229,10 +229,7 @@ std::vector<Process> Terminal::processes() const {
 }
 
 std::optional<pid_t> Terminal::process(std::string_view name) const {
-  for (const auto &process : processes()) {
-    if (process.name == name) return process.pid;
-  }
-  return {};
+  return eldest(processes(), name);
 }
 
 }  // namespace terminal

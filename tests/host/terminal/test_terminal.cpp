@@ -18,8 +18,10 @@
 namespace {
 
 using namespace std::chrono_literals;
+using terminal::eldest;
 using terminal::Ending;
 using terminal::Mode;
+using terminal::Process;
 using terminal::Terminal;
 
 constexpr auto kSoon = 5s;
@@ -318,6 +320,13 @@ TEST(TerminalProcesses, AreSeenAfterTheCommandHasLeftThem) {
   ASSERT_TRUE(terminal.wait_for_exit(kSoon));
   EXPECT_EQ(terminal.processes().size(), 1U);
   EXPECT_TRUE(terminal.process("sleep"));
+}
+
+TEST(TerminalProcesses, AreFoundByNameBeforeTheirChildrenEvenWhereIdsBeganAnew) {
+  const std::vector<Process> processes{{5, 9, "fan"}, {7, 5, "fan"}, {9, 2, "fan"}, {2, 1, "shell"}};
+  EXPECT_EQ(eldest(processes, "fan"), 9);
+  EXPECT_EQ(eldest(processes, "shell"), 2);
+  EXPECT_FALSE(eldest(processes, "led"));
 }
 
 TEST(TerminalProcesses, AreNoneAfterACommandThatLeavesNothing) {
