@@ -120,12 +120,13 @@ enum {
 /* Unit slots of lmainte_model_data whose kind of unit is fixed. The other slots are carried for the commands. */
 enum { LMAINTE_SLOT_CMU = 0, LMAINTE_SLOT_IOU = 1, LMAINTE_SLOT_FAN = 3, LMAINTE_SLOT_PSU = 4, LMAINTE_SLOT_BP32 = 12 };
 
-/* One kind of unit. Source: max_count the record "gen_system_info", the times the model's control time file. */
+/* One kind of unit. The two control times are in seconds: how long a procedure waits for a unit of this kind. The command
+ * and the file agree on which wait each is for. Source: max_count the record "gen_system_info", the times the model's
+ * control time file. */
 typedef struct lmainte_unit_slot {
-  uint32_t max_count; /* units of this kind that the model holds */
-  uint32_t
-      control_time_1; /* the kind's two control times in seconds, as the file has them: how long a procedure waits */
-  uint32_t control_time_2; /* for a unit of this kind. The command and the file agree on which wait each is for */
+  uint32_t max_count;      /* units of this kind that the model holds */
+  uint32_t control_time_1; /* as the file has them */
+  uint32_t control_time_2;
 } lmainte_unit_slot;
 
 /* Bit 7 of system_flags: all power supplies count. Without it, the high end counts half of them. */
