@@ -7,6 +7,7 @@
 #include <optional>
 #include <thread>
 
+#include "host/base/byte_lock.h"
 #include "host/base/pauses.h"
 #include "host/box/own_files.h"
 
@@ -16,22 +17,13 @@ namespace {
 using std::chrono::milliseconds;
 using std::chrono::steady_clock;
 
-struct flock lock_of(short type, off_t byte) {
-  struct flock lock {};
-  lock.l_type = type;
-  lock.l_whence = SEEK_SET;
-  lock.l_start = byte;
-  lock.l_len = 1;
-  return lock;
-}
-
 int set_lock(int fd, short type, off_t byte) {
-  struct flock lock = lock_of(type, byte);
+  struct flock lock = base::byte_lock(type, byte);
   return fcntl(fd, F_SETLK, &lock);
 }
 
 bool is_taken(int fd, off_t byte) {
-  struct flock lock = lock_of(F_RDLCK, byte);
+  struct flock lock = base::byte_lock(F_RDLCK, byte);
   return fcntl(fd, F_GETLK, &lock) == 0 && lock.l_type != F_UNLCK;
 }
 

@@ -9,6 +9,8 @@
 #include <system_error>
 #include <utility>
 
+#include "host/base/byte_lock.h"
+
 namespace box_time {
 namespace {
 
@@ -22,15 +24,6 @@ base::Descriptor opened(const std::filesystem::path &file, int more) {
     errno = EINVAL;
   }
   return page;
-}
-
-struct flock byte_lock(int byte) {
-  struct flock lock {};
-  lock.l_type = F_WRLCK;
-  lock.l_whence = SEEK_SET;
-  lock.l_start = byte;
-  lock.l_len = 1;
-  return lock;
 }
 
 std::size_t at_waiter(int row) {
@@ -107,12 +100,12 @@ void Table::write_waiter(int row, const box_time_waiter &waiter) const {
 }
 
 bool Table::take(int byte) const {
-  struct flock lock = byte_lock(byte);
+  struct flock lock = base::byte_lock(F_WRLCK, byte);
   return fcntl(file_.get(), F_OFD_SETLK, &lock) == 0;
 }
 
 bool Table::is_taken(int byte) const {
-  struct flock lock = byte_lock(byte);
+  struct flock lock = base::byte_lock(F_WRLCK, byte);
   return fcntl(file_.get(), F_GETLK, &lock) == 0 && lock.l_type != F_UNLCK;
 }
 
