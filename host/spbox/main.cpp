@@ -22,7 +22,7 @@ using Words = std::vector<std::string>;
 constexpr const char *kVersion = "spbox " SPBOX_VERSION "\n";
 
 Words names_of(const std::vector<spbox::Verb> &verbs) {
-  Words names{"help"};
+  Words names{"help", "--version"};
   for (const spbox::Verb &verb : verbs) names.push_back(verb.name);
   return names;
 }

@@ -22,6 +22,7 @@ const WrongRow kWrong[] = {
     {{"frob"}, "there is no verb `frob`. `spbox help` lists the verbs."},
     {{"unit", "box"}, "there is no verb `unit`. Did you mean `units`? `spbox help` lists the verbs."},
     {{"craete", "x"}, "there is no verb `craete`. Did you mean `create`? `spbox help` lists the verbs."},
+    {{"version"}, "there is no verb `version`. Did you mean `--version`? `spbox help` lists the verbs."},
     {{"help", "frob"}, "there is no verb `frob`. `spbox help` lists the verbs."},
     {{"help", "create", "units"}, "`units` is one word too many for `spbox help VERB`. `spbox help` lists the verbs."},
     {{"--versoin"}, "there is no option --versoin. Did you mean `--version`? `spbox help` lists the verbs."},
