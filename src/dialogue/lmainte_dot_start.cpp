@@ -38,11 +38,20 @@ int caught() {
   return __atomic_load_n(&sig_catch, __ATOMIC_RELAXED);
 }
 
-// The clock, wide enough for any sum. If the clock fails, this is -1.
-int64_t read_clock(const Call &call) {
+// If the clock fails, this is -1.
+time_t read_clock(const Call &call) {
   const time_t now = time(nullptr);
   if (now == static_cast<time_t>(-1)) call.system_error(DotStart::kNoClock, errno);
   return now;
+}
+
+// A clock of 32 bits becomes negative in January 2038: the difference has to be taken in its own width. Below 0 where the
+// clock was set back.
+int64_t elapsed(time_t start, time_t now) {
+  if constexpr (sizeof(time_t) == sizeof(int32_t)) {
+    return static_cast<int32_t>(static_cast<uint32_t>(now) - static_cast<uint32_t>(start));
+  }
+  return int64_t{now} - start;
 }
 
 void show_mark(const Call &call, unsigned long seconds) {
@@ -56,12 +65,12 @@ void show_mark(const Call &call, unsigned long seconds) {
 
 // After the clock jumps ahead, the marks catch up: one in each second.
 void show_progress(const Call &call, int32_t seconds) {
-  const int64_t start = read_clock(call);
+  const time_t start = read_clock(call);
   fputs("   0", stdout);
   fflush(stdout);
   unsigned long shown = 0;
-  for (int64_t now = start; now < start + seconds; now = read_clock(call)) {
-    if (now - start >= static_cast<int64_t>(shown) + kSecondsAMark) {
+  for (int64_t passed = 0; passed < seconds; passed = elapsed(start, read_clock(call))) {
+    if (passed >= static_cast<int64_t>(shown) + kSecondsAMark) {
       shown += kSecondsAMark;
       show_mark(call, shown);
     }

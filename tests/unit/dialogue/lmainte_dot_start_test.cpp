@@ -206,6 +206,14 @@ TEST_F(LmainteDotStart, LongestTimeAndLatestClockAreNoOverflow) {
   EXPECT_EQ(shown(INT32_MAX), "   0..done\n\n");
 }
 
+// It is the 19th of January 2038 then. On the service processor the clock has 32 bits, and goes on below zero.
+TEST_F(LmainteDotStart, ClockWhose31BitsAreFullGoesOnAndEndsIt) {
+  machine().wall_clock = [](int second) { return int64_t{INT32_MAX} - 31 + second; };
+  EXPECT_EQ(shown(60), "   0.....  30.....done\n\n");
+  EXPECT_EQ(arrived()[60], 18);
+  EXPECT_EQ(arrived()[61], -1);
+}
+
 // ---- the child
 
 TEST_F(LmainteDotStart, ChildEndsWithoutTheCallersExitHandlers) {
