@@ -94,34 +94,34 @@ int check(const std::vector<runner::Play> &plays) {
 
 // ---- the plays
 
-struct Part {
+struct Case {
   std::string name;
   const runner::Play *play;
 };
 
-std::vector<Part> parts_of(const std::vector<runner::Play> &plays, std::size_t rounds) {
-  std::vector<Part> parts;
+std::vector<Case> cases_of(const std::vector<runner::Play> &plays, std::size_t rounds) {
+  std::vector<Case> cases;
   for (std::size_t round = 1; round <= rounds; ++round) {
     const std::string behind = rounds == 1 ? "" : " (" + std::to_string(round) + ")";
-    for (const runner::Play &play : plays) parts.push_back({play.name + behind, &play});
+    for (const runner::Play &play : plays) cases.push_back({play.name + behind, &play});
   }
-  return parts;
+  return cases;
 }
 
-// Plays all parts, and tells of each when it is done.
-class Evening {
+// Plays all cases, and tells of each when it is done.
+class TestRun {
  public:
-  Evening(const TestOptions &options, const std::vector<Part> &parts, int alarm)
+  TestRun(const TestOptions &options, const std::vector<Case> &cases, int alarm)
       : options_(options), transcripts_(options.transcripts), alarm_(alarm) {
-    for (const Part &part : parts) {
-      results_.emplace_back().name = part.name;
-      if (!part.play->wrong.empty()) continue;
-      files_.push_back(transcripts_.place_for(part.name));
+    for (const Case &each : cases) {
+      results_.emplace_back().name = each.name;
+      if (!each.play->wrong.empty()) continue;
+      files_.push_back(transcripts_.place_for(each.name));
       result_of_job_.push_back(results_.size() - 1);
-      jobs_.push_back({part.name, command(*part.play)});
+      jobs_.push_back({each.name, command(*each.play)});
     }
-    for (std::size_t i = 0; i < parts.size(); ++i) {
-      if (!parts[i].play->wrong.empty()) refuse(results_[i], parts[i].play->wrong);
+    for (std::size_t i = 0; i < cases.size(); ++i) {
+      if (!cases[i].play->wrong.empty()) refuse(results_[i], cases[i].play->wrong);
     }
   }
 
@@ -211,9 +211,9 @@ int status_of(std::span<const runner::Result> results) {
 int play_and_report(const TestOptions &options, const std::vector<runner::Play> &plays, int alarm) {
   const auto begin = Clock::now();
   const auto date = std::chrono::system_clock::now();
-  Evening evening(options, parts_of(plays, options.rounds), alarm);
-  evening.play();
-  const auto &results = evening.results();
+  TestRun run(options, cases_of(plays, options.rounds), alarm);
+  run.play();
+  const auto &results = run.results();
   const auto time = std::chrono::duration_cast<milliseconds>(Clock::now() - begin);
   print(told_of_all(results, time));
   const bool are_written = write_reports({options.junit, options.json}, results, time, date);
