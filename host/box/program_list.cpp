@@ -19,8 +19,9 @@ static_assert(are_in_order(), "a row has another number than its place, or anoth
 std::string bend_key(std::string_view program) {
   return "bend " + std::string(program);
 }
+constexpr std::string_view kRan = "ran ";
 std::string run_key(std::string_view program) {
-  return "ran " + std::string(program);
+  return std::string(kRan) + std::string(program);
 }
 
 }  // namespace
@@ -29,6 +30,10 @@ std::vector<std::string> program_names() {
   std::vector<std::string> names;
   for (const Program &row : kPrograms) names.emplace_back(row.name);
   return names;
+}
+
+bool is_last_run(std::string_view key) {
+  return key.starts_with(kRan);
 }
 
 Bend bend_of(const TextDatabase &box, std::string_view program) {

@@ -72,4 +72,7 @@ void set_bend(TextDatabase &box, std::string_view program, const Bend &bend);
 std::optional<Run> last_run(const TextDatabase &box, std::string_view program);
 void set_last_run(TextDatabase &box, std::string_view program, const Run &run);
 
+// Whether the box's own database keeps a last run under this key.
+bool is_last_run(std::string_view key);
+
 }  // namespace box

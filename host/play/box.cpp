@@ -24,17 +24,21 @@ bool Box::exists() const {
   return box::is_box(place());
 }
 
-void Box::make(const std::string &model, std::chrono::milliseconds patience) {
+void Box::make(const std::string &model, const fs::path &dump, std::chrono::milliseconds patience) {
+  const auto there = [&] { return std::string(box::model_name(box::model_of_box(place()))); };
   if (exists()) {
-    const std::string there(box::model_name(box::model_of_box(place())));
-    if (there == model) return;
-    throw std::runtime_error(box_.string() + " is a box of model " + there + ". Give one of model " + model +
+    if (there() == model) return;
+    throw std::runtime_error(box_.string() + " is a box of model " + there() + ". Give one of model " + model +
                              ", or a folder that does not exist yet.");
   }
-  auto create = spbox({"create", "--model", model});
+  auto create = dump.empty() ? spbox({"create", "--model", model})
+                             : terminal::BackgroundProgram({spbox_, "load", dump.string(), box_.string()}, alarm_);
   const auto status = create.wait(patience);
   if (!status) throw std::runtime_error("the box was not made in " + script::seconds_text(patience) + ".");
   if (*status != 0) throw std::runtime_error("no box could be made:\n" + create.output());
+  if (!dump.empty() && there() != model) {
+    throw std::runtime_error(dump.string() + " is of a box of model " + there() + ", not of model " + model + ".");
+  }
   box_time::keep(place().clock());
 }
 

@@ -18,8 +18,8 @@ class Box {
   // `spbox` is the program. Where no folder is named, the box gets one of its own, which is removed at the end.
   Box(std::string spbox, const std::filesystem::path &folder, int alarm);
 
-  // Makes the box; where there is one already, it must be of this model. Throws.
-  void make(const std::string &model, std::chrono::milliseconds patience);
+  // Makes the box, of a dump where one is named; where there is one already, it must be of this model. Throws.
+  void make(const std::string &model, const std::filesystem::path &dump, std::chrono::milliseconds patience);
 
   // spbox VERB BOX WORDS...
   terminal::BackgroundProgram spbox(std::vector<std::string> words) const;

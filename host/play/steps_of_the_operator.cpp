@@ -119,10 +119,19 @@ void wait_for_death(Stage &stage, const Step &step) {
   stage.narrator.happens(stage.operators.whose("The command") + " dies of " + base::signal_name(signal) + ".");
 }
 
+// As a shell lets a stopped command go on: all of it, and not the program in the box alone. Ctrl-Z takes a moment.
+void go_on(Stage &stage) {
+  constexpr int kLooks = 50;
+  auto &terminal = stage.op().terminal();
+  for (int look = 0; look < kLooks && !terminal.take_stop(); ++look) terminal.watch(kLookAgain);
+  terminal.go_on();
+}
+
 void send_signal(Stage &stage, const Step &step) {
   stage.op().terminal();
-  const auto command = stage.op().wait_for_command_in_box(stage.patience);
   const int number = base::signal_number(step.words[0]);
+  const auto command = stage.op().wait_for_command_in_box(stage.patience);
+  if (command && number == SIGCONT) go_on(stage);
   if (!command || kill(*command, number) != 0) throw std::runtime_error("no command runs in the box.");
   stage.narrator.happens(stage.operators.whose("The command") + " gets " + base::signal_name(number) + ".");
 }

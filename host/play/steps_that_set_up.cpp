@@ -16,8 +16,9 @@ void check_model(const Words &words) {
 }
 
 void make_box(Stage &stage, const Step &step) {
-  stage.box.make(step.words[0], stage.patience);
-  stage.narrator.remarks("A box of model " + step.words[0] + ".");
+  const bool has_dump = step.words.size() > 1;
+  stage.box.make(step.words[0], has_dump ? step.folder / step.words[1] : "", stage.patience);
+  stage.narrator.remarks("A box of model " + step.words[0] + (has_dump ? ", as " + step.words[1] + " has it." : "."));
 }
 
 terminal::Size size_in(const Words &words) {
@@ -52,7 +53,11 @@ void turn_to_operator(Stage &stage, const Step &step) {
 }
 
 constexpr std::array<StepRow, 4> kStepsThatSetUp{{
-    {{"box", 1, 1, "box MODEL", "a new, healthy box of this model"}, check_model, make_box, {.makes_box = true}},
+    {{"box", 1, 2, "box MODEL [DUMP]",
+      "a new, healthy box of this model, or the one that\nwas dumped into DUMP, relative to this script"},
+     check_model,
+     make_box,
+     {.makes_box = true}},
     {{"terminal", 2, 2, "terminal ROWS COLUMNS", "for the next commands; 24 80 at first"},
      check_size,
      take_terminal,

@@ -1,5 +1,6 @@
 #include "host/spbox/act.h"
 
+#include <algorithm>
 #include <exception>
 #include <filesystem>
 #include <optional>
@@ -7,6 +8,7 @@
 #include "host/base/told.h"
 #include "host/box/advice.h"
 #include "host/box/confinement.h"
+#include "host/recorder/deed.h"
 #include "host/spbox/command_line.h"
 #include "host/spbox/help.h"
 #include "host/spbox/making.h"
@@ -16,12 +18,21 @@
 namespace spbox {
 namespace {
 
+using Words = std::vector<std::string>;
+
 // None where the verb takes none.
 std::optional<box::Place> box_of(const Verb &verb) {
   for (const Word &word : verb.words) {
     if (word.is_box) return box::Place(*std::get<std::filesystem::path *>(word.to));
   }
   return std::nullopt;
+}
+
+// The words without the folder of the box.
+Words behind(const box::Place &place, Words words) {
+  const auto folder = std::ranges::find(words, place.root().string());
+  if (folder != words.end()) words.erase(folder);
+  return words;
 }
 
 int show_help(const Verb &verb) {
@@ -42,8 +53,12 @@ int act(const Verb &verb, const std::vector<std::string> &words) {
     const auto place = box_of(verb);
     if (place) clear_up_making(*place);
     if (verb.prepare) verb.prepare();
+    recorder::Deed deed(place.value_or(box::Place("")),
+                        place && verb.as_step ? verb.as_step(behind(*place, words)) : Words());
     if (verb.works_on_box && verb.acts_confined) box::confine_to(place.value());
-    return verb.act();
+    const int status = verb.act();
+    if (status == 0) deed.was_done();
+    return status;
   } catch (const UsageError &error) {
     return complain_of(error, " " + box::advice({"help", verb.name}) + " says more.", kUsage);
   }

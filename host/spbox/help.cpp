@@ -50,20 +50,21 @@ std::string section(const std::string &heading, const Verb &verb, bool options) 
 }  // namespace
 
 std::string usage_of(const Verb &verb) {
-  std::string words, options;
+  std::string words, rest, options;  // The words of another program stand last.
   bool has_more = false;
   for (const Word &word : verb.words) {
     const bool required = word.need == Need::kRequired;
     if (!word.is_option()) {
       const std::string text = word.name + (is_repeated(word) ? "..." : "");
-      words += " " + (required ? text : "[" + text + "]");
+      const bool is_rest = std::holds_alternative<Rest>(word.to);
+      (is_rest ? rest : words) += " " + (required ? text : "[" + text + "]");
     } else if (required) {
       options += " " + with_value(word);
     } else {
       has_more = true;
     }
   }
-  return box::spbox_called("spbox") + " " + verb.name + (has_more ? " [OPTIONS]" : "") + words + options;
+  return box::spbox_called("spbox") + " " + verb.name + (has_more ? " [OPTIONS]" : "") + words + options + rest;
 }
 
 std::string help_of(const Verb &verb) {

@@ -68,7 +68,22 @@ struct Verb {
   std::function<void()> prepare = {};  // what `act` needs from outside the box; may be empty, and throw as `act` does
   std::function<int()> act;            // returns the exit status; may throw: the text is for the user
   bool acts_confined = true;           // to the box that it works on
+
+  // The step of a play in which the verb changes the box, of the words behind DIR; without words where it changes nothing. It is
+  // recorded where somebody records. May be empty: it never changes one.
+  std::function<std::vector<std::string>(const std::vector<std::string> &words)> as_step = {};
 };
+
+// The usual one of a verb that changes a box. It does so where `changes` says so; without one, always.
+inline auto step_of_verb(const std::string &name, std::function<bool()> changes = {}) {
+  return [name, changes](const std::vector<std::string> &words) {
+    std::vector<std::string> step;
+    if (changes && !changes()) return step;
+    step = {"spbox", name};
+    step.insert(step.end(), words.begin(), words.end());
+    return step;
+  };
+}
 
 // The words that many verbs take.
 inline Word box_word(std::filesystem::path &box) {

@@ -164,7 +164,8 @@ Verb break_verb() {
               "  spbox break box current_domain_info_05 --short\n"
               "  spbox break box                             what is broken",
           .check = [options] { check_breakage(*options); },
-          .act = [options] { return break_records(*options); }};
+          .act = [options] { return break_records(*options); },
+          .as_step = step_of_verb("break", [options] { return !options->targets.empty(); })};
 }
 
 Verb mend_verb() {
@@ -176,7 +177,8 @@ Verb mend_verb() {
                     identity_option(*options)},
           .footer = "Examples:\n  spbox mend box\n  spbox mend box /PSU#3 --fru",
           .check = [options] { check_identity(*options); },
-          .act = [options] { return mend_records(*options); }};
+          .act = [options] { return mend_records(*options); },
+          .as_step = step_of_verb("mend")};
 }
 
 }  // namespace spbox

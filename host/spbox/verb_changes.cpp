@@ -41,7 +41,8 @@ std::vector<Verb> change_verbs() {
                                 .need = Need::kRequired}},
                      .footer = "If one unit cannot be changed, none is.\n\nExample:\n  spbox " + std::string(row.verb) +
                                " box /PSU#3 /FAN_A#0",
-                     .act = [options, &row] { return change(*options, row.change); }});
+                     .act = [options, &row] { return change(*options, row.change); },
+                     .as_step = step_of_verb(std::string(row.verb))});
   }
   return verbs;
 }

@@ -110,7 +110,8 @@ Verb daemon_verb() {
               "  spbox daemon box well            it answers as it should",
           .check = [options] { check(*options); },
           .prepare = [options] { prepare(*options); },
-          .act = [options] { return daemon(*options); }};
+          .act = [options] { return daemon(*options); },
+          .as_step = step_of_verb("daemon", [options] { return !options->way.empty(); })};
 }
 
 }  // namespace spbox

@@ -265,7 +265,8 @@ Verb points_verb() {
               "  spbox points box --count       from now on\n"
               "  spbox run box ./replace_unit   comes to its points\n"
               "  spbox points box               which they were, and how often",
-          .act = [options] { return points(*options); }};
+          .act = [options] { return points(*options); },
+          .as_step = step_of_verb("points", [options] { return options->count || options->forget; })};
 }
 
 Verb deviate_verb() {
@@ -310,7 +311,8 @@ Verb deviate_verb() {
                 "  spbox deviate box read current_psu_info --at 3 --missing\n"
                 "  spbox deviate box trace lmainte_exec entry --signal KILL",
       .check = [options] { check(*options); },
-      .act = [options] { return deviate(*options); }};
+      .act = [options] { return deviate(*options); },
+      .as_step = step_of_verb("deviate")};
 }
 
 }  // namespace spbox

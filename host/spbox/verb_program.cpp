@@ -141,7 +141,8 @@ Verb program_verb() {
               "  spbox program box ctlmainte --hang --ignore-term\n"
               "  spbox program box ctlled --reset",
           .check = [options] { check(*options); },
-          .act = [options] { return program(*options); }};
+          .act = [options] { return program(*options); },
+          .as_step = step_of_verb("program", [options] { return is_change(*options); })};
 }
 
 }  // namespace spbox

@@ -16,9 +16,9 @@
 #include "host/spbox/run_in_root.h"
 #include "host/spbox/run_mark.h"
 #include "host/spbox/speed.h"
-#include "host/spbox/terminal_mode.h"
 #include "host/spbox/verbs.h"
 #include "host/spbox/way_in.h"
+#include "host/terminal/own_mode.h"
 
 namespace spbox {
 namespace {
@@ -74,7 +74,7 @@ int run(const RunOptions &options) {
   Children children;
   const DaemonProcess answers(plan, children);
   setenv(LMAINTE_HOST_RUN, way_in(folder).c_str(), 1);
-  const TerminalMode terminal;
+  const terminal::OwnMode terminal;
   const int status = run_in_root(plan, command, children);
   if (was_cut_off(status)) {
     clear_up_behind_the_dead(place);

@@ -95,7 +95,14 @@ Verb technician_verb() {
                     "  spbox technician box --do 'when flag /PSU#3 start; after 2; pull /PSU#3' &",
           .check = [options] { check(*options); },
           .prepare = [options] { prepare(*options); },
-          .act = [options] { return work(*options); }};
+          .act = [options] { return work(*options); },
+          .as_step =
+              [options](const std::vector<std::string> &) {
+                std::string steps;
+                for (const technician::Step &step : options->read_steps)
+                  steps += (steps.empty() ? "" : "; ") + step.text;
+                return std::vector<std::string>{"hands", steps};
+              }};
 }
 
 }  // namespace spbox

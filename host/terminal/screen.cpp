@@ -143,6 +143,22 @@ Screen::Screen(Size size, std::function<void(std::string_view)> answer)
 
 Screen::~Screen() = default;
 
+// What is new stays so where it stands.
+void Screen::resize(Size size) {
+  const Size old = machine_->size;
+  const std::vector<char> before = machine_->is_new;
+  machine_->size = checked(size);
+  machine_->is_new.assign(machine_->cell(size.rows, 0), 0);
+  for (int row = 0; row < std::min(old.rows, size.rows); ++row) {
+    for (int column = 0; column < std::min(old.columns, size.columns); ++column) {
+      machine_->is_new_at(row, column) = before[static_cast<std::size_t>(row) * static_cast<std::size_t>(old.columns) +
+                                                static_cast<std::size_t>(column)];
+    }
+  }
+  vterm_set_size(machine_->vterm, size.rows, size.columns);
+  if (machine_->failure) std::rethrow_exception(std::exchange(machine_->failure, nullptr));
+}
+
 void Screen::feed(std::string_view bytes) {
   const std::string sound = machine_->strainer.passed(bytes);
   vterm_input_write(machine_->vterm, sound.data(), sound.size());
@@ -196,6 +212,28 @@ std::optional<std::string> Screen::find_new(const Finder &finder) const {
     }
     return true;
   });
+}
+
+std::vector<std::string> Screen::new_text() const {
+  std::vector<std::string> stretches;
+  const auto end = [&](std::string &stretch) {
+    const auto first = stretch.find_first_not_of(' ');
+    if (first != std::string::npos) stretches.push_back(without_trailing_blanks(stretch.substr(first)));
+    stretch.clear();
+  };
+  for (int number = 0; number < machine_->size.rows; ++number) {
+    const Row row = this->row(number);
+    std::string stretch;
+    for (std::size_t i = 0; i < row.text.size(); ++i) {
+      if (row.text[i] != ' ' && row.is_new[i] == 0) {
+        end(stretch);
+      } else {
+        stretch += row.text[i];
+      }
+    }
+    end(stretch);
+  }
+  return stretches;
 }
 
 bool Screen::shows(std::string_view text) const {

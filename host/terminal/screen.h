@@ -36,6 +36,7 @@ class Screen {
   Screen(const Screen &) = delete;
   Screen &operator=(const Screen &) = delete;
 
+  void resize(Size size);                 // Throws as the constructor.
   void feed(std::string_view bytes);      // Throws what `answer` throws, when all the bytes are taken in.
   std::vector<std::string> rows() const;  // Without blanks at their ends.
   const std::deque<std::string> &scrolled_off() const { return history_; }  // What left the screen at its top, lately.
@@ -46,6 +47,8 @@ class Screen {
   // The line where it is found; of find_new, only what shows_new counts.
   std::optional<std::string> find(const Finder &finder) const;
   std::optional<std::string> find_new(const Finder &finder) const;
+  // What find_new counts: of each line, from the top on, the stretches without blanks at their ends.
+  std::vector<std::string> new_text() const;
   void grow_old();  // What the screen shows now is new no more, wherever it scrolls to.
 
  private:

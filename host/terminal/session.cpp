@@ -17,6 +17,7 @@
 #include <map>
 #include <sstream>
 #include <system_error>
+#include <utility>
 
 #include "host/base/child.h"
 #include "host/base/number.h"
@@ -24,7 +25,7 @@
 
 namespace terminal {
 
-// What the leader tells: first the command's process id, then its wait status. One write each, so never torn.
+// What the leader tells: first the command's process id, then its wait status each time that it stops, and when it ends. One write each, so never torn.
 struct Session::Report {
   int value;
 };
@@ -90,9 +91,11 @@ void take_foreground(pid_t group) {
 
   int status = 0;
   if (write(reports, &command, sizeof command) < 0) _exit(126);
-  while (waitpid(command, &status, 0) < 0 && errno == EINTR) continue;
-  take_foreground(getpid());
-  if (write(reports, &status, sizeof status) < 0) _exit(126);
+  do {
+    while (waitpid(command, &status, WUNTRACED) < 0 && errno == EINTR) continue;
+    if (!WIFSTOPPED(status)) take_foreground(getpid());
+    if (write(reports, &status, sizeof status) < 0) _exit(126);
+  } while (WIFSTOPPED(status));
   for (;;) pause();
 }
 
@@ -192,13 +195,30 @@ Session::Report Session::next_report() const {
   return report;
 }
 
-std::optional<Ending> Session::ending() {
+void Session::take_reports() {
   pollfd wait{reports_.get(), POLLIN, 0};
-  if (!ending_ && poll(&wait, 1, 0) > 0) {
+  while (!ending_ && poll(&wait, 1, 0) > 0) {
     const int status = next_report().value;
-    ending_ = WIFSIGNALED(status) ? Ending{true, WTERMSIG(status)} : Ending{false, WEXITSTATUS(status)};
+    if (WIFSTOPPED(status)) {
+      is_stopped_ = true;
+    } else {
+      ending_ = WIFSIGNALED(status) ? Ending{true, WTERMSIG(status)} : Ending{false, WEXITSTATUS(status)};
+    }
   }
+}
+
+std::optional<Ending> Session::ending() {
+  take_reports();
   return ending_;
+}
+
+bool Session::take_stop() {
+  take_reports();
+  return std::exchange(is_stopped_, false);
+}
+
+void Session::go_on() const {
+  kill(-command_, SIGCONT);
 }
 
 std::vector<Process> Session::processes() const {

@@ -47,7 +47,9 @@ class Session {
   Session &operator=(const Session &) = delete;
 
   std::optional<Ending> ending();              // Nothing while the command runs.
-  int news() const { return reports_.get(); }  // A descriptor that becomes readable when the command ends.
+  int news() const { return reports_.get(); }  // A descriptor that becomes readable when the command ends or stops.
+  bool take_stop();                            // Whether it was stopped since this was asked last: by Ctrl-Z, mostly.
+  void go_on() const;  // All of the command that was stopped goes on, as a shell lets it in the foreground.
   pid_t command() const { return command_; }
   // The command, its children, and what they left behind. Throws std::system_error when /proc cannot be read.
   std::vector<Process> processes() const;
@@ -55,6 +57,7 @@ class Session {
  private:
   struct Report;
   Report next_report() const;
+  void take_reports();
   void kill_all() const;
   void end() const noexcept;
 
@@ -62,6 +65,7 @@ class Session {
   pid_t command_ = -1;
   base::Descriptor reports_;
   std::optional<Ending> ending_;
+  bool is_stopped_ = false;
 };
 
 }  // namespace terminal

@@ -3,7 +3,6 @@
 #include <fcntl.h>
 #include <poll.h>
 #include <sys/ioctl.h>
-#include <termios.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -50,10 +49,24 @@ Terminal::Terminal(Size size, int alarm)
   path_ = path.data();
   // Held open so that the terminal and its mode outlive the command.
   slave_ = base::Descriptor(open(path_.c_str(), O_RDWR | O_NOCTTY | O_CLOEXEC));
+  if (slave_.get() < 0) fail("cannot make a terminal");
+  set_window(size);
+}
+
+void Terminal::set_window(Size size) {
   winsize window{};
   window.ws_row = static_cast<unsigned short>(size.rows);
   window.ws_col = static_cast<unsigned short>(size.columns);
-  if (slave_.get() < 0 || ioctl(slave_.get(), TIOCSWINSZ, &window) != 0) fail("cannot make a terminal");
+  if (ioctl(slave_.get(), TIOCSWINSZ, &window) != 0) fail("cannot make a terminal");
+}
+
+void Terminal::resize(Size size) {
+  screen_.resize(size);
+  set_window(size);
+}
+
+void Terminal::go_on() {
+  if (session_) session_->go_on();
 }
 
 void Terminal::start(const std::vector<std::string> &command) {
@@ -122,7 +135,9 @@ bool Terminal::take_in() {
   std::array<char, 4096> bytes{};
   const auto length = read(master_.get(), bytes.data(), bytes.size());
   if (length <= 0) return false;
-  screen_.feed({bytes.data(), static_cast<std::size_t>(length)});
+  const std::string_view taken(bytes.data(), static_cast<std::size_t>(length));
+  screen_.feed(taken);
+  if (listener_) listener_(taken);
   return true;
 }
 
@@ -134,6 +149,19 @@ void Terminal::settle() {
 bool Terminal::shows(std::string_view text) {
   settle();
   return screen_.shows(text);
+}
+
+// In the wall's time: people sit there.
+void Terminal::watch_with(std::span<pollfd> others, milliseconds patience) {
+  const short ways = static_cast<short>(unsent_.empty() ? POLLIN : POLLIN | POLLOUT);
+  std::vector<pollfd> wait{pollfd{master_.get(), ways, 0}, pollfd{session_ ? session_->news() : -1, POLLIN, 0}};
+  wait.insert(wait.end(), others.begin(), others.end());
+  const int ready = box_time::poll_by_wall(wait, box_time::wall() + patience);
+  if (ready < 0 && errno != EINTR) fail("poll");
+  if (ready < 0) wait.assign(wait.size(), pollfd{});
+  for (std::size_t i = 0; i < others.size(); ++i) others[i].revents = wait[i + 2].revents;
+  if ((wait[0].revents & POLLOUT) != 0) send();
+  if ((wait[0].revents & POLLIN) != 0) take_in();
 }
 
 void Terminal::watch(milliseconds time) {
@@ -203,9 +231,18 @@ std::optional<Ending> Terminal::wait_for_exit(milliseconds patience) {
   return session_ ? session_->ending() : std::nullopt;
 }
 
-Mode Terminal::mode() const {
+termios Terminal::attributes() const {
   termios attributes{};
   if (tcgetattr(slave_.get(), &attributes) != 0) fail("cannot read the terminal's mode");
+  return attributes;
+}
+
+bool Terminal::maps_returns() const {
+  return (attributes().c_iflag & ICRNL) != 0;
+}
+
+Mode Terminal::mode() const {
+  const termios attributes = this->attributes();
   return {(attributes.c_lflag & ECHO) != 0, (attributes.c_lflag & ICANON) != 0, (attributes.c_lflag & ISIG) != 0};
 }
 

@@ -1,10 +1,14 @@
 // An operator's terminal: a pseudo-terminal on which a command runs, and the screen that it shows.
 #pragma once
 
+#include <poll.h>
+#include <termios.h>
+
 #include <chrono>
 #include <exception>
 #include <functional>
 #include <optional>
+#include <span>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -60,8 +64,20 @@ class Terminal {
   std::vector<std::string> last_screen() const { return screen_.rows(); }  // as far as it was taken in
   std::vector<std::string> everything_shown();  // The lines that scrolled away, then the screen.
 
+  // For who sits at a terminal of their own, and passes all through: what the command writes goes to `listener`, too; keys
+  // are sent as the command takes them; watch_with waits until something comes of it, or of `others`, which poll(2) fills in.
+  void pass_on_to(std::function<void(std::string_view)> listener) { listener_ = std::move(listener); }
+  void send_keys(std::string_view keys) { unsent_ += keys; }
+  void watch_with(std::span<pollfd> others, milliseconds patience);
+  std::vector<std::string> new_text() const { return screen_.new_text(); }
+  void let_grow_old() { screen_.grow_old(); }
+  void resize(Size size);                                         // of the window: the command gets SIGWINCH
+  bool take_stop() { return session_ && session_->take_stop(); }  // Whether the command was stopped since.
+  void go_on();
+
   std::optional<Ending> wait_for_exit(milliseconds patience);  // Nothing when the command still runs then.
   Mode mode() const;
+  bool maps_returns() const;  // the key Enter gives a line's end
 
   // Who waits at this terminal takes in what comes at the others, whose commands could not write on otherwise.
   void keep_up(std::vector<Terminal *> others) { others_ = std::move(others); }
@@ -80,6 +96,8 @@ class Terminal {
  private:
   bool wait_until(const std::function<bool()> &is_true, milliseconds patience);
   void grow_old();
+  void set_window(Size size);
+  termios attributes() const;
   bool exchange(std::chrono::nanoseconds patience);
   bool send();
   bool take_in();
@@ -93,6 +111,7 @@ class Terminal {
   Screen screen_;
   std::optional<Session> session_;
   std::vector<Terminal *> others_;
+  std::function<void(std::string_view)> listener_;
   bool is_end_told_ = false;
 };
 
