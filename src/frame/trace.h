@@ -40,6 +40,17 @@ concept CatalogueEvent = std::is_enum_v<Event> && std::convertible_to<Event, tra
 void this_event_is_an_error();
 void this_event_is_no_error();
 
+// A trace point in one word: a function gets it in a register.
+constexpr uint32_t packed(trace_events::Code code, uint32_t line) {
+  return uint32_t{code} << 16U | (line & 0xFFFFU);
+}
+constexpr trace_events::Code code_of(uint32_t packed_point) {
+  return static_cast<trace_events::Code>(packed_point >> 16U);
+}
+constexpr uint32_t line_of(uint32_t packed_point) {
+  return packed_point & 0xFFFFU;
+}
+
 // An event that is no error, and the source line at which it was written down.
 struct Point {
   trace_events::Code code;
@@ -134,7 +145,7 @@ class Trace {
 class Call {
  public:
   Call(Trace &trace, const Block &block, uint32_t line = __builtin_LINE()) : trace_(trace), block_(block) {
-    record(Level::kProgress, block.entry, line);
+    record_point(packed(block.entry, line));
   }
   // For a helper that serves several functions: each hands in its entry, with a line of its own.
   Call(Trace &trace, const Block &block, Point entry) : Call(trace, block, entry.line) {}
@@ -142,29 +153,29 @@ class Call {
   Call &operator=(const Call &) = delete;
   ~Call() {
     if (exit_has_result_)
-      record(Level::kProgress, block_.exit, block_.line, Word(result_));
+      record_point(packed(block_.exit, block_.line), Word(result_).value);
     else
-      record(Level::kProgress, block_.exit, block_.line);
+      record_point(packed(block_.exit, block_.line));
   }
 
   // Records a point: normal progress, or at another level where the function says so.
   template <class... Words>
-  requires(sizeof...(Words) <= 2) void point(Point at, Words... words) const {
-    record(Level::kProgress, at.code, at.line, Word(words)...);
+  requires(sizeof...(Words) <= 2) [[gnu::always_inline]] void point(Point at, Words... words) const {
+    record_point(packed(at.code, at.line), Word(words).value...);
   }
   template <class... Words>
-  requires(sizeof...(Words) <= 2) void point(Level level, Point at, Words... words) const {
-    record(level, at.code, at.line, Word(words)...);
+  requires(sizeof...(Words) <= 2) [[gnu::always_inline]] void point(Level level, Point at, Words... words) const {
+    record(level, packed(at.code, at.line), Word(words).value...);
   }
 
   // An error that the library's own logic found, and one of a system or service call.
   template <class... Words>
-  requires(sizeof...(Words) <= 2) void error(Error at, Words... words) const {
-    record(Level::kError, at.code, at.line, Word(words)...);
+  requires(sizeof...(Words) <= 2) [[gnu::always_inline]] void error(Error at, Words... words) const {
+    record_error(packed(at.code, at.line), Word(words).value...);
   }
   template <class... Words>
-  requires(sizeof...(Words) <= 2) void system_error(Error at, Words... words) const {
-    record(Level::kSystemError, at.code, at.line, Word(words)...);
+  requires(sizeof...(Words) <= 2) [[gnu::always_inline]] void system_error(Error at, Words... words) const {
+    record(Level::kSystemError, packed(at.code, at.line), Word(words).value...);
   }
 
   // For functions whose exit record carries the result.
@@ -175,15 +186,24 @@ class Call {
   }
 
  private:
+  template <class... Words>
+  void record_point(uint32_t at, Words... words) const {
+    record(Level::kProgress, at, words...);
+  }
+  template <class... Words>
+  void record_error(uint32_t at, Words... words) const {
+    record(Level::kError, at, words...);
+  }
+
   // A signal handler of the maintenance command may call the library in the middle of this. The handler's calls leave the
   // module's record as they found it, also when it is half built. One copy of this serves the whole library.
   template <class... Words>
-  [[gnu::noinline]] void record(Level level, trace_events::Code code, uint32_t line, Words... words) const {
+  [[gnu::noinline]] void record(Level level, uint32_t at, Words... words) const {
     Trace &trace = trace_;
     const Trace::Content interrupted = trace.content();
-    trace.begin(line);
+    trace.begin(line_of(at));
     (trace.add(words), ...);
-    trace.write(level, code);
+    trace.write(level, code_of(at));
     trace.restore(interrupted);
   }
 
@@ -194,7 +214,7 @@ class Call {
 };
 
 // Whether an argument is given. Records this error if it is null.
-inline bool is_given(const Call &call, Error not_given, const void *argument) {
+[[gnu::always_inline]] inline bool is_given(const Call &call, Error not_given, const void *argument) {
   if (argument == nullptr) call.error(not_given);
   return argument != nullptr;
 }

@@ -2,11 +2,6 @@
 
 namespace lmainte {
 
-bool has_time(const Call &call, Error no_time_limit, int32_t time_limit) {
-  if (time_limit <= 0) call.error(no_time_limit);
-  return time_limit > 0;
-}
-
 const char *find_line(const Call &call, const Operation &operation, Error no_mode, int32_t mode) {
   const char *line = operation.line_of(mode);
   if (line == nullptr) call.error(no_mode, mode);

@@ -52,7 +52,10 @@ int32_t judge(const Call &call, const Operation &operation, Error refused, int32
 }
 
 // Whether there is time for the operation. Records this error if not.
-bool has_time(const Call &call, Error no_time_limit, int32_t time_limit);
+[[gnu::always_inline]] inline bool has_time(const Call &call, Error no_time_limit, int32_t time_limit) {
+  if (time_limit <= 0) call.error(no_time_limit);
+  return time_limit > 0;
+}
 
 // The argument line of a mode. Returns null, and records this error, if the operation does not have the mode.
 const char *find_line(const Call &call, const Operation &operation, Error no_mode, int32_t mode);
