@@ -15,6 +15,7 @@
 #include <utility>
 
 #include "host/base/descriptor.h"
+#include "host/base/signal_name.h"
 #include "host/box/advice.h"
 #include "host/box/box_error.h"
 #include "host/box/mapping_guard.h"
@@ -214,6 +215,18 @@ DeviationRow row_for(const Deviation &deviation) {
 }
 
 }  // namespace
+
+std::string_view word_of(Way way) {
+  constexpr std::array<std::string_view, 10> kWords{"nothing", "refused", "busy", "missing", "short",
+                                                    "long",    "end",     "exit", "hang",    "signal"};
+  return kWords[static_cast<std::size_t>(way)];
+}
+
+std::string text_of(const Turn &turn) {
+  const std::string word(word_of(turn.way));
+  if (turn.way == Way::kExit) return word + " " + std::to_string(turn.value);
+  return turn.way == Way::kSignal ? word + " " + base::signal_name(turn.value) : word;
+}
 
 bool PointKindRow::can(Way way) const {
   return std::ranges::find(ways, way) != ways.end();

@@ -45,11 +45,17 @@ enum class Way : std::uint32_t {
   kSignal    // the process gets this signal before it goes on
 };
 
+// As people write it: "missing".
+std::string_view word_of(Way way);
+
 // What happens at a point. The value is that of kExit or kSignal.
 struct Turn {
   Way way = Way::kUsual;
   int value = 0;
 };
+
+// "missing", "exit 206", "signal SIGKILL"
+std::string text_of(const Turn &turn);
 
 // A kind by the word that people write, with the ways that it can go.
 struct PointKindRow {

@@ -149,9 +149,13 @@ Sentences locked_databases(const box::Place &place) {
   return sentences;
 }
 
+Sentences switched_in_hardware(const box::Place &place) {
+  return in_databases(place, [&] { return left_in_hardware(place, {}); });
+}
+
 Before before_command(const box::Place &place, const terminal::Terminal &terminal, bool others_work) {
   Before before{terminal.mode(), files_in_tmp(place), processes_of(place)};
-  if (others_work) before.hardware = in_databases(place, [&] { return left_in_hardware(place, {}); });
+  if (others_work) before.hardware = switched_in_hardware(place);
   return before;
 }
 

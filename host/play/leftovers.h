@@ -28,6 +28,9 @@ Before before_command(const box::Place &place, const terminal::Terminal &termina
 std::vector<std::string> leftovers(const box::Place &place, const terminal::Terminal &terminal, const Before &before,
                                    const std::vector<std::string> &detached);
 
+// What is switched in the hardware, read as leftovers() reads it: whatever a command has left there.
+std::vector<std::string> switched_in_hardware(const box::Place &place);
+
 // Its parts.
 std::vector<std::string> left_in_hardware(const box::Place &place, const std::vector<std::string> &detached);
 std::vector<std::string> locked_databases(const box::Place &place);

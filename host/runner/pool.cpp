@@ -73,7 +73,7 @@ class Pool {
  private:
   void begin(std::size_t job) {
     JobEnding ending;
-    ending.interrupted = was_interrupted_;
+    ending.interrupted = was_interrupted_ || (rules_.last_begin && Clock::now() > *rules_.last_begin);
     if (ending.interrupted) return onlooker_.ends(job, ending);
     onlooker_.begins(job);
     try {

@@ -3,6 +3,7 @@
 
 #include <chrono>
 #include <functional>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -35,6 +36,8 @@ struct PoolRules {
   int alarm;                        // As soon as this descriptor becomes readable, all get it, and no other is begun.
   // A play that is ended gives its command three seconds, and removes its box.
   std::chrono::milliseconds to_clear_up{15'000};
+  // None is begun any more after this moment; nothing: each is begun.
+  std::optional<std::chrono::steady_clock::time_point> last_begin{};
 };
 
 // Returns when each job was told to have ended: whether one had to be killed, which did not clear up behind itself.

@@ -6,6 +6,7 @@
 #include <fstream>
 #include <system_error>
 
+#include "host/base/shown.h"
 #include "host/script/values.h"
 
 namespace script {
@@ -145,6 +146,24 @@ std::string joined(const Words &words, std::size_t from) {
   std::string line;
   for (std::size_t i = from; i < words.size(); ++i) line += (i == from ? "" : " ") + words[i];
   return line;
+}
+
+std::string as_word(const std::string &word, std::string_view plain) {
+  const auto is_plain = [&](char c) {
+    const bool is_usual = (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9') || c == '_';
+    return is_usual || plain.find(c) != std::string_view::npos;
+  };
+  if (!word.empty() && word.front() != '#' && std::all_of(word.begin(), word.end(), is_plain)) return word;
+  std::string quoted = "\"";
+  for (const char c : word) {
+    if (c == '"' || c == '\\') quoted += '\\';
+    if (c >= ' ' && c <= '~') {
+      quoted += c;
+    } else {
+      quoted += base::escape_of(c);
+    }
+  }
+  return quoted + "\"";
 }
 
 std::string text_of(std::istream &in, const std::string &name, std::size_t longest) {

@@ -75,6 +75,10 @@ class Reader {
 // Words with a blank between two, from one of them on.
 std::string joined(const Words &words, std::size_t from = 0);
 
+// A word as a reader that has quotes takes it: in quotes where it has other characters than letters, digits, _ and those that are
+// named to be plain, too.
+std::string as_word(const std::string &word, std::string_view plain = {});
+
 // All of a file, or of a stream that `name` names to people, up to this length. Throws Error: "walk.play: there is no such
 // file".
 inline constexpr std::size_t kLongestText = std::size_t{64} << 20U;

@@ -2,13 +2,13 @@
 #include <bit>
 #include <set>
 
-#include "host/base/shown.h"
 #include "host/box/breakage.h"
 #include "host/box/inventory_kinds.h"
 #include "host/box/inventory_records.h"
 #include "host/box/partitions.h"
 #include "host/box/record_words.h"
 #include "host/box/records.h"
+#include "host/script/script.h"
 #include "host/spbox/dump.h"
 
 namespace spbox {
@@ -19,24 +19,6 @@ constexpr std::string_view kDigits = "0123456789abcdef";
 
 bool printable(std::string_view text) {
   return std::all_of(text.begin(), text.end(), [](char c) { return c >= ' ' && c <= '~'; });
-}
-
-// In quotes where it is no plain word.
-std::string word(const std::string &text) {
-  const auto plain = [](char c) {
-    return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9') || c == '_';
-  };
-  if (!text.empty() && std::all_of(text.begin(), text.end(), plain)) return text;
-  std::string quoted = "\"";
-  for (const char c : text) {
-    if (c == '"' || c == '\\') quoted += '\\';
-    if (c >= ' ' && c <= '~') {
-      quoted += c;
-    } else {
-      quoted += base::escape_of(c);
-    }
-  }
-  return quoted + "\"";
 }
 
 // What is written down where: names by the offset in a record.
@@ -95,7 +77,7 @@ class Writer {
       if (const auto kept = box::record_of_key(key)) {
         add_record(key, kept->name, box::Bytes(value.begin(), value.end()));
       } else {
-        out_ += "setting " + word(key) + " " + word(value) + "\n";
+        out_ += "setting " + script::as_word(key) + " " + script::as_word(value) + "\n";
       }
     }
   }
@@ -104,7 +86,7 @@ class Writer {
     if (std::endian::native == std::endian::little) box::swap_words(name, record);
     Labels rows;
     if (const auto known = book_.find(name); known != book_.end()) rows = known->second;
-    out_ += "record " + word(key) + " " + std::to_string(record.size());
+    out_ += "record " + script::as_word(key) + " " + std::to_string(record.size());
     if (rows.size() == 1 && rows.begin()->first == 0) {
       out_ += "  # " + rows.begin()->second;
       rows.clear();

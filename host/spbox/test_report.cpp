@@ -30,6 +30,8 @@ Json json_of_screens(const runner::Result &result) {
   return screens;
 }
 
+}  // namespace
+
 // Of what passed, there is no more to tell.
 Json json_of_result(const runner::Result &result) {
   Json::Object members{{"name", result.name},
@@ -47,7 +49,9 @@ Json json_of_result(const runner::Result &result) {
   return members;
 }
 
-std::string json_report(std::span<const runner::Result> results, milliseconds time) {
+namespace {
+
+Json json_report(std::span<const runner::Result> results, milliseconds time) {
   Json::List plays;
   for (const runner::Result &result : results) plays.push_back(json_of_result(result));
   const Json::Object report{{"plays", plays},
@@ -55,7 +59,7 @@ std::string json_report(std::span<const runner::Result> results, milliseconds ti
                             {"wrong", std::ranges::count_if(results, runner::is_wrong, &runner::Result::verdict)},
                             {"unplayed", count(results, runner::Verdict::kUnplayed)},
                             {"milliseconds", time.count()}};
-  return Json(report).text();
+  return report;
 }
 
 // As write_whole_file does it: a new file beside it takes its place.
@@ -93,10 +97,15 @@ void check_reports(const TestReports &files) {
   check_report("--json", files.json);
 }
 
+bool write_reports(const TestReports &files, const std::string &suite, std::span<const runner::Result> results,
+                   milliseconds time, std::chrono::system_clock::time_point begin, const Json &json) {
+  const bool has_junit = write_report(files.junit, runner::junit(suite, results, time, begin));
+  return write_report(files.json, json.text()) && has_junit;
+}
+
 bool write_reports(const TestReports &files, std::span<const runner::Result> results, milliseconds time,
                    std::chrono::system_clock::time_point begin) {
-  const bool has_junit = write_report(files.junit, runner::junit("spbox test", results, time, begin));
-  return write_report(files.json, json_report(results, time)) && has_junit;
+  return write_reports(files, "spbox test", results, time, begin, json_report(results, time));
 }
 
 }  // namespace spbox

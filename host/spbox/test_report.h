@@ -1,4 +1,4 @@
-// The files in which `spbox test` reports.
+// The files in which `spbox test` and `spbox sweep` report.
 #pragma once
 
 #include <chrono>
@@ -7,6 +7,7 @@
 #include <string>
 
 #include "host/runner/result.h"
+#include "host/spbox/json.h"
 
 namespace spbox {
 
@@ -20,5 +21,10 @@ void check_reports(const TestReports &files);
 // Each is whole, or as it was before. False, and a sentence for the user, where one could not be written.
 bool write_reports(const TestReports &files, std::span<const runner::Result> results, std::chrono::milliseconds time,
                    std::chrono::system_clock::time_point begin);
+
+// The same of a verb whose JSON has more, or other members. The suite is called as the verb is.
+bool write_reports(const TestReports &files, const std::string &suite, std::span<const runner::Result> results,
+                   std::chrono::milliseconds time, std::chrono::system_clock::time_point begin, const Json &json);
+Json json_of_result(const runner::Result &result);
 
 }  // namespace spbox

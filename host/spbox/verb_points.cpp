@@ -1,6 +1,5 @@
 // The points of the commands in a box, counted, and what happens at some of them instead of what is usual.
 #include <algorithm>
-#include <charconv>
 #include <memory>
 
 #include "host/base/listed.h"
@@ -14,7 +13,6 @@
 #include "host/spbox/text.h"
 #include "host/spbox/verbs.h"
 #include "host/trace_book/event_names.h"
-#include "host/trace_book/pages.h"
 
 namespace spbox {
 namespace {
@@ -34,47 +32,30 @@ struct DeviateOptions {
   std::string signal;
 };
 
-// The ways as people write them and read of them.
-struct WayRow {
+// The ways that take no value, by the option of each.
+struct WayFlag {
   box::Way way;
-  const char *word;
-  bool DeviateOptions::*flag;  // null: it takes a value
+  bool DeviateOptions::*flag;
 };
-constexpr WayRow kWays[] = {
-    {box::Way::kRefused, "refused", &DeviateOptions::refused},
-    {box::Way::kBusy, "busy", &DeviateOptions::busy},
-    {box::Way::kMissing, "missing", &DeviateOptions::missing},
-    {box::Way::kShort, "short", &DeviateOptions::shorter},
-    {box::Way::kLong, "long", &DeviateOptions::longer},
-    {box::Way::kEnd, "end", &DeviateOptions::end},
-    {box::Way::kHang, "hang", &DeviateOptions::hang},
-    {box::Way::kExit, "exit", nullptr},
-    {box::Way::kSignal, "signal", nullptr},
+constexpr WayFlag kWayFlags[] = {
+    {box::Way::kRefused, &DeviateOptions::refused}, {box::Way::kBusy, &DeviateOptions::busy},
+    {box::Way::kMissing, &DeviateOptions::missing}, {box::Way::kShort, &DeviateOptions::shorter},
+    {box::Way::kLong, &DeviateOptions::longer},     {box::Way::kEnd, &DeviateOptions::end},
+    {box::Way::kHang, &DeviateOptions::hang},
 };
 
-const WayRow &row_of(box::Way way) {
-  return *std::ranges::find(kWays, way, &WayRow::way);
-}
-
-std::string turn_text(const box::Turn &turn) {
-  if (turn.way == box::Way::kUsual) return "nothing";
-  if (turn.way == box::Way::kExit) return "exit " + std::to_string(turn.value);
-  if (turn.way == box::Way::kSignal) return "signal " + base::signal_name(turn.value);
-  return row_of(turn.way).word;
-}
-
-// A trace event by the names of its function and of itself, as scripts write them; what is none, as it is.
-std::string event_text(const std::string &digits) {
-  std::uint32_t event = 0;
-  const char *const end = std::from_chars(digits.data(), digits.data() + digits.size(), event, 16).ptr;
-  const auto code = end == digits.data() + digits.size() ? trace_book::code_of(event) : std::nullopt;
-  const trace_book::Function *function = code ? trace_book::function_of(*code) : nullptr;
-  const trace_book::Event *at = function == nullptr ? nullptr : trace_book::event_of(*function, *code);
-  return at == nullptr ? digits : std::string(function->name) + " " + std::string(at->name);
+// Those of a kind, as options, beside --signal.
+std::vector<std::string> ways_of(const box::PointKindRow &row) {
+  std::vector<std::string> ways;
+  for (const WayFlag &way : kWayFlags) {
+    if (row.can(way.way)) ways.push_back("--" + std::string(box::word_of(way.way)));
+  }
+  if (row.can(box::Way::kExit)) ways.emplace_back("--exit");
+  return ways;
 }
 
 std::string name_text(box::PointKind kind, const std::string &name) {
-  return kind == box::PointKind::kTrace ? event_text(name) : name;
+  return kind == box::PointKind::kTrace ? trace_book::event_text(name) : name;
 }
 
 std::string point_text(box::PointKind kind, const std::string &name, std::uint32_t number) {
@@ -94,7 +75,7 @@ Json points_json(const box::Points &points, bool counting) {
     deviations.push_back(Json::Object{{"kind", box::row_of(deviation.kind).word},
                                       {"name", name_text(deviation.kind, deviation.name)},
                                       {"at", deviation.number},
-                                      {"what", turn_text(deviation.turn)},
+                                      {"what", box::text_of(deviation.turn)},
                                       {"pid", deviation.happened == 0 ? Json() : Json(deviation.happened)}});
   }
   return Json::Object{{"counting", counting}, {"counts", counts}, {"deviations", deviations}, {"lost", points.lost}};
@@ -116,7 +97,7 @@ void print_points(const box::Points &points) {
   if (points.deviations.empty()) return;
   std::vector<std::vector<std::string>> table{{"Deviation", "What", "Happened"}};
   for (const box::Deviation &deviation : points.deviations) {
-    table.push_back({point_text(deviation.kind, deviation.name, deviation.number), turn_text(deviation.turn),
+    table.push_back({point_text(deviation.kind, deviation.name, deviation.number), box::text_of(deviation.turn),
                      happened_text(deviation)});
   }
   print_line("");
@@ -160,11 +141,7 @@ std::string kinds_text() {
   for (const box::PointKindRow &row : box::kPointKinds) {
     std::string left = "  " + std::string(row.word) + (row.name.empty() ? "" : " ") + std::string(row.name);
     left.resize(24, ' ');
-    std::vector<std::string> ways;
-    for (const WayRow &way : kWays) {
-      if (way.way != box::Way::kSignal && row.can(way.way)) ways.push_back("--" + std::string(way.word));
-    }
-    text += left + std::string(row.what) + "\n" + std::string(24, ' ') + base::listed(ways) + "\n";
+    text += left + std::string(row.what) + "\n" + std::string(24, ' ') + base::listed(ways_of(row)) + "\n";
   }
   return text;
 }
@@ -208,8 +185,8 @@ int signal_in(const std::string &text) {
 
 std::vector<box::Turn> turns_in(const DeviateOptions &options) {
   std::vector<box::Turn> turns;
-  for (const WayRow &row : kWays) {
-    if (row.flag != nullptr && options.*row.flag) turns.push_back({row.way, 0});
+  for (const WayFlag &row : kWayFlags) {
+    if (options.*row.flag) turns.push_back({row.way, 0});
   }
   if (options.exit) turns.push_back({box::Way::kExit, *options.exit});
   if (!options.signal.empty()) turns.push_back({box::Way::kSignal, signal_in(options.signal)});
@@ -223,7 +200,7 @@ void check(DeviateOptions &options) {
   const std::vector<box::Turn> turns = turns_in(options);
   if (turns.size() != 1) throw UsageError("what is to happen? Give one of the options of this kind of point.");
   if (!kind.can(turns.front().way)) {
-    throw UsageError("`" + options.kind + "` takes no --" + row_of(turns.front().way).word + ".");
+    throw UsageError("`" + options.kind + "` takes no --" + std::string(box::word_of(turns.front().way)) + ".");
   }
   deviation.kind = kind.kind;
   deviation.turn = turns.front();
@@ -235,7 +212,7 @@ int deviate(const DeviateOptions &options) {
   const box::Deviation &deviation = options.deviation;
   box::deviate(place, deviation);
   print_line("At " + point_text(deviation.kind, deviation.name, deviation.number) +
-             " this happens: " + turn_text(deviation.turn) + ".");
+             " this happens: " + box::text_of(deviation.turn) + ".");
   print_line(box::advice({"points", options.box, "--forget"}) + " lets all happen as usual.");
   return 0;
 }

@@ -1,6 +1,7 @@
 #include "host/trace_book/event_names.h"
 
 #include <algorithm>
+#include <charconv>
 
 #include "host/trace_book/pages.h"
 
@@ -35,6 +36,15 @@ std::optional<std::uint32_t> event_named(std::string_view function, std::string_
 
 std::optional<std::uint32_t> event_in_words(std::string_view function, std::string_view phrase) {
   return event_by(&Event::text, function, phrase);
+}
+
+std::string event_text(const std::string &digits) {
+  std::uint32_t event = 0;
+  const char *const end = std::from_chars(digits.data(), digits.data() + digits.size(), event, 16).ptr;
+  const auto code = end == digits.data() + digits.size() ? code_of(event) : std::nullopt;
+  const Function *of = code ? function_of(*code) : nullptr;
+  const Event *at = of == nullptr ? nullptr : event_of(*of, *code);
+  return at == nullptr ? digits : std::string(of->name) + " " + std::string(at->name);
 }
 
 bool is_written_by(std::uint32_t event, std::string_view function) {

@@ -7,6 +7,7 @@
 
 #include <cstdint>
 #include <optional>
+#include <string>
 #include <string_view>
 #include <vector>
 
@@ -17,6 +18,10 @@ std::optional<std::uint32_t> event_named(std::string_view function, std::string_
 
 // The event of a function by its phrase: "a child was started". The first one of two that are worded alike.
 std::optional<std::uint32_t> event_in_words(std::string_view function, std::string_view phrase);
+
+// An event by the names of its function and of itself, from its eight hexadecimal digits: "lmainte_exec entry". What is none
+// stays as it is.
+std::string event_text(const std::string &digits);
 
 // Whether this function writes the event, or one of the two that write it alike.
 bool is_written_by(std::uint32_t event, std::string_view function);
