@@ -16,6 +16,7 @@ std::vector<Verb> change_verbs();  // pull, insert, fault, degrade, repair
 Verb technician_verb();
 Verb play_verb();
 Verb test_verb();
+Verb sweep_verb();
 Verb record_verb();
 Verb program_verb();
 Verb daemon_verb();

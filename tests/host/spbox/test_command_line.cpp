@@ -102,6 +102,7 @@ TEST_F(CommandLine, WithAnEmptyDirIsRefusedByEveryVerb) {
     if (verb.name == "create") line.push_back("--force");
     if (verb.name == "play") line.insert(line.end(), {"--box", ""});
     if (verb.name == "test") line = {"test", ""};
+    if (verb.name == "sweep") line = {"sweep", "letter", "--findings", ""};
     if (verb.name == "daemon") line = {"daemon", ""};
     if (verb.name == "program") line = {"program", ""};
     const Done result = spbox(line);

@@ -1,0 +1,457 @@
+// Plays a good play again and again, each time with something otherwise, and judges what the command makes of it.
+#include <sys/resource.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <csignal>
+#include <filesystem>
+#include <fstream>
+#include <memory>
+#include <set>
+
+#include "host/base/descriptor.h"
+#include "host/play/interrupts.h"
+#include "host/play/own_folder.h"
+#include "host/play/performance.h"
+#include "host/runner/judge.h"
+#include "host/runner/telling.h"
+#include "host/spbox/play_verbs.h"
+#include "host/spbox/progress_line.h"
+#include "host/spbox/standard_output.h"
+#include "host/spbox/test_report.h"
+#include "host/spbox/verbs.h"
+#include "host/spbox/whole_file.h"
+#include "host/sweep/outcome.h"
+#include "host/sweep/plan.h"
+#include "host/sweep/replay.h"
+#include "host/sweep/table.h"
+#include "host/terminal/terminal.h"
+
+namespace spbox {
+namespace {
+
+namespace fs = std::filesystem;
+using std::chrono::milliseconds;
+using SweepClock = std::chrono::steady_clock;
+
+constexpr int kReportFd = 3;
+constexpr milliseconds kLongestReplay{120'000};     // on the wall
+constexpr milliseconds kLongestSilence{3'600'000};  // of a command, in the box's time
+
+struct SweepOptions {
+  play::Files files;
+  std::vector<std::string> words;  // NAME=VALUE
+  play::Values values;
+  sweep::PlanRules plan;
+  std::string share;
+  std::size_t width = static_cast<std::size_t>(std::max(1L, sysconf(_SC_NPROCESSORS_ONLN)));
+  std::uint32_t limit = 0;  // seconds on the wall; 0: none
+  bool list = false;
+  TestReports reports;
+  fs::path findings;
+
+  // Of one replay.
+  fs::path good;
+  std::string numbers;
+};
+
+fs::path this_program() {
+  return fs::read_symlink("/proc/self/exe");
+}
+
+sweep::ReplayRules rules_for(int alarm) {
+  return {this_program().string(), kLongestSilence, alarm};
+}
+
+std::vector<play::Step> steps_of(const SweepOptions &options) {
+  auto steps = play::prepare(options.files, options.values, verbs_that_work_on_box());
+  for (const play::Step &step : steps) {
+    if (step.row->traits.turns_to_operator) throw step.error("a sweep follows one operator");
+    const bool is_of_points = step.row->traits.names_verb && (step.words[0] == "points" || step.words[0] == "deviate");
+    if (is_of_points) throw step.error("the points of a play that is swept are the sweep's");
+  }
+  return steps;
+}
+
+// ---- one replay, for the process that counts
+
+int replay_one(const SweepOptions &options, int alarm) {
+  const auto steps = steps_of(options);
+  const auto good = sweep::good_in(script::text_of_file(options.good));
+  const auto all = sweep::all_deviations(steps, good);
+  std::vector<sweep::Deviation> met;
+  for (const std::size_t number : sweep::case_in(options.numbers, all.size())) met.push_back(all[number]);
+  const sweep::Course course = sweep::replay(steps, good, met, rules_for(alarm));
+  const auto faults = course.happened ? sweep::faults_of(course, good) : std::vector<sweep::Fault>{};
+  base::write_all(kReportFd, sweep::text_of(course, faults));
+  return faults.empty() ? 0 : kFailure;
+}
+
+// ---- all of them
+
+double seconds_of_processor() {
+  rusage usage{};
+  getrusage(RUSAGE_CHILDREN, &usage);
+  const auto seconds = [](const timeval &time) {
+    return static_cast<double>(time.tv_sec) + static_cast<double>(time.tv_usec) / 1e6;
+  };
+  return seconds(usage.ru_utime) + seconds(usage.ru_stime);
+}
+
+// A play that shows a fault, one for all replays that show the same.
+struct Finding {
+  std::string fault;  // "exit: maintenance mode is on, ..."
+  fs::path play;
+  std::size_t replays = 1;
+  bool is_shown = false;  // the play failed once more
+};
+
+class Sweep {
+ public:
+  Sweep(const SweepOptions &options, std::vector<play::Step> steps, sweep::Good good, int alarm)
+      : options_(options),
+        steps_(std::move(steps)),
+        good_(std::move(good)),
+        alarm_(alarm),
+        all_(sweep::all_deviations(steps_, good_)),
+        cases_(sweep::plan(all_, options.plan)) {
+    write_whole_file(good_file(), sweep::text_of(good_));
+    for (const sweep::Case &one : cases_) {
+      jobs_.push_back({sweep::name_of(one, all_), command(one)});
+      const sweep::Deviation &first = all_[one.front()];
+      const bool is_pair = one.size() > 1;
+      tried_.push_back({is_pair ? "pair" : sweep::kind_of(first), is_pair ? "" : std::string(first.row->word), {}});
+      tried_.back().result.name = name_in_report(one);
+    }
+  }
+
+  void run() {
+    runner::PoolRules rules{options_.width, kLongestReplay, alarm_};
+    if (options_.limit > 0) rules.last_begin = begin_ + std::chrono::seconds(options_.limit);
+    const bool has_killed =
+        run_side_by_side(jobs_, rules,
+                         {.begins = [&](std::size_t job) { at_work_.insert(job); },
+                          .ends = [&](std::size_t job, const runner::JobEnding &ending) { ends(job, ending); },
+                          .second_passes = [&] { show_progress(); }});
+    line_.clear();
+    processor_ = seconds_of_processor();
+    time_ = since_begin();
+    show_findings_again();
+    if (has_killed) play::OwnFolder::remove_what_the_dead_left();
+  }
+
+  void list() const {
+    for (const runner::Job &job : jobs_) print_line(job.name);
+  }
+
+  int report(std::chrono::system_clock::time_point date) const {
+    const auto results = results_of();
+    print_line("");
+    print(sweep::table_of(sweep::tallies_of(tried_)));
+    tell_findings();
+    print_line("");
+    print_line(summary(results));
+    const bool are_written = write_reports(options_.reports, "spbox sweep", results, time_, date, json(results));
+    const bool is_good = std::ranges::none_of(results, runner::is_wrong, &runner::Result::verdict);
+    return is_good && are_written ? 0 : kFailure;
+  }
+
+ private:
+  fs::path good_file() const { return folder_.path() / "good"; }
+
+  std::vector<std::string> command(const sweep::Case &one) const {
+    std::vector<std::string> words{this_program(),      "sweep", "--good", good_file(), "--numbers",
+                                   sweep::text_of(one), "--"};
+    words.push_back(options_.files.script);
+    words.insert(words.end(), options_.words.begin(), options_.words.end());
+    return words;
+  }
+
+  // Readers of JUnit group by what stands before the last slash.
+  std::string name_in_report(const sweep::Case &one) const {
+    const std::string stem = options_.files.script.stem().string();
+    if (one.size() > 1) return stem + "/pairs/" + sweep::name_of(one, all_);
+    return stem + "/" + std::string(all_[one.front()].row->word) + "/" + sweep::name_of(one, all_);
+  }
+
+  void ends(std::size_t job, const runner::JobEnding &ending) {
+    at_work_.erase(job);
+    runner::Result &result = tried_[job].result;
+    const std::string name = result.name;
+    const sweep::Outcome outcome = sweep::outcome_in(ending.told);
+    result = runner::judge(ending, kLongestReplay);
+    result.name = name;
+    result.account = {};
+    const bool is_played = outcome.is_told && !ending.hung && !ending.interrupted;
+    if (is_played && !outcome.happened) {
+      result.verdict = runner::Verdict::kUnplayed;
+      result.reason = "the command did not come there\n";
+    }
+    if (is_played && !outcome.faults.empty()) {
+      result.verdict = runner::Verdict::kFailed;
+      result.reason.clear();
+      for (const sweep::Fault &fault : outcome.faults) {
+        result.reason += fault.what + "\n";
+        keep(fault, outcome, jobs_[job].name, tried_[job]);
+      }
+    }
+    ++done_;
+    if (!is_wrong(result.verdict)) return show_progress();
+    ++wrong_;
+    line_.clear();
+    print(row_of(result.verdict).word + ("  " + jobs_[job].name) + "\n    " + runner::headline_of(result) + "\n");
+    std::fflush(stdout);
+  }
+
+  void show_progress() {
+    if (line_.width() == 0) return;
+    runner::Progress progress{done_, jobs_.size(), wrong_, {}, since_begin()};
+    for (const std::size_t job : at_work_) progress.at_work.push_back(jobs_[job].name);
+    line_.show(told_of(progress, line_.width()));
+  }
+
+  milliseconds since_begin() const { return std::chrono::duration_cast<milliseconds>(SweepClock::now() - begin_); }
+
+  // ---- findings
+
+  void keep(const sweep::Fault &fault, const sweep::Outcome &outcome, const std::string &name,
+            const sweep::Tried &tried) {
+    const std::string key = tried.kind + " " + tried.deviation + ": " + fault.what;
+    const auto known = std::ranges::find(findings_, key, &Finding::fault);
+    if (known != findings_.end()) {
+      ++known->replays;
+      return;
+    }
+    const fs::path folder =
+        options_.findings.empty() ? fs::path(options_.files.script.stem().string() + ".findings") : options_.findings;
+    fs::create_directories(folder);
+    const fs::path file =
+        folder / (std::to_string(findings_.size() + 1) + "_" + plain(tried.kind + "_" + tried.deviation) + ".play");
+    write_whole_file(
+        file, sweep::finding_of("A sweep of " + options_.files.script.filename().string() + ": " + name + ".", outcome,
+                                fault));
+    findings_.push_back({key, file});
+  }
+
+  static std::string plain(std::string name) {
+    std::ranges::replace_if(
+        name, [](char c) { return c == '/' || c == ' ' || c == '-'; }, '_');
+    return name;
+  }
+
+  void show_findings_again() {
+    std::vector<runner::Job> jobs;
+    for (const Finding &finding : findings_) {
+      jobs.push_back({finding.play.string(),
+                      {this_program(), "play", "--speed", "full", "--account-fd", "3", "--", finding.play.string()}});
+    }
+    run_side_by_side(jobs, {options_.width, kLongestReplay, alarm_},
+                     {.begins = [](std::size_t) {},
+                      .ends =
+                          [&](std::size_t job, const runner::JobEnding &ending) {
+                            findings_[job].is_shown =
+                                runner::judge(ending, kLongestReplay).verdict == runner::Verdict::kFailed;
+                          },
+                      .second_passes = [] {}});
+  }
+
+  void tell_findings() const {
+    if (findings_.empty()) return;
+    print_line("");
+    print_line("Findings, each with a play that shows it:");
+    for (const Finding &finding : findings_) {
+      print_line(finding.play.string() + "  (" + std::to_string(finding.replays) + " of the replays)");
+      print_line("    " + finding.fault);
+      if (!finding.is_shown) print_line("    Played alone, this play did not fail.");
+    }
+  }
+
+  // ---- reports
+
+  std::vector<runner::Result> results_of() const {
+    std::vector<runner::Result> results;
+    for (const sweep::Tried &one : tried_) results.push_back(one.result);
+    return results;
+  }
+
+  std::size_t points() const {
+    std::size_t number = 0;
+    for (const sweep::PointRange &range : good_.points) number += range.last - range.first + 1;
+    return number;
+  }
+
+  std::string summary(std::span<const runner::Result> results) const {
+    const auto wrong = std::ranges::count_if(results, runner::is_wrong, &runner::Result::verdict);
+    const std::size_t played = results.size() - count(results, runner::Verdict::kUnplayed);
+    std::array<char, 96> cost{};
+    std::snprintf(cost.data(), cost.size(), ", %.0f s of CPU, %.0f ms each", processor_,
+                  processor_ * 1000 / static_cast<double>(std::max<std::size_t>(played, 1)));
+    return options_.files.script.string() + ": " + std::to_string(points()) + " points, " +
+           std::to_string(all_.size()) + " deviations, " + std::to_string(results.size()) + " replays in " +
+           runner::time_text(time_) + cost.data() + ": " + std::to_string(count(results, runner::Verdict::kPassed)) +
+           " passed, " + std::to_string(wrong) + " failed, " +
+           std::to_string(count(results, runner::Verdict::kUnplayed)) + " unplayed.";
+  }
+
+  Json json(std::span<const runner::Result> results) const {
+    Json::List replays, table, findings;
+    for (const runner::Result &result : results) replays.push_back(json_of_result(result));
+    for (const sweep::Tally &tally : sweep::tallies_of(tried_)) {
+      table.push_back(Json::Object{{"point", tally.kind},
+                                   {"deviation", tally.deviation},
+                                   {"passed", tally.passed},
+                                   {"failed", tally.failed},
+                                   {"unplayed", tally.unplayed}});
+    }
+    for (const Finding &finding : findings_) {
+      findings.push_back(Json::Object{{"fault", finding.fault},
+                                      {"play", finding.play.string()},
+                                      {"replays", finding.replays},
+                                      {"fails_alone", finding.is_shown}});
+    }
+    return Json::Object{{"play", options_.files.script.string()},
+                        {"points", points()},
+                        {"deviations", all_.size()},
+                        {"passed", count(results, runner::Verdict::kPassed)},
+                        {"wrong", std::ranges::count_if(results, runner::is_wrong, &runner::Result::verdict)},
+                        {"unplayed", count(results, runner::Verdict::kUnplayed)},
+                        {"milliseconds", time_.count()},
+                        {"table", table},
+                        {"findings", findings},
+                        {"replays", replays}};
+  }
+
+  const SweepOptions &options_;
+  std::vector<play::Step> steps_;
+  sweep::Good good_;
+  int alarm_;
+  std::vector<sweep::Deviation> all_;
+  std::vector<sweep::Case> cases_;
+  play::OwnFolder folder_;
+  SweepClock::time_point begin_ = SweepClock::now();
+  milliseconds time_{0};
+  double processor_ = 0;
+  std::vector<runner::Job> jobs_;
+  std::vector<sweep::Tried> tried_;
+  std::vector<Finding> findings_;
+  std::set<std::size_t> at_work_;
+  std::size_t done_ = 0, wrong_ = 0;
+  ProgressLine line_;
+};
+
+int sweep_all(const SweepOptions &options, int alarm) {
+  const auto date = std::chrono::system_clock::now();
+  auto steps = steps_of(options);
+  auto good = sweep::play_well(steps, rules_for(alarm));
+  Sweep sweep(options, std::move(steps), std::move(good), alarm);
+  if (options.list) {
+    sweep.list();
+    return 0;
+  }
+  sweep.run();
+  return sweep.report(date);
+}
+
+int sweep_play(const SweepOptions &options) {
+  check_reports(options.reports);
+  const play::Interrupts interrupts;
+  int status = kFailure;
+  try {
+    status = options.good.empty() ? sweep_all(options, interrupts.alarm()) : replay_one(options, interrupts.alarm());
+  } catch (const terminal::Interrupted &) {
+  }
+  const int signal = interrupts.signal();
+  if (signal == 0) return status;
+  std::fflush(stdout);
+  std::signal(signal, SIG_DFL);
+  std::raise(signal);
+  return 128 + signal;
+}
+
+void judge_sweep_words(SweepOptions &options) {
+  try {
+    for (const auto &word : options.words) play::add_value(word, options.values);
+    if (!options.share.empty()) options.plan.shard = runner::shard_in(options.share);
+  } catch (const std::invalid_argument &wrong) {
+    throw UsageError(wrong.what() + std::string("."));
+  }
+  if (options.good.empty() != options.numbers.empty()) throw UsageError("--good and --numbers belong together.");
+}
+
+std::vector<Word> words_of_sweep(SweepOptions &options) {
+  return {{.name = "PLAY",
+           .help = "A play that passes, with a box of its own",
+           .to = &options.files.script,
+           .need = Need::kRequired},
+          {.name = "NAME=VALUE", .help = "What $NAME stands for in the play", .to = &options.words},
+          {.name = "--depth",
+           .help = "So many deviations at a time, 1 or 2; 1 without it",
+           .to = number(options.plan.depth, 1, 2),
+           .value = "N"},
+          {.name = "--pairs",
+           .help = "With --depth 2: so many pairs are drawn; 1000\nwithout it",
+           .to = number(options.plan.draws, 1, 1'000'000),
+           .value = "N"},
+          {.name = "--seed",
+           .help = "Gives the order and the pairs; 1 without it",
+           .to = number(options.plan.seed, 0, 1'000'000'000'000),
+           .value = "S"},
+          {.name = "--only",
+           .help = "Only deviations with this text in their name, as\n--list shows it",
+           .to = &options.plan.only,
+           .value = "TEXT"},
+          {.name = "--shard",
+           .help = "A share of the replays: 2/8 is the second of eight",
+           .to = &options.share,
+           .value = "K/N"},
+          {.name = "--limit",
+           .help = "No replay begins after so many seconds",
+           .to = number(options.limit, 1, 1'000'000),
+           .value = "SECONDS"},
+          {.name = "-j",
+           .help = "So many at the same time; as many as there are\nprocessors without it",
+           .to = number(options.width, 1, 1000),
+           .value = "N"},
+          {.name = "--list", .help = "Only print the deviations", .to = &options.list},
+          {.name = "--findings",
+           .help = "Keep there a play for each fault that is found;\nPLAY.findings without it",
+           .to = &options.findings,
+           .value = "DIR"},
+          {.name = "--junit",
+           .help = "Report there what became of each, for CI servers",
+           .to = &options.reports.junit,
+           .value = "FILE"},
+          {.name = "--json", .help = "The same for scripts", .to = &options.reports.json, .value = "FILE"},
+          {.name = "--good", .help = "One replay: what the good play came to", .to = &options.good, .value = "FILE"},
+          {.name = "--numbers",
+           .help = "One replay: its deviations, counted from 0; the\nreport goes to descriptor 3",
+           .to = &options.numbers,
+           .value = "N,N"}};
+}
+
+}  // namespace
+
+Verb sweep_verb() {
+  auto options = std::make_shared<SweepOptions>();
+  return {.name = "sweep",
+          .line = "Play a good play with all that can go wrong, and judge",
+          .words = words_of_sweep(*options),
+          .footer =
+              "The play is played once, and each point at which something could be otherwise\n"
+              "is counted: a control program, a record, a database, a file, a record of the\n"
+              "trace, a question to the operator. Then it is played again, once for each\n"
+              "deviation, at full speed, in a box of its own. Where the command leaves the\n"
+              "way of the play, the operator answers with care until it ends. Then it has to\n"
+              "have ended in time, with all in order or named on the screen, with a true exit\n"
+              "status and a true log.\n\n"
+              "Exit status: 0 nothing was found, 1 something was, 2 the play cannot be read,\n"
+              "or the command line makes no sense.\n\n"
+              "Examples:\n"
+              "  spbox sweep replace.play\n"
+              "  spbox sweep replace.play --only 'program ctlled' --findings found\n"
+              "  spbox sweep replace.play --depth 2 --pairs 500 --seed 7 --shard 2/8",
+          .check = [options] { judge_sweep_words(*options); },
+          .act = [options] { return sweep_play(*options); }};
+}
+
+}  // namespace spbox

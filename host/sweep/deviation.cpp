@@ -1,0 +1,258 @@
+#include "host/sweep/deviation.h"
+
+#include <algorithm>
+#include <csignal>
+#include <map>
+
+#include "host/base/signal_name.h"
+#include "host/box/inventory_kinds.h"
+#include "host/box/model.h"
+#include "host/trace_book/event_names.h"
+
+namespace sweep {
+namespace {
+
+using box::PointKind;
+using box::Way;
+using Instead = std::optional<std::vector<Words>>;
+
+constexpr std::string_view kPlain = "/#-.,=:+@%";
+const std::vector<PointKind> kPrograms{PointKind::kProgram}, kRecords{PointKind::kRead}, kLocks{PointKind::kLock};
+const std::vector<PointKind> kCalls{PointKind::kOpen,   PointKind::kLock,  PointKind::kRead,     PointKind::kWrite,
+                                    PointKind::kUnlock, PointKind::kClose, PointKind::kFile,     PointKind::kTrace,
+                                    PointKind::kLog,    PointKind::kName,  PointKind::kQuestion, PointKind::kMessage};
+const std::vector<PointKind> kQuestions{PointKind::kQuestion};
+
+// The exit statuses that the page of a program knows, and one that none knows.
+constexpr int kUnknownStatus = 77, kNotRun = 127;
+const std::map<std::string_view, std::vector<int>> kStatuses{
+    {"ctlmainte", {128, 200}},
+    {"ctlfan", {128, 219}},
+    {"judgectlfru", {128, 203, 232}},
+    {"testfru", {128, 208}},
+    {"detachfru", {128, 205}},
+    {"ctlled", {128, 206}},
+    {"setmainteflag", {128, 204}},
+    {"setupfru", {6, 136, 137}},
+    {"ioadm", {128}},
+    {"clearpci", {128, 220}},
+    {"vantamainte", {1}},
+    {"testsb", {3, 208}},
+    {"deleteboard", {6, 7, 128, 131, 132, 133, 136}},
+    {"chkfanspeed", {128, 225}},
+    {"linkboard", {128, 226}},
+};
+
+std::vector<int> statuses_of(std::string_view program) {
+  const auto known = kStatuses.find(program);
+  std::vector<int> statuses = known == kStatuses.end() ? std::vector<int>{} : known->second;
+  statuses.insert(statuses.end(), {8, kUnknownStatus});
+  return statuses;
+}
+
+// ---- what the operator does instead
+
+Instead in_place(const std::string &keys) {
+  return {{{"type", keys}}};
+}
+
+Instead before(const std::string &keys, const Occasion &occasion) {
+  Words as_before = occasion.words;
+  as_before.insert(as_before.begin(), "type");
+  return {{{"type", keys}, {"pause", "1"}, as_before}};
+}
+
+Instead gives_up(const Occasion & /*occasion*/) {
+  return in_place("q\n");
+}
+Instead ends_input(const Occasion & /*occasion*/) {
+  return in_place("\004");
+}
+Instead interrupts(const Occasion & /*occasion*/) {
+  return in_place("\003");
+}
+Instead types_nonsense(const Occasion &occasion) {
+  return before("nonsense\n", occasion);
+}
+Instead types_nothing(const Occasion &occasion) {
+  return before("\n", occasion);
+}
+Instead line_is_cut(const Occasion & /*occasion*/) {
+  return {{{"hangup"}}};
+}
+
+const std::vector<DeviationRow> kRows{
+    {"exit",
+     "a control program ends with an exit status of its page, or with another one",
+     At::kPoint,
+     kPrograms,
+     {Way::kExit, 0}},
+    {"absent", "a control program is not there", At::kPoint, kPrograms, {Way::kExit, kNotRun}},
+    {"dies", "a control program dies of a signal", At::kPoint, kPrograms, {Way::kSignal, SIGSEGV}},
+    {"hang", "a control program never ends", At::kPoint, kPrograms, {Way::kHang, 0}},
+    {"missing", "a record is not there", At::kPoint, kRecords, {Way::kMissing, 0}},
+    {"short", "a record is too short", At::kPoint, kRecords, {Way::kShort, 0}},
+    {"long", "a record is too long", At::kPoint, kRecords, {Way::kLong, 0}},
+    {"refused", "a call is refused", At::kPoint, kCalls, {Way::kRefused, 0}},
+    {"busy", "somebody else holds the lock for longer than the wait", At::kPoint, kLocks, {Way::kBusy, 0}},
+    {"end", "the operator's input is at its end", At::kPoint, kQuestions, {Way::kEnd, 0}, true},
+    {"INT", "SIGINT comes", At::kPoint, kCalls, {Way::kSignal, SIGINT}},
+    {"TERM", "SIGTERM comes", At::kPoint, kCalls, {Way::kSignal, SIGTERM}},
+    {"HUP", "SIGHUP comes", At::kPoint, kCalls, {Way::kSignal, SIGHUP}},
+    {"KILL", "SIGKILL comes, and another command begins", At::kPoint, kCalls, {Way::kSignal, SIGKILL}},
+    {.word = "q", .what = "the operator gives up", .at = At::kAnswer, .is_choice = true, .instead = gives_up},
+    {.word = "nonsense",
+     .what = "the operator types what makes no sense",
+     .at = At::kAnswer,
+     .instead = types_nonsense},
+    {.word = "empty", .what = "the operator types an empty line", .at = At::kAnswer, .instead = types_nothing},
+    {.word = "Ctrl-D",
+     .what = "the operator ends their input",
+     .at = At::kAnswer,
+     .is_choice = true,
+     .instead = ends_input},
+    {.word = "Ctrl-C", .what = "the operator interrupts", .at = At::kAnswer, .is_choice = true, .instead = interrupts},
+    {.word = "cut", .what = "the operator's line is cut", .at = At::kAnswer, .instead = line_is_cut},
+};
+
+// What records of the trace the databases' calls write stands between these calls, which are points themselves.
+bool is_of_databases(const std::string &event) {
+  const std::string text = trace_book::event_text(event);
+  return text.starts_with("lmainte_scdb_") || text.starts_with("lmainte_db_");
+}
+
+// One record of the trace is refused as another one of its event is.
+bool may_be_at(const DeviationRow &row, const PointRange &range, std::uint32_t number) {
+  if (range.kind != PointKind::kTrace) return true;
+  if (row.turn.way == Way::kRefused) return number == range.first;
+  return !is_of_databases(range.name);
+}
+
+std::vector<box::Turn> turns_of(const DeviationRow &row, const PointRange &range) {
+  if (row.turn.way != Way::kExit || row.turn.value != 0) return {row.turn};
+  std::vector<box::Turn> turns;
+  for (const int status : statuses_of(range.name)) turns.push_back({Way::kExit, status});
+  return turns;
+}
+
+void add_at_points(const DeviationRow &row, const Good &good, std::vector<Deviation> &to) {
+  for (const PointRange &range : good.points) {
+    if (std::ranges::find(row.kinds, range.kind) == row.kinds.end()) continue;
+    for (std::uint32_t number = range.first; number <= range.last; ++number) {
+      if (!may_be_at(row, range, number)) continue;
+      for (const box::Turn &turn : turns_of(row, range)) {
+        to.push_back({&row, range.command, box::Deviation{range.kind, range.name, number, turn, 0}, 0, {}});
+      }
+    }
+  }
+}
+
+std::optional<At> occasion_of(const play::Step &step) {
+  if (step.row->verb == "type") return At::kAnswer;
+  if (step.row->verb != "spbox" || step.words.size() != 2) return {};
+  if (step.words[0] == "pull") return At::kPull;
+  return step.words[0] == "insert" ? std::optional(At::kInsert) : std::nullopt;
+}
+
+void add_at_steps(const DeviationRow &row, const std::vector<play::Step> &steps, const Good &good,
+                  std::vector<Deviation> &to) {
+  std::string model;
+  std::size_t begun = 0;
+  for (std::size_t i = 0; i < steps.size(); ++i) {
+    const play::Step &step = steps[i];
+    if (step.row->traits.makes_box) model = step.words[0];
+    if (step.row->traits.starts_command) ++begun;
+    const bool runs = begun > 0 && begun <= good.commands.size() && steps[good.commands[begun - 1].start].late.empty();
+    if (!runs || !step.late.empty() || occasion_of(step) != row.at) continue;
+    if (const auto instead = row.instead({step.words, model})) to.push_back({&row, begun - 1, {}, i, *instead});
+  }
+}
+
+}  // namespace
+
+std::span<const DeviationRow> deviation_rows() {
+  return kRows;
+}
+
+std::string kind_of(const Deviation &deviation) {
+  if (deviation.point) return std::string(box::row_of(deviation.point->kind).word);
+  switch (deviation.row->at) {
+    case At::kPull:
+      return "pull";
+    case At::kInsert:
+      return "insert";
+    default:
+      return "answer";
+  }
+}
+
+std::string where(const Deviation &deviation) {
+  if (!deviation.point) return kind_of(deviation) + " at step " + std::to_string(deviation.step + 1);
+  const box::Deviation &point = *deviation.point;
+  const std::string name = point.kind == PointKind::kTrace ? trace_book::event_text(point.name) : point.name;
+  return kind_of(deviation) + (name.empty() ? "" : " " + name) + " " + std::to_string(point.number);
+}
+
+std::string what(const Deviation &deviation) {
+  return deviation.point ? box::text_of(deviation.point->turn) : std::string(deviation.row->word);
+}
+
+std::string name_of(const Deviation &deviation) {
+  return where(deviation) + ": " + what(deviation);
+}
+
+std::string line_of(const Words &words) {
+  std::string line;
+  for (const std::string &word : words) {
+    std::string kept;
+    for (const char c : word) kept += c == '$' ? "$$" : std::string(1, c);
+    line += (line.empty() ? "" : " ") + script::as_word(kept, kPlain);
+  }
+  return line;
+}
+
+std::vector<std::string> lines_of(const Deviation &deviation) {
+  std::vector<std::string> lines;
+  for (const Words &words : deviation.instead) lines.push_back(line_of(words));
+  if (!deviation.point) return lines;
+  const box::Deviation &point = *deviation.point;
+  Words words{"spbox", "deviate", std::string(box::row_of(point.kind).word)};
+  const std::string name = point.kind == PointKind::kTrace ? trace_book::event_text(point.name) : point.name;
+  if (point.kind == PointKind::kTrace && name.find(' ') != std::string::npos) {
+    words.insert(words.end(), {name.substr(0, name.find(' ')), name.substr(name.find(' ') + 1)});
+  } else if (!name.empty()) {
+    words.push_back(name);
+  }
+  words.insert(words.end(), {"--at", std::to_string(point.number), "--" + std::string(box::word_of(point.turn.way))});
+  if (point.turn.way == Way::kExit) words.push_back(std::to_string(point.turn.value));
+  if (point.turn.way == Way::kSignal) words.push_back(base::signal_name(point.turn.value).substr(3));
+  return {line_of(words)};
+}
+
+std::vector<Deviation> all_deviations(const std::vector<play::Step> &steps, const Good &good) {
+  std::vector<Deviation> all;
+  for (const DeviationRow &row : kRows) {
+    if (row.at == At::kPoint) {
+      add_at_points(row, good, all);
+    } else {
+      add_at_steps(row, steps, good, all);
+    }
+  }
+  std::erase_if(all, [&](const Deviation &deviation) {
+    return starts_control_program(steps[good.commands[deviation.command].start]);
+  });
+  return all;
+}
+
+play::Step step_of(const Words &words) {
+  play::Step step{{"the sweep", line_of(words), words}, nullptr, {}, {}, -1, {}};
+  step.row = &script::take_row(play::step_rows(), step.words);
+  if (step.row->check != nullptr) step.row->check(step.words);
+  return step;
+}
+
+bool starts_control_program(const play::Step &step) {
+  return step.row->traits.starts_command && step.words[0].starts_with("/mgb/");
+}
+
+}  // namespace sweep

@@ -1,0 +1,72 @@
+// What can be otherwise than in a good play: a row for each deviation, and each place of the play at which it can be.
+#pragma once
+
+#include <optional>
+#include <span>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "host/play/step.h"
+#include "host/sweep/good.h"
+
+namespace sweep {
+
+using script::Words;
+
+// Where a deviation can be: at a point of a command, or at a step of the play.
+enum class At { kPoint, kAnswer, kPull, kInsert };
+
+// What a place of the play offers to a deviation of a step: the words of the step, and the model of the server.
+struct Occasion {
+  const Words &words;
+  std::string_view model;
+};
+
+struct DeviationRow {
+  std::string_view word;  // "missing"
+  std::string_view what;  // "a record is not there"
+  At at;
+
+  // Of points: the kinds, and what happens there. Where a program ends with an exit status, each of those that its page knows, and
+  // one that it does not know.
+  std::vector<box::PointKind> kinds = {};
+  box::Turn turn = {};
+
+  bool is_choice = false;  // the operator's, who knows why nothing comes of it
+
+  // Of steps: what is done instead; nothing where it cannot be there.
+  std::optional<std::vector<Words>> (*instead)(const Occasion &occasion) = nullptr;
+};
+std::span<const DeviationRow> deviation_rows();
+
+// One deviation at one place.
+struct Deviation {
+  const DeviationRow *row = nullptr;
+  std::size_t command = 0;  // the number of the command that it meets
+
+  std::optional<box::Deviation> point;
+
+  std::size_t step = 0;  // the number of the step that is played otherwise
+  std::vector<Words> instead;
+};
+
+std::string where(const Deviation &deviation);    // "program ctlled 2", "step 12: type "1\n""
+std::string what(const Deviation &deviation);     // "exit 206", "missing"
+std::string name_of(const Deviation &deviation);  // "program ctlled 2: exit 206"
+std::string kind_of(const Deviation &deviation);  // "program", "answer"
+
+// The steps of a play that bring it about, as they are written.
+std::vector<std::string> lines_of(const Deviation &deviation);
+
+// Each one at each place to which the good play came, in the same order each time.
+std::vector<Deviation> all_deviations(const std::vector<play::Step> &steps, const Good &good);
+
+// A step of these words. Throws std::invalid_argument.
+play::Step step_of(const Words &words);
+std::string line_of(const Words &words);  // as a play has it
+
+// The command that a step starts is a control program, and none of an author's.
+bool starts_control_program(const play::Step &step);
+
+}  // namespace sweep

@@ -1,0 +1,39 @@
+// What a good play came to: how each of its commands ended, what each left, said and logged, and to which points it came.
+#pragma once
+
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "host/box/points.h"
+#include "host/terminal/session.h"
+
+namespace sweep {
+
+// One command of a play, from its start to its end.
+struct CommandEnd {
+  std::size_t start = 0;                   // the number of the step that started it
+  std::optional<terminal::Ending> ending;  // none: it did not end in time
+  std::vector<std::string> left;           // a sentence for each leftover
+  std::vector<std::string> logged;         // lines of `spbox log`, without time and process
+  std::vector<std::string> shown;          // lines of the screen
+};
+
+// Points of one kind and name to which one command came.
+struct PointRange {
+  box::PointKind kind{};
+  std::string name;
+  std::uint32_t first = 1, last = 0;
+  std::size_t command = 0;
+};
+
+struct Good {
+  std::vector<CommandEnd> commands;
+  std::vector<PointRange> points;
+};
+
+// As a file, from which another process reads it. Throws script::Error.
+std::string text_of(const Good &good);
+Good good_in(const std::string &text);
+
+}  // namespace sweep

@@ -1,0 +1,89 @@
+#include "host/sweep/plan.h"
+
+#include <algorithm>
+#include <sstream>
+#include <stdexcept>
+#include <utility>
+
+#include "host/base/number.h"
+
+namespace sweep {
+namespace {
+
+// The same numbers from the same seed on every machine (splitmix64).
+class Draw {
+ public:
+  explicit Draw(std::uint64_t seed) : state_(seed) {}
+
+  // From 0 to one less than `most`.
+  std::size_t below(std::size_t most) {
+    std::uint64_t z = (state_ += 0x9E3779B97F4A7C15U);
+    z = (z ^ (z >> 30U)) * 0xBF58476D1CE4E5B9U;
+    z = (z ^ (z >> 27U)) * 0x94D049BB133111EBU;
+    return static_cast<std::size_t>((z ^ (z >> 31U)) % most);
+  }
+
+ private:
+  std::uint64_t state_;
+};
+
+bool is_same_place(const Deviation &one, const Deviation &other) {
+  return where(one) == where(other);
+}
+
+std::vector<Case> pairs(const std::vector<std::size_t> &wanted, const std::vector<Deviation> &all, std::uint32_t draws,
+                        Draw &draw) {
+  std::vector<Case> cases;
+  if (wanted.size() < 2) return cases;
+  constexpr std::size_t kTries = 20;  // of a pair, where many are at one place
+  for (std::size_t tried = 0; cases.size() < draws && tried < kTries * draws; ++tried) {
+    const std::size_t one = wanted[draw.below(wanted.size())], other = wanted[draw.below(wanted.size())];
+    if (!is_same_place(all[one], all[other])) cases.push_back({std::min(one, other), std::max(one, other)});
+  }
+  return cases;
+}
+
+}  // namespace
+
+std::vector<Case> plan(const std::vector<Deviation> &all, const PlanRules &rules) {
+  std::vector<std::size_t> wanted;
+  for (std::size_t i = 0; i < all.size(); ++i) {
+    if (name_of(all[i]).find(rules.only) != std::string::npos) wanted.push_back(i);
+  }
+  Draw draw(rules.seed);
+  std::vector<Case> cases;
+  if (rules.depth == 1) {
+    for (const std::size_t number : wanted) cases.push_back({number});
+    for (std::size_t i = cases.size(); i > 1; --i) std::swap(cases[i - 1], cases[draw.below(i)]);
+  } else {
+    cases = pairs(wanted, all, rules.draws, draw);
+  }
+  std::vector<Case> share;
+  for (std::size_t i = rules.shard.number - 1; i < cases.size(); i += rules.shard.shares) share.push_back(cases[i]);
+  return share;
+}
+
+std::string name_of(const Case &one, const std::vector<Deviation> &all) {
+  std::string name;
+  for (const std::size_t number : one) name += (name.empty() ? "" : " and ") + name_of(all.at(number));
+  return name;
+}
+
+std::string text_of(const Case &one) {
+  std::string text;
+  for (const std::size_t number : one) text += (text.empty() ? "" : ",") + std::to_string(number);
+  return text;
+}
+
+Case case_in(const std::string &text, std::size_t deviations) {
+  Case numbers;
+  std::istringstream in(text);
+  for (std::string word; std::getline(in, word, ',');) {
+    const auto number = base::number_in<std::size_t>(word);
+    if (!number || *number >= deviations) throw std::invalid_argument("\"" + text + "\" names no deviations");
+    numbers.push_back(*number);
+  }
+  return numbers;
+}
+
+}  // namespace sweep

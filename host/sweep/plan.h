@@ -1,0 +1,32 @@
+// Which deviations are tried: one at a time, or two that are drawn.
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+#include "host/runner/selection.h"
+#include "host/sweep/deviation.h"
+
+namespace sweep {
+
+struct PlanRules {
+  std::string only = {};       // in the name; empty: any
+  std::uint32_t depth = 1;     // so many deviations at a time
+  std::uint32_t draws = 1000;  // so many pairs
+  std::uint64_t seed = 1;
+  runner::Shard shard = {};
+};
+
+// The numbers of the deviations that meet one replay.
+using Case = std::vector<std::size_t>;
+
+// In an order that the seed gives: the beginning of the cases is a sample of all.
+std::vector<Case> plan(const std::vector<Deviation> &all, const PlanRules &rules);
+
+std::string name_of(const Case &one,
+                    const std::vector<Deviation> &all);         // "program ctlled 2: exit 206 and log 1: refused"
+std::string text_of(const Case &one);                           // "17,203"
+Case case_in(const std::string &text, std::size_t deviations);  // Throws std::invalid_argument.
+
+}  // namespace sweep

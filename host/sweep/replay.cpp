@@ -1,0 +1,419 @@
+#include "host/sweep/replay.h"
+
+#include <algorithm>
+#include <array>
+#include <csignal>
+#include <cstdlib>
+#include <sstream>
+
+#include "host/base/signal_name.h"
+#include "host/base/told.h"
+#include "host/box/confinement.h"
+#include "host/box/inventory.h"
+#include "host/clock/hours.h"
+#include "host/clock/keeper.h"
+#include "host/include/lmainte_host.h"
+#include "host/play/stage.h"
+#include "host/sweep/careful.h"
+
+namespace sweep {
+namespace {
+
+namespace fs = std::filesystem;
+using play::Step;
+using std::chrono::milliseconds;
+using Sentences = std::vector<std::string>;
+
+constexpr milliseconds kDyingTime{2000};  // What dies with a command dies a moment later.
+constexpr int kSignalsFrom = 128;
+
+bool is_verb(const Step &step, std::initializer_list<std::string_view> verbs) {
+  return std::ranges::find(verbs, step.row->verb) != verbs.end();
+}
+
+bool ends_command(const Step &step) {
+  return is_verb(step, {"exit", "dies"});
+}
+
+// A check, or what a check needs: behind the end of a command it changes nothing.
+bool is_check(const Step &step) {
+  if (is_verb(step, {"in_order", "says", "takesaid"})) return true;
+  constexpr std::array<std::string_view, 4> kLooks{"units", "show", "log", "trace"};
+  return step.row->verb == "spbox" && std::ranges::find(kLooks, step.words[0]) != kLooks.end();
+}
+
+// A step that only people need.
+bool is_for_people(const Step &step) {
+  return is_verb(step, {"screen", "say"});
+}
+
+Words words_of(const Step &step) {
+  Words words = step.words;
+  if (step.row->traits.starts_command) {
+    std::error_code error;
+    const fs::path beside = step.folder / words[0];
+    const bool is_path = words[0].find('/') != std::string::npos && fs::path(words[0]).is_relative();
+    if (is_path && fs::is_regular_file(beside, error)) words[0] = fs::absolute(beside).lexically_normal().string();
+  }
+  words.insert(words.begin(), std::string(step.row->verb));
+  return words;
+}
+
+// "unit replaced  power supply  /PSU#0", of a line with time and process before it.
+Sentences without_times(const std::string &log) {
+  constexpr std::size_t kColumnsBefore = 2;
+  Sentences lines;
+  std::istringstream in(log);
+  std::string line;
+  std::getline(in, line);  // the heads of the columns
+  while (std::getline(in, line)) {
+    std::size_t at = 0;
+    for (std::size_t column = 0; column < kColumnsBefore && at != std::string::npos; ++column) {
+      at = line.find("  ", at);
+      if (at != std::string::npos) at = line.find_first_not_of(' ', at);
+    }
+    if (at != std::string::npos) lines.push_back(line.substr(at));
+  }
+  return lines;
+}
+
+std::size_t lines_in(const Sentences &rows) {
+  auto end = rows.end();
+  while (end != rows.begin() && std::prev(end)->empty()) --end;
+  return static_cast<std::size_t>(end - rows.begin());
+}
+
+bool is_part_of(const Sentences &some, const Sentences &all) {
+  return std::ranges::all_of(some, [&](const auto &one) { return std::ranges::find(all, one) != all.end(); });
+}
+
+// All that a play needs, and that goes with it.
+struct House {
+  House(const ReplayRules &rules)
+      : keeper(box_time::Speed{}),
+        transcript(out),
+        narrator(transcript, picture),
+        box(rules.spbox, {}, rules.alarm),
+        stage(box, narrator, rules.alarm) {}
+
+  std::ostringstream out;
+  box_time::Keeper keeper;
+  play::Transcript transcript;
+  play::Picture picture;
+  play::Narrator narrator;
+  play::Box box;
+  play::Stage stage;
+};
+
+class Replay {
+ public:
+  Replay(const std::vector<Step> &steps, const Good *good, const std::vector<Deviation> &deviations,
+         const ReplayRules &rules)
+      : steps_(steps), good_(good), deviations_(deviations), rules_(rules), house_(rules), stage_(house_.stage) {
+    // NOLINTNEXTLINE(concurrency-mt-unsafe): there is one thread
+    setenv(LMAINTE_HOST_RUN, "", 1);
+  }
+
+  Good play_well() {
+    for (at_ = 0; at_ < steps_.size(); ++at_) {
+      if (const auto wrong = perform(steps_[at_])) throw steps_[at_].error(*wrong);
+      if (!ends_command(steps_[at_])) continue;
+      found_.commands.push_back(end_of_command());
+      count_points();
+    }
+    play::wait_for_technicians(stage_);
+    return std::move(found_);
+  }
+
+  Course play_otherwise() {
+    for (at_ = 0; at_ < steps_.size(); ++at_) {
+      const Step &step = steps_[at_];
+      if (step.row->traits.starts_command && has_begun_ && have_happened()) break;
+      if (!perform_as_it_deviates(step)) return leave_way();
+      if (ends_command(step) && !is_as_good()) return tell_of_end();
+    }
+    course_.happened = have_happened();
+    course_.is_good = true;
+    return std::move(course_);
+  }
+
+ private:
+  // ---- steps
+
+  // Nothing, or why it failed.
+  std::optional<std::string> perform(const Step &step) {
+    if (is_for_people(step)) return {};
+    try {
+      const Step &with_taken = stage_.with_taken(step);
+      if (step.row->traits.starts_command) begin_command();
+      const milliseconds patience = stage_.patience;
+      if (step.row->verb == "in_order") stage_.patience = std::min(patience, kDyingTime);
+      if (step.row->verb == "type") typed_at_ = lines_in(stage_.op().terminal().everything_shown());
+      step.row->perform(stage_, with_taken);
+      if (step.row->verb == "in_order") stage_.patience = patience;
+      keep_line(with_taken);
+      is_end_kept_ = is_end_kept_ || ends_command(step);
+      if (step.row->traits.makes_box) set_points();
+      return {};
+    } catch (const terminal::Interrupted &) {
+      throw;
+    } catch (const std::exception &wrong) {
+      return base::told(wrong);
+    }
+  }
+
+  // A check behind the end is played when it holds, and written down when it does not.
+  void keep_line(const Step &step) { course_.played.push_back(line_of(words_of(step))); }
+
+  bool perform_as_it_deviates(const Step &step) {
+    for (const Deviation &deviation : deviations_) {
+      if (deviation.point || deviation.step != at_) continue;
+      has_met_.push_back(at_);
+      course_.gave_up = course_.gave_up || deviation.row->is_choice;
+      return std::ranges::all_of(deviation.instead, [&](const Words &words) { return try_step(step_of(words)); });
+    }
+    return try_step(step);
+  }
+
+  bool try_step(const Step &step) {
+    const auto wrong = perform(step);
+    if (!wrong) return true;
+    failed_ = step.text + ": " + *wrong;
+    failed_line_ = line_of(words_of(step));
+    return false;
+  }
+
+  void set_points() {
+    const auto place = house_.box.place();
+    box::count_points(place);
+    for (const Deviation &deviation : deviations_) {
+      if (!deviation.point) continue;
+      box::deviate(place, *deviation.point);
+      const auto lines = lines_of(deviation);
+      course_.played.insert(course_.played.end(), lines.begin(), lines.end());
+    }
+  }
+
+  bool have_happened() const {
+    const auto points = box::points_of(house_.box.place());
+    const bool at_points = !points || std::ranges::all_of(points->deviations, [](const auto &deviation) {
+      return deviation.happened != 0;
+    });
+    return at_points && std::ranges::all_of(deviations_, [&](const Deviation &deviation) {
+             return deviation.point || std::ranges::find(has_met_, deviation.step) != has_met_.end();
+           });
+  }
+
+  // ---- commands
+
+  void begin_command() {
+    auto &op = stage_.op();
+    const auto place = house_.box.place();
+    hardware_before_ = play::switched_in_hardware(place);
+    log_before_ = logged().size();
+    const bool is_same_terminal = op.has_terminal() && !op.terminal().hung_up();
+    shown_before_ = is_same_terminal ? lines_in(op.terminal().everything_shown()) : 0;
+    typed_at_ = shown_before_;
+    if (has_begun_) ++command_;
+    has_begun_ = true;
+    is_end_kept_ = false;
+    start_ = at_;
+  }
+
+  Sentences logged() {
+    std::error_code error;
+    const auto size = fs::file_size(house_.box.place().events(), error);
+    if (error || size == 0) return {};
+    if (size == log_size_) return log_;
+    auto log = house_.box.spbox({"log"});
+    log.wait();
+    log_size_ = size;
+    return log_ = without_times(log.output());
+  }
+
+  Sentences left() {
+    auto &op = stage_.op();
+    play::Before before = op.before();
+    before.hardware = hardware_before_;
+    for (const auto &technician : stage_.technicians.at_work()) before.processes.insert(technician.work.pid());
+    const Sentences expected = good_ == nullptr ? Sentences{} : good_->commands.at(command_).left;
+    const auto deadline = box_time::Clock::now() + kDyingTime;
+    for (;;) {
+      auto found = play::leftovers(house_.box.place(), op.terminal(), before, {});
+      const bool is_dying = std::ranges::any_of(found, [](const auto &line) { return line.ends_with(" still runs"); });
+      if (!is_dying || is_part_of(found, expected) || box_time::Clock::now() >= deadline) return found;
+      op.watch(10 * play::kLookAgain);
+    }
+  }
+
+  CommandEnd end_of_command() {
+    CommandEnd end;
+    auto &terminal = stage_.op().terminal();
+    end.start = start_;
+    if (!terminal.runs()) end.ending = terminal.wait_for_exit(milliseconds{0});
+    auto shown = terminal.everything_shown();
+    shown.resize(lines_in(shown));
+    const auto before = std::min(shown_before_, shown.size());
+    end.shown.assign(shown.begin() + static_cast<std::ptrdiff_t>(before), shown.end());
+    end.left = left();
+    const Sentences log = logged();
+    end.logged.assign(log.begin() + static_cast<std::ptrdiff_t>(std::min(log_before_, log.size())), log.end());
+    return end;
+  }
+
+  void count_points() {
+    const auto points = box::points_of(house_.box.place());
+    if (!points) throw script::Error("the play forgets its points, or sets deviations of its own: it cannot be swept");
+    for (const box::PointCount &count : points->counts) {
+      std::uint32_t last = 0;
+      for (const PointRange &known : found_.points) {
+        if (known.kind == count.kind && known.name == count.name) last = known.last;
+      }
+      if (count.count > last) found_.points.push_back({count.kind, count.name, last + 1, count.count, command_});
+    }
+  }
+
+  // A command that ended as the good play awaits has left, and logged, what it did there.
+  bool is_as_good() {
+    const CommandEnd &good = good_->commands.at(command_);
+    course_.end = end_of_command();
+    return is_part_of(course_.end.left, good.left) && course_.end.logged == good.logged;
+  }
+
+  // ---- another way
+
+  Course leave_way() {
+    auto &op = stage_.op();
+    if (!has_begun_) throw std::runtime_error(failed_);
+    if (op.terminal().runs()) {
+      course_.line_cut = op.terminal().hung_up();
+      follow(bring_to_end(op, rules_.limit));
+    } else if (is_end_kept_) {
+      course_.failed_check = failed_;
+      course_.played.push_back(failed_line_);
+    }
+    course_.line_cut = op.terminal().hung_up();
+    course_.end = end_of_command();
+    return tell_of_end();
+  }
+
+  void follow(const CarefulEnd &end) {
+    course_.gave_up = course_.gave_up || end.gave_up;
+    if (end.typed_at > 0) typed_at_ = end.typed_at;
+    course_.played.emplace_back("patience 3600");
+    for (const Words &words : end.steps) course_.played.push_back(line_of(words));
+  }
+
+  Course tell_of_end() {
+    for (const Deviation &deviation : deviations_) course_.gave_up |= deviation.point && deviation.row->is_choice;
+    course_.happened = have_happened();
+    course_.command = command_;
+    const auto &ending = course_.end.ending;
+    const bool is_played_to_end = is_end_kept_;
+    if (ending && !is_end_kept_) keep_ending(*ending);
+    const bool was_killed = ending && *ending == terminal::Ending{false, kSignalsFrom + SIGKILL};
+    if (was_killed && was_to_be_killed()) return go_on_behind_kill();
+    if (!is_played_to_end && ending == terminal::Ending{false, 0}) check_as_good_play();
+    course_.typed_at = typed_at_ - std::min(typed_at_, shown_before_);
+    course_.units = missing_units();
+    return std::move(course_);
+  }
+
+  void keep_ending(const terminal::Ending &ending) {
+    is_end_kept_ = true;
+    const int number = ending.by_signal ? kSignalsFrom + ending.number : ending.number;
+    const bool is_signal = number > kSignalsFrom && number <= kSignalsFrom + SIGRTMAX;
+    const std::string name = is_signal ? base::signal_name(number - kSignalsFrom) : "";
+    course_.played.push_back(name.starts_with("SIG") ? "dies " + name.substr(3) : "exit " + std::to_string(number));
+  }
+
+  bool was_to_be_killed() const {
+    return std::ranges::any_of(deviations_, [](const Deviation &deviation) {
+      return deviation.point && deviation.point->turn.way == box::Way::kSignal &&
+             deviation.point->turn.value == SIGKILL;
+    });
+  }
+
+  // The same command once more, given up at its first question, has to put all in order.
+  Course go_on_behind_kill() {
+    course_.was_killed = true;
+    const Step &start = steps_[start_];
+    auto &op = stage_.op();
+    const std::set<fs::path> files = op.before().files;
+    shown_before_ = lines_in(op.terminal().everything_shown());
+    typed_at_ = shown_before_;
+    start.row->perform(stage_, stage_.with_taken(start));
+    keep_line(start);
+    is_end_kept_ = false;
+    follow(bring_to_end(op, rules_.limit));
+    course_.end = end_of_command();
+    if (course_.end.ending) keep_ending(*course_.end.ending);
+    for (const fs::path &file : play::files_in_tmp(house_.box.place())) {
+      if (files.contains(file)) continue;
+      const std::string sentence = "the file /tmp/" + file.string() + " is left";
+      if (std::ranges::find(course_.end.left, sentence) == course_.end.left.end()) course_.end.left.push_back(sentence);
+    }
+    course_.typed_at = typed_at_ - std::min(typed_at_, shown_before_);
+    course_.units = missing_units();
+    return std::move(course_);
+  }
+
+  // It says that it has done what the good play wants: then the good play's checks hold.
+  void check_as_good_play() {
+    bool is_behind_end = false;
+    for (std::size_t i = start_ + 1; i < steps_.size() && !steps_[i].row->traits.starts_command; ++i) {
+      if (is_behind_end && !is_check(steps_[i]) && !is_for_people(steps_[i])) return;
+      if (is_behind_end && !try_step(steps_[i])) {
+        course_.failed_check = failed_;
+        course_.played.push_back(failed_line_);
+        return;
+      }
+      is_behind_end = is_behind_end || ends_command(steps_[i]);
+    }
+  }
+
+  Sentences missing_units() const {
+    const auto place = house_.box.place();
+    std::istringstream lines(box::in_confinement(place, [&] {
+      std::string names;
+      for (const box::Unit &unit : box::Inventory(place).units()) {
+        if (unit.unreadable.empty() && !unit.installed()) names += unit.place.name + '\0';
+      }
+      return names;
+    }));
+    Sentences names;
+    for (std::string name; std::getline(lines, name, '\0');) names.push_back(name);
+    return names;
+  }
+
+  const std::vector<Step> &steps_;
+  const Good *good_;
+  const std::vector<Deviation> &deviations_;
+  const ReplayRules &rules_;
+  House house_;
+  play::Stage &stage_;
+
+  std::size_t at_ = 0, start_ = 0, command_ = 0;
+  bool has_begun_ = false;
+  bool is_end_kept_ = false;  // The lines that were played have the end of the command.
+  std::vector<std::size_t> has_met_;
+  std::string failed_, failed_line_;
+  Sentences hardware_before_, log_;
+  std::size_t log_before_ = 0, shown_before_ = 0, typed_at_ = 0;
+  std::uintmax_t log_size_ = 0;
+  Good found_;
+  Course course_;
+};
+
+}  // namespace
+
+Good play_well(const std::vector<Step> &steps, const ReplayRules &rules) {
+  return Replay(steps, nullptr, {}, rules).play_well();
+}
+
+Course replay(const std::vector<Step> &steps, const Good &good, const std::vector<Deviation> &deviations,
+              const ReplayRules &rules) {
+  return Replay(steps, &good, deviations, rules).play_otherwise();
+}
+
+}  // namespace sweep

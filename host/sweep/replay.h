@@ -1,0 +1,41 @@
+// A play once more, with deviations: the operator follows its steps as long as all goes as the play awaits, and keeps their head
+// from there on.
+#pragma once
+
+#include <chrono>
+#include <string>
+#include <vector>
+
+#include "host/sweep/deviation.h"
+#include "host/sweep/good.h"
+
+namespace sweep {
+
+struct ReplayRules {
+  std::string spbox;                // the program
+  std::chrono::milliseconds limit;  // of the box's time, in which something has to come from a command
+  int alarm;
+};
+
+// How a replay went: as the good play, or how the command ended in which it left the good play's way.
+struct Course {
+  bool happened = false;  // each deviation
+  bool is_good = false;   // each step was as in the good play, and what a command left, too
+
+  std::size_t command = 0;   // the number of the one that is told of here
+  CommandEnd end;            // what was shown: since its start
+  std::size_t typed_at = 0;  // so many of these lines were there when the operator typed last
+  bool gave_up = false, line_cut = false, was_killed = false;
+  std::string failed_check;        // what of the good play's checks behind the command's end did not hold
+  std::vector<std::string> units;  // in words that judges read: "/PSU#3 in", "/PSU#3 out"
+
+  std::vector<std::string> played;  // lines of a play that does the same
+};
+
+// Plays the good play. Throws play::Failure or script::Error where it does not come to its end.
+Good play_well(const std::vector<play::Step> &steps, const ReplayRules &rules);
+
+Course replay(const std::vector<play::Step> &steps, const Good &good, const std::vector<Deviation> &deviations,
+              const ReplayRules &rules);
+
+}  // namespace sweep

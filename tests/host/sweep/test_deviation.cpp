@@ -1,0 +1,73 @@
+// Which deviations there are in a play, and how a play brings them about.
+#include <gtest/gtest.h>
+
+#include "tests/host/sweep/sweep_test.h"
+
+namespace {
+
+using Lines = std::vector<std::string>;
+
+class Deviations : public testing::Test {
+ protected:
+  const sweep::Deviation &named(const std::string &name) const {
+    const auto found = std::ranges::find(all_, name, [](const auto &one) { return sweep::name_of(one); });
+    if (found == all_.end()) throw std::runtime_error("there is no deviation " + name);
+    return *found;
+  }
+  bool has(const std::string &name) const {
+    const Lines names = names_of(all_);
+    return std::ranges::find(names, name) != names.end();
+  }
+
+  std::vector<play::Step> steps_ = steps_of(kPlay);
+  std::vector<sweep::Deviation> all_ = sweep::all_deviations(steps_, good_play());
+};
+
+TEST_F(Deviations, AreAtEachPointOfTheirKind) {
+  for (const char *name :
+       {"program ctlled 2: exit 206", "program ctlled 1: exit 77", "program ctlled 1: exit 127",
+        "program ctlled 2: signal SIGSEGV", "program ctlled 1: hang", "read current_psu_info 1: missing",
+        "read current_psu_info 1: short", "log 1: refused", "log 1: signal SIGKILL",
+        "trace lmainte_detach_fru entry 2: signal SIGTERM", "answer at step 4: q", "answer at step 7: cut"}) {
+    EXPECT_TRUE(has(name)) << name;
+  }
+  EXPECT_FALSE(has("program ctlled 3: exit 206")) << "the good play did not come there";
+  EXPECT_FALSE(has("program ctlled 1: exit 208")) << "its page does not know it";
+  EXPECT_FALSE(has("log 1: missing"));
+}
+
+TEST_F(Deviations, AreNotAtEachRecordOfTheTraceWhereItWouldBeTheSame) {
+  EXPECT_TRUE(has("trace lmainte_detach_fru entry 1: refused"));
+  EXPECT_FALSE(has("trace lmainte_detach_fru entry 2: refused"));
+  const Lines names = names_of(all_);
+  EXPECT_TRUE(std::ranges::none_of(names, [](const std::string &name) {
+    return name.starts_with("trace lmainte_scdb") && name.find("signal") != std::string::npos;
+  })) << "the calls of the database are points themselves";
+}
+
+TEST_F(Deviations, AreNoneOfAControlProgramThatThePlayStarts) {
+  auto lines = kPlay;
+  lines[1] = {"start", "/mgb/bin/ctlled", "-u", "/PSU#0", "-c", "off"};
+  EXPECT_EQ(names_of(sweep::all_deviations(steps_of(lines), good_play())), Lines{});
+}
+
+TEST_F(Deviations, AreWrittenAsStepsOfAPlay) {
+  EXPECT_EQ(sweep::lines_of(named("program ctlled 2: exit 206")),
+            Lines{"spbox deviate program ctlled --at 2 --exit 206"});
+  EXPECT_EQ(sweep::lines_of(named("trace lmainte_detach_fru entry 1: signal SIGKILL")),
+            Lines{"spbox deviate trace lmainte_detach_fru entry --at 1 --signal KILL"});
+  EXPECT_EQ(sweep::lines_of(named("log 1: refused")), Lines{"spbox deviate log --at 1 --refused"});
+  EXPECT_EQ(sweep::lines_of(named("answer at step 4: nonsense")),
+            (Lines{"type \"nonsense\\x0a\"", "pause 1", "type \"1\\x0a\""}));
+  EXPECT_EQ(sweep::lines_of(named("answer at step 7: cut")), Lines{"hangup"});
+}
+
+TEST_F(Deviations, AreTheSameEachTime) {
+  EXPECT_EQ(names_of(all_), names_of(sweep::all_deviations(steps_, good_play())));
+}
+
+TEST_F(Deviations, KeepADollarThatIsOne) {
+  EXPECT_EQ(sweep::line_of({"type", "$5"}), "type \"$$5\"");
+}
+
+}  // namespace

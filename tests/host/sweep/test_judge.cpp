@@ -1,0 +1,154 @@
+// What is wrong with how a command ended, and what is not.
+#include <gtest/gtest.h>
+
+#include "host/sweep/judge.h"
+#include "tests/host/sweep/sweep_test.h"
+
+namespace {
+
+using Lines = std::vector<std::string>;
+
+// How it ended, from the start of a command that showed a question, was answered, and then showed these lines.
+struct Ended {
+  const char *what;
+  int status;
+  Lines shown = {}, left = {}, logged = {}, missing = {};
+  const char *fault = "";  // how one fault begins; empty: there is none
+  bool gave_up = false;
+};
+
+std::string faults_in(const sweep::Course &course) {
+  std::string text;
+  for (const sweep::Fault &fault : sweep::faults_of(course, good_play())) text += fault.what + "\n";
+  return text;
+}
+
+sweep::Course course_of(const Ended &row) {
+  sweep::Course course;
+  course.happened = true;
+  course.end = {1, terminal::Ending{false, row.status}, row.left, row.logged, {"Which one?"}};
+  course.typed_at = 1;
+  course.end.shown.insert(course.end.shown.end(), row.shown.begin(), row.shown.end());
+  course.units = row.missing;
+  course.gave_up = row.gave_up;
+  return course;
+}
+
+const Lines kReplaced{"unit replaced  power supply  /PSU#0"};
+
+TEST(Judge, SaysWhatIsNotAsItShouldBe) {
+  const Ended rows[] = {
+      {.what = "a reason is told", .status = 1, .shown = {"The records could not be read (result 8)."}, .fault = ""},
+      {.what = "no reason is told",
+       .status = 1,
+       .shown = {"Done."},
+       .fault = "exit status 1, and the screen does not say why"},
+      {.what = "the operator gave up, and knows why", .status = 2, .shown = {}, .fault = "", .gave_up = true},
+      {.what = "maintenance mode is left",
+       .status = 1,
+       .shown = {"The unit could not be marked now."},
+       .left = {"maintenance mode is on"},
+       .fault = "maintenance mode is on, and the screen does not say so"},
+      {.what = "and named",
+       .status = 1,
+       .shown = {"The server may still be in maintenance", "mode: a program is missing."},
+       .left = {"maintenance mode is on"},
+       .fault = ""},
+      {.what = "the LED of another unit is named",
+       .status = 1,
+       .shown = {"The LED of /PSU#01 may still blink."},
+       .left = {"the LED of /PSU#0 blinks"},
+       .fault = "the LED of /PSU#0 blinks, and"},
+      {.what = "the unit is detached, and only its LED is named",
+       .status = 1,
+       .shown = {"The LED of /PSU#0 may still blink."},
+       .left = {"/PSU#0 is detached"},
+       .fault = "/PSU#0 is detached, and"},
+      {.what = "a process is left, which no words excuse",
+       .status = 1,
+       .shown = {"A process still runs and so on."},
+       .left = {"sleep still runs"},
+       .fault = "sleep still runs, and"},
+      {.what = "it says what is not true",
+       .status = 2,
+       .shown = {"/PSU#0 is still out of operation."},
+       .fault = "the screen says \"/PSU#0 is still out of operation\"",
+       .gave_up = true},
+      {.what = "it says that the place is empty",
+       .status = 2,
+       .shown = {"The place of /PSU#0 stays empty."},
+       .left = {"/PSU#0 is detached"},
+       .missing = {"/PSU#0"},
+       .fault = "",
+       .gave_up = true},
+      {.what = "the log has what did not happen",
+       .status = 1,
+       .shown = {"Something went wrong here."},
+       .logged = kReplaced,
+       .missing = {"/PSU#0"},
+       .fault = "the log says \"unit replaced"},
+      {.what = "the log lacks what happened",
+       .status = 0,
+       .shown = {"/PSU#0 is replaced."},
+       .fault = "exit status 0, but the log lacks"},
+      {.what = "and the screen says so", .status = 0, .shown = {"The log has no record of this."}, .fault = ""},
+      {.what = "it crashes", .status = 139, .shown = {}, .logged = {}, .fault = "the command died of SIGSEGV"},
+      {.what = "it dies of the signal that came", .status = 143, .shown = {}, .fault = ""},
+  };
+  for (const Ended &row : rows) {
+    const std::string faults = faults_in(course_of(row));
+    if (row.fault[0] == '\0')
+      EXPECT_EQ(faults, "") << row.what;
+    else
+      EXPECT_TRUE(faults.starts_with(row.fault) && std::ranges::count(faults, '\n') == 1) << row.what << ": " << faults;
+  }
+}
+
+TEST(Judge, TakesNothingForALineThatTheGoodPlayShows) {
+  Ended row{.what = "", .status = 1, .shown = {"Done."}, .fault = ""};
+  sweep::Good good = good_play();
+  good.commands[0].shown = {"Which one?", "The LED of /PSU#0 blinks, as it should."};
+  row.shown = {"The LED of /PSU#0 blinks, as it should.", "It was not done, for no reason."};
+  row.left = {"the LED of /PSU#0 blinks"};
+  const auto faults = sweep::faults_of(course_of(row), good);
+  ASSERT_EQ(faults.size(), 1U);
+  EXPECT_EQ(faults[0].shown_by, (Lines{"patience 2", "in_order"}));
+}
+
+TEST(Judge, LetsThePlayAllowWhatIsNamed) {
+  const Ended row{.what = "",
+                  .status = 1,
+                  .shown = {"/PSU#0 is still out of operation."},
+                  .left = {"/PSU#0 is detached", "maintenance mode is on"},
+                  .fault = ""};
+  const auto faults = sweep::faults_of(course_of(row), good_play());
+  ASSERT_EQ(faults.size(), 1U);
+  EXPECT_EQ(faults[0].shown_by, (Lines{"patience 2", "in_order but /PSU#0"}));
+}
+
+TEST(Judge, AsksTheLogWhereTheLineIsCut) {
+  sweep::Course course =
+      course_of({.what = "", .status = 129, .shown = {}, .left = {"/PSU#0 is detached"}, .fault = ""});
+  course.line_cut = true;
+  EXPECT_NE(faults_in(course), "");
+  course.end.logged = {"unit left out of operation            /PSU#0"};
+  EXPECT_EQ(faults_in(course), "");
+}
+
+TEST(Judge, FindsWhatDoesNotEnd) {
+  sweep::Course course = course_of({.what = "", .status = 0, .shown = {}, .fault = ""});
+  course.end.ending.reset();
+  EXPECT_EQ(faults_in(course), "the command did not end in time\n");
+}
+
+TEST(Judge, HoldsTheChecksOfThePlayAgainstExitStatusZeroAlone) {
+  sweep::Course course = course_of({.what = "", .status = 0, .shown = {}, .logged = kReplaced, .fault = ""});
+  course.failed_check = "says \"Normal\": spbox said something else";
+  EXPECT_EQ(faults_in(course),
+            "exit status 0, but the server is not as the play wants it: says \"Normal\": spbox said something else\n");
+  course.end.ending = terminal::Ending{false, 2};
+  course.gave_up = true;
+  EXPECT_EQ(faults_in(course), "");
+}
+
+}  // namespace

@@ -1,0 +1,69 @@
+// Which deviations a sweep tries, and in which order.
+#include <gtest/gtest.h>
+
+#include <set>
+
+#include "host/sweep/plan.h"
+#include "tests/host/sweep/sweep_test.h"
+
+namespace {
+
+class Plan : public testing::Test {
+ protected:
+  std::set<std::string> names(const sweep::PlanRules &rules) const {
+    std::set<std::string> all;
+    for (const auto &one : sweep::plan(all_, rules)) all.insert(sweep::name_of(one, all_));
+    return all;
+  }
+
+  std::vector<play::Step> steps_ = steps_of(kPlay);
+  std::vector<sweep::Deviation> all_ = sweep::all_deviations(steps_, good_play());
+};
+
+TEST_F(Plan, HasEachDeviationOnceInAnOrderOfItsSeed) {
+  const auto first = sweep::plan(all_, {});
+  EXPECT_EQ(first.size(), all_.size());
+  EXPECT_EQ(names({}).size(), all_.size());
+  EXPECT_EQ(first, sweep::plan(all_, {}));
+  EXPECT_NE(first, sweep::plan(all_, {.seed = 2}));
+}
+
+TEST_F(Plan, HasOnlyThoseThatAreNamed) {
+  EXPECT_EQ(
+      names({.only = "program ctlled 2: exit"}),
+      (std::set<std::string>{"program ctlled 2: exit 8", "program ctlled 2: exit 77", "program ctlled 2: exit 127",
+                             "program ctlled 2: exit 128", "program ctlled 2: exit 206"}));
+  EXPECT_TRUE(names({.only = "program testfru"}).empty());
+}
+
+TEST_F(Plan, IsDividedIntoShares) {
+  std::set<std::string> together;
+  std::size_t sum = 0;
+  for (std::size_t share = 1; share <= 3; ++share) {
+    const auto part = names({.shard = {share, 3}});
+    EXPECT_LE(part.size(), all_.size() / 3 + 1);
+    sum += part.size();
+    together.insert(part.begin(), part.end());
+  }
+  EXPECT_EQ(sum, all_.size());
+  EXPECT_EQ(together.size(), all_.size());
+}
+
+TEST_F(Plan, DrawsPairsBySeed) {
+  const auto pairs = sweep::plan(all_, {.depth = 2, .draws = 50, .seed = 7});
+  EXPECT_EQ(pairs, sweep::plan(all_, {.depth = 2, .draws = 50, .seed = 7}));
+  EXPECT_NE(pairs, sweep::plan(all_, {.depth = 2, .draws = 50, .seed = 8}));
+  EXPECT_EQ(pairs.size(), 50U);
+  for (const auto &pair : pairs) {
+    ASSERT_EQ(pair.size(), 2U);
+    EXPECT_NE(sweep::where(all_[pair[0]]), sweep::where(all_[pair[1]])) << "two at one place";
+    EXPECT_EQ(sweep::case_in(sweep::text_of(pair), all_.size()), pair);
+  }
+}
+
+TEST_F(Plan, RefusesNumbersOfNoDeviation) {
+  EXPECT_THROW(sweep::case_in("99999", all_.size()), std::invalid_argument);
+  EXPECT_THROW(sweep::case_in("1,x", all_.size()), std::invalid_argument);
+}
+
+}  // namespace

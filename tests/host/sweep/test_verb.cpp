@@ -1,0 +1,119 @@
+// spbox sweep as an author runs it: on the shipped procedure, and on commands that forget something.
+#include <gtest/gtest.h>
+
+#include <fstream>
+#include <iterator>
+
+#include "tests/host/box/scratch.h"
+#include "tests/run.h"
+
+namespace {
+
+namespace fs = std::filesystem;
+using Words = std::vector<std::string>;
+
+// Marks a unit, asks, and takes the mark back. Whether that was done it does not look.
+constexpr const char *kForgets =
+    "/mgb/bin/ctlled -u /PSU#0 -c blink\n"
+    "echo \"Type 1 when you have seen it, q to give up:\"\n"
+    "read answer\n"
+    "/mgb/bin/ctlled -u /PSU#0 -c off\n"
+    "exit 0\n";
+
+class SweepVerb : public testing::Test {
+ protected:
+  SweepVerb() { fs::create_directory(scratch_ / "tmp"); }
+
+  void write(const char *name, const std::string &text) const { std::ofstream(scratch_ / name) << text; }
+  std::string text_of(const fs::path &file) const {
+    std::ifstream in(scratch_.path() / file);
+    return {std::istreambuf_iterator<char>(in), {}};
+  }
+  Done spbox(const Words &words) const {
+    Words command{"/usr/bin/env",
+                  "-C",
+                  scratch_.path(),
+                  "TMPDIR=" + (scratch_ / "tmp").string(),
+                  std::string("PATH=") + EXAMPLES + ":/usr/bin:/bin",
+                  SPBOX};
+    command.insert(command.end(), words.begin(), words.end());
+    return run_to_end(command);
+  }
+  bool is_clear() const { return fs::is_empty(scratch_ / "tmp"); }
+
+  Scratch scratch_;
+};
+
+bool says(const Done &done, const std::string &text) {
+  return done.output.find(text) != std::string::npos;
+}
+
+TEST_F(SweepVerb, FindsACommandThatDoesNotLookAndWritesAPlayThatShowsIt) {
+  write("command", kForgets);
+  write("forgets.play", "box qa\nstart sh $HERE/command\nwait \"give up:\"\ntype \"1\\n\"\nexit 0\nin_order\n");
+  const Done done = spbox({"sweep", "forgets.play", "--only", "program ctlled 2: exit 206", "--json", "report.json",
+                           "--junit", "report.xml"});
+  EXPECT_EQ(done.exit_status, 1) << done.output;
+  EXPECT_TRUE(
+      says(done, "failed  program ctlled 2: exit 206\n    the LED of /PSU#0 blinks, and the screen does not say so\n"))
+      << done.output;
+  EXPECT_TRUE(says(done, "forgets.findings/1_program_exit.play  (1 of the replays)\n")) << done.output;
+  EXPECT_FALSE(says(done, "did not fail")) << done.output;
+  EXPECT_TRUE(says(done, " 1 replays in ") && says(done, ": 0 passed, 1 failed, 0 unplayed.\n")) << done.output;
+  const Done again = spbox({"play", "--speed", "full", "forgets.findings/1_program_exit.play"});
+  EXPECT_EQ(again.exit_status, 1) << again.output;
+  EXPECT_TRUE(says(again, "not all is in order:\n    the LED of /PSU#0 blinks\n")) << again.output;
+  EXPECT_NE(text_of("report.xml").find("<failure message=\"the LED of /PSU#0 blinks"), std::string::npos);
+  EXPECT_NE(text_of("report.json").find("\"fails_alone\": true"), std::string::npos) << text_of("report.json");
+
+  std::string mended = kForgets;
+  mended.replace(mended.find("-c off\n"), 7,
+                 "-c off || { echo \"The LED of /PSU#0 may still blink, so switch it off.\"; exit 1; }\n");
+  write("command", mended);
+  const Done good = spbox({"sweep", "forgets.play", "--only", "program ctlled 2: exit 206"});
+  EXPECT_EQ(good.exit_status, 0) << good.output;
+  EXPECT_TRUE(is_clear());
+}
+
+TEST_F(SweepVerb, PassesTheShippedProcedureWhereItsFirstProgramFails) {
+  write("good.play",
+        "box qa\nstart replace_unit psu\nwait \"give up:\"\ntype \"1\\n\"\npatience 30\nwait \"Pull out\"\nspbox pull "
+        "/PSU#0\n"
+        "type \"1\\n\"\nwait \"Put in\"\nspbox insert /PSU#0\ntype \"1\\n\"\nexit 0\nin_order\n");
+  const Done done = spbox({"sweep", "good.play", "--only", "program ctlled"});
+  EXPECT_EQ(done.exit_status, 0) << done.output;
+  EXPECT_TRUE(says(done, "program         exit            8        8\n")) << done.output;
+  const Done killed = spbox({"sweep", "good.play", "--only", "trace lmainte_detach_fru ended"});
+  EXPECT_EQ(killed.exit_status, 0) << killed.output;
+  EXPECT_TRUE(says(killed, "trace           KILL            1        1\n")) << killed.output;
+  EXPECT_TRUE(is_clear());
+}
+
+TEST_F(SweepVerb, RefusesWhatItCannotSweep) {
+  write("bad.play", "box qa\nstart sh -c \"exit 3\"\nexit 0\n");
+  write("own.play", "box qa\nspbox points --count\nstart true\nexit 0\n");
+  write("two.play", "box qa\noperator anna\nstart true\nexit 0\n");
+  struct Row {
+    Words words;
+    int status;
+    const char *told;
+  };
+  const Row rows[] = {
+      {{"sweep", "bad.play"}, 2, "spbox: bad.play:3: `exit 0`: the command ended with exit status 3"},
+      {{"sweep", "own.play"},
+       2,
+       "spbox: own.play:2: `spbox points --count`: the points of a play that is swept are the sweep's"},
+      {{"sweep", "two.play"}, 2, "spbox: two.play:2: `operator anna`: a sweep follows one operator"},
+      {{"sweep", "none.play"}, 2, "spbox: none.play: there is no such file"},
+      {{"sweep", "bad.play", "--shard", "3/2"}, 2, "spbox: "},
+      {{"sweep", "bad.play", "--good", "x"}, 2, "spbox: --good and --numbers belong together."},
+  };
+  for (const Row &row : rows) {
+    const Done done = spbox(row.words);
+    EXPECT_EQ(done.exit_status, row.status) << done.output;
+    EXPECT_TRUE(done.output.starts_with(row.told)) << done.output;
+  }
+  EXPECT_TRUE(is_clear());
+}
+
+}  // namespace
