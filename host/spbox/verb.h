@@ -75,7 +75,7 @@ struct Verb {
 };
 
 // The usual one of a verb that changes a box. It does so where `changes` says so; without one, always.
-inline auto step_of_verb(const std::string &name, std::function<bool()> changes = {}) {
+inline auto step_of_verb(const std::string &name, const std::function<bool()> &changes = {}) {
   return [name, changes](const std::vector<std::string> &words) {
     std::vector<std::string> step;
     if (changes && !changes()) return step;

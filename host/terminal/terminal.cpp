@@ -153,7 +153,7 @@ bool Terminal::shows(std::string_view text) {
 
 // In the wall's time: people sit there.
 void Terminal::watch_with(std::span<pollfd> others, milliseconds patience) {
-  const short ways = static_cast<short>(unsent_.empty() ? POLLIN : POLLIN | POLLOUT);
+  const auto ways = static_cast<short>(unsent_.empty() ? POLLIN : POLLIN | POLLOUT);
   std::vector<pollfd> wait{pollfd{master_.get(), ways, 0}, pollfd{session_ ? session_->news() : -1, POLLIN, 0}};
   wait.insert(wait.end(), others.begin(), others.end());
   const int ready = box_time::poll_by_wall(wait, box_time::wall() + patience);
