@@ -2,6 +2,7 @@
 #define _GNU_SOURCE
 #include <errno.h>
 #include <semaphore.h>
+#include <threads.h>
 
 #include "host/clock/inside.h"
 
@@ -47,6 +48,29 @@ static int try_mutex(void *mutex, void *other, clockid_t clock, const struct tim
   return next(mutex, clock, until);
 }
 
+static int try_reader(void *lock, void *other, clockid_t clock, const struct timespec *until) {
+  typedef int function(pthread_rwlock_t *, clockid_t, const struct timespec *);
+  static function *next;
+  (void)other;
+  if (next == NULL) next = (function *)inside_next("pthread_rwlock_clockrdlock");
+  return next(lock, clock, until);
+}
+
+static int try_writer(void *lock, void *other, clockid_t clock, const struct timespec *until) {
+  typedef int function(pthread_rwlock_t *, clockid_t, const struct timespec *);
+  static function *next;
+  (void)other;
+  if (next == NULL) next = (function *)inside_next("pthread_rwlock_clockwrlock");
+  return next(lock, clock, until);
+}
+
+static int try_end(void *thread, void *result, clockid_t clock, const struct timespec *until) {
+  typedef int function(pthread_t, void **, clockid_t, const struct timespec *);
+  static function *next;
+  if (next == NULL) next = (function *)inside_next("pthread_clockjoin_np");
+  return next(*(const pthread_t *)thread, result, clock, until);
+}
+
 static int try_semaphore(void *semaphore, void *other, clockid_t clock, const struct timespec *until) {
   typedef int function(sem_t *, clockid_t, const struct timespec *);
   static function *next;
@@ -87,4 +111,47 @@ INSIDE_EXPORT int sem_clockwait(sem_t *semaphore, clockid_t clock, const struct 
 
 INSIDE_EXPORT int sem_timedwait(sem_t *restrict semaphore, const struct timespec *restrict until) {
   return sem_clockwait(semaphore, CLOCK_REALTIME, until);
+}
+
+INSIDE_EXPORT int pthread_rwlock_clockrdlock(pthread_rwlock_t *lock, clockid_t clock, const struct timespec *until) {
+  const thing it = {try_reader, lock, NULL, ETIMEDOUT};
+  return wait_for(&it, clock, until);
+}
+
+INSIDE_EXPORT int pthread_rwlock_timedrdlock(pthread_rwlock_t *restrict lock, const struct timespec *restrict until) {
+  return pthread_rwlock_clockrdlock(lock, CLOCK_REALTIME, until);
+}
+
+INSIDE_EXPORT int pthread_rwlock_clockwrlock(pthread_rwlock_t *lock, clockid_t clock, const struct timespec *until) {
+  const thing it = {try_writer, lock, NULL, ETIMEDOUT};
+  return wait_for(&it, clock, until);
+}
+
+INSIDE_EXPORT int pthread_rwlock_timedwrlock(pthread_rwlock_t *restrict lock, const struct timespec *restrict until) {
+  return pthread_rwlock_clockwrlock(lock, CLOCK_REALTIME, until);
+}
+
+INSIDE_EXPORT int pthread_clockjoin_np(pthread_t thread, void **result, clockid_t clock, const struct timespec *until) {
+  const thing it = {try_end, &thread, result, ETIMEDOUT};
+  return wait_for(&it, clock, until);
+}
+
+INSIDE_EXPORT int pthread_timedjoin_np(pthread_t thread, void **result, const struct timespec *until) {
+  return pthread_clockjoin_np(thread, result, CLOCK_REALTIME, until);
+}
+
+/* The C11 names of the same: in glibc, what they take is what those of POSIX take. */
+static int in_words_of_c(int error) {
+  if (error == 0) return thrd_success;
+  return error == ETIMEDOUT ? thrd_timedout : thrd_error;
+}
+
+INSIDE_EXPORT int cnd_timedwait(cnd_t *restrict condition, mtx_t *restrict mutex,
+                                const struct timespec *restrict until) {
+  return in_words_of_c(
+      pthread_cond_clockwait((pthread_cond_t *)condition, (pthread_mutex_t *)mutex, CLOCK_REALTIME, until));
+}
+
+INSIDE_EXPORT int mtx_timedlock(mtx_t *restrict mutex, const struct timespec *restrict until) {
+  return in_words_of_c(pthread_mutex_clocklock((pthread_mutex_t *)mutex, CLOCK_REALTIME, until));
 }

@@ -130,13 +130,23 @@ INSIDE_EXPORT int select(int count, fd_set *restrict in, fd_set *restrict out, f
 
 /* ---- epoll -------------------------------------------------------------------------------------------------------- */
 
-INSIDE_EXPORT int epoll_pwait(int fd, struct epoll_event *events, int most, int milliseconds, const sigset_t *mask) {
+static int system_epoll(int fd, struct epoll_event *events, int most, const struct timespec *limit,
+                        const sigset_t *mask) {
+  const int milliseconds = limit == NULL ? -1 : 0;
+  return (int)syscall(SYS_epoll_pwait, fd, events, most, milliseconds, mask, _NSIG / 8);
+}
+
+INSIDE_EXPORT int epoll_pwait2(int fd, struct epoll_event *events, int most, const struct timespec *limit,
+                               const sigset_t *mask) {
   box_time_page *page = inside_page();
-  if (page == NULL || milliseconds <= 0) {
-    return (int)syscall(SYS_epoll_pwait, fd, events, most, milliseconds, mask, _NSIG / 8);
+  if (page == NULL) return (int)syscall(SYS_epoll_pwait2, fd, events, most, limit, mask, _NSIG / 8);
+  if (limit != NULL && !inside_is_time(limit)) {
+    errno = EINVAL;
+    return -1;
   }
+  if (is_for_system(page, limit)) return system_epoll(fd, events, most, limit, mask);
   inside_wait wait;
-  inside_begin(&wait, page, inside_deadline(page, (int64_t)milliseconds * 1000000), true);
+  inside_begin(&wait, page, inside_deadline(page, inside_nanoseconds(limit)), true);
   int ready = 0;
   do { /* another thread may be faster */
     struct pollfd watched = {fd, POLLIN, 0};
@@ -147,6 +157,14 @@ INSIDE_EXPORT int epoll_pwait(int fd, struct epoll_event *events, int most, int 
   inside_end(&wait);
   errno = error;
   return ready;
+}
+
+INSIDE_EXPORT int epoll_pwait(int fd, struct epoll_event *events, int most, int milliseconds, const sigset_t *mask) {
+  const struct timespec limit = inside_timespec((int64_t)milliseconds * 1000000);
+  if (inside_page() == NULL) {
+    return (int)syscall(SYS_epoll_pwait, fd, events, most, milliseconds, mask, _NSIG / 8);
+  }
+  return epoll_pwait2(fd, events, most, milliseconds < 0 ? NULL : &limit, mask);
 }
 
 INSIDE_EXPORT int epoll_wait(int fd, struct epoll_event *events, int most, int milliseconds) {

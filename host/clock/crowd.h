@@ -7,6 +7,7 @@
 
 #include <cstdint>
 #include <map>
+#include <optional>
 #include <set>
 #include <vector>
 
@@ -15,6 +16,12 @@
 #include "host/clock/process_files.h"
 
 namespace box_time {
+
+// A descriptor of another process.
+struct Open {
+  pid_t process;
+  int fd;
+};
 
 class Crowd {
  public:
@@ -33,6 +40,9 @@ class Crowd {
   void look_again() { is_complete_ = false; }
 
   bool has(pid_t process) const { return members_.contains(process); }
+
+  // One that has the eventfd of this number open.
+  std::optional<Open> holder_of_event(std::uint64_t number) const;
 
  private:
   struct Thread {

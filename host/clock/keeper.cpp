@@ -3,8 +3,6 @@
 #include <unistd.h>
 
 #include <algorithm>
-#include <cerrno>
-#include <csignal>
 #include <ctime>
 #include <stdexcept>
 #include <string>
@@ -19,8 +17,6 @@ using std::chrono::microseconds;
 
 // How long it waits between two looks: a moment as long as things happen, longer where nothing does.
 constexpr nanoseconds kShortest = microseconds(30), kLongest = microseconds(2000), kIdle = microseconds(5000);
-
-constexpr nanoseconds kNever(BOX_TIME_NEVER);
 
 int wait_on_wall(std::span<pollfd> fds, nanoseconds length) {
   const timespec limit{length.count() / 1'000'000'000, length.count() % 1'000'000'000};
@@ -73,7 +69,7 @@ void Keeper::keep(const std::filesystem::path &page) {
   first.began_realtime = reading(CLOCK_REALTIME) - now().count();
   first.began_monotonic = reading(CLOCK_MONOTONIC) - now().count();
   table.begin(first);
-  rung_.clear();
+  bells_.forget();
   moved_ = 0;
   table_ = std::move(table);
   file_ = page;
@@ -107,16 +103,8 @@ bool Keeper::look(std::optional<nanoseconds> until) {
   if (!table_) return now() != before;
   if (now() != before) moved_ = page.turns;
   table_->tell(now(), wall(), moved_);
-  ring(page);
+  bells_.ring(page, {.passed = now(), .wall = at, .is_quiet = seen.is_quiet}, crowd_, *table_);
   return now() != before;
-}
-
-std::optional<nanoseconds> Keeper::next_ring(int row, const box_time_alarm &alarm) const {
-  if (alarm.process == 0 || alarm.deadline == BOX_TIME_NEVER) return std::nullopt;
-  const auto rung = rung_.find(row);
-  if (rung == rung_.end() || rung->second.turn != alarm.turn) return nanoseconds(alarm.deadline);
-  if (rung->second.next == kNever) return std::nullopt;
-  return rung->second.next;
 }
 
 std::optional<nanoseconds> Keeper::next_moment(const box_time_page &page, std::optional<nanoseconds> until) const {
@@ -125,26 +113,9 @@ std::optional<nanoseconds> Keeper::next_moment(const box_time_page &page, std::o
     const nanoseconds deadline(waiter.deadline);
     if (waiter.thread != 0 && deadline > now()) next = std::min(next, deadline);
   }
-  for (int row = 0; row < BOX_TIME_ALARMS; ++row) {
-    next = std::min(next, next_ring(row, page.alarms[row]).value_or(kNever));
-  }
+  next = std::min(next, bells_.next(page).value_or(kNever));
   if (next == kNever) return std::nullopt;
   return next;
-}
-
-// Only to processes of the box: a row may hold any number.
-void Keeper::ring(const box_time_page &page) {
-  for (int row = 0; row < BOX_TIME_ALARMS; ++row) {
-    const box_time_alarm &alarm = page.alarms[row];
-    if (alarm.process == 0) continue;
-    const auto process = static_cast<pid_t>(alarm.process);
-    if (kill(process, 0) != 0 && errno == ESRCH) table_->free_alarm(row);
-    const auto moment = next_ring(row, alarm);
-    if (!moment || *moment > now()) continue;
-    const nanoseconds interval(alarm.interval);
-    rung_[row] = {alarm.turn, interval.count() > 0 ? *moment + interval : kNever};
-    if (crowd_.has(process)) kill(process, SIGALRM);
-  }
 }
 
 }  // namespace box_time

@@ -5,10 +5,10 @@
 #include <sys/types.h>
 
 #include <filesystem>
-#include <map>
 #include <optional>
 #include <span>
 
+#include "host/clock/bells.h"
 #include "host/clock/crowd.h"
 #include "host/clock/pace.h"
 #include "host/clock/table.h"
@@ -33,22 +33,15 @@ class Keeper {
   int poll(std::span<pollfd> fds, std::optional<nanoseconds> until, std::optional<nanoseconds> until_on_wall = {});
 
  private:
-  struct Rung {
-    std::uint32_t turn;
-    nanoseconds next;
-  };
-
   bool look(std::optional<nanoseconds> until);
   std::optional<nanoseconds> next_moment(const box_time_page &page, std::optional<nanoseconds> until) const;
-  std::optional<nanoseconds> next_ring(int row, const box_time_alarm &alarm) const;
-  void ring(const box_time_page &page);
   void leave();
 
   Speed speed_;
   nanoseconds looked_{0};  // on the wall
   Pace pace_;
   Crowd crowd_;
-  std::map<int, Rung> rung_;
+  Bells bells_;
   std::uint64_t moved_ = 0;
   std::filesystem::path file_;
   std::optional<Table> table_;

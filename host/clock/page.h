@@ -27,13 +27,25 @@ typedef struct {
   int64_t deadline; /* in the box's time; BOX_TIME_NEVER while it does not wait */
 } box_time_waiter;
 
-/* The alarm of a process (`alarm`, `setitimer`). Only the process changes it, and execve leaves it as it is. */
+/* An alarm: SIGALRM of a process (`alarm`, `setitimer`), which execve leaves as it is; a timer of a process (`timer_create`), which
+   execve ends; or what can be read from a descriptor (`timerfd_create`), which is there as long as a process has it open. */
+enum { BOX_TIME_ALARM, BOX_TIME_TIMER, BOX_TIME_DESCRIPTOR };
+
 typedef struct {
-  uint32_t process; /* 0: a free row */
+  uint32_t process; /* that has made it; 0: a free row, BOX_TIME_NOBODY_YET: one that is being filled */
   uint32_t turn;    /* another one for each time it is set */
   int64_t deadline; /* BOX_TIME_NEVER: switched off */
   int64_t interval; /* 0: rings once */
+  uint32_t kind;
+  int32_t clock;
+  uint64_t number;   /* of a timer its id, of a descriptor the kernel's number of what it stands for */
+  uint64_t value;    /* that comes with a timer's signal */
+  uint32_t signal;   /* of a timer; 0: none */
+  uint32_t target;   /* the thread that gets a timer's signal; 0: any */
+  uint64_t overruns; /* how often a timer rang while its signal had not been taken; the keeper writes this */
 } box_time_alarm;
+
+#define BOX_TIME_NOBODY_YET UINT32_MAX
 
 /* All times are nanoseconds. */
 typedef struct {

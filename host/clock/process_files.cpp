@@ -38,6 +38,18 @@ bool read_of_thread(pid_t process, pid_t thread, const char *file, Text &text) {
   return read_from(open_file(process, name), text);
 }
 
+using StatusText = std::array<char, 4096>;
+
+bool read_status(pid_t process, pid_t thread, StatusText &text) {
+  char name[64];
+  std::snprintf(name, sizeof name, "task/%d/status", thread);
+  const base::Descriptor file = open_file(process, name);
+  const ssize_t length = file.get() < 0 ? -1 : read(file.get(), text.data(), text.size() - 1);
+  if (length <= 0) return false;
+  text[static_cast<std::size_t>(length)] = '\0';
+  return true;
+}
+
 // pid (name) state parent ...; a name may have brackets and blanks of its own.
 const char *behind_name(const Text &text) {
   const char *end = std::strrchr(text.data(), ')');
@@ -59,14 +71,14 @@ std::optional<ProcessFile> parsed(const Text &text) {
   return found;
 }
 
-std::vector<pid_t> numbers_in(const char *folder) {
-  std::vector<pid_t> found;
+std::vector<int> numbers_in(const char *folder) {
+  std::vector<int> found;
   const std::unique_ptr<DIR, int (*)(DIR *)> open(opendir(folder), closedir);
   if (!open) return found;
   // NOLINTNEXTLINE(concurrency-mt-unsafe): nobody else reads this folder
   while (const dirent *entry = readdir(open.get())) {
-    const long number = std::strtol(static_cast<const char *>(entry->d_name), nullptr, 10);
-    if (number > 0) found.push_back(static_cast<pid_t>(number));
+    const auto *name = static_cast<const char *>(entry->d_name);
+    if (*name >= '0' && *name <= '9') found.push_back(static_cast<int>(std::strtol(name, nullptr, 10)));
   }
   return found;
 }
@@ -145,6 +157,30 @@ std::vector<pid_t> processes() {
   return numbers_in("/proc");
 }
 
+std::vector<int> descriptors_of(pid_t process) {
+  return numbers_in(("/proc/" + std::to_string(process) + "/fd").c_str());
+}
+
+std::optional<std::uint64_t> event_behind(pid_t process, int fd) {
+  Text text;
+  char name[64];
+  std::snprintf(name, sizeof name, "fdinfo/%d", fd);
+  if (!read_from(open_file(process, name), text)) return std::nullopt;
+  const char *line = std::strstr(text.data(), "\neventfd-id:");
+  unsigned long long number = 0;
+  if (line == nullptr || std::sscanf(line, " eventfd-id: %llu", &number) != 1) return std::nullopt;
+  return number;
+}
+
+bool is_pending(pid_t process, pid_t thread, int signal) {
+  StatusText status;
+  if (!read_status(process, thread == 0 ? process : thread, status)) return false;
+  const char *line = std::strstr(status.data(), thread == 0 ? "\nShdPnd:" : "\nSigPnd:");
+  unsigned long long pending = 0;
+  if (line == nullptr || std::sscanf(std::strchr(line, ':'), ": %llx", &pending) != 1) return false;
+  return (pending >> static_cast<unsigned>(signal - 1) & 1U) != 0;
+}
+
 // Where the kernel does not count it, there is another count of the same.
 std::uint64_t times_on_processor(pid_t process, pid_t thread) {
   Text text;
@@ -152,11 +188,8 @@ std::uint64_t times_on_processor(pid_t process, pid_t thread) {
   if (read_of_thread(process, thread, "schedstat", text) && std::sscanf(text.data(), "%*u %*u %llu", &times) == 1) {
     return times;
   }
-  std::array<char, 4096> status{};
-  char name[64];
-  std::snprintf(name, sizeof name, "task/%d/status", thread);
-  const base::Descriptor file = open_file(process, name);
-  if (file.get() < 0 || read(file.get(), status.data(), status.size() - 1) <= 0) return 0;
+  StatusText status;
+  if (!read_status(process, thread, status)) return 0;
   const char *counts = std::strstr(status.data(), "\nvoluntary_ctxt_switches:");
   if (counts == nullptr ||
       std::sscanf(counts, " voluntary_ctxt_switches: %llu nonvoluntary_ctxt_switches: %llu", &times, &more) != 2) {

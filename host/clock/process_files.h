@@ -25,6 +25,13 @@ std::optional<char> state_of_thread(pid_t process, pid_t thread);
 std::vector<pid_t> threads_of(pid_t process);
 std::vector<pid_t> processes();
 
+// Its open descriptors; and the kernel's number of the eventfd behind one of them, nothing where it is something else.
+std::vector<int> descriptors_of(pid_t process);
+std::optional<std::uint64_t> event_behind(pid_t process, int fd);
+
+// Whether this signal was sent to the process, or to the thread of this number, and was not taken yet.
+bool is_pending(pid_t process, pid_t thread, int signal);
+
 // How often the thread has had the processor.
 std::uint64_t times_on_processor(pid_t process, pid_t thread);
 

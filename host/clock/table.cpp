@@ -30,6 +30,10 @@ std::size_t at_waiter(int row) {
   return offsetof(box_time_page, waiters) + static_cast<std::size_t>(row) * sizeof(box_time_waiter);
 }
 
+std::size_t at_alarm(int row) {
+  return offsetof(box_time_page, alarms) + static_cast<std::size_t>(row) * sizeof(box_time_alarm);
+}
+
 }  // namespace
 
 Table Table::make(const std::filesystem::path &file) {
@@ -85,9 +89,11 @@ void Table::free_waiter(int row, const box_time_waiter &known) const {
 
 void Table::free_alarm(int row) const {
   const std::uint32_t nobody = 0;
-  write(&nobody, sizeof nobody,
-        offsetof(box_time_page, alarms) + static_cast<std::size_t>(row) * sizeof(box_time_alarm) +
-            offsetof(box_time_alarm, process));
+  write(&nobody, sizeof nobody, at_alarm(row) + offsetof(box_time_alarm, process));
+}
+
+void Table::write_overruns(int row, std::uint64_t times) const {
+  write(&times, sizeof times, at_alarm(row) + offsetof(box_time_alarm, overruns));
 }
 
 void Table::write_guest(int row, pid_t process) const {

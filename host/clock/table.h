@@ -29,6 +29,7 @@ class Table {
   void leave() const;                                             // nobody keeps the time any more
   void free_waiter(int row, const box_time_waiter &known) const;  // unless somebody else has the row meanwhile
   void free_alarm(int row) const;
+  void write_overruns(int row, std::uint64_t times) const;
 
   // A guest's part.
   void write_guest(int row, pid_t process) const;
@@ -45,6 +46,7 @@ class Table {
   base::Descriptor file_;
 };
 
+inline constexpr nanoseconds kNever(BOX_TIME_NEVER);
 inline constexpr int kKeepersByte = 0, kFirstGuestsByte = 1;
 
 }  // namespace box_time

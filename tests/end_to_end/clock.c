@@ -6,6 +6,7 @@
  */
 #define _GNU_SOURCE
 #include <errno.h>
+#include <linux/futex.h>
 #include <poll.h>
 #include <pthread.h>
 #include <semaphore.h>
@@ -17,7 +18,10 @@
 #include <sys/select.h>
 #include <sys/syscall.h>
 #include <sys/time.h>
+#include <sys/timerfd.h>
+#include <sys/times.h>
 #include <sys/wait.h>
+#include <threads.h>
 #include <time.h>
 #include <unistd.h>
 
@@ -149,6 +153,207 @@ static int to_switch_an_alarm_off(void) {
   return left == 4 && g_alarms == 0 ? 0 : 1;
 }
 
+static int to_ualarm(void) {
+  g_alarms = 0;
+  ualarm(500000, 0);
+  pause();
+  return g_alarms - 1;
+}
+
+/* What other calls have a limit. */
+static int to_epoll_exactly(void) {
+  struct epoll_event event;
+  const struct timespec length = {6, 0};
+  return epoll_pwait2(epoll_create1(0), &event, 1, &length, NULL);
+}
+static int to_wait_for_lock(void) {
+  pthread_rwlock_t lock = PTHREAD_RWLOCK_INITIALIZER;
+  const struct timespec moment = after(CLOCK_REALTIME, 15);
+  pthread_rwlock_rdlock(&lock);
+  return pthread_rwlock_timedwrlock(&lock, &moment) == ETIMEDOUT ? 0 : 1;
+}
+static void *waits_for_ever(void *condition) {
+  sem_wait((sem_t *)condition);
+  return NULL;
+}
+static int to_wait_for_thread(void) {
+  pthread_t thread;
+  sem_t end;
+  const struct timespec moment = after(CLOCK_REALTIME, 17);
+  sem_init(&end, 0, 0);
+  if (pthread_create(&thread, NULL, waits_for_ever, &end) != 0) return 1;
+  const int error = pthread_timedjoin_np(thread, NULL, &moment);
+  sem_post(&end);
+  return error == ETIMEDOUT ? pthread_join(thread, NULL) : 1;
+}
+static int to_wait_as_in_c11(void) {
+  cnd_t condition;
+  mtx_t mutex;
+  const struct timespec moment = after(CLOCK_REALTIME, 18);
+  cnd_init(&condition);
+  mtx_init(&mutex, mtx_timed);
+  mtx_lock(&mutex);
+  const int result = cnd_timedwait(&condition, &mutex, &moment);
+  mtx_unlock(&mutex);
+  return result == thrd_timedout ? 0 : 1;
+}
+static int to_wait_for_word(void) {
+  unsigned word = 0;
+  const struct timespec moment = after(CLOCK_MONOTONIC, 19);
+  const long result =
+      syscall(SYS_futex, &word, FUTEX_WAIT_BITSET | FUTEX_PRIVATE_FLAG, 0, &moment, NULL, FUTEX_BITSET_MATCH_ANY);
+  return result == -1 && errno == ETIMEDOUT ? 0 : 1;
+}
+static int to_count_ticks(void) {
+  struct tms used;
+  const clock_t before = times(&used);
+  sleep(20);
+  const clock_t ticks = times(&used) - before;
+  return ticks >= 20 * sysconf(_SC_CLK_TCK) && ticks <= 21 * sysconf(_SC_CLK_TCK) ? 0 : 1;
+}
+
+/* Timers. They ring with what was given to them, are counted while nobody listens, and end with execve and fork. */
+static timer_t timer_of(int notify, int number) {
+  timer_t timer = NULL;
+  struct sigevent event;
+  memset(&event, 0, sizeof event);
+  event.sigev_notify = notify;
+  event.sigev_signo = number;
+  event.sigev_value.sival_int = 42;
+  timer_create(CLOCK_MONOTONIC, &event, &timer);
+  return timer;
+}
+static int set_timer(timer_t timer, time_t first, time_t again) {
+  const struct itimerspec value = {{again, 0}, {first, 0}};
+  return timer_settime(timer, 0, &value, NULL);
+}
+static sigset_t blocked(int number) {
+  sigset_t set;
+  sigemptyset(&set);
+  sigaddset(&set, number);
+  sigprocmask(SIG_BLOCK, &set, NULL);
+  return set;
+}
+static int to_time(void) {
+  timer_t timer = NULL;
+  g_alarms = 0;
+  timer_create(CLOCK_REALTIME, NULL, &timer);
+  set_timer(timer, 21, 0);
+  pause();
+  return g_alarms - 1 + timer_delete(timer);
+}
+static int to_time_with_value(void) {
+  const sigset_t set = blocked(SIGRTMIN);
+  timer_t timer = timer_of(SIGEV_SIGNAL, SIGRTMIN);
+  siginfo_t info;
+  set_timer(timer, 22, 0);
+  const int number = sigwaitinfo(&set, &info);
+  const int is_right = number == SIGRTMIN && info.si_code == SI_TIMER && info.si_value.sival_int == 42;
+  return timer_delete(timer) == 0 && is_right ? 0 : 1;
+}
+static int to_time_unheard(void) {
+  const sigset_t set = blocked(SIGRTMIN);
+  timer_t timer = timer_of(SIGEV_SIGNAL, SIGRTMIN);
+  const struct timespec at_once = {0, 0};
+  set_timer(timer, 1, 2);
+  sleep(6); /* it rings after 1, 3 and 5 seconds */
+  const int first = sigtimedwait(&set, NULL, &at_once), more = timer_getoverrun(timer);
+  const int second = sigtimedwait(&set, NULL, &at_once);
+  timer_delete(timer);
+  return first == SIGRTMIN && more == 2 && second == -1 ? 0 : 1 + more;
+}
+static int to_ask_timer(void) {
+  timer_t timer = timer_of(SIGEV_NONE, 0);
+  struct itimerspec before, value;
+  set_timer(timer, 100, 0);
+  sleep(23);
+  timer_gettime(timer, &before);
+  sleep(80);
+  timer_gettime(timer, &value);
+  timer_delete(timer);
+  return before.it_value.tv_sec == 76 && value.it_value.tv_sec == 0 && value.it_value.tv_nsec == 0 ? 0 : 1;
+}
+static sem_t g_called;
+static void is_called(union sigval value) {
+  if (value.sival_int == 42) sem_post(&g_called);
+}
+static int to_be_called(void) {
+  timer_t timer = NULL;
+  struct sigevent event;
+  memset(&event, 0, sizeof event);
+  event.sigev_notify = SIGEV_THREAD;
+  event.sigev_notify_function = is_called;
+  event.sigev_value.sival_int = 42;
+  sem_init(&g_called, 0, 0);
+  if (timer_create(CLOCK_MONOTONIC, &event, &timer) != 0) return 1;
+  set_timer(timer, 4, 5);
+  for (int i = 0; i < 5; ++i) sem_wait(&g_called);
+  return timer_delete(timer);
+}
+static int to_end_timers(void) {
+  timer_t timer = timer_of(SIGEV_SIGNAL, SIGKILL);
+  int status = 0;
+  const pid_t child = fork();
+  if (child == 0) {
+    if (set_timer(timer, 1, 0) != -1 || errno != EINVAL) _exit(1);
+    set_timer(timer_of(SIGEV_SIGNAL, SIGKILL), 3, 0);
+    execlp("sleep", "sleep", "25", (char *)NULL);
+  }
+  waitpid(child, &status, 0);
+  timer_delete(timer);
+  return status;
+}
+
+/* What is read from a descriptor says how often it rang. */
+static int descriptor_of(time_t first, time_t again) {
+  const struct itimerspec value = {{again, 0}, {first, 0}};
+  const int fd = timerfd_create(CLOCK_MONOTONIC, TFD_CLOEXEC);
+  return timerfd_settime(fd, 0, &value, NULL) == 0 ? fd : -1;
+}
+static int times_read(int fd) {
+  unsigned long long times = 0;
+  return read(fd, &times, sizeof times) == sizeof times ? (int)times : -1;
+}
+static int to_read_timer(void) {
+  const int fd = descriptor_of(26, 0);
+  return times_read(fd) - 1 + close(fd);
+}
+static int to_watch_timer(void) {
+  const int fd = descriptor_of(2, 3), watcher = epoll_create1(0);
+  struct epoll_event event = {.events = EPOLLIN};
+  epoll_ctl(watcher, EPOLL_CTL_ADD, fd, &event);
+  if (epoll_wait(watcher, &event, 1, -1) != 1 || times_read(fd) != 1) return 1;
+  sleep(10); /* it rings after 5, 8 and 11 seconds */
+  struct pollfd watched = {fd, POLLIN, 0};
+  const int ready = poll(&watched, 1, 1000000), count = times_read(fd);
+  return ready == 1 ? count - 3 + close(fd) : 2;
+}
+static int to_ask_descriptor(void) {
+  const int fd = descriptor_of(2, 0);
+  struct itimerspec value = {{0, 0}, {50, 0}}, before;
+  sleep(3);
+  timerfd_settime(fd, 0, &value, NULL); /* and forgets that it rang */
+  sleep(7);
+  timerfd_gettime(fd, &before);
+  struct pollfd watched = {fd, POLLIN, 0};
+  const int is_ready = poll(&watched, 1, 0);
+  close(fd);
+  return before.it_value.tv_sec == 42 ? is_ready : 1;
+}
+static int to_hand_timer_on(void) {
+  const int fd = descriptor_of(27, 0);
+  int status = 0;
+  const pid_t child = fork();
+  if (child == 0) {
+    dup2(fd, STDIN_FILENO);
+    execlp("dd", "dd", "bs=8", "count=1", "of=/dev/null", "status=none", (char *)NULL);
+    _exit(127);
+  }
+  close(fd);
+  waitpid(child, &status, 0);
+  return status;
+}
+
 /* Who writes after three seconds ends a wait of a thousand. */
 static int to_hear_of_another(void) {
   int fds[2];
@@ -211,6 +416,23 @@ static const struct {
     {"alarm and execve", to_be_replaced, 14, 14.1},
     {"setitimer", to_ring_three_times, 3, 6.1},
     {"alarm and sleep", to_be_interrupted, 2, 2.1},
+    {"ualarm", to_ualarm, 0.5, 0.6},
+    {"epoll_pwait2", to_epoll_exactly, 6, 6.1},
+    {"pthread_rwlock_timedwrlock", to_wait_for_lock, 15, 15.1},
+    {"pthread_timedjoin_np", to_wait_for_thread, 17, 17.1},
+    {"cnd_timedwait", to_wait_as_in_c11, 18, 18.1},
+    {"futex", to_wait_for_word, 19, 19.1},
+    {"times", to_count_ticks, 20, 20.1},
+    {"timer_create", to_time, 21, 21.1},
+    {"timer_create with a value", to_time_with_value, 22, 22.1},
+    {"timer_getoverrun", to_time_unheard, 6, 6.1},
+    {"timer_gettime", to_ask_timer, 103, 103.1},
+    {"timer_create with a function", to_be_called, 24, 24.1},
+    {"timer_create, fork and execve", to_end_timers, 25, 25.1},
+    {"timerfd_create", to_read_timer, 26, 26.1},
+    {"timerfd_create and epoll_wait", to_watch_timer, 12, 12.1},
+    {"timerfd_gettime", to_ask_descriptor, 10, 10.1},
+    {"timerfd_create, fork and execve", to_hand_timer_on, 27, 27.1},
     {"alarm(0)", to_switch_an_alarm_off, 10, 10.1},
     {"poll and another process", to_hear_of_another, 3, 3.1},
     {"a sleeper that is killed", to_outlive_a_sleeper, 16, 16.3},

@@ -33,8 +33,12 @@ TEST_F(Clock, IsHadByEachCallThatWaitsOrTellsTheTime) {
   for (std::string line; std::getline(lines, line); ++calls) {
     EXPECT_TRUE(line.ends_with(": ok")) << line;
   }
-  EXPECT_EQ(calls, 22) << done.output;
+  EXPECT_EQ(calls, 39) << done.output;
   EXPECT_FALSE(std::filesystem::exists(page()));
+}
+
+TEST_F(Clock, EndsWhatHasALimitByATimer) {
+  EXPECT_EQ(run_to_end(at_speed("full", {"timeout", "100", "sleep", "1000"})).exit_status, 124);
 }
 
 // With more work beside it than the machine has processors.
