@@ -1,5 +1,6 @@
 #include "procedure/beside.h"
 
+#include <pthread.h>
 #include <sys/prctl.h>
 #include <unistd.h>
 
@@ -13,8 +14,18 @@
 namespace lmainte::procedure {
 namespace {
 
+pid_t g_watcher = 0;
+
+// In the indicator, as soon as the library has forked it: it does not outlive a watcher that is killed.
+void end_with_watcher() {
+  prctl(PR_SET_PDEATHSIG, SIGTERM);
+  if (getppid() != g_watcher) _exit(0);
+}
+
 void watch(const sigset_t &heard, const char *message, int32_t longest, Line line) {
   const timespec quiet = {static_cast<time_t>(line), 0};
+  g_watcher = getpid();
+  pthread_atfork(nullptr, nullptr, end_with_watcher);
   int32_t indicator = 0;
   bool has_answered = false;
   for (;;) {
