@@ -7,6 +7,7 @@
 #include "host/base/signal_name.h"
 #include "host/box/inventory_kinds.h"
 #include "host/box/model.h"
+#include "host/box/unit_name.h"
 #include "host/trace_book/event_names.h"
 
 namespace sweep {
@@ -81,6 +82,75 @@ Instead line_is_cut(const Occasion & /*occasion*/) {
   return {{{"hangup"}}};
 }
 
+// They stop the command, and go on with it a while later.
+Instead stops_and_goes_on(const Occasion &occasion) {
+  Words as_before = occasion.words;
+  as_before.insert(as_before.begin(), "type");
+  return {{{"type", "\032"}, {"pause", "2"}, {"signal", "CONT"}, {"pause", "1"}, as_before}};
+}
+
+// ---- what the technician does instead
+
+const std::string &unit_in(const Occasion &occasion) {
+  return occasion.words.at(1);
+}
+
+// As the play has it, and more.
+std::vector<Words> as_before(const Occasion &occasion) {
+  Words words = occasion.words;
+  words.insert(words.begin(), "spbox");
+  return {words};
+}
+
+Instead never_comes(const Occasion & /*occasion*/) {
+  return std::vector<Words>{};
+}
+
+Instead flickers(const Occasion &occasion) {
+  return {{{"hands", "flicker " + unit_in(occasion) + " 5 0.5"}}};
+}
+
+Instead with_hands(const Occasion &occasion, const std::string &hands) {
+  auto steps = as_before(occasion);
+  steps.push_back({"hands", hands + " " + unit_in(occasion)});
+  return steps;
+}
+
+Instead comes_back(const Occasion &occasion) {
+  return with_hands(occasion, "after 3; insert");
+}
+Instead vanishes(const Occasion &occasion) {
+  return with_hands(occasion, "after 3; pull");
+}
+
+Instead with_state(const Occasion &occasion, const char *state) {
+  auto steps = as_before(occasion);
+  steps.push_back({"spbox", state, unit_in(occasion)});
+  return steps;
+}
+
+Instead comes_faulty(const Occasion &occasion) {
+  return with_state(occasion, "fault");
+}
+Instead comes_degraded(const Occasion &occasion) {
+  return with_state(occasion, "degrade");
+}
+
+// Another one of its kind; nothing where there is none.
+Instead pulls_another(const Occasion &occasion) {
+  const box::Model *model = box::find_model(occasion.model);
+  if (model == nullptr) return {};
+  const auto places = box::places_of(model->code);
+  const std::string unit = box::location_of(unit_in(occasion));
+  const auto at = std::ranges::find(places, unit, &box::UnitPlace::name);
+  if (at == places.end()) return {};
+  const auto other = std::ranges::find_if(places, [&](const box::UnitPlace &place) {
+    return place.type() == at->type() && place.name != unit && !place.carried && place.carrier() != at->carrier();
+  });
+  if (other == places.end()) return {};
+  return {{{"spbox", "pull", other->name}}};
+}
+
 const std::vector<DeviationRow> kRows{
     {"exit",
      "a control program ends with an exit status of its page, or with another one",
@@ -113,6 +183,16 @@ const std::vector<DeviationRow> kRows{
      .instead = ends_input},
     {.word = "Ctrl-C", .what = "the operator interrupts", .at = At::kAnswer, .is_choice = true, .instead = interrupts},
     {.word = "cut", .what = "the operator's line is cut", .at = At::kAnswer, .instead = line_is_cut},
+    {.word = "Ctrl-Z", .what = "the operator stops the command, and goes on", .at = At::kAnswer, .instead = stops_and_goes_on},
+    {.word = "never", .what = "the unit is not pulled out", .at = At::kPull, .instead = never_comes},
+    {.word = "flickers", .what = "the unit is out, in, out, in and out", .at = At::kPull, .instead = flickers},
+    {.word = "back", .what = "the unit is in again a moment later", .at = At::kPull, .instead = comes_back},
+    {.word = "another", .what = "another unit is pulled out by mistake", .at = At::kPull, .instead = pulls_another},
+    {.word = "never", .what = "no unit is put in", .at = At::kInsert, .instead = never_comes},
+    {.word = "flickers", .what = "the unit is in, out, in, out and in", .at = At::kInsert, .instead = flickers},
+    {.word = "vanishes", .what = "the unit is out again a moment later", .at = At::kInsert, .instead = vanishes},
+    {.word = "faulty", .what = "a faulty unit is put in", .at = At::kInsert, .instead = comes_faulty},
+    {.word = "degraded", .what = "a degraded unit is put in", .at = At::kInsert, .instead = comes_degraded},
 };
 
 // What records of the trace the databases' calls write stands between these calls, which are points themselves.

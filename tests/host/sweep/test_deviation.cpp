@@ -28,7 +28,8 @@ TEST_F(Deviations, AreAtEachPointOfTheirKind) {
        {"program ctlled 2: exit 206", "program ctlled 1: exit 77", "program ctlled 1: exit 127",
         "program ctlled 2: signal SIGSEGV", "program ctlled 1: hang", "read current_psu_info 1: missing",
         "read current_psu_info 1: short", "log 1: refused", "log 1: signal SIGKILL",
-        "trace lmainte_detach_fru entry 2: signal SIGTERM", "answer at step 4: q", "answer at step 7: cut"}) {
+        "trace lmainte_detach_fru entry 2: signal SIGTERM", "answer at step 4: q", "answer at step 7: cut", "answer at step 4: Ctrl-Z",
+                           "pull at step 5: never", "insert at step 6: vanishes"}) {
     EXPECT_TRUE(has(name)) << name;
   }
   EXPECT_FALSE(has("program ctlled 3: exit 206")) << "the good play did not come there";
@@ -60,6 +61,11 @@ TEST_F(Deviations, AreWrittenAsStepsOfAPlay) {
   EXPECT_EQ(sweep::lines_of(named("answer at step 4: nonsense")),
             (Lines{"type \"nonsense\\x0a\"", "pause 1", "type \"1\\x0a\""}));
   EXPECT_EQ(sweep::lines_of(named("answer at step 7: cut")), Lines{"hangup"});
+  EXPECT_EQ(sweep::lines_of(named("pull at step 5: never")), Lines{});
+  EXPECT_EQ(sweep::lines_of(named("pull at step 5: another")), Lines{"spbox pull /PSU#1"});
+  EXPECT_EQ(sweep::lines_of(named("insert at step 6: vanishes")),
+            (Lines{"spbox insert /PSU#0", "hands \"after 3; pull /PSU#0\""}));
+  EXPECT_EQ(sweep::lines_of(named("insert at step 6: faulty")), (Lines{"spbox insert /PSU#0", "spbox fault /PSU#0"}));
 }
 
 TEST_F(Deviations, AreTheSameEachTime) {
