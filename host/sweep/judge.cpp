@@ -88,10 +88,10 @@ bool is_true(Say said, bool is_so) {
 }
 
 bool is_true(const Claim &claim, const std::string &unit, const Course &course) {
-  const auto &left = course.end.left;
+  const auto &left = course.switched;
   const bool is_marked = has(left, unit + " is under maintenance") || has(left, "the LED of " + unit + " blinks") ||
                          has(left, "the LED of " + unit + " is on");
-  return is_true(claim.in_place, !has(course.units, unit)) &&
+  return is_true(claim.in_place, !has(course.missing, unit)) &&
          is_true(claim.detached, has(left, unit + " is detached")) && is_true(claim.marked, is_marked);
 }
 
@@ -149,11 +149,19 @@ class Judge {
   void judge_leftovers() {
     const std::string named = text_ + (course_.line_cut ? " " + joined(course_.end.logged) : "");
     for (const std::string &sentence : course_.end.left) {
-      if (is_as_good() && has(good_.left, sentence)) continue;
+      if (has(good_.left, sentence) && (is_as_good() || is_done(sentence))) continue;
       const bool is_in_log = course_.line_cut && is_of_unit_in_log(sentence);
       if (!is_in_log && !is_named(sentence, named))
         add(sentence + ", and the screen does not say so", in_order(sentence));
     }
+  }
+
+  // What the good play leaves, too: a unit that is gone for good. The screen says that it is, as it does in the good play, or nobody
+  // was left to say so.
+  bool is_done(const std::string &sentence) const {
+    const std::string unit = sentence.substr(0, sentence.find(' '));
+    return has(course_.missing, unit) &&
+           (course_.was_killed || fits(joined(course_.end.shown), exactly(unit) + " is removed"));
   }
 
   bool is_of_unit_in_log(const std::string &sentence) const {
@@ -188,7 +196,8 @@ class Judge {
   }
 
   void judge_log() {
-    for (const std::string &entry : course_.end.logged) {
+    for (std::size_t i = course_.logged_at; i < course_.end.logged.size(); ++i) {
+      const std::string &entry = course_.end.logged[i];
       for (const Claim &claim : kEntries) {
         std::smatch match;
         if (!std::regex_search(entry, match, std::regex(claim.said)) || is_true(claim, match[1], course_)) continue;

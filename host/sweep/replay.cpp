@@ -15,6 +15,7 @@
 #include "host/include/lmainte_host.h"
 #include "host/play/stage.h"
 #include "host/sweep/careful.h"
+#include "host/technician/changes.h"
 
 namespace sweep {
 namespace {
@@ -40,6 +41,13 @@ bool is_check(const Step &step) {
   if (is_verb(step, {"in_order", "says", "takesaid"})) return true;
   constexpr std::array<std::string_view, 4> kLooks{"units", "show", "log", "trace"};
   return step.row->verb == "spbox" && std::ranges::find(kLooks, step.words[0]) != kLooks.end();
+}
+
+// From here on, what was said and logged before may not be so any more.
+bool changes_units(const Step &step) {
+  const auto &rows = technician::kChanges;
+  return step.row->verb == "spbox" &&
+         std::ranges::any_of(rows, [&](const auto &row) { return row.verb == step.words[0]; });
 }
 
 // A step that only people need.
@@ -148,7 +156,7 @@ class Replay {
       if (step.row->traits.starts_command) begin_command();
       const milliseconds patience = stage_.patience;
       if (step.row->verb == "in_order") stage_.patience = std::min(patience, kDyingTime);
-      if (step.row->verb == "type") typed_at_ = lines_in(stage_.op().terminal().everything_shown());
+      if (step.row->verb == "type" || changes_units(step)) remember_what_was_said(step);
       step.row->perform(stage_, with_taken);
       if (step.row->verb == "in_order") stage_.patience = patience;
       keep_line(with_taken);
@@ -162,7 +170,12 @@ class Replay {
     }
   }
 
-  // A check behind the end is played when it holds, and written down when it does not.
+  void remember_what_was_said(const Step &step) {
+    if (!stage_.op().has_terminal()) return;
+    typed_at_ = lines_in(stage_.op().terminal().everything_shown());
+    if (changes_units(step)) logged_at_ = logged().size();
+  }
+
   void keep_line(const Step &step) { course_.played.push_back(line_of(words_of(step))); }
 
   bool perform_as_it_deviates(const Step &step) {
@@ -315,7 +328,9 @@ class Replay {
     if (was_killed && was_to_be_killed()) return go_on_behind_kill();
     if (!is_played_to_end && ending == terminal::Ending{false, 0}) check_as_good_play();
     course_.typed_at = typed_at_ - std::min(typed_at_, shown_before_);
-    course_.units = missing_units();
+    course_.logged_at = logged_at_ - std::min(logged_at_, log_before_);
+    course_.missing = missing_units();
+    course_.switched = play::switched_in_hardware(house_.box.place());
     return std::move(course_);
   }
 
@@ -354,7 +369,9 @@ class Replay {
       if (std::ranges::find(course_.end.left, sentence) == course_.end.left.end()) course_.end.left.push_back(sentence);
     }
     course_.typed_at = typed_at_ - std::min(typed_at_, shown_before_);
-    course_.units = missing_units();
+    course_.logged_at = logged_at_ - std::min(logged_at_, log_before_);
+    course_.missing = missing_units();
+    course_.switched = play::switched_in_hardware(house_.box.place());
     return std::move(course_);
   }
 
@@ -399,7 +416,7 @@ class Replay {
   std::vector<std::size_t> has_met_;
   std::string failed_, failed_line_;
   Sentences hardware_before_, log_;
-  std::size_t log_before_ = 0, shown_before_ = 0, typed_at_ = 0;
+  std::size_t log_before_ = 0, logged_at_ = 0, shown_before_ = 0, typed_at_ = 0;
   std::uintmax_t log_size_ = 0;
   Good found_;
   Course course_;

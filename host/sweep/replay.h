@@ -22,12 +22,15 @@ struct Course {
   bool happened = false;  // each deviation
   bool is_good = false;   // each step was as in the good play, and what a command left, too
 
-  std::size_t command = 0;   // the number of the one that is told of here
-  CommandEnd end;            // what was shown: since its start
-  std::size_t typed_at = 0;  // so many of these lines were there when the operator typed last
+  std::size_t command = 0;  // the number of the one that is told of here
+  CommandEnd end;           // what was shown: since its start
+  std::size_t typed_at =
+      0;  // so many of these lines were there when the operator typed, or somebody changed a unit, last
+  std::size_t logged_at = 0;  // so many entries were in the log when somebody changed a unit last
   bool gave_up = false, line_cut = false, was_killed = false;
-  std::string failed_check;        // what of the good play's checks behind the command's end did not hold
-  std::vector<std::string> units;  // in words that judges read: "/PSU#3 in", "/PSU#3 out"
+  std::string failed_check;           // what of the good play's checks behind the command's end did not hold
+  std::vector<std::string> missing;   // units that are not in place
+  std::vector<std::string> switched;  // all that is switched in the hardware, also before the command
 
   std::vector<std::string> played;  // lines of a play that does the same
 };

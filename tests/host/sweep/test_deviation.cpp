@@ -28,8 +28,8 @@ TEST_F(Deviations, AreAtEachPointOfTheirKind) {
        {"program ctlled 2: exit 206", "program ctlled 1: exit 77", "program ctlled 1: exit 127",
         "program ctlled 2: signal SIGSEGV", "program ctlled 1: hang", "read current_psu_info 1: missing",
         "read current_psu_info 1: short", "log 1: refused", "log 1: signal SIGKILL",
-        "trace lmainte_detach_fru entry 2: signal SIGTERM", "answer at step 4: q", "answer at step 7: cut", "answer at step 4: Ctrl-Z",
-                           "pull at step 5: never", "insert at step 6: vanishes"}) {
+        "trace lmainte_detach_fru entry 2: signal SIGTERM", "answer at step 4: q", "answer at step 7: cut",
+        "answer at step 4: Ctrl-Z", "pull at step 5: never", "insert at step 6: vanishes"}) {
     EXPECT_TRUE(has(name)) << name;
   }
   EXPECT_FALSE(has("program ctlled 3: exit 206")) << "the good play did not come there";

@@ -29,7 +29,8 @@ sweep::Course course_of(const Ended &row) {
   course.end = {1, terminal::Ending{false, row.status}, row.left, row.logged, {"Which one?"}};
   course.typed_at = 1;
   course.end.shown.insert(course.end.shown.end(), row.shown.begin(), row.shown.end());
-  course.units = row.missing;
+  course.missing = row.missing;
+  course.switched = row.left;
   course.gave_up = row.gave_up;
   return course;
 }
@@ -115,6 +116,20 @@ TEST(Judge, TakesNothingForALineThatTheGoodPlayShows) {
   EXPECT_EQ(faults[0].shown_by, (Lines{"patience 2", "in_order"}));
 }
 
+TEST(Judge, KnowsAUnitThatIsGoneForGood) {
+  sweep::Good good = good_play();
+  good.commands[0].left = {"/PSU#0 is detached"};
+  const Ended row{.what = "", .status = 143, .shown = {"/PSU#0 is removed."}, .left = {"/PSU#0 is detached"}};
+  sweep::Course course = course_of(row);
+  EXPECT_EQ(sweep::faults_of(course, good).size(), 2U) << "it is still in place";
+  course.missing = {"/PSU#0"};
+  EXPECT_EQ(sweep::faults_of(course, good).size(), 0U);
+  course.end.shown.pop_back();
+  EXPECT_EQ(sweep::faults_of(course, good).size(), 1U) << "nobody says so";
+  course.was_killed = true;
+  EXPECT_EQ(sweep::faults_of(course, good).size(), 0U);
+}
+
 TEST(Judge, LetsThePlayAllowWhatIsNamed) {
   const Ended row{.what = "",
                   .status = 1,
@@ -124,6 +139,13 @@ TEST(Judge, LetsThePlayAllowWhatIsNamed) {
   const auto faults = sweep::faults_of(course_of(row), good_play());
   ASSERT_EQ(faults.size(), 1U);
   EXPECT_EQ(faults[0].shown_by, (Lines{"patience 2", "in_order but /PSU#0"}));
+}
+
+TEST(Judge, HoldsNoEntryAgainstWhatAUnitBecameLater) {
+  sweep::Course course = course_of({.what = "", .status = 129, .logged = {"place left empty          /PSU#0"}});
+  EXPECT_TRUE(faults_in(course).starts_with("the log says \"place left empty"));
+  course.logged_at = 1;
+  EXPECT_EQ(faults_in(course), "") << "it was put in behind this entry";
 }
 
 TEST(Judge, AsksTheLogWhereTheLineIsCut) {
