@@ -33,6 +33,7 @@ const std::vector<Line> kLines{
     {"mend", {"mend", "box"}, {"break", "box", "/PSU#0", "--missing"}},
     {"deviate", {"deviate", "box", "log", "--refused"}},
     {"points", {"points", "box"}, {"deviate", "box", "log", "--refused"}},
+    {"watch", {"watch", "box", "--once"}},
     {"trace", {"trace", "box"}},
     {"log", {"log", "box"}},
     {"dump", {"dump", "box"}},

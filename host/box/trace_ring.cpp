@@ -7,12 +7,14 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <cstddef>
 #include <cstring>
 #include <ctime>
 #include <optional>
 #include <stdexcept>
 #include <string>
 #include <system_error>
+#include <utility>
 
 #include "host/base/descriptor.h"
 #include "host/box/mapping_guard.h"
@@ -43,7 +45,10 @@ struct alignas(64) Slot {
   Word check;
   std::array<Word, kBodyWords> body;
 };
-static_assert(sizeof(Head) == 64 && sizeof(Slot) == 64);
+static_assert(sizeof(Head) == 64 && sizeof(Slot) == 64 && offsetof(Head, next) == TraceRing::kCountAt);
+constexpr std::size_t kHeadWords = sizeof(Head) / sizeof(std::uint64_t),
+                      kSlotWords = sizeof(Slot) / sizeof(std::uint64_t);
+constexpr const char *kDamaged = "it is damaged: it was cut short or emptied. Make the box anew, or load a dump of it.";
 
 struct Ring {
   Head head;
@@ -116,16 +121,17 @@ std::optional<TraceEntry> entry_in(const std::uint64_t *slot) {
   return entry_of(number, body);
 }
 
-// The file may be cut short at any time: it is not mapped to be read.
-std::vector<std::uint64_t> words_of(int fd) {
-  std::vector<std::uint64_t> words(sizeof(Ring) / sizeof(std::uint64_t));
+// Words of the file from one of them on, as far as it has them. The file may be cut short at any time: it is not mapped to be read.
+std::vector<std::uint64_t> words_of(int fd, std::size_t from, std::size_t count) {
+  std::vector<std::uint64_t> words(count);
+  const std::size_t size = count * sizeof(std::uint64_t);
   std::size_t done = 0;
-  while (done < sizeof(Ring)) {
-    const ssize_t size =
-        pread(fd, reinterpret_cast<char *>(words.data()) + done, sizeof(Ring) - done, static_cast<off_t>(done));
-    if (size < 0 && errno == EINTR) continue;
-    if (size <= 0) break;
-    done += static_cast<std::size_t>(size);
+  while (done < size) {
+    const ssize_t part = pread(fd, reinterpret_cast<char *>(words.data()) + done, size - done,
+                               static_cast<off_t>(from * sizeof(std::uint64_t) + done));
+    if (part < 0 && errno == EINTR) continue;
+    if (part <= 0) break;
+    done += static_cast<std::size_t>(part);
   }
   words.resize(done / sizeof(std::uint64_t));
   return words;
@@ -201,19 +207,30 @@ bool TraceRing::append(std::uint32_t module, std::uint32_t level, std::uint32_t 
 }
 
 std::vector<TraceEntry> TraceRing::read(const std::filesystem::path &file) {
+  return read_last(file, kSlots);
+}
+
+std::vector<TraceEntry> TraceRing::read_last(const std::filesystem::path &file, std::uint32_t count) {
   const base::Descriptor ring(open(file.c_str(), O_RDONLY | kOwnFile));
   if (ring.get() < 0) throw failure(file, "read it", std::strerror(errno));
-  const std::vector<std::uint64_t> words = words_of(ring.get());
-  constexpr std::size_t kHeadWords = sizeof(Head) / sizeof(std::uint64_t),
-                        kSlotWords = sizeof(Slot) / sizeof(std::uint64_t);
-  if (words.size() != kHeadWords + kSlots * kSlotWords) {
-    throw failure(file, "read it",
-                  "it is damaged: it was cut short or emptied. Make the box anew, or load a dump of it.");
+  struct stat status {};
+  const std::vector<std::uint64_t> head = words_of(ring.get(), 0, kHeadWords);
+  if (head.size() != kHeadWords || fstat(ring.get(), &status) != 0 ||
+      status.st_size != static_cast<off_t>(sizeof(Ring))) {
+    throw failure(file, "read it", kDamaged);
   }
-  if (words[0] != kMagic || words[1] != kSlots) throw failure(file, "read it", "the file holds no trace ring");
+  if (head[0] != kMagic || head[1] != kSlots) throw failure(file, "read it", "the file holds no trace ring");
+  count = std::min(count, kSlots);
+  // Up to the end of the slots, then what went on at their beginning.
+  const std::uint64_t first = (head[2] + kSlots - count) % kSlots,
+                      before_end = std::min<std::uint64_t>(count, kSlots - first);
   std::vector<TraceEntry> entries;
-  for (std::size_t at = kHeadWords; at < words.size(); at += kSlotWords) {
-    if (const auto entry = entry_in(&words[at])) entries.push_back(*entry);
+  for (const auto &[slot, slots] : {std::pair(first, before_end), std::pair(std::uint64_t{0}, count - before_end)}) {
+    const std::vector<std::uint64_t> words = words_of(ring.get(), kHeadWords + slot * kSlotWords, slots * kSlotWords);
+    if (words.size() != slots * kSlotWords) throw failure(file, "read it", kDamaged);
+    for (std::size_t at = 0; at < words.size(); at += kSlotWords) {
+      if (const auto entry = entry_in(&words[at])) entries.push_back(*entry);
+    }
   }
   std::ranges::sort(entries, {}, &TraceEntry::number);
   return entries;

@@ -37,6 +37,12 @@ class TraceRing {
   // The records, oldest first. A record whose writer died while it wrote it is left out. Throws.
   static std::vector<TraceEntry> read(const std::filesystem::path &file);
 
+  // The last so many of them, read without the others. Throws.
+  static std::vector<TraceEntry> read_last(const std::filesystem::path &file, std::uint32_t count);
+
+  // Where the file says how many records were ever begun: who looks there again knows whether there are new ones.
+  static constexpr std::size_t kCountAt = 16;
+
  private:
   std::atomic<void *> memory_ = nullptr;
 };

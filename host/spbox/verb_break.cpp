@@ -4,6 +4,7 @@
 #include "host/box/advice.h"
 #include "host/box/breakage.h"
 #include "host/box/inventory.h"
+#include "host/spbox/bent_text.h"
 #include "host/spbox/standard_output.h"
 #include "host/spbox/text.h"
 #include "host/spbox/verbs.h"
@@ -49,9 +50,13 @@ std::string record_text(const box::RecordName &record) {
   return "Record " + record.name + " (database " + std::to_string(record.db_id) + ")";
 }
 
-std::string line_of(const box::BrokenRecord &broken) {
+}  // namespace
+
+std::string broken_text(const box::BrokenRecord &broken) {
   return record_text(broken.record) + " " + what_it_is(broken);
 }
+
+namespace {
 
 // What can no longer be read, as far as it fits on a line; empty where it is no unit.
 std::string spoiled(const box::Inventory &inventory, const std::string &record) {
@@ -69,7 +74,7 @@ std::string spoiled(const box::Inventory &inventory, const std::string &record) 
 int list_broken(const box::Place &place) {
   const std::vector<box::BrokenRecord> all = box::broken_records(place);
   if (all.empty()) print_line("No record is broken on purpose.");
-  for (const box::BrokenRecord &broken : all) print_line(line_of(broken) + ".");
+  for (const box::BrokenRecord &broken : all) print_line(broken_text(broken) + ".");
   return 0;
 }
 
@@ -82,7 +87,7 @@ int break_records(const BreakOptions &options) {
                                                    : box::Breakage::kLong;
   for (const box::BrokenRecord &broken : box::break_records(place, records_of(options), breakage)) {
     const std::string &name = broken.record.name;
-    print_line(line_of(broken) + ".");
+    print_line(broken_text(broken) + ".");
     if (const std::string units = spoiled(inventory, name); !units.empty()) print_line(units);
     print_line(box::advice({"mend", place.root(), name}) + " restores it.");
   }

@@ -6,6 +6,7 @@
 #include "host/box/daemon_bend.h"
 #include "host/box/daemon_socket.h"
 #include "host/include/lmainte_host.h"
+#include "host/spbox/bent_text.h"
 #include "host/spbox/json.h"
 #include "host/spbox/standard_output.h"
 #include "host/spbox/verbs.h"
@@ -31,6 +32,8 @@ box::DaemonWay way_of(std::string_view name) {
       ->way;
 }
 
+}  // namespace
+
 std::string way_text(const box::DaemonBend &bend) {
   switch (bend.way) {
     case box::DaemonWay::kWell:
@@ -46,6 +49,8 @@ std::string way_text(const box::DaemonBend &bend) {
   }
   return "";
 }
+
+namespace {
 
 int daemon(const DaemonOptions &options) {
   const box::Place place(options.box);

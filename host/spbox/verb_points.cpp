@@ -8,6 +8,7 @@
 #include "host/box/contents.h"
 #include "host/box/points.h"
 #include "host/box/program_list.h"
+#include "host/spbox/bent_text.h"
 #include "host/spbox/json.h"
 #include "host/spbox/standard_output.h"
 #include "host/spbox/text.h"
@@ -63,6 +64,19 @@ std::string point_text(box::PointKind kind, const std::string &name, std::uint32
          std::to_string(number);
 }
 
+std::string happened_text(const box::Deviation &deviation) {
+  return deviation.happened == 0 ? "not yet" : "in process " + std::to_string(deviation.happened);
+}
+
+}  // namespace
+
+std::string deviation_text(const box::Deviation &deviation) {
+  return "At " + point_text(deviation.kind, deviation.name, deviation.number) + ": " + turn_text(deviation.turn) +
+         (deviation.happened == 0 ? "" : ", happened " + happened_text(deviation));
+}
+
+namespace {
+
 // ---- points --------------------------------------------------------------------------------------------------------
 
 Json points_json(const box::Points &points, bool counting) {
@@ -79,10 +93,6 @@ Json points_json(const box::Points &points, bool counting) {
                                       {"pid", deviation.happened == 0 ? Json() : Json(deviation.happened)}});
   }
   return Json::Object{{"counting", counting}, {"counts", counts}, {"deviations", deviations}, {"lost", points.lost}};
-}
-
-std::string happened_text(const box::Deviation &deviation) {
-  return deviation.happened == 0 ? "not yet" : "in process " + std::to_string(deviation.happened);
 }
 
 void print_points(const box::Points &points) {

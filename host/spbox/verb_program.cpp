@@ -5,6 +5,7 @@
 #include "host/box/advice.h"
 #include "host/box/contents.h"
 #include "host/box/program_list.h"
+#include "host/spbox/bent_text.h"
 #include "host/spbox/json.h"
 #include "host/spbox/standard_output.h"
 #include "host/spbox/text.h"
@@ -21,6 +22,8 @@ struct ProgramOptions {
   bool reset = false, as_json = false;
 };
 
+}  // namespace
+
 std::string bend_text(const box::Bend &bend) {
   std::string text;
   const auto add = [&text](const std::string &part) { text += (text.empty() ? "" : ", ") + part; };
@@ -31,6 +34,8 @@ std::string bend_text(const box::Bend &bend) {
   if (bend.exit) add("exits with " + std::to_string(*bend.exit));
   return text.empty() ? "straight" : text;
 }
+
+namespace {
 
 std::string run_text(const std::optional<box::Run> &run) {
   if (!run) return "never ran";

@@ -3,6 +3,7 @@
 
 #include "host/box/contents.h"
 #include "host/box/trace_ring.h"
+#include "host/spbox/bent_text.h"
 #include "host/spbox/json.h"
 #include "host/spbox/log_book.h"
 #include "host/spbox/standard_output.h"
@@ -55,6 +56,15 @@ std::string text_of(const TraceLine &line) {
   }
   return text;
 }
+
+}  // namespace
+
+std::string trace_text(const box::TraceEntry &entry) {
+  const TraceLine line = trace_book::words_of(entry);
+  return line.function + ": " + text_of(line);
+}
+
+namespace {
 
 std::vector<std::string> cells_of(const box::TraceEntry &entry) {
   const TraceLine line = trace_book::words_of(entry);

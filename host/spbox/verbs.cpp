@@ -3,7 +3,7 @@
 namespace spbox {
 
 std::vector<Verb> all_verbs() {
-  std::vector<Verb> all{create_verb(), run_verb(), units_verb(), show_verb()};
+  std::vector<Verb> all{create_verb(), run_verb(), units_verb(), show_verb(), watch_verb()};
   for (Verb &change : change_verbs()) all.push_back(std::move(change));
   for (Verb (*verb)() :
        {technician_verb, play_verb, test_verb, sweep_verb, record_verb, program_verb, daemon_verb, break_verb,

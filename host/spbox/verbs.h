@@ -12,6 +12,7 @@ Verb create_verb();
 Verb run_verb();
 Verb units_verb();
 Verb show_verb();
+Verb watch_verb();
 std::vector<Verb> change_verbs();  // pull, insert, fault, degrade, repair
 Verb technician_verb();
 Verb play_verb();

@@ -91,6 +91,25 @@ TEST_F(TraceRingTest, IsEmptyWhenItIsMade) {
   EXPECT_TRUE(TraceRing::read(file).empty());
 }
 
+TEST_F(TraceRingTest, GivesBackTheLastAlone) {
+  const auto numbers_of_last = [&](std::uint32_t count) {
+    std::vector<std::uint64_t> numbers;
+    for (const TraceEntry &entry : TraceRing::read_last(file, count)) numbers.push_back(entry.number);
+    return numbers;
+  };
+  using Numbers = std::vector<std::uint64_t>;
+  EXPECT_EQ(numbers_of_last(3), Numbers{});
+  append_all(0, 1);
+  EXPECT_EQ(numbers_of_last(3), (Numbers{0, 1}));
+  append_all(2, 9);
+  EXPECT_EQ(numbers_of_last(3), (Numbers{7, 8, 9}));
+  append_all(10, kSlots);  // the last one stands at the front again
+  EXPECT_EQ(numbers_of_last(3), (Numbers{kSlots - 2, kSlots - 1, kSlots}));
+  EXPECT_EQ(TraceRing::read_last(file, kSlots + 5).size(), kSlots);
+  std::filesystem::resize_file(file, 4096);
+  EXPECT_THROW(TraceRing::read_last(file, 3), std::runtime_error);
+}
+
 TEST_F(TraceRingTest, OverwritesTheOldest) {
   append_all(0, kSlots + 99);
   const auto entries = TraceRing::read(file);

@@ -132,6 +132,7 @@ TEST_F(CommandLine, IsAFailureWhereItsOutputCannotBeWritten) {
                                  {"break", "box"},
                                  {"mend", "box"},
                                  {"points", "box"},
+                                 {"watch", "box", "--once"},
                                  {"trace", "box"},
                                  {"trace", "box", "--json"},
                                  {"log", "box"},

@@ -1,0 +1,227 @@
+#include "host/spbox/watch_eyes.h"
+
+#include <sys/types.h>
+
+#include <algorithm>
+#include <fstream>
+#include <functional>
+#include <iterator>
+#include <map>
+#include <optional>
+#include <set>
+
+#include "host/base/told.h"
+#include "host/box/confinement.h"
+#include "host/box/contents.h"
+#include "host/box/hardware.h"
+#include "host/box/inhabitants.h"
+#include "host/box/inventory.h"
+#include "host/box/partitions.h"
+#include "host/spbox/bent_text.h"
+#include "host/spbox/log_book.h"
+#include "host/spbox/text.h"
+#include "host/spbox/unit_text.h"
+#include "host/watch/packed.h"
+
+namespace spbox {
+namespace {
+
+using TextLines = std::vector<std::string>;
+
+watch::State state_of(const box::Unit &unit) {
+  if (!unit.unreadable.empty()) return watch::State::kUnreadable;
+  if (!unit.installed()) return watch::State::kOut;
+  if (unit.faulted()) return watch::State::kFaulted;
+  return unit.degraded() ? watch::State::kDegraded : watch::State::kNormal;
+}
+
+std::string note_of(const box::Unit &unit) {
+  if (!unit.unreadable.empty()) return unit.unreadable;
+  return unit.fru_unreadable.empty() ? unit.fru_name : unit.fru_unreadable;
+}
+
+// Each carried unit follows the one that carries it.
+std::vector<watch::Unit> units_of(const box::Inventory &inventory) {
+  std::vector<watch::Unit> units;
+  std::uint32_t carrier = watch::kNobody;
+  for (const box::Unit &unit : inventory.units()) {
+    if (!unit.place.carried) carrier = static_cast<std::uint32_t>(units.size());
+    const bool sits = unit.place.carried && carrier != watch::kNobody && units[carrier].name == unit.place.carrier();
+    watch::Unit seen;
+    seen.name = unit.place.name;
+    seen.carrier = sits ? carrier : watch::kNobody;
+    seen.state = state_of(unit);
+    seen.note = note_of(unit);
+    units.push_back(std::move(seen));
+  }
+  return units;
+}
+
+// What control programs have set for a unit.
+void set(const box::SettingValue &row, watch::Unit &unit) {
+  switch (row.setting) {
+    case box::Setting::kLed:
+      unit.led = row.is_blinking() ? watch::Led::kBlinks : row.is_usual() ? watch::Led::kOff : watch::Led::kOn;
+      break;
+    case box::Setting::kFlag:
+      unit.maintenance = true;
+      break;
+    case box::Setting::kDetached:
+      unit.detached = true;
+      break;
+    case box::Setting::kLink:
+      unit.link_down = row.value == "down";
+      break;
+    case box::Setting::kFan:
+      unit.fan = row.value;
+      break;
+    case box::Setting::kMaintenance:
+    case box::Setting::kReport:
+    case box::Setting::kPower:
+    case box::Setting::kMirror:
+      break;
+  }
+}
+
+// Those of no unit that the picture shows, where they are not as after power-on.
+void add_other_settings(const box::Hardware &hardware, const box::Inventory &inventory, TextLines &lines) {
+  const auto at_first = box::after_power_on(inventory.model());
+  for (const auto &[key, value] : other_settings(hardware, inventory)) {
+    const auto found = at_first.find(key);
+    if (found == at_first.end() || found->second != value) lines.push_back("Set: " + key + " " + value);
+  }
+}
+
+TextLines bent_in(const box::Place &place) {
+  const box::TextDatabase kept(place);
+  TextLines lines;
+  for (const std::string &name : box::program_names()) {
+    const box::Bend bend = box::bend_of(kept, name);
+    if (!bend.straight()) lines.push_back("Program " + name + " " + bend_text(bend));
+  }
+  const box::DaemonBend daemon = box::daemon_bend(kept);
+  if (daemon.way != box::DaemonWay::kWell) lines.push_back("The daemon " + way_text(daemon));
+  for (const box::BrokenRecord &broken : box::broken_records(place)) lines.push_back(broken_text(broken));
+  if (const auto points = box::points_of(place)) {
+    for (const box::Deviation &deviation : points->deviations) lines.push_back(deviation_text(deviation));
+  }
+  return lines;
+}
+
+watch::Server server_in(const box::Place &place) {
+  const box::Inventory inventory(place);
+  const box::Hardware hardware(place);
+  watch::Server server;
+  server.model = box::model_name(inventory.model());
+  server.in_maintenance_mode = hardware.maintenance_mode();
+  server.fan_speed = hardware.fan_speed();
+  const box::Server whole = box::server_of(place);
+  server.note = whole.unreadable.empty() ? "service processor unit " + std::to_string(whole.service_processor)
+                                         : unreadable(whole.unreadable);
+  server.units = units_of(inventory);
+  std::map<std::string_view, watch::Unit *> by_name;
+  for (watch::Unit &unit : server.units) by_name.emplace(unit.name, &unit);
+  for (const box::SettingValue &row : hardware.settings()) {
+    if (const auto unit = by_name.find(row.of); unit != by_name.end()) set(row, *unit->second);
+  }
+  for (const box::Xsb &xsb : box::xsbs_of(place, inventory.model())) {
+    const auto part = box::board_part_in(xsb.name);
+    if (part) server.parts.push_back({part->board, part->part, xsb.domain, xsb.active, xsb.unreadable.empty()});
+  }
+  server.bent = bent_in(place);
+  add_other_settings(hardware, inventory, server.bent);
+  const box::TextDatabase kept(place);
+  for (const std::string &name : box::program_names()) {
+    server.programs.push_back(name + ": " + bend_text(box::bend_of(kept, name)));
+  }
+  return server;
+}
+
+TextLines trace_in(const box::Place &place, std::size_t lines) {
+  TextLines trace;
+  for (const box::TraceEntry &entry : box::TraceRing::read_last(place.trace(), static_cast<std::uint32_t>(lines))) {
+    trace.push_back(time_of_day(entry.time_ns).substr(0, 12) + " " + trace_text(entry));
+  }
+  return trace;
+}
+
+TextLines log_in(const box::Place &place, std::size_t lines) {
+  const std::uint32_t model = box::model_of_box(place);
+  std::vector<box::LogEntry> entries = box::EventLog::read(place.events());
+  if (entries.size() > lines) entries.erase(entries.begin(), entries.end() - static_cast<long>(lines));
+  TextLines log;
+  for (const box::LogEntry &entry : entries) {
+    const LogLine line = decode(model, entry);
+    log.push_back(date_and_time(entry.time_ns) + " " + line.what + (line.kind.empty() ? "" : ", " + line.kind) +
+                  (line.unit.empty() ? "" : ": " + line.unit));
+  }
+  return log;
+}
+
+// Whatever a process of the box is called.
+std::string command_line_of(pid_t process) {
+  std::ifstream file("/proc/" + std::to_string(process) + "/cmdline", std::ios::binary);
+  std::string text{std::istreambuf_iterator<char>(file), {}};
+  while (!text.empty() && text.back() == '\0') text.pop_back();
+  const std::size_t end = std::min(text.find('\0'), text.size());
+  const std::size_t slash = text.rfind('/', end);
+  if (slash < end) text.erase(0, slash + 1);
+  std::ranges::replace(text, '\0', ' ');
+  return text;
+}
+
+// What `spbox run` has put around the command and beside it.
+bool is_of_spbox(const std::string &command) {
+  const std::string name = command.substr(0, command.find(' '));
+  return name.empty() || name == "bwrap" || name == "spbox" || name == "monitor_daemon" || name == "monitor";
+}
+
+}  // namespace
+
+void look_at(const box::Place &place, Parts parts, std::size_t lines, watch::Scene &scene) {
+  try {
+    const std::string bytes = box::in_confinement(place, [&] {
+      watch::Scene seen;
+      box::check_is_box(place);
+      if (parts.server) seen.server = server_in(place);
+      if (parts.trace) seen.trace = trace_in(place, lines);
+      if (parts.log) seen.log = log_in(place, lines);
+      return watch::packed(seen);
+    });
+    watch::Scene seen = watch::unpacked(bytes);
+    if (parts.server) scene.server = std::move(seen.server);
+    if (parts.trace) scene.trace = std::move(seen.trace);
+    if (parts.log) scene.log = std::move(seen.log);
+    scene.trouble.clear();
+  } catch (const std::exception &error) {
+    scene.trouble = base::told(error);
+  }
+}
+
+TextLines at_work_in(const box::Place &place) {
+  std::map<pid_t, std::string> commands;
+  std::map<pid_t, pid_t> parents;
+  for (const pid_t process : box::inhabitants(place)) {
+    const auto state = box::state_of(process);
+    std::string command = command_line_of(process);
+    if (!state || is_of_spbox(command)) continue;
+    commands.emplace(process, std::move(command));
+    parents.emplace(process, state->parent);
+  }
+  std::set<pid_t> with_children;
+  for (const auto &[process, parent] : parents) with_children.insert(parent);
+  TextLines lines;
+  for (const auto &[process, command] : commands) {
+    if (with_children.contains(process)) continue;
+    std::string line = command;
+    // A process has a parent that is older, but for numbers that came round again: so many steps at most.
+    pid_t at = parents.at(process);
+    for (std::size_t i = 0; i < commands.size() && commands.contains(at); ++i, at = parents.at(at)) {
+      line = commands.at(at) + " > " + line;
+    }
+    lines.push_back(line);
+  }
+  return lines;
+}
+
+}  // namespace spbox
