@@ -71,7 +71,7 @@ std::string happened_text(const box::Deviation &deviation) {
 }  // namespace
 
 std::string deviation_text(const box::Deviation &deviation) {
-  return "At " + point_text(deviation.kind, deviation.name, deviation.number) + ": " + turn_text(deviation.turn) +
+  return "At " + point_text(deviation.kind, deviation.name, deviation.number) + ": " + box::text_of(deviation.turn) +
          (deviation.happened == 0 ? "" : ", happened " + happened_text(deviation));
 }
 

@@ -1,17 +1,28 @@
-// The server of a box as a picture on the terminal, or printed once.
+// The server of a box as a picture that lives, or printed once.
 #include <langinfo.h>
+#include <poll.h>
+#include <unistd.h>
 
+#include <chrono>
 #include <clocale>
+#include <csignal>
 #include <memory>
+#include <optional>
 
 #include "host/box/contents.h"
 #include "host/spbox/standard_output.h"
 #include "host/spbox/verbs.h"
 #include "host/spbox/watch_eyes.h"
-#include "host/watch/picture.h"
+#include "host/spbox/watch_hands.h"
+#include "host/watch/desk.h"
+#include "host/watch/glass.h"
+#include "host/watch/pulse.h"
 
 namespace spbox {
 namespace {
+
+using std::chrono::milliseconds;
+using Clock = std::chrono::steady_clock;
 
 struct WatchOptions {
   std::filesystem::path box;
@@ -20,13 +31,15 @@ struct WatchOptions {
 
 watch::Letters letters_of_locale() {
   setlocale(LC_CTYPE, "");  // NOLINT(concurrency-mt-unsafe): one thread
+  // NOLINTNEXTLINE(concurrency-mt-unsafe): as above
   return std::string_view(nl_langinfo(CODESET)) == "UTF-8" ? watch::Letters::kUnicode : watch::Letters::kAscii;
 }
 
 // As many rows as it takes: nobody looks at it through a window.
-int print_picture(const box::Place &place, watch::Letters letters) {
+int print_picture(const box::Place &place) {
   constexpr std::size_t kLines = 8;
   constexpr int kMostRows = 200;
+  const watch::Letters letters = letters_of_locale();
   watch::Scene scene;
   look_at(place, {}, kLines, scene);
   if (!scene.trouble.empty()) throw box::BoxError(scene.trouble);
@@ -39,10 +52,164 @@ int print_picture(const box::Place &place, watch::Letters letters) {
   return 0;
 }
 
+// The signals that end what is on the terminal. They are taken where it can be given back, and given on then.
+class EndingSignal {
+ public:
+  EndingSignal() {
+    for (const int signal : kSignals) {
+      struct sigaction found {};
+      sigaction(signal, nullptr, &found);
+      if (found.sa_handler == SIG_IGN) continue;
+      struct sigaction take {};
+      take.sa_handler = [](int number) { came_ = number; };
+      sigaction(signal, &take, nullptr);
+    }
+  }
+  static bool has_come() { return came_ != 0; }
+  static void obey() {
+    if (!has_come()) return;
+    std::signal(came_, SIG_DFL);
+    raise(came_);
+  }
+
+ private:
+  static constexpr int kSignals[] = {SIGINT, SIGTERM, SIGHUP, SIGQUIT};
+  static inline volatile std::sig_atomic_t came_ = 0;
+};
+
+// A process that is forked meanwhile does nothing to the terminal.
+class SignalsWait {
+ public:
+  SignalsWait() {
+    sigset_t all;
+    sigemptyset(&all);
+    for (const int signal : {SIGINT, SIGTERM, SIGHUP, SIGQUIT, SIGTSTP, SIGWINCH}) sigaddset(&all, signal);
+    sigprocmask(SIG_BLOCK, &all, &before_);
+  }
+  ~SignalsWait() { sigprocmask(SIG_SETMASK, &before_, nullptr); }
+  SignalsWait(const SignalsWait &) = delete;
+  SignalsWait &operator=(const SignalsWait &) = delete;
+
+ private:
+  sigset_t before_{};
+};
+
+class Watching {
+ public:
+  explicit Watching(const box::Place &place)
+      : place_(place), letters_(letters_of_locale()), pulse_(place), desk_(place.root().string()) {}
+
+  void check_size() const {
+    if (has_room()) return;
+    throw std::runtime_error("the terminal has " + size_text() + ". Make it larger; --once prints a picture.");
+  }
+  void go_on_to_the_end();
+
+ private:
+  static constexpr milliseconds kLook{50};        // so often: what changes is shown within a tenth of a second
+  static constexpr milliseconds kPeople{1000};    // while somebody is at work
+  static constexpr milliseconds kHalfBlink{500};  // how long a LED that blinks shines
+  static constexpr std::size_t kLines = 100;
+
+  bool has_room() const { return glass_.rows() >= watch::kLeastRows && glass_.columns() >= watch::kLeastColumns; }
+  std::string size_text() const {
+    return std::to_string(glass_.rows()) + " rows and " + std::to_string(glass_.columns()) +
+           " columns, and the picture needs " + std::to_string(watch::kLeastRows) + " and " +
+           std::to_string(watch::kLeastColumns);
+  }
+  bool look();
+  bool let_blink();
+  bool take_keys();
+  void show();
+
+  box::Place place_;
+  watch::Letters letters_;
+  watch::Glass glass_;
+  watch::Pulse pulse_;
+  watch::Desk desk_;
+  watch::Scene scene_;
+  std::optional<watch::Picture> picture_;
+  Clock::time_point people_at_{};
+};
+
+// Each of these says whether there is something new to show.
+bool Watching::look() {
+  const watch::Pulse::Beat beat = pulse_.feel();
+  const bool asks_for_people = !scene_.at_work.empty() && Clock::now() - people_at_ >= kPeople;
+  if (!beat.any() && !asks_for_people) return false;
+  const SignalsWait wait;
+  const Parts parts{.server = beat.server, .trace = beat.trace, .log = beat.log};
+  if (parts.any()) look_at(place_, parts, kLines, scene_);
+  std::vector<std::string> at_work = at_work_in(place_);
+  people_at_ = Clock::now();
+  const bool is_new = beat.any() || at_work != scene_.at_work;
+  scene_.at_work = std::move(at_work);
+  return is_new;
+}
+
+bool Watching::let_blink() {
+  const bool is_lit = Clock::now().time_since_epoch() / kHalfBlink % 2 == 0;
+  if (is_lit == desk_.view().is_lit) return false;
+  desk_.set_lit(is_lit);
+  return std::ranges::any_of(scene_.server.units,
+                             [](const watch::Unit &unit) { return unit.led == watch::Led::kBlinks; });
+}
+
+bool Watching::take_keys() {
+  bool is_any = false;
+  for (auto input = glass_.next(); input; input = glass_.next()) {
+    is_any = true;
+    if (!picture_) continue;
+    const auto hand = input->is_click   ? desk_.click(input->row, input->column, scene_, *picture_)
+                      : input->key != 0 ? desk_.press(input->key, scene_, *picture_)
+                                        : std::nullopt;
+    if (desk_.is_over()) return false;
+    if (hand) {
+      const SignalsWait wait;
+      desk_.say(let_hands(place_, *hand));
+      look();
+    }
+    show();  // the next key is meant for what is on the screen then
+  }
+  return is_any;
+}
+
+void Watching::show() {
+  if (!has_room()) {
+    picture_.reset();
+    return glass_.say(("There are " + size_text() + ".").c_str());
+  }
+  picture_ = watch::draw(scene_, desk_.view(), glass_.rows(), glass_.columns(), letters_);
+  glass_.show(picture_->canvas);
+}
+
+void Watching::go_on_to_the_end() {
+  bool is_new = true;
+  while (!desk_.is_over() && !EndingSignal::has_come()) {
+    is_new = look() || is_new;
+    is_new = let_blink() || is_new;
+    if (is_new) show();
+    pollfd keys{.fd = STDIN_FILENO, .events = POLLIN, .revents = 0};
+    const int ready = poll(&keys, 1, static_cast<int>(kLook.count()));
+    if (ready > 0 && (keys.revents & (POLLHUP | POLLERR | POLLNVAL)) != 0 && !EndingSignal::has_come()) {
+      throw std::runtime_error("the terminal is gone.");
+    }
+    is_new = take_keys();
+  }
+}
+
 int watch_box(const WatchOptions &options) {
   const box::Place place(options.box);
   box::check_is_box(place);
-  return print_picture(place, letters_of_locale());
+  if (options.once) return print_picture(place);
+  {
+    const EndingSignal signals;
+    Watching watching(place);
+    watching.check_size();
+    watching.go_on_to_the_end();
+  }
+  EndingSignal::obey();
+  return 0;
 }
 
 }  // namespace
@@ -51,14 +218,16 @@ Verb watch_verb() {
   auto options = std::make_shared<WatchOptions>();
   return {
       .name = "watch",
-      .line = "Show the server as a picture",
+      .line = "Show the server as a picture that lives, and work on it",
       .works_on_box = true,
       .words = {box_word(options->box), {.name = "--once", .help = "Print one picture, and end", .to = &options->once}},
-      .footer = "Example:\n  spbox watch box --once",
-      .check =
-          [options] {
-            if (!options->once) throw UsageError("--once is missing.");
-          },
+      .footer =
+          "The picture has the whole terminal, 24 rows and 80 columns at least, and follows\n"
+          "what happens in the box. Its last lines name the keys; the mouse works, too.\n"
+          "A play and a pipe need --once.\n\n"
+          "Examples:\n"
+          "  spbox watch box\n"
+          "  spbox watch box --once",
       .act = [options] { return watch_box(*options); },
       .acts_confined = false};
 }

@@ -88,7 +88,8 @@ void add_other_settings(const box::Hardware &hardware, const box::Inventory &inv
   const auto at_first = box::after_power_on(inventory.model());
   for (const auto &[key, value] : other_settings(hardware, inventory)) {
     const auto found = at_first.find(key);
-    if (found == at_first.end() || found->second != value) lines.push_back("Set: " + key + " " + value);
+    if (found == at_first.end() || found->second != value)
+      lines.push_back(std::string("Set: ").append(key).append(" ").append(value));
   }
 }
 
@@ -217,7 +218,7 @@ TextLines at_work_in(const box::Place &place) {
     // A process has a parent that is older, but for numbers that came round again: so many steps at most.
     pid_t at = parents.at(process);
     for (std::size_t i = 0; i < commands.size() && commands.contains(at); ++i, at = parents.at(at)) {
-      line = commands.at(at) + " > " + line;
+      line.insert(0, " > ").insert(0, commands.at(at));
     }
     lines.push_back(line);
   }

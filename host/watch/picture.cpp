@@ -184,12 +184,11 @@ void Painter::chassis(const Box &box, const Plan &plan) {
 
 void Painter::menu(const Box &box, const Menu &menu) {
   frame(box, " " + menu.title + " ", "");
-  const int room = box.rows - 2;
-  const int first =
-      std::max(0, std::min(static_cast<int>(menu.chosen) - room / 2, static_cast<int>(menu.lines.size()) - room));
-  for (int i = 0; i < room && static_cast<std::size_t>(first + i) < menu.lines.size(); ++i) {
-    const auto line = static_cast<std::size_t>(first + i);
-    const int row = box.row + 1 + i;
+  const auto room = static_cast<std::size_t>(box.rows - kFrame);
+  const std::size_t last = menu.lines.size() > room ? menu.lines.size() - room : 0;
+  const std::size_t first = std::min(menu.chosen > room / 2 ? menu.chosen - room / 2 : 0, last);
+  int row = box.row + 1;
+  for (std::size_t line = first; line < std::min(first + room, menu.lines.size()); ++line, ++row) {
     canvas().put(row, box.column + 2, menu.lines[line], Paint::kPlain, box.columns - 4);
     if (line == menu.chosen) canvas().choose(row, box.column + 1, box.columns - 2);
     picture_.regions.push_back({row, box.column + 1, box.columns - 2, {}, line, {}});

@@ -1,0 +1,29 @@
+// What tells that something has changed in a box, without reading what it is: the number of the last save of its databases, the
+// count of its trace, and the times of its files.
+#pragma once
+
+#include <string>
+
+#include "host/box/place.h"
+
+namespace watch {
+
+class Pulse {
+ public:
+  struct Beat {
+    bool server = false, trace = false, log = false, people = false;
+
+    bool any() const { return server || trace || log || people; }
+  };
+
+  explicit Pulse(box::Place place) : place_(std::move(place)) {}
+
+  // What has changed since the last time; all of it at the first.
+  Beat feel();
+
+ private:
+  box::Place place_;
+  std::string server_, trace_, log_, people_;
+};
+
+}  // namespace watch
