@@ -97,7 +97,7 @@ TEST(Picture, ShowsDomainsOfParts) {
 
 TEST(Picture, ShowsWhatATerminalWouldObey) {
   Scene scene = scene_of("qa");
-  unit_in(scene, "/PSU#0").note = "\x1b[2J\xe2\x80\xae";
+  unit_in(scene, "/PSU#0").note = "\x1b[2J\xe2\x80\xae";  // NOLINT(misc-misleading-bidirectional): it is shown
   scene.at_work = {"sh \x07"};
   View view;
   view.chosen = watch::find_unit(scene.server, "/PSU#0");
