@@ -56,7 +56,7 @@ struct Glass::State {
   bool has_colours;
 };
 
-Glass::Glass() : state_(nullptr) {
+Glass::Glass() {
   if (isatty(STDIN_FILENO) == 0 || isatty(STDOUT_FILENO) == 0) {
     throw std::runtime_error("there is no terminal to show a picture on. --once prints one.");
   }
@@ -67,8 +67,7 @@ Glass::Glass() : state_(nullptr) {
   if (screen == nullptr)
     throw std::runtime_error("the type of terminal " + type + " is unknown. --once prints a picture.");
   std::string capability = "cup";
-  const char *const moves = tigetstr(capability.data());
-  if (moves == nullptr || moves == reinterpret_cast<char *>(-1)) {
+  if (tigetstr(capability.data()) == nullptr) {
     endwin();
     delscreen(screen);
     throw std::runtime_error("a terminal of the type " + type + " cannot show a picture. --once prints one.");

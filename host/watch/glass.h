@@ -31,7 +31,7 @@ class Glass {
 
  private:
   struct State;
-  State *state_;
+  State *state_ = nullptr;
 };
 
 }  // namespace watch
