@@ -48,12 +48,19 @@ void refuse_request(scmp_filter_ctx filter, std::uint32_t request) {
                          SCMP_A1(SCMP_CMP_MASKED_EQ, kLowerHalf, request)));
 }
 
+// A process that is past its limit of processor time is killed, which no rule for signals hinders. Zero is the caller itself.
+void refuse_limits_of_others(scmp_filter_ctx filter) {
+  check(seccomp_rule_add(filter, SCMP_ACT_ERRNO(EPERM), SCMP_SYS(prlimit64), 2, SCMP_A0(SCMP_CMP_NE, 0),
+                         SCMP_A2(SCMP_CMP_NE, 0)));
+}
+
 void write_filter(int file) {
   const Filter filter(seccomp_init(SCMP_ACT_ALLOW), seccomp_release);
   if (!filter) check(-ENOMEM);
   check(seccomp_attr_set(filter.get(), SCMP_FLTATR_ACT_BADARCH, SCMP_ACT_ERRNO(ENOSYS)));
   add_relatives(filter.get());
   for (const std::uint32_t typing : {TIOCSTI, TIOCLINUX}) refuse_request(filter.get(), typing);
+  refuse_limits_of_others(filter.get());
   for (const int keys : {SCMP_SYS(keyctl), SCMP_SYS(add_key), SCMP_SYS(request_key)}) {
     check(seccomp_rule_add(filter.get(), SCMP_ACT_ERRNO(EPERM), keys, 0));
   }

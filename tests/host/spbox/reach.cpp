@@ -4,6 +4,7 @@
 #include <fcntl.h>
 #include <linux/keyctl.h>
 #include <netinet/in.h>
+#include <sys/resource.h>
 #include <sys/socket.h>
 #include <sys/syscall.h>
 #include <sys/un.h>
@@ -40,6 +41,14 @@ void take_key(const char * /*nothing*/) {
   tell(syscall(SYS_keyctl, KEYCTL_GET_KEYRING_ID, KEY_SPEC_USER_KEYRING, 1));
 }
 
+// Sets a limit of another process, to what it is.
+void limit(const char *process) {
+  const auto pid = base::number_in<pid_t>(process).value();
+  rlimit same{};
+  prlimit(pid, RLIMIT_CPU, nullptr, &same);
+  tell(prlimit(pid, RLIMIT_CPU, &same, nullptr));
+}
+
 void connect_to(const char *port) {
   sockaddr_in address{};
   address.sin_family = AF_INET;
@@ -69,7 +78,7 @@ void save_event(const char * /*nothing*/) {
 constexpr struct {
   const char *name;
   void (*act)(const char *where);
-} kWays[] = {{"type", type}, {"key", take_key}, {"port", connect_to}, {"log", save_event}};
+} kWays[] = {{"type", type}, {"key", take_key}, {"limit", limit}, {"port", connect_to}, {"log", save_event}};
 
 }  // namespace
 

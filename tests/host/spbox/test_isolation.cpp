@@ -219,6 +219,13 @@ TEST_F(Isolation, SignalsReachWhatTheCommandHasStarted) {
             are_kept_in ? "" : "it got out\n");
 }
 
+// A limit of processor time kills as a signal does.
+TEST_F(Isolation, SetsNoLimitsOfOtherProcesses) {
+  EXPECT_EQ(in_box({REACH, "limit", std::to_string(getpid())}).output, "Operation not permitted\n");
+  EXPECT_EQ(in_box({REACH, "limit", "0"}).output, "done\n");
+  EXPECT_EQ(shell("ulimit -t 100; ulimit -t").output, "100\n");
+}
+
 TEST_F(Isolation, HasNoKeysOfTheUsersSession) {
   EXPECT_EQ(in_box({REACH, "key"}).output, "Operation not permitted\n");
 }
