@@ -13,6 +13,7 @@
 #include <system_error>
 #include <utility>
 
+#include "host/base/remove_tree.h"
 #include "host/play/leftovers.h"
 
 namespace play {
@@ -50,9 +51,11 @@ void remove_folder(const fs::path &folder) {
     end_all_in(folder);
   } catch (const std::exception &) {  // perhaps it has no processes: the list of them cannot be read
   }
-  std::error_code ignored;
-  fs::remove_all(folder, ignored);
-  rmdir(folder.c_str());  // for which no descriptor has to be left
+  try {
+    base::remove_tree(folder);
+  } catch (const std::exception &) {
+    rmdir(folder.c_str());  // for which no descriptor has to be left
+  }
 }
 
 [[noreturn]] void no_folder(const std::string &name, int error) {

@@ -9,6 +9,7 @@
 #include <system_error>
 
 #include "host/base/descriptor.h"
+#include "host/base/remove_tree.h"
 #include "host/base/told.h"
 #include "host/box/own_files.h"
 #include "host/spbox/folder_lock.h"
@@ -109,7 +110,7 @@ void Making::begin() const {
 
 // What was made goes before the mark, and what is somebody else's stays.
 void Making::discard() const {
-  for (const fs::path &path : {fresh_, whole_, old_}) fs::remove_all(path);
+  for (const fs::path &path : {fresh_, whole_, old_}) base::remove_tree(path);
   fs::remove(folder_ / kMark);
   std::error_code not_empty;
   fs::remove(folder_, not_empty);
@@ -134,7 +135,7 @@ void Making::finish() const {
   for (const char *part : kParts) {
     if (!is_there(whole_ / part)) continue;
     if (is_there(root_ / part)) {
-      fs::remove_all(old_ / part);
+      base::remove_tree(old_ / part);
       fs::rename(root_ / part, old_ / part);
     }
     fs::rename(whole_ / part, root_ / part);

@@ -159,6 +159,17 @@ TEST_F(PlayVerb, RemovesWhatAKilledPlayHasLeftAndNothingElse) {
   EXPECT_TRUE(fs::exists(scratch_ / "kept/box"));
 }
 
+// More folders in one another than a play has descriptors.
+TEST_F(PlayVerb, RemovesAllThatItsCommandLeft) {
+  write("walk.play", "box qa\nstart sh -c \"cd /tmp; for i in $$(seq 60); do mkdir d; cd d; done\"\nexit 0\n");
+  Words words{"sh", "-c", "ulimit -n 40; exec \"$@\"", "sh"};
+  const Words played = command({"walk.play"});
+  words.insert(words.end(), played.begin(), played.end());
+  const Done done = run_to_end(words);
+  EXPECT_EQ(done.exit_status, 0) << done.output;
+  EXPECT_TRUE(fs::is_empty(scratch_ / "boxes"));
+}
+
 TEST_F(PlayVerb, LeavesTheBoxOfAnotherPlayThatIsAlive) {
   write("other.play",
         "box qe2\nstart sh -c \"touch /tmp/begun; until test -e /tmp/end; do sleep 0.02; done\"\nexit 0\n");

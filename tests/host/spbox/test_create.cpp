@@ -284,6 +284,19 @@ TEST_F(CreateFolder, LeavesNothingBesideTheNewBox) {
   EXPECT_EQ(done({"fault", "box", "/PSU#0"}), "/PSU#0  Faulted\n");
 }
 
+// A command may put more folders into one another than a process has descriptors.
+TEST_F(CreateFolder, RemovesAllThatACommandLeft) {
+  make_box("qa");
+  for (int time = 1; time <= 2; ++time) {
+    ASSERT_EQ(shell("cd /tmp; for i in $(seq 60); do mkdir d; cd d; done").exit_status, 0);
+    const Done made =
+        run_to_end({"sh", "-c",
+                    "cd " + scratch_.path().string() + "; ulimit -n 32; exec " SPBOX " create box --model qa --force"});
+    EXPECT_EQ(made.exit_status, 0) << made.output;
+    EXPECT_FALSE(fs::exists(place().root() / ".making"));
+  }
+}
+
 // What spbox did not make may have any name.
 TEST_F(CreateFolder, LeavesAFolderOfSomebodyElseAlone) {
   fs::create_directories(scratch_ / "theirs/.making/whole/tmp");
