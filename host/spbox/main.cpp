@@ -1,4 +1,5 @@
 // spbox: a service processor in a folder, for people.
+#include <csignal>
 #include <exception>
 #include <filesystem>
 #include <string>
@@ -83,6 +84,7 @@ int judged(const Words &words) {
 }  // namespace
 
 int main(int argc, char **argv) {
+  std::signal(SIGCHLD, SIG_DFL);  // where it is ignored, nobody learns how a child ended
   if (argc > 1 && std::string_view(argv[1]) == spbox::kEnter) return spbox::enter_box(argc - 2, argv + 2);
   spbox::keep_standard_descriptors();
   spbox::tell_of_damaged_files();

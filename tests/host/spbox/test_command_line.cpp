@@ -165,6 +165,27 @@ TEST_F(CommandLine, WritesNoOutputIntoTheBox) {
   EXPECT_EQ(result.output, "spbox: the output cannot be written.\n");
 }
 
+// Some programs that start others ignore the ends of their children, and hand that on.
+TEST_F(CommandLine, LearnsHowItsChildrenEnd) {
+  make_box("qa");
+  write("short.play", "box qa\nstart true\nexit 0\n");
+  constexpr struct {
+    const char *words;
+    int exit_status;
+  } kRows[] = {
+      {"dump box", 0},
+      {"run box -- sh -c 'sh -c \"exit 3\"'", 3},
+      {"play short.play", 0},
+      {"test short.play", 0},
+  };
+  for (const auto &row : kRows) {
+    const Done result = run_to_end(
+        {"bash", "-c",
+         "cd " + scratch_.path().string() + "; export TMPDIR=$PWD; trap '' CHLD; exec " SPBOX " " + row.words});
+    EXPECT_EQ(result.exit_status, row.exit_status) << row.words << ": " << result.output;
+  }
+}
+
 TEST_F(CommandLine, HelpsWithExamplesForEveryVerb) {
   const std::string all = done({"--help"});
   EXPECT_NE(all.find("spbox create box --model qe1"), std::string::npos);
