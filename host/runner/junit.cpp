@@ -59,7 +59,7 @@ std::string element(const Result &result) {
   std::string text = ">\n      <" + std::string(row.element) + attribute("message", reason);
   if (!is_wrong(result.verdict)) return text + "/>\n    </testcase>\n";
   std::string content = result.reason;
-  if (!result.transcript.empty()) content += "The transcript: " + result.transcript.string() + "\n";
+  if (!result.transcript.empty()) content += "The transcript: " + base::shown(result.transcript.string()) + "\n";
   return text + attribute("type", row.word) + ">" + base::xml(base::shown_lines(content)) + "</" + row.element +
          ">\n    </testcase>\n";
 }

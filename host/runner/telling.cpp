@@ -15,10 +15,10 @@ double seconds_of(milliseconds time) {
 }
 
 std::string head_of(const Result &result) {
-  if (result.verdict == Verdict::kUnplayed) return "unplayed            " + result.name + "\n";
+  if (result.verdict == Verdict::kUnplayed) return "unplayed            " + base::shown(result.name) + "\n";
   std::array<char, 64> text{};
   std::snprintf(text.data(), text.size(), "%-10s %5.1f s  ", row_of(result.verdict).word, seconds_of(result.time));
-  return text.data() + result.name + "\n";
+  return text.data() + base::shown(result.name) + "\n";
 }
 
 // "1 play", "2 plays"
@@ -58,7 +58,7 @@ std::string told_of(const Result &result) {
   if (!is_wrong(result.verdict)) return text;
   text += result.reason;
   if (!result.reason.ends_with('\n')) text += '\n';
-  if (!result.transcript.empty()) text += "The transcript: " + result.transcript.string() + "\n";
+  if (!result.transcript.empty()) text += "The transcript: " + base::shown(result.transcript.string()) + "\n";
   return text + "\n";
 }
 
@@ -72,7 +72,7 @@ std::string told_of_all(std::span<const Result> results, milliseconds time) {
   }
   for (const Result &result : results) {
     if (is_wrong(result.verdict))
-      wrong += result.name + ": " + row_of(result.verdict).word + "\n    " + headline_of(result) + "\n";
+      wrong += base::shown(result.name) + ": " + row_of(result.verdict).word + "\n    " + headline_of(result) + "\n";
   }
   if (!wrong.empty() && results.size() > 1) text += "What went wrong:\n" + wrong + "\n";
   return text + number_of(results.size(), "play") + " in " + time_text(time) + ": " + numbers + ".\n";

@@ -46,7 +46,8 @@ std::optional<Statement> Reader::next() {
   }
   const char *begin = rest_.data(), *end = begin;
   Statement statement;
-  statement.place = name_.empty() ? "step " + std::to_string(++count_) : name_ + ":" + std::to_string(line_);
+  statement.place =
+      name_.empty() ? "step " + std::to_string(++count_) : base::shown(name_) + ":" + std::to_string(line_);
   try {
     for (; !rest_.empty() && !at_semicolon(); skip_blanks()) {
       statement.words.push_back(take_word());

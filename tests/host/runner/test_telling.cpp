@@ -15,6 +15,16 @@ TEST(Telling, HasALineForWhatPassedAndTheReasonForWhatDidNot) {
   EXPECT_EQ(told_of(Result{"a.play", Verdict::kUnplayed, 0ms, "", {}, ""}), "unplayed            a.play\n");
 }
 
+// A name may hold any bytes, and a line is about one play.
+TEST(Telling, KeepsTheLinesOfEachPlayWhateverItsNameIs) {
+  const Result failed{"a\nb.play", Verdict::kFailed, 1s, "why\n", {}, "/tmp/a\nb.txt"};
+  EXPECT_EQ(told_of(failed), "failed       1.0 s  a\\x0ab.play\nwhy\nThe transcript: /tmp/a\\x0ab.txt\n\n");
+  EXPECT_EQ(told_of(Result{"a\nb.play", Verdict::kUnplayed, 0ms, "", {}, ""}), "unplayed            a\\x0ab.play\n");
+  EXPECT_EQ(runner::told_of_all(std::vector{failed, failed}, 1s),
+            "What went wrong:\na\\x0ab.play: failed\n    why\na\\x0ab.play: failed\n    why\n\n"
+            "2 plays in 1.0 s: 0 passed, 2 failed.\n");
+}
+
 TEST(Telling, CountsAllAndRepeatsWhatWentWrong) {
   const Result passed{"a.play", Verdict::kPassed, 1s, "", {}, ""};
   const Result failed{"b.play", Verdict::kFailed, 1s, "b.play:2: no\n| screen\n", {}, ""};

@@ -75,6 +75,11 @@ TEST(Script, TellsWhereAStatementStandsAndHowItIsWritten) {
   EXPECT_STREQ(statements[0].error("nobody listens").what(), "walk.play:4: `say  \"a\\n b\"`: nobody listens");
 }
 
+TEST(Script, TellsWhereAStatementStandsInOneLineWhateverTheNameOfTheFileIs) {
+  script::Reader reader("one", "a\nb.play", kQuotes);
+  EXPECT_EQ(reader.next().value().place, "a\\x0ab.play:1");
+}
+
 TEST(Script, QuotesTheBeginningOfALongStatementOnly) {
   const auto statements = read("say " + std::string(300, 'x'));
   EXPECT_EQ(statements[0].error("why").what(), "walk.play:1: `say " + std::string(196, 'x') + "...`: why");
