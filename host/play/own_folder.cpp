@@ -14,6 +14,7 @@
 #include <utility>
 
 #include "host/base/remove_tree.h"
+#include "host/base/temporary_folder.h"
 #include "host/play/leftovers.h"
 
 namespace play {
@@ -66,7 +67,7 @@ void remove_folder(const fs::path &folder) {
 
 void OwnFolder::remove_what_the_dead_left() {
   std::error_code error;
-  for (const fs::directory_entry &entry : fs::directory_iterator(fs::temp_directory_path(), error)) {
+  for (const fs::directory_entry &entry : fs::directory_iterator(base::temporary_folder(), error)) {
     if (!entry.path().filename().string().starts_with(kPrefix)) continue;
     const base::Descriptor lock = lock_of(entry.path());
     if (lock.get() >= 0) remove_folder(entry.path());
@@ -78,7 +79,7 @@ OwnFolder::OwnFolder() {
   constexpr int kTries = 100;
   remove_what_the_dead_left();
   for (int i = 1;; ++i) {
-    auto pattern = (fs::temp_directory_path() / kPattern).string();
+    auto pattern = (base::temporary_folder() / kPattern).string();
     if (mkdtemp(pattern.data()) == nullptr) no_folder(pattern, errno);
     path_ = pattern;
     errno = 0;

@@ -6,6 +6,8 @@
 #include <cstdlib>
 #include <system_error>
 
+#include "host/base/temporary_folder.h"
+
 namespace runner {
 namespace {
 
@@ -26,7 +28,7 @@ Transcripts::Transcripts(const fs::path &wanted) : folder_(wanted), keeps_all_(!
     fs::create_directories(folder_);
     return;
   }
-  auto pattern = (fs::temp_directory_path() / "spbox-test.XXXXXX").string();
+  auto pattern = (base::temporary_folder() / "spbox-test.XXXXXX").string();
   if (mkdtemp(pattern.data()) == nullptr) {
     throw std::system_error(errno, std::generic_category(), "cannot make a folder for transcripts: " + pattern);
   }

@@ -170,6 +170,15 @@ TEST_F(PlayVerb, RemovesAllThatItsCommandLeft) {
   EXPECT_TRUE(fs::is_empty(scratch_ / "boxes"));
 }
 
+TEST_F(PlayVerb, SaysWhereTheFolderForTemporaryFilesIsNone) {
+  write("walk.play", "box qa\n");
+  const std::string script = (scratch_ / "walk.play").string();
+  const Done none = run_to_end({"/usr/bin/env", "TMPDIR=/no/such", SPBOX, "play", script});
+  EXPECT_EQ(none.exit_status, 1);
+  EXPECT_TRUE(none.output.starts_with("spbox: cannot make a folder for the box: /no/such/spbox-play.")) << none.output;
+  EXPECT_EQ(run_to_end({"/usr/bin/env", "TMPDIR=", SPBOX, "play", script}).exit_status, 0) << "as good as none";
+}
+
 TEST_F(PlayVerb, LeavesTheBoxOfAnotherPlayThatIsAlive) {
   write("other.play",
         "box qe2\nstart sh -c \"touch /tmp/begun; until test -e /tmp/end; do sleep 0.02; done\"\nexit 0\n");
