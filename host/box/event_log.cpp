@@ -10,6 +10,7 @@
 #include <chrono>
 #include <cstring>
 #include <optional>
+#include <span>
 #include <stdexcept>
 #include <string>
 #include <type_traits>
@@ -47,17 +48,37 @@ auto uninterrupted(Call call) {
   return result;
 }
 
-std::vector<char> bytes_of(int fd, const std::filesystem::path &file) {
-  std::vector<char> bytes;
-  std::array<char, 64 * sizeof(Record)> part{};
-  ssize_t size = 0;
-  while ((size = uninterrupted([&] { return pread(fd, part.data(), part.size(), static_cast<off_t>(bytes.size())); })) >
-         0) {
-    bytes.insert(bytes.end(), part.begin(), part.begin() + size);
+// The bytes of a log, a part at a time: a command may have made it larger than memory.
+class LogBytes {
+ public:
+  LogBytes(int fd, const std::filesystem::path &file) : fd_(fd), file_(file) {}
+
+  // Those behind what was taken: a whole record, or what is left at the end.
+  std::span<const char> front() {
+    while (!at_end_ && held_ - taken_ < sizeof(Record)) read_more();
+    return std::span(part_).subspan(taken_, held_ - taken_);
   }
-  if (size < 0) throw std::runtime_error("log " + file.string() + ": cannot read it: " + std::strerror(errno));
-  return bytes;
-}
+  void take(std::size_t size) { taken_ += size; }
+
+ private:
+  void read_more() {
+    std::copy(part_.begin() + taken_, part_.begin() + held_, part_.begin());
+    held_ -= taken_;
+    taken_ = 0;
+    const ssize_t size = uninterrupted([&] { return pread(fd_, part_.data() + held_, part_.size() - held_, next_); });
+    if (size < 0) throw std::runtime_error("log " + file_.string() + ": cannot read it: " + std::strerror(errno));
+    at_end_ = size == 0;
+    next_ += size;
+    held_ += static_cast<std::size_t>(size);
+  }
+
+  int fd_;
+  const std::filesystem::path &file_;
+  std::array<char, 64 * sizeof(Record)> part_{};
+  std::size_t held_ = 0, taken_ = 0;
+  off_t next_ = 0;
+  bool at_end_ = false;
+};
 
 // The name of a new file is durable when its folder is.
 bool sync_folder_of(const std::filesystem::path &file) {
@@ -136,14 +157,14 @@ std::vector<LogEntry> EventLog::read(const std::filesystem::path &file, Damage *
         errno == ENOENT ? "it is gone, with all that it held. The next entry makes it anew." : std::strerror(errno);
     throw std::runtime_error("log " + file.string() + ": cannot read it: " + why);
   }
-  const std::vector<char> bytes = bytes_of(log.get(), file);
+  LogBytes bytes(log.get(), file);
   std::vector<LogEntry> entries;
   Damage found;
   bool was_whole = true;
-  for (std::size_t at = 0; at < bytes.size();) {
-    const auto entry = bytes.size() - at < sizeof(Record) ? std::nullopt : entry_in(&bytes[at]);
+  for (auto front = bytes.front(); !front.empty(); front = bytes.front()) {
+    const auto entry = front.size() < sizeof(Record) ? std::nullopt : entry_in(front.data());
     if (entry) entries.push_back(*entry);
-    at += entry ? sizeof(Record) : 1;
+    bytes.take(entry ? sizeof(Record) : 1);
     found.bytes += entry ? 0 : 1;
     found.places += !entry && was_whole ? 1 : 0;
     was_whole = entry.has_value();

@@ -130,6 +130,27 @@ TEST_F(EventLogTest, FindsTheNextWholeEntryBehindADamage) {
   }
 }
 
+// A command can make it as large as it likes.
+TEST_F(EventLogTest, IsReadInLittleMemoryHoweverLargeItIs) {
+  constexpr long kLarge = 32L << 20U, kLittle = 8L << 10U;  // bytes, and kilobytes
+  save(1, 100);
+  std::filesystem::resize_file(file, kLarge);
+  save(101, 200);
+  EXPECT_EQ(in_child([&] {
+              const auto most = [] {
+                rusage usage{};
+                getrusage(RUSAGE_SELF, &usage);
+                return usage.ru_maxrss;
+              };
+              const long before = most();
+              EventLog::Damage damage;
+              if (EventLog::read(file, &damage).size() != 200) return 1;
+              if (damage.places != 1 || damage.bytes != kLarge - 100UL * 72) return 2;
+              return most() - before < kLittle ? 0 : 3;
+            }),
+            0);
+}
+
 TEST_F(EventLogTest, EntriesOfSeveralProcessesStayWhole) {
   constexpr std::uint32_t kEach = 250;
   int start[2];
