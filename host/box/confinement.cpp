@@ -15,6 +15,7 @@
 #include <exception>
 #include <new>
 #include <stdexcept>
+#include <system_error>
 
 #include "host/base/child.h"
 #include "host/base/descriptor.h"
@@ -44,8 +45,17 @@ Rules all_rules(int version) {
   return rules;
 }
 
+// What is missing is let be: an old kernel confines less, and a damaged box has fewer folders. Where the system has no room for
+// what is not missing, nothing is read.
+base::Descriptor unless_short(int fd) {
+  if (fd < 0 && (errno == EMFILE || errno == ENFILE || errno == ENOMEM)) {
+    throw std::system_error(errno, std::generic_category(), "the box cannot be read in confinement");
+  }
+  return base::Descriptor(fd);
+}
+
 base::Descriptor folder_in(int folder, const char *name) {
-  return base::Descriptor(openat(folder, name, O_PATH | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
+  return unless_short(openat(folder, name, O_PATH | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
 }
 
 void allow(int rules, const base::Descriptor &folder, std::uint64_t what) {
@@ -61,11 +71,12 @@ void refuse_files(const Place &place) {
   if (version < 1) return;
   const Rules all = all_rules(version);
   // An older kernel takes a shorter one, or a longer one whose end is zero.
-  const base::Descriptor rules(static_cast<int>(syscall(SYS_landlock_create_ruleset, &all, sizeof all, 0)));
+  const base::Descriptor rules =
+      unless_short(static_cast<int>(syscall(SYS_landlock_create_ruleset, &all, sizeof all, 0)));
   if (rules.get() < 0) return;
   constexpr std::uint64_t kLook = LANDLOCK_ACCESS_FS_READ_DIR, kRead = kLook | LANDLOCK_ACCESS_FS_READ_FILE,
                           kWrite = kRead | LANDLOCK_ACCESS_FS_WRITE_FILE | LANDLOCK_ACCESS_FS_MAKE_REG;
-  const base::Descriptor root(open(place.root().c_str(), O_PATH | O_DIRECTORY | O_CLOEXEC));
+  const base::Descriptor root = unless_short(open(place.root().c_str(), O_PATH | O_DIRECTORY | O_CLOEXEC));
   const base::Descriptor mgb = folder_in(root.get(), "mgb");
   allow(rules.get(), root, kLook);
   allow(rules.get(), folder_in(root.get(), "tmp"), kRead);
