@@ -43,8 +43,8 @@ constexpr std::uint32_t kCalls[] = {
     SYS_rt_sigreturn, SYS_sigaltstack,   SYS_restart_syscall, SYS_getpid,          SYS_gettid,
     SYS_getppid,      SYS_getuid,        SYS_geteuid,         SYS_getgid,          SYS_getegid,
     SYS_getrandom,    SYS_clock_gettime, SYS_clock_getres,    SYS_clock_nanosleep, SYS_nanosleep,
-    SYS_gettimeofday, SYS_sched_yield,   SYS_sysinfo,         SYS_uname,           SYS_prlimit64,
-    SYS_exit,         SYS_exit_group,
+    SYS_gettimeofday, SYS_sched_yield,   SYS_sysinfo,         SYS_uname,           SYS_exit,
+    SYS_exit_group,
 #ifdef SYS_newfstatat
     SYS_newfstatat,
 #endif
@@ -111,11 +111,14 @@ void refuse_calls() noexcept {
   for (const std::uint32_t command : kFileCommands) program.allow_where(command);
   program.end_with(kRefused);
   for (const std::uint32_t call : kCalls) program.allow_where(call);
-  // A process that finds itself in a wrong state ends itself.
-  for (const std::uint32_t call : {SYS_tgkill, SYS_tkill}) {
-    program.only_where(call, 4);
+  // What concerns a process, which comes first, and may be this one only. One that finds itself in a wrong state ends itself. Who
+  // sets a limit of another one's processor time ends that one.
+  const auto self = static_cast<std::uint32_t>(getpid());
+  const struct { std::uint32_t call, process; } rows[] = {{SYS_tgkill, self}, {SYS_tkill, self}, {SYS_prlimit64, 0}};
+  for (const auto &row : rows) {
+    program.only_where(row.call, 4);
     program.load(argument(0));
-    program.allow_where(static_cast<std::uint32_t>(getpid()));
+    program.allow_where(row.process);
     program.end_with(kRefused);
   }
   program.end_with(kRefused);

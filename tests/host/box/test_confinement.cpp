@@ -10,13 +10,16 @@
 #include <sys/ioctl.h>
 #include <sys/prctl.h>
 #include <sys/ptrace.h>
+#include <sys/resource.h>
 #include <sys/socket.h>
 #include <sys/stat.h>
 #include <sys/syscall.h>
 #include <sys/uio.h>
 #include <unistd.h>
 
+#include <cerrno>
 #include <fstream>
+#include <system_error>
 
 #include "host/box/contents.h"
 #include "tests/eventually.h"
@@ -98,6 +101,11 @@ TEST_F(Confinement, NothingElseIsDone) {
   } rows[] = {
       {"a socket is made", [] { return socket(AF_UNIX, SOCK_STREAM, 0) >= 0 || socket(AF_INET, SOCK_DGRAM, 0) >= 0; }},
       {"a signal is sent", [&] { return kill(other, 0) == 0 || syscall(SYS_tgkill, other, other, 0) == 0; }},
+      {"another process gets a limit",
+       [&] {
+         rlimit same{};
+         return prlimit(other, RLIMIT_CPU, nullptr, &same) == 0 && prlimit(other, RLIMIT_CPU, &same, nullptr) == 0;
+       }},
       {"the kernel is told to send a signal", [&] { return fcntl(STDIN_FILENO, F_SETOWN, other) == 0; }},
       {"a program is run", [] { return execl("/bin/true", "true", nullptr) == 0; }},
       {"another process is read",
@@ -151,6 +159,35 @@ TEST_F(Confinement, WhereThereIsNoBoxIsNoError) {
     box::confine_to(box::Place(scratch_ / "none"));
     return opens(outside(), O_RDONLY) && kernel_confines_files() ? 1 : 0;
   }));
+}
+
+// Whichever of the descriptors that it takes is missing.
+TEST_F(Confinement, IsWholeOrFailsWhereDescriptorsAreFew) {
+  int failed = 0;
+  for (rlim_t spare = 0; spare < 8; ++spare) {
+    const int result = in_child([&] {
+      const int first = open("/", O_PATH | O_CLOEXEC);
+      close(first);
+      rlimit before{};
+      getrlimit(RLIMIT_NOFILE, &before);
+      const rlimit few{static_cast<rlim_t>(first) + spare, before.rlim_max};
+      if (setrlimit(RLIMIT_NOFILE, &few) != 0) return 10;
+      try {
+        box::confine_to(place_);
+      } catch (const std::system_error &error) {
+        return error.code().value() == EMFILE ? 1 : 11;
+      }
+      if (setrlimit(RLIMIT_NOFILE, &before) != 0) return 12;
+      if (kernel_confines_files() && opens(outside(), O_RDONLY)) return 13;
+      return opens(in_box("mgb/db/data.mdb"), O_RDWR) ? 0 : 14;
+    });
+    EXPECT_LT(result, 10) << spare;
+    failed += result;
+  }
+  if (kernel_confines_files()) {
+    EXPECT_GT(failed, 1);
+    EXPECT_LT(failed, 7);
+  }
 }
 
 TEST_F(Confinement, WorkInAProcessOfItsOwnReturnsWhatItFound) {
