@@ -45,7 +45,7 @@ int32_t lmainte_step_record(lmainte_work *work) {
   }
   const EventUnit event = {{}, {work->unit.record.ident[0], work->unit.record.ident[1]}, {}, 0};
   const int32_t result = lmainte_send_event(work->procedure.action, work->kind.event_kind, &event);
-  if (result != LMAINTE_OK) return failed(words("The log has no record of this"), result, check_log());
   lmainte_tell(words("%s is %s."), work->name(), words(work->procedure.done));
-  return LMAINTE_OUTCOME_DONE;
+  return result == LMAINTE_OK ? LMAINTE_OUTCOME_DONE
+                              : failed(words("The log has no record of this"), result, check_log());
 }
