@@ -83,6 +83,11 @@ constexpr std::array<Claim, 5> kEntries{{
     {R"(^unit left out of operation .*(/\S+))", Say::kAny, Say::kYes, Say::kAny},
 }};
 
+// What was done to a unit stays true; how it is left does not, where a technician changes it behind the entry.
+bool is_of_change(const std::string &entry) {
+  return entry.starts_with("unit replaced ") || entry.starts_with("unit added ") || entry.starts_with("unit removed ");
+}
+
 bool is_true(Say said, bool is_so) {
   return said == Say::kAny || (said == Say::kYes) == is_so;
 }
@@ -196,9 +201,10 @@ class Judge {
   }
 
   void judge_log() {
-    for (std::size_t i = course_.logged_at; i < course_.end.logged.size(); ++i) {
+    for (std::size_t i = 0; i < course_.end.logged.size(); ++i) {
       const std::string &entry = course_.end.logged[i];
       for (const Claim &claim : kEntries) {
+        if (i < course_.logged_at && !is_of_change(entry)) continue;
         std::smatch match;
         if (!std::regex_search(entry, match, std::regex(claim.said)) || is_true(claim, match[1], course_)) continue;
         add("the log says \"" + entry + "\", which is not true",

@@ -146,6 +146,10 @@ TEST(Judge, HoldsNoEntryAgainstWhatAUnitBecameLater) {
   EXPECT_TRUE(faults_in(course).starts_with("the log says \"place left empty"));
   course.logged_at = 1;
   EXPECT_EQ(faults_in(course), "") << "it was put in behind this entry";
+  course.end.logged = kReplaced;
+  course.missing = {"/PSU#0"};
+  EXPECT_TRUE(faults_in(course).starts_with("the log says \"unit replaced"))
+      << "it was saved before the unit was pulled";
 }
 
 TEST(Judge, AsksTheLogWhereTheLineIsCut) {
