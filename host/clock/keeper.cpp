@@ -44,21 +44,22 @@ Keeper::~Keeper() {
   leave();
 }
 
+// The page stays: somebody who has just seen that the time is kept may be about to mount it.
 void Keeper::leave() {
   if (!table_) return;
   table_->tell(now(), wall(), moved_);
   table_->leave();
-  std::error_code ignored;
-  std::filesystem::remove(file_, ignored);
   table_.reset();
 }
 
 void Keeper::keep(const std::filesystem::path &page) {
   if (table_ && page == file_) return;
   leave();
-  Table table = Table::make(page);
-  if (!table.take(kKeepersByte)) {
-    throw std::runtime_error("the time of this box is kept already, by process " + std::to_string(table.read().keeper) +
+  std::optional<Table> table = Table::make(page);
+  if (!table) {
+    const auto of_other = Table::open(page);
+    throw std::runtime_error("the time of this box is kept already, by process " +
+                             std::to_string(of_other ? of_other->read().keeper : 0) +
                              ". What runs in it meanwhile has that time, without --speed.");
   }
   box_time_page first{};
@@ -68,7 +69,7 @@ void Keeper::keep(const std::filesystem::path &page) {
   first.looked = wall().count();
   first.began_realtime = reading(CLOCK_REALTIME) - now().count();
   first.began_monotonic = reading(CLOCK_MONOTONIC) - now().count();
-  table.begin(first);
+  table->begin(first);
   bells_.forget();
   moved_ = 0;
   table_ = std::move(table);

@@ -36,12 +36,43 @@ std::size_t at_alarm(int row) {
 
 }  // namespace
 
-Table Table::make(const std::filesystem::path &file) {
-  base::Descriptor page = opened(file, O_CREAT);
-  if (page.get() < 0 || ftruncate(page.get(), sizeof(box_time_page)) != 0) {
-    throw std::system_error(errno, std::generic_category(), file.string());
+// The holder of the old page's byte alone puts a new one in its place. Who waited for the byte holds that of a page without a
+// name then, and begins again.
+std::optional<Table> Table::make(const std::filesystem::path &file) {
+  for (;;) {
+    Table table = made(file);
+    if (!table.take(kKeepersByte)) return std::nullopt;
+    if (!table.is_at(file)) continue;
+    if (!table.was_used()) return sized(std::move(table), file);
+    const std::filesystem::path next = file.string() + ".next";
+    Table fresh = sized(made(next), next);
+    if (!fresh.take(kKeepersByte)) return std::nullopt;
+    std::filesystem::rename(next, file);
+    return fresh;
   }
+}
+
+Table Table::made(const std::filesystem::path &file) {
+  base::Descriptor page = opened(file, O_CREAT);
+  if (page.get() < 0) throw std::system_error(errno, std::generic_category(), file.string());
   return Table(std::move(page));
+}
+
+Table Table::sized(Table table, const std::filesystem::path &file) {
+  if (ftruncate(table.file_.get(), sizeof(box_time_page)) == 0) return table;
+  throw std::system_error(errno, std::generic_category(), file.string());
+}
+
+bool Table::is_at(const std::filesystem::path &file) const {
+  struct stat own {
+  }, named{};
+  return fstat(file_.get(), &own) == 0 && lstat(file.c_str(), &named) == 0 && own.st_dev == named.st_dev &&
+         own.st_ino == named.st_ino;
+}
+
+bool Table::was_used() const {
+  struct stat status {};
+  return fstat(file_.get(), &status) != 0 || status.st_size != 0;
 }
 
 std::optional<Table> Table::open(const std::filesystem::path &file) {

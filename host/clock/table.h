@@ -17,8 +17,9 @@ namespace box_time {
 // A name in a place where somebody else may have put a link or a pipe.
 class Table {
  public:
-  // Opens the page of this name. Throws std::system_error.
-  static Table make(const std::filesystem::path &file);
+  // A new page of this name, whose first byte is the caller's; nothing where another one keeps the time. The page of an earlier
+  // keeper stays as it was for those who look at it, but has no name any more. Throws std::system_error.
+  static std::optional<Table> make(const std::filesystem::path &file);
   static std::optional<Table> open(const std::filesystem::path &file);  // nothing where there is none
 
   box_time_page read() const;  // zeros where the file was cut short
@@ -41,6 +42,10 @@ class Table {
 
  private:
   explicit Table(base::Descriptor &&file) : file_(std::move(file)) {}
+  static Table made(const std::filesystem::path &file);
+  static Table sized(Table table, const std::filesystem::path &file);
+  bool is_at(const std::filesystem::path &file) const;
+  bool was_used() const;
   void write(const void *what, std::size_t size, std::size_t where) const;
 
   base::Descriptor file_;

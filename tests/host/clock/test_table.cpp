@@ -32,10 +32,23 @@ TEST_F(Clock, IsKeptByOneAtATime) {
   }
 }
 
-TEST_F(Clock, LeavesNoPageBehind) {
+// A run that has seen a keeper mounts the page, although the keeper may have ended meanwhile.
+TEST_F(Clock, KeepsThePageForThoseWhoAreAboutToMountIt) {
   { box_time::Keeper({}).keep(page_); }
-  EXPECT_FALSE(fs::exists(page_));
+  EXPECT_TRUE(fs::exists(page_));
   EXPECT_FALSE(box_time::is_kept(page_));
+}
+
+// Commands of an ended keeper may still be at work in the box.
+TEST_F(Clock, BeginsOnANewPageWhereAnotherOneHasEnded) {
+  { box_time::Keeper({}).keep(page_); }
+  const auto old = box_time::Table::open(page_);
+  box_time::Keeper keeper({});
+  keeper.keep(page_);
+  EXPECT_TRUE(box_time::is_kept(page_));
+  EXPECT_EQ(old.value().read().keeper, 0U);
+  EXPECT_EQ(box_time::Table::open(page_).value().read().keeper, static_cast<std::uint32_t>(getpid()));
+  EXPECT_FALSE(fs::exists(page_.string() + ".next"));
 }
 
 TEST_F(Clock, IsNoLink) {
