@@ -76,6 +76,17 @@ struct Screen::Machine {
 
   char &is_new_at(int row, int column) { return is_new[cell(row, column)]; }
 
+  void take_size(Size wanted) {
+    const Size old = std::exchange(size, wanted);
+    const std::vector<char> before = std::exchange(is_new, std::vector<char>(cell(wanted.rows, 0)));
+    const auto stride = static_cast<std::size_t>(old.columns);
+    const auto columns = static_cast<std::ptrdiff_t>(std::min(old.columns, wanted.columns));
+    for (int row = 0; row < std::min(old.rows, wanted.rows); ++row) {
+      const auto from = before.begin() + static_cast<std::ptrdiff_t>(static_cast<std::size_t>(row) * stride);
+      std::copy(from, from + columns, is_new.begin() + static_cast<std::ptrdiff_t>(cell(row, 0)));
+    }
+  }
+
   // No exception passes through libvterm, which is C: it is kept until the bytes are taken in.
   template <typename Work>
   static int guarded(void *user, Work work) noexcept {
@@ -143,19 +154,12 @@ Screen::Screen(Size size, std::function<void(std::string_view)> answer)
 
 Screen::~Screen() = default;
 
-// What is new stays so where it stands.
+// What is new stays so where it stands. Meanwhile text is moved between places of the old size and of the new one.
 void Screen::resize(Size size) {
-  const Size old = machine_->size;
-  const std::vector<char> before = machine_->is_new;
-  machine_->size = checked(size);
-  machine_->is_new.assign(machine_->cell(size.rows, 0), 0);
-  for (int row = 0; row < std::min(old.rows, size.rows); ++row) {
-    for (int column = 0; column < std::min(old.columns, size.columns); ++column) {
-      machine_->is_new_at(row, column) = before[static_cast<std::size_t>(row) * static_cast<std::size_t>(old.columns) +
-                                                static_cast<std::size_t>(column)];
-    }
-  }
-  vterm_set_size(machine_->vterm, size.rows, size.columns);
+  const Size old = machine_->size, wanted = checked(size);
+  machine_->take_size({std::max(old.rows, wanted.rows), std::max(old.columns, wanted.columns)});
+  vterm_set_size(machine_->vterm, wanted.rows, wanted.columns);
+  machine_->take_size(wanted);
   if (machine_->failure) std::rethrow_exception(std::exchange(machine_->failure, nullptr));
 }
 

@@ -1,6 +1,8 @@
 #include <gtest/gtest.h>
 
 #include <stdexcept>
+#include <string>
+#include <vector>
 
 #include "host/terminal/screen.h"
 
@@ -50,6 +52,21 @@ TEST_F(ScreenTest, OldTextStaysOldWhereverItScrolls) {
   EXPECT_EQ(screen_.rows()[1], "Sure?");
   EXPECT_FALSE(screen_.shows_new("Sure?"));
   EXPECT_TRUE(screen_.shows_new("5"));
+}
+
+TEST_F(ScreenTest, TextStaysAsOldAsItIsWhenTheWindowGetsAnotherSize) {
+  screen_.feed("1\r\n2\r\nOld?");
+  screen_.grow_old();
+  screen_.feed("\r\nSure?");
+  screen_.resize({2, 30});
+  EXPECT_EQ(screen_.rows(), (std::vector<std::string>{"Old?", "Sure?"}));
+  EXPECT_TRUE(screen_.shows_new("Sure?"));
+  EXPECT_FALSE(screen_.shows_new("Old?"));
+  screen_.grow_old();
+  screen_.resize({6, 10});
+  screen_.feed("\r\nMore?");
+  EXPECT_TRUE(screen_.shows_new("More?"));
+  EXPECT_FALSE(screen_.shows_new("Sure?"));
 }
 
 TEST_F(ScreenTest, NewTextStaysNewWhereverItScrolls) {
