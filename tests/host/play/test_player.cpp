@@ -260,7 +260,7 @@ TEST_F(PlayerTest, ShowsTheScreensOfAllOperatorsWhenOneFails) {
 // A terminal that nobody looks at holds some text, and then its command cannot write on.
 TEST_F(PlayerTest, TakesInWhatTheCommandOfAnotherOperatorWrites) {
   make_box("qa");
-  EXPECT_EQ(error_of("start sh -c \"seq 100000; echo x >" + path("written") + "; read x\"\noperator anna\n" +
+  EXPECT_EQ(error_of("start sh -c \"seq 20000; echo x >" + path("written") + "; read x\"\noperator anna\n" +
                      "start sh -c \"until test -e " + path("written") + "; do sleep 0.02; done; echo seen\"\n" +
                      "wait \"seen\"\nexit 0\noperator\ntype \"\\n\"\nexit 0\n"),
             "no error");

@@ -5,6 +5,7 @@
 #include <filesystem>
 #include <fstream>
 #include <iterator>
+#include <regex>
 
 #include "host/box/hardware.h"
 #include "host/terminal/terminal.h"
@@ -60,9 +61,11 @@ class Record : public testing::Test {
     return text;
   }
 
+  // Without its patience, which a busy machine makes longer.
   std::string play() const {
     std::ifstream file(scratch_ / "by_hand.play");
-    return {std::istreambuf_iterator<char>(file), {}};
+    const std::string script(std::istreambuf_iterator<char>(file), {});
+    return std::regex_replace(script, std::regex("\npatience [0-9]+\n"), "\n");
   }
   void passes_when_played() const {
     const Done played = spbox({"test", "--speed", "full", "by_hand.play"});
@@ -92,7 +95,6 @@ TEST_F(Record, WritesTheReplacementOfABoardAsAPlay) {
   ends();
   EXPECT_EQ(play(), R"(box qe3
 spbox fault /CMU#2
-patience 30
 
 start replace_unit cmu
 wait "Which CPU/memory unit do you replace?"
@@ -145,7 +147,7 @@ TEST_F(Record, WritesHowAUnitIsAddedToABoxThatIsNotAsNew) {
   ASSERT_TRUE(author_.type("1\r"));
   ends();
   EXPECT_EQ(play(),
-            "box qb2 by_hand.dump\npatience 30\n\nstart add_unit psu\n"
+            "box qb2 by_hand.dump\n\nstart add_unit psu\n"
             "wait \"Which power supply do you add?\"\ntype \"4\\n\"\n"
             "wait \"Put in /PSU#3 now.\"\nspbox insert /PSU#3\ntype \"1\\n\"\n"
             "wait \"/PSU#3 is added.\"\nexit 0\nin_order\nspbox log\nsays \"unit added\"\n");
@@ -164,7 +166,7 @@ TEST_F(Record, WritesWhatIsNotInOrderBehindACommand) {
   ASSERT_TRUE(author_.type("1\r"));
   ends();
   EXPECT_EQ(play(),
-            "box qb1\nspbox program ctlled --delay 2\npatience 30\n\nstart fan_check\n"
+            "box qb1\nspbox program ctlled --delay 2\n\nstart fan_check\n"
             "wait \"Which fan tray do you check?\"\ntype \"2\\n\"\nwait \"Type 1 or 2, q to give up:\"\n"
             "spbox program ctlfan --exit 219\nhands \"after 0.1; fault /PSU#0\"\ntype \"1\\n\"\n"
             "wait \"/mgb/bin/ctlfan -c low\"\nexit 1\n# Not all was in order then:\n"

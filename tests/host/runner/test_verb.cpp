@@ -112,9 +112,9 @@ TEST_F(TestVerb, LeavesNothingWhereAllPass) {
 TEST_F(TestVerb, EndsAPlayThatHangsAndGoesOn) {
   write("a_hangs.play", kHangs);
   write("good.play", kGood);
-  const Done done = test({"-j", "1", "--limit", "1"});
+  const Done done = test({"-j", "1", "--limit", "4"});
   EXPECT_EQ(done.exit_status, 1);
-  EXPECT_TRUE(says(done, "a_hangs.play:3: `pause 60`: the play was not done in 1 s, and was ended.\n")) << done.output;
+  EXPECT_TRUE(says(done, "a_hangs.play:3: `pause 60`: the play was not done in 4 s, and was ended.\n")) << done.output;
   EXPECT_TRUE(says(done, ": 1 passed, 1 hung.\n")) << done.output;
   EXPECT_EQ(left_in_tmp().find("spbox-play."), std::string::npos) << left_in_tmp();
 }
