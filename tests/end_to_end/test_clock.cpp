@@ -1,5 +1,4 @@
 // The time of a box: `spbox run --speed`, with real programs.
-#include <filesystem>
 #include <fstream>
 #include <sstream>
 
@@ -34,7 +33,7 @@ TEST_F(Clock, IsHadByEachCallThatWaitsOrTellsTheTime) {
     EXPECT_TRUE(line.ends_with(": ok")) << line;
   }
   EXPECT_EQ(calls, 39) << done.output;
-  EXPECT_FALSE(std::filesystem::exists(page()));
+  EXPECT_FALSE(box_time::is_kept(page()));
 }
 
 TEST_F(Clock, EndsWhatHasALimitByATimer) {
