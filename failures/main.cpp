@@ -72,6 +72,8 @@ int sweep(const std::vector<std::string> &words) {
 }  // namespace
 
 int main(int argc, char **argv) {
+  // What is printed has the same characters where the locale cannot be read.
+  setenv("LC_ALL", "C", 1);  // NOLINT(concurrency-mt-unsafe): one thread
   try {
     return sweep({argv + 1, argv + argc});
   } catch (const std::exception &error) {
