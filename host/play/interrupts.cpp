@@ -4,6 +4,8 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <csignal>
+#include <cstdio>
 
 namespace play {
 namespace {
@@ -41,6 +43,14 @@ Interrupts::~Interrupts() {
 
 int Interrupts::signal() const {
   return g_first;
+}
+
+int Interrupts::die() const {
+  constexpr int kBySignal = 128;
+  std::fflush(stdout);
+  std::signal(signal(), SIG_DFL);
+  std::raise(signal());
+  return kBySignal + signal();
 }
 
 }  // namespace play

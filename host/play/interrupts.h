@@ -20,6 +20,9 @@ class Interrupts {
   int alarm() const { return bell_.out.get(); }  // Becomes readable with the first signal, and stays so.
   int signal() const;                            // The one that came first; 0 when none came.
 
+  // Ends the process by the signal that came, when all is cleaned up. Where that cannot be, the exit status that tells of it.
+  int die() const;
+
  private:
   static constexpr std::array<int, 5> kSignals{SIGHUP, SIGINT, SIGQUIT, SIGTERM, SIGPIPE};
 

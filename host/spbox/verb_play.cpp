@@ -1,7 +1,6 @@
 // Plays a script: an operator and technicians who work by themselves.
 #include <fcntl.h>
 
-#include <csignal>
 #include <filesystem>
 #include <iostream>
 #include <memory>
@@ -51,10 +50,7 @@ int play_script(const PlayOptions &options) {
     complain_in_lines(failure.what());
     return kFailure;
   } catch (const terminal::Interrupted &) {
-    const int signal = interrupts.signal();
-    std::signal(signal, SIG_DFL);
-    std::raise(signal);
-    return 128 + signal;
+    return interrupts.die();
   }
 }
 

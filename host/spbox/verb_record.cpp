@@ -1,7 +1,6 @@
 // Records what an author does by hand, as a play.
 #include <unistd.h>
 
-#include <csignal>
 #include <cstdlib>
 #include <memory>
 #include <sstream>
@@ -183,11 +182,7 @@ int record(const RecordOptions &options) {
   const bool has_ended =
       recorder::record(wanted, interrupts.alarm(), [&](const std::string &script) { file.keep(script); });
   const bool is_written = file.tell();
-  if (const int signal = interrupts.signal(); signal != 0) {
-    std::fflush(stdout);
-    std::signal(signal, SIG_DFL);
-    std::raise(signal);
-  }
+  if (interrupts.signal() != 0) return interrupts.die();
   return is_written && has_ended ? 0 : kFailure;
 }
 

@@ -3,7 +3,6 @@
 #include <unistd.h>
 
 #include <algorithm>
-#include <csignal>
 #include <filesystem>
 #include <fstream>
 #include <memory>
@@ -360,12 +359,7 @@ int sweep_play(const SweepOptions &options) {
     status = options.good.empty() ? sweep_all(options, interrupts.alarm()) : replay_one(options, interrupts.alarm());
   } catch (const terminal::Interrupted &) {
   }
-  const int signal = interrupts.signal();
-  if (signal == 0) return status;
-  std::fflush(stdout);
-  std::signal(signal, SIG_DFL);
-  std::raise(signal);
-  return 128 + signal;
+  return interrupts.signal() == 0 ? status : interrupts.die();
 }
 
 void judge_sweep_words(SweepOptions &options) {

@@ -2,7 +2,6 @@
 #include <unistd.h>
 
 #include <algorithm>
-#include <csignal>
 #include <filesystem>
 #include <memory>
 
@@ -224,12 +223,7 @@ int play_and_report(const TestOptions &options, const std::vector<runner::Play> 
 int play_all(const TestOptions &options, const std::vector<runner::Play> &plays) {
   const play::Interrupts interrupts;
   const int status = play_and_report(options, plays, interrupts.alarm());
-  const int signal = interrupts.signal();
-  if (signal == 0) return status;
-  std::fflush(stdout);
-  std::signal(signal, SIG_DFL);
-  std::raise(signal);
-  return 128 + signal;
+  return interrupts.signal() == 0 ? status : interrupts.die();
 }
 
 int test(const TestOptions &options) {

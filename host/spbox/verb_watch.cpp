@@ -10,6 +10,7 @@
 #include <optional>
 
 #include "host/box/contents.h"
+#include "host/play/interrupts.h"
 #include "host/spbox/standard_output.h"
 #include "host/spbox/verbs.h"
 #include "host/spbox/watch_eyes.h"
@@ -52,31 +53,6 @@ int print_picture(const box::Place &place) {
   return 0;
 }
 
-// The signals that end what is on the terminal. They are taken where it can be given back, and given on then.
-class EndingSignal {
- public:
-  EndingSignal() {
-    for (const int signal : kSignals) {
-      struct sigaction found {};
-      sigaction(signal, nullptr, &found);
-      if (found.sa_handler == SIG_IGN) continue;
-      struct sigaction take {};
-      take.sa_handler = [](int number) { came_ = number; };
-      sigaction(signal, &take, nullptr);
-    }
-  }
-  static bool has_come() { return came_ != 0; }
-  static void obey() {
-    if (!has_come()) return;
-    std::signal(came_, SIG_DFL);
-    raise(came_);
-  }
-
- private:
-  static constexpr int kSignals[] = {SIGINT, SIGTERM, SIGHUP, SIGQUIT};
-  static inline volatile std::sig_atomic_t came_ = 0;
-};
-
 // A process that is forked meanwhile does nothing to the terminal.
 class SignalsWait {
  public:
@@ -96,8 +72,12 @@ class SignalsWait {
 
 class Watching {
  public:
-  explicit Watching(const box::Place &place)
-      : place_(place), letters_(letters_of_locale()), pulse_(place), desk_(place.root().string()) {}
+  Watching(const box::Place &place, const play::Interrupts &interrupts)
+      : place_(place),
+        interrupts_(interrupts),
+        letters_(letters_of_locale()),
+        pulse_(place),
+        desk_(place.root().string()) {}
 
   void check_size() const {
     if (has_room()) return;
@@ -117,12 +97,14 @@ class Watching {
            " columns, and the picture needs " + std::to_string(watch::kLeastRows) + " and " +
            std::to_string(watch::kLeastColumns);
   }
+  bool is_interrupted() const { return interrupts_.signal() != 0; }
   bool look();
   bool let_blink();
   bool take_keys();
   void show();
 
   box::Place place_;
+  const play::Interrupts &interrupts_;
   watch::Letters letters_;
   watch::Glass glass_;
   watch::Pulse pulse_;
@@ -185,13 +167,13 @@ void Watching::show() {
 
 void Watching::go_on_to_the_end() {
   bool is_new = true;
-  while (!desk_.is_over() && !EndingSignal::has_come()) {
+  while (!desk_.is_over() && !is_interrupted()) {
     is_new = look() || is_new;
     is_new = let_blink() || is_new;
     if (is_new) show();
     pollfd keys{.fd = STDIN_FILENO, .events = POLLIN, .revents = 0};
     const int ready = poll(&keys, 1, static_cast<int>(kLook.count()));
-    if (ready > 0 && (keys.revents & (POLLHUP | POLLERR | POLLNVAL)) != 0 && !EndingSignal::has_come()) {
+    if (ready > 0 && (keys.revents & (POLLHUP | POLLERR | POLLNVAL)) != 0 && !is_interrupted()) {
       throw std::runtime_error("the terminal is gone.");
     }
     is_new = take_keys();
@@ -202,14 +184,13 @@ int watch_box(const WatchOptions &options) {
   const box::Place place(options.box);
   box::check_is_box(place);
   if (options.once) return print_picture(place);
+  const play::Interrupts interrupts;
   {
-    const EndingSignal signals;
-    Watching watching(place);
+    Watching watching(place, interrupts);
     watching.check_size();
     watching.go_on_to_the_end();
   }
-  EndingSignal::obey();
-  return 0;
+  return interrupts.signal() == 0 ? 0 : interrupts.die();  // The terminal has been given back.
 }
 
 }  // namespace
