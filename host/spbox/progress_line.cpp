@@ -3,9 +3,11 @@
 #include <sys/ioctl.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cstdlib>
 #include <string_view>
 
+#include "host/runner/telling.h"
 #include "host/spbox/standard_output.h"
 
 namespace spbox {
@@ -40,6 +42,24 @@ void ProgressLine::clear() {
   if (!is_shown_) return;
   print_over("");
   is_shown_ = false;
+}
+
+void ProgressOfPlays::ends(const std::string &name) {
+  if (const auto found = std::ranges::find(at_work_, name); found != at_work_.end()) at_work_.erase(found);
+}
+
+void ProgressOfPlays::counts(bool is_wrong) {
+  ++done_;
+  wrong_ += is_wrong ? 1U : 0U;
+}
+
+void ProgressOfPlays::show() {
+  if (line_.width() > 0)
+    line_.show(runner::told_of(runner::Progress{done_, all_, wrong_, at_work_, time()}, line_.width()));
+}
+
+std::chrono::milliseconds ProgressOfPlays::time() const {
+  return std::chrono::duration_cast<std::chrono::milliseconds>(std::chrono::steady_clock::now() - begin_);
 }
 
 }  // namespace spbox

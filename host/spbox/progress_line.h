@@ -1,8 +1,10 @@
 // A line at the end of what is printed, which is written over as things go on. Only a terminal gets it.
 #pragma once
 
+#include <chrono>
 #include <cstddef>
 #include <string>
+#include <vector>
 
 namespace spbox {
 
@@ -20,6 +22,25 @@ class ProgressLine {
  private:
   bool is_seen_;
   bool is_shown_ = false;
+};
+
+// How far many plays are, on such a line.
+class ProgressOfPlays {
+ public:
+  explicit ProgressOfPlays(std::size_t all) : all_(all) {}
+
+  void begins(const std::string &name) { at_work_.push_back(name); }
+  void ends(const std::string &name);
+  void counts(bool is_wrong);  // one more is done
+  void show();
+  void clear() { line_.clear(); }
+  std::chrono::milliseconds time() const;  // since the beginning
+
+ private:
+  std::chrono::steady_clock::time_point begin_ = std::chrono::steady_clock::now();
+  std::size_t all_, done_ = 0, wrong_ = 0;
+  std::vector<std::string> at_work_;
+  ProgressLine line_;
 };
 
 }  // namespace spbox

@@ -92,6 +92,14 @@ bool write_report(const fs::path &file, const std::string &text) {
 
 }  // namespace
 
+Word TestReports::junit_word() {
+  return {.name = "--junit", .help = "Report there what became of each, for CI servers", .to = &junit, .value = "FILE"};
+}
+
+Word TestReports::json_word() {
+  return {.name = "--json", .help = "The same for scripts", .to = &json, .value = "FILE"};
+}
+
 void check_reports(const TestReports &files) {
   check_report("--junit", files.junit);
   check_report("--json", files.json);

@@ -8,11 +8,15 @@
 
 #include "host/runner/result.h"
 #include "host/spbox/json.h"
+#include "host/spbox/verb.h"
 
 namespace spbox {
 
 struct TestReports {
   std::filesystem::path junit, json;  // empty: not wanted
+
+  Word junit_word();
+  Word json_word();
 };
 
 // Before the plays, so that no result is lost. Throws UsageError for a file that cannot be written.

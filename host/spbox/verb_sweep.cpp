@@ -1,12 +1,10 @@
 // Plays a good play again and again, each time with something otherwise, and judges what the command makes of it.
 #include <sys/resource.h>
-#include <unistd.h>
 
 #include <algorithm>
 #include <filesystem>
 #include <fstream>
 #include <memory>
-#include <set>
 
 #include "host/base/descriptor.h"
 #include "host/play/interrupts.h"
@@ -15,6 +13,7 @@
 #include "host/runner/judge.h"
 #include "host/runner/telling.h"
 #include "host/spbox/play_verbs.h"
+#include "host/spbox/pool_options.h"
 #include "host/spbox/progress_line.h"
 #include "host/spbox/standard_output.h"
 #include "host/spbox/test_report.h"
@@ -42,8 +41,7 @@ struct SweepOptions {
   std::vector<std::string> words;  // NAME=VALUE
   play::Values values;
   sweep::PlanRules plan;
-  std::string share;
-  std::size_t width = static_cast<std::size_t>(std::max(1L, sysconf(_SC_NPROCESSORS_ONLN)));
+  PoolOptions pool;
   std::uint32_t limit = 0;  // seconds on the wall; 0: none
   bool list = false;
   TestReports reports;
@@ -113,7 +111,8 @@ class Sweep {
         good_(std::move(good)),
         alarm_(alarm),
         all_(sweep::all_deviations(steps_, good_)),
-        cases_(sweep::plan(all_, options.plan)) {
+        cases_(sweep::plan(all_, options.plan)),
+        progress_(cases_.size()) {
     write_whole_file(good_file(), sweep::text_of(good_));
     for (const sweep::Case &one : cases_) {
       jobs_.push_back({sweep::name_of(one, all_), command(one)});
@@ -125,16 +124,16 @@ class Sweep {
   }
 
   void run() {
-    runner::PoolRules rules{options_.width, kLongestReplay, alarm_};
-    if (options_.limit > 0) rules.last_begin = begin_ + std::chrono::seconds(options_.limit);
+    runner::PoolRules rules{options_.pool.width(), kLongestReplay, alarm_};
+    if (options_.limit > 0) rules.last_begin = SweepClock::now() + std::chrono::seconds(options_.limit);
     const bool has_killed =
         run_side_by_side(jobs_, rules,
-                         {.begins = [&](std::size_t job) { at_work_.insert(job); },
+                         {.begins = [&](std::size_t job) { progress_.begins(jobs_[job].name); },
                           .ends = [&](std::size_t job, const runner::JobEnding &ending) { ends(job, ending); },
-                          .second_passes = [&] { show_progress(); }});
-    line_.clear();
+                          .second_passes = [&] { progress_.show(); }});
+    progress_.clear();
     processor_ = seconds_of_processor();
-    time_ = since_begin();
+    time_ = progress_.time();
     show_findings_again();
     if (has_killed) play::OwnFolder::remove_what_the_dead_left();
   }
@@ -174,7 +173,7 @@ class Sweep {
   }
 
   void ends(std::size_t job, const runner::JobEnding &ending) {
-    at_work_.erase(job);
+    progress_.ends(jobs_[job].name);
     runner::Result &result = tried_[job].result;
     const std::string name = result.name;
     const sweep::Outcome outcome = sweep::outcome_in(ending.told);
@@ -194,22 +193,12 @@ class Sweep {
         keep(fault, outcome, jobs_[job].name, tried_[job]);
       }
     }
-    ++done_;
-    if (!is_wrong(result.verdict)) return show_progress();
-    ++wrong_;
-    line_.clear();
+    progress_.counts(is_wrong(result.verdict));
+    if (!is_wrong(result.verdict)) return progress_.show();
+    progress_.clear();
     print(row_of(result.verdict).word + ("  " + jobs_[job].name) + "\n    " + runner::headline_of(result) + "\n");
     std::fflush(stdout);
   }
-
-  void show_progress() {
-    if (line_.width() == 0) return;
-    runner::Progress progress{done_, jobs_.size(), wrong_, {}, since_begin()};
-    for (const std::size_t job : at_work_) progress.at_work.push_back(jobs_[job].name);
-    line_.show(told_of(progress, line_.width()));
-  }
-
-  milliseconds since_begin() const { return std::chrono::duration_cast<milliseconds>(SweepClock::now() - begin_); }
 
   // ---- findings
 
@@ -244,7 +233,7 @@ class Sweep {
       jobs.push_back({finding.play.string(),
                       {this_program(), "play", "--speed", "full", "--account-fd", "3", "--", finding.play.string()}});
     }
-    run_side_by_side(jobs, {options_.width, kLongestReplay, alarm_},
+    run_side_by_side(jobs, {options_.pool.width(), kLongestReplay, alarm_},
                      {.begins = [](std::size_t) {},
                       .ends =
                           [&](std::size_t job, const runner::JobEnding &ending) {
@@ -327,15 +316,12 @@ class Sweep {
   std::vector<sweep::Deviation> all_;
   std::vector<sweep::Case> cases_;
   play::OwnFolder folder_;
-  SweepClock::time_point begin_ = SweepClock::now();
   milliseconds time_{0};
   double processor_ = 0;
   std::vector<runner::Job> jobs_;
   std::vector<sweep::Tried> tried_;
   std::vector<Finding> findings_;
-  std::set<std::size_t> at_work_;
-  std::size_t done_ = 0, wrong_ = 0;
-  ProgressLine line_;
+  ProgressOfPlays progress_;
 };
 
 int sweep_all(const SweepOptions &options, int alarm) {
@@ -365,10 +351,11 @@ int sweep_play(const SweepOptions &options) {
 void judge_sweep_words(SweepOptions &options) {
   try {
     for (const auto &word : options.words) play::add_value(word, options.values);
-    if (!options.share.empty()) options.plan.shard = runner::shard_in(options.share);
   } catch (const std::invalid_argument &wrong) {
     throw UsageError(wrong.what() + std::string("."));
   }
+  options.pool.check();
+  options.plan.shard = options.pool.shard();
   if (options.good.empty() != options.numbers.empty()) throw UsageError("--good and --numbers belong together.");
 }
 
@@ -394,28 +381,19 @@ std::vector<Word> words_of_sweep(SweepOptions &options) {
            .help = "Only deviations with this text in their name, as\n--list shows it",
            .to = &options.plan.only,
            .value = "TEXT"},
-          {.name = "--shard",
-           .help = "A share of the replays: 2/8 is the second of eight",
-           .to = &options.share,
-           .value = "K/N"},
+          options.pool.shard_word("A share of the replays: 2/8 is the second of eight"),
           {.name = "--limit",
            .help = "No replay begins after so many seconds",
            .to = number(options.limit, 1, 1'000'000),
            .value = "SECONDS"},
-          {.name = "-j",
-           .help = "So many at the same time; as many as there are\nprocessors without it",
-           .to = number(options.width, 1, 1000),
-           .value = "N"},
+          options.pool.width_word(),
           {.name = "--list", .help = "Only print the deviations", .to = &options.list},
           {.name = "--findings",
            .help = "Keep there a play for each fault that is found;\nPLAY.findings without it",
            .to = &options.findings,
            .value = "DIR"},
-          {.name = "--junit",
-           .help = "Report there what became of each, for CI servers",
-           .to = &options.reports.junit,
-           .value = "FILE"},
-          {.name = "--json", .help = "The same for scripts", .to = &options.reports.json, .value = "FILE"},
+          options.reports.junit_word(),
+          options.reports.json_word(),
           {.name = "--good", .help = "One replay: what the good play came to", .to = &options.good, .value = "FILE"},
           {.name = "--numbers",
            .help = "One replay: its deviations, counted from 0; the\nreport goes to descriptor 3",

@@ -1,6 +1,4 @@
 // Plays many plays side by side, and reports what became of each.
-#include <unistd.h>
-
 #include <algorithm>
 #include <filesystem>
 #include <memory>
@@ -14,6 +12,7 @@
 #include "host/runner/telling.h"
 #include "host/runner/transcripts.h"
 #include "host/spbox/play_verbs.h"
+#include "host/spbox/pool_options.h"
 #include "host/spbox/progress_line.h"
 #include "host/spbox/speed.h"
 #include "host/spbox/standard_output.h"
@@ -24,18 +23,17 @@ namespace spbox {
 namespace {
 
 namespace fs = std::filesystem;
-using Clock = std::chrono::steady_clock;
 using std::chrono::milliseconds;
 
 struct TestOptions {
   std::vector<std::string> paths;
-  std::size_t width = static_cast<std::size_t>(std::max(1L, sysconf(_SC_NPROCESSORS_ONLN)));
-  std::string glob, share;
-  runner::Shard shard;
+  PoolOptions pool;
+  std::string glob;
   std::size_t rounds = 1;
   std::uint32_t limit = 600;
   bool list = false, check = false;
-  fs::path junit, json, transcripts;
+  TestReports reports;
+  fs::path transcripts;
   SpeedOption speed;
   std::vector<std::string> for_each_play;  // options of `spbox play`
 };
@@ -70,7 +68,7 @@ std::vector<runner::Play> plays_of(const TestOptions &options) {
     throw UsageError("no name of a play in " + places_of(options) + " fits `" + options.glob + "`. " +
                      box::advice({"test", "--list"}) + " shows the names.");
   }
-  return runner::share_of(plays, options.shard);
+  return runner::share_of(plays, options.pool.shard());
 }
 
 int list(const std::vector<runner::Play> &plays) {
@@ -111,7 +109,7 @@ std::vector<Case> cases_of(const std::vector<runner::Play> &plays, std::size_t r
 class TestRun {
  public:
   TestRun(const TestOptions &options, const std::vector<Case> &cases, int alarm)
-      : options_(options), transcripts_(options.transcripts), alarm_(alarm) {
+      : options_(options), transcripts_(options.transcripts), alarm_(alarm), progress_(cases.size()) {
     for (const Case &each : cases) {
       results_.emplace_back().name = each.name;
       if (!each.play->wrong.empty()) continue;
@@ -126,15 +124,16 @@ class TestRun {
 
   void play() {
     const bool has_killed =
-        run_side_by_side(jobs_, {options_.width, limit(), alarm_},
+        run_side_by_side(jobs_, {options_.pool.width(), limit(), alarm_},
                          {.begins = [&](std::size_t job) { begins(job); },
                           .ends = [&](std::size_t job, const runner::JobEnding &ending) { ends(job, ending); },
-                          .second_passes = [&] { show_progress(); }});
-    line_.clear();
+                          .second_passes = [&] { progress_.show(); }});
+    progress_.clear();
     if (has_killed) play::OwnFolder::remove_what_the_dead_left();
   }
 
   const std::vector<runner::Result> &results() const { return results_; }
+  milliseconds time() const { return progress_.time(); }
 
  private:
   milliseconds limit() const { return std::chrono::seconds(options_.limit); }
@@ -154,49 +153,36 @@ class TestRun {
   }
 
   void begins(std::size_t job) {
-    at_work_.push_back(job);
-    show_progress();
+    progress_.begins(jobs_[job].name);
+    progress_.show();
   }
 
   void ends(std::size_t job, const runner::JobEnding &ending) {
-    std::erase(at_work_, job);
+    progress_.ends(jobs_[job].name);
     runner::Result &result = results_[result_of_job_[job]];
     const std::string name = result.name;
     result = judge(ending, limit());
     result.name = name;
     result.transcript = transcripts_.kept(files_[job], result.verdict);
     tell(result);
-    show_progress();
+    progress_.show();
   }
 
   void tell(const runner::Result &result) {
-    line_.clear();
-    ++done_;
-    wrong_ += is_wrong(result.verdict) ? 1U : 0U;
+    progress_.clear();
+    progress_.counts(is_wrong(result.verdict));
     print(told_of(result));
     std::fflush(stdout);
   }
 
-  void show_progress() {
-    if (line_.width() == 0) return;
-    runner::Progress progress{done_, results_.size(), wrong_, {}, since_begin()};
-    for (const std::size_t job : at_work_) progress.at_work.push_back(jobs_[job].name);
-    line_.show(told_of(progress, line_.width()));
-  }
-
-  milliseconds since_begin() const { return std::chrono::duration_cast<milliseconds>(Clock::now() - begin_); }
-
   const TestOptions &options_;
-  Clock::time_point begin_ = Clock::now();
   runner::Transcripts transcripts_;
   int alarm_;
   std::vector<runner::Result> results_;
   std::vector<runner::Job> jobs_;
   std::vector<fs::path> files_;             // the transcript of each job
   std::vector<std::size_t> result_of_job_;  // and the number of its result
-  std::vector<std::size_t> at_work_;
-  std::size_t done_ = 0, wrong_ = 0;
-  ProgressLine line_;
+  ProgressOfPlays progress_;
 };
 
 int status_of(std::span<const runner::Result> results) {
@@ -208,14 +194,13 @@ int status_of(std::span<const runner::Result> results) {
 }
 
 int play_and_report(const TestOptions &options, const std::vector<runner::Play> &plays, int alarm) {
-  const auto begin = Clock::now();
   const auto date = std::chrono::system_clock::now();
   TestRun run(options, cases_of(plays, options.rounds), alarm);
   run.play();
   const auto &results = run.results();
-  const auto time = std::chrono::duration_cast<milliseconds>(Clock::now() - begin);
+  const milliseconds time = run.time();
   print(told_of_all(results, time));
-  const bool are_written = write_reports({options.junit, options.json}, results, time, date);
+  const bool are_written = write_reports(options.reports, results, time, date);
   const int status = status_of(results);
   return status == 0 && !are_written ? kFailure : status;
 }
@@ -227,7 +212,7 @@ int play_all(const TestOptions &options, const std::vector<runner::Play> &plays)
 }
 
 int test(const TestOptions &options) {
-  check_reports({options.junit, options.json});
+  check_reports(options.reports);
   const auto plays = plays_of(options);
   if (options.list) return list(plays);
   if (options.check) return check(plays);
@@ -238,11 +223,7 @@ void judge_words(TestOptions &options) {
   if (options.paths.empty()) options.paths = {"."};
   options.speed.check();
   options.for_each_play = options.speed.words();
-  try {
-    if (!options.share.empty()) options.shard = runner::shard_in(options.share);
-  } catch (const std::invalid_argument &wrong) {
-    throw UsageError(wrong.what() + std::string("."));
-  }
+  options.pool.check();
 }
 
 }  // namespace
@@ -256,18 +237,12 @@ Verb test_verb() {
           {{.name = "PLAY|FOLDER",
             .help = "A play, or a folder: all *.play in it and below it;\nthe current folder without one",
             .to = &options->paths},
-           {.name = "-j",
-            .help = "So many at the same time; as many as there are\nprocessors without it",
-            .to = number(options->width, 1, 1000),
-            .value = "N"},
+           options->pool.width_word(),
            {.name = "--filter",
             .help = "Only plays whose name fits, as in 'wrong/*'",
             .to = &options->glob,
             .value = "GLOB"},
-           {.name = "--shard",
-            .help = "A share of the plays: 2/8 is the second of eight",
-            .to = &options->share,
-            .value = "K/N"},
+           options->pool.shard_word("A share of the plays: 2/8 is the second of eight"),
            {.name = "--repeat", .help = "Each play so often", .to = number(options->rounds, 1, 1000), .value = "N"},
            {.name = "--limit",
             .help = "How long a play takes at most; 600 without it",
@@ -278,11 +253,8 @@ Verb test_verb() {
             .to = &options->list,
             .excludes = {"--check"}},
            {.name = "--check", .help = "Only read the plays, and say what is wrong with them", .to = &options->check},
-           {.name = "--junit",
-            .help = "Report there what became of each, for CI servers",
-            .to = &options->junit,
-            .value = "FILE"},
-           {.name = "--json", .help = "The same for scripts", .to = &options->json, .value = "FILE"},
+           options->reports.junit_word(),
+           options->reports.json_word(),
            {.name = "--transcripts",
             .help = "Keep there the transcripts of all plays; without it,\nthose of plays that went wrong are kept",
             .to = &options->transcripts,
