@@ -4,6 +4,7 @@
 #include <sstream>
 
 #include "host/base/shown.h"
+#include "host/base/signal_name.h"
 
 namespace play {
 namespace {
@@ -54,7 +55,7 @@ std::string written_word(std::string_view word, Quotes quotes) {
   return text + '"';
 }
 
-void ScriptWriter::step(const Words &words) {
+std::string written_step(const Words &words) {
   Words behind = words;
   const StepRow &row = script::take_row(step_rows(), behind);
   std::string text(row.verb);
@@ -62,7 +63,19 @@ void ScriptWriter::step(const Words &words) {
     const bool is_text = has_text_at_end(row) && i + 1 == behind.size();
     text += ' ' + written_word(behind[i], is_text ? Quotes::kAlways : Quotes::kWhereNeeded);
   }
-  line(text);
+  return text;
+}
+
+Words step_of(const terminal::Ending &ending) {
+  constexpr int kBySignal = 128, kLastSignal = 64;
+  const int signal = ending.by_signal ? ending.number : ending.number - kBySignal;
+  if (signal <= 0 || signal > kLastSignal) return {"exit", std::to_string(ending.number)};
+  const std::string name = base::signal_name(signal);
+  return {"dies", name.starts_with("SIG") ? name.substr(3) : std::to_string(signal)};
+}
+
+void ScriptWriter::step(const Words &words) {
+  line(written_step(words));
 }
 
 void ScriptWriter::remark(std::string_view text) {

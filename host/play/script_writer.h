@@ -5,13 +5,13 @@
 #include <string_view>
 
 #include "host/play/step.h"
+#include "host/terminal/session.h"
 
 namespace play {
 
 class ScriptWriter {
  public:
-  // A step with its verb in front: {"type", "3\n"}. Throws std::invalid_argument where there is no such step.
-  void step(const Words &words);
+  void step(const Words &words);  // as written_step has it
 
   void remark(std::string_view text);  // a comment, whose lines may be several
   void part();                         // An empty line stands before what comes next.
@@ -24,6 +24,12 @@ class ScriptWriter {
   std::string text_;
   bool begins_part_ = false;
 };
+
+// A step in a line, with its verb in front: `type "3\n"`. Throws std::invalid_argument where there is no such step.
+std::string written_step(const Words &words);
+
+// The step that awaits this end of a command: by a signal, also where spbox tells of it as a shell does.
+Words step_of(const terminal::Ending &ending);
 
 // A word of a script: in quotes where it needs them or where they are wanted, with escapes, and a dollar as "$$".
 enum class Quotes { kWhereNeeded, kAlways };

@@ -36,25 +36,6 @@ bool is_pipe(int fd) {
   return fstat(fd, &status) == 0 && S_ISFIFO(status.st_mode);
 }
 
-// One that reads the words again gets the same: a statement of a script, without what `$` stands for.
-std::string line_of(const play::Words &words) {
-  constexpr std::string_view kHex = "0123456789abcdef";
-  std::string line;
-  for (const std::string &word : words) {
-    line += line.empty() ? "\"" : " \"";
-    for (const char c : word) {
-      const auto byte = static_cast<unsigned char>(c);
-      if (byte > ' ' && byte < 0x7F && c != '"' && c != '\\') {
-        line += c;
-      } else {
-        line.append({'\\', 'x', kHex[byte >> 4U], kHex[byte & 15U]});
-      }
-    }
-    line += '"';
-  }
-  return line;
-}
-
 play::Words words_in(const std::string &line) {
   script::Reader reader(line, "", {.has_quotes = true, .has_semicolons = false});
   const auto statement = reader.next();
@@ -68,7 +49,7 @@ Deed::Deed(const box::Place &place, const play::Words &step) {
   pipe_ = base::Descriptor(open(pipe_of(place).c_str(), O_WRONLY | box::kOwnFile));
   if (!is_pipe(pipe_.get())) pipe_.reset();
   if (pipe_.get() < 0) return;
-  std::string text = line_of(step);
+  std::string text = script::as_line(step);
   for (; text.size() > kLongestPart; text.erase(0, kLongestPart)) tell(kPart, text.substr(0, kLongestPart));
   tell(kBegins, text);
 }

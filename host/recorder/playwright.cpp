@@ -3,8 +3,6 @@
 #include <algorithm>
 #include <array>
 
-#include "host/base/signal_name.h"
-
 namespace recorder {
 namespace {
 
@@ -32,23 +30,6 @@ int patience_for(milliseconds longest) {
 }
 
 constexpr milliseconds kNoticed{4000};  // where the usual patience may not be enough
-
-std::string status_of(int number) {
-  return std::to_string(number);
-}
-
-// spbox tells of a command that a signal ended as a shell does.
-int signal_of(const terminal::Ending &ending) {
-  constexpr int kBySignal = 128, kLastSignal = 64;
-  if (ending.by_signal) return ending.number;
-  const int signal = ending.number - kBySignal;
-  return signal > 0 && signal <= kLastSignal ? signal : 0;
-}
-
-std::string short_name(int signal) {
-  const std::string name = base::signal_name(signal);
-  return name.starts_with("SIG") ? name.substr(3) : std::to_string(signal);
-}
 
 }  // namespace
 
@@ -124,11 +105,7 @@ void Playwright::goes_on() {
 void Playwright::ends(const terminal::Ending &ending, const View &view) {
   end_line();
   wait(view);
-  if (const int signal = signal_of(ending); signal != 0) {
-    add({"dies", short_name(signal)});
-  } else {
-    add({"exit", status_of(ending.number)});
-  }
+  add(play::step_of(ending));
 }
 
 void Playwright::is_in_order(const std::vector<std::string> &detached) {

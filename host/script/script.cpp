@@ -167,6 +167,12 @@ std::string as_word(const std::string &word, std::string_view plain) {
   return quoted + "\"";
 }
 
+std::string as_line(const Words &words) {
+  std::string line;
+  for (const std::string &word : words) line += (line.empty() ? "" : " ") + as_word(word);
+  return line;
+}
+
 std::string text_of(std::istream &in, const std::string &name, std::size_t longest) {
   std::string text;
   std::vector<char> part(std::size_t{64} << 10U);

@@ -78,6 +78,7 @@ std::string joined(const Words &words, std::size_t from = 0);
 // A word as a reader that has quotes takes it: in quotes where it has other characters than letters, digits, _ and those that are
 // named to be plain, too.
 std::string as_word(const std::string &word, std::string_view plain = {});
+std::string as_line(const Words &words);  // all of them, with a blank between two
 
 // All of a file, or of a stream that `name` names to people, up to this length. Throws Error: "walk.play: there is no such
 // file".

@@ -8,6 +8,7 @@
 #include "host/box/inventory_kinds.h"
 #include "host/box/model.h"
 #include "host/box/unit_name.h"
+#include "host/play/script_writer.h"
 #include "host/trace_book/event_names.h"
 
 namespace sweep {
@@ -17,7 +18,6 @@ using box::PointKind;
 using box::Way;
 using Instead = std::optional<std::vector<Words>>;
 
-constexpr std::string_view kPlain = "/#-.,=:+@%";
 const std::vector<PointKind> kPrograms{PointKind::kProgram}, kRecords{PointKind::kRead}, kLocks{PointKind::kLock};
 const std::vector<PointKind> kCalls{PointKind::kOpen,   PointKind::kLock,  PointKind::kRead,     PointKind::kWrite,
                                     PointKind::kUnlock, PointKind::kClose, PointKind::kFile,     PointKind::kTrace,
@@ -284,19 +284,9 @@ std::string name_of(const Deviation &deviation) {
   return where(deviation) + ": " + what(deviation);
 }
 
-std::string line_of(const Words &words) {
-  std::string line;
-  for (const std::string &word : words) {
-    std::string kept;
-    for (const char c : word) kept += c == '$' ? "$$" : std::string(1, c);
-    line += (line.empty() ? "" : " ") + script::as_word(kept, kPlain);
-  }
-  return line;
-}
-
 std::vector<std::string> lines_of(const Deviation &deviation) {
   std::vector<std::string> lines;
-  for (const Words &words : deviation.instead) lines.push_back(line_of(words));
+  for (const Words &words : deviation.instead) lines.push_back(play::written_step(words));
   if (!deviation.point) return lines;
   const box::Deviation &point = *deviation.point;
   Words words{"spbox", "deviate", std::string(box::row_of(point.kind).word)};
@@ -309,7 +299,7 @@ std::vector<std::string> lines_of(const Deviation &deviation) {
   words.insert(words.end(), {"--at", std::to_string(point.number), "--" + std::string(box::word_of(point.turn.way))});
   if (point.turn.way == Way::kExit) words.push_back(std::to_string(point.turn.value));
   if (point.turn.way == Way::kSignal) words.push_back(base::signal_name(point.turn.value).substr(3));
-  return {line_of(words)};
+  return {play::written_step(words)};
 }
 
 std::vector<Deviation> all_deviations(const std::vector<play::Step> &steps, const Good &good) {
@@ -328,7 +318,7 @@ std::vector<Deviation> all_deviations(const std::vector<play::Step> &steps, cons
 }
 
 play::Step step_of(const Words &words) {
-  play::Step step{{"the sweep", line_of(words), words}, nullptr, {}, {}, -1, {}};
+  play::Step step{{"the sweep", play::written_step(words), words}, nullptr, {}, {}, -1, {}};
   step.row = &script::take_row(play::step_rows(), step.words);
   if (step.row->check != nullptr) step.row->check(step.words);
   return step;

@@ -64,7 +64,6 @@ std::vector<Deviation> all_deviations(const std::vector<play::Step> &steps, cons
 
 // A step of these words. Throws std::invalid_argument.
 play::Step step_of(const Words &words);
-std::string line_of(const Words &words);  // as a play has it
 
 // The command that a step starts is a control program, and none of an author's.
 bool starts_control_program(const play::Step &step);

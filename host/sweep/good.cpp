@@ -6,13 +6,8 @@
 namespace sweep {
 namespace {
 
-using script::as_word;
-
-// A line of words.
-std::string line(std::initializer_list<std::string> words) {
-  std::string text;
-  for (const std::string &word : words) text += (text.empty() ? "" : " ") + as_word(word);
-  return text + "\n";
+std::string line(const script::Words &words) {
+  return script::as_line(words) + "\n";
 }
 
 template <typename Number>

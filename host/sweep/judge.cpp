@@ -6,7 +6,7 @@
 #include <regex>
 
 #include "host/base/signal_name.h"
-#include "host/sweep/deviation.h"
+#include "host/play/script_writer.h"
 
 namespace sweep {
 namespace {
@@ -194,7 +194,7 @@ class Judge {
       const std::regex said(claim.said);
       for (std::sregex_iterator at(last_.begin(), last_.end(), said), end; at != end; ++at) {
         if (!is_true(claim, (*at)[1], course_)) {
-          add("the screen says \"" + at->str() + "\", which is not true", {"absent " + line_of({at->str()})});
+          add("the screen says \"" + at->str() + "\", which is not true", {play::written_step({"absent", at->str()})});
         }
       }
     }
@@ -208,15 +208,15 @@ class Judge {
         std::smatch match;
         if (!std::regex_search(entry, match, std::regex(claim.said)) || is_true(claim, match[1], course_)) continue;
         add("the log says \"" + entry + "\", which is not true",
-            {"spbox log",
-             "says not like " + line_of({entry.substr(0, entry.find("  ")) + ".*" + std::string(match[1])})});
+            {"spbox log", play::written_step({"says", "not", "like",
+                                              entry.substr(0, entry.find("  ")) + ".*" + std::string(match[1])})});
       }
     }
     if (status() != 0 || !is_as_good()) return;
     for (const std::string &entry : good_.logged) {
       if (has(course_.end.logged, entry) || fits(text_, R"(\blog\b)")) continue;
       add("exit status 0, but the log lacks \"" + entry + "\", and the screen does not say so",
-          {"spbox log", "says like " + line_of({entry.substr(0, entry.find("  "))})});
+          {"spbox log", play::written_step({"says", "like", entry.substr(0, entry.find("  "))})});
     }
   }
 
@@ -226,7 +226,7 @@ class Judge {
     if (status() == 0 || is_as_good() || is_chosen) return;
     if (fits(text_, R"([a-z]+ .*[a-z]+ .*[a-z]+.*[.:!])")) return;
     add("exit status " + std::to_string(status()) + ", and the screen does not say why",
-        {"wait like " + line_of({"[a-z]+ .*[a-z]+ .*[a-z]+.*[.:!]"})});
+        {play::written_step({"wait", "like", "[a-z]+ .*[a-z]+ .*[a-z]+.*[.:!]"})});
   }
 
   const Course &course_;

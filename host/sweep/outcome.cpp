@@ -7,7 +7,7 @@ namespace sweep {
 namespace {
 
 std::string told(const char *what, const std::string &text) {
-  return std::string(what) + " " + script::as_word(text) + "\n";
+  return script::as_line({what, text}) + "\n";
 }
 
 }  // namespace

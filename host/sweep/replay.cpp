@@ -6,13 +6,13 @@
 #include <cstdlib>
 #include <sstream>
 
-#include "host/base/signal_name.h"
 #include "host/base/told.h"
 #include "host/box/confinement.h"
 #include "host/box/inventory.h"
 #include "host/clock/hours.h"
 #include "host/clock/keeper.h"
 #include "host/include/lmainte_host.h"
+#include "host/play/script_writer.h"
 #include "host/play/stage.h"
 #include "host/sweep/careful.h"
 #include "host/technician/changes.h"
@@ -176,7 +176,7 @@ class Replay {
     if (changes_units(step)) logged_at_ = logged().size();
   }
 
-  void keep_line(const Step &step) { course_.played.push_back(line_of(words_of(step))); }
+  void keep_line(const Step &step) { course_.played.push_back(play::written_step(words_of(step))); }
 
   bool perform_as_it_deviates(const Step &step) {
     for (const Deviation &deviation : deviations_) {
@@ -192,7 +192,7 @@ class Replay {
     const auto wrong = perform(step);
     if (!wrong) return true;
     failed_ = step.text + ": " + *wrong;
-    failed_line_ = line_of(words_of(step));
+    failed_line_ = play::written_step(words_of(step));
     return false;
   }
 
@@ -314,7 +314,7 @@ class Replay {
     course_.gave_up = course_.gave_up || end.gave_up;
     if (end.typed_at > 0) typed_at_ = end.typed_at;
     course_.played.emplace_back("patience 3600");
-    for (const Words &words : end.steps) course_.played.push_back(line_of(words));
+    for (const Words &words : end.steps) course_.played.push_back(play::written_step(words));
   }
 
   Course tell_of_end() {
@@ -327,6 +327,11 @@ class Replay {
     const bool was_killed = ending && *ending == terminal::Ending{false, kSignalsFrom + SIGKILL};
     if (was_killed && was_to_be_killed()) return go_on_behind_kill();
     if (!is_played_to_end && ending == terminal::Ending{false, 0}) check_as_good_play();
+    return course_as_it_ends();
+  }
+
+  // With what can be told only then.
+  Course course_as_it_ends() {
     course_.typed_at = typed_at_ - std::min(typed_at_, shown_before_);
     course_.logged_at = logged_at_ - std::min(logged_at_, log_before_);
     course_.missing = missing_units();
@@ -336,10 +341,7 @@ class Replay {
 
   void keep_ending(const terminal::Ending &ending) {
     is_end_kept_ = true;
-    const int number = ending.by_signal ? kSignalsFrom + ending.number : ending.number;
-    const bool is_signal = number > kSignalsFrom && number <= kSignalsFrom + SIGRTMAX;
-    const std::string name = is_signal ? base::signal_name(number - kSignalsFrom) : "";
-    course_.played.push_back(name.starts_with("SIG") ? "dies " + name.substr(3) : "exit " + std::to_string(number));
+    course_.played.push_back(play::written_step(play::step_of(ending)));
   }
 
   bool was_to_be_killed() const {
@@ -368,11 +370,7 @@ class Replay {
       const std::string sentence = "the file /tmp/" + file.string() + " is left";
       if (std::ranges::find(course_.end.left, sentence) == course_.end.left.end()) course_.end.left.push_back(sentence);
     }
-    course_.typed_at = typed_at_ - std::min(typed_at_, shown_before_);
-    course_.logged_at = logged_at_ - std::min(logged_at_, log_before_);
-    course_.missing = missing_units();
-    course_.switched = play::switched_in_hardware(house_.box.place());
-    return std::move(course_);
+    return course_as_it_ends();
   }
 
   // It says that it has done what the good play wants: then the good play's checks hold.

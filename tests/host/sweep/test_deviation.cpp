@@ -1,6 +1,7 @@
 // Which deviations there are in a play, and how a play brings them about.
 #include <gtest/gtest.h>
 
+#include "host/play/script_writer.h"
 #include "tests/host/sweep/sweep_test.h"
 
 namespace {
@@ -59,7 +60,7 @@ TEST_F(Deviations, AreWrittenAsStepsOfAPlay) {
             Lines{"spbox deviate trace lmainte_detach_fru entry --at 1 --signal KILL"});
   EXPECT_EQ(sweep::lines_of(named("log 1: refused")), Lines{"spbox deviate log --at 1 --refused"});
   EXPECT_EQ(sweep::lines_of(named("answer at step 4: nonsense")),
-            (Lines{"type \"nonsense\\x0a\"", "pause 1", "type \"1\\x0a\""}));
+            (Lines{"type \"nonsense\\n\"", "pause 1", "type \"1\\n\""}));
   EXPECT_EQ(sweep::lines_of(named("answer at step 7: cut")), Lines{"hangup"});
   EXPECT_EQ(sweep::lines_of(named("pull at step 5: never")), Lines{});
   EXPECT_EQ(sweep::lines_of(named("pull at step 5: another")), Lines{"spbox pull /PSU#1"});
@@ -73,7 +74,7 @@ TEST_F(Deviations, AreTheSameEachTime) {
 }
 
 TEST_F(Deviations, KeepADollarThatIsOne) {
-  EXPECT_EQ(sweep::line_of({"type", "$5"}), "type \"$$5\"");
+  EXPECT_EQ(play::written_step({"type", "$5"}), "type \"$$5\"");
 }
 
 }  // namespace
