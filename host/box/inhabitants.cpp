@@ -18,11 +18,11 @@ fs::path folder_of(pid_t process) {
   return fs::path("/proc") / std::to_string(process);
 }
 
-bool is_same_folder(const fs::path &one, const fs::path &other) {
-  struct stat first {
-  }, second{};
-  return stat(one.c_str(), &first) == 0 && stat(other.c_str(), &second) == 0 && first.st_dev == second.st_dev &&
-         first.st_ino == second.st_ino;
+// What no other folder has.
+std::optional<std::array<std::uint64_t, 2>> identity_of(const fs::path &folder) {
+  struct stat status {};
+  if (stat(folder.c_str(), &status) != 0) return std::nullopt;
+  return {{status.st_dev, status.st_ino}};
 }
 
 }  // namespace
@@ -44,14 +44,21 @@ std::optional<ProcessState> state_of(pid_t process) {
   return found;
 }
 
+Inside::Inside(const Place &place) : databases_(identity_of(place.root() / "mgb/db")) {}
+
+bool Inside::has(pid_t process) const {
+  return databases_ && identity_of(folder_of(process) / "root/mgb/db") == databases_;
+}
+
 bool is_inside(pid_t process, const Place &place) {
-  return is_same_folder(folder_of(process) / "root/mgb/db", place.root() / "mgb/db");
+  return Inside(place).has(process);
 }
 
 std::set<pid_t> inhabitants(const Place &place) {
+  const Inside inside(place);
   std::set<pid_t> found;
   for (const pid_t process : all_processes()) {
-    if (is_inside(process, place)) found.insert(process);
+    if (inside.has(process)) found.insert(process);
   }
   return found;
 }

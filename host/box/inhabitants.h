@@ -3,6 +3,7 @@
 
 #include <sys/types.h>
 
+#include <array>
 #include <cstdint>
 #include <optional>
 #include <set>
@@ -19,7 +20,15 @@ struct ProcessState {
 // None where the process has ended, whether or not somebody has waited for its end.
 std::optional<ProcessState> state_of(pid_t process);
 
-// False also where the process has ended, and where it is another user's.
+// Who is in a box, for who asks of many. False also where the process has ended, and where it is another user's.
+class Inside {
+ public:
+  explicit Inside(const Place &place);
+  bool has(pid_t process) const;
+
+ private:
+  std::optional<std::array<std::uint64_t, 2>> databases_;
+};
 bool is_inside(pid_t process, const Place &place);
 
 // All of them.

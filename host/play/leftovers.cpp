@@ -1,13 +1,16 @@
 #include "host/play/leftovers.h"
 
+#include <fcntl.h>
 #include <unistd.h>
 
 #include <algorithm>
+#include <array>
 #include <chrono>
 #include <fstream>
 #include <functional>
 #include <sstream>
 
+#include "host/base/descriptor.h"
 #include "host/box/confinement.h"
 #include "host/box/database.h"
 #include "host/box/hardware.h"
@@ -20,12 +23,14 @@ namespace {
 namespace fs = std::filesystem;
 using Sentences = std::vector<std::string>;
 
-bool has_argument(const fs::path &process, const std::string &wanted) {
-  std::ifstream arguments(process / "cmdline");
-  for (std::string word; std::getline(arguments, word, '\0');) {
-    if (word == wanted) return true;
+bool has_argument(pid_t process, const std::string &wanted) {
+  const base::Descriptor file(open(("/proc/" + std::to_string(process) + "/cmdline").c_str(), O_RDONLY | O_CLOEXEC));
+  std::string words(1, '\0');
+  std::array<char, 4096> part{};
+  for (ssize_t size = 0; file.get() >= 0 && (size = read(file.get(), part.data(), part.size())) > 0;) {
+    words.append(part.data(), static_cast<std::size_t>(size));
   }
-  return false;
+  return words.find('\0' + wanted + '\0') != std::string::npos;
 }
 
 // Empty where a command need not take the setting back.
@@ -103,11 +108,11 @@ std::string program_of(pid_t process) {
 
 std::set<pid_t> processes_of(const box::Place &place) {
   const auto folder = fs::absolute(place.root()).string();
+  const box::Inside inside(place);
   std::set<pid_t> found;
   for (const pid_t process : box::all_processes()) {
     if (process == getpid()) continue;
-    const bool was_started_for_it = has_argument(fs::path("/proc") / std::to_string(process), folder);
-    if (was_started_for_it || box::is_inside(process, place)) found.insert(process);
+    if (has_argument(process, folder) || inside.has(process)) found.insert(process);
   }
   return found;
 }
@@ -161,12 +166,15 @@ Before before_command(const box::Place &place, const terminal::Terminal &termina
 
 Sentences leftovers(const box::Place &place, const terminal::Terminal &terminal, const Before &before,
                     const Sentences &detached) {
-  Sentences sentences = in_databases(place, [&] { return left_in_hardware(place, detached); });
+  Sentences sentences = in_databases(place, [&] {
+    Sentences all = left_in_hardware(place, detached);
+    add(all, locked_databases(place));
+    return all;
+  });
   for (const std::string &sentence : before.hardware) std::erase(sentences, sentence);
   add(sentences, left_at_terminal(terminal, before));
   add(sentences, processes_left(place, terminal, before));
   add(sentences, files_left(place, before));
-  add(sentences, in_databases(place, [&] { return locked_databases(place); }));
   return sentences;
 }
 
