@@ -2,7 +2,10 @@
 
 #include <algorithm>
 #include <span>
+#include <sstream>
 
+#include "host/box/confinement.h"
+#include "host/box/contents.h"
 #include "host/box/unit_name.h"
 #include "host/include/lmainte_host.h"
 #include "host/spbox/text.h"
@@ -104,6 +107,23 @@ LogLine decode(std::uint32_t model, const box::LogEntry &entry) {
     line.kind = row.kind;
   }
   return line;
+}
+
+std::string sentence_of(const LogLine &line) {
+  return line.what + "  " + line.kind + "  " + line.unit;
+}
+
+std::vector<std::string> log_of(const box::Place &place, const std::function<std::string(const LogLine &)> &in_words) {
+  std::istringstream lines(box::in_confinement(place, [&] {
+    const std::uint32_t model = box::model_of_box(place);
+    std::string text;
+    for (const box::LogEntry &entry : box::EventLog::read(place.events()))
+      text += in_words(decode(model, entry)) + "\n";
+    return text;
+  }));
+  std::vector<std::string> log;
+  for (std::string line; std::getline(lines, line);) log.push_back(line);
+  return log;
 }
 
 }  // namespace spbox

@@ -1,9 +1,12 @@
 // The log in words: what an event says, and about which unit.
 #pragma once
 
+#include <functional>
 #include <string>
+#include <vector>
 
 #include "host/box/event_log.h"
+#include "host/box/place.h"
 
 namespace spbox {
 
@@ -16,5 +19,11 @@ struct LogLine {
 };
 
 LogLine decode(std::uint32_t model, const box::LogEntry &entry);
+
+// The same entry reads the same each time: "unit replaced  fan tray  /FAN_A#0".
+std::string sentence_of(const LogLine &line);
+
+// The log of a box, in which a command may have left anything: each entry in words, oldest first. Throws.
+std::vector<std::string> log_of(const box::Place &place, const std::function<std::string(const LogLine &)> &in_words);
 
 }  // namespace spbox

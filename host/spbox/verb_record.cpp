@@ -3,13 +3,11 @@
 
 #include <cstdlib>
 #include <memory>
-#include <sstream>
 #include <system_error>
 
 #include "host/box/advice.h"
 #include "host/box/confinement.h"
 #include "host/box/contents.h"
-#include "host/box/event_log.h"
 #include "host/clock/hours.h"
 #include "host/include/lmainte_host.h"
 #include "host/play/interrupts.h"
@@ -146,18 +144,6 @@ std::vector<play::Words> opening_of(const box::Place &place, const RecordOptions
   return std::move(beginning.steps);
 }
 
-// A line for each entry. A command in the box may have left anything there.
-recorder::Lines log_of(const box::Place &place, std::uint32_t model) {
-  std::istringstream lines(box::in_confinement(place, [&] {
-    std::string text;
-    for (const box::LogEntry &entry : box::EventLog::read(place.events())) text += decode(model, entry).what + "\n";
-    return text;
-  }));
-  recorder::Lines log;
-  for (std::string line; std::getline(lines, line);) log.push_back(line);
-  return log;
-}
-
 int record(const RecordOptions &options) {
   const box::Place place(fs::absolute(options.box));
   box::check_is_box(box::Place(options.box));
@@ -168,7 +154,7 @@ int record(const RecordOptions &options) {
                           .command = {fs::read_symlink("/proc/self/exe").string(), "run", place.root().string(), "--"},
                           .start = as_in_play(options.command, options.file),
                           .opening = opening_of(place, options),
-                          .log = [place, model = box::model_of_box(place)] { return log_of(place, model); }};
+                          .log = [place] { return log_of(place, [](const LogLine &line) { return line.what; }); }};
   wanted.command.insert(wanted.command.end(), options.command.begin(), options.command.end());
   // NOLINTNEXTLINE(concurrency-mt-unsafe): there is one thread
   setenv(LMAINTE_HOST_RUN, "", 1);  // A command advises to type what a step `start` takes, as in the play.

@@ -12,6 +12,7 @@
 #include "host/play/performance.h"
 #include "host/runner/judge.h"
 #include "host/runner/telling.h"
+#include "host/spbox/log_book.h"
 #include "host/spbox/play_verbs.h"
 #include "host/spbox/pool_options.h"
 #include "host/spbox/progress_line.h"
@@ -57,7 +58,8 @@ fs::path this_program() {
 }
 
 sweep::ReplayRules rules_for(int alarm) {
-  return {this_program().string(), kLongestSilence, alarm};
+  return {this_program().string(), kLongestSilence, alarm,
+          [](const box::Place &place) { return log_of(place, sentence_of); }};
 }
 
 std::vector<play::Step> steps_of(const SweepOptions &options) {

@@ -15,7 +15,7 @@ struct CommandEnd {
   std::size_t start = 0;                   // the number of the step that started it
   std::optional<terminal::Ending> ending;  // none: it did not end in time
   std::vector<std::string> left;           // a sentence for each leftover
-  std::vector<std::string> logged;         // lines of `spbox log`, without time and process
+  std::vector<std::string> logged;         // entries of the log: "unit replaced  fan tray  /FAN_A#0"
   std::vector<std::string> shown;          // lines of the screen
 };
 

@@ -3,6 +3,7 @@
 #pragma once
 
 #include <chrono>
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -15,6 +16,7 @@ struct ReplayRules {
   std::string spbox;                // the program
   std::chrono::milliseconds limit;  // of the box's time, in which something has to come from a command
   int alarm;
+  std::function<std::vector<std::string>(const box::Place &place)> log;  // in words, the same for the same entry
 };
 
 // How a replay went: as the good play, or how the command ended in which it left the good play's way.

@@ -26,6 +26,7 @@ TEST(LogBook, SaysWhatHappenedToWhichUnit) {
   EXPECT_EQ(line.unit, "/PSU#41");
   EXPECT_EQ(line.detail, "");
   EXPECT_EQ(line.code, 10u);
+  EXPECT_EQ(spbox::sentence_of(line), "unit replaced  power supply  /PSU#41");
 }
 
 TEST(LogBook, HasEveryCode) {
