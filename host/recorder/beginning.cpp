@@ -11,6 +11,7 @@
 #include "host/box/inventory.h"
 #include "host/box/model.h"
 #include "host/box/program_list.h"
+#include "host/technician/changes.h"
 
 namespace recorder {
 namespace {
@@ -18,14 +19,13 @@ namespace {
 using play::Words;
 
 struct Row {
-  std::string_view verb;
   box::Change change;
   bool (*is_so)(const box::Unit &unit);
 };
 constexpr std::array<Row, 3> kRows{{
-    {"pull", box::Change::kPull, [](const box::Unit &unit) { return unit.unreadable.empty() && !unit.installed(); }},
-    {"fault", box::Change::kFault, [](const box::Unit &unit) { return unit.faulted(); }},
-    {"degrade", box::Change::kDegrade, [](const box::Unit &unit) { return unit.degraded(); }},
+    {box::Change::kPull, [](const box::Unit &unit) { return unit.unreadable.empty() && !unit.installed(); }},
+    {box::Change::kFault, [](const box::Unit &unit) { return unit.faulted(); }},
+    {box::Change::kDegrade, [](const box::Unit &unit) { return unit.degraded(); }},
 }};
 
 // What a unit carries goes with it.
@@ -44,7 +44,7 @@ std::vector<Words> change_units(const std::vector<box::Unit> &units, const box::
     }
     if (names.empty()) continue;
     fresh.change(row.change, names);
-    steps.push_back({"spbox", std::string(row.verb)});
+    steps.push_back({"spbox", std::string(technician::row_of(row.change).verb)});
     steps.back().insert(steps.back().end(), names.begin(), names.end());
   }
   return steps;
