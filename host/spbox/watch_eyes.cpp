@@ -93,20 +93,21 @@ void add_other_settings(const box::Hardware &hardware, const box::Inventory &inv
   }
 }
 
-TextLines bent_in(const box::Place &place) {
+// The programs with their ways, and what of all in the box is not as usual.
+void add_ways(const box::Place &place, watch::Server &server) {
   const box::TextDatabase kept(place);
-  TextLines lines;
   for (const std::string &name : box::program_names()) {
     const box::Bend bend = box::bend_of(kept, name);
-    if (!bend.straight()) lines.push_back("Program " + name + " " + bend_text(bend));
+    const std::string way = bend_text(bend);
+    server.programs.push_back(std::string(name).append(": ").append(way));
+    if (!bend.straight()) server.bent.push_back(std::string("Program ").append(name).append(" ").append(way));
   }
   const box::DaemonBend daemon = box::daemon_bend(kept);
-  if (daemon.way != box::DaemonWay::kWell) lines.push_back("The daemon " + way_text(daemon));
-  for (const box::BrokenRecord &broken : box::broken_records(place)) lines.push_back(broken_text(broken));
+  if (daemon.way != box::DaemonWay::kWell) server.bent.push_back("The daemon " + way_text(daemon));
+  for (const box::BrokenRecord &broken : box::broken_records(place)) server.bent.push_back(broken_text(broken));
   if (const auto points = box::points_of(place)) {
-    for (const box::Deviation &deviation : points->deviations) lines.push_back(deviation_text(deviation));
+    for (const box::Deviation &deviation : points->deviations) server.bent.push_back(deviation_text(deviation));
   }
-  return lines;
 }
 
 watch::Server server_in(const box::Place &place) {
@@ -129,12 +130,8 @@ watch::Server server_in(const box::Place &place) {
     const auto part = box::board_part_in(xsb.name);
     if (part) server.parts.push_back({part->board, part->part, xsb.domain, xsb.active, xsb.unreadable.empty()});
   }
-  server.bent = bent_in(place);
+  add_ways(place, server);
   add_other_settings(hardware, inventory, server.bent);
-  const box::TextDatabase kept(place);
-  for (const std::string &name : box::program_names()) {
-    server.programs.push_back(name + ": " + bend_text(box::bend_of(kept, name)));
-  }
   return server;
 }
 
