@@ -1,12 +1,12 @@
 // The trace: a ring of records in a mapped file, appended without a lock by all processes of a box.
-// The format of the file is in trace_ring.cpp: Head and Slot.
 #pragma once
 
 #include <array>
-#include <atomic>
 #include <cstdint>
 #include <filesystem>
 #include <vector>
+
+#include "host/box/record_ring.h"
 
 namespace box {
 
@@ -18,9 +18,16 @@ struct TraceEntry {
   std::array<std::uint32_t, 4> words;
 };
 
+struct TraceForm {
+  static constexpr std::uint64_t kMagic = 0x31474E4952584253;  // "SBXRING1"
+  static constexpr std::uint32_t kSlots = 65536;
+  static constexpr std::size_t kBodyWords = 6;
+  static constexpr const char *kName = "trace";
+};
+
 class TraceRing {
  public:
-  static constexpr std::uint32_t kSlots = 65536;
+  static constexpr std::uint32_t kSlots = TraceForm::kSlots;
 
   // Makes an empty ring in `file`, in place of what is there. Throws.
   static void create(const std::filesystem::path &file);
@@ -34,6 +41,9 @@ class TraceRing {
   bool append(std::uint32_t module, std::uint32_t level, std::uint32_t kind, std::uint32_t event,
               const std::uint32_t *words, std::uint32_t word_count) noexcept;
 
+  // How many records were ever begun: the number of the next one. 0 when not mapped.
+  std::uint64_t next() noexcept;
+
   // The records, oldest first. A record whose writer died while it wrote it is left out. Throws.
   static std::vector<TraceEntry> read(const std::filesystem::path &file);
 
@@ -41,10 +51,11 @@ class TraceRing {
   static std::vector<TraceEntry> read_last(const std::filesystem::path &file, std::uint32_t count);
 
   // Where the file says how many records were ever begun: who looks there again knows whether there are new ones.
-  static constexpr std::size_t kCountAt = 16;
+  static constexpr std::size_t kCountAt = offsetof(RingHead, next);
 
  private:
-  std::atomic<void *> memory_ = nullptr;
+  RecordRing<TraceForm> ring_;
 };
+static_assert(TraceRing::kCountAt == 16);
 
 }  // namespace box
