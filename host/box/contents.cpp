@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "host/box/advice.h"
+#include "host/box/call_ring.h"
 #include "host/box/own_files.h"
 #include "host/box/program_list.h"
 #include "host/box/record_set.h"
@@ -91,6 +92,7 @@ void create_box(const Place &place, const Contents &contents) {
   program_links(place);
   time_files(place.etc());
   TraceRing::create(place.trace());
+  CallRing::create(place.calls());
   touch(place.events());
   write_contents(place, contents);
   touch(place.points());

@@ -26,6 +26,7 @@ struct DatabaseName {
 
 // Below the box's folder. Whoever writes the trace may have no memory to allocate a path.
 inline constexpr char kTracePath[] = "mgb/log/trace";
+inline constexpr char kCallsPath[] = "mgb/log/calls";
 inline constexpr char kPointsPath[] = "mgb/db/points";
 
 class Place {
@@ -41,6 +42,7 @@ class Place {
   DatabaseName database(std::uint32_t db_id) const { return {databases(), db_id}; }
   DatabaseName hardware() const { return {databases(), kOwnDatabase}; }
   std::filesystem::path trace() const { return root_ / kTracePath; }
+  std::filesystem::path calls() const { return root_ / kCallsPath; }
   std::filesystem::path points() const { return root_ / kPointsPath; }
   std::filesystem::path events() const { return root_ / "mgb/log/events"; }
   std::filesystem::path daemons() const { return root_ / "mgb/run"; }

@@ -10,6 +10,7 @@
  *
  *   mgb/db                 the configuration databases
  *   mgb/log/trace          the trace: the last 65536 records
+ *   mgb/log/calls          what passes between commands and this platform: the last 8192 records
  *   mgb/log/events         the log
  *   mgb/run                the daemons' sockets
  *   mgb/cli/etc            the time files

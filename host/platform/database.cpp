@@ -10,6 +10,7 @@
 
 #include "host/box/place.h"
 #include "host/include/lmainte_host.h"
+#include "host/platform/calls.h"
 #include "host/platform/exported.h"
 #include "host/platform/points.h"
 
@@ -60,9 +61,7 @@ int32_t hand_over(const box::Bytes &found, void **record, int32_t *size) {
   return 0;
 }
 
-}  // namespace
-
-int32_t scdb_open(uint32_t db_id) {
+int32_t open_session(uint32_t db_id) {
   if (db_id >= sessions.size()) return LMAINTE_HOST_DB_ARGUMENT;
   if (is_refused(box::PointKind::kOpen, db_id)) return LMAINTE_HOST_DB_STORAGE;
   if (sessions[db_id]) return LMAINTE_HOST_DB_SESSION;
@@ -75,7 +74,7 @@ int32_t scdb_open(uint32_t db_id) {
 }
 
 // A lock still held is given back, and what was put under it is dropped.
-int32_t scdb_close(uint32_t db_id) {
+int32_t close_session(uint32_t db_id) {
   if (db_id >= sessions.size()) return LMAINTE_HOST_DB_ARGUMENT;
   if (is_refused(box::PointKind::kClose, db_id)) return LMAINTE_HOST_DB_STORAGE;
   if (!sessions[db_id]) return LMAINTE_HOST_DB_SESSION;
@@ -83,7 +82,7 @@ int32_t scdb_close(uint32_t db_id) {
   return 0;
 }
 
-int32_t scdb_lock(uint32_t db_id) {
+int32_t lock_session(uint32_t db_id) {
   if (db_id >= sessions.size()) return LMAINTE_HOST_DB_ARGUMENT;
   const box::Way way = platform::reach(box::PointKind::kLock, box::kDatabaseNames[db_id]).way;
   if (way == box::Way::kRefused) return LMAINTE_HOST_DB_STORAGE;
@@ -97,7 +96,7 @@ int32_t scdb_lock(uint32_t db_id) {
   });
 }
 
-int32_t scdb_unlock(uint32_t db_id) {
+int32_t unlock_session(uint32_t db_id) {
   if (is_refused(box::PointKind::kUnlock, db_id)) return LMAINTE_HOST_DB_STORAGE;
   return with_session(db_id, [](box::Database &database) -> int32_t {
     if (!database.locked()) return LMAINTE_HOST_DB_SESSION;
@@ -105,8 +104,7 @@ int32_t scdb_unlock(uint32_t db_id) {
   });
 }
 
-int32_t scdb_get(uint32_t db_id, const char *key, void **record, int32_t *size, uint32_t flags) {
-  const std::string_view name = name_in(key);
+int32_t get_record(uint32_t db_id, std::string_view name, void **record, int32_t *size, uint32_t flags) {
   if (name.empty() || record == nullptr || size == nullptr || flags != 0) return LMAINTE_HOST_DB_ARGUMENT;
   const box::Way way = platform::reach(box::PointKind::kRead, name).way;
   if (way == box::Way::kRefused) return LMAINTE_HOST_DB_STORAGE;
@@ -119,12 +117,50 @@ int32_t scdb_get(uint32_t db_id, const char *key, void **record, int32_t *size, 
   });
 }
 
-int32_t lcmn_scdb_put(uint32_t db_id, const char *key, const void *data, int32_t size, uint32_t flags) {
-  const std::string_view name = name_in(key);
+int32_t put_record(uint32_t db_id, std::string_view name, const void *data, int32_t size, uint32_t flags) {
   if (name.empty() || data == nullptr || size < 0 || flags != 0) return LMAINTE_HOST_DB_ARGUMENT;
   if (platform::is_refused(box::PointKind::kWrite, name)) return LMAINTE_HOST_DB_STORAGE;
   return with_session(db_id, [&](box::Database &database) {
     database.put(name, {static_cast<const std::uint8_t *>(data), static_cast<std::size_t>(size)});
     return 0;
   });
+}
+
+// A call that only names its database.
+template <typename Step>
+int32_t keep(box::CallKind kind, uint32_t db_id, Step step) {
+  platform::KeptCall call(kind, {}, db_id);
+  return call.ends_with(step(db_id));
+}
+
+}  // namespace
+
+int32_t scdb_open(uint32_t db_id) {
+  return keep(box::CallKind::kOpen, db_id, open_session);
+}
+
+int32_t scdb_close(uint32_t db_id) {
+  return keep(box::CallKind::kClose, db_id, close_session);
+}
+
+int32_t scdb_lock(uint32_t db_id) {
+  return keep(box::CallKind::kLock, db_id, lock_session);
+}
+
+int32_t scdb_unlock(uint32_t db_id) {
+  return keep(box::CallKind::kUnlock, db_id, unlock_session);
+}
+
+int32_t scdb_get(uint32_t db_id, const char *key, void **record, int32_t *size, uint32_t flags) {
+  const std::string_view name = name_in(key);
+  platform::KeptCall call(box::CallKind::kRead, name, db_id);
+  const int32_t result = get_record(db_id, name, record, size, flags);
+  if (result == 0) call.set_second(static_cast<uint32_t>(*size));
+  return call.ends_with(result);
+}
+
+int32_t lcmn_scdb_put(uint32_t db_id, const char *key, const void *data, int32_t size, uint32_t flags) {
+  const std::string_view name = name_in(key);
+  platform::KeptCall call(box::CallKind::kWrite, name, db_id, static_cast<uint32_t>(size));
+  return call.ends_with(put_record(db_id, name, data, size, flags));
 }

@@ -6,6 +6,7 @@
 #include <cerrno>
 #include <cstddef>
 
+#include "host/platform/calls.h"
 #include "host/platform/exported.h"
 #include "host/platform/points.h"
 
@@ -27,9 +28,7 @@ bool is_refused(const char *call) {
   return true;
 }
 
-}  // namespace
-
-int32_t lcmn_lopen(const char *path, int32_t flags, uint32_t mode) {
+int32_t open_locked(const char *path, int32_t flags, uint32_t mode) {
   if (is_refused("open")) return -1;
   const int fd = open(path, flags | O_CLOEXEC, mode & kPermissions);
   if (fd < 0) return -1;
@@ -42,17 +41,17 @@ int32_t lcmn_lopen(const char *path, int32_t flags, uint32_t mode) {
   return -1;
 }
 
-int32_t lcmn_read(int32_t fd, void *buffer, int32_t size) {
+int32_t read_some(int32_t fd, void *buffer, int32_t size) {
   if (checked(size) < 0 || is_refused("read")) return -1;
   return static_cast<int32_t>(read(fd, buffer, static_cast<std::size_t>(size)));
 }
 
-int32_t lcmn_write(int32_t fd, const void *buffer, int32_t size) {
+int32_t write_some(int32_t fd, const void *buffer, int32_t size) {
   if (checked(size) < 0 || is_refused("write")) return -1;
   return static_cast<int32_t>(write(fd, buffer, static_cast<std::size_t>(size)));
 }
 
-int32_t lcmn_close(int32_t fd) {
+int32_t close_locked(int32_t fd) {
   // The lock would outlive close in a child of fork that still has the descriptor.
   const int unlocked = flock(fd, LOCK_UN);
   const int reason = errno;
@@ -60,4 +59,28 @@ int32_t lcmn_close(int32_t fd) {
   if (closed == 0 && unlocked != 0) errno = reason;
   if (is_refused("close")) return -1;  // as close does: the descriptor is gone all the same
   return unlocked == 0 && closed == 0 ? 0 : -1;
+}
+
+}  // namespace
+
+int32_t lcmn_lopen(const char *path, int32_t flags, uint32_t mode) {
+  platform::KeptCall call(box::CallKind::kFileOpen, path == nullptr ? "" : path);
+  const int32_t fd = open_locked(path, flags, mode);
+  call.set_first(static_cast<uint32_t>(fd));
+  return call.ends_with(fd);
+}
+
+int32_t lcmn_read(int32_t fd, void *buffer, int32_t size) {
+  platform::KeptCall call(box::CallKind::kFileRead, {}, static_cast<uint32_t>(fd), static_cast<uint32_t>(size));
+  return call.ends_with(read_some(fd, buffer, size));
+}
+
+int32_t lcmn_write(int32_t fd, const void *buffer, int32_t size) {
+  platform::KeptCall call(box::CallKind::kFileWrite, {}, static_cast<uint32_t>(fd), static_cast<uint32_t>(size));
+  return call.ends_with(write_some(fd, buffer, size));
+}
+
+int32_t lcmn_close(int32_t fd) {
+  platform::KeptCall call(box::CallKind::kFileClose, {}, static_cast<uint32_t>(fd));
+  return call.ends_with(close_locked(fd));
 }

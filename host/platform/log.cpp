@@ -2,10 +2,13 @@
 
 #include "host/box/event_log.h"
 #include "host/box/place.h"
+#include "host/platform/calls.h"
 #include "host/platform/exported.h"
 #include "host/platform/points.h"
 
-int32_t mgblog_save(const uint32_t *head, const void *record) {
+namespace {
+
+int32_t save(const uint32_t *head, const void *record) {
   if (head == nullptr || record == nullptr) {
     errno = EINVAL;
     return -1;
@@ -21,4 +24,13 @@ int32_t mgblog_save(const uint32_t *head, const void *record) {
     errno = ENOMEM;
     return -1;
   }
+}
+
+}  // namespace
+
+int32_t mgblog_save(const uint32_t *head, const void *record) {
+  platform::KeptCall call(box::CallKind::kLog);
+  if (head != nullptr) call.set_first(*head);
+  if (record != nullptr) call.set_text({static_cast<const char *>(record), LMAINTE_HOST_EVENT_SIZE});
+  return call.ends_with(save(head, record));
 }

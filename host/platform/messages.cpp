@@ -12,6 +12,7 @@
 #include "host/base/descriptor.h"
 #include "host/box/daemon_socket.h"
 #include "host/box/place.h"
+#include "host/platform/calls.h"
 #include "host/platform/exported.h"
 #include "host/platform/points.h"
 
@@ -138,7 +139,9 @@ int32_t lmainte_host_close_channel(int32_t fd) {
   return close(fd);
 }
 
-int32_t lcmn_send(int32_t fd, const void *message) {
+namespace {
+
+int32_t send_message(int32_t fd, const void *message) {
   if (message == nullptr) return failed(EINVAL);
   if (platform::is_refused(box::PointKind::kMessage, "send")) return failed(EPIPE);
   Channel *channel = open_channel(fd);
@@ -151,7 +154,7 @@ int32_t lcmn_send(int32_t fd, const void *message) {
   return static_cast<int32_t>(sent);
 }
 
-int32_t lcmn_receive(int32_t fd, void *message) {
+int32_t receive_message(int32_t fd, void *message) {
   if (message == nullptr) return failed(EINVAL);
   if (platform::is_refused(box::PointKind::kMessage, "receive")) return failed(ECONNRESET);
   const Channel *channel = open_channel(fd);
@@ -171,8 +174,8 @@ int32_t lcmn_receive(int32_t fd, void *message) {
   return static_cast<int32_t>(size);
 }
 
-int32_t lcmn_select(uint8_t *status_1, uint8_t *status_2, fd_set *readable, fd_set *writable, fd_set *exceptional,
-                    struct timeval *limit) {
+int32_t wait_for_reply(uint8_t *status_1, uint8_t *status_2, fd_set *readable, fd_set *writable, fd_set *exceptional,
+                       const timeval *limit) {
   if (status_1 == nullptr || status_2 == nullptr || readable == nullptr || writable != nullptr ||
       exceptional != nullptr || !is_limit(limit)) {
     return failed(EINVAL);
@@ -193,6 +196,34 @@ int32_t lcmn_select(uint8_t *status_1, uint8_t *status_2, fd_set *readable, fd_s
   }
   if (ready > 0) *status_1 = LMAINTE_HOST_READY;
   return ready;
+}
+
+// What a message is about.
+void name_message(platform::KeptCall &call, const void *message) {
+  const lmainte_host_message head = head_of(message);
+  call.set_first(head.daemon);
+  call.set_second(head.command);
+}
+
+}  // namespace
+
+int32_t lcmn_send(int32_t fd, const void *message) {
+  platform::KeptCall call(box::CallKind::kSend);
+  if (message != nullptr) name_message(call, message);
+  return call.ends_with(send_message(fd, message));
+}
+
+int32_t lcmn_receive(int32_t fd, void *message) {
+  platform::KeptCall call(box::CallKind::kReceive);
+  const int32_t result = receive_message(fd, message);
+  if (result > 0) name_message(call, message);
+  return call.ends_with(result);
+}
+
+int32_t lcmn_select(uint8_t *status_1, uint8_t *status_2, fd_set *readable, fd_set *writable, fd_set *exceptional,
+                    struct timeval *limit) {
+  platform::KeptCall call(box::CallKind::kWaitForReply);
+  return call.ends_with(wait_for_reply(status_1, status_2, readable, writable, exceptional, limit));
 }
 
 int32_t lcmn_process_iszero(const fd_set *set) {

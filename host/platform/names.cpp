@@ -2,6 +2,7 @@
 
 #include "host/box/place.h"
 #include "host/box/unit_name.h"
+#include "host/platform/calls.h"
 #include "host/platform/exported.h"
 #include "host/platform/points.h"
 
@@ -11,9 +12,7 @@ constexpr int32_t kWholeLocation = 0;
 constexpr int32_t kLastComponent = 1;
 constexpr std::size_t kNameRoom = 128;
 
-}  // namespace
-
-int32_t api_conv_unit_name_get(const uint32_t *unit_id, int32_t form, char *name, int32_t unused_1, int32_t unused_2) {
+int32_t name_of(const uint32_t *unit_id, int32_t form, char *name, int32_t unused_1, int32_t unused_2) {
   if (unit_id == nullptr || name == nullptr || unused_1 != 0 || unused_2 != 0) return -1;
   if (form != kWholeLocation && form != kLastComponent) return -1;
   if (platform::is_refused(box::PointKind::kName, {})) return -1;
@@ -28,4 +27,17 @@ int32_t api_conv_unit_name_get(const uint32_t *unit_id, int32_t form, char *name
   } catch (...) {
     return -1;
   }
+}
+
+}  // namespace
+
+int32_t api_conv_unit_name_get(const uint32_t *unit_id, int32_t form, char *name, int32_t unused_1, int32_t unused_2) {
+  platform::KeptCall call(box::CallKind::kName);
+  if (unit_id != nullptr) {
+    call.set_first(unit_id[0]);
+    call.set_second(unit_id[1]);
+  }
+  const int32_t result = name_of(unit_id, form, name, unused_1, unused_2);
+  if (result == 0) call.set_text(name);
+  return call.ends_with(result);
 }

@@ -1,6 +1,7 @@
 #include "host/platform/points.h"
 
 #include "host/box/place.h"
+#include "host/platform/calls.h"
 #include "host/platform/path_in_box.h"
 
 namespace platform {
@@ -19,7 +20,9 @@ void look_for_points() {
 
 box::Turn reach(box::PointKind kind, std::string_view name) noexcept {
   if (!was_looked_for) look_for_points();
-  return counter.reach(kind, name);
+  const box::Turn turn = counter.reach(kind, name);
+  if (turn.way != box::Way::kUsual) call_deviates();
+  return turn;
 }
 
 }  // namespace platform

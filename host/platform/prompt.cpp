@@ -7,13 +7,15 @@
 
 #include "host/base/number.h"
 #include "host/include/lmainte_host.h"
+#include "host/platform/calls.h"
 #include "host/platform/exported.h"
 #include "host/platform/points.h"
 #include "include/lmainte.h"
 
 namespace {
 
-constexpr int kNoAnswer = -2;  // the line is neither a choice nor q
+using box::kNoAnswer;  // the line is neither a choice nor q
+
 constexpr std::size_t kLineRoom = 64;
 
 struct Line {
@@ -21,7 +23,7 @@ struct Line {
   std::size_t length;  // of the line, however much of it there is room for
 
   bool whole() const { return length <= kLineRoom; }
-  std::string_view view() const { return {text, length}; }
+  std::string_view view() const { return {text, whole() ? length : kLineRoom}; }
 };
 
 // Reads one byte, waiting for it also where another program left the terminal's descriptor in non-blocking mode.
@@ -80,17 +82,32 @@ void show_hint(int32_t choices) {
 
 }  // namespace
 
+namespace {
+
+// Asks once. The question is kept when it is asked, and the answer when it is there.
+int ask(int32_t choices, int32_t *choice, const char *prompt) {
+  platform::KeptCall answer(box::CallKind::kAnswer);
+  Line line{};
+  int result = LMAINTE_ASK_FAILED;
+  if (show(prompt)) result = read_line(&line);
+  if (result == LMAINTE_ASK_CHOSEN) {
+    answer.set_text(line.view().substr(0, kLineRoom));
+    result = answer_in(line, choices, choice);
+  }
+  if (result == LMAINTE_ASK_CHOSEN) answer.set_first(static_cast<uint32_t>(*choice));
+  return answer.ends_with(result);
+}
+
+}  // namespace
+
 int32_t cli_ask_select(int32_t first, void *second, const char *prompt) {
   if (first < 1 || second == nullptr || prompt == nullptr) return LMAINTE_ASK_FAILED;
+  platform::KeptCall question(box::CallKind::kQuestion, prompt, static_cast<uint32_t>(first));
   const box::Way way = platform::reach(box::PointKind::kQuestion, {}).way;
-  if (way == box::Way::kRefused) return LMAINTE_ASK_FAILED;
-  if (way == box::Way::kEnd) return show(prompt) ? LMAINTE_ASK_END_OF_INPUT : LMAINTE_ASK_FAILED;
-  Line line{};
-  while (true) {
-    if (!show(prompt)) return LMAINTE_ASK_FAILED;
-    if (int read = read_line(&line); read != LMAINTE_ASK_CHOSEN) return read;
-    const int answer = answer_in(line, first, static_cast<int32_t *>(second));
-    if (answer != kNoAnswer) return answer;
-    show_hint(first);
-  }
+  if (way == box::Way::kRefused) return question.ends_with(LMAINTE_ASK_FAILED);
+  if (way == box::Way::kEnd) return question.ends_with(show(prompt) ? LMAINTE_ASK_END_OF_INPUT : LMAINTE_ASK_FAILED);
+  question.ends_with(LMAINTE_ASK_CHOSEN);
+  int result = kNoAnswer;
+  while ((result = ask(first, static_cast<int32_t *>(second), prompt)) == kNoAnswer) show_hint(first);
+  return result;
 }

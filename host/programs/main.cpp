@@ -3,16 +3,20 @@
 #include <fcntl.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <chrono>
 #include <csignal>
 #include <exception>
 #include <string>
 #include <string_view>
 
+#include "host/box/call_ring.h"
 #include "host/box/full_file.h"
+#include "host/box/mapping_guard.h"
 #include "host/box/place.h"
 #include "host/box/points.h"
 #include "host/box/program_list.h"
+#include "host/box/trace_ring.h"
 #include "host/programs/control_programs.h"
 
 namespace programs {
@@ -87,6 +91,35 @@ void deviate(const box::Place &place, std::string_view program, box::Bend &bend)
   if (turn.way == box::Way::kHang) bend.hang = true;
 }
 
+// The start of this program, and its end: a program that is killed has none.
+class KeptRun {
+ public:
+  KeptRun(const box::Place &place, const std::string &line) : start_(box::call_time()) {
+    box::TraceRing trace;
+    trace.map(place.trace().c_str());
+    calls_.map(place.calls().c_str());
+    call_.kind = box::CallKind::kProgram;
+    call_.pid = getpid();
+    call_.time_ns = start_;
+    call_.position = trace.next();
+    call_.first = static_cast<std::uint32_t>(getppid());
+    call_.text = line;
+    calls_.append(call_);
+  }
+  void ends(std::string_view program, int status) {
+    call_.kind = box::CallKind::kProgramEnd;
+    call_.duration_ns = static_cast<std::uint64_t>(std::max<std::int64_t>(box::call_time() - start_, 0));
+    call_.result = status;
+    call_.text = program;
+    calls_.append(call_);
+  }
+
+ private:
+  std::int64_t start_;
+  box::CallRing calls_;
+  box::Call call_;
+};
+
 int run(int argc, char **argv, const ControlProgram &program) {
   const box::Place place = box::Place::here();
   box::TextDatabase kept(place);
@@ -94,9 +127,12 @@ int run(int argc, char **argv, const ControlProgram &program) {
   deviate(place, program.name, bend);
   if (bend.ignore_term) std::signal(SIGTERM, SIG_IGN);
   box::Run record{now_ns(), getpid(), std::nullopt, joined(argc, argv)};
+  const std::string line = std::string(program.name) + (argc > 1 ? " " : "") + record.arguments;
+  KeptRun run(place, line);
   box::set_last_run(kept, program.name, record);
   record.status = bent(bend);
   if (!record.status) record.status = work(argc, argv, program, place);
+  run.ends(program.name, *record.status);
   box::set_last_run(kept, program.name, record);
   return *record.status;
 }
@@ -106,6 +142,7 @@ int run(int argc, char **argv, const ControlProgram &program) {
 
 int main(int argc, char **argv) {
   box::survive_full_files();
+  box::survive_lost_mappings();
   if (!programs::fill_standard_descriptors() || argc < 1) return programs::kFailed;
   try {
     const std::string path = argv[0];
