@@ -85,7 +85,7 @@ lmainte_access_entry *lmainte_db_make_access_table(int32_t first, int32_t count,
   const auto records = static_cast<size_t>(count);
   auto *table = static_cast<lmainte_access_entry *>(calloc(records + 1, sizeof(lmainte_access_entry)));
   if (table == nullptr) {
-    call.system_error(MakeAccessTable::kNoMemory, errno);
+    call.system_call_failed(MakeAccessTable::kNoMemory);
     return nullptr;
   }
   for (size_t i = 0; i < records; ++i) {

@@ -179,7 +179,7 @@ uint32_t lmainte_scdb_make_key(const lmainte::Coordinates &at, Key &key) {
 }
 
 // Makes the record's key, or records this error.
-bool make_key(const Call &call, Error no_record, const lmainte::Coordinates &at, Key &key) {
+bool make_key(const Call &call, const Error &no_record, const lmainte::Coordinates &at, Key &key) {
   const uint32_t result = lmainte_scdb_make_key(at, key);
   if (result != LMAINTE_OK) call.error(no_record, result);
   return result == LMAINTE_OK;

@@ -18,27 +18,34 @@ struct BracketErrors {
 enum class Hold { kOpen, kLocked };
 
 // The databases, in ascending order, that one piece of work uses.
-template <size_t N>
 class SessionBracket {
  public:
+  template <size_t N>
   SessionBracket(const Call &call, const BracketErrors &errors, const uint32_t (&db_ids)[N], Hold hold)
-      : call_(call), errors_(errors), db_ids_(db_ids), hold_(hold) {}
+      : call_(call), errors_(errors), db_ids_(db_ids), count_(N), hold_(hold) {}
 
   // Opens and locks the databases, runs the work, then unlocks and closes them in descending order, also after a failure.
   // True when all of it succeeded.
   template <class Work>
   bool run(Work work) {
-    bool good = take(lmainte_scdb_open, errors_.not_opened, opened_);
-    if (good && hold_ == Hold::kLocked) good = take(lmainte_scdb_lock, errors_.not_locked, locked_);
-    if (good) good = work();
-    const bool unlocked = release(lmainte_scdb_unlock, errors_.not_unlocked, locked_);
-    const bool closed = release(lmainte_scdb_close, errors_.not_closed, opened_);
-    return good && unlocked && closed;
+    const bool good = take() && work();
+    return release() && good;
   }
 
  private:
-  bool take(int32_t (*step)(uint32_t), Error error, size_t &held) {
-    while (held < N) {
+  LMAINTE_ONE_COPY bool take() {
+    return take(lmainte_scdb_open, errors_.not_opened, opened_) &&
+           (hold_ != Hold::kLocked || take(lmainte_scdb_lock, errors_.not_locked, locked_));
+  }
+
+  LMAINTE_ONE_COPY bool release() {
+    const bool unlocked = release(lmainte_scdb_unlock, errors_.not_unlocked, locked_);
+    const bool closed = release(lmainte_scdb_close, errors_.not_closed, opened_);
+    return unlocked && closed;
+  }
+
+  bool take(int32_t (*step)(uint32_t), const Error &error, size_t &held) {
+    while (held < count_) {
       const int32_t result = step(db_ids_[held]);
       if (result != LMAINTE_OK) {
         record(error, result, db_ids_[held]);
@@ -49,7 +56,7 @@ class SessionBracket {
     return true;
   }
 
-  bool release(int32_t (*step)(uint32_t), Error error, size_t &held) {
+  bool release(int32_t (*step)(uint32_t), const Error &error, size_t &held) {
     bool good = true;
     while (held > 0) {
       const uint32_t db_id = db_ids_[--held];
@@ -62,7 +69,7 @@ class SessionBracket {
     return good;
   }
 
-  void record(Error error, int32_t result, uint32_t db_id) const {
+  void record(const Error &error, int32_t result, uint32_t db_id) const {
     if (errors_.database_first)
       call_.error(error, db_id, result);
     else
@@ -71,7 +78,8 @@ class SessionBracket {
 
   const Call &call_;
   const BracketErrors &errors_;
-  const uint32_t (&db_ids_)[N];
+  const uint32_t *const db_ids_;
+  const size_t count_;
   const Hold hold_;
   size_t opened_ = 0;
   size_t locked_ = 0;

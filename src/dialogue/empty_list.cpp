@@ -18,7 +18,7 @@ void show_empty_list(const Call &call, const EmptyListErrors &errors, const List
   write_list_path(name, "");
   FILE *file = fopen(name, "w");
   if (file == nullptr) {
-    call.system_error(errors.no_file, errno);
+    call.system_call_failed(errors.no_file);
     return;
   }
   fclose(file);

@@ -12,7 +12,7 @@ void write_list_path(ListPath &path, const char *folder) {
 bool ListFile::open() {
   write_list_path(path_, "/tmp/");
   file_ = fopen(path_, "w");
-  if (file_ == nullptr) call_.system_error(errors_.no_file, errno);
+  if (file_ == nullptr) call_.system_call_failed(errors_.no_file);
   return file_ != nullptr;
 }
 
@@ -37,7 +37,7 @@ void ListFile::close() {
 
 bool ListFile::remove_file() {
   const int removed = remove(path_);
-  if (removed != 0) call_.system_error(errors_.not_removed, removed, errno);
+  if (removed != 0) call_.system_call_failed(errors_.not_removed, removed);
   return removed == 0;
 }
 

@@ -41,7 +41,7 @@ int caught() {
 // If the clock fails, this is -1.
 time_t read_clock(const Call &call) {
   const time_t now = time(nullptr);
-  if (now == static_cast<time_t>(-1)) call.system_error(DotStart::kNoClock, errno);
+  if (now == static_cast<time_t>(-1)) call.system_call_failed(DotStart::kNoClock);
   return now;
 }
 
@@ -115,7 +115,7 @@ int32_t lmainte_dot_start(const DotParam *request) {
   const lmainte::SignalsBlocked blocked(SIGTERM);
   const pid_t child = fork();
   if (child == -1) {
-    call.system_error(DotStart::kNoChild, errno);
+    call.system_call_failed(DotStart::kNoChild);
     return kFailed;
   }
   if (child == 0) run_indicator(call, request->seconds);

@@ -45,7 +45,7 @@ void set_pager_pid(pid_t pid) {
   char *const environment[] = {nullptr};
   blocked.restore();
   execve(pager, pager_arguments, environment);
-  call.system_error(ShowFile::kCannotRun, errno);
+  call.system_call_failed(ShowFile::kCannotRun);
   _exit(kCannotRun);
 }
 

@@ -53,14 +53,14 @@ void change(termios &attributes, const Attribute &attribute, bool on) {
 int32_t flush(const Call &call, bool input) {
   const int result = tcflush(fileno(stdin), input ? TCIFLUSH : TCOFLUSH);
   if (result == 0) return LMAINTE_OK;
-  call.system_error(TtyControl::kNotFlushed, result, errno);
+  call.system_call_failed(TtyControl::kNotFlushed, result);
   return LMAINTE_FAILED;
 }
 
 int32_t apply(const Call &call, const termios &attributes) {
   const int result = tcsetattr(fileno(stdout), TCSANOW, &attributes);
   if (result == 0) return LMAINTE_OK;
-  call.system_error(TtyControl::kNotSet, result, errno);
+  call.system_call_failed(TtyControl::kNotSet, result);
   return LMAINTE_FAILED;
 }
 
@@ -72,7 +72,7 @@ int32_t lmainte_tty_control(int32_t mode, int32_t setting) {
   if (is_known(mode) && mode != LMAINTE_TTY_FLUSH) {
     const int result = tcgetattr(fileno(stdout), &attributes);
     if (result != 0) {
-      call.system_error(TtyControl::kNotRead, result, errno);
+      call.system_call_failed(TtyControl::kNotRead, result);
       return call.returns(LMAINTE_FAILED);
     }
   }

@@ -4,13 +4,24 @@
 
 namespace lmainte {
 
-const ListLine *Table::write_lines(const ListLine *line, int32_t position) {
-  for (; line->position == position; ++line) {
+bool Table::begin(const ListLine *lines) {
+  next_line_ = lines;
+  if (!file_.open()) return false;
+  write_lines(LMAINTE_LINE_HEAD);
+  return true;
+}
+
+bool Table::end() {
+  write_lines(LMAINTE_LINE_FOOT);
+  return file_.show();
+}
+
+void Table::write_lines(int32_t position) {
+  for (; next_line_->position == position; ++next_line_) {
     char text[kLineSize] = {};
-    format_line(text, *line);
+    format_line(text, *next_line_);
     file_.write(text);
   }
-  return line;
 }
 
 bool Table::find_name(const uint32_t *unit_id, NameForm form, UnitName &name) {

@@ -44,11 +44,7 @@ class Table {
 
   template <class WriteUnits>
   int32_t show(const ListLine *lines, WriteUnits write_units) {
-    if (!file_.open()) return LMAINTE_FAILED;
-    const ListLine *rest = write_lines(lines, LMAINTE_LINE_HEAD);
-    if (!write_units(*this)) return LMAINTE_FAILED;
-    write_lines(rest, LMAINTE_LINE_FOOT);
-    return file_.show() ? LMAINTE_OK : LMAINTE_FAILED;
+    return begin(lines) && write_units(*this) && end() ? LMAINTE_OK : LMAINTE_FAILED;
   }
 
   // Writes one unit line, as the message catalogue words it.
@@ -65,12 +61,17 @@ class Table {
  private:
   static constexpr size_t kLineSize = 128;
 
-  // Writes the lines of one position and returns the first line of another.
-  const ListLine *write_lines(const ListLine *line, int32_t position);
+  // The file with the caller's head lines; and with the foot lines, shown. One copy of each serves all lists.
+  bool begin(const ListLine *lines);
+  bool end();
+
+  // Writes the lines of this position that come next.
+  void write_lines(int32_t position);
 
   const Call &call_;
   const Error no_name_;
   ListFile file_;
+  const ListLine *next_line_ = nullptr;
 };
 
 }  // namespace lmainte

@@ -110,7 +110,7 @@ struct Command {
   close(STDERR_FILENO);
   call.point(Level::kProcess, Exec::kChildRuns, command.id, command.words);
   execve(command.arguments[0], command.arguments, command.environment);
-  call.system_error(Exec::kCannotRun, errno);
+  call.system_call_failed(Exec::kCannotRun);
   free(command.arguments);
   _exit(LMAINTE_NOT_RUN);
 }
@@ -125,7 +125,7 @@ int32_t terminate(pid_t child, int &status) {
     const pid_t reaped = waitpid(child, &status, WNOHANG);
     if (reaped == child) return LMAINTE_OK;
     if (reaped != 0) {
-      call.system_error(StopChild::kWaitFailed, reaped, errno);
+      call.system_call_failed(StopChild::kWaitFailed, reaped);
       return LMAINTE_NOT_RUN;
     }
     sleep(kAttemptSeconds);
@@ -134,7 +134,7 @@ int32_t terminate(pid_t child, int &status) {
   call.point(Level::kProcess, StopChild::kSignalSent, kPoliteAttempts + 1);
   const pid_t reaped = waitpid(child, &status, 0);
   if (reaped == child) return LMAINTE_OK;
-  call.system_error(StopChild::kLastWaitFailed, reaped, errno);
+  call.system_call_failed(StopChild::kLastWaitFailed, reaped);
   return LMAINTE_NOT_RUN;
 }
 
@@ -144,7 +144,7 @@ bool await(const Call &call, pid_t child, int32_t time_limit, int &status) {
     const pid_t reaped = waitpid(child, &status, WNOHANG);
     if (reaped == child) return true;
     if (reaped != 0) {
-      call.system_error(Exec::kWaitFailed, reaped, errno);
+      call.system_call_failed(Exec::kWaitFailed, reaped);
       return false;
     }
     if (time_limit <= waited) {
@@ -173,7 +173,7 @@ int32_t run(const Call &call, const Command &command, int32_t time_limit) {
   call.point(Level::kError, Exec::kProgram, command.id, command.words);
   const pid_t child = fork();
   if (child == -1) {
-    call.system_error(Exec::kNoChild, errno);
+    call.system_call_failed(Exec::kNoChild);
     return LMAINTE_NOT_RUN;
   }
   if (child == 0) run_child(call, command);
@@ -187,7 +187,7 @@ int32_t start(const Call &call, int32_t command_id, const char *path, char *line
   const int32_t words = split_words(line, nullptr);
   char **arguments = static_cast<char **>(calloc(static_cast<size_t>(words) + 2, sizeof *arguments));
   if (arguments == nullptr) {
-    call.system_error(Exec::kNoMemory, errno);
+    call.system_call_failed(Exec::kNoMemory);
     return LMAINTE_NOT_RUN;
   }
   arguments[0] = const_cast<char *>(path);

@@ -20,12 +20,20 @@
 #include <sys/types.h>
 #include <unistd.h>
 
+#include <cerrno>
 #include <concepts>
 #include <cstdint>
 #include <type_traits>
 
 #include "include/lmainte_platform.h"
 #include "trace_events/event.h"
+
+// Where the library is built for size, one copy of such a function serves all callers. For speed, the compiler decides.
+#ifdef __OPTIMIZE_SIZE__
+#define LMAINTE_ONE_COPY [[gnu::noinline]]
+#else
+#define LMAINTE_ONE_COPY
+#endif
 
 namespace lmainte {
 
@@ -53,25 +61,23 @@ constexpr uint32_t line_of(uint32_t packed_point) {
 
 // An event that is no error, and the source line at which it was written down.
 struct Point {
-  trace_events::Code code;
-  uint16_t line;
+  uint32_t in_one_word;
 
   // NOLINTNEXTLINE(google-explicit-constructor): an event becomes a point at the line where it is named
   template <CatalogueEvent Event>
-  consteval Point(Event event, uint32_t line_ = __builtin_LINE()) : code(event), line(static_cast<uint16_t>(line_)) {
-    if (trace_events::is_error(code)) this_event_is_an_error();
+  consteval Point(Event event, uint32_t line = __builtin_LINE()) : in_one_word(packed(event, line)) {
+    if (trace_events::is_error(event)) this_event_is_an_error();
   }
 };
 
 // An error event, and the source line at which it was written down.
 struct Error {
-  trace_events::Code code;
-  uint16_t line;
+  uint32_t in_one_word;
 
   // NOLINTNEXTLINE(google-explicit-constructor): an event becomes an error at the line where it is named
   template <CatalogueEvent Event>
-  consteval Error(Event event, uint32_t line_ = __builtin_LINE()) : code(event), line(static_cast<uint16_t>(line_)) {
-    if (!trace_events::is_error(code)) this_event_is_no_error();
+  consteval Error(Event event, uint32_t line = __builtin_LINE()) : in_one_word(packed(event, line)) {
+    if (!trace_events::is_error(event)) this_event_is_no_error();
   }
 };
 
@@ -144,38 +150,44 @@ class Trace {
 // One call of a traced function, from its entry record to its exit record.
 class Call {
  public:
-  Call(Trace &trace, const Block &block, uint32_t line = __builtin_LINE()) : trace_(trace), block_(block) {
-    record_point(packed(block.entry, line));
-  }
+  [[gnu::always_inline]] Call(Trace &trace, Block block, uint32_t line = __builtin_LINE())
+      : Call(trace, packed(block.entry, line), block.line) {}
   // For a helper that serves several functions: each hands in its entry, with a line of its own.
-  Call(Trace &trace, const Block &block, Point entry) : Call(trace, block, entry.line) {}
+  [[gnu::always_inline]] Call(Trace &trace, Block block, Point entry)
+      : Call(trace, block, line_of(entry.in_one_word)) {}
   Call(const Call &) = delete;
   Call &operator=(const Call &) = delete;
   ~Call() {
     if (exit_has_result_)
-      record_point(packed(block_.exit, block_.line), Word(result_).value);
+      record_point(exit_, Word(result_).value);
     else
-      record_point(packed(block_.exit, block_.line));
+      record_point(exit_);
   }
 
   // Records a point: normal progress, or at another level where the function says so.
   template <class... Words>
   requires(sizeof...(Words) <= 2) [[gnu::always_inline]] void point(Point at, Words... words) const {
-    record_point(packed(at.code, at.line), Word(words).value...);
+    record_point(at.in_one_word, Word(words).value...);
   }
   template <class... Words>
   requires(sizeof...(Words) <= 2) [[gnu::always_inline]] void point(Level level, Point at, Words... words) const {
-    record(level, packed(at.code, at.line), Word(words).value...);
+    record(level, at.in_one_word, Word(words).value...);
   }
 
-  // An error that the library's own logic found, and one of a system or service call.
+  // An error that the library's own logic found.
   template <class... Words>
   requires(sizeof...(Words) <= 2) [[gnu::always_inline]] void error(Error at, Words... words) const {
-    record_error(packed(at.code, at.line), Word(words).value...);
+    record_error(at.in_one_word, Word(words).value...);
   }
+  // An error of a service call.
   template <class... Words>
   requires(sizeof...(Words) <= 2) [[gnu::always_inline]] void system_error(Error at, Words... words) const {
-    record(Level::kSystemError, packed(at.code, at.line), Word(words).value...);
+    record(Level::kSystemError, at.in_one_word, Word(words).value...);
+  }
+  // An error of a system call, whose errno is the last word.
+  template <class... Words>
+  requires(sizeof...(Words) <= 1) [[gnu::always_inline]] void system_call_failed(Error at, Words... words) const {
+    record_errno(at.in_one_word, Word(words).value...);
   }
 
   // For functions whose exit record carries the result.
@@ -186,6 +198,11 @@ class Call {
   }
 
  private:
+  LMAINTE_ONE_COPY Call(Trace &trace, uint32_t entry, uint32_t exit_line)
+      : trace_(trace), exit_(packed(static_cast<trace_events::Code>(code_of(entry) + 1), exit_line)) {
+    record_point(entry);
+  }
+
   template <class... Words>
   void record_point(uint32_t at, Words... words) const {
     record(Level::kProgress, at, words...);
@@ -193,6 +210,11 @@ class Call {
   template <class... Words>
   void record_error(uint32_t at, Words... words) const {
     record(Level::kError, at, words...);
+  }
+
+  template <class... Words>
+  [[gnu::noinline]] void record_errno(uint32_t at, Words... words) const {
+    record(Level::kSystemError, at, words..., Word(errno).value);
   }
 
   // A signal handler of the maintenance command may call the library in the middle of this. The handler's calls leave the
@@ -208,7 +230,7 @@ class Call {
   }
 
   Trace &trace_;
-  const Block &block_;
+  const uint32_t exit_;
   bool exit_has_result_ = false;
   int32_t result_ = 0;
 };

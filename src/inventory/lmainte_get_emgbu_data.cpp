@@ -255,7 +255,7 @@ int32_t lmainte_get_emgb_data_pair(int32_t unit, int32_t model, EmgbUnitData *ou
   const int32_t count = model == LMAINTE_MODEL_QE3 ? 2 * kUnitsOfAKind : kUnitsOfAKind;
   auto *units = static_cast<EmgbUnitData *>(calloc(static_cast<size_t>(count), sizeof(EmgbUnitData)));
   if (units == nullptr) {
-    call.system_error(GetEmgbDataAll::kNoMemory, errno);
+    call.system_call_failed(GetEmgbDataAll::kNoMemory);
     return LMAINTE_FAILED;
   }
   const int32_t result = lmainte_get_emgb_data_all(model, units);

@@ -35,7 +35,7 @@ void fill_head(int32_t type, int32_t number, const RecordView &entry, Unit &out)
 // Copies the name of an installed unit out of its FRU record. The name's length byte is at the offset. Returns false, and
 // records this error, if an installed unit has no such record.
 template <class Unit>
-bool copy_name(const Call &call, Error no_record, const AccessTable &names, size_t length_offset, Unit &unit) {
+bool copy_name(const Call &call, const Error &no_record, const AccessTable &names, size_t length_offset, Unit &unit) {
   if (!is_installed(unit.status)) return true;
   const void *fru = names.find(unit.number);
   if (fru == nullptr) {

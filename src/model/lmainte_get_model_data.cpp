@@ -85,14 +85,14 @@ class TimeFile {
     Call call(trace, kReadTimeFile);
     const int32_t fd = lcmn_lopen(path, O_RDONLY, 0444);
     if (fd < 0) {
-      call.system_error(ReadTimeFile::kNotOpened, fd, errno);
+      call.system_call_failed(ReadTimeFile::kNotOpened, fd);
       return false;
     }
     const int32_t got = lcmn_read(fd, bytes_, sizeof bytes_);
     is_read_ = got == static_cast<int32_t>(sizeof bytes_);
-    if (!is_read_) call.system_error(ReadTimeFile::kNotRead, got, errno);
+    if (!is_read_) call.system_call_failed(ReadTimeFile::kNotRead, got);
     const int32_t closed = lcmn_close(fd);
-    if (closed != 0) call.system_error(ReadTimeFile::kNotClosed, closed, errno);
+    if (closed != 0) call.system_call_failed(ReadTimeFile::kNotClosed, closed);
     return is_read_ && closed == 0;
   }
 

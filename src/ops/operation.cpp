@@ -2,7 +2,7 @@
 
 namespace lmainte {
 
-const char *find_line(const Call &call, const Operation &operation, Error no_mode, int32_t mode) {
+const char *find_line(const Call &call, const Operation &operation, const Error &no_mode, int32_t mode) {
   const char *line = operation.line_of(mode);
   if (line == nullptr) call.error(no_mode, mode);
   return line;

@@ -45,7 +45,7 @@ struct Operation {
 // Returns what an exit status means. If it means a failure, records it as this error. The errors of some operations also
 // carry the mode, before the status.
 template <class... Mode>
-int32_t judge(const Call &call, const Operation &operation, Error refused, int32_t status, Mode... mode) {
+int32_t judge(const Call &call, const Operation &operation, const Error &refused, int32_t status, Mode... mode) {
   const int32_t result = operation.meaning_of(status);
   if (result != LMAINTE_OK) call.error(refused, mode..., status);
   return result;
@@ -58,7 +58,7 @@ int32_t judge(const Call &call, const Operation &operation, Error refused, int32
 }
 
 // The argument line of a mode. Returns null, and records this error, if the operation does not have the mode.
-const char *find_line(const Call &call, const Operation &operation, Error no_mode, int32_t mode);
+const char *find_line(const Call &call, const Operation &operation, const Error &no_mode, int32_t mode);
 
 // An operation on the whole system.
 struct SystemEvents {

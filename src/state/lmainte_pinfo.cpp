@@ -76,13 +76,13 @@ int32_t with_file(const Call &call, const FileErrors &errors, const char *path, 
                   Work work) {
   const int32_t fd = lcmn_lopen(path, flags, mode);
   if (fd < 0) {
-    call.system_error(errors.not_opened, fd, errno);
+    call.system_call_failed(errors.not_opened, fd);
     return LMAINTE_FAILED;
   }
   const int32_t result = work(fd);
   if (result != LMAINTE_OK) call.error(errors.failed, result);
   const int32_t closed = lcmn_close(fd);
-  if (closed != 0) call.system_error(errors.not_closed, closed, errno);
+  if (closed != 0) call.system_call_failed(errors.not_closed, closed);
   return result == LMAINTE_OK && closed == 0 ? LMAINTE_OK : LMAINTE_FAILED;
 }
 
@@ -93,11 +93,11 @@ int32_t lmainte_put_pinfo(int32_t fd) {
   char text[kTextSize] = {};
   if (!assemble(call, text)) return LMAINTE_FAILED;
   if (ftruncate(fd, 0) != 0) {
-    call.system_error(PutPinfo::kNotEmptied, fd, errno);
+    call.system_call_failed(PutPinfo::kNotEmptied, fd);
     return LMAINTE_FAILED;
   }
   if (lseek(fd, 0, SEEK_SET) < 0) {
-    call.system_error(PutPinfo::kNotRewound, fd, errno);
+    call.system_call_failed(PutPinfo::kNotRewound, fd);
     return LMAINTE_FAILED;
   }
   const int32_t written = lcmn_write(fd, text, static_cast<int32_t>(strlen(text)));
@@ -111,7 +111,7 @@ int32_t lmainte_put_pinfo(int32_t fd) {
 int32_t lmainte_clear_pinfo(int32_t fd) {
   const Call call(trace, kClear);
   if (ftruncate(fd, 0) == 0) return LMAINTE_OK;
-  call.system_error(ClearPinfo::kNotEmptied, fd, errno);
+  call.system_call_failed(ClearPinfo::kNotEmptied, fd);
   return LMAINTE_FAILED;
 }
 

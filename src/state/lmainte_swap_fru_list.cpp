@@ -76,7 +76,7 @@ int32_t lmainte_swap_fru_insert(uint32_t type, uint32_t number, const uint32_t *
   }
   auto *node = static_cast<lmainte_swap_fru *>(calloc(1, sizeof(lmainte_swap_fru)));
   if (node == nullptr) {
-    call.system_error(SwapFruInsert::kNoMemory, errno);
+    call.system_call_failed(SwapFruInsert::kNoMemory);
     return kFailed;
   }
   *node = {order, type, number, {ident[0], ident[1]}, previous, next};
@@ -108,7 +108,7 @@ int32_t lmainte_swap_fru_collect(uint32_t type, int32_t number, int32_t count) {
   }
   void *records = calloc(static_cast<uint32_t>(count), reader->record_size);
   if (records == nullptr) {
-    call.system_error(SwapFruCollect::kNoMemory, errno);
+    call.system_call_failed(SwapFruCollect::kNoMemory);
     return kFailed;
   }
   const int32_t first = count > 1 ? lmainte::kAllUnits : number;
