@@ -16,16 +16,34 @@ function(shipped_library name)
   target_compile_options(${name}_objects PRIVATE -fno-exceptions -fno-rtti -fno-threadsafe-statics)
   set_target_properties(${name}_objects PROPERTIES CXX_VISIBILITY_PRESET hidden VISIBILITY_INLINES_HIDDEN ON)
   target_link_libraries(${name}_objects PRIVATE lmainte_warnings)
+  # Arrays on the stack are guarded, and calls that write into them are checked. A guard in each function that has an object on its
+  # stack (-fstack-protector-strong) would make the library larger by a twentieth, and guard objects that nothing can overrun.
+  target_compile_options(${name}_objects PRIVATE -fstack-protector
+      $<$<NOT:$<CONFIG:Debug>>:-U_FORTIFY_SOURCE;-D_FORTIFY_SOURCE=2>)
+  if(LMAINTE_FOR_SIZE)
+    # The shared library is optimised as a whole; the objects are whole without that, too, for the static library. Small
+    # position-independent code is enough for it. No exception comes through the library, so nobody unwinds it.
+    set(for_size -Os -flto -fpic -fno-semantic-interposition -fno-asynchronous-unwind-tables -fno-unwind-tables)
+    target_compile_options(${name}_objects PRIVATE ${for_size} -ffat-lto-objects)
+  endif()
 
   # The C compiler links, so that no C++ run-time library comes in. The platform's functions stay undefined: the maintenance
   # command is linked with them. Where it is installed, it finds the library that it stands on beside itself.
   add_library(${name} SHARED $<TARGET_OBJECTS:${name}_objects>)
-  target_link_options(${name} PRIVATE LINKER:--version-script=${names})
+  # Nothing in it is writable but its variables, once it is loaded, and what the linker warns of is an error.
+  target_link_options(${name} PRIVATE LINKER:--version-script=${names},-z,relro,-z,now,-z,noexecstack,-z,text,--fatal-warnings)
+  if(LMAINTE_FOR_SIZE)
+    # Its functions call each other directly; its variables stay one with those of a command that has copies of them.
+    target_link_options(${name} PRIVATE ${for_size} LINKER:-Bsymbolic-functions)
+  endif()
   set_target_properties(${name} PROPERTIES
       VERSION ${PROJECT_VERSION} SOVERSION ${PROJECT_VERSION_MAJOR} LINKER_LANGUAGE C LINK_DEPENDS ${names}
       LIBRARY_OUTPUT_DIRECTORY ${PROJECT_BINARY_DIR})
 
   add_library(${name}_static STATIC $<TARGET_OBJECTS:${name}_objects>)
+  if(LMAINTE_FOR_SIZE)
+    target_link_options(${name}_static INTERFACE $<BUILD_INTERFACE:-fno-lto>)  # what the tests of it need not wait for
+  endif()
   set_target_properties(${name}_static PROPERTIES OUTPUT_NAME ${name} ARCHIVE_OUTPUT_DIRECTORY ${PROJECT_BINARY_DIR})
 
   foreach(kind IN ITEMS "" _static)

@@ -56,7 +56,11 @@ struct BoardName {
   }
 
  private:
-  void append(const char *part) { strncat(text, part, sizeof text - 1 - strlen(text)); }
+  // What is too long is cut. The zeros behind the text end it.
+  void append(const char *part) {
+    const size_t used = strlen(text);
+    memcpy(text + used, part, strnlen(part, sizeof text - 1 - used));
+  }
 };
 
 struct DomainColumn {
