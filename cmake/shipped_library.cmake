@@ -36,6 +36,15 @@ function(shipped_library name)
     # Its functions call each other directly; its variables stay one with those of a command that has copies of them.
     target_link_options(${name} PRIVATE ${for_size} LINKER:-Bsymbolic-functions)
   endif()
+  # On a 32-bit PowerPC with glibc, it runs with C libraries that are older than the one it is built with.
+  if(CMAKE_SYSTEM_PROCESSOR STREQUAL "ppc")
+    include(CheckSymbolExists)
+    check_symbol_exists(__GLIBC__ features.h LMAINTE_HAS_GLIBC)
+    if(LMAINTE_HAS_GLIBC)
+      target_sources(${name} PRIVATE ${PROJECT_SOURCE_DIR}/cmake/stat_of_old_libraries.c)
+      target_link_options(${name} PRIVATE LINKER:--wrap=stat)
+    endif()
+  endif()
   set_target_properties(${name} PROPERTIES
       VERSION ${PROJECT_VERSION} SOVERSION ${PROJECT_VERSION_MAJOR} LINKER_LANGUAGE C LINK_DEPENDS ${names}
       LIBRARY_OUTPUT_DIRECTORY ${PROJECT_BINARY_DIR})
