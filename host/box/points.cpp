@@ -39,7 +39,8 @@ struct alignas(64) PointsHead {
   Half deviations;
   Half kinds_reached;  // counters that are taken
   Half lost;
-  std::array<Half, 11> zeros;
+  Half ordered;  // points whose order was kept, or would have been
+  std::array<Half, 10> zeros;
 };
 
 struct alignas(64) DeviationRow {
@@ -64,6 +65,10 @@ struct Page {
   std::array<DeviationRow, kMostDeviations> deviations;
   std::array<Counter, kCounters> counters;
 };
+
+// Behind the page, where the order of the points is kept: of each point the number of its counter, from 1.
+using Order = std::array<std::atomic<std::uint16_t>, kLongestOrder>;
+static_assert(kCounters <= UINT16_MAX && sizeof(Order) == 2 * kLongestOrder);
 
 // FNV-1a over the kind and the whole name, never 0.
 std::uint64_t hash_of(PointKind kind, std::string_view name) noexcept {
@@ -141,14 +146,14 @@ int write_row(int fd, const DeviationRow &row, std::uint32_t rows_before) {
 
 // An empty page counts when its first word says so. Its room on the disk is taken at once: a full disk must not kill a process that
 // counts.
-int write_empty(int fd) {
+int write_empty(int fd, std::size_t size) {
   constexpr std::array<char, sizeof(Page)> kZeros{};
-  if (const int error = posix_fallocate(fd, 0, sizeof(Page)); error != 0) return error;
+  if (const int error = posix_fallocate(fd, 0, static_cast<off_t>(size)); error != 0) return error;
   return write_at(fd, kZeros, 0);
 }
 
-void begin_to_count(const Place &place, int fd, const DeviationRow *row) {
-  int error = write_empty(fd);
+void begin_to_count(const Place &place, int fd, const DeviationRow *row, std::size_t size = sizeof(Page)) {
+  int error = write_empty(fd, size);
   if (error == 0 && row != nullptr) error = write_row(fd, *row, 0);
   if (error == 0) error = write_at(fd, kPointsMagic, 0);
   if (error != 0) throw points_failure(place, "cannot make room for them", error);
@@ -156,17 +161,23 @@ void begin_to_count(const Place &place, int fd, const DeviationRow *row) {
 
 enum class Counting { kNot, kYes, kDamaged };
 
-// Reads the whole page. One that has no first word, or no room yet, does not count.
-Counting read_page(const Place &place, int fd, Page &page) {
-  auto *bytes = reinterpret_cast<char *>(&page);
+// Returns how much there is of it.
+std::size_t read_at(const Place &place, int fd, void *to, std::size_t wanted, std::size_t at) {
+  auto *bytes = static_cast<char *>(to);
   std::size_t done = 0;
-  while (done < sizeof page) {
-    const ssize_t size = pread(fd, bytes + done, sizeof page - done, static_cast<off_t>(done));
+  while (done < wanted) {
+    const ssize_t size = pread(fd, bytes + done, wanted - done, static_cast<off_t>(at + done));
     if (size < 0 && errno == EINTR) continue;
     if (size < 0) throw points_failure(place, "cannot read them", errno);
     if (size == 0) break;
     done += static_cast<std::size_t>(size);
   }
+  return done;
+}
+
+// Reads the whole page. One that has no first word, or no room yet, does not count.
+Counting read_page(const Place &place, int fd, Page &page) {
+  const std::size_t done = read_at(place, fd, &page, sizeof page, 0);
   if (page.head.magic == 0) return Counting::kNot;
   return done == sizeof page && page.head.magic == kPointsMagic ? Counting::kYes : Counting::kDamaged;
 }
@@ -185,7 +196,7 @@ std::optional<Deviation> deviation_in(const DeviationRow &row) {
                    row.happened};
 }
 
-Points points_in(const Page &page) {
+Points points_in(const Page &page, const std::vector<std::uint16_t> &ordered) {
   Points points;
   const std::size_t rows = std::min<std::size_t>(page.head.deviations, kMostDeviations);
   for (std::size_t i = 0; i < rows; ++i) {
@@ -196,11 +207,24 @@ Points points_in(const Page &page) {
     if (counter.hash != 0 && counter.place != 0 && is_kind(counter.kind)) taken.push_back(&counter);
   }
   std::ranges::sort(taken, {}, [](const Counter *at) { return std::pair(at->kind, at->place.load()); });
+  std::array<std::uint32_t, kCounters> places{};  // in `counts`, from 1, by counter
   for (const Counter *at : taken) {
     points.counts.push_back({static_cast<PointKind>(at->kind), name_in(at->name), at->count});
+    places.at(static_cast<std::size_t>(at - page.counters.data())) = static_cast<std::uint32_t>(points.counts.size());
   }
   points.lost = page.head.lost;
+  for (const std::uint16_t number : ordered) {
+    const std::uint32_t at = number == 0 || number > kCounters ? 0 : places.at(number - 1U);
+    if (at != 0) points.order.push_back(at - 1);
+  }
   return points;
+}
+
+// The numbers of the counters, one for each point.
+std::vector<std::uint16_t> order_in(const Place &place, int fd, const Page &page) {
+  std::vector<std::uint16_t> order(std::min<std::size_t>(page.head.ordered, kLongestOrder));
+  order.resize(read_at(place, fd, order.data(), order.size() * sizeof order[0], sizeof(Page)) / sizeof order[0]);
+  return order;
 }
 
 DeviationRow row_for(const Deviation &deviation) {
@@ -237,12 +261,13 @@ const PointKindRow &row_of(PointKind kind) {
 }
 
 // Keeps the mapping of a page that counts.
-void PointCounter::take(void *memory) noexcept {
-  guard_mapping(memory, sizeof(Page));
+void PointCounter::take(void *memory, std::size_t size) noexcept {
+  guard_mapping(memory, size);
   if (static_cast<Page *>(memory)->head.magic.load(std::memory_order_acquire) == kPointsMagic) {
+    room_.store(size == sizeof(Page) ? 0 : kLongestOrder, std::memory_order_relaxed);
     memory_.store(memory, std::memory_order_release);
   } else {
-    munmap(memory, sizeof(Page));
+    munmap(memory, size);
   }
 }
 
@@ -250,9 +275,11 @@ bool PointCounter::map(const char *file) noexcept {
   const int kept_errno = errno;
   const base::Descriptor points(open(file, O_RDWR | kOwnFile));
   struct stat status {};
-  if (points.get() >= 0 && fstat(points.get(), &status) == 0 && status.st_size == static_cast<off_t>(sizeof(Page))) {
-    void *memory = mmap(nullptr, sizeof(Page), PROT_READ | PROT_WRITE, MAP_SHARED, points.get(), 0);
-    if (memory != MAP_FAILED) take(memory);
+  const bool is_there = points.get() >= 0 && fstat(points.get(), &status) == 0;
+  const auto size = static_cast<std::size_t>(status.st_size);
+  if (is_there && (size == sizeof(Page) || size == sizeof(Page) + sizeof(Order))) {
+    void *memory = mmap(nullptr, size, PROT_READ | PROT_WRITE, MAP_SHARED, points.get(), 0);
+    if (memory != MAP_FAILED) take(memory, size);
   }
   errno = kept_errno;
   return memory_.load(std::memory_order_relaxed) != nullptr;
@@ -268,6 +295,11 @@ Turn PointCounter::reach(PointKind kind, std::string_view name) noexcept {
     return {};
   }
   const std::uint32_t number = counter->count.fetch_add(1) + 1;
+  if (const std::size_t room = room_.load(std::memory_order_relaxed); room > 0) {
+    const std::uint32_t at = page->head.ordered.fetch_add(1);
+    auto *order = reinterpret_cast<std::atomic<std::uint16_t> *>(page + 1);
+    if (at < room) order[at].store(static_cast<std::uint16_t>(counter - page->counters.data() + 1));
+  }
   Turn turn;
   const std::size_t rows =
       std::min<std::size_t>(page->head.deviations.load(std::memory_order_acquire), kMostDeviations);
@@ -287,11 +319,15 @@ std::optional<Points> points_of(const Place &place) {
   const Counting counting = file.get() < 0 ? Counting::kNot : read_page(place, file.get(), *page);
   if (counting == Counting::kNot) return std::nullopt;
   if (counting == Counting::kDamaged) throw damaged_points(place);
-  return points_in(*page);
+  return points_in(*page, order_in(place, file.get(), *page));
 }
 
 void count_points(const Place &place) {
   begin_to_count(place, open_locked(place).get(), nullptr);
+}
+
+void order_points(const Place &place) {
+  begin_to_count(place, open_locked(place).get(), nullptr, sizeof(Page) + sizeof(Order));
 }
 
 void deviate(const Place &place, const Deviation &deviation) {

@@ -108,6 +108,9 @@ struct Points {
   std::vector<PointCount> counts;  // by kind, and in the order in which they were first reached
   std::vector<Deviation> deviations;
   std::uint32_t lost = 0;  // points that there was no room to count
+
+  // The points one after the other, as they were reached: each by its place in `counts`. Empty where their order is not kept.
+  std::vector<std::uint32_t> order;
 };
 
 // A process's view of its box's points.
@@ -122,17 +125,20 @@ class PointCounter {
   Turn reach(PointKind kind, std::string_view name) noexcept;
 
  private:
-  void take(void *memory) noexcept;
+  void take(void *memory, std::size_t size) noexcept;
 
   std::atomic<void *> memory_ = nullptr;
+  std::atomic<std::size_t> room_ = 0;  // for the order
 };
 
 inline constexpr std::size_t kMostDeviations = 8;     // at a time
 inline constexpr std::size_t kLongestPointName = 43;  // longer ones are counted apart, and shown cut
+inline constexpr std::size_t kLongestOrder = 262144;  // later points are counted only
 
 // All of these throw BoxError when the file cannot be read or written, or is damaged.
 std::optional<Points> points_of(const Place &place);           // none: they are not counted
 void count_points(const Place &place);                         // from now on, from 0 and without deviations
+void order_points(const Place &place);                         // the same, and keeps their order from now on
 void deviate(const Place &place, const Deviation &deviation);  // counts points from now on where nobody did
 bool forget_points(const Place &place);                        // false: they were not counted
 

@@ -44,7 +44,7 @@ struct SweepOptions {
   sweep::PlanRules plan;
   PoolOptions pool;
   std::uint32_t limit = 0;  // seconds on the wall; 0: none
-  bool list = false;
+  bool list = false, every = false;
   TestReports reports;
   fs::path findings;
 
@@ -113,7 +113,8 @@ class Sweep {
         good_(std::move(good)),
         alarm_(alarm),
         all_(sweep::all_deviations(steps_, good_)),
-        cases_(sweep::plan(all_, options.plan)),
+        fold_(good_, options.plan.seed),
+        cases_(sweep::plan(all_, options.every ? nullptr : &fold_, options.plan)),
         progress_(cases_.size()) {
     write_whole_file(good_file(), sweep::text_of(good_));
     for (const sweep::Case &one : cases_) {
@@ -276,11 +277,11 @@ class Sweep {
     std::array<char, 96> cost{};
     std::snprintf(cost.data(), cost.size(), ", %.0f s of CPU, %.0f ms each", processor_,
                   processor_ * 1000 / static_cast<double>(std::max<std::size_t>(played, 1)));
-    return options_.files.script.string() + ": " + std::to_string(points()) + " points, " +
-           std::to_string(all_.size()) + " deviations, " + std::to_string(results.size()) + " replays in " +
-           runner::time_text(time_) + cost.data() + ": " + std::to_string(count(results, runner::Verdict::kPassed)) +
-           " passed, " + std::to_string(wrong) + " failed, " +
-           std::to_string(count(results, runner::Verdict::kUnplayed)) + " unplayed.";
+    return options_.files.script.string() + ": " + std::to_string(points()) + " points of " +
+           std::to_string(fold_.classes()) + " kinds, " + std::to_string(all_.size()) + " deviations, " +
+           std::to_string(results.size()) + " replays in " + runner::time_text(time_) + cost.data() + ": " +
+           std::to_string(count(results, runner::Verdict::kPassed)) + " passed, " + std::to_string(wrong) +
+           " failed, " + std::to_string(count(results, runner::Verdict::kUnplayed)) + " unplayed.";
   }
 
   Json json(std::span<const runner::Result> results) const {
@@ -301,6 +302,7 @@ class Sweep {
     }
     return Json::Object{{"play", options_.files.script.string()},
                         {"points", points()},
+                        {"kinds_of_points", fold_.classes()},
                         {"deviations", all_.size()},
                         {"passed", count(results, runner::Verdict::kPassed)},
                         {"wrong", std::ranges::count_if(results, runner::is_wrong, &runner::Result::verdict)},
@@ -316,6 +318,7 @@ class Sweep {
   sweep::Good good_;
   int alarm_;
   std::vector<sweep::Deviation> all_;
+  sweep::Fold fold_;
   std::vector<sweep::Case> cases_;
   play::OwnFolder folder_;
   milliseconds time_{0};
@@ -389,6 +392,7 @@ std::vector<Word> words_of_sweep(SweepOptions &options) {
            .to = number(options.limit, 1, 1'000'000),
            .value = "SECONDS"},
           options.pool.width_word(),
+          {.name = "--every", .help = "At each point, not at some of each class of equal ones", .to = &options.every},
           {.name = "--list", .help = "Only print the deviations", .to = &options.list},
           {.name = "--findings",
            .help = "Keep there a play for each fault that is found;\nPLAY.findings without it",

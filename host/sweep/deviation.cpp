@@ -204,11 +204,12 @@ bool is_of_databases(const std::string &event) {
   return text.starts_with("lmainte_scdb_") || text.starts_with("lmainte_db_");
 }
 
-// One record of the trace is refused as another one of its event is.
-bool may_be_at(const DeviationRow &row, const PointRange &range, std::uint32_t number) {
-  if (range.kind != PointKind::kTrace) return true;
-  if (row.turn.way == Way::kRefused) return number == range.first;
-  return !is_of_databases(range.name);
+// The last point of a range at which it can be, from the first one on; none where that comes first. One record of the trace is refused
+// as another one of its event is.
+std::uint32_t last_for(const DeviationRow &row, const PointRange &range) {
+  if (range.kind != PointKind::kTrace) return range.last;
+  if (row.turn.way == Way::kRefused) return range.first;
+  return gets_signals(range.kind, range.name) ? range.last : 0;
 }
 
 std::vector<box::Turn> turns_of(const DeviationRow &row, const PointRange &range) {
@@ -221,9 +222,10 @@ std::vector<box::Turn> turns_of(const DeviationRow &row, const PointRange &range
 void add_at_points(const DeviationRow &row, const Good &good, std::vector<Deviation> &to) {
   for (const PointRange &range : good.points) {
     if (std::ranges::find(row.kinds, range.kind) == row.kinds.end()) continue;
-    for (std::uint32_t number = range.first; number <= range.last; ++number) {
-      if (!may_be_at(row, range, number)) continue;
-      for (const box::Turn &turn : turns_of(row, range)) {
+    const auto turns = turns_of(row, range);
+    const std::uint32_t last = last_for(row, range);
+    for (std::uint32_t number = range.first; number <= last; ++number) {
+      for (const box::Turn &turn : turns) {
         to.push_back({&row, range.command, box::Deviation{range.kind, range.name, number, turn, 0}, 0, {}});
       }
     }
@@ -315,6 +317,10 @@ std::vector<Deviation> all_deviations(const std::vector<play::Step> &steps, cons
     return starts_control_program(steps[good.commands[deviation.command].start]);
   });
   return all;
+}
+
+bool gets_signals(PointKind kind, const std::string &name) {
+  return kind == PointKind::kTrace ? !is_of_databases(name) : kind != PointKind::kProgram;
 }
 
 play::Step step_of(const Words &words) {

@@ -27,12 +27,20 @@ struct PointRange {
   std::size_t command = 0;
 };
 
+// A point, as a command came to it.
+struct Reached {
+  box::PointKind kind{};
+  std::string name;
+  std::size_t command = 0;
+};
+
 struct Good {
   std::vector<CommandEnd> commands;
   std::vector<PointRange> points;
+  std::vector<Reached> order;  // one after the other
 };
 
-// As a file, from which another process reads it. Throws script::Error.
+// As a file, from which another process reads it, without the order. Throws script::Error.
 std::string text_of(const Good &good);
 Good good_in(const std::string &text);
 

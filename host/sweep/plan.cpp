@@ -1,31 +1,16 @@
 #include "host/sweep/plan.h"
 
 #include <algorithm>
+#include <iterator>
 #include <sstream>
 #include <stdexcept>
 #include <utility>
 
 #include "host/base/number.h"
+#include "host/sweep/draw.h"
 
 namespace sweep {
 namespace {
-
-// The same numbers from the same seed on every machine (splitmix64).
-class Draw {
- public:
-  explicit Draw(std::uint64_t seed) : state_(seed) {}
-
-  // From 0 to one less than `most`.
-  std::size_t below(std::size_t most) {
-    std::uint64_t z = (state_ += 0x9E3779B97F4A7C15U);
-    z = (z ^ (z >> 30U)) * 0xBF58476D1CE4E5B9U;
-    z = (z ^ (z >> 27U)) * 0x94D049BB133111EBU;
-    return static_cast<std::size_t>((z ^ (z >> 31U)) % most);
-  }
-
- private:
-  std::uint64_t state_;
-};
 
 bool is_same_place(const Deviation &one, const Deviation &other) {
   return where(one) == where(other);
@@ -45,11 +30,14 @@ std::vector<Case> pairs(const std::vector<std::size_t> &wanted, const std::vecto
 
 }  // namespace
 
-std::vector<Case> plan(const std::vector<Deviation> &all, const PlanRules &rules) {
-  std::vector<std::size_t> wanted;
+std::vector<Case> plan(const std::vector<Deviation> &all, const Fold *fold, const PlanRules &rules) {
+  std::vector<std::size_t> named, wanted;
   for (std::size_t i = 0; i < all.size(); ++i) {
-    if (name_of(all[i]).find(rules.only) != std::string::npos) wanted.push_back(i);
+    if (name_of(all[i]).find(rules.only) != std::string::npos) named.push_back(i);
   }
+  std::ranges::copy_if(named, std::back_inserter(wanted),
+                       [&](std::size_t number) { return fold == nullptr || fold->takes(all[number]); });
+  if (wanted.empty()) wanted = std::move(named);  // somebody asks for these points and no others
   Draw draw(rules.seed);
   std::vector<Case> cases;
   if (rules.depth == 1) {

@@ -7,6 +7,7 @@
 
 #include "host/runner/selection.h"
 #include "host/sweep/deviation.h"
+#include "host/sweep/fold.h"
 
 namespace sweep {
 
@@ -21,8 +22,9 @@ struct PlanRules {
 // The numbers of the deviations that meet one replay.
 using Case = std::vector<std::size_t>;
 
-// In an order that the seed gives: the beginning of the cases is a sample of all.
-std::vector<Case> plan(const std::vector<Deviation> &all, const PlanRules &rules);
+// In an order that the seed gives: the beginning of the cases is a sample of all. Without a fold, each point stands for itself; so do
+// those that are named where the fold tries none of them.
+std::vector<Case> plan(const std::vector<Deviation> &all, const Fold *fold, const PlanRules &rules);
 
 std::string name_of(const Case &one,
                     const std::vector<Deviation> &all);         // "program ctlled 2: exit 206 and log 1: refused"

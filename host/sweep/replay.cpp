@@ -145,6 +145,8 @@ class Replay {
       if (step.row->verb == "in_order") stage_.patience = std::min(patience, kDyingTime);
       if (step.row->verb == "type" || changes_units(step)) remember_what_was_said(step);
       step.row->perform(stage_, with_taken);
+      // A command that ended meanwhile may have said what was true before.
+      if (changes_units(step) && !runs()) remember_what_was_said(step);
       if (step.row->verb == "in_order") stage_.patience = patience;
       keep_line(with_taken);
       is_end_kept_ = is_end_kept_ || ends_command(step);
@@ -156,6 +158,8 @@ class Replay {
       return base::told(wrong);
     }
   }
+
+  bool runs() { return stage_.op().has_terminal() && stage_.op().terminal().runs(); }
 
   void remember_what_was_said(const Step &step) {
     if (!stage_.op().has_terminal()) return;
@@ -185,6 +189,7 @@ class Replay {
 
   void set_points() {
     const auto place = house_.box.place();
+    if (good_ == nullptr) return box::order_points(place);
     box::count_points(place);
     for (const Deviation &deviation : deviations_) {
       if (!deviation.point) continue;
@@ -273,6 +278,10 @@ class Replay {
         if (known.kind == count.kind && known.name == count.name) last = known.last;
       }
       if (count.count > last) found_.points.push_back({count.kind, count.name, last + 1, count.count, command_});
+    }
+    for (std::size_t i = found_.order.size(); i < points->order.size(); ++i) {
+      const box::PointCount &at = points->counts.at(points->order[i]);
+      found_.order.push_back({at.kind, at.name, command_});
     }
   }
 

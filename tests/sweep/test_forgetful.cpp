@@ -36,8 +36,8 @@ class Sweep : public testing::Test {
  protected:
   Done sweep(const std::string &forgets, const std::string &deviation) const {
     return run_to_end({"/usr/bin/env", "-C", scratch_.path(), std::string("PATH=") + COMMANDS + ":/usr/bin:/bin",
-                       "ASAN_OPTIONS=handle_segv=0", SPBOX, "sweep", PLAY, "forgets=" + forgets, "--only", deviation,
-                       "--findings", "found"});
+                       "ASAN_OPTIONS=handle_segv=0", SPBOX, "sweep", PLAY, "forgets=" + forgets, "--every", "--only",
+                       deviation, "--findings", "found"});
   }
 
   Scratch scratch_;

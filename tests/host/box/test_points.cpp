@@ -62,6 +62,31 @@ TEST_F(PointsTest, AreCountedByKindAndNameInAllProcesses) {
   EXPECT_FALSE(box::points_of(place_));
 }
 
+TEST_F(PointsTest, KeepTheirOrderWhereSomebodyAsksForIt) {
+  const auto names = [&] {
+    const box::Points points = box::points_of(place_).value();
+    std::string text;
+    for (const std::uint32_t at : points.order) text += points.counts.at(at).name;
+    return text;
+  };
+  const auto reach = [&](const std::vector<const char *> &wanted) {
+    box::PointCounter points;
+    points.map(place_.points().c_str());
+    for (const char *name : wanted) points.reach(PointKind::kRead, name);
+    return 0;
+  };
+  box::order_points(place_);
+  reach({"b", "a"});
+  EXPECT_EQ(in_child([&] { return reach({"b", "c"}); }), 0);
+  EXPECT_EQ(names(), "babc");
+  deviate(PointKind::kRead, "a", 2, {Way::kShort, 0});
+  EXPECT_EQ(names(), "babc") << "with deviations, too";
+  box::count_points(place_);
+  reach({"b"});
+  EXPECT_EQ(names(), "b") << "counted anew, and still in order";
+  EXPECT_EQ(count(PointKind::kRead, "b"), 1u);
+}
+
 TEST_F(PointsTest, DeviateOnceAtTheirNumberAndNowhereElse) {
   deviate(PointKind::kRead, "a", 2, {Way::kMissing, 0});
   deviate(PointKind::kProgram, "a", 1, {Way::kExit, 205});

@@ -12,7 +12,7 @@ class Plan : public testing::Test {
  protected:
   std::set<std::string> names(const sweep::PlanRules &rules) const {
     std::set<std::string> all;
-    for (const auto &one : sweep::plan(all_, rules)) all.insert(sweep::name_of(one, all_));
+    for (const auto &one : sweep::plan(all_, nullptr, rules)) all.insert(sweep::name_of(one, all_));
     return all;
   }
 
@@ -21,11 +21,11 @@ class Plan : public testing::Test {
 };
 
 TEST_F(Plan, HasEachDeviationOnceInAnOrderOfItsSeed) {
-  const auto first = sweep::plan(all_, {});
+  const auto first = sweep::plan(all_, nullptr, {});
   EXPECT_EQ(first.size(), all_.size());
   EXPECT_EQ(names({}).size(), all_.size());
-  EXPECT_EQ(first, sweep::plan(all_, {}));
-  EXPECT_NE(first, sweep::plan(all_, {.seed = 2}));
+  EXPECT_EQ(first, sweep::plan(all_, nullptr, {}));
+  EXPECT_NE(first, sweep::plan(all_, nullptr, {.seed = 2}));
 }
 
 TEST_F(Plan, HasOnlyThoseThatAreNamed) {
@@ -50,9 +50,9 @@ TEST_F(Plan, IsDividedIntoShares) {
 }
 
 TEST_F(Plan, DrawsPairsBySeed) {
-  const auto pairs = sweep::plan(all_, {.depth = 2, .draws = 50, .seed = 7});
-  EXPECT_EQ(pairs, sweep::plan(all_, {.depth = 2, .draws = 50, .seed = 7}));
-  EXPECT_NE(pairs, sweep::plan(all_, {.depth = 2, .draws = 50, .seed = 8}));
+  const auto pairs = sweep::plan(all_, nullptr, {.depth = 2, .draws = 50, .seed = 7});
+  EXPECT_EQ(pairs, sweep::plan(all_, nullptr, {.depth = 2, .draws = 50, .seed = 7}));
+  EXPECT_NE(pairs, sweep::plan(all_, nullptr, {.depth = 2, .draws = 50, .seed = 8}));
   EXPECT_EQ(pairs.size(), 50U);
   for (const auto &pair : pairs) {
     ASSERT_EQ(pair.size(), 2U);

@@ -83,7 +83,7 @@ TEST_F(SweepVerb, PassesTheShippedProcedureWhereItsFirstProgramFails) {
   const Done done = spbox({"sweep", "good.play", "--only", "program ctlled"});
   EXPECT_EQ(done.exit_status, 0) << done.output;
   EXPECT_TRUE(says(done, "program         exit            8        8\n")) << done.output;
-  const Done killed = spbox({"sweep", "good.play", "--only", "trace lmainte_detach_fru ended"});
+  const Done killed = spbox({"sweep", "good.play", "--every", "--only", "trace lmainte_detach_fru ended"});
   EXPECT_EQ(killed.exit_status, 0) << killed.output;
   EXPECT_TRUE(says(killed, "trace           KILL            1        1\n")) << killed.output;
   EXPECT_TRUE(is_clear());
