@@ -8,7 +8,12 @@
 #include <sys/syscall.h>
 #include <unistd.h>
 
-enum { FIRST_SLICE = 50000, LONGEST_SLICE = 2000000, LONGEST_SLICE_BY_SPEED = 10000000 };
+enum {
+  FIRST_SLICE = 50000,
+  LONGEST_SLICE = 2000000,
+  LONGEST_SLICE_BY_SPEED = 10000000,
+  LONGEST_SLICE_UNKEPT = 100000000
+};
 
 static box_time_page *g_page;
 static int g_is_looked_for;
@@ -75,10 +80,11 @@ bool inside_origin(const box_time_page *page, clockid_t clock, int64_t *origin) 
   }
 }
 
+/* Never where no clock could tell the moment. */
 int64_t inside_deadline(const box_time_page *page, int64_t length) {
   int64_t deadline = 0;
   const bool is_too_long = __builtin_add_overflow(inside_now(page), length, &deadline);
-  return is_too_long ? BOX_TIME_NEVER : deadline;
+  return is_too_long || deadline > BOX_TIME_NEVER - page->began_realtime ? BOX_TIME_NEVER : deadline;
 }
 
 uint64_t inside_turn(box_time_page *page, int64_t *deadline) {
@@ -164,16 +170,26 @@ static int64_t shorter(int64_t one, int64_t other) {
   return one < other ? one : other;
 }
 
-/* At full speed, the time may come at any moment. Where all rows are taken, nobody knows of this wait: it takes its time on the
-   wall. */
+static bool is_kept(const box_time_page *page) {
+  const uint32_t keeper = __atomic_load_n(&page->keeper, __ATOMIC_ACQUIRE);
+  const int64_t silence = inside_wall() - __atomic_load_n(&page->looked, __ATOMIC_ACQUIRE);
+  return keeper != 0 && (silence < BOX_TIME_SILENCE || !box_time_is_gone(keeper));
+}
+
+static int64_t longest_slice(const inside_wait *wait) {
+  const int64_t speed = wait->page->speed;
+  if (!is_kept(wait->page)) return shorter(LONGEST_SLICE_UNKEPT, inside_left(wait));
+  return speed == 0 ? LONGEST_SLICE : shorter(LONGEST_SLICE_BY_SPEED, inside_left(wait) / speed + FIRST_SLICE);
+}
+
+/* At full speed, the time may come at any moment. Where nobody keeps the time, it comes when the wall has it, and the next keeper is
+   looked for now and then. Where all rows are taken, nobody knows of this wait: it takes its time on the wall. */
 int64_t inside_next_slice(inside_wait *wait) {
   if (wait->row != NULL) stay(wait);
   if (wait->row == NULL) return inside_left(wait);
-  const int64_t slice = wait->slice, speed = wait->page->speed;
-  const int64_t longest =
-      speed == 0 ? LONGEST_SLICE : shorter(LONGEST_SLICE_BY_SPEED, inside_left(wait) / speed + FIRST_SLICE);
-  wait->slice = shorter(2 * slice, LONGEST_SLICE_BY_SPEED);
-  return shorter(slice, longest);
+  const int64_t slice = shorter(wait->slice, longest_slice(wait));
+  wait->slice = shorter(2 * slice, LONGEST_SLICE_UNKEPT);
+  return slice;
 }
 
 void inside_end(const inside_wait *wait) {

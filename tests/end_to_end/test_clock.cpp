@@ -1,6 +1,8 @@
 // The time of a box: `spbox run --speed`, with real programs.
+#include <csignal>
 #include <fstream>
 #include <sstream>
+#include <thread>
 
 #include "host/box/place.h"
 #include "host/clock/guest.h"
@@ -60,6 +62,30 @@ TEST_F(Clock, IsThatOfAllWhoWorkOnTheBox) {
   EXPECT_NE(technician.output.find(" 600.0 s  pull /PSU#0"), std::string::npos) << technician.output;
   std::ofstream(box() / "tmp/go") << "go";
   EXPECT_EQ(command.wait(end_to_end::kLater), 0);
+}
+
+// What stays behind its keeper sleeps, and does not look for the time again and again.
+TEST_F(Clock, CostsNothingWhereItsKeeperHasLeft) {
+  const auto done = run_to_end(at_speed(
+      "full",
+      {"sh", "-c", "setsid sh -c 'echo $$ >/tmp/sleeper; exec sleep 50000' >/dev/null 2>&1 </dev/null & sleep 1"}));
+  ASSERT_EQ(done.exit_status, 0) << done.output;
+  pid_t sleeper = 0;
+  ASSERT_TRUE(std::ifstream(box() / "tmp/sleeper") >> sleeper);
+  const auto wakings = [&] {
+    std::ifstream status("/proc/" + std::to_string(sleeper) + "/status");
+    long count = -1;
+    for (std::string word; status >> word;) {
+      if (word == "voluntary_ctxt_switches:") status >> count;
+    }
+    return count;
+  };
+  const long before = wakings();
+  std::this_thread::sleep_for(std::chrono::milliseconds(500));
+  const long after = wakings();
+  kill(sleeper, SIGKILL);
+  EXPECT_GE(before, 0);
+  EXPECT_LE(after - before, 25);
 }
 
 TEST_F(Clock, IsNotKeptWhereNobodyAsksForIt) {
