@@ -32,6 +32,7 @@
  * - It stands on lmainte.h and on the platform of lmainte_platform.h, and needs nothing else but the C library.
  * - One thread, and one procedure in a process. From the session's begin to its end SIGINT, SIGQUIT, SIGTERM, SIGHUP,
  *   SIGALRM and SIGCHLD belong to this library; then they are as they were.
+ * - No argument is null.
  * - Texts are copied, or are read only during the call. Records belong to the library.
  * - What the operator reads is in lines of 80 columns. A name from the hardware is shown, never obeyed by the terminal.
  * - Texts for the operator are looked up in the message catalogue "lmainte_procedure", and are English without it.

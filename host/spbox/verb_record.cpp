@@ -3,14 +3,17 @@
 
 #include <cstdlib>
 #include <memory>
+#include <set>
 #include <system_error>
 
+#include "host/base/shown.h"
 #include "host/box/advice.h"
 #include "host/box/confinement.h"
 #include "host/box/contents.h"
 #include "host/clock/hours.h"
 #include "host/include/lmainte_host.h"
 #include "host/play/interrupts.h"
+#include "host/play/leftovers.h"
 #include "host/play/own_folder.h"
 #include "host/recorder/beginning.h"
 #include "host/recorder/recording.h"
@@ -144,6 +147,16 @@ std::vector<play::Words> opening_of(const box::Place &place, const RecordOptions
   return std::move(beginning.steps);
 }
 
+// A dump has the server; what commands left in files is not in it.
+void tell_of_files(const box::Place &place) {
+  const std::set<fs::path> files = play::files_in_tmp(place);
+  if (files.empty()) return;
+  std::string names;
+  for (const fs::path &file : files) names += (names.empty() ? "/tmp/" : ", /tmp/") + base::shown(file.string());
+  print_line("The box has files that the play does not make: " + names + ".");
+  print_line("If the command looks at them, the play goes another way.");
+}
+
 int record(const RecordOptions &options) {
   const box::Place place(fs::absolute(options.box));
   box::check_is_box(box::Place(options.box));
@@ -155,6 +168,7 @@ int record(const RecordOptions &options) {
                           .start = as_in_play(options.command, options.file),
                           .opening = opening_of(place, options),
                           .log = [place] { return log_of(place, [](const LogLine &line) { return line.what; }); }};
+  tell_of_files(place);
   wanted.command.insert(wanted.command.end(), options.command.begin(), options.command.end());
   // NOLINTNEXTLINE(concurrency-mt-unsafe): there is one thread
   setenv(LMAINTE_HOST_RUN, "", 1);  // A command advises to type what a step `start` takes, as in the play.

@@ -237,6 +237,7 @@ TEST_F(Record, LosesNothingWhereItIsKilled) {
   EXPECT_EQ(author_.wait_for_exit(kSoon), (Ending{false, 0}));
   fs::remove(scratch_ / "by_hand.play");
   start({"true"});
+  sees("The box has files that the play does not make: /tmp/mainte_procedure.");
   ends();
 }
 
