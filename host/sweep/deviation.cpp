@@ -2,13 +2,13 @@
 
 #include <algorithm>
 #include <csignal>
-#include <map>
 
 #include "host/base/signal_name.h"
 #include "host/box/inventory_kinds.h"
 #include "host/box/model.h"
 #include "host/box/unit_name.h"
 #include "host/play/script_writer.h"
+#include "host/programs/exit_statuses.h"
 #include "host/trace_book/event_names.h"
 
 namespace sweep {
@@ -24,30 +24,15 @@ const std::vector<PointKind> kCalls{PointKind::kOpen,   PointKind::kLock,  Point
                                     PointKind::kLog,    PointKind::kName,  PointKind::kQuestion, PointKind::kMessage};
 const std::vector<PointKind> kQuestions{PointKind::kQuestion};
 
-// The exit statuses that the page of a program knows, and one that none knows.
 constexpr int kUnknownStatus = 77, kNotRun = 127;
-const std::map<std::string_view, std::vector<int>> kStatuses{
-    {"ctlmainte", {128, 200}},
-    {"ctlfan", {128, 219}},
-    {"judgectlfru", {128, 203, 232}},
-    {"testfru", {128, 208}},
-    {"detachfru", {128, 205}},
-    {"ctlled", {128, 206}},
-    {"setmainteflag", {128, 204}},
-    {"setupfru", {6, 136, 137}},
-    {"ioadm", {128}},
-    {"clearpci", {128, 220}},
-    {"vantamainte", {1}},
-    {"testsb", {3, 208}},
-    {"deleteboard", {6, 7, 128, 131, 132, 133, 136}},
-    {"chkfanspeed", {128, 225}},
-    {"linkboard", {128, 226}},
-};
 
+// The exit statuses of which a command has to know, and one that none knows. That its arguments make no sense a program with none of its
+// own says, too.
 std::vector<int> statuses_of(std::string_view program) {
-  const auto known = kStatuses.find(program);
-  std::vector<int> statuses = known == kStatuses.end() ? std::vector<int>{} : known->second;
-  statuses.insert(statuses.end(), {8, kUnknownStatus});
+  const auto own = programs::own_statuses_of(program);
+  std::vector<int> statuses(own.begin(), own.end());
+  if (own.empty()) statuses.push_back(programs::kUsage);
+  statuses.insert(statuses.end(), {programs::kFailed, kUnknownStatus});
   return statuses;
 }
 
