@@ -107,6 +107,12 @@ std::string joined(const Sentences &rows, std::size_t from = 0) {
   return text;
 }
 
+// A file's path for a shell, the same in each play: a number in it may be that of a process.
+std::string as_pattern(const std::string &file) {
+  const std::string pattern = std::regex_replace(file, std::regex("[^A-Za-z0-9._/-]"), "?");
+  return std::regex_replace(pattern, std::regex("[0-9]+"), "*");
+}
+
 class Judge {
  public:
   Judge(const Course &course, const Good &good) : course_(course), good_(good.commands.at(course.command)) {
@@ -176,8 +182,16 @@ class Judge {
     });
   }
 
+  // A command that begins behind one that was killed finds the other's files, and in_order holds none of them against it.
+  static std::vector<std::string> is_gone(const std::string &file) {
+    return {play::written_step({"start", "sh", "-c", "! ls " + as_pattern(file)}), "exit 0"};
+  }
+
   // All else that is left is named, and a play has to allow it.
   std::vector<std::string> in_order(const std::string &sentence) const {
+    static const std::regex kFile("^the file (/tmp/.+) is left$");
+    std::smatch file;
+    if (course_.was_killed && std::regex_search(sentence, file, kFile)) return is_gone(file[1]);
     static const std::regex kDetached(R"(^(\S+) is detached$)");
     std::string line = "in_order";
     for (const std::string &other : course_.end.left) {

@@ -52,6 +52,7 @@ TEST_P(SweepOfACommandThatForgets, NamesTheFaultAndWhereItShows) {
   const std::string named = std::string("failed  ") + row.deviation + "\n    " + row.fault;
   EXPECT_NE(wrong.output.find(named), std::string::npos) << wrong.output;
   EXPECT_FALSE(std::filesystem::is_empty(scratch_ / "found"));
+  EXPECT_EQ(wrong.output.find("did not fail"), std::string::npos) << wrong.output;
 }
 
 INSTANTIATE_TEST_SUITE_P(Sweep, SweepOfACommandThatForgets, testing::ValuesIn(kForgetful),

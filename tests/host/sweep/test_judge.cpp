@@ -141,6 +141,15 @@ TEST(Judge, LetsThePlayAllowWhatIsNamed) {
   EXPECT_EQ(faults[0].shown_by, (Lines{"patience 2", "in_order but /PSU#0"}));
 }
 
+TEST(Judge, LooksForAFileBehindACommandThatWasKilledItself) {
+  sweep::Course course = course_of(
+      {.what = "", .status = 1, .shown = {}, .left = {"the file /tmp/my list.21750 is left"}, .gave_up = true});
+  EXPECT_EQ(sweep::faults_of(course, good_play()).at(0).shown_by, (Lines{"patience 2", "in_order"}));
+  course.was_killed = true;
+  EXPECT_EQ(sweep::faults_of(course, good_play()).at(0).shown_by,
+            (Lines{"start sh -c \"! ls /tmp/my?list.*\"", "exit 0"}));
+}
+
 TEST(Judge, HoldsNoEntryAgainstWhatAUnitBecameLater) {
   sweep::Course course = course_of({.what = "", .status = 129, .logged = {"place left empty          /PSU#0"}});
   EXPECT_TRUE(faults_in(course).starts_with("the log says \"place left empty"));
