@@ -7,6 +7,7 @@
 #include <memory>
 
 #include "host/base/descriptor.h"
+#include "host/base/shown.h"
 #include "host/play/interrupts.h"
 #include "host/play/own_folder.h"
 #include "host/play/performance.h"
@@ -139,6 +140,13 @@ class Sweep {
     time_ = progress_.time();
     show_findings_again();
     if (has_killed) play::OwnFolder::remove_what_the_dead_left();
+  }
+
+  // Whether --only names a deviation. A shard may have none of those that it names.
+  bool has_named() const {
+    return std::ranges::any_of(all_, [this](const sweep::Deviation &deviation) {
+      return name_of(deviation).find(options_.plan.only) != std::string::npos;
+    });
   }
 
   void list() const {
@@ -334,6 +342,10 @@ int sweep_all(const SweepOptions &options, int alarm) {
   auto steps = steps_of(options);
   auto good = sweep::play_well(steps, rules_for(alarm));
   Sweep sweep(options, std::move(steps), std::move(good), alarm);
+  if (!sweep.has_named()) {
+    throw UsageError("no deviation of " + options.files.script.string() + " has \"" + base::shown(options.plan.only) +
+                     "\"" + " in its name. --list prints the names.");
+  }
   if (options.list) {
     sweep.list();
     return 0;

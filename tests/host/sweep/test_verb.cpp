@@ -92,6 +92,7 @@ TEST_F(SweepVerb, PassesTheShippedProcedureWhereItsFirstProgramFails) {
 TEST_F(SweepVerb, RefusesWhatItCannotSweep) {
   write("bad.play", "box qa\nstart sh -c \"exit 3\"\nexit 0\n");
   write("own.play", "box qa\nspbox points --count\nstart true\nexit 0\n");
+  write("good.play", "box qa\nstart true\nexit 0\n");
   write("two.play", "box qa\noperator anna\nstart true\nexit 0\n");
   struct Row {
     Words words;
@@ -106,6 +107,9 @@ TEST_F(SweepVerb, RefusesWhatItCannotSweep) {
       {{"sweep", "two.play"}, 2, "spbox: two.play:2: `operator anna`: a sweep follows one operator"},
       {{"sweep", "none.play"}, 2, "spbox: none.play: there is no such file"},
       {{"sweep", "bad.play", "--shard", "3/2"}, 2, "spbox: "},
+      {{"sweep", "good.play", "--only", "no\nsuch"},
+       2,
+       "spbox: no deviation of good.play has \"no\\x0asuch\" in its name. --list prints the names."},
       {{"sweep", "bad.play", "--good", "x"}, 2, "spbox: --good and --numbers belong together."},
   };
   for (const Row &row : rows) {
