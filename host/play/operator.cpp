@@ -60,6 +60,12 @@ terminal::Terminal &Operator::line() {
   return *terminal_;
 }
 
+void Operator::resize(terminal::Size size) {
+  line().screen();  // what came before was written for the size before
+  line().resize(size);
+  size_ = size;
+}
+
 void Operator::watch(milliseconds time) {
   at_terminal().watch(time);
 }

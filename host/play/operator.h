@@ -26,6 +26,9 @@ class Operator {
   void take_terminal(terminal::Size size);
   terminal::Size size() const { return size_; }
 
+  // Gives the window of the terminal this size: the command learns it. Throws where there is none, or the line is cut.
+  void resize(terminal::Size size);
+
   // Starts a command, by the words with which a box runs it. Throws while one runs.
   void start(const box::Place &place, const std::vector<std::string> &command, bool others_work = false);
 

@@ -38,6 +38,13 @@ void take_terminal(Stage &stage, const Step &step) {
   stage.op().take_terminal(size_in(step.words));
 }
 
+void resize(Stage &stage, const Step &step) {
+  const terminal::Size size = size_in(step.words);
+  stage.op().resize(size);
+  stage.narrator.happens(stage.operators.subject() + "'s window has " + std::to_string(size.rows) + " rows of " +
+                         std::to_string(size.columns) + " columns now.");
+}
+
 void check_operator(const Words &words) {
   for (const std::string &name : words) {
     const auto is_plain = [](char c) {
@@ -52,7 +59,7 @@ void turn_to_operator(Stage &stage, const Step &step) {
   stage.operators.turn_to(step.words.empty() ? "" : step.words[0]);
 }
 
-constexpr std::array<StepRow, 4> kStepsThatSetUp{{
+constexpr std::array<StepRow, 5> kStepsThatSetUp{{
     {{"box", 1, 2, "box MODEL [DUMP]",
       "a new, healthy box of this model, or the one that\nwas dumped into DUMP, relative to this script"},
      check_model,
@@ -62,6 +69,10 @@ constexpr std::array<StepRow, 4> kStepsThatSetUp{{
      check_size,
      take_terminal,
      {.takes_terminal = true}},
+    {{"resize", 2, 2, "resize ROWS COLUMNS", "the window changes its size, while a command runs,\ntoo"},
+     check_size,
+     resize,
+     {.needs_command = true}},
     {{"operator", 0, 1, "operator [NAME]",
       "the next steps are of this operator, who has a\nterminal of their own; without NAME, of the\nfirst one"},
      check_operator,

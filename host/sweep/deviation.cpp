@@ -67,6 +67,13 @@ Instead line_is_cut(const Occasion & /*occasion*/) {
   return {{{"hangup"}}};
 }
 
+// While the command waits for the answer.
+Instead changes_window(const Occasion &occasion) {
+  Words as_before = occasion.words;
+  as_before.insert(as_before.begin(), "type");
+  return {{{"resize", "30", "100"}, {"pause", "1"}, as_before}};
+}
+
 // They stop the command, and go on with it a while later.
 Instead stops_and_goes_on(const Occasion &occasion) {
   Words as_before = occasion.words;
@@ -172,6 +179,7 @@ const std::vector<DeviationRow> kRows{
      .what = "the operator stops the command, and goes on",
      .at = At::kAnswer,
      .instead = stops_and_goes_on},
+    {.word = "resized", .what = "the operator's window changes its size", .at = At::kAnswer, .instead = changes_window},
     {.word = "never", .what = "the unit is not pulled out", .at = At::kPull, .instead = never_comes},
     {.word = "flickers", .what = "the unit is out, in, out, in and out", .at = At::kPull, .instead = flickers},
     {.word = "back", .what = "the unit is in again a moment later", .at = At::kPull, .instead = comes_back},

@@ -14,7 +14,8 @@ struct PlanRow {
 
 constexpr PlanRow kPlans[] = {
     {"a step must be known", "jump high",
-     "there is no step \"jump\"; there are box, terminal, operator, play, start, wait, absent, take, type, screen, "
+     "there is no step \"jump\"; there are box, terminal, resize, operator, play, start, wait, absent, take, type, "
+     "screen, "
      "exit, dies, "
      "signal, hangup, hands, handsdone, spbox, says, takesaid, in_order, patience, pause and say"},
     {"a step without its words", "wait", "write it as: wait [like] \"text\""},
@@ -29,6 +30,7 @@ constexpr PlanRow kPlans[] = {
     {"a step with one word too many", "hangup now", "write it as: hangup"},
     {"an unknown model", "box qz", "there is no model \"qz\"; the models are qa, qb1, qb2, qe1, qe2 or qe3"},
     {"a terminal without a row", "terminal 0 80", "a terminal has at least one row and two columns"},
+    {"a window without a row", "resize 0 80", "a terminal has at least one row and two columns"},
     {"a terminal of one column", "terminal 24 1", "a terminal has at least one row and two columns"},
     {"and a size that a person could see", "terminal 24 8000",
      "\"8000\" is not a number of columns: a number from 0 to 500"},
@@ -65,14 +67,15 @@ TEST_F(PlanTest, TellsWhatIsWrongWithAStep) {
 
 TEST_F(PlanTest, TakesEveryStepAsItsHelpWritesIt) {
   const auto steps = read(
-      "box qe2\nterminal 50 132\nstart ls -l\nwait \"text\"\nabsent \"text\"\ntype \"3\\n\"\nscreen \"caption\"\nexit "
+      "box qe2\nterminal 50 132\nstart ls -l\nresize 20 80\nwait \"text\"\nabsent \"text\"\ntype \"3\\n\"\nscreen "
+      "\"caption\"\nexit "
       "255\n"
       "dies SIGHUP\nsignal SIGINT\nsignal 9\n"
       "hangup\nhands \"pull /PSU#3\"\nhandsdone\nspbox pull /PSU#3\nsays \"x\"\nsays not \"x\"\nin_order\n"
       "in_order but /PSU#3 /PSU#4\npatience 0.5\npause 0\nsay \"text\"\n"
       "wait like \"t.xt\"\nabsent like \"t.xt\"\ntake A \"([0-9]+)\"\nsays like \"x\"\nsays not like \"x\"\n"
       "takesaid A \"([0-9]+)\"\noperator\noperator anna\n# and that is all\n");
-  EXPECT_EQ(steps.size(), 30U);
+  EXPECT_EQ(steps.size(), 31U);
 }
 
 TEST_F(PlanTest, ReadsAllBeforeAnythingIsPlayed) {
@@ -178,7 +181,7 @@ TEST_F(PlanTest, APlayHasOneBox) {
 TEST_F(PlanTest, ChecksThatAStepHasWhatItNeeds) {
   constexpr const char *kNoCommand = "`: no command was started on the terminal";
   for (const char *step : {"wait \"x\"", "absent \"x\"", "type \"x\"", "screen \"x\"", "exit 0", "dies 1", "signal INT",
-                           "hangup", "in_order"}) {
+                           "hangup", "resize 24 80", "in_order"}) {
     const std::string line = step + std::string("\n");
     EXPECT_EQ(wrong_with("say \"on\"\n" + line), std::string("walk.play:2: `") + step + kNoCommand);
     EXPECT_EQ(wrong_with("start true\nexit 0\nterminal 24 80\n" + line),

@@ -161,6 +161,14 @@ TEST_F(PlayerTest, GivesTheNextCommandATerminalOfThisSize) {
             "walk.play:2: `terminal 50 132`: a command runs on the terminal: wait for its end first");
 }
 
+TEST_F(PlayerTest, ChangesTheSizeOfTheWindowOfACommandThatRuns) {
+  const std::string hears =
+      "start sh -c \"trap 'stty size' WINCH; echo up; while :; do sleep 0.05; done\"\nwait \"up\"\nresize 20 100\n";
+  EXPECT_EQ(reason_of(hears + "wait \"20 100\"\ntype \"\\003\"\ndies INT\nstart stty size\nwait \"20 100\"\nexit 0\n"),
+            "no error");
+  EXPECT_EQ(reason_of(hears + "hangup\nresize 24 80\n"), "walk.play:5: `resize 24 80`: the operator's line was cut");
+}
+
 TEST_F(PlayerTest, CutsTheLine) {
   const std::string hears =
       "start sh -c \"trap 'exit 3' HUP; echo up; while :; do sleep 0.05; done\"\nwait \"up\"\nhangup\n";

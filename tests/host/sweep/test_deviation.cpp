@@ -62,6 +62,7 @@ TEST_F(Deviations, AreWrittenAsStepsOfAPlay) {
   EXPECT_EQ(sweep::lines_of(named("answer at step 4: nonsense")),
             (Lines{"type \"nonsense\\n\"", "pause 1", "type \"1\\n\""}));
   EXPECT_EQ(sweep::lines_of(named("answer at step 7: cut")), Lines{"hangup"});
+  EXPECT_EQ(sweep::lines_of(named("answer at step 7: resized")), (Lines{"resize 30 100", "pause 1", "type \"1\\n\""}));
   EXPECT_EQ(sweep::lines_of(named("pull at step 5: never")), Lines{});
   EXPECT_EQ(sweep::lines_of(named("pull at step 5: another")), Lines{"spbox pull /PSU#1"});
   EXPECT_EQ(sweep::lines_of(named("insert at step 6: vanishes")),
