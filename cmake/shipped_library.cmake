@@ -20,6 +20,15 @@ function(shipped_library name)
   # stack (-fstack-protector-strong) would make the library larger by a twentieth, and guard objects that nothing can overrun.
   target_compile_options(${name}_objects PRIVATE -fstack-protector
       $<$<NOT:$<CONFIG:Debug>>:-U_FORTIFY_SOURCE;-D_FORTIFY_SOURCE=2>)
+  # The same sources make the same files, whichever folder they lie in. What counts lines needs to know where they lie.
+  set(placeless)
+  if(NOT LMAINTE_COVERAGE)
+    set(placeless -ffile-prefix-map=${PROJECT_SOURCE_DIR}=.)
+  endif()
+  target_compile_options(${name}_objects PRIVATE ${placeless})
+  foreach(source IN LISTS ship_SOURCES)
+    set_source_files_properties(${source} PROPERTIES COMPILE_OPTIONS -frandom-seed=${name}/${source})
+  endforeach()
   if(LMAINTE_FOR_SIZE)
     # The shared library is optimised as a whole; the objects are whole without that, too, for the static library. Small
     # position-independent code is enough for it. No exception comes through the library, so nobody unwinds it.
@@ -34,7 +43,7 @@ function(shipped_library name)
   target_link_options(${name} PRIVATE LINKER:--version-script=${names},-z,relro,-z,now,-z,noexecstack,-z,text,--fatal-warnings)
   if(LMAINTE_FOR_SIZE)
     # Its functions call each other directly; its variables stay one with those of a command that has copies of them.
-    target_link_options(${name} PRIVATE ${for_size} LINKER:-Bsymbolic-functions)
+    target_link_options(${name} PRIVATE ${for_size} ${placeless} LINKER:-Bsymbolic-functions)
   endif()
   # On a 32-bit PowerPC with glibc, it runs with C libraries that are older than the one it is built with.
   if(CMAKE_SYSTEM_PROCESSOR STREQUAL "ppc")
@@ -42,16 +51,20 @@ function(shipped_library name)
     check_symbol_exists(__GLIBC__ features.h LMAINTE_HAS_GLIBC)
     if(LMAINTE_HAS_GLIBC)
       target_sources(${name} PRIVATE ${PROJECT_SOURCE_DIR}/cmake/stat_of_old_libraries.c)
+      target_compile_options(${name} PRIVATE ${placeless})
       target_link_options(${name} PRIVATE LINKER:--wrap=stat)
     endif()
   endif()
   set_target_properties(${name} PROPERTIES
       VERSION ${PROJECT_VERSION} SOVERSION ${PROJECT_VERSION_MAJOR} LINKER_LANGUAGE C LINK_DEPENDS ${names}
-      LIBRARY_OUTPUT_DIRECTORY ${PROJECT_BINARY_DIR})
+      LIBRARY_OUTPUT_DIRECTORY ${PROJECT_BINARY_DIR} BUILD_RPATH_USE_ORIGIN ON)
 
   add_library(${name}_static STATIC $<TARGET_OBJECTS:${name}_objects>)
   if(LMAINTE_FOR_SIZE)
-    target_link_options(${name}_static INTERFACE $<BUILD_INTERFACE:-fno-lto>)  # what the tests of it need not wait for
+    # What is there for the optimisation as a whole alone: other compilers cannot read it.
+    add_custom_command(TARGET ${name}_static POST_BUILD
+        COMMAND ${CMAKE_OBJCOPY} --enable-deterministic-archives --wildcard --remove-section=.gnu.lto_*
+            --remove-section=.gnu.debuglto_* --strip-symbol=__gnu_lto_slim $<TARGET_FILE:${name}_static> VERBATIM)
   endif()
   set_target_properties(${name}_static PROPERTIES OUTPUT_NAME ${name} ARCHIVE_OUTPUT_DIRECTORY ${PROJECT_BINARY_DIR})
 
