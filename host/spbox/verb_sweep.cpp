@@ -63,6 +63,11 @@ sweep::ReplayRules rules_for(int alarm) {
           [](const box::Place &place) { return log_of(place, sentence_of); }};
 }
 
+fs::path findings_folder(const SweepOptions &options) {
+  if (!options.findings.empty()) return options.findings;
+  return options.files.script.stem().string() + ".findings";
+}
+
 std::vector<play::Step> steps_of(const SweepOptions &options) {
   auto steps = play::prepare(options.files, options.values, verbs_that_work_on_box());
   for (const play::Step &step : steps) {
@@ -103,7 +108,8 @@ struct Finding {
   std::string fault;  // "exit: maintenance mode is on, ..."
   fs::path play;
   std::size_t replays = 1;
-  bool is_shown = false;  // the play failed once more
+  bool is_shown = false;       // the play failed once more
+  std::string unwritten = {};  // why it is in no file
 };
 
 class Sweep {
@@ -221,15 +227,16 @@ class Sweep {
       ++known->replays;
       return;
     }
-    const fs::path folder =
-        options_.findings.empty() ? fs::path(options_.files.script.stem().string() + ".findings") : options_.findings;
-    fs::create_directories(folder);
-    const fs::path file =
-        folder / (std::to_string(findings_.size() + 1) + "_" + plain(tried.kind + "_" + tried.deviation) + ".play");
-    write_whole_file(
-        file, sweep::finding_of("A sweep of " + options_.files.script.filename().string() + ": " + name + ".", outcome,
-                                fault));
+    const fs::path file = findings_folder(options_) / (std::to_string(findings_.size() + 1) + "_" +
+                                                       plain(tried.kind + "_" + tried.deviation) + ".play");
     findings_.push_back({key, file});
+    const std::string title = "A sweep of " + options_.files.script.filename().string() + ": " + name + ".";
+    try {
+      fs::create_directories(file.parent_path());
+      write_whole_file(file, sweep::finding_of(title, outcome, fault));
+    } catch (const std::system_error &error) {
+      findings_.back().unwritten = error.code().message();
+    }
   }
 
   static std::string plain(std::string name) {
@@ -240,7 +247,10 @@ class Sweep {
 
   void show_findings_again() {
     std::vector<runner::Job> jobs;
-    for (const Finding &finding : findings_) {
+    std::vector<Finding *> written;
+    for (Finding &finding : findings_) {
+      if (!finding.unwritten.empty()) continue;
+      written.push_back(&finding);
       jobs.push_back({finding.play.string(),
                       {this_program(), "play", "--speed", "full", "--account-fd", "3", "--", finding.play.string()}});
     }
@@ -248,7 +258,7 @@ class Sweep {
                      {.begins = [](std::size_t) {},
                       .ends =
                           [&](std::size_t job, const runner::JobEnding &ending) {
-                            findings_[job].is_shown =
+                            written[job]->is_shown =
                                 runner::judge(ending, kLongestReplay).verdict == runner::Verdict::kFailed;
                           },
                       .second_passes = [] {}});
@@ -261,7 +271,10 @@ class Sweep {
     for (const Finding &finding : findings_) {
       print_line(finding.play.string() + "  (" + std::to_string(finding.replays) + " of the replays)");
       print_line("    " + finding.fault);
-      if (!finding.is_shown) print_line("    Played alone, this play did not fail.");
+      if (!finding.unwritten.empty()) {
+        print_line("    This play could not be written: " + finding.unwritten + ".");
+      } else if (!finding.is_shown)
+        print_line("    Played alone, this play did not fail.");
     }
   }
 
@@ -356,6 +369,10 @@ int sweep_all(const SweepOptions &options, int alarm) {
 
 int sweep_play(const SweepOptions &options) {
   check_reports(options.reports);
+  const fs::path folder = findings_folder(options);
+  if (fs::exists(folder) && !fs::is_directory(folder)) {
+    throw UsageError(base::shown(folder.string()) + " is no folder, so no finding can be written. Nothing was played.");
+  }
   const play::Interrupts interrupts;
   int status = kFailure;
   try {
@@ -371,6 +388,7 @@ void judge_sweep_words(SweepOptions &options) {
   } catch (const std::invalid_argument &wrong) {
     throw UsageError(wrong.what() + std::string("."));
   }
+  if (options.files.script == "-") throw UsageError("a sweep reads its play for each replay: it has to be a file.");
   options.pool.check();
   options.plan.shard = options.pool.shard();
   if (options.good.empty() != options.numbers.empty()) throw UsageError("--good and --numbers belong together.");

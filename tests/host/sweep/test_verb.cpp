@@ -66,6 +66,12 @@ TEST_F(SweepVerb, FindsACommandThatDoesNotLookAndWritesAPlayThatShowsIt) {
   EXPECT_NE(text_of("report.xml").find("<failure message=\"the LED of /PSU#0 blinks"), std::string::npos);
   EXPECT_NE(text_of("report.json").find("\"fails_alone\": true"), std::string::npos) << text_of("report.json");
 
+  const Done lost = spbox({"sweep", "forgets.play", "--only", "program ctlled 2: exit 206", "--findings",
+                           "forgets.play/findings", "--json", "report.json"});
+  EXPECT_EQ(lost.exit_status, 1) << lost.output;
+  EXPECT_TRUE(says(lost, "    This play could not be written: Not a directory.\n")) << lost.output;
+  EXPECT_TRUE(says(lost, ": 0 passed, 1 failed, 0 unplayed.\n")) << lost.output;
+
   std::string mended = kForgets;
   mended.replace(mended.find("-c off\n"), 7,
                  "-c off || { echo \"The LED of /PSU#0 may still blink, so switch it off.\"; exit 1; }\n");
@@ -107,6 +113,10 @@ TEST_F(SweepVerb, RefusesWhatItCannotSweep) {
       {{"sweep", "two.play"}, 2, "spbox: two.play:2: `operator anna`: a sweep follows one operator"},
       {{"sweep", "none.play"}, 2, "spbox: none.play: there is no such file"},
       {{"sweep", "bad.play", "--shard", "3/2"}, 2, "spbox: "},
+      {{"sweep", "-"}, 2, "spbox: a sweep reads its play for each replay: it has to be a file."},
+      {{"sweep", "good.play", "--findings", "bad.play"},
+       2,
+       "spbox: bad.play is no folder, so no finding can be written. Nothing was played."},
       {{"sweep", "good.play", "--only", "no\nsuch"},
        2,
        "spbox: no deviation of good.play has \"no\\x0asuch\" in its name. --list prints the names."},
