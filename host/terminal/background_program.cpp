@@ -125,7 +125,9 @@ std::string BackgroundProgram::output() const {
   std::array<char, 4096> bytes{};
   for (;;) {
     const auto length = pread(output_.get(), bytes.data(), bytes.size(), static_cast<off_t>(text.size()));
-    if (length <= 0) return text;
+    if (length < 0 && errno == EINTR) continue;
+    if (length < 0) throw std::system_error(errno, std::generic_category(), "what a program said cannot be read");
+    if (length == 0) return text;
     text.append(bytes.data(), static_cast<std::size_t>(length));
   }
 }

@@ -31,7 +31,8 @@ class BackgroundProgram {
   // Whether the program wrote a byte to descriptor 3 before it closed it or ended; nothing when it did neither in time.
   std::optional<bool> wait_until_ready(std::chrono::milliseconds patience);
 
-  std::string output() const;  // standard output and standard error until now, in the order in which they came
+  // Standard output and standard error until now, in the order in which they came. Throws std::system_error.
+  std::string output() const;
   void kill();
   pid_t pid() const { return pid_; }
 
