@@ -1,9 +1,12 @@
 #include <algorithm>
 #include <memory>
+#include <set>
 
 #include "host/base/signal_name.h"
 #include "host/box/advice.h"
+#include "host/box/call_ring.h"
 #include "host/box/contents.h"
+#include "host/box/inhabitants.h"
 #include "host/box/program_list.h"
 #include "host/spbox/bent_text.h"
 #include "host/spbox/json.h"
@@ -20,6 +23,7 @@ struct ProgramOptions {
   box::Bend bend;
   std::string die;
   bool reset = false, as_json = false;
+  std::set<pid_t> inside;  // who is in the box: a last run may still be going on
 };
 
 }  // namespace
@@ -37,20 +41,32 @@ std::string bend_text(const box::Bend &bend) {
 
 namespace {
 
-std::string run_text(const std::optional<box::Run> &run) {
+// Whether the process of a last run is there still, and for how many seconds it has been.
+std::optional<std::int64_t> seconds_of(const box::Run &run, const std::set<pid_t> &inside) {
+  if (run.status || !inside.contains(run.pid)) return std::nullopt;
+  return std::max<std::int64_t>(box::call_time() - run.time_ns, 0) / 1'000'000'000;
+}
+
+std::string run_text(const std::optional<box::Run> &run, const std::set<pid_t> &inside) {
   if (!run) return "never ran";
-  const std::string status = run->status ? "exit status " + std::to_string(*run->status) : "did not end by itself";
+  const auto seconds = seconds_of(*run, inside);
+  const std::string status = run->status ? "exit status " + std::to_string(*run->status)
+                             : seconds   ? "running for " + std::to_string(*seconds) + " s"
+                                         : "did not end by itself";
   return date_and_time(run->time_ns) + ", process " + std::to_string(run->pid) + ", \"" + run->arguments + "\", " +
          status;
 }
 
-Json last_run_json(const std::optional<box::Run> &run) {
+Json last_run_json(const std::optional<box::Run> &run, const std::set<pid_t> &inside) {
   if (!run) return nullptr;
-  return Json::Object{
-      {"time", utc(run->time_ns)}, {"pid", run->pid}, {"arguments", run->arguments}, {"exit_status", run->status}};
+  return Json::Object{{"time", utc(run->time_ns)},
+                      {"pid", run->pid},
+                      {"arguments", run->arguments},
+                      {"exit_status", run->status},
+                      {"running", seconds_of(*run, inside).has_value()}};
 }
 
-Json bend_json(const box::TextDatabase &kept, std::string_view name) {
+Json bend_json(const box::TextDatabase &kept, std::string_view name, const std::set<pid_t> &inside) {
   const box::Bend bend = bend_of(kept, name);
   return Json::Object{{"name", name},
                       {"ignore_term", bend.ignore_term},
@@ -58,17 +74,17 @@ Json bend_json(const box::TextDatabase &kept, std::string_view name) {
                       {"hang", bend.hang},
                       {"die", bend.die ? Json(base::signal_name(*bend.die)) : Json()},
                       {"exit", bend.exit},
-                      {"last_run", last_run_json(last_run(kept, name))}};
+                      {"last_run", last_run_json(last_run(kept, name), inside)}};
 }
 
-std::string text_of(const box::TextDatabase &kept, const std::vector<std::string> &names, bool as_json) {
+std::string text_of(const box::TextDatabase &kept, const ProgramOptions &options) {
   std::vector<std::vector<std::string>> lines{{"Program", "Bent", "Last run"}};
   Json::List list;
-  for (const std::string &name : names) {
-    lines.push_back({name, bend_text(bend_of(kept, name)), run_text(last_run(kept, name))});
-    list.push_back(bend_json(kept, name));
+  for (const std::string &name : options.name.empty() ? box::program_names() : std::vector{options.name}) {
+    lines.push_back({name, bend_text(bend_of(kept, name)), run_text(last_run(kept, name), options.inside)});
+    list.push_back(bend_json(kept, name, options.inside));
   }
-  return as_json ? Json(list).text() : aligned(lines);
+  return options.as_json ? Json(list).text() : aligned(lines);
 }
 
 bool is_change(const ProgramOptions &options) {
@@ -85,8 +101,7 @@ int program(const ProgramOptions &options) {
     kept.lock();
     box::set_bend(kept, options.name, options.bend);
   }
-  const std::string text =
-      text_of(kept, options.name.empty() ? box::program_names() : std::vector{options.name}, options.as_json);
+  const std::string text = text_of(kept, options);
   if (changes) kept.unlock();
   print(text);
   return 0;
@@ -146,6 +161,7 @@ Verb program_verb() {
               "  spbox program box ctlmainte --hang --ignore-term\n"
               "  spbox program box ctlled --reset",
           .check = [options] { check(*options); },
+          .prepare = [options] { options->inside = box::inhabitants(box::Place(options->box)); },
           .act = [options] { return program(*options); },
           .as_step = step_of_verb("program", [options] { return is_change(*options); })};
 }

@@ -1,4 +1,8 @@
+#include <csignal>
+
 #include "host/box/program_list.h"
+#include "host/terminal/background_program.h"
+#include "tests/eventually.h"
 #include "tests/host/spbox/read_json.h"
 #include "tests/host/spbox/spbox_test.h"
 
@@ -87,6 +91,20 @@ TEST_F(Program, ShowsItsLastRun) {
   EXPECT_EQ(run["time"], "1970-01-01T00:00:00.000000Z");
   box::set_last_run(kept, "ctlled", {.time_ns = 0, .pid = 1, .status = {}, .arguments = ""});
   EXPECT_NE(done({"program", "box", "ctlled"}).find("did not end by itself"), std::string::npos);
+}
+
+TEST_F(Program, ThatStillRunsIsToldSoWithItsTimeUntilItIsKilled) {
+  done({"program", "box", "ctlled", "--hang"});
+  const auto told = [&] { return done({"program", "box", "ctlled"}); };
+  {
+    terminal::BackgroundProgram hanging({SPBOX, "run", "--no-pager", place().root(), "/mgb/bin/ctlled"});
+    EXPECT_TRUE(eventually([&] { return told().find(", running for ") != std::string::npos; })) << told();
+    EXPECT_EQ(ReadJson(done({"program", "box", "ctlled", "--json"}))[0]["last_run"]["running"], true);
+    ::kill(hanging.pid(), SIGTERM);
+    hanging.wait();
+  }
+  EXPECT_NE(told().find(", did not end by itself\n"), std::string::npos) << told();
+  EXPECT_EQ(ReadJson(done({"program", "box", "ctlled", "--json"}))[0]["last_run"]["running"], false);
 }
 
 }  // namespace
