@@ -20,8 +20,8 @@ template <>
 inline constexpr Page kPage<ControlMainte>{
     "lmainte_control_mainte",
     {
-        {ControlMainte::kCommand, "switch maintenance mode", kCommand, "mode"},
-        {ControlMainte::kRefused, "maintenance mode was not switched", "mode", "exit status"},
+        {ControlMainte::kCommand, "switch maintenance mode", kCommand, Value{"mode", Form::kMainteMode}},
+        {ControlMainte::kRefused, "maintenance mode was not switched", Value{"mode", Form::kMainteMode}, "exit status"},
     },
 };
 
@@ -29,8 +29,8 @@ template <>
 inline constexpr Page kPage<ReportVanta>{
     "lmainte_report_vanta",
     {
-        {ReportVanta::kCommand, "report the maintenance", kCommand, "mode"},
-        {ReportVanta::kRefused, "the maintenance was not reported", "mode", "exit status"},
+        {ReportVanta::kCommand, "report the maintenance", kCommand, Value{"mode", Form::kReportMode}},
+        {ReportVanta::kRefused, "the maintenance was not reported", Value{"mode", Form::kReportMode}, "exit status"},
     },
 };
 
@@ -38,9 +38,9 @@ template <>
 inline constexpr Page kPage<ControlFan>{
     "lmainte_control_fan",
     {
-        {ControlFan::kCommand, "set the fans' speed", kCommand, "mode"},
-        {ControlFan::kNeedsUnit, "full speed needs a unit", "mode"},
-        {ControlFan::kRefused, "the fans' speed was not set", "mode", "exit status"},
+        {ControlFan::kCommand, "set the fans' speed", kCommand, Value{"mode", Form::kFanMode}},
+        {ControlFan::kNeedsUnit, "full speed needs a unit", Value{"mode", Form::kFanMode}},
+        {ControlFan::kRefused, "the fans' speed was not set", Value{"mode", Form::kFanMode}, "exit status"},
     },
 };
 
@@ -57,9 +57,9 @@ template <>
 inline constexpr Page kPage<ControlLed>{
     "lmainte_control_led",
     {
-        {ControlLed::kCommand, "switch the LED", kCommand, "mode"},
+        {ControlLed::kCommand, "switch the LED", kCommand, Value{"mode", Form::kLedMode}},
         {ControlLed::kUnit, "of the unit", "type", "number"},
-        {ControlLed::kRefused, "the LED was not switched", "mode", "exit status"},
+        {ControlLed::kRefused, "the LED was not switched", Value{"mode", Form::kLedMode}, "exit status"},
     },
 };
 
@@ -67,9 +67,9 @@ template <>
 inline constexpr Page kPage<SetMainteflag>{
     "lmainte_set_mainteflag",
     {
-        {SetMainteflag::kCommand, "set the maintenance flag", kCommand, "mode"},
+        {SetMainteflag::kCommand, "set the maintenance flag", kCommand, Value{"mode", Form::kFlagMode}},
         {SetMainteflag::kUnit, "of the unit", "type", "number"},
-        {SetMainteflag::kRefused, "the maintenance flag was not set", "mode", "exit status"},
+        {SetMainteflag::kRefused, "the maintenance flag was not set", Value{"mode", Form::kFlagMode}, "exit status"},
     },
 };
 

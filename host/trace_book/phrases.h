@@ -21,7 +21,21 @@ namespace trace_book {
 using trace_events::Code;
 
 // How the number of a value is shown.
-enum class Form { kNumber, kCommand, kDatabase, kErrno, kModel, kSignal, kUnitId, kWaitStatus };
+enum class Form {
+  kNumber,
+  kCommand,
+  kDatabase,
+  kErrno,
+  kFanMode,
+  kFlagMode,
+  kLedMode,
+  kMainteMode,
+  kModel,
+  kReportMode,
+  kSignal,
+  kUnitId,
+  kWaitStatus
+};
 
 // What a value of a record means, and how it is shown. A value without a meaning is not there.
 struct Value {

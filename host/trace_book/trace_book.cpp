@@ -51,6 +51,13 @@ std::string_view name_in(const std::array<std::string_view, Size> &names, std::u
   return word < Size ? names[word] : std::string_view();
 }
 
+constexpr std::array<std::string_view, 3> kFanModes{"LMAINTE_FAN_LOW", "LMAINTE_FAN_HIGH", "LMAINTE_FAN_FULL"};
+constexpr std::array<std::string_view, 2> kFlagModes{"LMAINTE_FLAG_START", "LMAINTE_FLAG_END"};
+constexpr std::array<std::string_view, 4> kLedModes{"LMAINTE_LED_OFF", "LMAINTE_LED_ON", "LMAINTE_LED_BLINK",
+                                                    "LMAINTE_LED_SYNC"};
+constexpr std::array<std::string_view, 2> kMainteModes{"LMAINTE_MAINTE_UNLOCK", "LMAINTE_MAINTE_LOCK"};
+constexpr std::array<std::string_view, 2> kReportModes{"LMAINTE_REPORT_START", "LMAINTE_REPORT_END"};
+
 std::string value_text(Form form, std::uint32_t word) {
   const int number = static_cast<int>(word);
   switch (form) {
@@ -62,8 +69,18 @@ std::string value_text(Form form, std::uint32_t word) {
       return named(word, name_in(box::kDatabaseNames, word));
     case Form::kErrno:
       return named(word, std::strerror(number));  // NOLINT(concurrency-mt-unsafe): one thread
+    case Form::kFanMode:
+      return named(word, name_in(kFanModes, word));
+    case Form::kFlagMode:
+      return named(word, name_in(kFlagModes, word));
+    case Form::kLedMode:
+      return named(word, name_in(kLedModes, word));
+    case Form::kMainteMode:
+      return named(word, name_in(kMainteModes, word));
     case Form::kModel:
       return named(word, box::model_name(word));
+    case Form::kReportMode:
+      return named(word, name_in(kReportModes, word));
     case Form::kSignal:
       return named(word, base::signal_name(number));
     case Form::kUnitId:

@@ -1,10 +1,14 @@
 
 #include <algorithm>
+#include <csignal>
 #include <fstream>
 #include <sstream>
 
+#include "host/box/call_ring.h"
 #include "host/box/event_log.h"
 #include "host/box/trace_ring.h"
+#include "host/terminal/background_program.h"
+#include "tests/eventually.h"
 #include "tests/host/spbox/read_json.h"
 #include "tests/host/spbox/spbox_test.h"
 
@@ -73,6 +77,100 @@ TEST_F(Records, OfTheTraceAreCutToTheLastOrToErrors) {
   EXPECT_EQ(errors[0]["level"], "system error");
   EXPECT_EQ(errors[0]["known"], true);
   EXPECT_EQ(errors[0]["values"][0], ReadJson(R"({"meaning": "result", "number": -1, "text": "-1"})"));
+}
+
+TEST_F(Records, OfTheTraceStandBesideThePlatformsAndAreNarrowed) {
+  box::CallRing calls;
+  ASSERT_TRUE(calls.map(place().calls().c_str()));
+  const auto keep = [&](box::CallKind kind, const std::string &text, std::uint32_t second, std::int32_t result) {
+    box::Call call;
+    call.kind = kind;
+    call.pid = 4711;
+    call.time_ns = box::call_time();
+    call.position = box::TraceRing::read(place().trace()).size();
+    call.second = second;
+    call.result = result;
+    call.text = text;
+    ASSERT_TRUE(calls.append(call));
+  };
+  keep(box::CallKind::kBegin, "/srv/check \x1b[2J", 1, 0);
+  trace(256, 0x110C0020, {});
+  keep(box::CallKind::kRead, "gen_system_info", 0, -4);
+  trace(256, 0x110C0021, {});
+  keep(box::CallKind::kEnd, "/srv/check", 0, 3);
+  const std::string tree = done({"trace", "box", "--run", "last", "--calls"});
+  EXPECT_TRUE(tree.starts_with("Run 1: /srv/check \\x1b[2J\n")) << tree;
+  EXPECT_NE(tree.find(" with exit status 3\n"), tree.npos) << tree;
+  EXPECT_NE(tree.find("  lmainte_exec\n"), tree.npos) << tree;
+  EXPECT_NE(tree.find("    ! scdb_get: record gen_system_info of general (0): LMAINTE_HOST_DB_ABSENT (-4)\n"),
+            tree.npos)
+      << tree;
+  const std::vector<std::pair<std::vector<std::string>, int>> rows{
+      {{}, 6},
+      {{"--run", "1"}, 6},
+      {{"--run", "check"}, 6},
+      {{"--pid", "4711"}, 6},
+      {{"--since", "1h"}, 6},
+      {{"--function", "lmainte_exec"}, 3},
+      {{"--function", "scdb_get"}, 2},
+      {{"--errors"}, 2},
+      {{"--pid", "4712"}, 1},
+  };
+  for (const auto &[options, lines] : rows) {
+    std::vector<std::string> words{"trace", "box"};
+    words.insert(words.end(), options.begin(), options.end());
+    const std::string text = done(words);
+    EXPECT_EQ(std::ranges::count(text, '\n'), lines) << text;
+  }
+  EXPECT_EQ(ReadJson(done({"trace", "box", "--json"})).size(), 2u) << "the library's alone, as ever";
+  EXPECT_EQ(refused({"trace", "box", "--run", "7"}),
+            "spbox: the box remembers no run `7`. The last ones are 1 (check).\n");
+  std::filesystem::resize_file(place().calls(), 100);
+  const std::string damaged = spbox({"trace", "box"}).output;
+  EXPECT_NE(damaged.find("spbox: calls box/mgb/log/calls: cannot read it: it is damaged"), damaged.npos) << damaged;
+  EXPECT_NE(damaged.find("lmainte_exec  exit\n"), damaged.npos) << damaged;
+  std::filesystem::remove(place().calls());
+  EXPECT_EQ(std::ranges::count(done({"trace", "box"}), '\n'), 3) << "a box of an older spbox has none";
+}
+
+TEST_F(Records, OfTheTraceAreFollowedOverANewRingToTheEndOfTheirReader) {
+  trace(256, 0x110C0020, {});
+  terminal::BackgroundProgram follower({SPBOX, "trace", place().root(), "-f"});
+  const auto says = [&](const std::string &text) {
+    return eventually([&] { return follower.output().find(text) != std::string::npos; });
+  };
+  EXPECT_TRUE(says("lmainte_exec                    entry\n")) << follower.output();
+  trace(256, 0x110C0021, {});
+  EXPECT_TRUE(says("lmainte_exec                    exit\n")) << follower.output();
+  box::TraceRing::create(place().trace());
+  EXPECT_TRUE(says("-- The trace was made anew. --\n")) << follower.output();
+  trace(256, 0x110C02E0, {});
+  EXPECT_TRUE(says("lmainte_show_file               entry\n")) << follower.output();
+  ::kill(follower.pid(), SIGINT);
+  EXPECT_EQ(follower.wait(), 128 + SIGINT);
+  EXPECT_EQ(std::ranges::count(follower.output(), '\n'), 5) << follower.output();
+  terminal::BackgroundProgram read_once({"sh", "-c", SPBOX " trace " + place().root().string() + " -f | head -n 1"});
+  EXPECT_EQ(read_once.wait(std::chrono::seconds(20)), 0) << "it ends with its reader";
+}
+
+TEST_F(Records, OfTheTraceRefuseOptionsThatMakeNoSense) {
+  const std::string more = " `spbox help trace` says more.\n";
+  const std::vector<std::pair<std::vector<std::string>, std::string>> rows{
+      {{"--since", "25:00"}, "--since takes a time such as 14:05, 14:05:30, 30s, 5m or 2h, not `25:00`."},
+      {{"--since", "5"}, "--since takes a time such as 14:05, 14:05:30, 30s, 5m or 2h, not `5`."},
+      {{"--function", "nothing"},
+       "neither the library nor the platform has a function `nothing`, and there is no such control program. "
+       "docs/trace-events.md lists the library's."},
+      {{"--calls", "-f"}, "--calls and -f cannot be given together."},
+      {{"-f", "--json"}, "-f and --json cannot be given together."},
+  };
+  for (const auto &[options, says] : rows) {
+    std::vector<std::string> words{"trace", "box"};
+    words.insert(words.end(), options.begin(), options.end());
+    const Done result = spbox(words);
+    EXPECT_EQ(result.exit_status, 2);
+    EXPECT_EQ(result.output, "spbox: " + says + more);
+  }
 }
 
 TEST_F(Records, OfTheLogAreInWords) {

@@ -103,7 +103,7 @@ TEST(TraceBook, PutsEventsIntoWords) {
        {1, 200},
        "lmainte_control_mainte",
        "maintenance mode was not switched",
-       "mode 1, exit status 200",
+       "mode 1 (LMAINTE_MAINTE_LOCK), exit status 200",
        "error",
        true,
        true},
@@ -131,7 +131,8 @@ TEST(TraceBook, ShowsValuesOfTheSameMeaningAlike) {
   for (const trace_book::Function &function : trace_book::all_functions()) {
     for (const trace_book::Event &event : function.events) {
       for (const trace_book::Value &value : {event.first, event.second}) {
-        if (value.meaning == nullptr) continue;
+        // Each operation has modes of its own.
+        if (value.meaning == nullptr || value.meaning == std::string_view("mode")) continue;
         EXPECT_EQ(forms.try_emplace(value.meaning, value.form).first->second, value.form)
             << function.name << " " << event.name << ": " << value.meaning;
       }

@@ -1,0 +1,45 @@
+// What of a box's history somebody has asked `spbox trace` for.
+#pragma once
+
+#include <sys/types.h>
+
+#include <cstddef>
+#include <cstdint>
+#include <filesystem>
+#include <optional>
+#include <set>
+#include <string>
+
+#include "host/trace_book/history.h"
+
+namespace spbox {
+
+struct TraceOptions {
+  std::filesystem::path box;
+  std::size_t last = 0;  // 0: all
+  pid_t pid = 0;         // 0: of all
+  bool as_json = false, errors = false, calls = false, follow = false;
+  std::string run, function, since;
+  std::set<pid_t> inside;  // who is in the box
+};
+
+// Throws UsageError.
+void check(const TraceOptions &options);
+
+// Now, or the time of the newest record: the box's time may be ahead of the workstation's.
+std::int64_t newest_time(const trace_book::History &history);
+
+// Which moments of a history are asked for. Throws BoxError where there is no such run.
+class Wanted {
+ public:
+  Wanted(const TraceOptions &options, const trace_book::History &history);
+
+  bool has(const trace_book::Moment &moment) const;
+
+ private:
+  const TraceOptions &options_;
+  std::optional<std::size_t> run_;
+  std::int64_t begin_ = INT64_MIN;
+};
+
+}  // namespace spbox

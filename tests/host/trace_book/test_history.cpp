@@ -1,0 +1,133 @@
+#include "host/trace_book/history.h"
+
+#include <gtest/gtest.h>
+
+#include <string>
+#include <vector>
+
+#include "include/lmainte.h"
+
+namespace {
+
+using box::CallEntry;
+using box::CallKind;
+using trace_book::History;
+using trace_book::Moment;
+
+constexpr pid_t kCommand = 100, kChild = 101;
+
+// What the rings hold, one after the other, a microsecond apart.
+class HistoryTest : public testing::Test {
+ protected:
+  void record(std::uint32_t event, std::vector<std::uint32_t> values = {}, pid_t pid = kCommand) {
+    box::TraceEntry entry{};
+    entry.number = records.size();
+    entry.time_ns = now += 1000;
+    entry.level = 256;
+    entry.event = event;
+    entry.words[0] = static_cast<std::uint32_t>(pid);
+    entry.word_count = 2;
+    for (const std::uint32_t value : values) entry.words.at(entry.word_count++) = value;
+    records.push_back(entry);
+  }
+  CallEntry &call(CallKind kind, const std::string &text, std::uint32_t first = 0, std::int32_t result = 0,
+                  pid_t pid = kCommand) {
+    CallEntry entry;
+    entry.number = calls.size();
+    entry.kind = kind;
+    entry.pid = pid;
+    entry.time_ns = now += 1000;
+    entry.position = records.size();
+    entry.result = result;
+    entry.first = first;
+    entry.whole_text = text;
+    entry.text_size = text.size();
+    calls.push_back(entry);
+    return calls.back();
+  }
+  History history() const { return {records, calls, LMAINTE_MODEL_QE3}; }
+
+  std::vector<std::string> texts() const {
+    std::vector<std::string> lines;
+    const History all = history();
+    for (const Moment &moment : all.moments()) {
+      if (!moment.is_void) lines.push_back(std::string(2 * moment.depth, ' ') + moment.function + ": " + moment.text);
+    }
+    return lines;
+  }
+
+  std::int64_t now = 0;
+  std::vector<box::TraceEntry> records;
+  std::vector<CallEntry> calls;
+};
+
+using Lines = std::vector<std::string>;
+
+TEST_F(HistoryTest, PutsCallsWhereTheyBeganAndProgramsBelowTheirStart) {
+  call(CallKind::kBegin, "/srv/replace_unit cmu").second = 7;
+  record(0x110C0020);
+  record(0x110C0024, {10, kChild});
+  record(0x110C0023, {5, 4}, kChild);
+  call(CallKind::kProgram, "ctlled -c on -u /CMU#2", kCommand, 0, kChild);
+  record(0x110C0027, {206});
+  CallEntry &end = call(CallKind::kProgramEnd, "ctlled", kCommand, 206, kChild);
+  end.time_ns = records.back().time_ns - 3000;
+  end.duration_ns = 2000;
+  end.position = 3;
+  record(0x110C0021);
+  call(CallKind::kEnd, "/srv/replace_unit cmu", 0, 1);
+  EXPECT_EQ(texts(), (Lines{"replace_unit: begins as run 7: /srv/replace_unit cmu", "lmainte_exec: entry",
+                            "  lmainte_exec: a child was started: time limit 10, child 101",
+                            "lmainte_exec: the child runs the program: command 5 (ctlled), arguments 4",
+                            "  ctlled: starts: ctlled -c on -u /CMU#2", "  ctlled: ends with exit status 206",
+                            "  lmainte_exec: the program ended: exit status 206", "lmainte_exec: exit",
+                            "replace_unit: ends with exit status 1"}));
+  const History all = history();
+  ASSERT_EQ(all.runs().size(), 1u);
+  EXPECT_EQ(all.runs()[0].number, 7u);
+  EXPECT_EQ(all.runs()[0].name(), "replace_unit");
+  EXPECT_EQ(all.runs()[0].status, 1);
+  EXPECT_TRUE(all.runs()[0].end_ns);
+  for (const Moment &moment : all.moments()) EXPECT_EQ(moment.run, 0u) << moment.text;
+  EXPECT_EQ(all.moments()[1].duration_ns, all.moments()[7].time_ns - all.moments()[1].time_ns);
+  EXPECT_EQ(all.moments()[4].outcome, "exit status 206");
+}
+
+TEST_F(HistoryTest, TellsABrokenRecordAsWhatItIs) {
+  call(CallKind::kRead, "gen_system_info", 0, -4);
+  record(0x110CB082, {0xFFFFFFFC, 0});  // not-read
+  record(0x110CB083, {1408, 0});        // other-size
+  call(CallKind::kRead, "setup_system_info", 1, 0).second = 247;
+  record(0x110CB082, {0, 1});
+  record(0x110CB083, {248, 247});
+  EXPECT_EQ(
+      texts(),
+      (Lines{"scdb_get: record gen_system_info of general (0): LMAINTE_HOST_DB_ABSENT (-4)",
+             "lmainte_scdb_get: record gen_system_info of database general (0) is absent: LMAINTE_HOST_DB_ABSENT (-4)",
+             "scdb_get: record setup_system_info of setup (1): 247 bytes",
+             "lmainte_scdb_get: record setup_system_info of database setup (1) has another size: 248 bytes expected, "
+             "247 found"}));
+}
+
+TEST_F(HistoryTest, TellsQuestionsAndAnswers) {
+  call(CallKind::kQuestion, "Which one?\n", 3);
+  call(CallKind::kAnswer, "x\x1b", 0, box::kNoAnswer);
+  call(CallKind::kAnswer, "2", 2);
+  call(CallKind::kAnswer, "q", 0, LMAINTE_ASK_GAVE_UP);
+  EXPECT_EQ(texts(), (Lines{"cli_ask_select: \"Which one?\"",
+                            "cli_ask_select: the operator types \"x\x1b\", and is asked again: this is no answer",
+                            "cli_ask_select: the operator types \"2\": choice 2",
+                            "cli_ask_select: the operator types \"q\", and gives up (LMAINTE_ASK_GAVE_UP)"}));
+}
+
+TEST_F(HistoryTest, BearsRingsThatBeginInTheMiddle) {
+  record(0x110C0021);
+  call(CallKind::kProgramEnd, "ctlled", kCommand, 0, kChild);
+  call(CallKind::kEnd, "replace_unit", 0, 0);
+  record(0xFFFFFFFF);
+  EXPECT_EQ(history().moments().size(), 4u);
+  EXPECT_TRUE(history().runs().empty());
+  EXPECT_TRUE(History({}, {}, LMAINTE_MODEL_NONE).moments().empty());
+}
+
+}  // namespace
