@@ -164,7 +164,7 @@ CallLine line_of(const CallEntry &entry) {
 
 CallLine words_of(const CallEntry &entry) {
   CallLine line = line_of(entry);
-  if (entry.deviated) line.text += " (it deviates: `spbox points` says how)";
+  if (entry.deviated) line.text += " (a deviation)";
   return line;
 }
 
