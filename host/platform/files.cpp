@@ -30,6 +30,10 @@ bool is_refused(const char *call) {
 
 int32_t open_locked(const char *path, int32_t flags, uint32_t mode) {
   if (is_refused("open")) return -1;
+  if (path == nullptr) {
+    errno = EFAULT;
+    return -1;
+  }
   const int fd = open(path, flags | O_CLOEXEC, mode & kPermissions);
   if (fd < 0) return -1;
   // This lock, unlike a record lock, can be had on a descriptor for reading, and it keeps out a second lcmn_lopen in the same

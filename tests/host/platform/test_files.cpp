@@ -48,6 +48,8 @@ TEST_F(PlatformFiles, ReportsFailuresWithErrno) {
   EXPECT_LT(lcmn_lopen((scratch / "missing").c_str(), O_RDWR, 0), 0);
   EXPECT_EQ(errno, ENOENT);
   EXPECT_FALSE(std::filesystem::exists(scratch / "missing"));
+  EXPECT_LT(lcmn_lopen(nullptr, O_RDWR, 0), 0);
+  EXPECT_EQ(errno, EFAULT);
   EXPECT_LT(lcmn_read(-1, text.data(), 4), 0);
   EXPECT_EQ(errno, EBADF);
   errno = 0;
