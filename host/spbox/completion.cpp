@@ -184,7 +184,8 @@ std::string fish_completion(const std::vector<Verb> &verbs) {
     for (const Word &word : verb.words) {
       const std::string candidates = offer(word, &Offer::fish, word.value.empty() ? "" : " -x");
       if (word.is_option()) {
-        text.append(here).append(" -l ").append(word.name, 2).append(candidates);
+        const bool is_long = word.name.starts_with("--");
+        text.append(here).append(is_long ? " -l " : " -s ").append(word.name, is_long ? 2 : 1).append(candidates);
         text.append(" -d ").append(in_quotes(word.help)).append("\n");
       } else if (!candidates.empty()) {
         text += here + candidates + "\n";

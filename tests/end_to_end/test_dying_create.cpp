@@ -160,7 +160,7 @@ TEST_F(DyingCreate, IsToldByTheNextSpbox) {
 TEST_F(DyingCreate, LeavesTheNewBoxAlsoWhereThoseDieWhoFinishIt) {
   ASSERT_EQ(spbox({"create", "box", "--model", "qa"}).exit_status, 0);
   ASSERT_EQ(spbox({"create", "new", "--model", "qb1"}).exit_status, 0);
-  die_before({"rename", 3}, {"create", "box", "--model", "qb1", "--force"});
+  die_before({"rename", 4}, {"create", "box", "--model", "qb1", "--force"});
   for (int round = 0; round < 3; ++round) die_before({"rename", 2}, {"units", "box"});
   EXPECT_TRUE(fs::exists(scratch_ / "box/.making"));
   EXPECT_EQ(dump("box"), dump("new"));
