@@ -1,6 +1,7 @@
 #include "host/clock/crowd.h"
 
-#include <algorithm>
+#include <unistd.h>
+
 #include <utility>
 
 #include "host/clock/process_files.h"
@@ -16,8 +17,6 @@ constexpr nanoseconds kLongestPause = std::chrono::milliseconds(25);
 
 // Who works for so long may have started others, whose time counts, too.
 constexpr nanoseconds kLongestWithoutLook = std::chrono::milliseconds(20);
-
-constexpr std::size_t kMostOthers = 20'000;
 
 constexpr bool is_dead(char state) {
   return state == 'Z' || state == 'X';
@@ -48,11 +47,10 @@ std::set<pid_t> newcomers_in(const box_time_page &page) {
 
 }  // namespace
 
-// False where it is gone; of one that is there, the threads are added.
-bool Crowd::has_threads(pid_t process, const Watched &watched, const box_time_page &page, nanoseconds &processor,
-                        Threads &threads) {
+void Crowd::add_threads_of(pid_t process, const Watched &watched, const box_time_page &page, nanoseconds &processor,
+                           Threads &threads) {
   const auto file = watched.file();
-  if (!file) return false;
+  if (!file) return;
   processor += file->processor;
   const bool is_one = file->threads <= 1;
   const std::vector<pid_t> ids = is_one ? std::vector<pid_t>{process} : threads_of(process);
@@ -68,16 +66,11 @@ bool Crowd::has_threads(pid_t process, const Watched &watched, const box_time_pa
     }
     threads[id] = {*state, row, turn};
   }
-  return true;
 }
 
-Crowd::Threads Crowd::threads(const box_time_page &page, nanoseconds &processor) {
+Crowd::Threads Crowd::threads(const box_time_page &page, nanoseconds &processor) const {
   Threads found;
-  std::erase_if(members_, [&](const auto &member) {
-    if (has_threads(member.first, member.second, page, processor, found)) return false;
-    if (is_there(member.first)) undecided_.insert(member.first);  // it could not be read this time
-    return true;
-  });
+  for (const auto &[process, watched] : members_) add_threads_of(process, watched, page, processor, found);
   return found;
 }
 
@@ -90,45 +83,29 @@ bool Crowd::is_at_work(nanoseconds wall) const {
 }
 
 bool Crowd::takes_in(pid_t process, pid_t parent) {
-  const bool belongs = parent == self_ || members_.contains(parent) || newcomers_.contains(process);
-  if (process == self_ || !belongs || !is_process(process)) return false;
+  if (process == self_ || (parent != self_ && !members_.contains(parent) && !newcomers_.contains(process)))
+    return false;
   members_.emplace(process, process);
   others_.erase(process);
   return true;
-}
-
-// Those among which a new member may be. All are looked at where somebody has come from outside, of whom children may be known as
-// others; and where the system's numbers begin anew, so that one may be another process's by now.
-std::vector<pid_t> Crowd::candidates() {
-  std::optional<std::vector<pid_t>> born = births_.look();
-  if (others_.size() > kMostOthers) born.reset();
-  if (!born) others_.clear();
-  for (const pid_t process : newcomers_) {
-    const bool is_known = process == self_ || members_.contains(process);
-    const bool is_new = born && std::ranges::binary_search(*born, process) && !others_.contains(process);
-    if (is_known || is_new) continue;
-    others_.clear();
-    born.reset();
-  }
-  if (!born) return processes();
-  born->insert(born->end(), undecided_.begin(), undecided_.end());
-  return std::move(*born);
 }
 
 // A process becomes a member when it begins or, where it came from outside, with its first word on the page. A parent may come
 // behind its child, where the numbers of processes have begun anew; of one whose parent has just ended nothing is known yet.
 bool Crowd::has_new_members(const box_time_page &page) {
   newcomers_ = newcomers_in(page);
-  const std::vector<pid_t> wanted = candidates();
-  undecided_.clear();
+  for (const pid_t process : newcomers_) {
+    if (process != self_ && !members_.contains(process)) others_.clear();
+  }
+  const std::vector<pid_t> all = processes();
+  const std::set<pid_t> there(all.begin(), all.end());
+  std::erase_if(others_, [&](pid_t process) { return !there.contains(process); });
+  std::erase_if(members_, [&](const auto &member) { return !there.contains(member.first); });
   std::map<pid_t, pid_t> parents;
-  for (const pid_t process : wanted) {
+  for (const pid_t process : all) {
     if (members_.contains(process) || others_.contains(process)) continue;
-    if (const auto file = process_file(process)) {
-      parents.emplace(process, file->parent);
-    } else if (is_there(process)) {
-      undecided_.insert(process);
-    }
+    const auto file = process_file(process);
+    if (file) parents.emplace(process, file->parent);
   }
   bool is_new = false, goes_on = true;
   while (goes_on) {
@@ -136,11 +113,7 @@ bool Crowd::has_new_members(const box_time_page &page) {
     is_new |= goes_on;
   }
   for (const auto &[process, parent] : parents) {
-    if (parent == 0 || others_.contains(parent) || parents.contains(parent)) {
-      others_.insert(process);
-    } else {
-      undecided_.insert(process);
-    }
+    if (parent == 0 || others_.contains(parent) || parents.contains(parent)) others_.insert(process);
   }
   return is_new;
 }
@@ -151,7 +124,6 @@ bool Crowd::is_complete(const box_time_page &page) {
   if (has_new_members(page)) return false;
   nanoseconds unused{0};
   if (threads(page, unused) != before_) return false;
-  births_.settle();  // nobody of us was about to start one
   waits_on_wall_ = is_blind_ = false;
   for (const auto &[thread, state] : before_) {
     const Wait wait = state.row >= 0 || state.state != 'S' ? Wait::kForOthers : wait_of(thread, thread);
@@ -178,7 +150,8 @@ void Crowd::look_after_waiters(const box_time_page &page, nanoseconds wall, Look
   for (int row = 0; row < BOX_TIME_WAITERS; ++row) {
     const box_time_waiter &waiter = page.waiters[row];
     const bool is_due = waiter.thread != 0 && waiter.deadline <= page.passed;
-    const bool is_of_nobody = waiter.thread != 0 && !is_due && !is_there(static_cast<pid_t>(waiter.thread));
+    const bool is_of_nobody =
+        waiter.thread != 0 && !is_due && access(("/proc/" + std::to_string(waiter.thread)).c_str(), F_OK) != 0;
     if (!is_due) overdue_.erase(row);
     if (is_of_nobody || (is_due && is_lost(row, waiter, wall))) {
       look.lost_rows.push_back(row);

@@ -11,7 +11,6 @@
 #include <set>
 #include <vector>
 
-#include "host/clock/births.h"
 #include "host/clock/pace.h"
 #include "host/clock/page.h"
 #include "host/clock/process_files.h"
@@ -58,23 +57,20 @@ class Crowd {
     nanoseconds since;
   };
 
-  Threads threads(const box_time_page &page, nanoseconds &processor);
-  static bool has_threads(pid_t process, const Watched &watched, const box_time_page &page, nanoseconds &processor,
-                          Threads &threads);
+  Threads threads(const box_time_page &page, nanoseconds &processor) const;
+  static void add_threads_of(pid_t process, const Watched &watched, const box_time_page &page, nanoseconds &processor,
+                             Threads &threads);
   bool is_at_work(nanoseconds wall) const;
   bool is_complete(const box_time_page &page);
-  std::vector<pid_t> candidates();
   bool has_new_members(const box_time_page &page);
   bool takes_in(pid_t process, pid_t parent);
   void look_after_waiters(const box_time_page &page, nanoseconds wall, Look &look);
   bool is_lost(int row, const box_time_waiter &waiter, nanoseconds wall);
 
   pid_t self_ = getpid();
-  Births births_;
   std::set<pid_t> newcomers_;
   std::map<pid_t, Watched> members_;
-  std::set<pid_t> others_;     // that are known to have nothing to do with the box
-  std::set<pid_t> undecided_;  // of which nothing is known yet
+  std::set<pid_t> others_;  // that are known to have nothing to do with the box
   Threads before_;
   pid_t worker_ = 0;  // a member who was at work at the last look, 0: nobody
   nanoseconds seen_all_{0}, processor_{0};

@@ -157,20 +157,6 @@ std::vector<pid_t> processes() {
   return numbers_in("/proc");
 }
 
-bool is_there(pid_t number) {
-  char name[32];
-  std::snprintf(name, sizeof name, "/proc/%d", number);
-  return access(name, F_OK) == 0;
-}
-
-bool is_process(pid_t number) {
-  StatusText status;
-  int process = 0;
-  if (!read_status(number, number, status)) return false;
-  const char *line = std::strstr(status.data(), "\nTgid:");
-  return line != nullptr && std::sscanf(line, " Tgid: %d", &process) == 1 && process == number;
-}
-
 std::vector<int> descriptors_of(pid_t process) {
   return numbers_in(("/proc/" + std::to_string(process) + "/fd").c_str());
 }

@@ -24,8 +24,6 @@ std::optional<ProcessFile> process_file(pid_t process);  // nothing where it has
 std::optional<char> state_of_thread(pid_t process, pid_t thread);
 std::vector<pid_t> threads_of(pid_t process);
 std::vector<pid_t> processes();
-bool is_there(pid_t number);
-bool is_process(pid_t number);  // and no other thread of one
 
 // Its open descriptors; and the kernel's number of the eventfd behind one of them, nothing where it is something else.
 std::vector<int> descriptors_of(pid_t process);
