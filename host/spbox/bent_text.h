@@ -1,4 +1,4 @@
-// What is bent, broken or deviated in a box, and what was recorded, in words: each from the verb that shows it.
+// What is bent, broken or deviated in a box, in words: each from the verb that shows it.
 #pragma once
 
 #include <string>
@@ -7,7 +7,6 @@
 #include "host/box/daemon_bend.h"
 #include "host/box/points.h"
 #include "host/box/program_list.h"
-#include "host/box/trace_ring.h"
 
 namespace spbox {
 
@@ -15,6 +14,5 @@ std::string bend_text(const box::Bend &bend);              // "exits with 206", 
 std::string way_text(const box::DaemonBend &bend);         // "answers after 5 s"
 std::string broken_text(const box::BrokenRecord &broken);  // "Record gen_system_info (database 0) is missing"
 std::string deviation_text(const box::Deviation &deviation);
-std::string trace_text(const box::TraceEntry &entry);  // "lmainte_exec: a child was started: child 4711"
 
 }  // namespace spbox

@@ -1,6 +1,7 @@
 #include "host/spbox/log_book.h"
 
 #include <algorithm>
+#include <iterator>
 #include <span>
 #include <sstream>
 
@@ -54,7 +55,7 @@ constexpr CodeRow kChanges[] = {
     {18, kRemoved, kDdc},
 };
 
-// What a procedure left undone. Which kind of unit it is the location tells.
+// What a procedure left undone. Which kind of unit it is its location tells.
 constexpr CodeRow kLeftovers[] = {
     {LMAINTE_LEFT_EMPTY, "place left empty", ""},
     {LMAINTE_LEFT_OUT, "unit left out of operation", ""},
@@ -66,6 +67,18 @@ constexpr CodeRow kLeftovers[] = {
     {LMAINTE_LEFT_MARKED, "LED, maintenance flag or fans left switched", ""},
     {LMAINTE_LEFT_IN_MODE, "left in maintenance mode", kServer},
 };
+
+struct PlaceRow {
+  std::string_view begin;
+  const char *kind;
+};
+constexpr PlaceRow kPlaces[] = {{"/CMU#", kCmu}, {"/IOU#", kIou}, {"/FAN", kFan},
+                                {"/PSU#", kPsu}, {"/DDC", kDdc},  {"/EMGB", "service processor unit"}};
+
+std::string kind_by_place(const std::string &unit) {
+  const auto row = std::ranges::find_if(kPlaces, [&](const PlaceRow &each) { return unit.starts_with(each.begin); });
+  return row == std::end(kPlaces) || unit.find('/', 1) != std::string::npos ? "" : row->kind;
+}
 
 std::span<const CodeRow> codes_of(std::uint8_t form) {
   if (form == kChanged) return kChanges;
@@ -98,13 +111,14 @@ std::string detail_of(const box::LogEntry &entry) {
 LogLine decode(std::uint32_t model, const box::LogEntry &entry) {
   const unsigned code = entry.event[kCodeAt];
   LogLine line{"event " + std::to_string(code), "", unit_of(model, entry), detail_of(entry), code};
+  line.kind = kind_by_place(line.unit);
   const unsigned form = entry.event[kFormAt];
   if (entry.event[kSourceAt] != kMaintenance) return line;
   if (form >= LMAINTE_LOG_OWN) line.what += " of form " + std::to_string(form);
   for (const CodeRow &row : codes_of(entry.event[kFormAt])) {
     if (row.code != code) continue;
     line.what = row.what;
-    line.kind = row.kind;
+    if (*row.kind != '\0') line.kind = row.kind;
   }
   return line;
 }

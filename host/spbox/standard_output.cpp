@@ -1,8 +1,10 @@
 #include "host/spbox/standard_output.h"
 
 #include <fcntl.h>
+#include <sys/ioctl.h>
 #include <unistd.h>
 
+#include <array>
 #include <cerrno>
 #include <cstdio>
 #include <cstdlib>
@@ -32,6 +34,28 @@ void print(std::string_view lines) {
 
 void print_line(std::string_view line) {
   std::fputs((base::shown(line) + "\n").c_str(), stdout);
+}
+
+Window window_of_output() {
+  if (isatty(STDOUT_FILENO) == 0) return {};
+  winsize size{};
+  Window window;
+  window.columns = ioctl(STDOUT_FILENO, TIOCGWINSZ, &size) == 0 && size.ws_col > 0 ? size.ws_col : 80;
+  const char *type = std::getenv("TERM"), *none = std::getenv("NO_COLOR");  // NOLINT(concurrency-mt-unsafe): one thread
+  const std::string_view name = type == nullptr ? "" : type;
+  window.has_colours = !name.empty() && name != "dumb" && (none == nullptr || *none == '\0');
+  return window;
+}
+
+void print_in(Ink ink, std::string_view lines, const Window &window) {
+  constexpr std::array<const char *, 6> kLooks{"", "1", "2", "1;31", "32", "33"};
+  const char *look = kLooks.at(static_cast<std::size_t>(ink));
+  if (!window.has_colours || *look == '\0') return print(lines);
+  const bool ends = lines.ends_with('\n');
+  if (ends) lines.remove_suffix(1);
+  std::fputs((std::string("\033[") + look + "m").c_str(), stdout);
+  print(lines);
+  std::fputs(ends ? "\033[0m\n" : "\033[0m", stdout);
 }
 
 void print_over(std::string_view text) {

@@ -1,6 +1,7 @@
 // What a verb prints has to arrive where it should, and nowhere else.
 #pragma once
 
+#include <cstddef>
 #include <string_view>
 
 namespace spbox {
@@ -14,6 +15,18 @@ void print(std::string_view lines);
 void print_line(std::string_view line);
 void complain(std::string_view line);
 void complain_in_lines(std::string_view lines);  // without the head
+
+// What standard output is: a terminal with so many columns, or something without any. It has colours where it is a terminal that
+// knows some, and NO_COLOR is not set.
+struct Window {
+  std::size_t columns = 0;
+  bool has_colours = false;
+};
+Window window_of_output();
+
+// What a line is, beside what it says: with colours, it looks so.
+enum class Ink { kPlain, kHead, kQuiet, kError, kGood, kCare };
+void print_in(Ink ink, std::string_view lines, const Window &window);
 
 // The beginning of a line on a terminal, which the next text is written over.
 void print_over(std::string_view text);

@@ -11,6 +11,7 @@
 #include "host/box/call_ring.h"
 #include "host/box/program_list.h"
 #include "host/spbox/verb.h"
+#include "host/trace_book/call_words.h"
 #include "host/trace_book/pages.h"
 
 namespace spbox {
@@ -74,12 +75,8 @@ bool is_of_function(const std::string &function, const std::string &wanted) {
 }
 
 bool is_known_function(const std::string &wanted) {
-  constexpr std::array<std::string_view, 16> kOfPlatform{
-      "scdb_open",   "scdb_lock",    "scdb_get",       "lcmn_scdb_put",
-      "scdb_unlock", "scdb_close",   "cli_ask_select", "mgblog_save",
-      "lcmn_lopen",  "lcmn_read",    "lcmn_write",     "lcmn_close",
-      "lcmn_send",   "lcmn_receive", "lcmn_select",    "api_conv_unit_name_get"};
-  if (std::ranges::find(kOfPlatform, wanted) != kOfPlatform.end()) return true;
+  const auto of_platform = trace_book::call_rows();
+  if (std::ranges::find(of_platform, wanted, &trace_book::CallRow::function) != of_platform.end()) return true;
   if (std::ranges::find(box::kPrograms, wanted, &box::Program::name) != box::kPrograms.end()) return true;
   return std::ranges::any_of(trace_book::all_functions(), [&](const trace_book::Function &function) {
     return is_of_function(std::string(function.name), wanted) || function.other == wanted;
@@ -108,6 +105,12 @@ std::int64_t newest_time(const trace_book::History &history) {
   std::int64_t newest = box::call_time();
   if (!history.moments().empty()) newest = std::max(newest, history.moments().back().time_ns);
   return newest;
+}
+
+Ink ink_of(const Moment &moment) {
+  if (moment.is_error) return Ink::kError;
+  if (moment.level == "operator") return Ink::kCare;
+  return moment.level == "program" || moment.level == "command" ? Ink::kGood : Ink::kPlain;
 }
 
 void check(const TraceOptions &options) {

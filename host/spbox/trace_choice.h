@@ -10,6 +10,7 @@
 #include <set>
 #include <string>
 
+#include "host/spbox/standard_output.h"
 #include "host/trace_book/history.h"
 
 namespace spbox {
@@ -20,8 +21,17 @@ struct TraceOptions {
   pid_t pid = 0;         // 0: of all
   bool as_json = false, errors = false, calls = false, follow = false;
   std::string run, function, since;
+  bool each_name = false;
   std::set<pid_t> inside;  // who is in the box
+  Window window;           // where it is printed
+
+  trace_book::UnitNames names() const {
+    return each_name ? trace_book::UnitNames::kEach : trace_book::UnitNames::kTogether;
+  }
 };
+
+// What a moment looks like where there are colours: an error, what somebody does, what a program does.
+Ink ink_of(const trace_book::Moment &moment);
 
 // Throws UsageError.
 void check(const TraceOptions &options);

@@ -13,7 +13,7 @@ namespace spbox {
 std::vector<const trace_book::Moment *> in_tree(std::vector<const trace_book::Moment *> moments,
                                                 const TraceOptions &options);
 
-std::string call_tree(const trace_book::History &history, const std::vector<const trace_book::Moment *> &moments,
-                      const TraceOptions &options);
+void print_call_tree(const trace_book::History &history, const std::vector<trace_book::Told> &lines,
+                     const TraceOptions &options);
 
 }  // namespace spbox

@@ -1,6 +1,7 @@
 // What commands reported: the log.
 #include <algorithm>
 #include <memory>
+#include <utility>
 
 #include "host/box/contents.h"
 #include "host/spbox/json.h"
@@ -16,7 +17,16 @@ struct LogOptions {
   std::filesystem::path box;
   std::size_t last = 0;  // 0: all
   bool as_json = false;
+  Window window;
 };
+
+// In a window, what has no room goes on below the event.
+void print_table(std::vector<std::vector<std::string>> lines, const Window &window) {
+  bool is_head = true;
+  for (const std::string &line : aligned_lines(std::move(lines), window.columns, 2)) {
+    print_in(std::exchange(is_head, false) ? Ink::kHead : Ink::kPlain, line + "\n", window);
+  }
+}
 
 // Beside what is printed, so that scripts can read that.
 void tell_of(const box::EventLog::Damage &damage) {
@@ -54,7 +64,7 @@ int log(const LogOptions &options) {
   } else if (entries.empty()) {
     print_line(damage.bytes == 0 ? "The log is empty." : "The log holds no whole entry.");
   } else {
-    print(aligned(lines));
+    print_table(std::move(lines), options.window);
   }
   tell_of(damage);
   return 0;
@@ -78,6 +88,7 @@ Verb log_verb() {
           .works_on_box = true,
           .words = {box_word(options->box), last_option(*options), json_option(options->as_json)},
           .footer = "Example:\n  spbox log box --json",
+          .prepare = [options] { options->window = window_of_output(); },
           .act = [options] { return log(*options); }};
 }
 

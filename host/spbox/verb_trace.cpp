@@ -1,28 +1,22 @@
 // What commands did in the box: the library's records and the platform's calls.
-#include <fcntl.h>
 #include <poll.h>
-#include <sys/stat.h>
 #include <unistd.h>
 
-#include <algorithm>
-#include <cerrno>
 #include <cstdio>
 #include <memory>
 #include <set>
 
-#include "host/base/descriptor.h"
 #include "host/box/call_ring.h"
 #include "host/box/contents.h"
 #include "host/box/inhabitants.h"
-#include "host/box/own_files.h"
 #include "host/box/trace_ring.h"
-#include "host/spbox/bent_text.h"
 #include "host/spbox/json.h"
 #include "host/spbox/standard_output.h"
 #include "host/spbox/text.h"
 #include "host/spbox/trace_choice.h"
 #include "host/spbox/trace_tree.h"
 #include "host/spbox/verbs.h"
+#include "host/trace_book/following.h"
 #include "host/trace_book/history.h"
 #include "host/trace_book/trace_book.h"
 
@@ -31,26 +25,10 @@ namespace {
 
 using trace_book::History;
 using trace_book::Moment;
+using trace_book::Rings;
+using trace_book::Told;
 using trace_book::TraceLine;
 using trace_book::TraceValue;
-
-// A box of an older spbox has no calls. What is damaged costs the calls and not the trace.
-std::vector<box::CallEntry> calls_of(const box::Place &place) {
-  struct stat status {};
-  if (lstat(place.calls().c_str(), &status) != 0 && errno == ENOENT) return {};
-  try {
-    return box::CallRing::read(place.calls());
-  } catch (const std::runtime_error &error) {
-    complain(std::string(error.what()) + (std::string(error.what()).ends_with('.') ? "" : ".") +
-             " The library's records are shown without the platform's.");
-    return {};
-  }
-}
-
-struct Rings {
-  std::vector<box::TraceEntry> records;
-  std::vector<box::CallEntry> calls;
-};
 
 Json trace_json(const box::TraceEntry &entry) {
   const TraceLine line = trace_book::words_of(entry);
@@ -70,15 +48,6 @@ Json trace_json(const box::TraceEntry &entry) {
                       {"code", hexadecimal(entry.event)},
                       {"known", line.is_known},
                       {"values", values}};
-}
-
-// "a child was started: time limit 10, child 4711"
-std::string text_of(const TraceLine &line) {
-  std::string text = line.event;
-  for (const TraceValue &value : line.values) {
-    text += (&value == &line.values.front() ? ": " : ", ") + value.meaning + " " + value.text;
-  }
-  return text;
 }
 
 template <typename Entry>
@@ -104,17 +73,54 @@ int print_json(const Rings &rings, const History &history, const TraceOptions &o
   return 0;
 }
 
-std::vector<std::string> cells_of(const Moment &moment) {
-  return {time_of_day(moment.time_ns), std::to_string(moment.pid), moment.level, moment.function, moment.text};
+enum class Head { kShown, kNone };
+
+// In a window that is narrower, a line has the time, the process and what happened.
+constexpr std::size_t kWide = 132;
+
+// Columns that stay where they are from one look to the next.
+std::vector<std::string> widest_cells() {
+  return {std::string(15, 'x'), std::string(7, 'x'), std::string(12, 'x'), std::string(30, 'x'), ""};
+}
+
+std::vector<std::string> cells_of(const Told &line, bool is_narrow) {
+  const Moment &moment = *line.moment;
+  const std::string pid = std::to_string(moment.pid), sign = moment.is_error ? "! " : "";
+  if (is_narrow) return {time_of_day(moment.time_ns).substr(0, 12), pid, sign + moment.function + ": " + line.text};
+  return {time_of_day(moment.time_ns), pid, moment.level, moment.function, sign + line.text};
+}
+
+void print_lines(const std::vector<Told> &lines, const TraceOptions &options, Head head) {
+  const std::size_t width = options.window.columns;
+  const bool is_narrow = width != kNoWidth && width < kWide;
+  std::vector<std::vector<std::string>> cells;
+  if (options.follow && !is_narrow) cells.push_back(widest_cells());
+  if (options.follow && is_narrow) cells.push_back({std::string(12, 'x'), std::string(7, 'x'), ""});
+  const std::size_t unshown = cells.size();
+  if (head == Head::kShown && is_narrow) cells.push_back({"Time", "Pid", "Event"});
+  if (head == Head::kShown && !is_narrow) cells.push_back({"Time", "Pid", "Level", "Function", "Event"});
+  const std::size_t first = cells.size();
+  for (const Told &line : lines) cells.push_back(cells_of(line, is_narrow));
+  const std::vector<std::string> texts = aligned_lines(std::move(cells), width, 2);
+  for (std::size_t i = unshown; i < texts.size(); ++i) {
+    print_in(i < first ? Ink::kHead : ink_of(*lines[i - first].moment), texts[i] + "\n", options.window);
+  }
+}
+
+std::vector<const Moment *> shown_of(const std::vector<const Moment *> &moments, const History &history,
+                                     const TraceOptions &options) {
+  const Wanted wanted(options, history);
+  std::vector<const Moment *> shown;
+  for (const Moment *moment : moments) {
+    if (!moment->is_void && wanted.has(*moment)) shown.push_back(moment);
+  }
+  return shown;
 }
 
 std::vector<const Moment *> shown_of(const History &history, const TraceOptions &options) {
-  const Wanted wanted(options, history);
   std::vector<const Moment *> moments;
-  for (const Moment &moment : history.moments()) {
-    if (!moment.is_void && wanted.has(moment)) moments.push_back(&moment);
-  }
-  return moments;
+  for (const Moment &moment : history.moments()) moments.push_back(&moment);
+  return shown_of(moments, history, options);
 }
 
 bool is_narrowed(const TraceOptions &options) {
@@ -131,35 +137,19 @@ void tell_of_none(const History &history, const TraceOptions &options) {
   }
 }
 
-int print_list(const History &history, const TraceOptions &options) {
+int print_history(const History &history, const TraceOptions &options) {
   std::vector<const Moment *> moments = shown_of(history, options);
-  keep_last(moments, options.last);
-  if (moments.empty()) {
+  if (options.calls) moments = in_tree(std::move(moments), options);
+  std::vector<Told> lines = told(moments, options.names());
+  keep_last(lines, options.last);
+  if (lines.empty()) {
     tell_of_none(history, options);
-    return 0;
-  }
-  std::vector<std::vector<std::string>> lines{{"Time", "Pid", "Level", "Function", "Event"}};
-  for (const Moment *moment : moments) lines.push_back(cells_of(*moment));
-  print(aligned(lines));
-  return 0;
-}
-
-int print_tree(const History &history, const TraceOptions &options) {
-  std::vector<const Moment *> moments = in_tree(shown_of(history, options), options);
-  keep_last(moments, options.last);
-  if (moments.empty()) {
-    tell_of_none(history, options);
+  } else if (options.calls) {
+    print_call_tree(history, lines, options);
   } else {
-    print(call_tree(history, moments, options));
+    print_lines(lines, options, Head::kShown);
   }
   return 0;
-}
-
-Rings rings_of(const box::Place &place) {
-  Rings rings;
-  rings.records = box::TraceRing::read(place.trace());
-  rings.calls = calls_of(place);
-  return rings;
 }
 
 // Whether the reader of what is printed is still there, after a tenth of a second.
@@ -169,102 +159,41 @@ bool waits_for_more() {
   return poll(&reader, 1, kLook) == 0;
 }
 
-// Prints what comes, until the reader is gone or somebody interrupts. A ring that is made anew begins at its front.
-class Following {
- public:
-  explicit Following(const TraceOptions &options) : options_(options), place_(options.box) {}
+void tell_of(const std::string &trouble) {
+  if (!trouble.empty()) complain(trouble);
+}
 
-  int go() {
-    bool is_first = true;
-    do {
-      look(is_first);
-      is_first = false;
-    } while (std::fflush(stdout) == 0 && waits_for_more());
-    return 0;
-  }
+void print_news(const trace_book::Following::News &news, const TraceOptions &options, bool is_first) {
+  tell_of(news.trouble);
+  if (news.trace_is_anew) print_line("-- The trace was made anew. --");
+  if (news.calls_are_anew && !news.trace_is_anew) print_line("-- The platform's part of the trace was made anew. --");
+  std::vector<Told> lines = told(shown_of(news.moments, news.history, options), options.names());
+  if (is_first) keep_last(lines, options.last);
+  print_lines(lines, options, is_first ? Head::kShown : Head::kNone);
+}
 
- private:
-  void look(bool is_first) {
-    const ino_t ring = ring_now();
-    if (!is_first && ring == 0) return;  // between two rings
-    const std::string counts = count_in(place_.trace()) + count_in(place_.calls());
-    const bool is_new = ring != ring_ || counts != counts_;
-    // A record that was still being written when its ring was read is looked for once more.
-    if (!is_new && !was_new_) return;
-    was_new_ = is_new;
-    counts_ = counts;
-    if (ring != ring_) {
-      if (ring_ != 0) print_line("-- The trace was made anew. --");
-      records_.clear();
-      calls_.clear();
-      ring_ = ring;
-    }
-    const Rings rings = rings_of(place_);
-    const History history(rings.records, rings.calls, box::model_in(place_));
-    show(history, is_first);
-    records_ = numbers_of(rings.records);
-    calls_ = numbers_of(rings.calls);
-  }
-
-  // In ascending order.
-  static std::vector<std::uint64_t> numbers_of(const auto &entries) {
-    std::vector<std::uint64_t> numbers;
-    for (const auto &entry : entries) numbers.push_back(entry.number);
-    return numbers;
-  }
-
-  // The bytes of the file that change with each record.
-  static std::string count_in(const std::filesystem::path &file) {
-    const base::Descriptor ring(open(file.c_str(), O_RDONLY | box::kOwnFile));
-    std::string bytes(sizeof(std::uint64_t), '\0');
-    const ssize_t size = pread(ring.get(), bytes.data(), bytes.size(), box::TraceRing::kCountAt);
-    return size == static_cast<ssize_t>(bytes.size()) ? bytes : "";
-  }
-
-  ino_t ring_now() const {
-    struct stat status {};
-    return lstat(place_.trace().c_str(), &status) == 0 ? status.st_ino : 0;
-  }
-
-  void show(const History &history, bool is_first) {
-    std::vector<const Moment *> moments = shown_of(history, options_);
-    std::erase_if(moments, [&](const Moment *moment) {
-      return std::ranges::binary_search(moment->is_of_library ? records_ : calls_, moment->number);
-    });
-    if (is_first) keep_last(moments, options_.last);
-    std::vector<std::vector<std::string>> lines;
-    // Widths that stay from one look to the next.
-    lines.push_back({std::string(15, 'x'), std::string(7, 'x'), std::string(12, 'x'), std::string(30, 'x'), ""});
-    if (is_first) lines.push_back({"Time", "Pid", "Level", "Function", "Event"});
-    for (const Moment *moment : moments) lines.push_back(cells_of(*moment));
-    const std::string text = aligned(lines);
-    print(text.substr(text.find('\n') + 1));
-  }
-
-  const TraceOptions &options_;
-  box::Place place_;
-  ino_t ring_ = 0;
-  std::string counts_;
-  bool was_new_ = true;
-  std::vector<std::uint64_t> records_, calls_;  // those that were there at the last look
-};
+// Prints what comes, until the reader is gone or somebody interrupts.
+int follow(const TraceOptions &options) {
+  trace_book::Following following{box::Place(options.box)};
+  bool is_first = true;
+  do {
+    if (auto news = following.look()) print_news(*news, options, is_first);
+    is_first = false;
+  } while (std::fflush(stdout) == 0 && waits_for_more());
+  return 0;
+}
 
 int trace(const TraceOptions &options) {
   const box::Place place(options.box);
   box::check_is_box(place);
-  if (options.follow) return Following(options).go();
-  const Rings rings = rings_of(place);
+  if (options.follow) return follow(options);
+  const Rings rings = trace_book::rings_of(place);
+  tell_of(rings.trouble);
   const History history(rings.records, rings.calls, box::model_in(place));
-  if (options.as_json) return print_json(rings, history, options);
-  return options.calls ? print_tree(history, options) : print_list(history, options);
+  return options.as_json ? print_json(rings, history, options) : print_history(history, options);
 }
 
 }  // namespace
-
-std::string trace_text(const box::TraceEntry &entry) {
-  const TraceLine line = trace_book::words_of(entry);
-  return line.function + ": " + text_of(line);
-}
 
 Verb trace_verb() {
   auto options = std::make_shared<TraceOptions>();
@@ -298,6 +227,9 @@ Verb trace_verb() {
                      .help = "As a tree: which function called which, and how long it\ntook",
                      .to = &options->calls,
                      .excludes = {"--json", "-f"}},
+                    {.name = "--names",
+                     .help = "Each call for the name of a unit; without it, a list of\nunits is one line",
+                     .to = &options->each_name},
                     {.name = "-f",
                      .help = "Go on with what comes, until Ctrl-C",
                      .to = &options->follow,
@@ -317,6 +249,7 @@ Verb trace_verb() {
           .check = [options] { check(*options); },
           .prepare =
               [options] {
+                options->window = window_of_output();
                 if (options->calls) options->inside = box::inhabitants(box::Place(options->box));
               },
           .act = [options] { return trace(*options); }};

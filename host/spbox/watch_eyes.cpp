@@ -21,6 +21,7 @@
 #include "host/spbox/log_book.h"
 #include "host/spbox/text.h"
 #include "host/spbox/unit_text.h"
+#include "host/trace_book/following.h"
 #include "host/watch/packed.h"
 
 namespace spbox {
@@ -136,9 +137,20 @@ watch::Server server_in(const box::Place &place) {
 }
 
 TextLines trace_in(const box::Place &place, std::size_t lines) {
+  // Many moments may be one line.
+  constexpr std::uint32_t kForALine = 4;
+  const trace_book::Rings rings = trace_book::newest_rings_of(place, static_cast<std::uint32_t>(lines) * kForALine);
+  const trace_book::History history(rings.records, rings.calls, box::model_in(place));
+  std::vector<const trace_book::Moment *> moments;
+  for (const trace_book::Moment &moment : history.moments()) {
+    if (!moment.is_void) moments.push_back(&moment);
+  }
+  std::vector<trace_book::Told> newest = trace_book::told(moments, trace_book::UnitNames::kTogether);
+  if (newest.size() > lines) newest.erase(newest.begin(), newest.end() - static_cast<long>(lines));
   TextLines trace;
-  for (const box::TraceEntry &entry : box::TraceRing::read_last(place.trace(), static_cast<std::uint32_t>(lines))) {
-    trace.push_back(time_of_day(entry.time_ns).substr(0, 12) + " " + trace_text(entry));
+  for (const trace_book::Told &line : newest) {
+    trace.push_back(time_of_day(line.moment->time_ns).substr(0, 12) + (line.moment->is_error ? " ! " : " ") +
+                    line.moment->function + ": " + line.text);
   }
   return trace;
 }

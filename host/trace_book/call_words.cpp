@@ -1,5 +1,6 @@
 #include "host/trace_book/call_words.h"
 
+#include <algorithm>
 #include <array>
 #include <string_view>
 
@@ -102,68 +103,117 @@ std::string unit_id_text(const CallEntry &entry) {
   return text.data();
 }
 
-CallLine line_of(const CallEntry &entry) {
-  const bool is_refused = entry.result < 0;
+std::string name_text(const CallEntry &entry) {
+  return "unit id " + unit_id_text(entry) + ": " + (entry.result < 0 ? "no name" : text_in(entry));
+}
+
+std::string opened(const CallEntry &entry) {
+  return text_in(entry) + ": " + (entry.result < 0 ? "not opened" : descriptor_of(entry));
+}
+
+std::string waited(const CallEntry &entry) {
+  if (entry.result < 0) return "the wait for a reply failed";
+  return entry.result == 0 ? "no reply came in time" : "a reply has come";
+}
+
+std::string text_of(const CallEntry &entry) {
   switch (entry.kind) {
     case CallKind::kMore:
       break;
     case CallKind::kBegin:
-      return {"command", name_of_program(entry.whole_text),
-              "begins as run " + std::to_string(entry.second) + ": " + text_in(entry)};
-    case CallKind::kEnd:
-      return {"command", name_of_program(entry.whole_text), exit_text(entry)};
+      return "begins as run " + std::to_string(entry.second) + ": " + text_in(entry);
     case CallKind::kProgram:
-      return {"program", name_of_program(entry.whole_text), "starts: " + text_in(entry)};
+      return "starts: " + text_in(entry);
+    case CallKind::kEnd:
     case CallKind::kProgramEnd:
-      return {"program", name_of_program(entry.whole_text), exit_text(entry)};
+      return exit_text(entry);
     case CallKind::kOpen:
-      return {"database", "scdb_open", database_of(entry, " is open"), is_refused};
+      return database_of(entry, " is open");
     case CallKind::kLock:
-      return {"database", "scdb_lock", database_of(entry, " is locked"), is_refused};
-    case CallKind::kRead:
-      return {"database", "scdb_get", record_of(entry), is_refused};
-    case CallKind::kWrite:
-      return {"database", "lcmn_scdb_put", record_of(entry), is_refused};
+      return database_of(entry, " is locked");
     case CallKind::kUnlock:
-      return {"database", "scdb_unlock", database_of(entry, " is unlocked"), is_refused};
+      return database_of(entry, " is unlocked");
     case CallKind::kClose:
-      return {"database", "scdb_close", database_of(entry, " is closed"), is_refused};
+      return database_of(entry, " is closed");
+    case CallKind::kRead:
+    case CallKind::kWrite:
+      return record_of(entry);
     case CallKind::kQuestion:
-      return {"operator", "cli_ask_select", "\"" + on_one_line(text_in(entry)) + "\"", is_refused};
+      return "\"" + on_one_line(text_in(entry)) + "\"";
     case CallKind::kAnswer:
-      return {"operator", "cli_ask_select", answer_of(entry), entry.result == LMAINTE_ASK_FAILED};
+      return answer_of(entry);
     case CallKind::kLog:
-      return {"log", "mgblog_save", is_refused ? "an event was not saved" : "an event is saved", is_refused};
+      return entry.result < 0 ? "an event was not saved" : "an event is saved";
     case CallKind::kName:
-      return {"platform", "api_conv_unit_name_get",
-              "unit id " + unit_id_text(entry) + ": " + (is_refused ? "no name" : text_in(entry)), is_refused};
+      return name_text(entry);
     case CallKind::kFileOpen:
-      return {"file", "lcmn_lopen", text_in(entry) + ": " + (is_refused ? "not opened" : descriptor_of(entry)),
-              is_refused};
+      return opened(entry);
     case CallKind::kFileRead:
-      return {"file", "lcmn_read", moved(entry), is_refused};
     case CallKind::kFileWrite:
-      return {"file", "lcmn_write", moved(entry), is_refused};
+      return moved(entry);
     case CallKind::kFileClose:
-      return {"file", "lcmn_close", descriptor_of(entry) + (is_refused ? ": failed" : ": closed"), is_refused};
+      return descriptor_of(entry) + (entry.result < 0 ? ": failed" : ": closed");
     case CallKind::kSend:
-      return {"daemon", "lcmn_send", message_of(entry, "request"), is_refused};
+      return message_of(entry, "request");
     case CallKind::kReceive:
-      return {"daemon", "lcmn_receive", message_of(entry, "reply to request"), is_refused};
+      return message_of(entry, "reply to request");
     case CallKind::kWaitForReply:
-      return {"daemon", "lcmn_select",
-              is_refused          ? "the wait for a reply failed"
-              : entry.result == 0 ? "no reply came in time"
-                                  : "a reply has come",
-              entry.result <= 0};
+      return waited(entry);
   }
-  return {"platform", "?", ""};
+  return "";
 }
+
+bool is_error(const CallEntry &entry) {
+  switch (entry.kind) {
+    case CallKind::kBegin:
+    case CallKind::kEnd:
+    case CallKind::kProgram:
+    case CallKind::kProgramEnd:
+      return false;
+    case CallKind::kAnswer:
+      return entry.result == LMAINTE_ASK_FAILED;
+    case CallKind::kWaitForReply:
+      return entry.result <= 0;
+    default:
+      return entry.result < 0;
+  }
+}
+
+constexpr std::array<CallRow, box::kCallKinds - 1> kRows{{
+    {CallKind::kBegin, "command", "", "a command begins, with its number in the box and its words"},
+    {CallKind::kEnd, "command", "", "it ends, with its exit status"},
+    {CallKind::kProgram, "program", "", "a control program starts, with its argument line"},
+    {CallKind::kProgramEnd, "program", "", "it ends by itself, with its exit status"},
+    {CallKind::kOpen, "database", "scdb_open", "a database is opened"},
+    {CallKind::kLock, "database", "scdb_lock", "it is locked"},
+    {CallKind::kRead, "database", "scdb_get", "a record is read, with its name and its bytes"},
+    {CallKind::kWrite, "database", "lcmn_scdb_put", "a record is written"},
+    {CallKind::kUnlock, "database", "scdb_unlock", "the database is unlocked"},
+    {CallKind::kClose, "database", "scdb_close", "it is closed"},
+    {CallKind::kQuestion, "operator", "cli_ask_select", "the operator is asked"},
+    {CallKind::kAnswer, "operator", "cli_ask_select", "what they type, and the choice that it is"},
+    {CallKind::kLog, "log", "mgblog_save", "an event goes into the log"},
+    {CallKind::kName, "platform", "api_conv_unit_name_get", "a unit gets its name; a list of units is one line"},
+    {CallKind::kFileOpen, "file", "lcmn_lopen", "a file is opened"},
+    {CallKind::kFileRead, "file", "lcmn_read", "so many bytes of it are read"},
+    {CallKind::kFileWrite, "file", "lcmn_write", "so many bytes are written"},
+    {CallKind::kFileClose, "file", "lcmn_close", "it is closed"},
+    {CallKind::kSend, "daemon", "lcmn_send", "a request goes to the daemon"},
+    {CallKind::kReceive, "daemon", "lcmn_receive", "its reply is taken"},
+    {CallKind::kWaitForReply, "daemon", "lcmn_select", "the wait for a reply ends"},
+}};
 
 }  // namespace
 
+std::span<const CallRow> call_rows() {
+  return kRows;
+}
+
 CallLine words_of(const CallEntry &entry) {
-  CallLine line = line_of(entry);
+  const auto row = std::ranges::find(kRows, entry.kind, &CallRow::kind);
+  if (row == kRows.end()) return {"platform", "?", ""};
+  const std::string function = row->function.empty() ? name_of_program(entry.whole_text) : std::string(row->function);
+  CallLine line{std::string(row->party), function, text_of(entry), is_error(entry)};
   if (entry.deviated) line.text += " (a deviation)";
   return line;
 }
@@ -174,8 +224,12 @@ std::string database_text(std::uint32_t db_id) {
 }
 
 std::string database_result_text(std::int32_t result) {
-  const std::string number = std::to_string(result), name = named(kDatabaseResults, result, "");
+  const std::string number = std::to_string(result), name = database_result_name(result);
   return name.empty() ? "result " + number : name + " (" + number + ")";
+}
+
+std::string database_result_name(std::int32_t result) {
+  return named(kDatabaseResults, result, "");
 }
 
 std::string name_of_program(const std::string &line) {

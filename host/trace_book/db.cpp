@@ -9,12 +9,12 @@ namespace {
 
 constexpr std::array kSharedOfDatabase{
     SharedPhrase{"no-database", "no such database", kDatabase},
-    SharedPhrase{"out-of-order", "out of order", "result", kDatabase},
-    SharedPhrase{"not-locked", "the database was not locked", "result", kDatabase},
-    SharedPhrase{"no-record", "there is no such record", "result"},
-    SharedPhrase{"not-read", "the record was not read", "client's result", kDatabase},
+    SharedPhrase{"out-of-order", "out of order", kResult, kDatabase},
+    SharedPhrase{"not-locked", "the database was not locked", kResult, kDatabase},
+    SharedPhrase{"no-record", "there is no such record", kResult},
+    SharedPhrase{"not-read", "the record was not read", kClientResult, kDatabase},
     SharedPhrase{"other-size", "the record has another size", "bytes expected", "bytes found"},
-    SharedPhrase{"not-unlocked", "the database was not unlocked", "result", kDatabase},
+    SharedPhrase{"not-unlocked", "the database was not unlocked", kResult, kDatabase},
     SharedPhrase{"no-table", "the table is null"},
 };
 
@@ -26,7 +26,7 @@ inline constexpr Page kPage<ScdbOpen>{
     {
         {ScdbOpen::kCount, "one user more", "users"},
         {ScdbOpen::kWrongCount, "the count of users is wrong", kDatabase, "users"},
-        {ScdbOpen::kClientRefused, "the client did not open it", "client's result", kDatabase},
+        {ScdbOpen::kClientRefused, "the client did not open it", kClientResult, kDatabase},
     },
 };
 
@@ -36,7 +36,7 @@ inline constexpr Page kPage<ScdbClose>{
     {
         {ScdbClose::kCount, "one user less", "users"},
         {ScdbClose::kNotOpen, "it is not open", kDatabase, "users"},
-        {ScdbClose::kClientRefused, "the client did not close it", "client's result", kDatabase},
+        {ScdbClose::kClientRefused, "the client did not close it", kClientResult, kDatabase},
     },
 };
 
@@ -45,7 +45,7 @@ inline constexpr Page kPage<ScdbLock>{
     "lmainte_scdb_lock",
     {
         {ScdbLock::kWrongCount, "the count of locks is wrong", kDatabase, "locks"},
-        {ScdbLock::kClientRefused, "the client did not lock it", "client's result", kDatabase},
+        {ScdbLock::kClientRefused, "the client did not lock it", kClientResult, kDatabase},
     },
 };
 
@@ -54,7 +54,7 @@ inline constexpr Page kPage<ScdbUnlock>{
     "lmainte_scdb_unlock",
     {
         {ScdbUnlock::kNotLocked, "it is not locked", kDatabase, "locks"},
-        {ScdbUnlock::kClientRefused, "the client did not unlock it", "client's result", kDatabase},
+        {ScdbUnlock::kClientRefused, "the client did not unlock it", kClientResult, kDatabase},
     },
 };
 
@@ -95,7 +95,7 @@ template <>
 inline constexpr Page kPage<ScdbPut>{
     "lmainte_scdb_put",
     {
-        {ScdbPut::kNotWritten, "the record was not written", "client's result", kDatabase},
+        {ScdbPut::kNotWritten, "the record was not written", kClientResult, kDatabase},
     },
 };
 
@@ -103,9 +103,9 @@ template <>
 inline constexpr Page kPage<GetData>{
     "lmainte_db_get_data",
     {
-        {GetData::kNotOpened, "the database was not opened", "result", kDatabase},
-        {GetData::kNotRead, "the record was not read", "client's result", "index"},
-        {GetData::kNotClosed, "the database was not closed", "result", kDatabase},
+        {GetData::kNotOpened, "the database was not opened", kResult, kDatabase},
+        {GetData::kNotRead, "the record was not read", kClientResult, "index"},
+        {GetData::kNotClosed, "the database was not closed", kResult, kDatabase},
     },
 };
 

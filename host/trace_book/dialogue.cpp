@@ -11,7 +11,7 @@ constexpr std::array kSharedOfDialogue{
     SharedPhrase{"no-child", "no child could be made", kErrno},
     SharedPhrase{"no-lines", "the lines are null"},
     SharedPhrase{"no-file", "the list file cannot be created", kErrno},
-    SharedPhrase{"pager-failed", "the pager failed", "result"},
+    SharedPhrase{"pager-failed", "the pager failed", kResult},
     SharedPhrase{"not-removed", "the list file cannot be removed", "result", kErrno},
     SharedPhrase{"no-units", "the records are null"},
     SharedPhrase{"no-name", "a unit has no name", "result"},
@@ -26,12 +26,13 @@ template <>
 inline constexpr Page kPage<AskSelect>{
     "lmainte_ask_select",
     {
-        {AskSelect::kAnswered, "the prompt returned", "result"},
+        {AskSelect::kExit, "exit", Value{"result", Form::kAnswer}},
+        {AskSelect::kAnswered, "the prompt returned", Value{"result", Form::kAnswer}},
         {AskSelect::kNoSecond, "the second argument is null"},
         {AskSelect::kNoFormat, "the format is null"},
-        {AskSelect::kNotFlushed, "typed-ahead input was not discarded", "result"},
-        {AskSelect::kEchoNotOn, "echo was not switched on", "result"},
-        {AskSelect::kEchoNotOff, "echo was not switched off: the answer does not count", "result"},
+        {AskSelect::kNotFlushed, "typed-ahead input was not discarded", kResult},
+        {AskSelect::kEchoNotOn, "echo was not switched on", kResult},
+        {AskSelect::kEchoNotOff, "echo was not switched off: the answer does not count", kResult},
     },
 };
 
@@ -39,7 +40,7 @@ template <>
 inline constexpr Page kPage<TtyControl>{
     "lmainte_tty_control",
     {
-        {TtyControl::kMode, "change the terminal", "mode", "setting"},
+        {TtyControl::kMode, "change the terminal", Value{"mode", Form::kTerminalMode}, "setting"},
         {TtyControl::kNotRead, "the terminal's attributes cannot be read", "result", kErrno},
         {TtyControl::kNoMode, "no such mode", "mode", "setting"},
         {TtyControl::kNotFlushed, "the terminal's queue was not discarded", "result", kErrno},

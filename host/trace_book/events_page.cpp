@@ -2,6 +2,7 @@
 
 #include <cstdio>
 
+#include "host/trace_book/call_words.h"
 #include "host/trace_book/pages.h"
 
 namespace trace_book {
@@ -18,7 +19,7 @@ constexpr char kHead[] =
     "Every\n"
     "function also has the event `exit`: its number is that of `entry` and one more. An internal step of a function "
     "stands\n"
-    "behind it, as in `lmainte_exec:stop-child`.\n";
+    "behind it, as in `lmainte_exec:stop-child`. The last table has what the platform keeps beside them.\n";
 
 std::string code_text(Code code) {
   char text[16];
@@ -47,6 +48,26 @@ std::string section(const Function &function) {
   return text;
 }
 
+constexpr char kPlatform[] =
+    "\n## The platform's records\n"
+    "\n"
+    "A box keeps what passes between a command and its platform in a ring of its own, `mgb/log/calls`, the last 8192 "
+    "records.\n"
+    "The trace in words has them among the library's, in the order in which they happened. They are not among the "
+    "library's events:\n"
+    "`when trace` does not find them, and `--json` leaves them out. Each has the time at which it began, how long it "
+    "took, and its\n"
+    "result; where the client is told an error, the result stands by its name.\n"
+    "\n"
+    "| who | function | it says |\n"
+    "|---|---|---|\n";
+
+std::string row(const CallRow &call) {
+  const std::string function =
+      call.function.empty() ? "the name of the program" : "`" + std::string(call.function) + "`";
+  return "| " + std::string(call.party) + " | " + function + " | " + std::string(call.meaning) + " |\n";
+}
+
 }  // namespace
 
 std::string events_page() {
@@ -55,6 +76,8 @@ std::string events_page() {
     page += "\n## " + std::string(room.folder) + "\n";
     for (const Function &function : room.functions()) page += section(function);
   }
+  page += kPlatform;
+  for (const CallRow &call : call_rows()) page += row(call);
   return page;
 }
 

@@ -102,7 +102,7 @@ class Reader {
   void take(const box::TraceEntry &record) {
     const TraceLine line = words_of(record);
     const auto pid = static_cast<pid_t>(line.pid);
-    Process &process = processes_[pid];
+    Process &process = process_of(pid);
     Moment moment;
     moment.is_of_library = true;
     moment.number = record.number;
@@ -123,8 +123,29 @@ class Reader {
     if (line.is_error) judge_read(process, line, kept);
     if (record.event == trace_events::kEventBase + trace_events::Exec::kStarted &&
         record.word_count > kSecondValueWord) {
-      processes_[static_cast<pid_t>(record.words.at(kSecondValueWord))].run = kept.run;
+      const auto child = static_cast<pid_t>(record.words.at(kSecondValueWord));
+      if (!processes_.contains(child)) processes_[child] = child_of(process);
     }
+  }
+
+  // A child goes on where its parent stood.
+  static Process child_of(const Process &parent) {
+    Process child;
+    child.run = parent.run;
+    child.frames = parent.frames;
+    return child;
+  }
+
+  // The library does not record the beginning of each child. Where one run alone is under way, the child is of that.
+  Process &process_of(pid_t pid) {
+    const auto [at, is_new] = processes_.try_emplace(pid);
+    if (!is_new) return at->second;
+    const auto begun = std::ranges::find_if(runs_, [](const Run &run) { return !run.end_ns; });
+    if (begun == runs_.end()) return at->second;
+    const bool is_only =
+        std::ranges::none_of(std::next(begun), runs_.end(), [](const Run &run) { return !run.end_ns; });
+    if (is_only && begun->pid != pid) at->second = child_of(processes_[begun->pid]);
+    return at->second;
   }
 
   // A call of a function ends with all that it called, also with what was left by a jump.
@@ -168,13 +189,9 @@ class Reader {
 
   void take(const box::CallEntry &call) {
     const CallLine line = words_of(call);
-    Process &process = processes_[call.pid];
+    Process &process = call.kind == box::CallKind::kBegin ? processes_[call.pid] : process_of(call.pid);
     if (call.kind == box::CallKind::kBegin) begin(process, call);
-    if (call.kind == box::CallKind::kProgram) {
-      process = {};
-      process.run = processes_[static_cast<pid_t>(call.first)].run;
-      process.frames = processes_[static_cast<pid_t>(call.first)].frames;
-    }
+    if (call.kind == box::CallKind::kProgram) process = child_of(processes_[static_cast<pid_t>(call.first)]);
     Moment moment;
     moment.number = call.number;
     moment.time_ns = ends_something(call) ? end_of(call) : call.time_ns;
@@ -185,6 +202,7 @@ class Reader {
     moment.function = line.function;
     moment.text = line.text;
     moment.is_error = line.is_error;
+    if (call.kind == box::CallKind::kName && !line.is_error) moment.unit_name = call.whole_text;
     moment.is_begin = call.kind == box::CallKind::kProgram;
     moment.is_end = call.kind == box::CallKind::kProgramEnd || call.kind == box::CallKind::kEnd;
     if (!moment.is_begin && !moment.is_end && call.kind != box::CallKind::kBegin &&
@@ -223,7 +241,29 @@ class Reader {
   std::map<pid_t, Process> processes_;
 };
 
+bool goes_on(const Told &before, const Moment &moment) {
+  return !moment.unit_name.empty() && !before.moment->unit_name.empty() && before.moment->pid == moment.pid;
+}
+
 }  // namespace
+
+std::vector<Told> told(const std::vector<const Moment *> &moments, UnitNames names) {
+  std::vector<Told> lines;
+  std::size_t together = 0;
+  for (const Moment *moment : moments) {
+    if (names == UnitNames::kEach || lines.empty() || !goes_on(lines.back(), *moment)) {
+      lines.push_back({moment, moment->text, moment->duration_ns});
+      together = 1;
+      continue;
+    }
+    Told &line = lines.back();
+    ++together;
+    line.text = std::to_string(together) + " units: " + line.moment->unit_name + (together == 2 ? ", " : " to ") +
+                moment->unit_name;
+    line.duration_ns = line.duration_ns.value_or(0) + moment->duration_ns.value_or(0);
+  }
+  return lines;
+}
 
 std::string Run::name() const {
   return name_of_program(words);

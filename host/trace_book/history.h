@@ -32,6 +32,7 @@ struct Moment {
   std::string text;
 
   bool is_error = false;
+  std::string unit_name;  // where it asks for one and gets it
   // It says nothing that holds: a record of the library for a read that failed in the other of two ways.
   bool is_void = false;
   // The beginning of what lasts, with how long it did, where it has ended; and its end, which the beginning has told.
@@ -63,5 +64,16 @@ class History {
   std::vector<Moment> moments_;
   std::vector<Run> runs_;
 };
+
+// A line of what is told: a moment, or several that say the same of one unit after the other.
+struct Told {
+  const Moment *moment;
+  std::string text;
+  std::optional<std::int64_t> duration_ns;
+};
+
+// A list asks for the name of each of its units: what a process asks for without a pause is told at once, or one by one.
+enum class UnitNames { kTogether, kEach };
+std::vector<Told> told(const std::vector<const Moment *> &moments, UnitNames names);
 
 }  // namespace trace_book

@@ -8,10 +8,10 @@ using namespace trace_events;
 namespace {
 
 constexpr std::array kSharedOfInventory{
-    SharedPhrase{"not-opened", "a database was not opened", kDatabase, "result"},
-    SharedPhrase{"not-locked", "a database was not locked", kDatabase, "result"},
-    SharedPhrase{"not-unlocked", "a database was not unlocked", kDatabase, "result"},
-    SharedPhrase{"not-closed", "a database was not closed", kDatabase, "result"},
+    SharedPhrase{"not-opened", "a database was not opened", kDatabase, kResult},
+    SharedPhrase{"not-locked", "a database was not locked", kDatabase, kResult},
+    SharedPhrase{"not-unlocked", "a database was not unlocked", kDatabase, kResult},
+    SharedPhrase{"not-closed", "a database was not closed", kDatabase, kResult},
     SharedPhrase{"refused", "an argument is refused", "count", kModel},
     SharedPhrase{"no-model", "no such model", kModel},
     SharedPhrase{"no-board", "no such board", "board"},
@@ -26,8 +26,8 @@ inline constexpr Page kPage<GetSbData>{
     "lmainte_get_sb_data",
     {
         {GetSbData::kRefused, "an argument is refused", "count"},
-        {GetSbData::kCmuNotRead, "a CMU was not read", "result"},
-        {GetSbData::kIouNotRead, "an IOU was not read", "result"},
+        {GetSbData::kCmuNotRead, "a CMU was not read", kResult},
+        {GetSbData::kIouNotRead, "an IOU was not read", kResult},
     },
 };
 
@@ -35,8 +35,8 @@ template <>
 inline constexpr Page kPage<ReadCmu>{
     "lmainte_get_sb_data:cmu",
     {
-        {ReadCmu::kNoRecord, "a record of the CMU was not read", "result", "board"},
-        {ReadCmu::kModulesNotRead, "the CMU's modules were not read", "result", "board"},
+        {ReadCmu::kNoRecord, "a record of the CMU was not read", kResult, "board"},
+        {ReadCmu::kModulesNotRead, "the CMU's modules were not read", kResult, "board"},
     },
 };
 
@@ -44,8 +44,8 @@ template <>
 inline constexpr Page kPage<ReadCpuModules>{
     "lmainte_get_sb_data:cpu-modules",
     {
-        {ReadCpuModules::kNoRecord, "a record of the board's modules was not read", "result", "board"},
-        {ReadCpuModules::kNoFruRecord, "the module's FRU record was not read", "result", "number"},
+        {ReadCpuModules::kNoRecord, "a record of the board's modules was not read", kResult, "board"},
+        {ReadCpuModules::kNoFruRecord, "the module's FRU record was not read", kResult, "number"},
     },
 };
 
@@ -53,7 +53,7 @@ template <>
 inline constexpr Page kPage<ReadIou>{
     "lmainte_get_sb_data:iou",
     {
-        {ReadIou::kNoRecord, "a record of the IOU was not read", "result", "board"},
+        {ReadIou::kNoRecord, "a record of the IOU was not read", kResult, "board"},
     },
 };
 
@@ -61,8 +61,8 @@ template <>
 inline constexpr Page kPage<ReadDimms>{
     "lmainte_get_sb_data:dimms",
     {
-        {ReadDimms::kNoRecord, "a record of the board's modules was not read", "result", "board"},
-        {ReadDimms::kNoFruRecord, "the module's FRU record was not read", "result", "number"},
+        {ReadDimms::kNoRecord, "a record of the board's modules was not read", kResult, "board"},
+        {ReadDimms::kNoFruRecord, "the module's FRU record was not read", kResult, "number"},
     },
 };
 
@@ -166,7 +166,7 @@ inline constexpr Page kPage<GetDdcaData>{
     "lmainte_get_ddca_data",
     {
         {GetDdcaData::kNoUnits, "no such DDC units", "number", "count"},
-        {GetDdcaData::kNotRead, "the backplane was not read", "result"},
+        {GetDdcaData::kNotRead, "the backplane was not read", kResult},
     },
 };
 
@@ -176,7 +176,7 @@ inline constexpr Page kPage<GetFruData>{
     {
         {GetFruData::kRefused, "an argument is refused", "count"},
         {GetFruData::kNoType, "no such type of unit", "type"},
-        {GetFruData::kNotRead, "the unit was not read", "result"},
+        {GetFruData::kNotRead, "the unit was not read", kResult},
     },
 };
 
@@ -192,8 +192,8 @@ template <>
 inline constexpr Page kPage<AwaitState>{
     "lmainte_chk_fru_install:await",
     {
-        {AwaitState::kNotRead, "the unit was not read", "result"},
-        {AwaitState::kNotReached, "the unit did not reach the expected state, or did not keep it", "result"},
+        {AwaitState::kNotRead, "the unit was not read", kResult},
+        {AwaitState::kNotReached, "the unit did not reach the expected state, or did not keep it", kResult},
     },
 };
 
@@ -209,10 +209,10 @@ template <>
 inline constexpr Page kPage<GetEmgbuData>{
     "lmainte_get_emgbu_data",
     {
-        {GetEmgbuData::kNotOpened, "a database was not opened", "result", kDatabase},
-        {GetEmgbuData::kNotLocked, "a database was not locked", "result", kDatabase},
-        {GetEmgbuData::kNotUnlocked, "a database was not unlocked", "result", kDatabase},
-        {GetEmgbuData::kNotClosed, "a database was not closed", "result", kDatabase},
+        {GetEmgbuData::kNotOpened, "a database was not opened", kResult, kDatabase},
+        {GetEmgbuData::kNotLocked, "a database was not locked", kResult, kDatabase},
+        {GetEmgbuData::kNotUnlocked, "a database was not unlocked", kResult, kDatabase},
+        {GetEmgbuData::kNotClosed, "a database was not closed", kResult, kDatabase},
     },
 };
 
@@ -220,10 +220,10 @@ template <>
 inline constexpr Page kPage<GetEmgbrData>{
     "lmainte_get_emgbr_data",
     {
-        {GetEmgbrData::kNotOpened, "a database was not opened", "result", kDatabase},
-        {GetEmgbrData::kNotLocked, "a database was not locked", "result", kDatabase},
-        {GetEmgbrData::kNotUnlocked, "a database was not unlocked", "result", kDatabase},
-        {GetEmgbrData::kNotClosed, "a database was not closed", "result", kDatabase},
+        {GetEmgbrData::kNotOpened, "a database was not opened", kResult, kDatabase},
+        {GetEmgbrData::kNotLocked, "a database was not locked", kResult, kDatabase},
+        {GetEmgbrData::kNotUnlocked, "a database was not unlocked", kResult, kDatabase},
+        {GetEmgbrData::kNotClosed, "a database was not closed", kResult, kDatabase},
     },
 };
 
@@ -232,7 +232,7 @@ inline constexpr Page kPage<GetEmgbData>{
     "lmainte_get_emgb_data",
     {
         {GetEmgbData::kNoType, "no service processor unit has this type", "type"},
-        {GetEmgbData::kNotRead, "the units were not read", "type", "result"},
+        {GetEmgbData::kNotRead, "the units were not read", "type", kResult},
     },
 };
 
@@ -240,9 +240,9 @@ template <>
 inline constexpr Page kPage<ReadEmgbs>{
     "lmainte_get_emgbu_data:read",
     {
-        {ReadEmgbs::kNoRecord, "the current record was not read", "result", "type"},
+        {ReadEmgbs::kNoRecord, "the current record was not read", kResult, "type"},
         {ReadEmgbs::kNoUnit, "no such service processor unit", "number"},
-        {ReadEmgbs::kNoFruRecord, "the unit's FRU record was not read", "result", "number"},
+        {ReadEmgbs::kNoFruRecord, "the unit's FRU record was not read", kResult, "number"},
     },
 };
 
@@ -250,7 +250,7 @@ template <>
 inline constexpr Page kPage<MergeLocal>{
     "lmainte_get_emgbu_data:local-record",
     {
-        {MergeLocal::kNoRecord, "the local record was not read", "result", "type"},
+        {MergeLocal::kNoRecord, "the local record was not read", kResult, "type"},
     },
 };
 
@@ -259,15 +259,15 @@ inline constexpr Page kPage<GetEmgbDataAll>{
     {"lmainte_get_emgb_data_all", "lmainte_get_emgb_data_pair"},
     {
         {GetEmgbDataAll::kNoResult, "the records are null"},
-        {GetEmgbDataAll::kNotOpened, "a database was not opened", "result", kDatabase},
-        {GetEmgbDataAll::kNotLocked, "a database was not locked", "result", kDatabase},
-        {GetEmgbDataAll::kEmgbusNotRead, "the units of the first kind were not read", "result"},
-        {GetEmgbDataAll::kEmgbrsNotRead, "the units of the second kind were not read", "result"},
-        {GetEmgbDataAll::kNotUnlocked, "a database was not unlocked", "result", kDatabase},
-        {GetEmgbDataAll::kNotClosed, "a database was not closed", "result", kDatabase},
+        {GetEmgbDataAll::kNotOpened, "a database was not opened", kResult, kDatabase},
+        {GetEmgbDataAll::kNotLocked, "a database was not locked", kResult, kDatabase},
+        {GetEmgbDataAll::kEmgbusNotRead, "the units of the first kind were not read", kResult},
+        {GetEmgbDataAll::kEmgbrsNotRead, "the units of the second kind were not read", kResult},
+        {GetEmgbDataAll::kNotUnlocked, "a database was not unlocked", kResult, kDatabase},
+        {GetEmgbDataAll::kNotClosed, "a database was not closed", kResult, kDatabase},
         {GetEmgbDataAll::kNoPairs, "the model has no pairs", kModel},
         {GetEmgbDataAll::kNoMemory, "no memory for the units", kErrno},
-        {GetEmgbDataAll::kNotRead, "the units were not read", "result"},
+        {GetEmgbDataAll::kNotRead, "the units were not read", kResult},
     },
 };
 

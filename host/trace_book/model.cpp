@@ -49,7 +49,7 @@ inline constexpr Page kPage<GetUnitPositionId>{
         {GetUnitPositionId::kNoMode, "no such mode", "mode"},
         {GetUnitPositionId::kNullArgument, "the path or the position is null", "mode"},
         {GetUnitPositionId::kNotWellFormed, "the path is not well formed", "mode"},
-        {GetUnitPositionId::kModelNotRead, "the model was not found out", "mode", "result"},
+        {GetUnitPositionId::kModelNotRead, "the model was not found out", "mode", kResult},
         {GetUnitPositionId::kNotSplit, "the path cannot be split", "mode", "result"},
         {GetUnitPositionId::kNoModel, "no such model", "mode", kModel},
         {GetUnitPositionId::kNoLocation, "the model has no such location", "mode"},

@@ -23,6 +23,8 @@ using trace_events::Code;
 // How the number of a value is shown.
 enum class Form {
   kNumber,
+  kAnswer,
+  kClientResult,
   kCommand,
   kDatabase,
   kErrno,
@@ -32,7 +34,9 @@ enum class Form {
   kMainteMode,
   kModel,
   kReportMode,
+  kResult,
   kSignal,
+  kTerminalMode,
   kUnitId,
   kWaitStatus
 };
@@ -43,10 +47,12 @@ struct Value {
   Form form = Form::kNumber;
 };
 
+inline constexpr Value kClientResult{"client's result", Form::kClientResult};
 inline constexpr Value kCommand{"command", Form::kCommand};
 inline constexpr Value kDatabase{"database", Form::kDatabase};
 inline constexpr Value kErrno{"errno", Form::kErrno};
 inline constexpr Value kModel{"model", Form::kModel};
+inline constexpr Value kResult{"result", Form::kResult};  // of a function of the library
 inline constexpr Value kSignal{"signal", Form::kSignal};
 inline constexpr Value kUnitId{"unit id", Form::kUnitId};
 inline constexpr Value kWaitStatus{"wait status", Form::kWaitStatus};
@@ -175,7 +181,7 @@ consteval Events events_of() {
   return events;
 }
 
-inline constexpr SharedPhrase kBounds[] = {{"entry", "entry"}, {"exit", "exit", "result"}};
+inline constexpr SharedPhrase kBounds[] = {{"entry", "entry"}, {"exit", "exit", kResult}};
 
 template <class Function>
 constexpr bool is_bound(Code code) {

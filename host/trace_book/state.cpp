@@ -59,9 +59,9 @@ inline constexpr Page kPage<InitSwapFruList>{
     {
         {InitSwapFruList::kNoModelData, "the model's data are null"},
         {InitSwapFruList::kListDropped, "there was a list already: it is dropped", "count"},
-        {InitSwapFruList::kNoSystemStatus, "the system's status was not read", "result"},
+        {InitSwapFruList::kNoSystemStatus, "the system's status was not read", kResult},
         {InitSwapFruList::kNoModel, "no such model", kModel},
-        {InitSwapFruList::kNotCollected, "the units were not collected", "type", "result"},
+        {InitSwapFruList::kNotCollected, "the units were not collected", "type", kResult},
     },
 };
 
@@ -103,7 +103,7 @@ inline constexpr Page kPage<SwapFruCollect>{
     {
         {SwapFruCollect::kNoReader, "units of this type are not listed", "type"},
         {SwapFruCollect::kNoMemory, "no memory for the units", kErrno},
-        {SwapFruCollect::kNotRead, "the units were not read", "type", "result"},
+        {SwapFruCollect::kNotRead, "the units were not read", "type", kResult},
         {SwapFruCollect::kNotInserted, "the unit was not inserted", "type", "result"},
     },
 };

@@ -1,5 +1,6 @@
 #include "host/trace_book/trace_book.h"
 
+#include <algorithm>
 #include <array>
 #include <cstdio>
 #include <cstring>
@@ -9,7 +10,9 @@
 #include "host/box/inventory_kinds.h"
 #include "host/box/place.h"
 #include "host/box/program_list.h"
+#include "host/trace_book/call_words.h"
 #include "host/trace_book/pages.h"
+#include "include/lmainte.h"
 
 namespace trace_book {
 namespace {
@@ -56,13 +59,62 @@ constexpr std::array<std::string_view, 2> kFlagModes{"LMAINTE_FLAG_START", "LMAI
 constexpr std::array<std::string_view, 4> kLedModes{"LMAINTE_LED_OFF", "LMAINTE_LED_ON", "LMAINTE_LED_BLINK",
                                                     "LMAINTE_LED_SYNC"};
 constexpr std::array<std::string_view, 2> kMainteModes{"LMAINTE_MAINTE_UNLOCK", "LMAINTE_MAINTE_LOCK"};
+constexpr std::array<std::string_view, 7> kTerminalModes{"LMAINTE_TTY_ECHO", "LMAINTE_TTY_VMIN",  "LMAINTE_TTY_FLUSH",
+                                                         "LMAINTE_TTY_ISIG", "LMAINTE_TTY_VQUIT", "LMAINTE_TTY_VERASE",
+                                                         "LMAINTE_TTY_IXON"};
 constexpr std::array<std::string_view, 2> kReportModes{"LMAINTE_REPORT_START", "LMAINTE_REPORT_END"};
+
+struct ResultRow {
+  std::int32_t result;
+  std::string_view name;
+};
+
+// By the names of lmainte.h.
+#define RESULT(name) \
+  ResultRow {        \
+    name, #name      \
+  }
+constexpr std::array kResults{RESULT(LMAINTE_OK),
+                              RESULT(LMAINTE_FAILED),
+                              RESULT(LMAINTE_NOT_RUN),
+                              RESULT(LMAINTE_BUSY),
+                              RESULT(LMAINTE_MODE_REFUSED),
+                              RESULT(LMAINTE_REPORT_FAILED),
+                              RESULT(LMAINTE_FRU_REFUSED),
+                              RESULT(LMAINTE_FLAG_REFUSED),
+                              RESULT(LMAINTE_DETACH_FAILED),
+                              RESULT(LMAINTE_LED_FAILED),
+                              RESULT(LMAINTE_TEST_FAILED),
+                              RESULT(LMAINTE_SETUP_FAILED),
+                              RESULT(LMAINTE_CLEAR_FAILED),
+                              RESULT(LMAINTE_IOXLED_FAILED),
+                              RESULT(LMAINTE_IOXPOWER_FAILED),
+                              RESULT(LMAINTE_FAN_FAILED),
+                              RESULT(LMAINTE_STATUS_NOT_CLEARED),
+                              RESULT(LMAINTE_POSITION_UNKNOWN),
+                              RESULT(LMAINTE_NOT_REACHED),
+                              RESULT(LMAINTE_FANSPEED_FAILED),
+                              RESULT(LMAINTE_LINK_FAILED),
+                              RESULT(LMAINTE_FRU_REFUSED_2)};
+constexpr std::array kAnswersOfOperators{RESULT(LMAINTE_ASK_CHOSEN), RESULT(LMAINTE_ASK_GAVE_UP),
+                                         RESULT(LMAINTE_ASK_END_OF_INPUT), RESULT(LMAINTE_ASK_INTERRUPTED),
+                                         RESULT(LMAINTE_ASK_FAILED)};
+#undef RESULT
+
+std::string result_text(const auto &rows, std::uint32_t word) {
+  const auto row = std::ranges::find(rows, static_cast<std::int32_t>(word), &ResultRow::result);
+  return named(word, row == rows.end() ? "" : row->name);
+}
 
 std::string value_text(Form form, std::uint32_t word) {
   const int number = static_cast<int>(word);
   switch (form) {
     case Form::kNumber:
       break;
+    case Form::kAnswer:
+      return result_text(kAnswersOfOperators, word);
+    case Form::kClientResult:
+      return named(word, database_result_name(number));
     case Form::kCommand:
       return named(word, word < box::kPrograms.size() ? box::kPrograms[word].name : "");
     case Form::kDatabase:
@@ -79,6 +131,10 @@ std::string value_text(Form form, std::uint32_t word) {
       return named(word, name_in(kMainteModes, word));
     case Form::kModel:
       return named(word, box::model_name(word));
+    case Form::kResult:
+      return result_text(kResults, word);
+    case Form::kTerminalMode:
+      return named(word, name_in(kTerminalModes, word));
     case Form::kReportMode:
       return named(word, name_in(kReportModes, word));
     case Form::kSignal:

@@ -52,7 +52,7 @@ Pulse::Beat Pulse::feel() {
   std::string server = state_of(place_.databases() / "data.mdb", kSave) + state_of(place_.points(), kDeviations) +
                        state_of(place_.tmp());
   beat.server = becomes(server_, std::move(server));
-  beat.trace = becomes(trace_, state_of(place_.trace(), kCount));
+  beat.trace = becomes(trace_, state_of(place_.trace(), kCount) + state_of(place_.calls(), kCount));
   beat.log = becomes(log_, state_of(place_.events()));
   beat.people = becomes(people_, state_of(place_.root() / "mgb/lib"));
   return beat;

@@ -1,5 +1,5 @@
 // What tells that something has changed in a box, without reading what it is: the number of the last save of its databases, the
-// count of its trace, and the times of its files.
+// counts of its trace, and the times of its files.
 #pragma once
 
 #include <string>

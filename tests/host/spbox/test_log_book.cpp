@@ -51,29 +51,29 @@ TEST(LogBook, HasEveryCode) {
   }
 }
 
-TEST(LogBook, SaysWhatAProcedureLeft) {
+TEST(LogBook, SaysWhatAProcedureLeftAndOfWhichKindTheUnitIs) {
   struct Row {
     std::uint8_t code;
-    const char *what, *kind;
+    const char *what;
   };
   const Row rows[] = {
-      {1, "place left empty", ""},
-      {2, "unit left out of operation", ""},
-      {3, "unit perhaps left out of operation", ""},
-      {4, "unit left out of operation, not passed", ""},
-      {5, "unit left untested", ""},
-      {6, "unit left in operation, not checked to the end", ""},
-      {7, "unit left in an unknown state", ""},
-      {8, "LED, maintenance flag or fans left switched", ""},
-      {9, "left in maintenance mode", "server"},
-      {10, "event 10", ""},
+      {1, "place left empty"},
+      {2, "unit left out of operation"},
+      {3, "unit perhaps left out of operation"},
+      {4, "unit left out of operation, not passed"},
+      {5, "unit left untested"},
+      {6, "unit left in operation, not checked to the end"},
+      {7, "unit left in an unknown state"},
+      {8, "LED, maintenance flag or fans left switched"},
+      {9, "left in maintenance mode"},
+      {10, "event 10"},
   };
   for (const Row &row : rows) {
     box::LogEntry entry = event(row.code);
     entry.event[9] = 3;
     put_word(entry, 19, 0x59012900);
     EXPECT_EQ(spbox::decode(3, entry).what, row.what) << int{row.code};
-    EXPECT_EQ(spbox::decode(3, entry).kind, row.kind) << int{row.code};
+    EXPECT_EQ(spbox::decode(3, entry).kind, row.code == 9 ? "server" : "power supply") << int{row.code};
     EXPECT_EQ(spbox::decode(3, entry).unit, "/PSU#41");
   }
 }

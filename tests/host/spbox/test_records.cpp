@@ -8,6 +8,7 @@
 #include "host/box/event_log.h"
 #include "host/box/trace_ring.h"
 #include "host/terminal/background_program.h"
+#include "host/terminal/terminal.h"
 #include "tests/eventually.h"
 #include "tests/host/spbox/read_json.h"
 #include "tests/host/spbox/spbox_test.h"
@@ -53,9 +54,10 @@ TEST_F(Records, OfTheTraceAreInWords) {
   const std::string text = done({"trace", "box"});
   EXPECT_NE(text.find("4711  progress      lmainte_exec  entry\n"), text.npos) << text;
   EXPECT_NE(text.find("4711  process       lmainte_exec  a child was started: time limit 10, child 4712\n"), text.npos);
-  EXPECT_NE(text.find("4711  system error  lmainte_exec  the wait for the child failed: result -1, errno 10 (No child "
-                      "processes)\n"),
-            text.npos);
+  EXPECT_NE(
+      text.find("4711  system error  lmainte_exec  ! the wait for the child failed: result -1, errno 10 (No child "
+                "processes)\n"),
+      text.npos);
 }
 
 TEST_F(Records, OfTheTraceAreCutToTheLastOrToErrors) {
@@ -153,6 +155,56 @@ TEST_F(Records, OfTheTraceAreFollowedOverANewRingToTheEndOfTheirReader) {
   EXPECT_EQ(read_once.wait(std::chrono::seconds(20)), 0) << "it ends with its reader";
 }
 
+// What a terminal gets of a verb, its colours as well.
+class OnTerminal {
+ public:
+  OnTerminal(const Words &words, const std::string &setting) {
+    term_.pass_on_to([this](std::string_view bytes) { written_ += bytes; });
+    Words command{"/usr/bin/env", "TERM=xterm-256color", setting, SPBOX};
+    command.insert(command.end(), words.begin(), words.end());
+    term_.start(command);
+  }
+  terminal::Terminal &term() { return term_; }
+  bool comes(const std::string &text) { return term_.wait_for(text, std::chrono::seconds(20)); }
+  const std::string &written() const { return written_; }
+
+ private:
+  terminal::Terminal term_;
+  std::string written_;
+};
+
+TEST_F(Records, OfTheTraceAreFollowedOnATerminalUntilCtrlC) {
+  trace(256, 0x110C0020, {});
+  for (const auto &[setting, has_colours] : {std::pair("NO_COLOR=", true), std::pair("NO_COLOR=1", false)}) {
+    OnTerminal follower({"trace", place().root(), "-f", "--last", "1"}, setting);
+    EXPECT_TRUE(follower.comes("4711     ")) << follower.written();
+    const terminal::Mode before = follower.term().mode();
+    trace(32778, 0x110C1025, {0xFFFFFFFF, 10});
+    EXPECT_TRUE(follower.comes("4711     ! lmainte_exec: the wait for the child failed: result -1,"))
+        << follower.written();
+    EXPECT_EQ(follower.written().find("\x1b[1;31m") != std::string::npos, has_colours) << follower.written();
+    follower.term().type("\003");
+    EXPECT_EQ(follower.term().wait_for_exit(std::chrono::seconds(20)), (terminal::Ending{true, SIGINT}));
+    EXPECT_EQ(follower.term().mode(), before);
+  }
+}
+
+TEST_F(Records, OfTheLogFitAWindow) {
+  box::LogEntry entry{.time_ns = 0, .pid = 4711, .head = 0x00030000, .event = {}};
+  entry.event[8] = 215;
+  entry.event[9] = 3;
+  entry.event[11] = 6;
+  entry.event[19] = 0x59;
+  entry.event[20] = 0x01;
+  entry.event[21] = 0x29;
+  entry.event[29] = 0x11;
+  ASSERT_TRUE(box::EventLog::append(place().events(), entry));
+  OnTerminal shown({"log", place().root()}, "NO_COLOR=1");
+  EXPECT_TRUE(shown.comes("4711  unit left in operation, not checked to the end"));
+  EXPECT_TRUE(shown.comes("                           power supply  /PSU#41")) << shown.written();
+  EXPECT_EQ(shown.term().wait_for_exit(std::chrono::seconds(20)), (terminal::Ending{false, 0}));
+}
+
 TEST_F(Records, OfTheTraceRefuseOptionsThatMakeNoSense) {
   const std::string more = " `spbox help trace` says more.\n";
   const std::vector<std::pair<std::vector<std::string>, std::string>> rows{
@@ -178,7 +230,7 @@ TEST_F(Records, OfTheLogAreInWords) {
   log(99);
   const std::string text = done({"log", "box"});
   EXPECT_NE(text.find("4711  unit replaced  power supply  /PSU#41\n"), text.npos) << text;
-  EXPECT_NE(text.find("4711  event 99                     /PSU#41\n"), text.npos) << text;
+  EXPECT_NE(text.find("4711  event 99       power supply  /PSU#41\n"), text.npos) << text;
   const ReadJson entries(done({"log", "box", "--json", "--last", "1"}));
   ASSERT_EQ(entries.size(), 1u);
   EXPECT_EQ(entries[0]["code"], 99);

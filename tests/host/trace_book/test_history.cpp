@@ -78,7 +78,7 @@ TEST_F(HistoryTest, PutsCallsWhereTheyBeganAndProgramsBelowTheirStart) {
   call(CallKind::kEnd, "/srv/replace_unit cmu", 0, 1);
   EXPECT_EQ(texts(), (Lines{"replace_unit: begins as run 7: /srv/replace_unit cmu", "lmainte_exec: entry",
                             "  lmainte_exec: a child was started: time limit 10, child 101",
-                            "lmainte_exec: the child runs the program: command 5 (ctlled), arguments 4",
+                            "  lmainte_exec: the child runs the program: command 5 (ctlled), arguments 4",
                             "  ctlled: starts: ctlled -c on -u /CMU#2", "  ctlled: ends with exit status 206",
                             "  lmainte_exec: the program ended: exit status 206", "lmainte_exec: exit",
                             "replace_unit: ends with exit status 1"}));
@@ -118,6 +118,42 @@ TEST_F(HistoryTest, TellsQuestionsAndAnswers) {
                             "cli_ask_select: the operator types \"x\x1b\", and is asked again: this is no answer",
                             "cli_ask_select: the operator types \"2\": choice 2",
                             "cli_ask_select: the operator types \"q\", and gives up (LMAINTE_ASK_GAVE_UP)"}));
+}
+
+TEST_F(HistoryTest, PutsAChildOfTheOnlyRunThatIsUnderWayThere) {
+  call(CallKind::kBegin, "list_units").second = 1;
+  record(0x110C02E0);
+  record(0x110C02E2, {}, kChild);
+  call(CallKind::kBegin, "list_units", 0, 0, 200).second = 2;
+  record(0x110C02E2, {}, 300);
+  const History all = history();
+  EXPECT_EQ(all.moments()[2].run, 0u);
+  EXPECT_EQ(all.moments()[2].depth, 1u);
+  EXPECT_EQ(all.moments()[4].run, trace_book::kNoRun) << "it may be of either";
+}
+
+TEST_F(HistoryTest, TellsTheNamesOfAListTogether) {
+  const auto name = [&](const std::string &text, pid_t pid, std::int32_t result = 0) {
+    call(CallKind::kName, text, 1, result, pid);
+  };
+  name("/CMU#0", kCommand);
+  name("/CMU#1", kCommand);
+  name("/CMU#2", kCommand);
+  name("/CMU#3", kChild);
+  name("", kChild, -1);
+  name("/CMU#4", kChild);
+  const History all = history();
+  const auto lines = [&](trace_book::UnitNames names) {
+    std::vector<const Moment *> moments;
+    for (const Moment &moment : all.moments()) moments.push_back(&moment);
+    Lines texts;
+    for (const auto &line : trace_book::told(moments, names)) texts.push_back(line.text);
+    return texts;
+  };
+  EXPECT_EQ(lines(trace_book::UnitNames::kTogether),
+            (Lines{"3 units: /CMU#0 to /CMU#2", "unit id 00000001 00000000: /CMU#3",
+                   "unit id 00000001 00000000: no name", "unit id 00000001 00000000: /CMU#4"}));
+  EXPECT_EQ(lines(trace_book::UnitNames::kEach).size(), 6u);
 }
 
 TEST_F(HistoryTest, BearsRingsThatBeginInTheMiddle) {

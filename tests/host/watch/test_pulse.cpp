@@ -5,6 +5,7 @@
 
 #include <fstream>
 
+#include "host/box/call_ring.h"
 #include "host/box/contents.h"
 #include "host/box/hardware.h"
 #include "host/box/points.h"
@@ -50,6 +51,10 @@ TEST_F(PulseTest, BeatsForWhatChanges) {
     ring.append(1, 2, 3, 4, nullptr, 0);
     EXPECT_EQ(changed(), "trace ");
   }
+  box::CallRing calls;
+  ASSERT_TRUE(calls.map(place.calls().c_str()));
+  ASSERT_TRUE(calls.append({}));
+  EXPECT_EQ(changed(), "trace ") << "what passes between a command and its platform belongs to it";
   std::ofstream(place.events(), std::ios::app) << "x";
   EXPECT_EQ(changed(), "log ");
   std::filesystem::create_directories(place.root() / "mgb/lib");

@@ -38,6 +38,19 @@ std::string golden(const std::string &name) {
   return text.str();
 }
 
+// Without the times of the trace.
+std::string timeless(std::string text) {
+  constexpr std::string_view kTime = "00:00:00.000";
+  for (std::size_t at = 0; at + kTime.size() <= text.size(); ++at) {
+    bool is_time = true;
+    for (std::size_t i = 0; i < kTime.size(); ++i) {
+      is_time = is_time && (kTime[i] == '0' ? text[at + i] >= '0' && text[at + i] <= '9' : text[at + i] == kTime[i]);
+    }
+    if (is_time) text.replace(at, kTime.size(), kTime);
+  }
+  return text;
+}
+
 TEST_F(WatchVerb, PrintsAPictureOfEachModel) {
   for (const char *model : {"qa", "qb1", "qb2", "qe1", "qe2", "qe3"}) {
     make_box(model);
@@ -61,7 +74,7 @@ TEST_F(WatchVerb, PrintsWhatWasDoneToTheBox) {
   }
   const Done done = run_to_end(command({"watch", "box", "--once"}, "C"));
   EXPECT_EQ(done.exit_status, 0);
-  EXPECT_EQ(done.output, golden("once_bent.txt"));
+  EXPECT_EQ(timeless(done.output), golden("once_bent.txt"));
 }
 
 TEST_F(WatchVerb, SaysWhoIsAtWork) {
