@@ -8,69 +8,45 @@
 #include <sstream>
 
 #include "include/lmainte.h"
+#include "tests/host/trace_book/made_rings.h"
 
 namespace {
 
 using box::CallKind;
 
-constexpr pid_t kCommand = 100, kChild = 101;
 constexpr std::int64_t kMilli = 1'000'000, kBegin = 1'000'000'000'000 * kMilli;
+constexpr pid_t kChild = MadeRings::kChild;
 
-struct MadeUp {
-  std::vector<box::TraceEntry> records;
-  std::vector<box::CallEntry> calls;
-
-  void record(int milliseconds, std::uint32_t event, const std::vector<std::uint32_t> &values = {},
-              pid_t pid = kCommand) {
-    box::TraceEntry entry{};
-    entry.number = records.size();
-    entry.time_ns = kBegin + milliseconds * kMilli;
-    entry.level = 256;
-    entry.event = event;
-    entry.words[0] = static_cast<std::uint32_t>(pid);
-    entry.word_count = 2;
-    for (const std::uint32_t value : values) entry.words.at(entry.word_count++) = value;
-    records.push_back(entry);
-  }
-  box::CallEntry &call(int milliseconds, CallKind kind, const std::string &text, std::int32_t result = 0,
-                       pid_t pid = kCommand) {
-    box::CallEntry entry;
-    entry.number = calls.size();
-    entry.kind = kind;
-    entry.pid = pid;
-    entry.time_ns = kBegin + milliseconds * kMilli;
-    entry.duration_ns = 20'000;
-    entry.position = records.size();
-    entry.result = result;
-    entry.whole_text = text;
-    entry.text_size = text.size();
-    calls.push_back(entry);
-    return calls.back();
+struct MadeUp : MadeRings {
+  MadeUp &at(int milliseconds) {
+    now = kBegin + milliseconds * kMilli - 1000;
+    return *this;
   }
 };
 
 // A command reads a record that is not there, lists two units, asks, and switches a LED, whose program refuses.
 MadeUp walk() {
   MadeUp made;
-  made.call(0, CallKind::kBegin, "/srv/check \x1b[2J all").second = 7;
-  made.record(1, 0x110C8080);
-  made.call(2, CallKind::kRead, "gen_system_info", -4);
-  made.record(3, 0x110CB082, {0xFFFFFFFC, 0});  // the two of which one holds
-  made.record(3, 0x110CB083, {1408, 0});
-  made.record(4, 0x110C8081);
-  made.call(5, CallKind::kName, "/PSU#0");
-  made.call(6, CallKind::kName, "/PSU#1");
-  made.call(7, CallKind::kQuestion, "Which one?\n");
-  made.call(1500, CallKind::kAnswer, "1").first = 1;
-  made.record(1501, 0x110C0020);
-  made.record(1502, 0x110C0024, {10, kChild});
-  made.record(1503, 0x110C0023, {5, 4}, kChild);
-  made.call(1510, CallKind::kProgram, "ctlled -c on -u /PSU#0", 0, kChild).first = kCommand;
-  box::CallEntry &end = made.call(1510, CallKind::kProgramEnd, "ctlled", 206, kChild);
-  end.duration_ns = 12 * kMilli;
-  made.record(1530, 0x110C0027, {206});
-  made.record(1531, 0x110C0021);
-  made.call(1600, CallKind::kEnd, "/srv/check", 1);
+  made.at(0).call(CallKind::kBegin, "/srv/check \x1b[2J all").second = 7;
+  made.at(1).record(0x110C8080);
+  made.at(2).call(CallKind::kRead, "gen_system_info", 0, -4);
+  made.at(3).record(0x110CB082, {0xFFFFFFFC, 0});  // the two of which one holds
+  made.at(3).record(0x110CB083, {1408, 0});
+  made.at(4).record(0x110C8081);
+  made.at(5).call(CallKind::kName, "/PSU#0");
+  made.at(6).call(CallKind::kName, "/PSU#1");
+  made.at(7).call(CallKind::kQuestion, "Which one?\n");
+  made.at(1500).call(CallKind::kAnswer, "1").first = 1;
+  made.at(1501).record(0x110C0020);
+  made.at(1502).record(0x110C0024, {10, kChild});
+  made.at(1503).record(0x110C0023, {5, 4}, kChild);
+  made.at(1510).call(CallKind::kProgram, "ctlled -c on -u /PSU#0", MadeRings::kCommand, 0, kChild);
+  made.at(1510).call(CallKind::kProgramEnd, "ctlled", 0, 206, kChild);
+  made.at(1530).record(0x110C0027, {206});
+  made.at(1531).record(0x110C0021);
+  made.at(1600).call(CallKind::kEnd, "/srv/check", 0, 1);
+  for (box::CallEntry &entry : made.calls)
+    entry.duration_ns = entry.kind == CallKind::kProgramEnd ? 12 * kMilli : 20'000;
   return made;
 }
 

@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "include/lmainte.h"
+#include "tests/host/trace_book/made_rings.h"
 
 namespace {
 
@@ -14,37 +15,8 @@ using box::CallKind;
 using trace_book::History;
 using trace_book::Moment;
 
-constexpr pid_t kCommand = 100, kChild = 101;
-
-// What the rings hold, one after the other, a microsecond apart.
-class HistoryTest : public testing::Test {
+class HistoryTest : public testing::Test, protected MadeRings {
  protected:
-  void record(std::uint32_t event, std::vector<std::uint32_t> values = {}, pid_t pid = kCommand) {
-    box::TraceEntry entry{};
-    entry.number = records.size();
-    entry.time_ns = now += 1000;
-    entry.level = 256;
-    entry.event = event;
-    entry.words[0] = static_cast<std::uint32_t>(pid);
-    entry.word_count = 2;
-    for (const std::uint32_t value : values) entry.words.at(entry.word_count++) = value;
-    records.push_back(entry);
-  }
-  CallEntry &call(CallKind kind, const std::string &text, std::uint32_t first = 0, std::int32_t result = 0,
-                  pid_t pid = kCommand) {
-    CallEntry entry;
-    entry.number = calls.size();
-    entry.kind = kind;
-    entry.pid = pid;
-    entry.time_ns = now += 1000;
-    entry.position = records.size();
-    entry.result = result;
-    entry.first = first;
-    entry.whole_text = text;
-    entry.text_size = text.size();
-    calls.push_back(entry);
-    return calls.back();
-  }
   History history() const { return {records, calls, LMAINTE_MODEL_QE3}; }
 
   std::vector<std::string> texts() const {
@@ -55,10 +27,6 @@ class HistoryTest : public testing::Test {
     }
     return lines;
   }
-
-  std::int64_t now = 0;
-  std::vector<box::TraceEntry> records;
-  std::vector<CallEntry> calls;
 };
 
 using Lines = std::vector<std::string>;
