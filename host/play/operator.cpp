@@ -1,5 +1,6 @@
 #include "host/play/operator.h"
 
+#include <csignal>
 #include <stdexcept>
 
 #include "host/clock/hours.h"
@@ -9,6 +10,12 @@ namespace {
 
 using box_time::Clock;
 using std::chrono::milliseconds;
+
+// A command that was killed could end nothing: what it left is held against the one behind it.
+bool was_killed(terminal::Terminal &terminal) {
+  const auto ending = terminal.wait_for_exit(milliseconds{0});
+  return ending == terminal::Ending{true, SIGKILL} || ending == terminal::Ending{false, 128 + SIGKILL};
+}
 
 constexpr milliseconds kToEnd{3000};  // for a command whose line was cut at the play's end
 
@@ -38,8 +45,10 @@ terminal::Terminal &Operator::at_terminal() {
 
 void Operator::start(const box::Place &place, const std::vector<std::string> &command, bool others_work) {
   if (terminal_ && terminal_->runs()) throw std::runtime_error("the command before still runs");
+  const std::optional<Before> killed = terminal_ && was_killed(*terminal_) ? before_ : std::nullopt;
   if (terminal_ && terminal_->hung_up()) terminal_.reset();
   before_ = before_command(place, at_terminal(), others_work);
+  if (killed) before_->processes = killed->processes;
   terminal_->start(command);
 }
 

@@ -132,6 +132,15 @@ TEST_F(LeftoversTest, NamesTheProcessesOfTheCommand) {
   EXPECT_EQ(found_after("start tail -f " + path("up") + "\nwait \"up\"\n", kNow), "    tail still runs\n");
 }
 
+TEST_F(LeftoversTest, HoldsAProcessThatAKilledCommandLeftAgainstTheNextOne) {
+  const std::string leaves = "start sh -c \"setsid sh -c 'echo 1 >" + path("up") + "; sleep 5; true' x " + path("box") +
+                             " & until [ -s " + path("up") + " ]; do :; done; ";
+  EXPECT_EQ(found_after(leaves + "kill -KILL $$$$\"\ndies KILL\nstart true\nexit 0\n", kNow), "    sh still runs\n");
+  write("up", "");
+  EXPECT_EQ(found_after(leaves + "exit 0\"\nexit 0\nstart true\nexit 0\n", kNow), "no error")
+      << "one that ended by itself meant to leave it";
+}
+
 TEST_F(LeftoversTest, NamesTheFilesOfTheCommandAndOfNobodyElse) {
   std::ofstream(path("box/tmp/mine")) << "there before";
   EXPECT_EQ(
