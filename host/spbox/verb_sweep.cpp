@@ -5,6 +5,7 @@
 #include <filesystem>
 #include <fstream>
 #include <memory>
+#include <set>
 
 #include "host/base/descriptor.h"
 #include "host/base/shown.h"
@@ -153,6 +154,15 @@ class Sweep {
     return std::ranges::any_of(all_, [this](const sweep::Deviation &deviation) {
       return name_of(deviation).find(options_.plan.only) != std::string::npos;
     });
+  }
+
+  // Whether two of these are at different points, so that they can make a pair.
+  bool has_pairs() const {
+    std::set<std::string> places;
+    for (const sweep::Deviation &deviation : all_) {
+      if (name_of(deviation).find(options_.plan.only) != std::string::npos) places.insert(where(deviation));
+    }
+    return places.size() > 1;
   }
 
   void list() const {
@@ -358,6 +368,10 @@ int sweep_all(const SweepOptions &options, int alarm) {
   if (!sweep.has_named()) {
     throw UsageError("no deviation of " + options.files.script.string() + " has \"" + base::shown(options.plan.only) +
                      "\"" + " in its name. --list prints the names.");
+  }
+  if (options.plan.depth > 1 && !sweep.has_pairs()) {
+    throw UsageError("a pair is of two deviations at different points, and no two of " + options.files.script.string() +
+                     " have \"" + base::shown(options.plan.only) + "\" in their names. --list prints the names.");
   }
   if (options.list) {
     sweep.list();

@@ -99,6 +99,7 @@ TEST_F(SweepVerb, RefusesWhatItCannotSweep) {
   write("bad.play", "box qa\nstart sh -c \"exit 3\"\nexit 0\n");
   write("own.play", "box qa\nspbox points --count\nstart true\nexit 0\n");
   write("good.play", "box qa\nstart true\nexit 0\n");
+  write("asks.play", "box qa\nstart sh -c \"read answer\"\ntype \"1\\n\"\nexit 0\n");
   write("two.play", "box qa\noperator anna\nstart true\nexit 0\n");
   struct Row {
     Words words;
@@ -120,6 +121,10 @@ TEST_F(SweepVerb, RefusesWhatItCannotSweep) {
       {{"sweep", "good.play", "--only", "no\nsuch"},
        2,
        "spbox: no deviation of good.play has \"no\\x0asuch\" in its name. --list prints the names."},
+      {{"sweep", "asks.play", "--only", "answer", "--depth", "2"},
+       2,
+       "spbox: a pair is of two deviations at different points, and no two of asks.play have \"answer\" in their "
+       "names."},
       {{"sweep", "bad.play", "--good", "x"}, 2, "spbox: --good and --numbers belong together."},
   };
   for (const Row &row : rows) {
