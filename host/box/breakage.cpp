@@ -82,6 +82,16 @@ class Locked {
   std::map<std::uint32_t, std::unique_ptr<Database>> databases_;  // in the order in which everybody locks them
 };
 
+std::vector<RecordName> records_named(const Place &place, const std::string &name) {
+  const TextDatabase kept(place);
+  std::vector<RecordName> found;
+  for (std::uint32_t db_id = 0; db_id < kDatabaseCount; ++db_id) {
+    const RecordName record{db_id, name};
+    if (read(place, record) || kept.get(whole_key(record))) found.push_back(record);
+  }
+  return found;
+}
+
 }  // namespace
 
 std::string whole_key(const RecordName &record) {
@@ -96,13 +106,12 @@ std::optional<RecordName> record_of_key(const std::string &key) {
   return RecordName{db_id, key.substr(space + 1)};
 }
 
+bool has_record(const Place &place, const std::string &name) {
+  return !records_named(place, name).empty();
+}
+
 RecordName find_record(const Place &place, const std::string &name) {
-  const TextDatabase kept(place);
-  std::vector<RecordName> found;
-  for (std::uint32_t db_id = 0; db_id < kDatabaseCount; ++db_id) {
-    const RecordName record{db_id, name};
-    if (read(place, record) || kept.get(whole_key(record))) found.push_back(record);
-  }
+  const std::vector<RecordName> found = records_named(place, name);
   if (found.size() == 1) return found.front();
   const std::string box = place.root().string();
   if (found.empty()) {

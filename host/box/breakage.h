@@ -31,6 +31,7 @@ struct BrokenRecord {
 // The record of this name, in whichever database it is or was before it was broken. Throws BoxError when there is
 // none, and when there are several.
 RecordName find_record(const Place &place, const std::string &name);
+bool has_record(const Place &place, const std::string &name);
 
 // Takes the records away, or their last bytes, or gives each a byte more: all or, when one cannot be broken so, none. One
 // that is broken already is broken anew: what is kept of it stays or, where a command has written it anew since, becomes

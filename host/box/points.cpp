@@ -188,7 +188,7 @@ bool is_kind(std::uint32_t kind) {
 
 // What a row of the file says, which anybody may have written.
 std::optional<Deviation> deviation_in(const DeviationRow &row) {
-  if (!is_kind(row.kind) || row.way > static_cast<std::uint32_t>(Way::kSignal)) return std::nullopt;
+  if (!is_kind(row.kind) || row.way > static_cast<std::uint32_t>(Way::kMidway)) return std::nullopt;
   return Deviation{static_cast<PointKind>(row.kind),
                    name_in(row.name),
                    row.number,
@@ -241,8 +241,8 @@ DeviationRow row_for(const Deviation &deviation) {
 }  // namespace
 
 std::string_view word_of(Way way) {
-  constexpr std::array<std::string_view, 10> kWords{"nothing", "refused", "busy", "missing", "short",
-                                                    "long",    "end",     "exit", "hang",    "signal"};
+  constexpr std::array<std::string_view, 12> kWords{"nothing", "refused", "busy", "missing", "short", "long",
+                                                    "end",     "exit",    "hang", "signal",  "full",  "midway"};
   return kWords[static_cast<std::size_t>(way)];
 }
 

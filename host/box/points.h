@@ -24,12 +24,13 @@ enum class PointKind : std::uint32_t {
   kWrite,
   kUnlock,
   kClose,
-  kFile,      // a call for a file, by that of open, read, write and close which it is
+  kFile,  // a call for a file, by that of open, read, write and close which it is, and "make" for a file of its own in /tmp
   kTrace,     // a record for the trace, by its event: "110C0213"
   kLog,       // an event for the log
   kName,      // the name of a unit
   kQuestion,  // to the operator
-  kMessage    // to the daemon, or from it, by that of send, receive and select which it is
+  kMessage,   // to the daemon, or from it, by that of send, receive and select which it is
+  kPager      // its start
 };
 
 enum class Way : std::uint32_t {
@@ -42,7 +43,9 @@ enum class Way : std::uint32_t {
   kEnd,      // the operator's input is at its end
   kExit,     // the control program does nothing and ends with this status
   kHang,     // it never ends
-  kSignal    // the process gets this signal before it goes on
+  kSignal,   // the process gets this signal before it goes on
+  kFull,     // from here on /tmp has no room
+  kMidway    // the pager is killed in the middle of its page
 };
 
 // As people write it: "missing".
@@ -66,7 +69,7 @@ struct PointKindRow {
   std::array<Way, 5> ways;  // filled up with kUsual
   bool can(Way way) const;
 };
-inline constexpr std::array<PointKindRow, 13> kPointKinds{{
+inline constexpr std::array<PointKindRow, 14> kPointKinds{{
     {PointKind::kProgram, "program", "a control program starts", "PROGRAM", {Way::kExit, Way::kHang, Way::kSignal}},
     {PointKind::kOpen, "open", "a database is opened", "DATABASE", {Way::kRefused, Way::kSignal}},
     {PointKind::kLock, "lock", "a database is locked", "DATABASE", {Way::kRefused, Way::kBusy, Way::kSignal}},
@@ -78,14 +81,23 @@ inline constexpr std::array<PointKindRow, 13> kPointKinds{{
     {PointKind::kWrite, "write", "a record is written", "RECORD", {Way::kRefused, Way::kSignal}},
     {PointKind::kUnlock, "unlock", "a database is unlocked", "DATABASE", {Way::kRefused, Way::kSignal}},
     {PointKind::kClose, "close", "a database is closed", "DATABASE", {Way::kRefused, Way::kSignal}},
-    {PointKind::kFile, "file", "a file is opened, read, written or closed", "CALL", {Way::kRefused, Way::kSignal}},
+    {PointKind::kFile,
+     "file",
+     "a file is opened, read, written, closed, or made in /tmp",
+     "CALL",
+     {Way::kRefused, Way::kFull, Way::kSignal}},
     {PointKind::kTrace, "trace", "a record goes into the trace", "FUNCTION EVENT", {Way::kRefused, Way::kSignal}},
     {PointKind::kLog, "log", "an event goes into the log", "", {Way::kRefused, Way::kSignal}},
     {PointKind::kName, "name", "a unit's name is asked for", "", {Way::kRefused, Way::kSignal}},
     {PointKind::kQuestion, "question", "the operator is asked", "", {Way::kRefused, Way::kEnd, Way::kSignal}},
     {PointKind::kMessage, "message", "the daemon is called", "CALL", {Way::kRefused, Way::kSignal}},
+    {PointKind::kPager, "pager", "the pager starts", "", {Way::kRefused, Way::kMissing, Way::kMidway, Way::kSignal}},
 }};
 const PointKindRow &row_of(PointKind kind);
+
+// The names of the points of kFile and kMessage.
+inline constexpr std::array<std::string_view, 5> kFileCalls{"open", "read", "write", "close", "make"};
+inline constexpr std::array<std::string_view, 3> kMessageCalls{"send", "receive", "select"};
 
 // A deviation: what happens instead at one point, counted from 1 among those of its kind and name.
 struct Deviation {

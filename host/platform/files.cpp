@@ -3,11 +3,15 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <array>
 #include <cerrno>
 #include <cstddef>
+#include <string>
+#include <string_view>
 
 #include "host/platform/calls.h"
 #include "host/platform/exported.h"
+#include "host/platform/files_in_tmp.h"
 #include "host/platform/points.h"
 
 namespace {
@@ -23,9 +27,16 @@ int32_t checked(int32_t size) {
 
 // Where a call for a file fails on purpose.
 bool is_refused(const char *call) {
-  if (!platform::is_refused(box::PointKind::kFile, call)) return false;
+  if (platform::reach_file(call) != box::Way::kRefused) return false;
   errno = EIO;
   return true;
+}
+
+bool is_in_tmp(int fd) {
+  const std::string link = "/proc/self/fd/" + std::to_string(fd);
+  std::array<char, 8> target{};
+  const ssize_t size = readlink(link.c_str(), target.data(), target.size());
+  return size > 0 && std::string_view(target.data(), static_cast<std::size_t>(size)).starts_with("/tmp/");
 }
 
 int32_t open_locked(const char *path, int32_t flags, uint32_t mode) {
@@ -34,7 +45,7 @@ int32_t open_locked(const char *path, int32_t flags, uint32_t mode) {
     errno = EFAULT;
     return -1;
   }
-  const int fd = open(path, flags | O_CLOEXEC, mode & kPermissions);
+  const int fd = platform_opens(path, flags | O_CLOEXEC, mode & kPermissions);
   if (fd < 0) return -1;
   // This lock, unlike a record lock, can be had on a descriptor for reading, and it keeps out a second lcmn_lopen in the same
   // process too. A signal ends the wait, so that an operator can leave a command that waits for another.
@@ -52,6 +63,10 @@ int32_t read_some(int32_t fd, void *buffer, int32_t size) {
 
 int32_t write_some(int32_t fd, const void *buffer, int32_t size) {
   if (checked(size) < 0 || is_refused("write")) return -1;
+  if (!platform_has_room() && is_in_tmp(fd)) {
+    errno = ENOSPC;
+    return -1;
+  }
   return static_cast<int32_t>(write(fd, buffer, static_cast<std::size_t>(size)));
 }
 

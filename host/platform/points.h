@@ -11,6 +11,9 @@ namespace platform {
 // does, a process finds out once. May be called in a signal handler and between fork and execve.
 box::Turn reach(box::PointKind kind, std::string_view name) noexcept;
 
+// The same of a call for a file; behind one where /tmp has no room, it has none for this process and its children.
+box::Way reach_file(std::string_view call) noexcept;
+
 inline bool is_refused(box::PointKind kind, std::string_view name) noexcept {
   return reach(kind, name).way == box::Way::kRefused;
 }

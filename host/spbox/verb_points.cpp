@@ -5,6 +5,7 @@
 #include "host/base/listed.h"
 #include "host/base/signal_name.h"
 #include "host/box/advice.h"
+#include "host/box/breakage.h"
 #include "host/box/contents.h"
 #include "host/box/points.h"
 #include "host/box/program_list.h"
@@ -29,6 +30,7 @@ struct DeviateOptions {
   std::vector<std::string> name;
   box::Deviation deviation;
   bool refused = false, busy = false, missing = false, shorter = false, longer = false, end = false, hang = false;
+  bool full = false, midway = false;
   std::optional<int> exit;
   std::string signal;
 };
@@ -42,7 +44,8 @@ constexpr WayFlag kWayFlags[] = {
     {box::Way::kRefused, &DeviateOptions::refused}, {box::Way::kBusy, &DeviateOptions::busy},
     {box::Way::kMissing, &DeviateOptions::missing}, {box::Way::kShort, &DeviateOptions::shorter},
     {box::Way::kLong, &DeviateOptions::longer},     {box::Way::kEnd, &DeviateOptions::end},
-    {box::Way::kHang, &DeviateOptions::hang},
+    {box::Way::kHang, &DeviateOptions::hang},       {box::Way::kFull, &DeviateOptions::full},
+    {box::Way::kMidway, &DeviateOptions::midway},
 };
 
 // Those of a kind, as options, beside --signal.
@@ -175,6 +178,13 @@ std::string event_in(const std::vector<std::string> &words) {
   throw UsageError("which event? Those of `" + words[0] + "` are " + base::listed(known) + ".");
 }
 
+// Of the kinds whose points are calls.
+std::vector<std::string_view> calls_of(box::PointKind kind) {
+  if (kind == box::PointKind::kFile) return {box::kFileCalls.begin(), box::kFileCalls.end()};
+  if (kind == box::PointKind::kMessage) return {box::kMessageCalls.begin(), box::kMessageCalls.end()};
+  return {};
+}
+
 // The name under which the points of a kind are counted.
 std::string name_in(const box::PointKindRow &kind, const std::vector<std::string> &words) {
   const bool has_name = !kind.name.empty();
@@ -183,6 +193,7 @@ std::string name_in(const box::PointKindRow &kind, const std::vector<std::string
   }
   if (kind.kind == box::PointKind::kTrace) return event_in(words);
   if (words.size() > (has_name ? 1U : 0U)) throw UsageError("`" + words.back() + "` is a word too many.");
+  if (const auto calls = calls_of(kind.kind); !calls.empty()) check_name(calls, words[0], "call at such a point");
   if (kind.name == "DATABASE") check_name(box::kDatabaseNames, words[0], "database");
   if (kind.kind == box::PointKind::kProgram) check_name(box::program_names(), words[0], "control program");
   return has_name ? words[0] : "";
@@ -223,6 +234,10 @@ int deviate(const DeviateOptions &options) {
   box::deviate(place, deviation);
   print_line("At " + point_text(deviation.kind, deviation.name, deviation.number) +
              " this happens: " + box::text_of(deviation.turn) + ".");
+  const bool is_of_record = deviation.kind == box::PointKind::kRead || deviation.kind == box::PointKind::kWrite;
+  if (is_of_record && !box::has_record(place, deviation.name)) {
+    print_line("The box has no record " + deviation.name + " now. Is the name right?");
+  }
   print_line(box::advice({"points", options.box, "--forget"}) + " lets all happen as usual.");
   return 0;
 }
@@ -277,11 +292,13 @@ Verb deviate_verb() {
                  .value = "NUMBER"},
                 way("--refused", "The call fails", &options->refused),
                 way("--busy", "Another process holds the lock for too long", &options->busy),
-                way("--missing", "The record is not there", &options->missing),
+                way("--missing", "The record or the pager is not there", &options->missing),
                 way("--short", "The record is one byte too short", &options->shorter),
                 way("--long", "The record is one byte too long", &options->longer),
                 way("--end", "The operator's input is at its end", &options->end),
                 way("--hang", "The program never ends", &options->hang),
+                way("--full", "From here on /tmp has no room for the command", &options->full),
+                way("--midway", "The pager is killed in the middle of its page", &options->midway),
                 {.name = "--exit",
                  .help = "The program does nothing and ends with this status",
                  .to = number(options->exit, box::kLowestExit, box::kHighestExit),
@@ -296,6 +313,7 @@ Verb deviate_verb() {
                 "Examples:\n"
                 "  spbox deviate box program ctlled --at 2 --exit 206\n"
                 "  spbox deviate box read current_psu_info --at 3 --missing\n"
+                "  spbox deviate box file make --at 2 --full\n"
                 "  spbox deviate box trace lmainte_exec entry --signal KILL",
       .check = [options] { check(*options); },
       .act = [options] { return deviate(*options); },

@@ -22,7 +22,7 @@ const std::vector<PointKind> kPrograms{PointKind::kProgram}, kRecords{PointKind:
 const std::vector<PointKind> kCalls{PointKind::kOpen,   PointKind::kLock,  PointKind::kRead,     PointKind::kWrite,
                                     PointKind::kUnlock, PointKind::kClose, PointKind::kFile,     PointKind::kTrace,
                                     PointKind::kLog,    PointKind::kName,  PointKind::kQuestion, PointKind::kMessage};
-const std::vector<PointKind> kQuestions{PointKind::kQuestion};
+const std::vector<PointKind> kQuestions{PointKind::kQuestion}, kFiles{PointKind::kFile}, kPagers{PointKind::kPager};
 
 constexpr int kUnknownStatus = 77, kNotRun = 127;
 
@@ -156,6 +156,11 @@ const std::vector<DeviationRow> kRows{
     {"short", "a record is too short", At::kPoint, kRecords, {Way::kShort, 0}},
     {"long", "a record is too long", At::kPoint, kRecords, {Way::kLong, 0}},
     {"refused", "a call is refused", At::kPoint, kCalls, {Way::kRefused, 0}},
+    {"full", "/tmp has no room from here on", At::kPoint, kFiles, {Way::kFull, 0}},
+    {"missing", "the pager is not there", At::kPoint, kPagers, {Way::kMissing, 0}},
+    {"refused", "the pager cannot be run", At::kPoint, kPagers, {Way::kRefused, 0}},
+    {"dies", "the pager dies of a signal at once", At::kPoint, kPagers, {Way::kSignal, SIGKILL}},
+    {"midway", "the pager is killed in the middle of its page", At::kPoint, kPagers, {Way::kMidway, 0}},
     {"busy", "somebody else holds the lock for longer than the wait", At::kPoint, kLocks, {Way::kBusy, 0}},
     {"end", "the operator's input is at its end", At::kPoint, kQuestions, {Way::kEnd, 0}, true},
     {"INT", "SIGINT comes", At::kPoint, kCalls, {Way::kSignal, SIGINT}},
@@ -197,9 +202,15 @@ bool is_of_databases(const std::string &event) {
   return text.starts_with("lmainte_scdb_") || text.starts_with("lmainte_db_");
 }
 
+// A call for a file that needs room in /tmp. What is opened may be new.
+bool needs_room(std::string_view call) {
+  return call == "open" || call == "write" || call == "make";
+}
+
 // The last point of a range at which it can be, from the first one on; none where that comes first. One record of the trace is refused
 // as another one of its event is.
 std::uint32_t last_for(const DeviationRow &row, const PointRange &range) {
+  if (row.turn.way == Way::kFull) return needs_room(range.name) ? range.last : 0;
   if (range.kind != PointKind::kTrace) return range.last;
   if (row.turn.way == Way::kRefused) return range.first;
   return gets_signals(range.kind, range.name) ? range.last : 0;
@@ -313,7 +324,8 @@ std::vector<Deviation> all_deviations(const std::vector<play::Step> &steps, cons
 }
 
 bool gets_signals(PointKind kind, const std::string &name) {
-  return kind == PointKind::kTrace ? !is_of_databases(name) : kind != PointKind::kProgram;
+  if (kind == PointKind::kTrace) return !is_of_databases(name);
+  return kind != PointKind::kProgram && kind != PointKind::kPager;
 }
 
 play::Step step_of(const Words &words) {

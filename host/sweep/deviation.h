@@ -62,7 +62,7 @@ std::vector<std::string> lines_of(const Deviation &deviation);
 // Each one at each place to which the good play came, in the same order each time.
 std::vector<Deviation> all_deviations(const std::vector<play::Step> &steps, const Good &good);
 
-// Whether a signal comes at points of this kind and name. It does not where a control program starts, nor at the records of the trace
+// Whether a signal comes at points of this kind and name. It does not where a control program or the pager starts, nor at the records of the trace
 // between the calls of a database.
 bool gets_signals(box::PointKind kind, const std::string &name);
 

@@ -170,7 +170,8 @@ bool is_drawn(const box::Deviation &deviation, std::size_t drawn) {
 }
 
 bool is_signal_between_calls(const box::Deviation &deviation) {
-  return deviation.turn.way == box::Way::kSignal && deviation.kind != PointKind::kProgram;
+  return deviation.turn.way == box::Way::kSignal && deviation.kind != PointKind::kProgram &&
+         deviation.kind != PointKind::kPager;
 }
 
 }  // namespace

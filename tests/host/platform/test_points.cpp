@@ -3,11 +3,16 @@
 #include "host/box/points.h"
 
 #include <fcntl.h>
+#include <sys/statvfs.h>
+#include <sys/wait.h>
 #include <unistd.h>
 
 #include <cerrno>
 #include <csignal>
+#include <cstdio>
 #include <cstring>
+#include <fstream>
+#include <string>
 #include <vector>
 
 #include "host/include/lmainte_host.h"
@@ -50,6 +55,61 @@ int32_t file_then_errno(int calls) {
   if (calls > 1 && result >= 0) result = lcmn_read(fd, &byte, 1);
   if (calls > 2 && result >= 0) result = lcmn_close(fd);
   return result < 0 ? errno : 0;
+}
+
+// Makes a file in /tmp as the library makes a list, and removes it. Returns errno where that fails, and 0 else.
+int32_t made_then_errno() {
+  errno = 0;
+  std::FILE *file = std::fopen("/tmp/lmainte_points", "w");
+  if (file == nullptr) return errno;
+  std::fputs("some text", file);
+  const bool is_written = std::fclose(file) == 0;
+  const int reason = is_written ? 0 : errno;
+  return unlink("/tmp/lmainte_points") == 0 ? reason : -1;
+}
+
+std::uint64_t room() {
+  struct statvfs tmp {};
+  return statvfs("/tmp", &tmp) == 0 ? tmp.f_bavail : 1;
+}
+
+// Where the pager, or another applet, is run: its exit status.
+int32_t pager_then_errno(const char *applet) {
+  const pid_t child = fork();
+  if (child == 0) {
+    char busybox[] = "/bin/busybox", file[] = "/dev/null";
+    std::string word(applet);
+    char *const arguments[] = {busybox, word.data(), file, nullptr};
+    char *const nothing[] = {nullptr};
+    execve(busybox, arguments, nothing);
+    _exit(errno);
+  }
+  int status = 0;
+  return waitpid(child, &status, 0) == child && WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+}
+
+// Of a file with four lines.
+std::string shown_by_pager() {
+  const auto file = (box::Place::here().tmp() / "lines").string();
+  std::ofstream(file) << "one\ntwo\nthree\nfour\n";
+  std::array<int, 2> ends{};
+  if (pipe(ends.data()) != 0) return "no pipe";
+  const pid_t child = fork();
+  if (child == 0) {
+    dup2(ends[1], STDOUT_FILENO);
+    std::string words[] = {"/bin/busybox", "more", file};
+    char *const arguments[] = {words[0].data(), words[1].data(), words[2].data(), nullptr};
+    char *const nothing[] = {nullptr};
+    execve(arguments[0], arguments, nothing);
+    _exit(errno);
+  }
+  close(ends[1]);
+  std::array<char, 64> shown{};
+  const ssize_t size = read(ends[0], shown.data(), shown.size());
+  int status = 0;
+  waitpid(child, &status, 0);
+  return WIFSIGNALED(status) && WTERMSIG(status) == SIGKILL ? std::string(shown.data(), std::max<ssize_t>(size, 0))
+                                                            : "";
 }
 
 struct PointRow {
@@ -134,6 +194,30 @@ std::vector<PointRow> rows() {
          return lcmn_select(&first, &second, &ready, nullptr, nullptr, &limit) < 0 ? errno : 0;
        },
        EIO},
+      {"a file in /tmp that is not made", PointKind::kFile, "make", Way::kRefused, [] { return made_then_errno(); },
+       ENOSPC},
+      {"and that open does not make", PointKind::kFile, "make", Way::kRefused,
+       [] { return open("/tmp/lmainte_points", O_WRONLY | O_CREAT, 0600) < 0 ? errno : 0; }, ENOSPC},
+      {"a file that is read is none that is made", PointKind::kFile, "make", Way::kRefused,
+       [] { return open("/tmp/lmainte_points", O_RDONLY) < 0 ? errno : 0; }, ENOENT},
+      {"a file of the box is none of the command's", PointKind::kFile, "make", Way::kRefused,
+       [] { return file_then_errno(3); }, 0},
+      {"a file that is made where /tmp has no room", PointKind::kFile, "make", Way::kFull,
+       [] { return made_then_errno(); }, ENOSPC},
+      {"no room is left from there on", PointKind::kFile, "make", Way::kFull,
+       [] { return made_then_errno() == ENOSPC && room() == 0 ? made_then_errno() : 0; }, ENOSPC},
+      {"neither for the platform's own files", PointKind::kFile, "open", Way::kFull,
+       [] { return file_then_errno(1) == ENOSPC ? made_then_errno() : 0; }, ENOSPC},
+      {"a write without room", PointKind::kFile, "write", Way::kFull, [] { return file_then_errno(1); }, ENOSPC},
+      {"there is room before", PointKind::kFile, "write", Way::kFull, [] { return room() > 0 ? made_then_errno() : 1; },
+       0},
+      {"a pager that is not there", PointKind::kPager, "", Way::kMissing, [] { return pager_then_errno("more"); },
+       ENOENT},
+      {"a pager that cannot be run", PointKind::kPager, "", Way::kRefused, [] { return pager_then_errno("more"); },
+       EACCES},
+      {"another applet is no pager", PointKind::kPager, "", Way::kMissing, [] { return pager_then_errno("true"); }, 0},
+      {"a pager that is killed when it has shown half", PointKind::kPager, "", Way::kMidway,
+       [] { return shown_by_pager() == "one\ntwo\n" ? 0 : 1; }, 0},
       {"a command that runs already is left alone", PointKind::kRead, kKey, Way::kMissing,
        [] {
          const box::Place place = box::Place::here();

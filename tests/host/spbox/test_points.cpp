@@ -48,6 +48,10 @@ TEST_F(PointsVerb, RefusesWhatMakesNoSense) {
       {{"trace", "no", "entry", "--refused"}, "`no` is no function that records events."},
       {{"trace", "lmainte_get_psu_data", "no", "--refused"},
        "which event? Those of `lmainte_get_psu_data` are entry, exit,"},
+      {{"file", "x", "--refused"}, "`x` is no call at such a point. It is one of open, read, write, close, make."},
+      {{"message", "open", "--refused"}, "`open` is no call at such a point. It is one of send, receive, select."},
+      {{"pager", "more", "--missing"}, "`more` is a word too many."},
+      {{"pager", "--full"}, "`pager` takes no --full."},
       {{"log"}, "what is to happen?"},
       {{"read", "a", "--short", "--long"}, "what is to happen?"},
       {{"log", "--missing"}, "`log` takes no --missing."},
@@ -64,6 +68,14 @@ TEST_F(PointsVerb, RefusesWhatMakesNoSense) {
   }
   EXPECT_EQ(spbox({"points", "box", "--count", "--forget"}).exit_status, 2);
   EXPECT_FALSE(box::points_of(place())) << "nothing was done";
+}
+
+TEST_F(PointsVerb, TellsOfARecordThatIsNotThere) {
+  const std::string told = "The box has no record current_psu_inf now. Is the name right?\n";
+  EXPECT_EQ(done({"deviate", "box", "read", "current_psu_inf", "--missing"}),
+            "At read current_psu_inf 1 this happens: missing.\n" + told + kForget);
+  EXPECT_EQ(done({"deviate", "box", "write", "current_psu_info", "--refused"}),
+            std::string("At write current_psu_info 1 this happens: refused.\n") + kForget);
 }
 
 TEST_F(PointsVerb, SaysThatItCannotBeDone) {

@@ -26,11 +26,10 @@ inline sweep::Good good_play() {
   sweep::Good good;
   good.commands.push_back(
       {1, terminal::Ending{false, 0}, {}, {"unit replaced  power supply  /PSU#0"}, {"Which one?", "Done."}});
-  good.points = {{box::PointKind::kProgram, "ctlled", 1, 2, 0},
-                 {box::PointKind::kRead, "current_psu_info", 1, 1, 0},
-                 {box::PointKind::kTrace, "110C0320", 1, 2, 0},
-                 {box::PointKind::kTrace, "110CB021", 1, 2, 0},
-                 {box::PointKind::kLog, "", 1, 1, 0}};
+  good.points = {{box::PointKind::kProgram, "ctlled", 1, 2, 0}, {box::PointKind::kRead, "current_psu_info", 1, 1, 0},
+                 {box::PointKind::kTrace, "110C0320", 1, 2, 0}, {box::PointKind::kTrace, "110CB021", 1, 2, 0},
+                 {box::PointKind::kLog, "", 1, 1, 0},           {box::PointKind::kFile, "make", 1, 2, 0},
+                 {box::PointKind::kFile, "read", 1, 1, 0},      {box::PointKind::kPager, "", 1, 1, 0}};
   return good;
 }
 

@@ -25,17 +25,34 @@ class Deviations : public testing::Test {
 };
 
 TEST_F(Deviations, AreAtEachPointOfTheirKind) {
-  for (const char *name :
-       {"program ctlled 2: exit 206", "program ctlled 1: exit 77", "program ctlled 1: exit 127",
-        "program ctlled 2: signal SIGSEGV", "program ctlled 1: hang", "read current_psu_info 1: missing",
-        "read current_psu_info 1: short", "log 1: refused", "log 1: signal SIGKILL",
-        "trace lmainte_detach_fru entry 2: signal SIGTERM", "answer at step 4: q", "answer at step 7: cut",
-        "answer at step 4: Ctrl-Z", "pull at step 5: never", "insert at step 6: vanishes"}) {
+  for (const char *name : {"program ctlled 2: exit 206",
+                           "program ctlled 1: exit 77",
+                           "program ctlled 1: exit 127",
+                           "program ctlled 2: signal SIGSEGV",
+                           "program ctlled 1: hang",
+                           "read current_psu_info 1: missing",
+                           "read current_psu_info 1: short",
+                           "log 1: refused",
+                           "log 1: signal SIGKILL",
+                           "trace lmainte_detach_fru entry 2: signal SIGTERM",
+                           "answer at step 4: q",
+                           "answer at step 7: cut",
+                           "answer at step 4: Ctrl-Z",
+                           "file make 2: full",
+                           "pager 1: missing",
+                           "pager 1: refused",
+                           "pager 1: signal SIGKILL",
+                           "pager 1: midway",
+                           "file make 1: signal SIGKILL",
+                           "pull at step 5: never",
+                           "insert at step 6: vanishes"}) {
     EXPECT_TRUE(has(name)) << name;
   }
   EXPECT_FALSE(has("program ctlled 3: exit 206")) << "the good play did not come there";
   EXPECT_FALSE(has("program ctlled 1: exit 208")) << "its page does not know it";
   EXPECT_FALSE(has("log 1: missing"));
+  EXPECT_FALSE(has("file read 1: full")) << "reading needs no room";
+  EXPECT_FALSE(has("pager 1: signal SIGTERM")) << "it dies in one way";
 }
 
 TEST_F(Deviations, AreNotAtEachRecordOfTheTraceWhereItWouldBeTheSame) {
@@ -59,6 +76,8 @@ TEST_F(Deviations, AreWrittenAsStepsOfAPlay) {
   EXPECT_EQ(sweep::lines_of(named("trace lmainte_detach_fru entry 1: signal SIGKILL")),
             Lines{"spbox deviate trace lmainte_detach_fru entry --at 1 --signal KILL"});
   EXPECT_EQ(sweep::lines_of(named("log 1: refused")), Lines{"spbox deviate log --at 1 --refused"});
+  EXPECT_EQ(sweep::lines_of(named("file make 2: full")), Lines{"spbox deviate file make --at 2 --full"});
+  EXPECT_EQ(sweep::lines_of(named("pager 1: midway")), Lines{"spbox deviate pager --at 1 --midway"});
   EXPECT_EQ(sweep::lines_of(named("answer at step 4: nonsense")),
             (Lines{"type \"nonsense\\n\"", "pause 1", "type \"1\\n\""}));
   EXPECT_EQ(sweep::lines_of(named("answer at step 7: cut")), Lines{"hangup"});
