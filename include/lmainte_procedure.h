@@ -255,7 +255,7 @@ int32_t lmainte_choose_behind_table(int32_t count, int32_t *choice, const char *
  * lmainte_session_begin  the texts are in the operator's language from here on. Returns LMAINTE_OK, or LMAINTE_FAILED where
  *                        standard input or output is no terminal: questions fail then, lists run through in one go
  * lmainte_session_shown  is given the result of what the library showed, and returns it: a pager that was killed leaves the
- *                        terminal in a mode of its own
+ *                        terminal in a mode of its own. Where /tmp has no room, what was shown may be cut short: it says so
  * lmainte_session_signal the signal that asks the command to end, 0 where none came. A step of a procedure may ask, too
  * lmainte_session_end    the terminal is as it was found. After a signal the command dies of it here
  *

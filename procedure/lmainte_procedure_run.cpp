@@ -1,8 +1,6 @@
 // What stands around the steps: the session, the claim, maintenance mode, and the operator's choice of a unit.
 #include "include/lmainte_procedure.h"
 
-#include <sys/statvfs.h>
-
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
@@ -14,6 +12,7 @@
 #include "procedure/marked.h"
 #include "procedure/results.h"
 #include "procedure/server.h"
+#include "procedure/session.h"
 #include "procedure/telling.h"
 #include "procedure/text.h"
 #include "procedure/words.h"
@@ -21,13 +20,6 @@
 
 namespace lmainte::procedure {
 namespace {
-
-// The library shows what it could write: a list that /tmp had no room for is cut short, and nobody knows.
-bool has_room_for_lists() {
-  constexpr uint64_t kRoom = 65536;
-  struct statvfs tmp {};
-  return statvfs("/tmp", &tmp) == 0 && uint64_t{tmp.f_bavail} * tmp.f_frsize >= kRoom;
-}
 
 int32_t choose_kind(const Server &server, const lmainte_procedure &procedure, const Kind *&kind) {
   const Kind *there[Kinds::kMost];

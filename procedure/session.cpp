@@ -1,16 +1,20 @@
 #include "procedure/session.h"
 
+#include <sys/statvfs.h>
 #include <sys/wait.h>
 #include <termios.h>
 #include <unistd.h>
 
 #include <cerrno>
+#include <cstdint>
 #include <cstdio>
 #include <initializer_list>
 #include <iterator>
 
 #include "include/lmainte_procedure.h"
 #include "procedure/language.h"
+#include "procedure/telling.h"
+#include "procedure/words.h"
 
 namespace lmainte::procedure {
 namespace {
@@ -97,6 +101,12 @@ Continued::~Continued() {
   sigaction(SIGCONT, &before_, nullptr);
 }
 
+bool has_room_for_lists() {
+  constexpr uint64_t kRoom = 65536;
+  struct statvfs tmp {};
+  return statvfs("/tmp", &tmp) == 0 && uint64_t{tmp.f_bavail} * tmp.f_frsize >= kRoom;
+}
+
 }  // namespace lmainte::procedure
 
 using namespace lmainte::procedure;  // NOLINT(google-build-using-namespace): the session is its face
@@ -119,6 +129,8 @@ int32_t lmainte_session_shown(int32_t result) {
     tcsetattr(STDOUT_FILENO, TCSADRAIN, &quiet);
   }
   if (g_signal != 0) putchar('\n');
+  if (result == LMAINTE_OK && !has_room_for_lists())
+    tell(words("What stands above may be cut short: /tmp has no room. Remove files that nobody needs from it."));
   return result;
 }
 

@@ -1,4 +1,4 @@
-// How the session of lmainte_session_begin takes signals, for as long as one of these lives.
+// The session of lmainte_session_begin: how it takes signals, for as long as one of these lives, and the room for what it shows.
 #pragma once
 
 #include <csignal>
@@ -31,5 +31,8 @@ class Continued {
  private:
   struct sigaction before_ {};
 };
+
+// The library shows what it could write: a list that /tmp had no room for is cut short, and nobody knows.
+bool has_room_for_lists();
 
 }  // namespace lmainte::procedure
