@@ -72,12 +72,16 @@ At any question, q gives up. Then $1 says what is left to do.
 END
 }
 
-# tell_second_terminal: how to come to the technician's commands.
+# tell_second_terminal: how the technician comes to the server.
 tell_second_terminal() {
   cat <<END
 
   cd $(printf '%q' "$PWD")
-  ./dev demo technician
+  ./dev spbox watch $box
+
+It shows the server. Type $unit behind / to go to the board: p pulls it out, i
+puts a new one in, f lets it fail, b bends a control program, q ends.
+./dev demo technician shows the same as commands.
 
 END
 }
@@ -108,7 +112,7 @@ $(tell_operator replace_unit)
 When replace_unit asks you to pull the board out, or to put the new one in, type
 1: a technician stands at the server and does it.
 
-To let something go wrong, open a second terminal. It shows you what to type:
+To let something go wrong, open a second terminal:
 $(tell_second_terminal)
 
 END
@@ -123,8 +127,7 @@ as_both() {
   cat <<END
 $(tell_operator "$1")
 
-You are also the technician. Open a second terminal now, before you begin: it
-shows you the technician's commands.
+You are also the technician. Open a second terminal now, before you begin:
 $(tell_second_terminal)
 
 END

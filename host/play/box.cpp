@@ -48,6 +48,13 @@ terminal::BackgroundProgram Box::spbox(std::vector<std::string> words) const {
   return terminal::BackgroundProgram(words, alarm_);
 }
 
+terminal::BackgroundProgram Box::spbox_beside(std::vector<std::string> words) const {
+  std::vector<std::string> command{"/usr/bin/env", "-C",          box_.parent_path().string(),
+                                   spbox_,         words.front(), box_.filename().string()};
+  command.insert(command.end(), words.begin() + 1, words.end());
+  return terminal::BackgroundProgram(command, alarm_);
+}
+
 std::vector<std::string> Box::command_in_box(const std::vector<std::string> &command) const {
   std::vector<std::string> words{spbox_, "run", box_.string(), "--"};
   words.insert(words.end(), command.begin(), command.end());

@@ -23,6 +23,8 @@ class Box {
 
   // spbox VERB BOX WORDS...
   terminal::BackgroundProgram spbox(std::vector<std::string> words) const;
+  // The same from the folder in which the box lies, so that what it prints names the box alone.
+  terminal::BackgroundProgram spbox_beside(std::vector<std::string> words) const;
   std::vector<std::string> command_in_box(const std::vector<std::string> &command) const;  // spbox run BOX -- COMMAND
 
   // A text without the name of a folder that is gone after the play, and another one each time. What it advises to type is

@@ -12,6 +12,7 @@ void Narrator::happens(const std::string &sentence) {
 
 void Narrator::remarks(const std::string &sentence) {
   transcript_.print(sentence + "\n\n");
+  if (chronicle_ != nullptr) chronicle_->does(sentence, "");
 }
 
 void Narrator::happens(const std::string &sentence, const std::string &output) {
@@ -21,12 +22,15 @@ void Narrator::happens(const std::string &sentence, const std::string &output) {
 
 void Narrator::remarks(const std::string &sentence, const std::string &output) {
   transcript_.print(base::shown(sentence) + "\n" + indented(output) + "\n");
+  if (chronicle_ != nullptr) chronicle_->does(sentence, output);
 }
 
-void Narrator::shows(const std::string &caption, const std::vector<std::string> &rows, terminal::Size size) {
+void Narrator::shows(const std::string &caption, const std::vector<std::string> &rows, terminal::Size size,
+                     const std::vector<std::string> &server) {
   const std::string line = base::shown(caption);
   transcript_.print(framed(rows, line) + "\n");
-  picture_.add(line, rows, size);
+  picture_.add(line, rows, size, server);
+  if (chronicle_ != nullptr) chronicle_->shows(caption);
 }
 
 }  // namespace play

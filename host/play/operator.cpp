@@ -39,7 +39,12 @@ void Operator::take_terminal(terminal::Size size) {
 }
 
 terminal::Terminal &Operator::at_terminal() {
-  if (!terminal_) terminal_.emplace(size_, alarm_);
+  if (!terminal_) {
+    terminal_.emplace(size_, alarm_);
+    constexpr const char *kReset = "\033c";
+    if (listener_) listener_(kReset);
+    terminal_->pass_on_to(listener_);
+  }
   return *terminal_;
 }
 
@@ -97,6 +102,11 @@ std::optional<pid_t> Operator::wait_for_command_in_box(milliseconds patience) {
 std::optional<std::vector<std::string>> Operator::screen() {
   if (!terminal_) return {};
   return terminal_->screen();
+}
+
+std::optional<std::vector<terminal::PaintedRow>> Operator::last_painted_screen() const {
+  if (!terminal_) return {};
+  return terminal_->last_painted_screen();
 }
 
 std::optional<std::vector<std::string>> Operator::last_screen() const {

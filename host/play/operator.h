@@ -4,6 +4,7 @@
 #include <sys/types.h>
 
 #include <chrono>
+#include <functional>
 #include <optional>
 #include <string_view>
 
@@ -39,6 +40,9 @@ class Operator {
   terminal::Terminal &line();
   const Before &before() const { return before_.value(); }  // the last command; only with a terminal
 
+  // What commands write goes there, too. A terminal of another kind begins empty.
+  void pass_on_to(std::function<void(std::string_view)> listener) { listener_ = std::move(listener); }
+
   // Sits there, whatever the command does.
   void watch(std::chrono::milliseconds time);
 
@@ -47,12 +51,14 @@ class Operator {
 
   // What stands on the screen; nothing before the first command.
   std::optional<std::vector<std::string>> screen();
+  std::optional<std::vector<terminal::PaintedRow>> last_painted_screen() const;  // the same with colours
   std::optional<std::vector<std::string>> last_screen() const;  // without a look whether it stands still
 
  private:
   terminal::Terminal &at_terminal();
 
   int alarm_;
+  std::function<void(std::string_view)> listener_;
   terminal::Size size_;
   std::optional<terminal::Terminal> terminal_;
   std::optional<Before> before_;

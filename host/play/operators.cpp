@@ -10,8 +10,27 @@ std::string caption_of(const std::string &name) {
 }  // namespace
 
 void Operators::turn_to(const std::string &name) {
-  operators_.try_emplace(name, alarm_);
+  const auto [op, is_new] = operators_.try_emplace(name, alarm_);
+  if (is_new) let_listen(name, op->second);
   name_ = name;
+}
+
+void Operators::pass_on_to(Listener listener) {
+  listener_ = std::move(listener);
+  for (auto &[name, op] : operators_) let_listen(name, op);
+}
+
+void Operators::let_listen(const std::string &name, Operator &op) const {
+  if (!listener_) return;
+  op.pass_on_to([listener = listener_, name, &op](std::string_view bytes) { listener(name, op, bytes); });
+}
+
+std::vector<report::Screen> Operators::painted_screens() const {
+  std::vector<report::Screen> screens;
+  for (const auto &[name, op] : operators_) {
+    if (const auto rows = op.last_painted_screen()) screens.push_back({caption_of(name), *rows});
+  }
+  return screens;
 }
 
 void Operators::keep_up() {

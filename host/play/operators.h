@@ -1,19 +1,26 @@
 // The operators of a play: one, or several with terminals and commands of their own. One of them is at work now.
 #pragma once
 
+#include <functional>
 #include <map>
 #include <set>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "host/play/account.h"
 #include "host/play/operator.h"
+#include "host/report/report.h"
 
 namespace play {
 
 class Operators {
  public:
   explicit Operators(int alarm) : alarm_(alarm) { turn_to(""); }
+
+  // What their commands write goes there, too, of all terminals that they take from now on.
+  using Listener = std::function<void(const std::string &name, const Operator &op, std::string_view bytes)>;
+  void pass_on_to(Listener listener);
 
   void turn_to(const std::string &name);  // empty: the first one, who has no name
   Operator &now() { return operators_.at(name_); }
@@ -31,9 +38,13 @@ class Operators {
   // Of all who have one. The last ones are what was taken in.
   std::vector<SeenScreen> screens();
   std::vector<SeenScreen> last_screens() const;
+  std::vector<report::Screen> painted_screens() const;  // the last ones
 
  private:
+  void let_listen(const std::string &name, Operator &op) const;
+
   int alarm_;
+  Listener listener_;
   std::map<std::string, Operator> operators_;
   std::string name_;
 };

@@ -10,6 +10,7 @@
 #include "host/box/advice.h"
 #include "host/box/contents.h"
 #include "host/include/lmainte_host.h"
+#include "host/play/chronicle.h"
 #include "host/play/player.h"
 
 namespace play {
@@ -17,35 +18,56 @@ namespace {
 
 namespace fs = std::filesystem;
 
-// A file that can be written, before the play; what is in it stays until the picture is finished.
-class PictureFile {
+// A file that can be written, before the play; what is in it stays until its text is there.
+class KeptFile {
  public:
-  explicit PictureFile(fs::path path) : path_(std::move(path)) {
+  KeptFile(std::string what, fs::path path) : what_(std::move(what)), path_(std::move(path)) {
     if (path_.empty()) return;
     is_new_ = !fs::exists(path_);
     if (!std::ofstream(path_, std::ios::binary | std::ios::app)) throw script::Error(cannot_write());
   }
-  ~PictureFile() {
+  ~KeptFile() {
     std::error_code ignored;
     if (is_new_) fs::remove(path_, ignored);
   }
-  PictureFile(const PictureFile &) = delete;
-  PictureFile &operator=(const PictureFile &) = delete;
+  KeptFile(const KeptFile &) = delete;
+  KeptFile &operator=(const KeptFile &) = delete;
 
-  void write(const Picture &picture) {
-    if (path_.empty()) return;
+  bool is_wanted() const { return !path_.empty(); }
+  void write(const std::string &text) {
     std::ofstream file(path_, std::ios::binary | std::ios::trunc);
-    if (!(file << picture.svg() << std::flush)) throw std::runtime_error(cannot_write());
+    if (!(file << text << std::flush)) throw std::runtime_error(cannot_write());
     is_new_ = false;
   }
 
  private:
   std::string cannot_write() const {
-    return "the picture " + path_.string() + " cannot be written: " + std::generic_category().message(errno);
+    return what_ + " " + path_.string() + " cannot be written: " + std::generic_category().message(errno);
   }
 
+  std::string what_;
   fs::path path_;
   bool is_new_ = false;
+};
+
+// The files that a play leaves however it ends.
+class Chronicles {
+ public:
+  explicit Chronicles(const Files &files)
+      : report_("the report", files.report),
+        cast_("the recording", files.cast),
+        chronicle_(name_of_script(files.script), {report_.is_wanted(), cast_.is_wanted()}) {}
+
+  Chronicle *chronicle() { return report_.is_wanted() || cast_.is_wanted() ? &chronicle_ : nullptr; }
+  void write(const Box &box) {
+    chronicle_.close(box);
+    if (report_.is_wanted()) report_.write(chronicle_.page());
+    if (cast_.is_wanted()) cast_.write(chronicle_.recording());
+  }
+
+ private:
+  KeptFile report_, cast_;
+  Chronicle chronicle_;
 };
 
 // What the library recorded and the log, however the play ended.
@@ -81,25 +103,38 @@ std::vector<Step> prepare(const Files &files, const Values &values, const Verbs 
 
 void perform(const std::vector<Step> &steps, const Files &files, const std::string &spbox, std::ostream &out,
              int alarm) {
-  PictureFile picture_file(files.picture);
+  KeptFile picture_file("the picture", files.picture);
+  Chronicles chronicles(files);
   Transcript transcript(out);
   if (!files.transcript.empty()) transcript.keep_in(files.transcript);
   Picture picture;
-  Narrator narrator(transcript, picture);
+  Narrator narrator(transcript, picture, chronicles.chronicle());
   Box box(spbox, files.box, alarm);
   // NOLINTNEXTLINE(concurrency-mt-unsafe): there is one thread
   if (files.box.empty()) setenv(LMAINTE_HOST_RUN, "", 1);  // A step `start` takes what a command advises to type.
   try {
     Stage stage(box, narrator, alarm);
     stage.account = AccountWriter(files.account);
+    stage.chronicle = chronicles.chronicle();
+    stage.draws_server = files.draws_server && picture_file.is_wanted();
+    if (!files.cast.empty()) {
+      stage.operators.pass_on_to([&](const std::string &name, const Operator &op, std::string_view bytes) {
+        chronicles.chronicle()->wrote(name, op, bytes);
+      });
+    }
     play_steps(stage, steps);
   } catch (const Failure &failure) {
     transcript.keep(std::string(failure.what()) + "\n");
     keep_books(box, transcript);
+    chronicles.write(box);
+    throw;
+  } catch (const terminal::Interrupted &) {
+    chronicles.write(box);
     throw;
   }
   keep_books(box, transcript);
-  picture_file.write(picture);
+  chronicles.write(box);
+  if (picture_file.is_wanted()) picture_file.write(picture.svg());
 }
 
 }  // namespace play

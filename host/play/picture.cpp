@@ -33,11 +33,11 @@ std::size_t length(std::string_view text) {
   return characters;
 }
 
-std::string row_text(const std::string &row, std::size_t number) {
+std::string row_text(const std::string &row, std::size_t number, double left = kMargin) {
   const auto first = row.find_first_not_of(' ');
   if (first == std::string::npos) return "";
   const std::string text = row.substr(first);
-  return format(R"(<text x="%.1f" y="%.1f" textLength="%.1f">)", kMargin + kLetter * static_cast<double>(first),
+  return format(R"(<text x="%.1f" y="%.1f" textLength="%.1f">)", left + kLetter * static_cast<double>(first),
                 kBar + kMargin + kLine * static_cast<double>(number) + kFont,
                 kLetter * static_cast<double>(length(text))) +
          base::xml(text) + "</text>\n";
@@ -112,8 +112,11 @@ constexpr const char *kStill = "@media (prefers-reduced-motion:reduce){.f{animat
 
 }  // namespace
 
-void Picture::add(std::string_view caption, std::vector<std::string> rows, terminal::Size size) {
-  frames_.push_back({std::string(caption), std::move(rows), std::move(opening_)});
+void Picture::add(std::string_view caption, std::vector<std::string> rows, terminal::Size size,
+                  std::vector<std::string> server) {
+  size.rows = std::max(size.rows, static_cast<int>(server.size()));
+  has_server_ = has_server_ || !server.empty();
+  frames_.push_back({std::string(caption), std::move(rows), std::move(opening_), std::move(server)});
   opening_.clear();
   size_ = {std::max(size.rows, size_.rows), std::max(size.columns, size_.columns)};
 }
@@ -156,7 +159,8 @@ std::string Picture::window(double width, double height) const {
 }
 
 std::string Picture::svg() const {
-  const double width = 2 * kMargin + kLetter * size_.columns;
+  const double right = 3 * kMargin + kLetter * size_.columns;  // where the server begins
+  const double width = has_server_ ? right + kMargin + kLetter * kServerColumns : right - kMargin;
   const double height = kBar + 2 * kMargin + kLine * size_.rows + kFoot;
   const auto longest_caption = static_cast<std::size_t>(std::max(0.0, (width - 2 * kButtons) / kLetter));
   std::string text = format(
@@ -165,12 +169,16 @@ std::string Picture::svg() const {
       width, height, width, height);
   if (!frames_.empty()) text += "<title>" + base::xml(frames_[0].caption) + "</title>\n";
   text += "<style>\n" + style() + "</style>\n" + window(width, height);
+  if (has_server_) {
+    text += format("<path d=\"M%.1f %.1fV%.1f\" stroke=\"#7a8291\"/>\n", right - kMargin, kBar, height - kFoot);
+  }
   for (std::size_t i = 0; i < frames_.size(); ++i) {
     const Frame &frame = frames_[i];
     text += format("<g class=\"f\" id=\"f%zu\">\n<text class=\"caption\" x=\"%.1f\" y=\"%.1f\">", i, width / 2,
                    kBar / 2 + 5);
     text += base::xml(shortened(frame.caption, longest_caption)) + "</text>\n";
     for (std::size_t row = 0; row < frame.rows.size(); ++row) text += row_text(frame.rows[row], row);
+    for (std::size_t row = 0; row < frame.server.size(); ++row) text += row_text(frame.server[row], row, right);
     text += note_text(frame.notes, width, height);
     text += "</g>\n";
   }

@@ -12,7 +12,10 @@ namespace play {
 class Picture {
  public:
   // A screen, and what happens until the next one.
-  void add(std::string_view caption, std::vector<std::string> rows, terminal::Size size);
+  // Beside it the server, in lines of which none is longer than `kServerColumns`; none: it is not drawn.
+  static constexpr int kServerColumns = 80;
+  void add(std::string_view caption, std::vector<std::string> rows, terminal::Size size,
+           std::vector<std::string> server = {});
   void note(std::string_view sentence);
 
   // The same screens give the same text. Each is shown the longer the more is new on it.
@@ -23,6 +26,7 @@ class Picture {
     std::string caption;
     std::vector<std::string> rows;
     std::vector<std::string> notes;
+    std::vector<std::string> server = {};
   };
 
   std::string style() const;
@@ -31,6 +35,7 @@ class Picture {
   std::vector<std::string> opening_;  // what happens before the first screen
   std::vector<Frame> frames_;
   terminal::Size size_{0, 0};  // the largest
+  bool has_server_ = false;
 };
 
 }  // namespace play

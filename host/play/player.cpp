@@ -28,9 +28,11 @@ void tell_where_it_was_interrupted(Stage &stage, const Step &step) {
 
 void play_step(Stage &stage, const Step &step) {
   stage.account.begins(step.place, step.text);
+  if (stage.chronicle != nullptr) stage.chronicle->begins(step);
   stage.operators.keep_up();
   try {
     step.row->perform(stage, stage.with_taken(step));
+    if (stage.chronicle != nullptr) stage.chronicle->ends(stage);
   } catch (const terminal::Interrupted &) {
     tell_where_it_was_interrupted(stage, step);
     throw;
@@ -41,6 +43,11 @@ void play_step(Stage &stage, const Step &step) {
   } catch (const std::exception &wrong) {
     throw failure(stage, step, base::told(wrong));
   }
+}
+
+// Without the screens.
+std::string reason_of(const Account &account) {
+  return account.text.substr(0, account.text.find("\n+-- ") + 1);
 }
 
 void play_all(Stage &stage, const std::vector<Step> &steps) {
@@ -59,6 +66,10 @@ void play_steps(Stage &stage, const std::vector<Step> &steps) {
     play_all(stage, steps);
   } catch (const Failure &failure) {
     stage.account.ends(failure.account());
+    if (stage.chronicle != nullptr) stage.chronicle->fails(stage, reason_of(failure.account()));
+    throw;
+  } catch (const terminal::Interrupted &) {
+    if (stage.chronicle != nullptr) stage.chronicle->fails(stage, "The play was interrupted here.");
     throw;
   }
 }

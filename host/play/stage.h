@@ -25,6 +25,8 @@ struct Stage {
   std::chrono::milliseconds patience{10'000};  // of every wait
   std::string said;                            // by the last spbox step
   AccountWriter account;
+  bool draws_server = false;       // beside each screen of the picture
+  Chronicle *chronicle = nullptr;  // null: nobody wants one
 
   // A step takes a value, and says so; later steps get it into their words.
   void take(const Step &step, const std::string &value);

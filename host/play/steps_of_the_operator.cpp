@@ -3,6 +3,7 @@
 #include <csignal>
 
 #include "host/base/signal_name.h"
+#include "host/play/chronicle.h"
 #include "host/play/layout.h"
 #include "host/play/stage.h"
 #include "host/play/step.h"
@@ -92,7 +93,9 @@ void type(Stage &stage, const Step &step) {
 }
 
 void show_screen(Stage &stage, const Step &step) {
-  stage.narrator.shows(stage.operators.by(step.words[0]), stage.op().terminal().screen(), stage.op().size());
+  const auto rows = stage.op().terminal().screen();
+  const auto server = stage.draws_server && stage.box.exists() ? chassis_of(stage.box) : Words();
+  stage.narrator.shows(stage.operators.by(step.words[0]), rows, stage.op().size(), server);
 }
 
 terminal::Ending wait_for_end(Stage &stage) {

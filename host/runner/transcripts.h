@@ -18,6 +18,8 @@ class Transcripts {
   Transcripts &operator=(const Transcripts &) = delete;
 
   // For a play of this name; its folder is made. Throws.
+  const std::filesystem::path &folder() const { return folder_; }
+
   std::filesystem::path place_for(const std::string &name) const;
 
   // Where the transcript lies when its play is over; empty where it does not.

@@ -58,48 +58,63 @@ int play_script(const PlayOptions &options) {
 
 Verb play_verb() {
   auto options = std::make_shared<PlayOptions>();
-  return {.name = "play",
-          .line = "Play an operator and a technician by a script",
-          .words = {{.name = "SCRIPT",
-                     .help = "File with the steps, one a line; - is standard input",
-                     .to = &options->files.script,
-                     .need = Need::kRequired},
-                    {.name = "NAME=VALUE", .help = "What $NAME stands for in the script", .to = &options->words},
-                    {.name = "--box",
-                     .help = "Play on this box and keep it; made if there is none",
-                     .to = &options->files.box,
-                     .value = "DIR"},
-                    {.name = "--transcript",
-                     .help = "Keep there what is printed, with trace and log",
-                     .to = &options->files.transcript,
-                     .value = "FILE"},
-                    {.name = "--picture",
-                     .help = "Keep there the screens, as a moving SVG",
-                     .to = &options->files.picture,
-                     .value = "FILE"},
-                    {.name = "--account-fd",
-                     .help = "How far it is and why it fails is written there",
-                     .to = number(options->files.account, 0, 65535),
-                     .value = "FD"},
-                    options->speed.word()},
-          .footer = script::help_of(play::step_rows(), 26) +
-                    "\nA word in quotes keeps its blanks and knows \\n \\t \\r \\e \\\" \\\\ and\n"
-                    "bytes such as \\003 or \\x03. $NAME in a word stands for a value, $$ for a\n"
-                    "dollar. # begins a comment. All scripts are read and checked before the first\n"
-                    "step.\n\n"
-                    "Without --box, the box is gone after the play. Exit status: 0 played to its\n"
-                    "end, 1 a step failed, 2 the script or the command line makes no sense.\n\n"
-                    "Examples:\n"
-                    "  spbox play replace.play\n"
-                    "  spbox play replace.play --box box --transcript replace.txt\n"
-                    "  spbox play replace.play UNIT=/PSU#3 --picture replace.svg",
-          .check =
-              [options] {
-                take_values(*options);
-                options->speed.check();
-              },
-          .prepare = [options] { take_account_fd(options->files.account); },
-          .act = [options] { return play_script(*options); }};
+  return {
+      .name = "play",
+      .line = "Play an operator and a technician by a script",
+      .words =
+          {{.name = "SCRIPT",
+            .help = "File with the steps, one a line; - is standard input",
+            .to = &options->files.script,
+            .need = Need::kRequired},
+           {.name = "NAME=VALUE", .help = "What $NAME stands for in the script", .to = &options->words},
+           {.name = "--box",
+            .help = "Play on this box and keep it; made if there is none",
+            .to = &options->files.box,
+            .value = "DIR"},
+           {.name = "--transcript",
+            .help = "Keep there what is printed, with trace and log",
+            .to = &options->files.transcript,
+            .value = "FILE"},
+           {.name = "--picture",
+            .help = "Keep there the screens, as a moving SVG",
+            .to = &options->files.picture,
+            .value = "FILE"},
+           {.name = "--server",
+            .help = "In the picture, the server beside each screen, as the\nverb watch draws it",
+            .to = &options->files.draws_server},
+           {.name = "--report",
+            .help =
+                "Keep there what happened, as one HTML page with the\nscreen, the server and the trace at each step",
+            .to = &options->files.report,
+            .value = "FILE"},
+           {.name = "--cast",
+            .help = "Keep there what the first operator's terminal showed,\nfor asciinema",
+            .to = &options->files.cast,
+            .value = "FILE"},
+           {.name = "--account-fd",
+            .help = "How far it is and why it fails is written there",
+            .to = number(options->files.account, 0, 65535),
+            .value = "FD"},
+           options->speed.word()},
+      .footer = script::help_of(play::step_rows(), 26) +
+                "\nA word in quotes keeps its blanks and knows \\n \\t \\r \\e \\\" \\\\ and\n"
+                "bytes such as \\003 or \\x03. $NAME in a word stands for a value, $$ for a\n"
+                "dollar. # begins a comment. All scripts are read and checked before the first\n"
+                "step.\n\n"
+                "Without --box, the box is gone after the play. Exit status: 0 played to its\n"
+                "end, 1 a step failed, 2 the script or the command line makes no sense.\n\n"
+                "Examples:\n"
+                "  spbox play replace.play\n"
+                "  spbox play replace.play --box box --transcript replace.txt\n"
+                "  spbox play replace.play UNIT=/PSU#3 --picture replace.svg\n"
+                "  spbox play replace.play --report replace.html",
+      .check =
+          [options] {
+            take_values(*options);
+            options->speed.check();
+          },
+      .prepare = [options] { take_account_fd(options->files.account); },
+      .act = [options] { return play_script(*options); }};
 }
 
 }  // namespace spbox

@@ -33,7 +33,7 @@ struct TestOptions {
   std::uint32_t limit = 600;
   bool list = false, check = false;
   TestReports reports;
-  fs::path transcripts;
+  fs::path transcripts, pages;
   SpeedOption speed;
   std::vector<std::string> for_each_play;  // options of `spbox play`
 };
@@ -141,9 +141,29 @@ class TestRun {
   std::vector<std::string> command(const runner::Play &play) const {
     std::vector<std::string> words{
         fs::read_symlink("/proc/self/exe"), "play", "--account-fd", "3", "--transcript", files_.back().string()};
+    if (!options_.pages.empty()) words.insert(words.end(), {"--report", page_of(files_.back())});
     words.insert(words.end(), options_.for_each_play.begin(), options_.for_each_play.end());
     words.insert(words.end(), {"--", play.file.string()});
     return words;
+  }
+
+  // Beside each other, as the transcripts are.
+  fs::path page_of(const fs::path &transcript) const {
+    fs::path page = options_.pages / fs::relative(transcript, transcripts_.folder());
+    fs::create_directories(page.parent_path());
+    return page.replace_extension(".html");
+  }
+
+  // Of a play that passed, nobody needs one.
+  void judge_page(const fs::path &transcript, const runner::Result &result) const {
+    if (options_.pages.empty()) return;
+    const fs::path page = page_of(transcript);
+    std::error_code ignored;
+    if (!is_wrong(result.verdict)) {
+      fs::remove(page, ignored);
+    } else if (fs::exists(page, ignored)) {
+      print_line("The report: " + page.string());
+    }
   }
 
   void refuse(runner::Result &result, const std::string &wrong) {
@@ -165,6 +185,7 @@ class TestRun {
     result.name = name;
     result.transcript = transcripts_.kept(files_[job], result.verdict);
     tell(result);
+    judge_page(files_[job], result);
     progress_.show();
   }
 
@@ -258,6 +279,10 @@ Verb test_verb() {
            {.name = "--transcripts",
             .help = "Keep there the transcripts of all plays; without it,\nthose of plays that went wrong are kept",
             .to = &options->transcripts,
+            .value = "DIR"},
+           {.name = "--report",
+            .help = "Keep there a page of each play that went wrong, as\n--report of the verb play does",
+            .to = &options->pages,
             .value = "DIR"},
            options->speed.word()},
       .footer =

@@ -10,6 +10,7 @@
 #include <optional>
 
 #include "host/box/contents.h"
+#include "host/box/pulse.h"
 #include "host/play/interrupts.h"
 #include "host/spbox/standard_output.h"
 #include "host/spbox/verbs.h"
@@ -17,7 +18,6 @@
 #include "host/spbox/watch_hands.h"
 #include "host/watch/desk.h"
 #include "host/watch/glass.h"
-#include "host/watch/pulse.h"
 
 namespace spbox {
 namespace {
@@ -86,7 +86,8 @@ class Watching {
   void go_on_to_the_end();
 
  private:
-  static constexpr milliseconds kLook{50};        // so often: what changes is shown within a tenth of a second
+  static constexpr milliseconds kLook{50};  // so often: what changes is shown within a tenth of a second
+  static_assert(kLook < milliseconds{100});
   static constexpr milliseconds kPeople{1000};    // while somebody is at work
   static constexpr milliseconds kHalfBlink{500};  // how long a LED that blinks shines
   static constexpr std::size_t kLines = 100;
@@ -107,7 +108,7 @@ class Watching {
   const play::Interrupts &interrupts_;
   watch::Letters letters_;
   watch::Glass glass_;
-  watch::Pulse pulse_;
+  box::Pulse pulse_;
   watch::Desk desk_;
   watch::Scene scene_;
   std::optional<watch::Picture> picture_;
@@ -116,7 +117,7 @@ class Watching {
 
 // Each of these says whether there is something new to show.
 bool Watching::look() {
-  const watch::Pulse::Beat beat = pulse_.feel();
+  const box::Pulse::Beat beat = pulse_.feel();
   const bool asks_for_people = !scene_.at_work.empty() && Clock::now() - people_at_ >= kPeople;
   if (!beat.any() && !asks_for_people) return false;
   const SignalsWait wait;

@@ -52,6 +52,22 @@ std::string without_trailing_blanks(std::string text) {
   return text;
 }
 
+std::optional<Colour> colour_of(const VTermScreen *screen, VTermColor colour) {
+  if (VTERM_COLOR_IS_DEFAULT_FG(&colour) || VTERM_COLOR_IS_DEFAULT_BG(&colour)) return std::nullopt;
+  Colour found;
+  if (VTERM_COLOR_IS_INDEXED(&colour)) found.index = colour.indexed.idx;
+  vterm_screen_convert_color_to_rgb(screen, &colour);
+  found.red = colour.rgb.red;
+  found.green = colour.rgb.green;
+  found.blue = colour.rgb.blue;
+  return found;
+}
+
+Look look_of(const VTermScreen *screen, const VTermScreenCell &cell) {
+  return {colour_of(screen, cell.fg), colour_of(screen, cell.bg), cell.attrs.bold != 0,
+          cell.attrs.italic != 0,     cell.attrs.underline != 0,  cell.attrs.reverse != 0};
+}
+
 }  // namespace
 
 Finder finder_of(std::string text) {
@@ -190,6 +206,26 @@ Screen::Row Screen::row(int number) const {
 std::vector<std::string> Screen::rows() const {
   std::vector<std::string> rows;
   for (int number = 0; number < machine_->size.rows; ++number) rows.push_back(row(number).text);
+  return rows;
+}
+
+std::vector<PaintedRow> Screen::painted() const {
+  std::vector<PaintedRow> rows;
+  for (int number = 0; number < machine_->size.rows; ++number) {
+    PaintedRow &row = rows.emplace_back();
+    for (int column = 0; column < machine_->size.columns; ++column) {
+      VTermScreenCell cell;
+      vterm_screen_get_cell(machine_->screen, {number, column}, &cell);
+      const Look look = look_of(machine_->screen, cell);
+      if (row.empty() || row.back().look != look) row.push_back({"", look});
+      append_cell(row.back().text, cell);
+    }
+    while (!row.empty() && row.back().look == Look()) {
+      row.back().text = without_trailing_blanks(std::move(row.back().text));
+      if (!row.back().text.empty()) break;
+      row.pop_back();
+    }
+  }
   return rows;
 }
 

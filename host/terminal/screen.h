@@ -1,6 +1,7 @@
 // What a terminal shows: bytes in, lines of text out.
 #pragma once
 
+#include <cstdint>
 #include <deque>
 #include <functional>
 #include <memory>
@@ -27,6 +28,33 @@ using Finder = std::function<std::optional<Stretch>(std::string_view line, std::
 // Finds a text.
 Finder finder_of(std::string text);
 
+// A colour of a terminal: one of its 256, or any other; what it is in red, green and blue.
+struct Colour {
+  static constexpr int kAny = 256;
+
+  int index = kAny;
+  std::uint8_t red = 0, green = 0, blue = 0;
+
+  bool operator==(const Colour &) const = default;
+};
+
+// How letters look; without a colour, as the terminal's letters look otherwise.
+struct Look {
+  std::optional<Colour> front, back;
+  bool bold = false, italic = false, underline = false, reverse = false;
+
+  bool operator==(const Look &) const = default;
+};
+
+// A stretch of a line that looks the same.
+struct PaintedText {
+  std::string text;
+  Look look;
+
+  bool operator==(const PaintedText &) const = default;
+};
+using PaintedRow = std::vector<PaintedText>;
+
 class Screen {
  public:
   // `answer` takes what the terminal itself replies, such as its cursor's position. Throws std::invalid_argument where
@@ -36,9 +64,10 @@ class Screen {
   Screen(const Screen &) = delete;
   Screen &operator=(const Screen &) = delete;
 
-  void resize(Size size);                 // Throws as the constructor.
-  void feed(std::string_view bytes);      // Throws what `answer` throws, when all the bytes are taken in.
-  std::vector<std::string> rows() const;  // Without blanks at their ends.
+  void resize(Size size);                   // Throws as the constructor.
+  void feed(std::string_view bytes);        // Throws what `answer` throws, when all the bytes are taken in.
+  std::vector<std::string> rows() const;    // Without blanks at their ends.
+  std::vector<PaintedRow> painted() const;  // The same with their looks; a blank at an end that looks like none stays.
   const std::deque<std::string> &scrolled_off() const { return history_; }  // What left the screen at its top, lately.
 
   // Whether a line of the screen has the text; of shows_new, only text that was written, all of it, since grow_old.

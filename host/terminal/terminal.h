@@ -62,6 +62,7 @@ class Terminal {
   std::vector<std::string>
   screen();  // The lines of the screen, from its top to its bottom, without blanks at their ends.
   std::vector<std::string> last_screen() const { return screen_.rows(); }  // as far as it was taken in
+  std::vector<PaintedRow> last_painted_screen() const { return screen_.painted(); }
   std::vector<std::string> everything_shown();  // The lines that scrolled away, then the screen.
 
   // For who sits at a terminal of their own, and passes all through: what the command writes goes to `listener`, too; keys

@@ -401,6 +401,54 @@ TEST_F(PlayVerb, DrawsTheSamePictureOfTheSamePlay) {
   EXPECT_NE(text_of("one.svg").find(">a &lt; b</text>"), std::string::npos) << text_of("one.svg");
 }
 
+TEST_F(PlayVerb, KeepsAPageAndARecordingAlsoOfAFailure) {
+  const auto done = play(
+      "box qe2\nstart sh -c \"printf '\\e[31mred\\e[0m <b>\\n'; /mgb/bin/ctlled -u /PSU#0 -c blink; echo lit; read "
+      "x\"\n"
+      "wait \"lit\"\nspbox fault /PSU#1\npatience 0.1\nwait \"never\"\n",
+      {"--report", "walk.html", "--cast", "walk.cast"});
+  EXPECT_EQ(done.exit_status, 1);
+  const std::string page = text_of("walk.html"), cast = text_of("walk.cast");
+  const auto has = [&](const std::string &text) { return page.find(text) != std::string::npos; };
+  EXPECT_TRUE(has("<article id=\"step-6\" class=\"wrong\" aria-label=\"Step 6 of 6, which failed, at ")) << page;
+  EXPECT_TRUE(has("&quot;never&quot; did not come up in 0.1 s")) << page;
+  EXPECT_TRUE(has("<span class=\"c1\">red</span> &lt;b&gt;\n")) << page;
+  EXPECT_TRUE(has("<p class=\"deed\">The technician: spbox fault /PSU#1</p>")) << page;
+  EXPECT_TRUE(has("PSU 0") && has("1F")) << "the server: " << page;
+  EXPECT_TRUE(has("ctlled: starts: ctlled -u /PSU#0 -c blink</li>")) << page;
+  EXPECT_EQ(page.find("As at the step before."), page.find("As at the step before.", page.find("step-2"))) << page;
+  EXPECT_TRUE(cast.starts_with("{\"version\": 2, \"width\": 80, \"height\": 24, \"title\": \"walk.play\"")) << cast;
+  EXPECT_NE(cast.find("\\u001b[31mred\\u001b[0m <b>\\r\\n"), std::string::npos) << cast;
+  EXPECT_TRUE(fs::is_empty(scratch_ / "boxes"));
+}
+
+TEST_F(PlayVerb, KeepsThePageOfAPlayThatIsInterrupted) {
+  write("walk.play", "box qe2\nstart sleep 60\npause 60\n");
+  terminal::BackgroundProgram playing(command({"walk.play", "--report", "walk.html"}));
+  ASSERT_TRUE(eventually([&] { return playing.output().find("starts: sleep 60") != std::string::npos; }));
+  kill(playing.pid(), SIGTERM);
+  playing.wait(20s);
+  EXPECT_NE(text_of("walk.html").find("The play was interrupted here."), std::string::npos);
+}
+
+TEST_F(PlayVerb, SaysThatAPageCannotBeWrittenBeforeTheFirstStep) {
+  for (const auto &[option, what] : {std::pair("--report", "report"), std::pair("--cast", "recording")}) {
+    const auto done = play("box qe2\nsay \"begun\"\n", {option, "no/such/file"});
+    EXPECT_EQ(done.exit_status, 2);
+    EXPECT_EQ(done.output,
+              std::string("spbox: the ") + what + " no/such/file cannot be written: No such file or directory\n");
+  }
+}
+
+TEST_F(PlayVerb, DrawsTheServerBesideTheScreen) {
+  expect_done("box qe2\nspbox fault /PSU#3\nstart true\nexit 0\nscreen \"the end\"\n",
+              {"--picture", "one.svg", "--server"});
+  const std::string svg = text_of("one.svg");
+  EXPECT_NE(svg.find("PSU 0"), std::string::npos) << svg;
+  EXPECT_NE(svg.find("3F"), std::string::npos) << svg;
+  EXPECT_EQ(svg.find("At work"), std::string::npos) << "it would differ from play to play";
+}
+
 TEST_F(PlayVerb, HelpHasEveryStep) {
   const auto help = run_to_end({SPBOX, "play", "--help"});
   EXPECT_EQ(help.exit_status, 0);

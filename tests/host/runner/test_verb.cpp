@@ -72,7 +72,7 @@ TEST_F(TestVerb, PlaysAllAndTellsWhatWentWrong) {
   write("wrong.play", "jump\n");
   write("parts/part.play", "say \"$what\"\n");
   write("whole.play", "box qa\nplay parts/part.play what=this\n");
-  const Done done = test({"-j", "4", "--junit", "report.xml", "--json", "report.json"});
+  const Done done = test({"-j", "4", "--junit", "report.xml", "--json", "report.json", "--report", "pages"});
   EXPECT_EQ(done.exit_status, 1) << done.output;
   EXPECT_TRUE(says(done, "  good.play\n")) << done.output;
   EXPECT_TRUE(says(done,
@@ -80,6 +80,10 @@ TEST_F(TestVerb, PlaysAllAndTellsWhatWentWrong) {
                    "+-- the screen "))
       << done.output;
   EXPECT_TRUE(says(done, "| hello\n")) << done.output;
+  EXPECT_TRUE(says(done, "The report: pages/deep/bad.play.html\n")) << done.output;
+  EXPECT_NE(text_of("pages/deep/bad.play.html").find("&quot;goodbye&quot; did not come up in 0.2 s."),
+            std::string::npos);
+  EXPECT_FALSE(fs::exists(scratch_ / "pages/good.play.html")) << "nobody needs one of what passed";
   EXPECT_TRUE(says(done, "wrong.play:1: `jump`: there is no step")) << done.output;
   EXPECT_TRUE(says(done, ": 2 passed, 1 failed, 1 unreadable.\n")) << done.output;
   EXPECT_EQ(done.output.find('\r'), std::string::npos);

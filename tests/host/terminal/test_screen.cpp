@@ -116,4 +116,23 @@ TEST(Screen, TakesInAllBytesBeforeItSaysThatItsAnswerFailed) {
   EXPECT_EQ(screen.rows()[0], "before after!");
 }
 
+TEST_F(ScreenTest, KnowsHowItsLettersLook) {
+  screen_.feed("one \x1b[1;31mred\x1b[0m \r\n\x1b[38;2;1;2;3;7mmine \x1b[0m\x1b[4;3;48;5;200mx\x1b[0m");
+  const auto rows = screen_.painted();
+  ASSERT_EQ(rows.size(), 4u);
+  ASSERT_EQ(rows[0].size(), 2u);
+  EXPECT_EQ(rows[0][0], (terminal::PaintedText{"one ", {}}));
+  EXPECT_EQ(rows[0][1].text, "red");
+  EXPECT_TRUE(rows[0][1].look.bold);
+  EXPECT_FALSE(rows[0][1].look.back);
+  EXPECT_EQ(rows[0][1].look.front->index, 1);
+  ASSERT_EQ(rows[1].size(), 2u);
+  EXPECT_EQ(rows[1][0].text, "mine ") << "a blank that looks like something stays";
+  EXPECT_TRUE(rows[1][0].look.reverse);
+  EXPECT_EQ(rows[1][0].look.front, (terminal::Colour{terminal::Colour::kAny, 1, 2, 3}));
+  EXPECT_TRUE(rows[1][1].look.underline && rows[1][1].look.italic);
+  EXPECT_EQ(rows[1][1].look.back->index, 200);
+  EXPECT_TRUE(rows[2].empty());
+}
+
 }  // namespace

@@ -1,4 +1,4 @@
-#include "host/watch/pulse.h"
+#include "host/box/pulse.h"
 
 #include <fcntl.h>
 #include <sys/stat.h>
@@ -11,7 +11,7 @@
 #include "host/box/seal.h"
 #include "host/box/trace_ring.h"
 
-namespace watch {
+namespace box {
 namespace {
 
 namespace fs = std::filesystem;
@@ -28,7 +28,7 @@ std::string times_of(const struct stat &status) {
 }
 
 std::string state_of(const fs::path &path, Telltale telltale = {0, 0}) {
-  const base::Descriptor file(open(path.c_str(), O_RDONLY | box::kOwnFile));
+  const base::Descriptor file(open(path.c_str(), O_RDONLY | kOwnFile));
   struct stat status {};
   if (file.get() < 0 || fstat(file.get(), &status) != 0) return "none";
   std::string bytes(telltale.size, '\0');
@@ -44,8 +44,7 @@ bool becomes(std::string &known, std::string now) {
 }  // namespace
 
 Pulse::Beat Pulse::feel() {
-  constexpr Telltale kSave{box::kLastSaveAt, sizeof(box::LastSave)},
-      kCount{box::TraceRing::kCountAt, sizeof(std::uint64_t)};
+  constexpr Telltale kSave{kLastSaveAt, sizeof(LastSave)}, kCount{TraceRing::kCountAt, sizeof(std::uint64_t)};
   // Deviations stand at the front of the file of points, and what counts behind them.
   constexpr Telltale kDeviations{0, 1024};
   Beat beat;
@@ -58,4 +57,4 @@ Pulse::Beat Pulse::feel() {
   return beat;
 }
 
-}  // namespace watch
+}  // namespace box

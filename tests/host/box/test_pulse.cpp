@@ -1,5 +1,5 @@
 // What tells that something has changed in a box.
-#include "host/watch/pulse.h"
+#include "host/box/pulse.h"
 
 #include <gtest/gtest.h>
 
@@ -21,19 +21,19 @@ struct PulseTest : testing::Test {
   }
   // "server trace log people", as far as they changed.
   std::string changed() {
-    const watch::Pulse::Beat beat = pulse.feel();
+    const box::Pulse::Beat beat = pulse.feel();
     return std::string(beat.server ? "server " : "") + (beat.trace ? "trace " : "") + (beat.log ? "log " : "") +
            (beat.people ? "people " : "");
   }
 
   Scratch scratch;
   box::Place place{scratch / "box"};
-  watch::Pulse pulse{place};
+  box::Pulse pulse{place};
 };
 
 TEST_F(PulseTest, BeatsForAllAtFirstAndForNothingThen) {
   EXPECT_EQ(changed(), "");
-  EXPECT_TRUE(watch::Pulse(place).feel().server);
+  EXPECT_TRUE(box::Pulse(place).feel().server);
 }
 
 TEST_F(PulseTest, BeatsForWhatChanges) {

@@ -6,7 +6,7 @@
 
 #include "host/box/place.h"
 
-namespace watch {
+namespace box {
 
 class Pulse {
  public:
@@ -16,14 +16,14 @@ class Pulse {
     bool any() const { return server || trace || log || people; }
   };
 
-  explicit Pulse(box::Place place) : place_(std::move(place)) {}
+  explicit Pulse(Place place) : place_(std::move(place)) {}
 
   // What has changed since the last time; all of it at the first.
   Beat feel();
 
  private:
-  box::Place place_;
+  Place place_;
   std::string server_, trace_, log_, people_;
 };
 
-}  // namespace watch
+}  // namespace box

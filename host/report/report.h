@@ -1,0 +1,56 @@
+// A play as one page that needs nothing else: a time line and, at each step, the screen with its colours, the server, what was
+// done, and the trace and the log up to there.
+#pragma once
+
+#include <chrono>
+#include <string>
+#include <vector>
+
+#include "host/terminal/screen.h"
+
+namespace report {
+
+// Of one operator.
+struct Screen {
+  std::string caption;
+  std::vector<terminal::PaintedRow> rows;
+
+  bool operator==(const Screen &) const = default;
+};
+
+// Something that was done or said, and what was printed at it.
+struct Deed {
+  std::string sentence, output;
+};
+
+struct Step {
+  std::string place, text;  // "walk.play:4", and the step as it is written
+  std::chrono::milliseconds time{0};
+  std::vector<Deed> deeds;
+  std::vector<Screen> screens;
+  std::vector<std::string> server;  // the picture of it
+  std::size_t trace = 0, log = 0;   // so many lines of the play's were there behind the step
+};
+
+struct TraceLine {
+  std::string text;
+  bool is_error = false;
+};
+
+struct Play {
+  std::string name;
+  std::vector<Step> steps;
+  std::string reason;  // why the last step failed; empty: it did not
+  std::size_t trace_left_out =
+      0;  // lines before the first of `trace`, which the box does not remember, or the page does not
+  std::vector<TraceLine> trace;
+  std::vector<std::string> log;
+};
+
+// What is older than so many lines of the trace is left out, and said to be.
+inline constexpr std::size_t kMostTrace = 10'000;
+
+// Any bytes may stand in all of it: they are shown. What is the same as at the step before stands once.
+std::string page_of(const Play &play);
+
+}  // namespace report
