@@ -1,9 +1,9 @@
 #include "host/clock/crowd.h"
 
-#include <unistd.h>
-
+#include <set>
 #include <utility>
 
+#include "host/clock/offspring.h"
 #include "host/clock/process_files.h"
 
 namespace box_time {
@@ -82,55 +82,59 @@ bool Crowd::is_at_work(nanoseconds wall) const {
   return file && !rests(file->state) && !is_dead(file->state);
 }
 
-bool Crowd::takes_in(pid_t process, pid_t parent) {
-  if (process == self_ || (parent != self_ && !members_.contains(parent) && !newcomers_.contains(process)))
-    return false;
-  members_.emplace(process, process);
-  others_.erase(process);
+// One that cannot be read, although it is there, may be read at the next look.
+bool Crowd::takes_in(pid_t process) {
+  if (process == self_.id() || members_.contains(process)) return false;
+  Watched watched(process);
+  if (!watched.file()) return is_there(process);
+  members_.emplace(process, std::move(watched));
   return true;
 }
 
-// A process becomes a member when it begins or, where it came from outside, with its first word on the page. A parent may come
-// behind its child, where the numbers of processes have begun anew; of one whose parent has just ended nothing is known yet.
+// A process becomes a member when a member starts it or, where it came from outside, with its first word on the page.
 bool Crowd::has_new_members(const box_time_page &page) {
-  newcomers_ = newcomers_in(page);
-  for (const pid_t process : newcomers_) {
-    if (process != self_ && !members_.contains(process)) others_.clear();
+  std::erase_if(members_, [](const auto &member) { return !member.second.file(); });
+  bool is_new = false;
+  for (const pid_t process : newcomers_in(page)) is_new |= takes_in(process);
+  const Offspring offspring;
+  std::vector<pid_t> wanted = offspring.of(self_);
+  for (const auto &[process, watched] : members_) {
+    const std::vector<pid_t> more = offspring.of(watched);
+    wanted.insert(wanted.end(), more.begin(), more.end());
   }
-  const std::vector<pid_t> all = processes();
-  const std::set<pid_t> there(all.begin(), all.end());
-  std::erase_if(others_, [&](pid_t process) { return !there.contains(process); });
-  std::erase_if(members_, [&](const auto &member) { return !there.contains(member.first); });
-  std::map<pid_t, pid_t> parents;
-  for (const pid_t process : all) {
-    if (members_.contains(process) || others_.contains(process)) continue;
-    const auto file = process_file(process);
-    if (file) parents.emplace(process, file->parent);
-  }
-  bool is_new = false, goes_on = true;
-  while (goes_on) {
-    goes_on = std::erase_if(parents, [&](const auto &one) { return takes_in(one.first, one.second); }) > 0;
-    is_new |= goes_on;
-  }
-  for (const auto &[process, parent] : parents) {
-    if (parent == 0 || others_.contains(parent) || parents.contains(parent)) others_.insert(process);
+  while (!wanted.empty()) {
+    const pid_t process = wanted.back();
+    wanted.pop_back();
+    if (!takes_in(process)) continue;
+    is_new = true;
+    const auto member = members_.find(process);
+    if (member == members_.end()) continue;
+    const std::vector<pid_t> more = offspring.of(member->second);
+    wanted.insert(wanted.end(), more.begin(), more.end());
   }
   return is_new;
 }
 
-// Who has not had the processor since the look before has started nobody; and who is found now was there then.
-bool Crowd::is_complete(const box_time_page &page) {
-  if (is_complete_) return true;
-  if (has_new_members(page)) return false;
-  nanoseconds unused{0};
-  if (threads(page, unused) != before_) return false;
+// One that goes to sleep is called asleep a moment before, and goes on where it finds what it waits for; with much other work, it
+// may lose the processor there. So the kernel is asked by which call it waits: it answers when the thread sleeps in truth, or goes on.
+bool Crowd::sleep_in_truth() {
+  bool goes_on = false;
   waits_on_wall_ = is_blind_ = false;
   for (const auto &[thread, state] : before_) {
     const Wait wait = state.row >= 0 || state.state != 'S' ? Wait::kForOthers : wait_of(thread, thread);
+    goes_on |= wait == Wait::kGoesOn;
     waits_on_wall_ |= wait == Wait::kForWall;
     is_blind_ |= wait == Wait::kUnknown;
   }
-  return is_complete_ = true;
+  return !goes_on;
+}
+
+// Who has not had the processor since then has started nobody; and who is found now was there then.
+bool Crowd::is_complete(const box_time_page &page) {
+  if (is_complete_) return true;
+  if (!sleep_in_truth() || has_new_members(page)) return false;
+  nanoseconds unused{0};
+  return is_complete_ = threads(page, unused) == before_;
 }
 
 bool Crowd::is_lost(int row, const box_time_waiter &waiter, nanoseconds wall) {
@@ -150,8 +154,7 @@ void Crowd::look_after_waiters(const box_time_page &page, nanoseconds wall, Look
   for (int row = 0; row < BOX_TIME_WAITERS; ++row) {
     const box_time_waiter &waiter = page.waiters[row];
     const bool is_due = waiter.thread != 0 && waiter.deadline <= page.passed;
-    const bool is_of_nobody =
-        waiter.thread != 0 && !is_due && access(("/proc/" + std::to_string(waiter.thread)).c_str(), F_OK) != 0;
+    const bool is_of_nobody = waiter.thread != 0 && !is_due && !is_there(static_cast<pid_t>(waiter.thread));
     if (!is_due) overdue_.erase(row);
     if (is_of_nobody || (is_due && is_lost(row, waiter, wall))) {
       look.lost_rows.push_back(row);

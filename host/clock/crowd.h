@@ -8,7 +8,6 @@
 #include <cstdint>
 #include <map>
 #include <optional>
-#include <set>
 #include <vector>
 
 #include "host/clock/pace.h"
@@ -61,16 +60,15 @@ class Crowd {
   static void add_threads_of(pid_t process, const Watched &watched, const box_time_page &page, nanoseconds &processor,
                              Threads &threads);
   bool is_at_work(nanoseconds wall) const;
+  bool sleep_in_truth();
   bool is_complete(const box_time_page &page);
   bool has_new_members(const box_time_page &page);
-  bool takes_in(pid_t process, pid_t parent);
+  bool takes_in(pid_t process);
   void look_after_waiters(const box_time_page &page, nanoseconds wall, Look &look);
   bool is_lost(int row, const box_time_waiter &waiter, nanoseconds wall);
 
-  pid_t self_ = getpid();
-  std::set<pid_t> newcomers_;
+  Watched self_{getpid()};
   std::map<pid_t, Watched> members_;
-  std::set<pid_t> others_;  // that are known to have nothing to do with the box
   Threads before_;
   pid_t worker_ = 0;  // a member who was at work at the last look, 0: nobody
   nanoseconds seen_all_{0}, processor_{0};

@@ -3,6 +3,7 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <cstring>
 #include <ctime>
 #include <stdexcept>
 #include <string>
@@ -27,6 +28,13 @@ std::int64_t reading(clockid_t clock) {
   timespec time{};
   clock_gettime(clock, &time);
   return std::int64_t{time.tv_sec} * 1'000'000'000 + time.tv_nsec;
+}
+
+// Who has begun or ended a wait, or set an alarm, since the page was read, was not seen at work if they rest again.
+bool has_same_waits(const box_time_page &page, const box_time_page &before) {
+  return page.turns == before.turns && std::memcmp(page.guests, before.guests, sizeof page.guests) == 0 &&
+         std::memcmp(page.waiters, before.waiters, sizeof page.waiters) == 0 &&
+         std::memcmp(page.alarms, before.alarms, sizeof page.alarms) == 0;
 }
 
 std::uint32_t process_id() {
@@ -93,7 +101,8 @@ int Keeper::poll(std::span<pollfd> fds, std::optional<nanoseconds> until, std::o
 bool Keeper::look(std::optional<nanoseconds> until) {
   const box_time_page page = table_ ? table_->read() : box_time_page{};
   const nanoseconds at = looked_ = wall(), before = now();
-  const Crowd::Look seen = crowd_.look(page, at);
+  Crowd::Look seen = crowd_.look(page, at);
+  if (seen.is_quiet && table_ && !has_same_waits(table_->read(), page)) seen.is_quiet = false;
   for (const int row : seen.lost_rows) table_->free_waiter(row, page.waiters[row]);
   pace_.look({.wall = at,
               .processor = seen.processor + nanoseconds(reading(CLOCK_PROCESS_CPUTIME_ID)),

@@ -11,6 +11,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <memory>
+#include <string_view>
 
 // NOLINTBEGIN(cert-err34-c): the kernel writes these numbers, and each fits
 namespace box_time {
@@ -83,6 +84,28 @@ std::vector<int> numbers_in(const char *folder) {
   return found;
 }
 
+// Numbers, each with a blank behind it, as many as there are.
+void add_numbers(const base::Descriptor &file, std::vector<pid_t> &found) {
+  Text part;
+  pid_t number = 0;
+  off_t place = 0;
+  for (ssize_t size = 0; (size = file.get() < 0 ? 0 : pread(file.get(), part.data(), part.size(), place)) > 0;) {
+    place += size;
+    for (const char digit : std::string_view(part.data(), static_cast<std::size_t>(size))) {
+      if (digit != ' ') {
+        number = 10 * number + (digit - '0');
+        continue;
+      }
+      found.push_back(number);
+      number = 0;
+    }
+  }
+}
+
+std::string children_file(pid_t thread) {
+  return "task/" + std::to_string(thread) + "/children";
+}
+
 // The calls that wait with a limit, and where it stands among their arguments.
 struct Limited {
   long call;
@@ -128,7 +151,10 @@ std::optional<ProcessFile> process_file(pid_t process) {
 }
 
 Watched::Watched(pid_t process)
-    : process_(process), stat_(open_file(process, "stat")), times_(open_file(process, "schedstat")) {}
+    : process_(process),
+      stat_(open_file(process, "stat")),
+      times_(open_file(process, "schedstat")),
+      children_(open_file(process, children_file(process).c_str())) {}
 
 std::optional<ProcessFile> Watched::file() const {
   Text text;
@@ -155,6 +181,15 @@ std::vector<pid_t> threads_of(pid_t process) {
 
 std::vector<pid_t> processes() {
   return numbers_in("/proc");
+}
+
+bool is_there(pid_t number) {
+  return access(("/proc/" + std::to_string(number)).c_str(), F_OK) == 0;
+}
+
+bool lists_children() {
+  static const bool lists = open_file(getpid(), children_file(getpid()).c_str()).get() >= 0;
+  return lists;
 }
 
 std::vector<int> descriptors_of(pid_t process) {
@@ -198,6 +233,17 @@ std::uint64_t times_on_processor(pid_t process, pid_t thread) {
   return times + more;
 }
 
+std::vector<pid_t> Watched::children() const {
+  std::vector<pid_t> found;
+  add_numbers(children_, found);
+  const auto now = file();
+  if (!now || now->threads <= 1) return found;
+  for (const pid_t thread : threads_of(process_)) {
+    if (thread != process_) add_numbers(open_file(process_, children_file(thread).c_str()), found);
+  }
+  return found;
+}
+
 Wait wait_of(pid_t process, pid_t thread) {
   Text text;
   if (!read_of_thread(process, thread, "syscall", text)) return Wait::kUnknown;
@@ -205,7 +251,7 @@ Wait wait_of(pid_t process, pid_t thread) {
   Arguments arguments{};
   if (std::sscanf(text.data(), "%ld %llx %llx %llx %llx %llx %llx", &call, arguments.data(), &arguments[1],
                   &arguments[2], &arguments[3], &arguments[4], &arguments[5]) < 1) {
-    return Wait::kForOthers;  // "running": it has just come back
+    return Wait::kGoesOn;  // "running"
   }
   for (const Limited &row : kLimited) {
     if (row.call == call && has_limit(row, arguments)) return Wait::kForWall;

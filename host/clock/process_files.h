@@ -24,6 +24,8 @@ std::optional<ProcessFile> process_file(pid_t process);  // nothing where it has
 std::optional<char> state_of_thread(pid_t process, pid_t thread);
 std::vector<pid_t> threads_of(pid_t process);
 std::vector<pid_t> processes();
+bool is_there(pid_t number);  // a process or a thread
+bool lists_children();        // whether the kernel can tell the children of a thread
 
 // Its open descriptors; and the kernel's number of the eventfd behind one of them, nothing where it is something else.
 std::vector<int> descriptors_of(pid_t process);
@@ -39,16 +41,18 @@ std::uint64_t times_on_processor(pid_t process, pid_t thread);
 class Watched {
  public:
   explicit Watched(pid_t process);
+  pid_t id() const { return process_; }
   std::optional<ProcessFile> file() const;
   std::uint64_t times_on_processor() const;  // of a process with one thread
+  std::vector<pid_t> children() const;  // where the kernel lists them; dead ones, too, that nobody has asked for yet
 
  private:
   pid_t process_;
-  base::Descriptor stat_, times_;
+  base::Descriptor stat_, times_, children_;
 };
 
-// Whether it waits in the kernel with a limit, by a call that the box's time does not know.
-enum class Wait { kForOthers, kForWall, kUnknown };
+// Whether it waits in the kernel with a limit, by a call that the box's time does not know; or does not wait.
+enum class Wait { kForOthers, kForWall, kGoesOn, kUnknown };
 Wait wait_of(pid_t process, pid_t thread);
 
 }  // namespace box_time
