@@ -11,6 +11,7 @@
 #include "host/box/database.h"
 #include "host/box/hardware.h"
 #include "host/box/place.h"
+#include "host/clock/hours.h"
 #include "tests/eventually.h"
 
 namespace end_to_end {
@@ -31,7 +32,7 @@ terminal::Ending died_of(int signal) {
   return {false, 128 + signal};
 }
 
-BoxTest::BoxTest() : mode_before_(terminal_.mode()) {
+BoxTest::BoxTest() : keeper_(std::in_place, box_time::Speed{}), mode_before_(terminal_.mode()) {
   auto pattern = (fs::temp_directory_path() / "lmainte.XXXXXX").string();
   if (mkdtemp(pattern.data()) == nullptr) throw std::runtime_error("cannot make a folder: " + pattern);
   folder_ = pattern;
@@ -50,6 +51,7 @@ Words BoxTest::in_box(const Words &command) const {
 
 void BoxTest::make_box(const std::string &model) {
   spbox({"create", "--model", model});
+  box_time::keep(box::Place(box()).clock());
   before_ = play::before_command(box::Place(box()), terminal_);
 }
 

@@ -1,4 +1,6 @@
-// A test with a box of its own, and an operator's terminal on it.
+// A test with a box of its own, and an operator's terminal on it. Time in the box does not pass while somebody works, and jumps to
+// the next moment for which somebody waits when all wait; so does the patience of the test. A few tests stay in real time on purpose:
+// without the library that shows programs the box's time.
 #pragma once
 
 #include <gtest/gtest.h>
@@ -10,6 +12,7 @@
 #include <string_view>
 #include <vector>
 
+#include "host/clock/keeper.h"
 #include "host/play/leftovers.h"
 #include "host/terminal/terminal.h"
 #include "tests/run.h"
@@ -31,6 +34,7 @@ class BoxTest : public testing::Test {
   BoxTest &operator=(const BoxTest &) = delete;
 
  protected:
+  void stay_in_real_time() { keeper_.reset(); }  // before the box is made
   void make_box(const std::string &model);
   std::filesystem::path box() const { return folder_ / "box"; }
 
@@ -77,6 +81,7 @@ class BoxTest : public testing::Test {
   static std::string procedure(const std::string &command);  // "replace_unit psu" with the path of the program
   Words in_box(const Words &command) const;                  // spbox run BOX -- COMMAND
 
+  std::optional<box_time::Keeper> keeper_;  // whoever waits, waits with it: so it comes first
   terminal::Terminal terminal_;
 
  private:

@@ -16,7 +16,10 @@ using end_to_end::Words;
 
 class Clock : public end_to_end::BoxTest {
  protected:
-  Clock() { make_box("qa"); }
+  Clock() {
+    stay_in_real_time();  // `spbox run` keeps the box's
+    make_box("qa");
+  }
 
   Words at_speed(const std::string &speed, const Words &command) const {
     Words words{SPBOX, "run", "--speed", speed, box(), "--"};

@@ -39,7 +39,12 @@ TEST_F(Programs, MayTakeAsLongAsTheirLimit) {
   EXPECT_EQ(led("/PSU#0"), "on");
 }
 
-TEST_F(Programs, AreStoppedWhenTheirTimeIsSpent) {
+class ProgramsInRealTime : public Programs {
+ protected:
+  ProgramsInRealTime() { stay_in_real_time(); }
+};
+
+TEST_F(ProgramsInRealTime, AreStoppedWhenTheirTimeIsSpent) {
   bend("ctlled", {"--delay", "20"});
   EXPECT_EQ(call({"exec", "5", "1", "-u /PSU#0 -c on"}), "result 127\n");
   EXPECT_EQ(led("/PSU#0"), "off");

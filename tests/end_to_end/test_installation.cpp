@@ -1,11 +1,12 @@
-// The check that a unit was put in or taken out, in real time, with a technician whose hands are late, unsteady or missing.
+// The check that a unit was put in or taken out, with a technician whose hands are late, unsteady or missing.
 
 #include <algorithm>
-#include <future>
+#include <optional>
 
 #include "host/box/inventory.h"
 #include "host/box/place.h"
 #include "host/box/trace_ring.h"
+#include "host/terminal/background_program.h"
 #include "host/trace_book/trace_book.h"
 #include "lmainte.h"
 #include "tests/end_to_end/box_test.h"
@@ -20,8 +21,7 @@ class Installation : public BoxTest {
 
   // The technician begins with a pull of /PSU#3; they are ready when that is done.
   void technician(const std::string &steps) {
-    hands_ = std::async(std::launch::async, [command = Words{SPBOX, "technician", box(), "--do",
-                                                             "pull /PSU#3; " + steps}] { return run_to_end(command); });
+    hands_.emplace(Words{SPBOX, "technician", box(), "--do", "pull /PSU#3; " + steps});
     ASSERT_TRUE(eventually([&] { return !is_installed(); }));
   }
   bool is_installed() const { return box::Inventory(box::Place(box())).unit("/PSU#3").installed(); }
@@ -29,8 +29,7 @@ class Installation : public BoxTest {
   // The check of /PSU#3, to the end of the technician's work.
   std::string check(const char *expectation) {
     std::string result = run_to_end(in_box({ACT, "installed", expectation, "3"})).output;
-    const Done hands = hands_.get();
-    EXPECT_EQ(hands.exit_status, 0) << hands.output;
+    EXPECT_EQ(hands_->wait(), 0) << hands_->output();
     return result;
   }
 
@@ -44,7 +43,7 @@ class Installation : public BoxTest {
   }
 
  private:
-  std::future<Done> hands_;
+  std::optional<terminal::BackgroundProgram> hands_;
 };
 
 TEST_F(Installation, IsMetByAUnitThatAppearsLate) {
@@ -65,8 +64,13 @@ TEST_F(Installation, IsNotMetByAUnitThatVanishesAgain) {
   EXPECT_EQ(check("0"), "result 224\n");
 }
 
+class InstallationInRealTime : public Installation {
+ protected:
+  InstallationInRealTime() { stay_in_real_time(); }
+};
+
 // A look every second sees a unit in its place that is in fact out half of the time.
-TEST_F(Installation, IsNotMetByAUnitThatFlickers) {
+TEST_F(InstallationInRealTime, IsNotMetByAUnitThatFlickers) {
   technician(
       "when trace lmainte_chk_fru_install entry; flicker /PSU#3 5 0.3; "
       "when trace lmainte_chk_fru_install:test exit; after 1.4; flicker /PSU#3 1 0; after 1; flicker /PSU#3 1 0");

@@ -82,7 +82,12 @@ TEST_F(Operations, AnEventIsInTheLogInWords) {
   EXPECT_NE(log.find("/PSU#3"), std::string::npos) << log;
 }
 
-TEST_F(Operations, ADaemonAnswersOrFailsAsItIsBent) {
+class OperationsInRealTime : public Operations {
+ protected:
+  OperationsInRealTime() { stay_in_real_time(); }
+};
+
+TEST_F(OperationsInRealTime, ADaemonAnswersOrFailsAsItIsBent) {
   EXPECT_EQ(act({"ask", "10"}), "reply 1 of model 3\nresult 0\n");
   spbox({"daemon", "silent"});
   expect({{"silent", {"ask", "1"}, 128}});

@@ -1,4 +1,4 @@
-// The progress indicator in real time on a terminal.
+// The progress indicator on a terminal.
 
 #include <algorithm>
 #include <csignal>
@@ -38,7 +38,12 @@ class Progress : public BoxTest {
   }
 };
 
-TEST_F(Progress, GrowsByADotInFiveSecondsAndEndsInOrder) {
+class ProgressInRealTime : public Progress {
+ protected:
+  ProgressInRealTime() { stay_in_real_time(); }
+};
+
+TEST_F(ProgressInRealTime, GrowsByADotInFiveSecondsAndEndsInOrder) {
   start_progress("60", "7");
   EXPECT_EQ(ending(), (Ending{false, 0}));
   expect_screen("progress_7_seconds");
