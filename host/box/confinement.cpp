@@ -6,7 +6,6 @@
 #include <sys/syscall.h>
 #include <unistd.h>
 
-#include <array>
 #include <cerrno>
 #include <csignal>
 #include <cstdint>
@@ -20,6 +19,7 @@
 #include "host/base/child.h"
 #include "host/base/descriptor.h"
 #include "host/base/pipe.h"
+#include "host/base/read_all.h"
 #include "host/base/told.h"
 #include "host/box/confined_calls.h"
 #include "host/box/lmdb_text.h"
@@ -104,17 +104,6 @@ constexpr char kDone = 'd', kFailed = 'f';
   _exit(0);
 }
 
-std::string all_of(int fd) {
-  std::string all;
-  std::array<char, 65536> part{};
-  ssize_t size = 0;
-  while ((size = ::read(fd, part.data(), part.size())) != 0) {
-    if (size > 0) all.append(part.data(), static_cast<std::size_t>(size));
-    if (size < 0 && errno != EINTR) break;
-  }
-  return all;
-}
-
 }  // namespace
 
 void confine_to(const Place &place) {
@@ -134,7 +123,8 @@ std::string in_confinement(const Place &place, const std::function<std::string()
     work_in_child(place, work, pipe.in.get());
   }
   pipe.in.reset();
-  std::string said = all_of(pipe.out.get());
+  std::string said;
+  base::read_all(pipe.out.get(), said);
   const int status = base::wait_status_of(child);
   const char how = said.empty() ? '\0' : said.front();
   if (how == '\0' && WIFEXITED(status)) throw std::bad_alloc();  // it could not even tell of its failure

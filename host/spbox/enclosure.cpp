@@ -8,10 +8,10 @@
 #include <cerrno>
 #include <exception>
 #include <fstream>
-#include <iterator>
 #include <system_error>
 
 #include "host/base/child.h"
+#include "host/base/read_all.h"
 #include "host/base/told.h"
 #include "host/box/confinement.h"
 #include "host/box/database.h"
@@ -171,10 +171,9 @@ std::vector<std::string> bwrap_arguments(const RootPlan &plan) {
   return arguments;
 }
 
-// What the workstation preloads itself comes first.
+// What the workstation preloads itself comes first. A list that cannot be read preloads nothing there, either.
 std::string preload_list() {
-  std::ifstream own(kPreloadList);
-  std::string text((std::istreambuf_iterator<char>(own)), std::istreambuf_iterator<char>());
+  std::string text = base::text_if_readable(kPreloadList);
   if (!text.empty() && !text.ends_with('\n')) text += '\n';
   return text + BOX_TIME_LIBRARY + "\n";
 }

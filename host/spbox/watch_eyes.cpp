@@ -3,13 +3,12 @@
 #include <sys/types.h>
 
 #include <algorithm>
-#include <fstream>
 #include <functional>
-#include <iterator>
 #include <map>
 #include <optional>
 #include <set>
 
+#include "host/base/read_all.h"
 #include "host/base/told.h"
 #include "host/box/confinement.h"
 #include "host/box/contents.h"
@@ -168,10 +167,9 @@ TextLines log_in(const box::Place &place, std::size_t lines) {
   return log;
 }
 
-// Whatever a process of the box is called.
+// Whatever a process of the box is called. Nothing when it has ended.
 std::string command_line_of(pid_t process) {
-  std::ifstream file("/proc/" + std::to_string(process) + "/cmdline", std::ios::binary);
-  std::string text{std::istreambuf_iterator<char>(file), {}};
+  std::string text = base::text_if_readable(("/proc/" + std::to_string(process) + "/cmdline").c_str());
   while (!text.empty() && text.back() == '\0') text.pop_back();
   const std::size_t end = std::min(text.find('\0'), text.size());
   const std::size_t slash = text.rfind('/', end);

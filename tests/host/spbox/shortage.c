@@ -1,5 +1,6 @@
 /* Loaded before the C library, into spbox alone: from main on, memory fails from the SHORT_OF_MEMORY'th request on, forks
- * fail where SHORT_OF_PROCESSES is set, and nothing is removed where NOTHING_GOES is set. */
+ * fail where SHORT_OF_PROCESSES is set, nothing is removed where NOTHING_GOES is set, and where PROCESSES_END is set each
+ * process has ended when its command line is read. */
 #define _GNU_SOURCE
 #include <dlfcn.h>
 #include <errno.h>
@@ -18,7 +19,7 @@ typedef int Main(int count, char **words, char **environment);
 
 static Main *real_main;
 static long left = -1; /* requests that do not fail; below 0: none fails */
-static int short_of_processes, nothing_goes;
+static int short_of_processes, nothing_goes, processes_end;
 
 static int fails(void) {
   if (left > 0 && --left > 0) return 0;
@@ -58,11 +59,26 @@ int rmdir(const char *name) {
   return stays() ? -1 : ((int (*)(const char *))dlsym(RTLD_NEXT, "rmdir"))(name);
 }
 
+ssize_t read(int fd, void *to, size_t size) {
+  char name[64], file[64] = "";
+  ssize_t length = 0;
+  if (processes_end) {
+    snprintf(name, sizeof name, "/proc/self/fd/%d", fd);
+    length = readlink(name, file, sizeof file - 1);
+  }
+  if (length > 8 && strcmp(file + length - 8, "/cmdline") == 0) {
+    errno = ESRCH;
+    return -1;
+  }
+  return ((ssize_t(*)(int, void *, size_t))dlsym(RTLD_NEXT, "read"))(fd, to, size);
+}
+
 static int armed_main(int count, char **words, char **environment) {
   const char *requests = getenv("SHORT_OF_MEMORY");
   if (strcmp(program_invocation_short_name, "spbox") == 0) {
     short_of_processes = getenv("SHORT_OF_PROCESSES") != NULL;
     nothing_goes = getenv("NOTHING_GOES") != NULL;
+    processes_end = getenv("PROCESSES_END") != NULL;
     if (requests != NULL) left = atol(requests);
   }
   return real_main(count, words, environment);

@@ -1,6 +1,8 @@
 // What spbox says where the workstation has no memory, or no process, left for it, or keeps what it removes.
 #include <algorithm>
 
+#include "host/terminal/background_program.h"
+#include "tests/eventually.h"
 #include "tests/host/spbox/spbox_test.h"
 
 // A sanitizer has a memory of its own and wants to be loaded first, so under sanitizers nothing can be taken away.
@@ -93,6 +95,16 @@ TEST_F(Shortage, OfProcessesIsASentence) {
   EXPECT_EQ(play.exit_status, 1);
   EXPECT_NE(play.output.find("short.play:1: `box qa`: no process can be started for "), std::string::npos)
       << play.output;
+}
+
+TEST_F(Shortage, OfProcessesThatEndWhileSomebodyLooksLeavesThePicture) {
+  terminal::BackgroundProgram command({SPBOX, "run", place().root(), "--", "sh", "-c", "echo begun; sleep 100"});
+  ASSERT_TRUE(eventually([&] { return command.output() == "begun\n"; }));
+  const Words look{"watch", "box", "--once"};
+  EXPECT_NE(spbox(look).output.find("At work  sh -c echo begun"), std::string::npos);
+  const Done done = spbox_short_of("PROCESSES_END=yes", look);
+  EXPECT_EQ(done.exit_status, 0) << done.output;
+  EXPECT_NE(done.output.find("At work  nobody\n"), std::string::npos) << done.output;
 }
 
 }  // namespace
