@@ -142,7 +142,11 @@ bool Watching::take_keys() {
   bool is_any = false;
   for (auto input = glass_.next(); input; input = glass_.next()) {
     is_any = true;
-    if (!picture_) continue;
+    if (!picture_) {
+      desk_.press_without_picture(input->key);
+      if (desk_.is_over()) return false;
+      continue;
+    }
     const auto hand = input->is_click   ? desk_.click(input->row, input->column, scene_, *picture_)
                       : input->key != 0 ? desk_.press(input->key, scene_, *picture_)
                                         : std::nullopt;
@@ -160,7 +164,7 @@ bool Watching::take_keys() {
 void Watching::show() {
   if (!has_room()) {
     picture_.reset();
-    return glass_.say(("There are " + size_text() + ".").c_str());
+    return glass_.say(("There are " + size_text() + ". q: quit").c_str());
   }
   picture_ = watch::draw(scene_, desk_.view(), glass_.rows(), glass_.columns(), letters_);
   glass_.show(picture_->canvas);

@@ -47,7 +47,7 @@ std::span<const Desk::KeyRow> Desk::key_rows() {
       {'n', "n", "next trouble", &Desk::go_to_next_trouble},
       {'/', "/", "find", &Desk::begin_to_find},
       {'?', "?", "marks", &Desk::show_legend},
-      {'q', "q", "quit", &Desk::quit},
+      {kQuit, "q", "quit", &Desk::quit},
       {'p', "p", "pull", &Desk::pull},
       {'i', "i", "insert", &Desk::insert},
       {'f', "f", "fault", &Desk::fault},

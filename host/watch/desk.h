@@ -14,7 +14,7 @@
 namespace watch {
 
 // Keys without a letter of their own. Others are the letters that they type.
-enum Key : int { kUp = 0x110000, kDown, kLeft, kRight, kBackspace, kEnter = '\n', kEscape = 27 };
+enum Key : int { kUp = 0x110000, kDown, kLeft, kRight, kBackspace, kEnter = '\n', kEscape = 27, kQuit = 'q' };
 
 // What hands can make of a control program.
 struct BendRow {
@@ -37,6 +37,7 @@ class Desk {
 
   const View &view() const { return view_; }
   bool is_over() const { return is_over_; }
+  void press_without_picture(int key) { is_over_ = is_over_ || key == kQuit; }
   void say(std::string message) { view_.message = std::move(message); }
   void set_lit(bool is_lit) { view_.is_lit = is_lit; }
 

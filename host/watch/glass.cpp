@@ -123,7 +123,7 @@ void Glass::show(const Canvas &canvas) {
 
 void Glass::say(const char *sentence) {
   werase(stdscr);
-  mvwaddnstr(stdscr, 0, 0, sentence, columns());
+  mvwaddnstr(stdscr, 0, 0, sentence, rows() * columns());  // goes on in the next row
   wrefresh(stdscr);
 }
 

@@ -256,6 +256,12 @@ TEST_F(WatchOnTerminal, FollowsTheSizeOfTheWindow) {
   EXPECT_TRUE(comes("There are 10 rows and 40 columns")) << screen();
   term->resize({24, 80});
   EXPECT_TRUE(comes("a all right")) << screen();
+  term->type("/");  // whatever q would be in the picture, it ends what has no room for one
+  EXPECT_TRUE(comes("Find a unit")) << screen();
+  term->resize({10, 40});
+  EXPECT_TRUE(comes("q: quit")) << screen();
+  term->type("fq");
+  expect_end({false, 0});
 }
 
 struct NoPicture {
