@@ -6,17 +6,20 @@
 
 #include <array>
 #include <cerrno>
+#include <cstddef>
+#include <cstdint>
 #include <string>
 
 #include "host/base/descriptor.h"
 
 namespace base {
 
-// Appends what comes until the end. Returns 0, or a number of errno; what came before that is there.
-inline int read_all(int fd, std::string &to) {
+// Appends what comes until the end, or until there is more than `most`. Returns 0, or a number of errno; what came before that is
+// there.
+inline int read_all(int fd, std::string &to, std::size_t most = SIZE_MAX) {
   std::array<char, 65536> part{};
   ssize_t size = 0;
-  while ((size = read(fd, part.data(), part.size())) != 0) {
+  while (to.size() <= most && (size = read(fd, part.data(), part.size())) != 0) {
     if (size > 0) to.append(part.data(), static_cast<std::size_t>(size));
     if (size < 0 && errno != EINTR) return errno;
   }

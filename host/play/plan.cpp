@@ -1,7 +1,8 @@
 #include "host/play/plan.h"
 
+#include <unistd.h>
+
 #include <algorithm>
-#include <iostream>
 
 #include "host/base/listed.h"
 #include "host/base/told.h"
@@ -88,9 +89,9 @@ class PlanReader {
     const fs::path folder = is_input ? fs::path() : script.parent_path();
     scope.try_emplace("HERE", LateText{{absolute_folder(folder), -1}});
     try {
-      script::Reader reader(is_input ? script::text_of(std::cin, name_of_script(script)) : script::text_of_file(script),
-                            depth == 1 ? name_of_script(script) : script.string(),
-                            {.has_quotes = true, .has_semicolons = false});
+      script::Reader reader(
+          is_input ? script::text_of(STDIN_FILENO, name_of_script(script)) : script::text_of_file(script),
+          depth == 1 ? name_of_script(script) : script.string(), {.has_quotes = true, .has_semicolons = false});
       while (auto statement = reader.next()) {
         read_step({std::move(*statement), nullptr, folder, {}, -1, via}, scope, depth);
       }

@@ -1,11 +1,14 @@
 #include "host/script/script.h"
 
+#include <fcntl.h>
+
 #include <algorithm>
 #include <array>
 #include <cerrno>
-#include <fstream>
 #include <system_error>
 
+#include "host/base/descriptor.h"
+#include "host/base/read_all.h"
 #include "host/base/shown.h"
 #include "host/script/values.h"
 
@@ -25,6 +28,10 @@ constexpr std::array<Escape, 6> kEscapes{
 
 constexpr bool is_octal(char c) {
   return c >= '0' && c <= '7';
+}
+
+Error unreadable(const std::string &name, int error) {
+  return Error(name + ": it cannot be read: " + std::generic_category().message(error));
 }
 
 }  // namespace
@@ -173,24 +180,21 @@ std::string as_line(const Words &words) {
   return line;
 }
 
-std::string text_of(std::istream &in, const std::string &name, std::size_t longest) {
+std::string text_of(int fd, const std::string &name, std::size_t longest) {
   std::string text;
-  std::vector<char> part(std::size_t{64} << 10U);
-  while (in.read(part.data(), static_cast<std::streamsize>(part.size())) || in.gcount() > 0) {
-    text.append(part.data(), static_cast<std::size_t>(in.gcount()));
-    if (text.size() > longest) throw Error(name + ": it is longer than " + std::to_string(longest >> 20U) + " MiB");
-  }
+  const int error = base::read_all(fd, text, longest);
+  if (error != 0) throw unreadable(name, error);
+  if (text.size() > longest) throw Error(name + ": it is longer than " + std::to_string(longest >> 20U) + " MiB");
   return text;
 }
 
 std::string text_of_file(const fs::path &file, std::size_t longest) {
   std::error_code error;
   if (fs::is_directory(file, error)) throw Error(file.string() + ": this is a folder, not a file");
-  errno = 0;
-  std::ifstream in(file, std::ios::binary);
-  if (in) return text_of(in, file.string(), longest);
+  const base::Descriptor fd(open(file.c_str(), O_RDONLY | O_CLOEXEC));
+  if (fd.get() >= 0) return text_of(fd.get(), file.string(), longest);
   if (errno == ENOENT) throw Error(file.string() + ": there is no such file");
-  throw Error(file.string() + ": it cannot be read: " + std::generic_category().message(errno));
+  throw unreadable(file.string(), errno);
 }
 
 }  // namespace script

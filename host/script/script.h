@@ -2,7 +2,6 @@
 #pragma once
 
 #include <filesystem>
-#include <istream>
 #include <optional>
 #include <stdexcept>
 #include <string>
@@ -80,10 +79,10 @@ std::string joined(const Words &words, std::size_t from = 0);
 std::string as_word(const std::string &word, std::string_view plain = {});
 std::string as_line(const Words &words);  // all of them, with a blank between two
 
-// All of a file, or of a stream that `name` names to people, up to this length. Throws Error: "walk.play: there is no such
+// All of a file, or of a descriptor that `name` names to people, up to this length. Throws Error: "walk.play: there is no such
 // file".
 inline constexpr std::size_t kLongestText = std::size_t{64} << 20U;
 std::string text_of_file(const std::filesystem::path &file, std::size_t longest = kLongestText);
-std::string text_of(std::istream &in, const std::string &name, std::size_t longest = kLongestText);
+std::string text_of(int fd, const std::string &name, std::size_t longest = kLongestText);
 
 }  // namespace script

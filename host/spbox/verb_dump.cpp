@@ -1,4 +1,5 @@
-#include <iostream>
+#include <unistd.h>
+
 #include <memory>
 #include <system_error>
 
@@ -43,7 +44,7 @@ box::Contents read_file(const fs::path &file) {
   const std::string name = file == "-" ? "standard input" : file.string();
   std::string text;
   try {
-    text = file == "-" ? script::text_of(std::cin, name, kLongestDump) : script::text_of_file(file, kLongestDump);
+    text = file == "-" ? script::text_of(STDIN_FILENO, name, kLongestDump) : script::text_of_file(file, kLongestDump);
   } catch (const script::Error &wrong) {
     throw box::BoxError(wrong.what() + std::string("."));
   }

@@ -1,8 +1,10 @@
 #include "host/technician/step.h"
 
-#include <algorithm>
-#include <fstream>
+#include <fcntl.h>
 
+#include <algorithm>
+
+#include "host/base/descriptor.h"
 #include "host/base/listed.h"
 #include "host/base/number.h"
 #include "host/box/hardware.h"
@@ -88,8 +90,9 @@ void when_trace(Technician &hands, const Step &step) {
 // A file that is not there has no text yet.
 void when_text(Technician &hands, const Step &step) {
   hands.wait_for(step, [&] {
-    std::ifstream file(step.words[0]);
-    return script::text_of(file, step.words[0]).find(script::joined(step.words, 1)) != std::string::npos;
+    const base::Descriptor file(open(step.words[0].c_str(), O_RDONLY | O_CLOEXEC));
+    return file.get() >= 0 &&
+           script::text_of(file.get(), step.words[0]).find(script::joined(step.words, 1)) != std::string::npos;
   });
 }
 

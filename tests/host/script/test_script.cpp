@@ -123,6 +123,7 @@ TEST(Script, SaysWhyAFileCannotBeRead) {
   };
   EXPECT_EQ(error_of_file(folder + "/nowhere"), folder + "/nowhere: there is no such file");
   EXPECT_EQ(error_of_file(folder), folder + ": this is a folder, not a file");
+  EXPECT_EQ(error_of_file("/proc/self/mem"), "/proc/self/mem: it cannot be read: Input/output error");
   EXPECT_EQ(error_of_file(folder + "/walk.play/x"), folder + "/walk.play/x: it cannot be read: Not a directory");
 }
 

@@ -30,6 +30,7 @@ TEST_F(TechnicianVerb, EndsWithTwoWhereTheScriptOrTheCommandLineMakesNoSense) {
   } rows[] = {
       {{"--do", "push /PSU#0"}, "spbox: step 1: `push /PSU#0`: there is no step \"push\"; "},
       {{"hands.txt"}, "spbox: hands.txt:2: `push /PSU#0`: there is no step \"push\"; "},
+      {{"/proc/self/mem"}, "spbox: /proc/self/mem: it cannot be read: Input/output error\n"},
       {{"nowhere.txt"}, "spbox: nowhere.txt: there is no such file\n"},
       {{}, "spbox: no steps are given. Name a SCRIPT, or give them with --do. "},
       {{"hands.txt", "--do", "after 1"}, "spbox: SCRIPT and --do cannot be given together. "},
