@@ -6,6 +6,7 @@
 #include "host/base/listed.h"
 #include "host/base/number.h"
 #include "host/box/advice.h"
+#include "host/spbox/box_at_hand.h"
 #include "host/spbox/help.h"
 #include "host/spbox/spelling.h"
 
@@ -29,22 +30,79 @@ bool is_option(const std::string &word) {
   return word.size() > 1 && word.front() == '-';
 }
 
+// The rows of the words that have their place, in their order.
+std::vector<const Word *> places_of(const Verb &verb) {
+  std::vector<const Word *> places;
+  for (const Word &row : verb.words) {
+    if (!row.is_option()) places.push_back(&row);
+  }
+  return places;
+}
+
+bool is_rest(const Word &row) {
+  return std::holds_alternative<Rest>(row.to);
+}
+
+// Where the words stand that have their place: neither options nor their values. Of a verb that runs another program, they end
+// before "--"; of any other, only they follow it.
+std::vector<std::size_t> placed_words(const Verb &verb, const Words &line) {
+  const bool has_rest = std::ranges::any_of(verb.words, is_rest);
+  const auto takes_value = [&](const std::string &word) {
+    return std::ranges::any_of(verb.words,
+                               [&](const Word &known) { return known.name == word && !known.value.empty(); });
+  };
+  std::vector<std::size_t> placed;
+  bool options_may_come = true;
+  for (std::size_t at = 0; at < line.size(); ++at) {
+    if (options_may_come && line[at] == "--") {
+      if (has_rest) break;
+      options_may_come = false;
+    } else if (!options_may_come || !is_option(line[at])) {
+      placed.push_back(at);
+    } else if (takes_value(line[at])) {
+      ++at;
+    }
+  }
+  return placed;
+}
+
+// Whether the box stands in a line with these words: the one in its place is a folder, or there are enough for all places. An empty
+// one is a variable that is not set.
+bool names_box(const std::vector<const Word *> &places, std::size_t of_box, const Words &words) {
+  std::error_code gone;
+  if (words.size() <= of_box) return false;
+  if (words[of_box].empty() || std::filesystem::is_directory(words[of_box], gone)) return true;
+  const bool takes_any_number = std::ranges::any_of(
+      places, [](const Word *row) { return is_rest(*row) || std::holds_alternative<Words *>(row->to); });
+  return !takes_any_number && words.size() >= places.size();
+}
+
+// Puts the box at hand where the line names none, and the verb needs one.
+void add_box_at_hand(const Verb &verb, Words &line) {
+  const auto places = places_of(verb);
+  const auto row = std::ranges::find_if(places, [](const Word *word) { return word->is_box; });
+  if (row == places.end()) return;
+  const auto of_box = static_cast<std::size_t>(row - places.begin());
+  const auto placed = placed_words(verb, line);
+  Words words;
+  for (const std::size_t at : placed) words.push_back(line[at]);
+  if (names_box(places, of_box, words)) return;
+  const auto box = box_at_hand();
+  if (!box) return;
+  const std::size_t at = of_box == 0 ? 0 : placed.size() > of_box ? placed[of_box] : line.size();
+  line.insert(line.begin() + static_cast<std::ptrdiff_t>(at), (is_option(box->string()) ? "./" : "") + box->string());
+}
+
 // Takes the words of another program off the line: they begin behind the words that have their place before them, or
 // behind "--".
 Words take_rest(const Verb &verb, Words &line) {
-  const auto is_rest = [](const Word &row) { return std::holds_alternative<Rest>(row.to); };
-  const auto row = std::find_if(verb.words.begin(), verb.words.end(), is_rest);
-  if (row == verb.words.end()) return {};
-  auto before = std::count_if(verb.words.begin(), row, [](const Word &word) { return !word.is_option(); });
-  const auto takes_value = [&](const std::string &word) {
-    return std::any_of(verb.words.begin(), verb.words.end(),
-                       [&](const Word &known) { return known.name == word && !known.value.empty(); });
-  };
-  auto at = line.begin();
-  for (; at != line.end() && *at != "--" && (before > 0 || is_option(*at)); ++at) {
-    if (!is_option(*at)) --before;
-    if (takes_value(*at) && at + 1 != line.end()) ++at;
-  }
+  const auto places = places_of(verb);
+  const auto row = std::ranges::find_if(places, [](const Word *word) { return is_rest(*word); });
+  if (row == places.end()) return {};
+  const auto placed = placed_words(verb, line);
+  const auto before = static_cast<std::size_t>(row - places.begin());
+  auto at = placed.size() > before ? line.begin() + static_cast<std::ptrdiff_t>(placed[before])
+                                   : std::ranges::find(line, "--");
   Words rest(at, line.end());
   line.erase(at, line.end());
   if (!rest.empty() && rest.front() == "--") rest.erase(rest.begin());
@@ -135,6 +193,7 @@ void judge(const Verb &verb, const std::vector<Given> &all) {
   for (const Given &given : all) {
     const Word &row = *given.row;
     if (given.values.empty()) {
+      if (row.is_box) refuse("no box is named. Give its folder, set SPBOX to it, or go there.");
       if (row.need == Need::kRequired) refuse(row.name + " is missing, as in `" + usage_of(verb) + "`.");
       continue;
     }
@@ -159,6 +218,7 @@ void add_to(CLI::App &app, Given &given) {
 }  // namespace
 
 Asked read_line(const Verb &verb, Words line) {
+  add_box_at_hand(verb, line);
   Words rest = take_rest(verb, line);
   bool help = false;
   CLI::App app;

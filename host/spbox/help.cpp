@@ -20,6 +20,8 @@ constexpr const char *kEnd =
     "Exit status: 0 done, 1 it could not be done, 2 the command line makes no sense;\n"
     "of `run`, the command's own.\n";
 
+constexpr const char *kAtHand = "DIR may be left out where SPBOX is set to it, and in the box's folder.\n";
+
 constexpr std::size_t kColumn = 20;
 
 // Of a list: a name, and what it is, beside it or below it.
@@ -53,7 +55,7 @@ std::string usage_of(const Verb &verb) {
   std::string words, rest, options;  // The words of another program stand last.
   bool has_more = false;
   for (const Word &word : verb.words) {
-    const bool required = word.need == Need::kRequired;
+    const bool required = word.need == Need::kRequired && !word.is_box;  // there may be a box at hand
     if (!word.is_option()) {
       const std::string text = word.name + (is_repeated(word) ? "..." : "");
       const bool is_rest = std::holds_alternative<Rest>(word.to);
@@ -85,7 +87,7 @@ std::string help_of_all(const std::vector<Verb> &verbs) {
       std::string(kDescription) + "\nUsage: " + box::spbox_called("spbox") + " VERB [OPTIONS] ...\n\nVerbs:\n";
   for (const Verb &verb : verbs) text += item(verb.name, verb.line);
   return text + "\n" + box::advice({"help", "VERB"}) + " says more.\n" + box::advice({"--version"}) +
-         " says which version this is.\n" + kEnd;
+         " says which version this is.\n" + kAtHand + kEnd;
 }
 
 }  // namespace spbox

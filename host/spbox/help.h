@@ -8,7 +8,7 @@
 
 namespace spbox {
 
-// As the user calls it: "spbox pull [OPTIONS] DIR UNIT..."
+// As the user calls it: "spbox pull [OPTIONS] [DIR] UNIT..."
 std::string usage_of(const Verb &verb);
 std::string help_of(const Verb &verb);
 std::string help_of_all(const std::vector<Verb> &verbs);

@@ -53,7 +53,7 @@ struct Word {
   Need need = Need::kOptional;
   std::string value = {};                  // of an option, what stands behind it: "SECONDS"
   std::vector<std::string> excludes = {};  // options that cannot be given with this one
-  bool is_box = false;                     // a path: the folder of the box
+  bool is_box = false;                     // a path: the folder of the box; without one, it is the box at hand
 
   bool is_option() const { return name.starts_with('-'); }
 };

@@ -27,23 +27,23 @@ const WrongRow kWrong[] = {
     {{"help", "create", "units"}, "`units` is one word too many for `spbox help VERB`. `spbox help` lists the verbs."},
     {{"--versoin"}, "there is no option --versoin. Did you mean `--version`? `spbox help` lists the verbs."},
     {{"create", "x"},
-     "--model is missing, as in `spbox create [OPTIONS] DIR --model MODEL`. `spbox help create` says more."},
+     "--model is missing, as in `spbox create [OPTIONS] [DIR] --model MODEL`. `spbox help create` says more."},
     {{"create", "x", "--model", "qz"},
      "there is no model `qz`. Give qa, qb1, qb2, qe1, qe2 or qe3. `spbox help create` says more."},
     {{"create", "x", "--model"}, "--model takes a value: --model MODEL. `spbox help create` says more."},
     {{"create", "x", "--model", "qa", "--model", "qb1"}, "--model is given twice. `spbox help create` says more."},
-    {{"units"}, "DIR is missing, as in `spbox units [OPTIONS] DIR [UNIT...]`. `spbox help units` says more."},
+    {{"units"}, "no box is named. Give its folder, set SPBOX to it, or go there. `spbox help units` says more."},
     {{"units", "box", "--jsn"},
      "`spbox units` has no option --jsn. Did you mean `--json`? `spbox help units` says more."},
     {{"units", "box", "--xml=yes"}, "`spbox units` has no option --xml. `spbox help units` says more."},
     {{"units", "box", "--json=yes"}, "--json takes no value. `spbox help units` says more."},
-    {{"show", "box"}, "UNIT is missing, as in `spbox show [OPTIONS] DIR UNIT`. `spbox help show` says more."},
+    {{"show", "box"}, "UNIT is missing, as in `spbox show [OPTIONS] [DIR] UNIT`. `spbox help show` says more."},
     {{"show", "box", "/PSU#0", "/PSU#1"},
-     "`/PSU#1` is one word too many for `spbox show [OPTIONS] DIR UNIT`. `spbox help show` says more."},
-    {{"pull", "box"}, "UNIT is missing, as in `spbox pull DIR UNIT...`. `spbox help pull` says more."},
-    {{"run", "box"}, "COMMAND is missing, as in `spbox run [OPTIONS] DIR COMMAND...`. `spbox help run` says more."},
+     "`/PSU#1` is one word too many for `spbox show [OPTIONS] [DIR] UNIT`. `spbox help show` says more."},
+    {{"pull", "box"}, "UNIT is missing, as in `spbox pull [DIR] UNIT...`. `spbox help pull` says more."},
+    {{"run", "box"}, "COMMAND is missing, as in `spbox run [OPTIONS] [DIR] COMMAND...`. `spbox help run` says more."},
     {{"run", "box", "--"},
-     "COMMAND is missing, as in `spbox run [OPTIONS] DIR COMMAND...`. `spbox help run` says more."},
+     "COMMAND is missing, as in `spbox run [OPTIONS] [DIR] COMMAND...`. `spbox help run` says more."},
     {{"run", "box", ""}, "COMMAND is empty. Is a variable not set? `spbox help run` says more."},
     {{"run", "--no-pagr", "box", "ls"},
      "`spbox run` has no option --no-pagr. Did you mean `--no-pager`? `spbox help run` says more."},
@@ -52,8 +52,9 @@ const WrongRow kWrong[] = {
     {{"break", "box", "--short"}, "no unit and no record is named. `spbox help break` says more."},
     {{"break", "box", "/PSU#0", "--short", "--long"},
      "--short and --long cannot be given together. `spbox help break` says more."},
-    {{"load", "x.dump"}, "DIR is missing, as in `spbox load [OPTIONS] FILE DIR`. `spbox help load` says more."},
-    {{"dump"}, "DIR is missing, as in `spbox dump DIR [FILE]`. `spbox help dump` says more."},
+    {{"load", "x.dump"},
+     "no box is named. Give its folder, set SPBOX to it, or go there. `spbox help load` says more."},
+    {{"dump"}, "no box is named. Give its folder, set SPBOX to it, or go there. `spbox help dump` says more."},
     {{"trace", "box", "--last", "0"}, "--last takes a number from 1 to 65536, not `0`. `spbox help trace` says more."},
     {{"trace", "box", "--last", "many"},
      "--last takes a number from 1 to 65536, not `many`. `spbox help trace` says more."},
@@ -67,7 +68,7 @@ const WrongRow kWrong[] = {
     {{"dump", "box", ""}, "FILE is empty. Is a variable not set? `spbox help dump` says more."},
     {{"pull", "--now", "--", "box", "/PSU#0"}, "`spbox pull` has no option --now. `spbox help pull` says more."},
     {{"create", "--", "new", "--model", "qa"},
-     "`--model` is one word too many for `spbox create [OPTIONS] DIR --model MODEL`. `spbox help create` says more."},
+     "`--model` is one word too many for `spbox create [OPTIONS] [DIR] --model MODEL`. `spbox help create` says more."},
 };
 
 class CommandLine : public SpboxTest {
@@ -227,7 +228,7 @@ TEST_F(CommandLine, GivesAdviceInTheWordsByWhichItWasCalled) {
   EXPECT_EQ(called({"units", "my box"}),
             "spbox: my box is no box. `./dev spbox create 'my box' --model MODEL` makes one.\n");
   EXPECT_EQ(called({"pull", "box"}),
-            "spbox: UNIT is missing, as in `./dev spbox pull DIR UNIT...`. `./dev spbox help pull` says more.\n");
+            "spbox: UNIT is missing, as in `./dev spbox pull [DIR] UNIT...`. `./dev spbox help pull` says more.\n");
   EXPECT_NE(called({"help"}).find("\n`./dev spbox help VERB` says more.\n"), std::string::npos);
 }
 
