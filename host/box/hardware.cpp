@@ -26,7 +26,8 @@ constexpr Word kWords[] = {
 };
 
 constexpr const char *kFlagSet = "start", *kDetachedSet = "yes", *kModeOn = "lock", *kModeOff = "unlock",
-                     *kUsualSpeed = "low", *kDark = "off", *kBlinking = "blink", *kLinkUp = "up", *kLinkDown = "down";
+                     *kUsualSpeed = "low", *kDark = "off", *kBlinking = "blink", *kLinkUp = "up", *kLinkDown = "down",
+                     *kReportStarted = "start", *kReportEnded = "end";
 
 std::string key_of(Setting setting, std::string_view of) {
   const auto *const word =
@@ -42,7 +43,8 @@ std::string SettingValue::key() const {
 
 bool SettingValue::is_usual() const {
   return (setting == Setting::kMaintenance && value == kModeOff) ||
-         (setting == Setting::kFan && value == kUsualSpeed) || (setting == Setting::kLed && value == kDark);
+         (setting == Setting::kFan && value == kUsualSpeed) || (setting == Setting::kLed && value == kDark) ||
+         (setting == Setting::kLink && value == kLinkUp) || (setting == Setting::kReport && value == kReportEnded);
 }
 
 bool SettingValue::is_blinking() const {
@@ -81,7 +83,7 @@ bool Hardware::set_maintenance_mode(bool on) {
 }
 
 void Hardware::set_report(bool started) {
-  set_text(Setting::kReport, "", started ? "start" : "end");
+  set_text(Setting::kReport, "", started ? kReportStarted : kReportEnded);
 }
 
 std::string Hardware::fan_speed() const {

@@ -29,7 +29,8 @@ struct SettingValue {
   std::string value;
 
   std::string key() const;  // as people read it: "led /PSU#0"
-  bool is_usual() const;    // as of a server at rest: no mode, the usual fan speed, a dark LED
+  bool is_usual()
+      const;  // as of a server at rest: no mode and none reported, the usual fan speed, a dark LED, a link that is up
   bool is_blinking() const;
 };
 

@@ -13,6 +13,7 @@ Verb run_verb();
 Verb units_verb();
 Verb show_verb();
 Verb watch_verb();
+Verb status_verb();
 std::vector<Verb> change_verbs();  // pull, insert, fault, degrade, repair
 Verb technician_verb();
 Verb play_verb();
@@ -23,6 +24,7 @@ Verb program_verb();
 Verb daemon_verb();
 Verb break_verb();
 Verb mend_verb();
+Verb heal_verb();
 Verb deviate_verb();
 Verb points_verb();
 Verb trace_verb();

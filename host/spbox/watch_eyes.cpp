@@ -17,6 +17,7 @@
 #include "host/box/inventory.h"
 #include "host/box/partitions.h"
 #include "host/spbox/bent_text.h"
+#include "host/spbox/condition.h"
 #include "host/spbox/log_book.h"
 #include "host/spbox/text.h"
 #include "host/spbox/unit_text.h"
@@ -83,31 +84,14 @@ void set(const box::SettingValue &row, watch::Unit &unit) {
   }
 }
 
-// Those of no unit that the picture shows, where they are not as after power-on.
-void add_other_settings(const box::Hardware &hardware, const box::Inventory &inventory, TextLines &lines) {
-  const auto at_first = box::after_power_on(inventory.model());
-  for (const auto &[key, value] : other_settings(hardware, inventory)) {
-    const auto found = at_first.find(key);
-    if (found == at_first.end() || found->second != value)
-      lines.push_back(std::string("Set: ").append(key).append(" ").append(value));
-  }
-}
-
-// The programs with their ways, and what of all in the box is not as usual.
-void add_ways(const box::Place &place, watch::Server &server) {
+// All programs with their ways.
+TextLines ways_of_programs(const box::Place &place) {
+  TextLines ways;
   const box::TextDatabase kept(place);
   for (const std::string &name : box::program_names()) {
-    const box::Bend bend = box::bend_of(kept, name);
-    const std::string way = bend_text(bend);
-    server.programs.push_back(std::string(name).append(": ").append(way));
-    if (!bend.straight()) server.bent.push_back(std::string("Program ").append(name).append(" ").append(way));
+    ways.push_back(std::string(name).append(": ").append(bend_text(box::bend_of(kept, name))));
   }
-  const box::DaemonBend daemon = box::daemon_bend(kept);
-  if (daemon.way != box::DaemonWay::kWell) server.bent.push_back("The daemon " + way_text(daemon));
-  for (const box::BrokenRecord &broken : box::broken_records(place)) server.bent.push_back(broken_text(broken));
-  if (const auto points = box::points_of(place)) {
-    for (const box::Deviation &deviation : points->deviations) server.bent.push_back(deviation_text(deviation));
-  }
+  return ways;
 }
 
 watch::Server server_in(const box::Place &place) {
@@ -130,8 +114,9 @@ watch::Server server_in(const box::Place &place) {
     const auto part = box::board_part_in(xsb.name);
     if (part) server.parts.push_back({part->board, part->part, xsb.domain, xsb.active, xsb.unreadable.empty()});
   }
-  add_ways(place, server);
-  add_other_settings(hardware, inventory, server.bent);
+  server.programs = ways_of_programs(place);
+  server.bent = bent_lines(place);
+  std::ranges::move(other_lines(inventory, hardware), std::back_inserter(server.bent));
   return server;
 }
 

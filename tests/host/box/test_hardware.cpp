@@ -18,6 +18,10 @@ TEST(SettingOfTheHardware, IsUsualWhereTheServerIsAtRest) {
       {"fans that are fast", {Setting::kFan, "", "high"}, false},
       {"a dark LED", {Setting::kLed, "/PSU#0", "off"}, true},
       {"a lit LED", {Setting::kLed, "/PSU#0", "on"}, false},
+      {"a board whose link is up", {Setting::kLink, "/CMU#0", "up"}, true},
+      {"a board whose link is down", {Setting::kLink, "/CMU#0", "down"}, false},
+      {"an end of maintenance that was reported", {Setting::kReport, "", "end"}, true},
+      {"a start of maintenance that was reported", {Setting::kReport, "", "start"}, false},
       {"a unit that is powered off", {Setting::kPower, "/IOX#0", "off"}, false},
   };
   for (const auto &row : rows) EXPECT_EQ(row.setting.is_usual(), row.is_usual) << row.what;
