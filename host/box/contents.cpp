@@ -10,6 +10,7 @@
 #include "host/box/own_files.h"
 #include "host/box/program_list.h"
 #include "host/box/record_set.h"
+#include "host/box/time_files.h"
 #include "host/box/trace_ring.h"
 
 namespace box {
@@ -32,34 +33,6 @@ void write_contents(const Place &place, const Contents &contents) {
     all[kOwnDatabase]->put(key, {reinterpret_cast<const std::uint8_t *>(text.data()), text.size()});
   }
   Database::unlock_together(all);
-}
-
-void write_words(const fs::path &file, const std::vector<std::uint32_t> &words) {
-  std::ofstream out(file, std::ios::binary);
-  for (const std::uint32_t word : words) {
-    for (int shift = 24; shift >= 0; shift -= 8) out.put(static_cast<char>(word >> shift & 0xFFu));
-  }
-  out.close();
-  if (!out) throw BoxError(file.string() + " could not be written. See the disk and the folder's permissions.");
-}
-
-// Seconds. Control times stand by unit slot, twice, and each family of models has its own; command times stand by the
-// number of the control program.
-void time_files(const fs::path &etc) {
-  constexpr std::array<std::uint32_t, 16> kCommandTimes{30,  30, 60, 300, 120, 10,  600, 10,
-                                                        300, 60, 30, 30,  900, 300, 60,  120};
-  std::uint32_t more = 0;
-  for (const std::string family : {"qa", "qb", "qe"}) {
-    std::vector<std::uint32_t> control(64, 0), commands(kCommandTimes.begin(), kCommandTimes.end());
-    for (std::uint32_t slot = 0; slot < 12; ++slot) {
-      control[slot] = 60 + slot + more;
-      control[32 + slot] = 120 + slot + more;
-    }
-    commands.resize(32);
-    write_words(etc / ("controltime_" + family), control);
-    write_words(etc / ("cmdtime_" + family), commands);
-    more += 10;
-  }
 }
 
 void program_links(const Place &place) {
@@ -90,7 +63,7 @@ void create_box(const Place &place, const Contents &contents) {
     fs::create_directories(folder);
   }
   program_links(place);
-  time_files(place.etc());
+  make_time_files(place);
   TraceRing::create(place.trace());
   CallRing::create(place.calls());
   touch(place.events());
@@ -107,11 +80,7 @@ bool is_box(const Place &place) {
   return fs::is_directory(place.databases());
 }
 
-void check_is_box(const Place &place) {
-  model_of_box(place);
-}
-
-std::uint32_t model_of_box(const Place &place) {
+void check_is_any_box(const Place &place) {
   if (!is_box(place)) {
     const std::string is_none = place.root().string() + " is no box.";
     std::error_code gone;
@@ -123,10 +92,18 @@ std::uint32_t model_of_box(const Place &place) {
   if (const auto link = link_in(place)) {
     throw BoxError(link->string() + " is a link, which may lead out of the box. Put the file or folder itself there.");
   }
+}
+
+void check_is_box(const Place &place) {
+  model_of_box(place);
+}
+
+std::uint32_t model_of_box(const Place &place) {
+  check_is_any_box(place);
   const std::uint32_t model = model_in(place);
   if (model == LMAINTE_MODEL_NONE) {
     throw BoxError(place.tmp().string() + " holds no marker file of a model, such as .qe1: the box does not know " +
-                   "what server it is. Put the marker file back, or make the box again.");
+                   "what server it is. " + advice({"model", place.root(), "MODEL"}) + " puts it back.");
   }
   return model;
 }

@@ -31,6 +31,9 @@ void create_box(const Place &place, std::uint32_t model);
 
 bool is_box(const Place &place);
 
+// Throws BoxError where there is no box.
+void check_is_any_box(const Place &place);
+
 // Throws BoxError where there is no box, or no marker file that tells its model.
 void check_is_box(const Place &place);
 

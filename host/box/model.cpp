@@ -1,10 +1,17 @@
 #include "host/box/model.h"
 
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
 #include <algorithm>
 #include <array>
+#include <cerrno>
 #include <system_error>
 
+#include "host/base/descriptor.h"
 #include "host/base/listed.h"
+#include "host/box/own_files.h"
 
 namespace box {
 namespace {
@@ -44,6 +51,23 @@ std::uint32_t model_in(const Place &place) {
     return std::filesystem::exists(place.tmp() / model.marker(), error);
   });
   return found == nullptr ? std::uint32_t{LMAINTE_MODEL_NONE} : found->code;
+}
+
+// The new one first: what fails has changed nothing.
+void set_model(const Place &place, const Model *model) {
+  constexpr mode_t kMode = S_IRUSR | S_IWUSR | S_IRGRP | S_IWGRP | S_IROTH | S_IWOTH;
+  const base::Descriptor folder = open_own_folder(place, "tmp");
+  const auto fail = [&](const Model &row) {
+    const std::error_code why(errno, std::generic_category());
+    throw std::filesystem::filesystem_error("the marker cannot be changed", place.tmp() / row.marker(), why);
+  };
+  if (model != nullptr) {
+    const base::Descriptor made(openat(folder.get(), model->marker().c_str(), O_WRONLY | O_CREAT | kOwnFile, kMode));
+    if (made.get() < 0) fail(*model);
+  }
+  for (const Model &row : kModels) {
+    if (&row != model && unlinkat(folder.get(), row.marker().c_str(), 0) != 0 && errno != ENOENT) fail(row);
+  }
 }
 
 std::string model_names() {

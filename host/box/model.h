@@ -33,6 +33,9 @@ const Model *find_model(std::string_view name);
 // The model whose marker file lies in the box's tmp folder; LMAINTE_MODEL_NONE without one.
 std::uint32_t model_in(const Place &place);
 
+// From now on this is the only marker; null: there is none. Throws.
+void set_model(const Place &place, const Model *model);
+
 // "qa, qb1, ... qe2 or qe3"
 std::string model_names();
 

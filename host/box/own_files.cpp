@@ -2,6 +2,9 @@
 
 #include <sys/stat.h>
 
+#include <cerrno>
+#include <system_error>
+
 namespace box {
 
 namespace fs = std::filesystem;
@@ -20,6 +23,17 @@ std::optional<fs::path> link_in(const Place &place) {
 bool is_file(int fd) {
   struct stat status {};
   return fstat(fd, &status) == 0 && S_ISREG(status.st_mode);
+}
+
+base::Descriptor open_own_folder(const Place &place, const fs::path &folder) {
+  constexpr int kFolder = O_PATH | O_DIRECTORY | O_CLOEXEC;
+  base::Descriptor at(open(place.root().c_str(), kFolder));
+  for (const fs::path &part : folder) {
+    if (at.get() >= 0) at = base::Descriptor(openat(at.get(), part.c_str(), kFolder | O_NOFOLLOW));
+  }
+  if (at.get() >= 0) return at;
+  throw fs::filesystem_error("a folder of the box cannot be opened", place.root() / folder,
+                             {errno, std::generic_category()});
 }
 
 }  // namespace box

@@ -6,6 +6,7 @@
 #include <filesystem>
 #include <optional>
 
+#include "host/base/descriptor.h"
 #include "host/box/place.h"
 
 namespace box {
@@ -17,5 +18,9 @@ std::optional<std::filesystem::path> link_in(const Place &place);
 // How a file of the box is opened where somebody else may have put a link or a pipe: neither leads out of the box, nor waits.
 inline constexpr int kOwnFile = O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC;
 bool is_file(int fd);
+
+// A folder of the box, such as "mgb/cli/etc", for who makes or removes a file there: no link on the way leads out of the box. Throws
+// std::filesystem::filesystem_error.
+base::Descriptor open_own_folder(const Place &place, const std::filesystem::path &folder);
 
 }  // namespace box

@@ -75,8 +75,9 @@ std::vector<Words> bend_programs(const box::Place &place, const box::Place &fres
   for (const box::DaemonWayName &row : box::kDaemonWays) {
     if (row.way != daemon.way || row.way == box::DaemonWay::kWell) continue;
     box::set_daemon_bend(other, daemon);
-    steps.push_back({"spbox", "daemon", std::string(row.name)});
-    if (row.way == box::DaemonWay::kLate) steps.back().push_back(std::to_string(daemon.seconds));
+    const bool is_late = row.way == box::DaemonWay::kLate;
+    steps.push_back({"spbox", "daemon", is_late ? "--delay" : "--" + std::string(row.name)});
+    if (is_late) steps.back().push_back(std::to_string(daemon.seconds));
   }
   return steps;
 }

@@ -1,5 +1,4 @@
 #include <algorithm>
-#include <bit>
 #include <set>
 
 #include "host/box/breakage.h"
@@ -60,16 +59,29 @@ class Writer {
   explicit Writer(const box::Contents &contents) : contents_(contents), book_(book_of(contents.model)) {}
 
   std::string text() {
-    out_ = std::string(kDumpHead) + "\norder big\nmodel " + std::string(box::model_name(contents_.model)) + "\n";
-    for (std::uint32_t db_id = 0; db_id < box::kDatabaseCount; ++db_id) {
-      out_ += "\ndatabase " + std::to_string(db_id) + "  # " + std::string(box::kDatabaseNames.at(db_id)) + "\n";
-      for (const auto &[name, record] : contents_.records.at(db_id)) add_record(name, name, record);
-    }
+    add_head();
+    for (std::uint32_t db_id = 0; db_id < box::kDatabaseCount; ++db_id) add_database(db_id);
     add_hardware();
+    return out_ + "\nend\n";
+  }
+  std::string text_of_records() {
+    add_head();
+    for (std::uint32_t db_id = 0; db_id < box::kDatabaseCount; ++db_id) {
+      if (!contents_.records.at(db_id).empty()) add_database(db_id);
+    }
     return out_ + "\nend\n";
   }
 
  private:
+  void add_head() {
+    out_ = std::string(kDumpHead) + "\norder big\nmodel " + std::string(box::model_name(contents_.model)) + "\n";
+  }
+
+  void add_database(std::uint32_t db_id) {
+    out_ += "\ndatabase " + std::to_string(db_id) + "  # " + std::string(box::kDatabaseNames.at(db_id)) + "\n";
+    for (const auto &[name, record] : contents_.records.at(db_id)) add_record(name, name, record);
+  }
+
   // Settings are texts; what is kept of a broken record is a record itself.
   void add_hardware() {
     out_ += "\ndatabase box  # its hardware, and how its programs are bent\n";
@@ -83,7 +95,7 @@ class Writer {
   }
 
   void add_record(const std::string &key, const std::string &name, box::Bytes record) {
-    if (std::endian::native == std::endian::little) box::swap_words(name, record);
+    box::swap_to_big_endian(name, record);
     Labels rows;
     if (const auto known = book_.find(name); known != book_.end()) rows = known->second;
     out_ += "record " + script::as_word(key) + " " + std::to_string(record.size());
@@ -128,6 +140,10 @@ class Writer {
 
 std::string dump_of(const box::Contents &contents) {
   return Writer(contents).text();
+}
+
+std::string dump_of_records(const box::Contents &contents) {
+  return Writer(contents).text_of_records();
 }
 
 }  // namespace spbox

@@ -5,6 +5,7 @@
 #include "host/box/breakage.h"
 #include "host/box/inventory.h"
 #include "host/spbox/bent_text.h"
+#include "host/spbox/record_targets.h"
 #include "host/spbox/standard_output.h"
 #include "host/spbox/text.h"
 #include "host/spbox/verbs.h"
@@ -18,26 +19,8 @@ struct BreakOptions {
   bool identity = false, missing = false, shorter = false, longer = false;
 };
 
-// A unit stands for the record that it is written down in, or for its identity record.
-box::RecordName record_of(const box::Unit &unit, bool identity) {
-  const box::UnitEntry &entry = unit.place.entries.front();
-  if (!identity) return {LMAINTE_DB_CURRENT, entry.record};
-  if (!entry.fru_record.empty()) return {LMAINTE_DB_FRU, entry.fru_record};
-  throw box::BoxError(unit.place.name + " has no identity record.");
-}
-
 std::vector<box::RecordName> records_of(const BreakOptions &options) {
-  const box::Place place(options.box);
-  const box::Inventory inventory(place);
-  std::vector<box::RecordName> records;
-  for (const std::string &target : options.targets) {
-    const bool is_unit = target.find('/') != std::string::npos || inventory.has(target);
-    if (!is_unit && options.identity) {
-      throw box::BoxError(target + " is a record: --fru is for units. Name the record without it.");
-    }
-    records.push_back(is_unit ? record_of(inventory.unit(target), options.identity) : box::find_record(place, target));
-  }
-  return records;
+  return records_named(box::Place(options.box), options.targets, options.identity);
 }
 
 std::string what_it_is(const box::BrokenRecord &broken) {

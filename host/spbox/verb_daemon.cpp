@@ -18,6 +18,8 @@ struct DaemonOptions {
   std::filesystem::path box;
   std::string way;
   std::uint32_t seconds = 0;
+  std::uint32_t delay = 0;
+  bool silent = false, dead = false, garbled = false, reset = false;
   bool as_json = false, is_running = false;
 };
 
@@ -82,10 +84,29 @@ std::vector<std::string> way_names() {
   return names;
 }
 
-void check(const DaemonOptions &options) {
+// What the options say, in the words that stand for the same.
+void take_options(DaemonOptions &options) {
+  const struct {
+    bool given;
+    const char *way;
+  } rows[] = {{options.delay > 0, "late"},
+              {options.silent, "silent"},
+              {options.dead, "dead"},
+              {options.garbled, "garbled"},
+              {options.reset, "well"}};
+  for (const auto &row : rows) {
+    if (!row.given) continue;
+    if (!options.way.empty()) throw UsageError("the daemon is bent in one way at a time.");
+    options.way = row.way;
+    options.seconds = options.delay;
+  }
+}
+
+void check(DaemonOptions &options) {
+  take_options(options);
   const bool late = options.way == "late";
   if (late && options.seconds == 0) {
-    throw UsageError("how late? Give seconds, as in " + box::advice({"daemon", options.box, "late", "5"}) + ".");
+    throw UsageError("how late? Give seconds, as in " + box::advice({"daemon", options.box, "--delay", "5"}) + ".");
   }
   if (!late && options.seconds > 0) throw UsageError("only `late` takes seconds.");
 }
@@ -99,20 +120,26 @@ Verb daemon_verb() {
           .works_on_box = true,
           .words = {box_word(options->box),
                     {.name = "WAY",
-                     .help = "well, late, silent, dead or garbled",
+                     .help = "The same in a word: well, late, silent, dead or garbled",
                      .to = Choice{&options->way, "way to answer", way_names()}},
                     {.name = "SECONDS", .help = "How late", .to = number(options->seconds, 1, 86400)},
+                    {.name = "--delay",
+                     .help = "It answers so late",
+                     .to = number(options->delay, 1, 86400),
+                     .value = "SECONDS"},
+                    {.name = "--silent", .help = "It does not answer", .to = &options->silent},
+                    {.name = "--dead", .help = "It ends the connection instead of answering", .to = &options->dead},
+                    {.name = "--garbled", .help = "Its answers are not as long as they say", .to = &options->garbled},
+                    {.name = "--reset", .help = "It answers as it should", .to = &options->reset},
                     json_option(options->as_json)},
           .footer =
               "`spbox run` starts the daemon with the command, and ends it when the command has\n"
               "ended. It answers the new way from the next request on.\n\n"
               "Examples:\n"
               "  spbox daemon box                 whether it runs, and how it answers\n"
-              "  spbox daemon box late 5          every answer comes after five seconds\n"
-              "  spbox daemon box silent          no answer comes\n"
-              "  spbox daemon box dead            the connection ends instead\n"
-              "  spbox daemon box garbled         answers are not as long as they say\n"
-              "  spbox daemon box well            it answers as it should",
+              "  spbox daemon box --delay 5       every answer comes after five seconds\n"
+              "  spbox daemon box --silent        no answer comes\n"
+              "  spbox daemon box --reset         it answers as it should",
           .check = [options] { check(*options); },
           .prepare = [options] { prepare(*options); },
           .act = [options] { return daemon(*options); },

@@ -46,7 +46,7 @@ void show_time_to(RootPlan &plan) {
 int run(const RunOptions &options) {
   const auto &[folder, no_pager, network, speed, command] = options;
   const box::Place place(fs::absolute(folder));
-  box::check_is_box(box::Place{folder});
+  box::check_is_any_box(box::Place{folder});
   check_bwrap();
   if (!no_pager) check_pager();
   RootPlan plan{.box = place,

@@ -1,6 +1,7 @@
 #include <map>
 #include <memory>
 
+#include "host/base/listed.h"
 #include "host/box/hardware.h"
 #include "host/box/inventory.h"
 #include "host/box/partitions.h"
@@ -8,6 +9,7 @@
 #include "host/spbox/json.h"
 #include "host/spbox/standard_output.h"
 #include "host/spbox/text.h"
+#include "host/spbox/unit_choice.h"
 #include "host/spbox/unit_text.h"
 #include "host/spbox/verbs.h"
 
@@ -18,7 +20,7 @@ using Lines = std::vector<std::vector<std::string>>;
 
 struct UnitsOptions {
   std::filesystem::path box;
-  std::vector<std::string> units;
+  UnitChoice choice;
   bool as_json = false;
 };
 
@@ -138,14 +140,13 @@ std::string other_table(const View &view) {
 
 int units(const UnitsOptions &options) {
   const View view{box::Place(options.box)};
-  const std::vector<box::Unit> all =
-      options.units.empty() ? view.inventory.units() : view.inventory.units(view.inventory.with_carried(options.units));
+  const std::vector<box::Unit> all = chosen_units(options.choice, view.inventory, view.hardware, view.xsbs);
   if (options.as_json) {
     print(whole_json(view, all).text());
     return 0;
   }
   std::string text = unit_table(all, view.hardware);
-  if (options.units.empty()) text = heading(view) + "\n" + text + partition_tables(view) + other_table(view);
+  if (options.choice.is_all()) text = heading(view) + "\n" + text + partition_tables(view) + other_table(view);
   print(text);
   return 0;
 }
@@ -158,7 +159,21 @@ Verb units_verb() {
           .line = "List the units, each with state, LED and maintenance flag",
           .works_on_box = true,
           .words = {box_word(options->box),
-                    {.name = "UNIT", .help = "List only these, with what sits on them", .to = &options->units},
+                    {.name = "UNIT",
+                     .help = "List only these, with what sits on them; or a pattern,\nsuch as '/PSU#4*'",
+                     .to = &options->choice.units},
+                    {.name = "--kind",
+                     .help = "Only of this kind: psu, mem, fan_a",
+                     .to = &options->choice.kind,
+                     .value = "KIND"},
+                    {.name = "--state",
+                     .help = base::listed(state_names(), " or ") + ",\nwhich is all that are not as usual",
+                     .to = Choice{&options->choice.state, "state", state_names()},
+                     .value = "STATE"},
+                    {.name = "--domain",
+                     .help = "Only on boards of this domain",
+                     .to = number(options->choice.domain, 0, box::kLastDomain),
+                     .value = "NUMBER"},
                     json_option(options->as_json)},
           .footer =
               "Below the units come extended system boards and domains, and then what control\n"
@@ -167,6 +182,8 @@ Verb units_verb() {
               "Examples:\n"
               "  spbox units box\n"
               "  spbox units box /CMU#0\n"
+              "  spbox units box --state unusual\n"
+              "  spbox units box --kind mem --domain 0\n"
               "  spbox units box --json | jq '.units[] | select(.state != \"Normal\")'",
           .act = [options] { return units(*options); }};
 }

@@ -255,7 +255,7 @@ TEST_F(PlayVerb, RefusesWhatMakesNoSenseBeforeTheFirstStep) {
       {"words that do not go together",
        "box qe2\nspbox daemon late\n",
        {},
-       "spbox: walk.play:2: `spbox daemon late`: how late? Give seconds, as in `spbox daemon late 5`.\n"},
+       "spbox: walk.play:2: `spbox daemon late`: how late? Give seconds, as in `spbox daemon --delay 5`.\n"},
       {"a technician's step",
        "box qe2\nhands \"juggle\"\n",
        {},

@@ -50,7 +50,7 @@ TEST_F(BeginningOfAPlay, IsWhatWasDoneToOne) {
   EXPECT_EQ(steps(),
             "box qe1\nspbox pull /PSU#1 /FAN_A#0\nspbox fault /PSU#0 /FAN_A#1/FAN#0\nspbox degrade /PSU#2\n"
             "spbox program ctlfan --die 11\n"
-            "spbox program ctlled --exit 7 --delay 3 --hang --ignore-term\nspbox daemon late 5\n");
+            "spbox program ctlled --exit 7 --delay 3 --hang --ignore-term\nspbox daemon --delay 5\n");
 }
 
 TEST_F(BeginningOfAPlay, HasRecordsThatAreBroken) {

@@ -61,7 +61,7 @@ const WrongRow kWrong[] = {
     {{"trace", "box", "--last=\x1b[2J"},
      "--last takes a number from 1 to 65536, not `\\x1b[2J`. `spbox help trace` says more."},
     {{"daemon", "box", "late"},
-     "how late? Give seconds, as in `spbox daemon box late 5`. `spbox help daemon` says more."},
+     "how late? Give seconds, as in `spbox daemon box --delay 5`. `spbox help daemon` says more."},
     {{"play", "x", "--box", ""},
      "--box is empty. Is a variable not set? The current folder is a dot. `spbox help play` says more."},
     {{"play", ""}, "SCRIPT is empty. Is a variable not set? `spbox help play` says more."},

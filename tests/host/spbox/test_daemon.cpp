@@ -82,6 +82,11 @@ TEST_F(Daemon, IsBentAsAsked) {
       {{"dead"}, DaemonWay::kDead, 0, "ends the connection instead of answering"},
       {{"garbled"}, DaemonWay::kGarbled, 0, "answers with messages that are not as long as they say"},
       {{"well"}, DaemonWay::kWell, 0, "answers"},
+      {{"--delay", "7"}, DaemonWay::kLate, 7, "answers after 7 s"},
+      {{"--silent"}, DaemonWay::kSilent, 0, "does not answer"},
+      {{"--dead"}, DaemonWay::kDead, 0, "ends the connection instead of answering"},
+      {{"--garbled"}, DaemonWay::kGarbled, 0, "answers with messages that are not as long as they say"},
+      {{"--reset"}, DaemonWay::kWell, 0, "answers"},
   };
   for (const auto &row : rows) {
     Words words{"daemon", "box"};
@@ -101,8 +106,10 @@ TEST_F(Daemon, IsShownToScripts) {
 }
 
 TEST_F(Daemon, RefusesWhatMakesNoSense) {
-  for (const Words &words : {Words{"daemon", "box", "sleepy"}, Words{"daemon", "box", "late"},
-                             Words{"daemon", "box", "silent", "5"}, Words{"daemon", "box", "late", "0"}}) {
+  for (const Words &words :
+       {Words{"daemon", "box", "sleepy"}, Words{"daemon", "box", "late"}, Words{"daemon", "box", "silent", "5"},
+        Words{"daemon", "box", "late", "0"}, Words{"daemon", "box", "--silent", "--dead"},
+        Words{"daemon", "box", "late", "5", "--reset"}}) {
     EXPECT_EQ(spbox(words).exit_status, 2) << words.back();
   }
   refused({"daemon", "elsewhere"});

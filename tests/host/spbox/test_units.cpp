@@ -151,13 +151,57 @@ TEST_F(Units, OfAFolderThatIsNoBoxAreRefused) {
   EXPECT_EQ(refused({"units", "/etc/passwd"}), "spbox: /etc/passwd is no box.\n");
 }
 
+TEST_F(Units, AreNarrowedByPatternKindStateAndDomain) {
+  make_box("qe1");
+  done({"fault", "box", "/PSU#41"});
+  done({"pull", "box", "/PSU#3"});
+  box::TextDatabase(place()).set("led /PSU#1", "blink");
+  const struct {
+    Words words;
+    const char *units;  // the first word of each line
+  } rows[] = {
+      {{"/PSU#4*", "--kind", "psu"}, "/PSU#4 /PSU#40 /PSU#41 /PSU#42 /PSU#43 /PSU#44 /PSU#45 /PSU#46 /PSU#47 /PSU#48"},
+      {{"/FAN_A#[01]"}, "/FAN_A#0 FAN#0 FAN#1 FAN#2 /FAN_A#1 FAN#0 FAN#1 FAN#2"},
+      {{"--kind", "BP_A"}, "/BP_A#0"},
+      {{"--state", "faulted"}, "/PSU#41"},
+      {{"--state", "out"}, "/PSU#3"},
+      {{"--state", "unusual"}, "/PSU#1 /PSU#3 /PSU#41"},
+      {{"--state", "normal", "--kind", "psu", "/PSU#[0-3]"}, "/PSU#0 /PSU#1 /PSU#2"},
+      {{"--kind", "cmu", "--domain", "1"}, "/CMU#2 /CMU#3"},
+      {{"--state", "degraded"}, ""},
+  };
+  for (const auto &row : rows) {
+    Words line{"units", "box"};
+    line.insert(line.end(), row.words.begin(), row.words.end());
+    std::istringstream text(done(line));
+    std::string units;
+    for (std::string one; std::getline(text, one);) {
+      std::istringstream words(one);
+      words >> one;
+      if (one != "Unit") units += (units.empty() ? "" : " ") + one;
+    }
+    EXPECT_EQ(units, row.units) << row.words.front();
+  }
+  EXPECT_EQ(refused({"units", "box", "/DSU*"}), "spbox: no unit matches /DSU*.\n");
+  EXPECT_EQ(
+      refused({"units", "box", "--kind", "disk"}),
+      "spbox: a qe1 has no units of the kind disk. It has bp_a, cmu, cpum, ddc_a, emgbu_b, fan, fan_a, fan_b, iou, "
+      "mem, opnl, pci and psu.\n");
+}
+
+TEST_F(Units, OfAServerWithoutExtendedBoardsAreInItsOneDomain) {
+  make_box("qb2");
+  EXPECT_EQ(done({"units", "box", "--domain", "1"}), "Unit  State  LED  Flag  FRU name\n");
+  EXPECT_NE(done({"units", "box", "--domain", "0"}).find("MBU_B"), std::string::npos);
+  EXPECT_EQ(done({"units", "box", "--domain", "0"}).find("PSU"), std::string::npos);
+}
+
 TEST_F(Units, OfABoxWithoutAMarkerAreRefused) {
   make_box("qa");
   std::filesystem::remove(place().tmp() / ".qa");
-  EXPECT_EQ(
-      refused({"units", "box"}),
-      "spbox: box/tmp holds no marker file of a model, such as .qe1: the box does not know what server it is. Put "
-      "the marker file back, or make the box again.\n");
+  EXPECT_EQ(refused({"units", "box"}),
+            "spbox: box/tmp holds no marker file of a model, such as .qe1: the box does not know what server it is. "
+            "`spbox model box MODEL` puts it back.\n");
 }
 
 TEST_F(Units, WithABrokenRecordSayWhyTheyCannotBeRead) {
