@@ -1,20 +1,13 @@
 #include "host/play/own_folder.h"
 
-#include <fcntl.h>
-#include <sys/file.h>
-#include <sys/stat.h>
 #include <unistd.h>
 
-#include <cerrno>
 #include <csignal>
 #include <exception>
-#include <string>
 #include <string_view>
-#include <system_error>
-#include <utility>
 
 #include "host/base/remove_tree.h"
-#include "host/base/temporary_folder.h"
+#include "host/box/place.h"
 #include "host/play/leftovers.h"
 
 namespace play {
@@ -22,17 +15,7 @@ namespace {
 
 namespace fs = std::filesystem;
 
-constexpr std::string_view kPattern = "spbox-play.XXXXXX", kPrefix = "spbox-play.";
-
-// Of a folder of this user that still has its name, and that nobody else has locked.
-base::Descriptor lock_of(const fs::path &folder) {
-  base::Descriptor fd(open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
-  struct stat ours {
-  }, named{};
-  if (fd.get() < 0 || fstat(fd.get(), &ours) != 0 || ours.st_uid != geteuid()) return {};
-  if (flock(fd.get(), LOCK_EX | LOCK_NB) != 0 || lstat(folder.c_str(), &named) != 0) return {};
-  return ours.st_dev == named.st_dev && ours.st_ino == named.st_ino ? std::move(fd) : base::Descriptor();
-}
+constexpr std::string_view kPrefix = "spbox-play.";
 
 // What has left the command's session is still in the box, and the daemon ends a moment after `spbox run` was killed.
 void end_all_in(const fs::path &folder) {
@@ -59,41 +42,22 @@ void remove_folder(const fs::path &folder) {
   }
 }
 
-[[noreturn]] void no_folder(const std::string &name, int error) {
-  throw std::system_error(error, std::generic_category(), "cannot make a folder for the box: " + name);
+// What the dead have left goes first: there may be no room for more.
+base::OwnedFolder new_folder() {
+  OwnFolder::remove_what_the_dead_left();
+  return {kPrefix, "the box"};
 }
 
 }  // namespace
 
 void OwnFolder::remove_what_the_dead_left() {
-  std::error_code error;
-  for (const fs::directory_entry &entry : fs::directory_iterator(base::temporary_folder(), error)) {
-    if (!entry.path().filename().string().starts_with(kPrefix)) continue;
-    const base::Descriptor lock = lock_of(entry.path());
-    if (lock.get() >= 0) remove_folder(entry.path());
-  }
+  base::OwnedFolder::for_each_of_the_dead(kPrefix, remove_folder);
 }
 
-// Until a new folder is locked, another play may take it for one that was left.
-OwnFolder::OwnFolder() {
-  constexpr int kTries = 100;
-  remove_what_the_dead_left();
-  for (int i = 1;; ++i) {
-    auto pattern = (base::temporary_folder() / kPattern).string();
-    if (mkdtemp(pattern.data()) == nullptr) no_folder(pattern, errno);
-    path_ = pattern;
-    errno = 0;
-    lock_ = lock_of(path_);
-    if (lock_.get() >= 0) return;
-    const int error = errno;
-    rmdir(pattern.c_str());
-    const bool was_taken = error == 0 || error == EWOULDBLOCK || error == ENOENT;
-    if (!was_taken || i == kTries) no_folder(pattern, error);
-  }
-}
+OwnFolder::OwnFolder() : folder_(new_folder()) {}
 
 OwnFolder::~OwnFolder() {
-  remove_folder(path_);
+  remove_folder(path());
 }
 
 }  // namespace play

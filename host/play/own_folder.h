@@ -1,11 +1,10 @@
 // The folder of a play whose box goes with it: /tmp/spbox-play.XXXXXX. A play that is killed leaves its folder behind, and the
-// next play removes it: whose folder nobody has locked, that one is dead.
+// next play removes it.
 #pragma once
 
 #include <filesystem>
 
-#include "host/base/descriptor.h"
-#include "host/box/place.h"
+#include "host/base/owned_folder.h"
 
 namespace play {
 
@@ -19,12 +18,11 @@ class OwnFolder {
 
   static void remove_what_the_dead_left();
 
-  const std::filesystem::path &path() const { return path_; }
-  std::filesystem::path box() const { return path_ / "box"; }
+  const std::filesystem::path &path() const { return folder_.path(); }
+  std::filesystem::path box() const { return path() / "box"; }
 
  private:
-  std::filesystem::path path_;
-  base::Descriptor lock_;
+  base::OwnedFolder folder_;
 };
 
 }  // namespace play

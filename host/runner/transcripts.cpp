@@ -3,15 +3,22 @@
 #include <unistd.h>
 
 #include <cerrno>
-#include <cstdlib>
+#include <exception>
+#include <fstream>
+#include <string_view>
 #include <system_error>
 
-#include "host/base/temporary_folder.h"
+#include "host/base/remove_tree.h"
 
 namespace runner {
 namespace {
 
 namespace fs = std::filesystem;
+
+constexpr std::string_view kPrefix = "spbox-test.";
+
+// A file in the folder as long as its owner is at work: what they keep in the end is without it.
+constexpr const char *kUnfinished = ".unfinished";
 
 void remove_empty(const fs::path &folder) {
   std::error_code ignored;
@@ -21,23 +28,36 @@ void remove_empty(const fs::path &folder) {
   rmdir(folder.c_str());
 }
 
+// Of one whose owner is dead. What their owners have kept stays.
+void remove_unfinished(const fs::path &folder) {
+  try {
+    if (fs::exists(folder / kUnfinished)) base::remove_tree(folder);
+    rmdir(folder.c_str());  // they may have died before there was anything in it
+  } catch (const std::exception &) {
+    // What cannot be removed stays.
+  }
+}
+
 }  // namespace
 
-Transcripts::Transcripts(const fs::path &wanted) : folder_(wanted), keeps_all_(!wanted.empty()) {
-  if (keeps_all_) {
+Transcripts::Transcripts(const fs::path &wanted) : folder_(wanted) {
+  if (!wanted.empty()) {
     fs::create_directories(folder_);
     return;
   }
-  auto pattern = (base::temporary_folder() / "spbox-test.XXXXXX").string();
-  if (mkdtemp(pattern.data()) == nullptr) {
-    throw std::system_error(errno, std::generic_category(), "cannot make a folder for transcripts: " + pattern);
+  base::OwnedFolder::for_each_of_the_dead(kPrefix, remove_unfinished);
+  folder_ = own_.emplace(kPrefix, "transcripts").path();
+  if (!std::ofstream(folder_ / kUnfinished)) {
+    rmdir(folder_.c_str());
+    throw std::system_error(errno, std::generic_category(), "cannot make " + (folder_ / kUnfinished).string());
   }
-  folder_ = pattern;
 }
 
 Transcripts::~Transcripts() {
+  if (!own_) return;
   try {
-    if (!keeps_all_) remove_empty(folder_);
+    fs::remove(folder_ / kUnfinished);
+    remove_empty(folder_);
   } catch (const std::exception &) {
     // What cannot be removed stays.
   }
@@ -52,7 +72,7 @@ fs::path Transcripts::place_for(const std::string &name) const {
 
 fs::path Transcripts::kept(const fs::path &file, Verdict verdict) const {
   std::error_code ignored;
-  if (!keeps_all_ && !is_wrong(verdict)) fs::remove(file, ignored);
+  if (own_ && !is_wrong(verdict)) fs::remove(file, ignored);
   return fs::exists(file, ignored) ? file : fs::path();
 }
 

@@ -2,8 +2,10 @@
 #pragma once
 
 #include <filesystem>
+#include <optional>
 #include <string>
 
+#include "host/base/owned_folder.h"
 #include "host/runner/result.h"
 
 namespace runner {
@@ -11,7 +13,7 @@ namespace runner {
 class Transcripts {
  public:
   // In the folder `wanted`, which is made, and keeps them all. Without one, in a new folder of temporary files, which keeps
-  // those of plays that went wrong, and is removed where there are none. Throws.
+  // those of plays that went wrong, and is removed where there are none. Removes those folders whose owners were killed. Throws.
   explicit Transcripts(const std::filesystem::path &wanted);
   ~Transcripts();
   Transcripts(const Transcripts &) = delete;
@@ -26,8 +28,8 @@ class Transcripts {
   std::filesystem::path kept(const std::filesystem::path &file, Verdict verdict) const;
 
  private:
+  std::optional<base::OwnedFolder> own_;  // none where a folder was named: that one keeps them all
   std::filesystem::path folder_;
-  bool keeps_all_;
 };
 
 }  // namespace runner

@@ -6,6 +6,7 @@
 #include <csignal>
 #include <fstream>
 #include <iterator>
+#include <set>
 
 #include "host/terminal/terminal.h"
 #include "tests/eventually.h"
@@ -53,10 +54,13 @@ class TestVerb : public testing::Test {
   }
 
   // Not below it: what lies there comes and goes with the play.
+  std::set<std::string> names_in_tmp() const {
+    std::set<std::string> names;
+    for (const auto &entry : fs::directory_iterator(scratch_ / "tmp")) names.insert(entry.path().filename());
+    return names;
+  }
   bool has_folder_of_play() const {
-    return std::ranges::any_of(fs::directory_iterator(scratch_ / "tmp"), [](const fs::directory_entry &entry) {
-      return entry.path().filename().string().starts_with("spbox-play.");
-    });
+    return std::ranges::any_of(names_in_tmp(), [](const std::string &name) { return name.starts_with("spbox-play."); });
   }
 
   Scratch scratch_;
@@ -111,6 +115,27 @@ TEST_F(TestVerb, LeavesNothingWhereAllPass) {
   EXPECT_TRUE(fs::is_empty(scratch_ / "tmp"));
   EXPECT_EQ(test({"--transcripts", "kept"}).exit_status, 0);
   EXPECT_NE(text_of("kept/good.play.txt").find("The operator starts: echo hello\n"), std::string::npos);
+}
+
+TEST_F(TestVerb, RemovesTheTranscriptsOfOneThatWasKilled) {
+  write("plays/good.play", kGood);
+  write("bad.play", kBad);
+  write("hangs.play", kHangs);
+  EXPECT_EQ(test({"bad.play"}).exit_status, 1);
+  const auto kept = names_in_tmp();
+  EXPECT_EQ(kept.size(), 1U);
+  {
+    terminal::BackgroundProgram killed(command({"-j", "2", "bad.play", "hangs.play"}));
+    ASSERT_TRUE(eventually([&] { return killed.output().find("failed ") != std::string::npos; })) << killed.output();
+    killed.kill();
+  }
+  EXPECT_GT(names_in_tmp().size(), 1U);
+  // Its plays die a moment later.
+  EXPECT_TRUE(eventually([&] {
+    EXPECT_EQ(test({"plays"}).exit_status, 0);
+    return names_in_tmp() == kept;
+  }));
+  EXPECT_FALSE(fs::is_empty(scratch_ / "tmp" / *kept.begin())) << "what was kept stays";
 }
 
 TEST_F(TestVerb, EndsAPlayThatHangsAndGoesOn) {
