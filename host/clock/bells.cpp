@@ -1,13 +1,14 @@
 #include "host/clock/bells.h"
 
-#include <poll.h>
+#include <fcntl.h>
+#include <sys/stat.h>
 #include <sys/syscall.h>
 #include <unistd.h>
 
 #include <algorithm>
-#include <array>
 #include <cerrno>
 #include <csignal>
+#include <string>
 
 namespace box_time {
 namespace {
@@ -19,21 +20,22 @@ pid_t owner_of(const box_time_alarm &alarm) {
   return static_cast<pid_t>(alarm.process);
 }
 
-// Another descriptor of the eventfd of this number; none where theirs is something else.
+// Another descriptor of the pipe of this number; none where theirs is something else.
 base::Descriptor copy_of(Open theirs, std::uint64_t number) {
-  const base::Descriptor process(static_cast<int>(syscall(SYS_pidfd_open, theirs.process, 0)));
-  if (process.get() < 0) return {};
-  base::Descriptor copy(static_cast<int>(syscall(SYS_pidfd_getfd, process.get(), theirs.fd, 0)));
-  if (copy.get() < 0 || event_behind(getpid(), copy.get()) != number) return {};
+  const std::string name = "/proc/" + std::to_string(theirs.process) + "/fd/" + std::to_string(theirs.fd);
+  base::Descriptor copy(open(name.c_str(), O_RDWR | O_NONBLOCK | O_NOCTTY | O_CLOEXEC));
+  struct stat status {};
+  const bool is_theirs = copy.get() >= 0 && fstat(copy.get(), &status) == 0 && S_ISFIFO(status.st_mode);
+  if (!is_theirs || status.st_ino != number) return {};
   return copy;
 }
 
-// It is full where somebody in the box has written there.
-void add_one(const base::Descriptor &event) {
-  pollfd watched{event.get(), POLLOUT, 0};
-  const std::uint64_t one = 1;
-  if (::poll(&watched, 1, 0) != 1) return;
-  [[maybe_unused]] const ssize_t written = write(event.get(), &one, sizeof one);
+// Who reads gets how often it rang since they read last. It is full where somebody in the box has written there.
+void add_one(const base::Descriptor &pipe) {
+  std::uint64_t times = 0;
+  if (read(pipe.get(), &times, sizeof times) != static_cast<ssize_t>(sizeof times)) times = 0;
+  ++times;
+  [[maybe_unused]] const ssize_t written = write(pipe.get(), &times, sizeof times);
 }
 
 // As the kernel sends it.
@@ -84,7 +86,7 @@ bool Bells::is_of_nobody(int row, const box_time_alarm &alarm, Now now, const Cr
   const auto copy = copies_.find(row);
   const bool is_known = copy != copies_.end() && copy->second.number == alarm.number;
   if (is_known && now.wall - copy->second.looked < kLookForHolders) return false;
-  const std::optional<Open> holder = crowd.holder_of_event(alarm.number);
+  const std::optional<Open> holder = crowd.holder_of_pipe(alarm.number);
   if (!holder) return now.is_quiet;
   if (is_known) {
     copy->second.looked = now.wall;

@@ -166,10 +166,10 @@ void Crowd::look_after_waiters(const box_time_page &page, nanoseconds wall, Look
   }
 }
 
-std::optional<Open> Crowd::holder_of_event(std::uint64_t number) const {
+std::optional<Open> Crowd::holder_of_pipe(std::uint64_t number) const {
   for (const auto &[process, watched] : members_) {
     for (const int fd : descriptors_of(process)) {
-      if (event_behind(process, fd) == number) return Open{process, fd};
+      if (pipe_behind(process, fd) == number) return Open{process, fd};
     }
   }
   return std::nullopt;

@@ -40,8 +40,8 @@ class Crowd {
 
   bool has(pid_t process) const { return members_.contains(process); }
 
-  // One that has the eventfd of this number open.
-  std::optional<Open> holder_of_event(std::uint64_t number) const;
+  // One that has the pipe of this number open.
+  std::optional<Open> holder_of_pipe(std::uint64_t number) const;
 
  private:
   struct Thread {

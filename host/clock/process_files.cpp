@@ -196,14 +196,14 @@ std::vector<int> descriptors_of(pid_t process) {
   return numbers_in(("/proc/" + std::to_string(process) + "/fd").c_str());
 }
 
-std::optional<std::uint64_t> event_behind(pid_t process, int fd) {
-  Text text;
+std::optional<std::uint64_t> pipe_behind(pid_t process, int fd) {
   char name[64];
-  std::snprintf(name, sizeof name, "fdinfo/%d", fd);
-  if (!read_from(open_file(process, name), text)) return std::nullopt;
-  const char *line = std::strstr(text.data(), "\neventfd-id:");
+  std::snprintf(name, sizeof name, "/proc/%d/fd/%d", process, fd);
+  std::array<char, 64> text{};
   unsigned long long number = 0;
-  if (line == nullptr || std::sscanf(line, " eventfd-id: %llu", &number) != 1) return std::nullopt;
+  if (readlink(name, text.data(), text.size() - 1) <= 0 || std::sscanf(text.data(), "pipe:[%llu]", &number) != 1) {
+    return std::nullopt;
+  }
   return number;
 }
 

@@ -27,9 +27,9 @@ std::vector<pid_t> processes();
 bool is_there(pid_t number);  // a process or a thread
 bool lists_children();        // whether the kernel can tell the children of a thread
 
-// Its open descriptors; and the kernel's number of the eventfd behind one of them, nothing where it is something else.
+// Its open descriptors; and the kernel's number of the pipe behind one of them, nothing where it is something else.
 std::vector<int> descriptors_of(pid_t process);
-std::optional<std::uint64_t> event_behind(pid_t process, int fd);
+std::optional<std::uint64_t> pipe_behind(pid_t process, int fd);
 
 // Whether this signal was sent to the process, or to the thread of this number, and was not taken yet.
 bool is_pending(pid_t process, pid_t thread, int signal);
