@@ -184,7 +184,9 @@ std::string colours() {
   std::string text;
   for (std::size_t i = 0; i < kColours.size(); ++i) {
     const std::string number = std::to_string(i);
-    text += ".c" + number + "{color:" + kColours[i] + "}.g" + number + "{background:" + kColours[i] + "}";
+    const std::string colour = std::string(kColours.at(i)) + "}";
+    text.append(".c").append(number).append("{color:").append(colour);
+    text.append(".g").append(number).append("{background:").append(colour);
   }
   return text + ".front{color:#1c2029}.back{background:#dfe3ea}";
 }
