@@ -3,10 +3,12 @@
 #include <algorithm>
 #include <exception>
 #include <filesystem>
+#include <new>
 #include <optional>
 
 #include "host/base/told.h"
 #include "host/box/advice.h"
+#include "host/box/box_error.h"
 #include "host/box/confinement.h"
 #include "host/recorder/deed.h"
 #include "host/spbox/command_line.h"
@@ -14,6 +16,7 @@
 #include "host/spbox/making.h"
 #include "host/spbox/new_box.h"
 #include "host/spbox/standard_output.h"
+#include "host/spbox/steady_box.h"
 
 namespace spbox {
 namespace {
@@ -33,6 +36,19 @@ Words behind(const box::Place &place, Words words) {
   const auto folder = std::ranges::find(words, place.root().string());
   if (folder != words.end()) words.erase(folder);
   return words;
+}
+
+int act_confined(const Verb &verb, const box::Place &place) {
+  const SteadyBox steady(place);
+  box::confine_to(place);
+  try {
+    return verb.act();
+  } catch (const std::bad_alloc &) {
+    throw;
+  } catch (const std::exception &) {
+    if (!steady.is_another()) throw;
+    throw box::BoxError(place.root().string() + " was made anew meanwhile. Try again.");
+  }
 }
 
 int show_help(const Verb &verb) {
@@ -55,8 +71,7 @@ int act(const Verb &verb, const std::vector<std::string> &words) {
     if (verb.prepare) verb.prepare();
     recorder::Deed deed(place.value_or(box::Place("")),
                         place && verb.as_step ? verb.as_step(behind(*place, words)) : Words());
-    if (verb.works_on_box && verb.acts_confined) box::confine_to(place.value());
-    const int status = verb.act();
+    const int status = verb.works_on_box && verb.acts_confined ? act_confined(verb, place.value()) : verb.act();
     if (status == 0) deed.was_done();
     return status;
   } catch (const UsageError &error) {

@@ -17,7 +17,6 @@ namespace {
 using std::chrono::steady_clock;
 
 constexpr std::chrono::milliseconds kBetweenTries{5};
-constexpr std::chrono::seconds kPatience{30};
 
 [[noreturn]] void failure(const std::filesystem::path &folder) {
   throw std::filesystem::filesystem_error("lock", folder, std::error_code(errno, std::generic_category()));
@@ -33,8 +32,8 @@ bool is_current(int fd, const std::filesystem::path &folder) {
 
 }  // namespace
 
-FolderLock::FolderLock(const std::filesystem::path &folder, Way way) {
-  const auto end = steady_clock::now() + kPatience;
+FolderLock::FolderLock(const std::filesystem::path &folder, Way way, std::chrono::milliseconds patience) {
+  const auto end = steady_clock::now() + patience;
   const int operation = (way == Way::kAlone ? LOCK_EX : LOCK_SH) | LOCK_NB;
   while (true) {
     fd_ = base::Descriptor(open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));

@@ -9,6 +9,7 @@
 #include "host/spbox/making.h"
 #include "host/spbox/occupancy.h"
 #include "host/spbox/run_mark.h"
+#include "host/spbox/steady_box.h"
 
 namespace spbox {
 namespace {
@@ -81,6 +82,7 @@ void make_box(const box::Place &place, const box::Contents &contents, bool force
   if (!box::is_box(place)) return Making(place).make(contents);
   const EmptyBox kept_empty(place);
   end_what_killed_runs_left(place);
+  wait_for_verbs(place);
   try {
     Making(place).make(contents);
   } catch (const HalfMade &) {

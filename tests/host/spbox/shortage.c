@@ -1,12 +1,16 @@
 /* Loaded before the C library, into spbox alone: from main on, memory fails from the SHORT_OF_MEMORY'th request on, forks
  * fail where SHORT_OF_PROCESSES is set, nothing is removed where NOTHING_GOES is set, and where PROCESSES_END is set each
- * process has ended when its command line is read. */
+ * process has ended when its command line is read, and the shell's command in MEANWHILE is run before spbox is confined to what it
+ * has found. */
 #define _GNU_SOURCE
 #include <dlfcn.h>
 #include <errno.h>
+#include <stdarg.h>
 #include <stdio.h>
 #include <stdlib.h>
 #include <string.h>
+#include <sys/prctl.h>
+#include <sys/syscall.h>
 #include <sys/types.h>
 #include <unistd.h>
 
@@ -71,6 +75,18 @@ ssize_t read(int fd, void *to, size_t size) {
     return -1;
   }
   return ((ssize_t(*)(int, void *, size_t))dlsym(RTLD_NEXT, "read"))(fd, to, size);
+}
+
+int prctl(int what, ...) {
+  unsigned long words[4];
+  va_list list;
+  va_start(list, what);
+  for (int i = 0; i < 4; ++i) words[i] = va_arg(list, unsigned long);
+  va_end(list);
+  const char *command = getenv("MEANWHILE");
+  if (what == PR_SET_SECCOMP && command != NULL) usleep(200 * 1000);
+  if (what == PR_SET_NO_NEW_PRIVS && command != NULL) system(command);
+  return (int)syscall(SYS_prctl, what, words[0], words[1], words[2], words[3]);
 }
 
 static int armed_main(int count, char **words, char **environment) {

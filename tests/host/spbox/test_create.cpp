@@ -4,6 +4,8 @@
 
 #include "host/box/unit_name.h"
 #include "host/spbox/enclosure.h"
+#include "host/terminal/background_program.h"
+#include "tests/eventually.h"
 #include "tests/host/spbox/spbox_test.h"
 
 namespace {
@@ -221,6 +223,16 @@ TEST_F(CreateFolder, ReplacesABoxOnlyByForce) {
             "Made box: model qb1, 53 units, all healthy. `spbox units box` lists them.\n");
   EXPECT_FALSE(fs::exists(place().tmp() / ".qa"));
   EXPECT_TRUE(fs::exists(place().root() / "notes")) << "what is no part of the box stays";
+}
+
+// A verb that lasts is not waited for.
+TEST_F(CreateFolder, TellsAVerbThatLastsThatTheBoxWasMadeAnew) {
+  make_box("qa");
+  terminal::BackgroundProgram hands({SPBOX, "technician", place().root(), "--do", "pull /PSU#0; when led /PSU#0 on"});
+  ASSERT_TRUE(eventually([&] { return hands.output().ends_with("pull /PSU#0\n"); }));
+  done({"create", "box", "--model", "qa", "--force"});
+  EXPECT_EQ(hands.wait(), 1);
+  EXPECT_TRUE(hands.output().ends_with("/box was made anew meanwhile. Try again.\n")) << hands.output();
 }
 
 TEST_F(CreateFolder, KeepsTheOldBoxWhereTheNewOneDoesNotFit) {

@@ -1,6 +1,7 @@
 // What spbox says where the workstation has no memory, or no process, left for it, or keeps what it removes.
 #include <algorithm>
 
+#include "host/script/script.h"
 #include "host/terminal/background_program.h"
 #include "tests/eventually.h"
 #include "tests/host/spbox/spbox_test.h"
@@ -105,6 +106,15 @@ TEST_F(Shortage, OfProcessesThatEndWhileSomebodyLooksLeavesThePicture) {
   const Done done = spbox_short_of("PROCESSES_END=yes", look);
   EXPECT_EQ(done.exit_status, 0) << done.output;
   EXPECT_NE(done.output.find("At work  nobody\n"), std::string::npos) << done.output;
+}
+
+// Between the confinement of a verb and its end.
+TEST_F(Shortage, OfTimeForTwoBoxesKeepsAVerbInTheOneThatItFound) {
+  const std::string make = "(sleep 0.02; exec env -u MEANWHILE " SPBOX " create box --model qb1 --force >made 2>&1) &";
+  EXPECT_EQ(spbox_short_of("MEANWHILE=" + make, {"fault", "box", "/PSU#0"}).output, "/PSU#0  Faulted\n");
+  const auto made = [&] { return script::text_of_file(scratch_ / "made"); };
+  EXPECT_TRUE(eventually([&] { return made().ends_with('\n'); }));
+  EXPECT_TRUE(made().starts_with("Made box: model qb1")) << made();
 }
 
 }  // namespace
