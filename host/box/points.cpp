@@ -130,12 +130,16 @@ base::Descriptor open_locked(const Place &place) {
   return file;
 }
 
-// Returns 0, or a number of errno.
+// Returns 0, or a number of errno. The write behind a short one tells the reason.
 template <typename Value>
 int write_at(int fd, const Value &value, std::size_t at) {
-  const ssize_t size = pwrite(fd, &value, sizeof value, static_cast<off_t>(at));
-  if (size == static_cast<ssize_t>(sizeof value)) return 0;
-  return size < 0 ? errno : ENOSPC;
+  const auto *bytes = reinterpret_cast<const char *>(&value);
+  for (std::size_t done = 0; done < sizeof value;) {
+    const ssize_t size = pwrite(fd, bytes + done, sizeof value - done, static_cast<off_t>(at + done));
+    if (size < 0 && errno != EINTR) return errno;
+    if (size > 0) done += static_cast<std::size_t>(size);
+  }
+  return 0;
 }
 
 // The row is there when it is counted.
@@ -145,11 +149,16 @@ int write_row(int fd, const DeviationRow &row, std::uint32_t rows_before) {
 }
 
 // An empty page counts when its first word says so. Its room on the disk is taken at once: a full disk must not kill a process that
-// counts.
+// counts. A limit of the size of files would end the writing in the middle: the last byte, written as it is, tells of it while the
+// old page is whole.
 int write_empty(int fd, std::size_t size) {
   constexpr std::array<char, sizeof(Page)> kZeros{};
+  constexpr std::size_t kLast = sizeof(Page) - 1;
   if (const int error = posix_fallocate(fd, 0, static_cast<off_t>(size)); error != 0) return error;
-  return write_at(fd, kZeros, 0);
+  char last = 0;
+  if (pread(fd, &last, 1, kLast) < 0) return errno;
+  const int error = write_at(fd, last, kLast);
+  return error == 0 ? write_at(fd, kZeros, 0) : error;
 }
 
 void begin_to_count(const Place &place, int fd, const DeviationRow *row, std::size_t size = sizeof(Page)) {

@@ -1,12 +1,14 @@
 #include "host/box/points.h"
 
 #include <gtest/gtest.h>
+#include <sys/resource.h>
 #include <unistd.h>
 
 #include <csignal>
 #include <fstream>
 
 #include "host/box/box_error.h"
+#include "host/box/full_file.h"
 #include "host/box/mapping_guard.h"
 #include "tests/host/box/child.h"
 #include "tests/host/box/scratch.h"
@@ -136,6 +138,23 @@ TEST_F(PointsTest, AreNotCountedWhereThereIsNoRoomAndThatIsTold) {
   EXPECT_EQ(box::points_of(place_)->lost, 4u);
   for (std::size_t i = 0; i < box::kMostDeviations; ++i) deviate(PointKind::kRead, "a", 1, {Way::kShort, 0});
   EXPECT_THROW(deviate(PointKind::kRead, "a", 1, {Way::kShort, 0}), box::BoxError);
+}
+
+TEST_F(PointsTest, StayWhereAFileMayNotBeSoLarge) {
+  deviate(PointKind::kRead, "a", 1, {Way::kShort, 0});
+  EXPECT_EQ(in_child([&] {
+              box::survive_full_files();
+              const rlimit small{4096, 4096};
+              setrlimit(RLIMIT_FSIZE, &small);
+              try {
+                box::count_points(place_);
+              } catch (const box::BoxError &error) {
+                return std::string_view(error.what()).ends_with(": File too large") ? 0 : 1;
+              }
+              return 2;
+            }),
+            0);
+  EXPECT_EQ(box::points_of(place_).value().deviations.size(), 1u);
 }
 
 TEST_F(PointsTest, AreCountedNoLongerInAFileThatIsEmptiedMeanwhile) {
