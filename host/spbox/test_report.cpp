@@ -79,6 +79,14 @@ void check_report(const char *option, const fs::path &file) {
                    " cannot be written: " + std::generic_category().message(error) + ". Nothing was played.");
 }
 
+// Each would take the other's place. What is no file, such as a pipe, takes both.
+bool is_one_file(const fs::path &one, const fs::path &other) {
+  std::error_code error;
+  if (one.empty() || other.empty() || (fs::exists(one, error) && !fs::is_regular_file(one, error))) return false;
+  const auto name_of = [&](const fs::path &file) { return fs::weakly_canonical(fs::absolute(file), error); };
+  return (name_of(one) == name_of(other) && !error) || fs::equivalent(one, other, error);
+}
+
 bool write_report(const fs::path &file, const std::string &text) {
   if (file.empty()) return true;
   try {
@@ -103,6 +111,9 @@ Word TestReports::json_word() {
 void check_reports(const TestReports &files) {
   check_report("--junit", files.junit);
   check_report("--json", files.json);
+  if (!is_one_file(files.junit, files.json)) return;
+  throw UsageError("--junit and --json: " + files.json.string() +
+                   " cannot hold both reports. Give each a file of its own. Nothing was played.");
 }
 
 bool write_reports(const TestReports &files, const std::string &suite, std::span<const runner::Result> results,

@@ -212,6 +212,11 @@ TEST_F(TestVerb, RefusesWhatMakesNoSenseBeforeTheFirstPlay) {
        {"--json", "nowhere/report.json"},
        "spbox: --json: nowhere/report.json cannot be written: No such file or directory. Nothing was played. `spbox "
        "help test` says more.\n"},
+      {"one file for two reports",
+       {"--junit", "report", "--json", "empty/../report"},
+       "spbox: --junit and --json: empty/../report cannot hold both reports. Give each a file of its own. Nothing was "
+       "played. "
+       "`spbox help test` says more.\n"},
       {"no play at a time",
        {"-j", "0"},
        "spbox: -j takes a number from 1 to 1000, not `0`. `spbox help test` says more.\n"},
