@@ -17,6 +17,16 @@
 #include "host/spbox/verb.h"
 
 namespace spbox {
+namespace {
+
+int g_reason = 0;  // why a part of the output could not be written, the first one
+
+void put(const std::string &text) {
+  errno = 0;
+  if (std::fputs(text.c_str(), stdout) < 0 && g_reason == 0) g_reason = errno;
+}
+
+}  // namespace
 
 // Each stays closed to all that uses it: nothing can be read from the first, and nothing be written to the others. The
 // commands that spbox starts find them closed.
@@ -29,11 +39,11 @@ void keep_standard_descriptors() {
 }
 
 void print(std::string_view lines) {
-  std::fputs(base::shown_lines(lines).c_str(), stdout);
+  put(base::shown_lines(lines));
 }
 
 void print_line(std::string_view line) {
-  std::fputs((base::shown(line) + "\n").c_str(), stdout);
+  put(base::shown(line) + "\n");
 }
 
 Window window_of_output() {
@@ -91,8 +101,9 @@ void say_out_of_memory_at_any_end() {
 int with_output_judged(int status) {
   errno = 0;
   if (std::fflush(stdout) == 0 && std::ferror(stdout) == 0) return status;
-  // An earlier flush may have failed, and the reason is no longer known. NOLINTNEXTLINE(concurrency-mt-unsafe)
-  const std::string why = errno == 0 ? "" : std::string(": ") + std::strerror(errno);
+  const int reason = errno == 0 ? g_reason : errno;  // of the last part, or of one before
+  // NOLINTNEXTLINE(concurrency-mt-unsafe): there is one thread
+  const std::string why = reason == 0 ? "" : std::string(": ") + std::strerror(reason);
   complain("the output cannot be written" + why + ".");
   return status == 0 ? kFailure : status;
 }

@@ -279,7 +279,7 @@ class Sweep {
     print_line("");
     print_line("Findings, each with a play that shows it:");
     for (const Finding &finding : findings_) {
-      print_line(finding.play.string() + "  (" + std::to_string(finding.replays) + " of the replays)");
+      print_line(base::shown(finding.play.string()) + "  (" + std::to_string(finding.replays) + " of the replays)");
       print_line("    " + finding.fault);
       if (!finding.unwritten.empty()) {
         print_line("    This play could not be written: " + finding.unwritten + ".");
@@ -308,7 +308,7 @@ class Sweep {
     std::array<char, 96> cost{};
     std::snprintf(cost.data(), cost.size(), ", %.0f s of CPU, %.0f ms each", processor_,
                   processor_ * 1000 / static_cast<double>(std::max<std::size_t>(played, 1)));
-    return options_.files.script.string() + ": " + std::to_string(points()) + " points of " +
+    return base::shown(options_.files.script.string()) + ": " + std::to_string(points()) + " points of " +
            std::to_string(fold_.classes()) + " kinds, " + std::to_string(all_.size()) + " deviations, " +
            std::to_string(results.size()) + " replays in " + runner::time_text(time_) + cost.data() + ": " +
            std::to_string(count(results, runner::Verdict::kPassed)) + " passed, " + std::to_string(wrong) +

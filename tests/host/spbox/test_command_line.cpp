@@ -142,7 +142,10 @@ TEST_F(CommandLine, IsAFailureWhereItsOutputCannotBeWritten) {
   for (const Words &line : lines) {
     const Done result = into_full_file(line);
     EXPECT_EQ(result.exit_status, 1) << line.front();
-    EXPECT_TRUE(result.output.starts_with("spbox: the output cannot be written")) << line.front() << result.output;
+    const bool flushes_itself = line.front() == "technician" || line.front() == "play";
+    const char *told = flushes_itself ? "spbox: the output cannot be written"
+                                      : "spbox: the output cannot be written: No space left on device.";
+    EXPECT_TRUE(result.output.starts_with(told)) << line.front() << result.output;
     EXPECT_EQ(std::count(result.output.begin(), result.output.end(), '\n'), 1) << result.output;
   }
 }
@@ -163,7 +166,7 @@ TEST_F(CommandLine, WritesNoOutputIntoTheBox) {
       run_to_end({"/bin/sh", "-c", "cd " + scratch_.path().string() + " && exec " SPBOX " units box --json >&-"});
   EXPECT_EQ(sizes(), before);
   EXPECT_EQ(result.exit_status, 1);
-  EXPECT_EQ(result.output, "spbox: the output cannot be written.\n");
+  EXPECT_EQ(result.output, "spbox: the output cannot be written: Bad file descriptor.\n");
 }
 
 // Some programs that start others ignore the ends of their children, and hand that on.
