@@ -20,6 +20,8 @@ namespace fs = std::filesystem;
 constexpr std::string_view kBlanks = " \t\r\v\f";
 constexpr std::size_t kLongestQuote = 200;  // of a statement's text in an error
 
+constexpr const char *kNoText = R"(the byte \x00 stands there, which is no text)";
+
 struct Escape {
   char letter, value;
 };
@@ -38,7 +40,9 @@ Error unreadable(const std::string &name, int error) {
 
 Error Statement::error(const std::string &reason) const {
   const bool is_long = text.size() > kLongestQuote;
-  return Error(place + ": `" + text.substr(0, kLongestQuote) + (is_long ? "..." : "") + "`: " + reason);
+  std::string shown;
+  for (const char c : text.substr(0, kLongestQuote)) shown += c == '\0' ? base::escape_of(c) : std::string(1, c);
+  return Error(place + ": `" + shown + (is_long ? "..." : "") + "`: " + reason);
 }
 
 std::optional<Statement> Reader::next() {
@@ -97,6 +101,7 @@ std::string Reader::take_word() {
   }
   const auto end = rest_.find_first_of(std::string(kBlanks) + (grammar_.has_semicolons ? ";" : ""));
   std::string word(rest_.substr(0, end));
+  if (word.find('\0') != std::string::npos) throw std::invalid_argument(kNoText);
   rest_.remove_prefix(word.size());
   return word;
 }
@@ -146,6 +151,7 @@ char Reader::take_hexadecimal() {
 char Reader::take() {
   if (rest_.empty()) throw std::invalid_argument("the closing \" is missing");
   const char c = rest_.front();
+  if (c == '\0') throw std::invalid_argument(kNoText);
   rest_.remove_prefix(1);
   return c;
 }

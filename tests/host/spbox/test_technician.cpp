@@ -24,12 +24,14 @@ TEST_F(TechnicianVerb, RefusesWhatCannotBeDone) {
 
 TEST_F(TechnicianVerb, EndsWithTwoWhereTheScriptOrTheCommandLineMakesNoSense) {
   write("hands.txt", "pull /PSU#0\npush /PSU#0\n");
+  write("nul.txt", std::string("pull \0", 6));
   const struct {
     Words words;
     const char *says;
   } rows[] = {
       {{"--do", "push /PSU#0"}, "spbox: step 1: `push /PSU#0`: there is no step \"push\"; "},
       {{"hands.txt"}, "spbox: hands.txt:2: `push /PSU#0`: there is no step \"push\"; "},
+      {{"nul.txt"}, "spbox: nul.txt:1: `pull \\x00`: the byte \\x00 stands there, which is no text\n"},
       {{"/proc/self/mem"}, "spbox: /proc/self/mem: it cannot be read: Input/output error\n"},
       {{"nowhere.txt"}, "spbox: nowhere.txt: there is no such file\n"},
       {{}, "spbox: no steps are given. Name a SCRIPT, or give them with --do. "},
