@@ -12,16 +12,15 @@ namespace {
 
 class Healing {
  public:
-  explicit Healing(const box::Place &place) : place_(place) {}
+  Healing(const box::Place &place, std::vector<std::string> &lines) : place_(place), lines_(lines) {}
 
   // Records first: a unit whose record is broken can only be healed then.
-  std::vector<std::string> done(bool somebody_works) {
+  void go(bool somebody_works) {
     records();
     bends();
     if (box::forget_points(place_)) tell("Points: no longer counted, nothing is otherwise");
     units();
     if (!somebody_works) settings();
-    return std::move(lines_);
   }
 
  private:
@@ -91,13 +90,13 @@ class Healing {
   }
 
   box::Place place_;
-  std::vector<std::string> lines_;
+  std::vector<std::string> &lines_;
 };
 
 }  // namespace
 
-std::vector<std::string> heal(const box::Place &place, bool somebody_works) {
-  return Healing(place).done(somebody_works);
+void heal(const box::Place &place, bool somebody_works, std::vector<std::string> &lines) {
+  Healing(place, lines).go(somebody_works);
 }
 
 }  // namespace spbox

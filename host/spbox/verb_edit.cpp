@@ -162,13 +162,14 @@ int edit_by_hand(const box::Place &place, const EditOptions &options) {
 int edit(const EditOptions &options) {
   const box::Place place(options.box);
   if (options.changes.empty() && !options.prints) return edit_by_hand(place, options);
-  print(box::in_confinement(place, [&] {
-    const box::Contents contents = contents_with(place, options);
-    if (options.prints) return dump_of_records(contents);
+  box::confine_to(place);
+  const box::Contents contents = contents_with(place, options);
+  if (options.prints) {
+    print(dump_of_records(contents));
+  } else {
     const Written record = written_in(contents).front();
     save(place, record, changed(record, options.changes));
-    return std::string();
-  }));
+  }
   return 0;
 }
 
@@ -207,7 +208,7 @@ Verb edit_verb() {
               "  spbox edit box current_domain_info_05 44:01",
           .check = [options] { check(*options); },
           .act = [options] { return edit(*options); },
-          .acts_confined = false,  // an editor is run; what reads and writes the box is confined
+          .acts_confined = false,  // an editor is run; all else is confined
           .as_step = step_of_verb("edit", [options] { return !options->changes.empty(); })};
 }
 

@@ -29,10 +29,10 @@ int model(const ModelOptions &options) {
   const box::Place place(options.box);
   box::check_is_any_box(place);
   if (!options.model.empty()) box::set_model(place, box::find_model(options.model));
-  const std::uint32_t code = box::model_in(place);
-  const std::string_view now = code == LMAINTE_MODEL_NONE ? kUnknown : box::model_name(code);
+  const std::string_view found = box::model_name(box::model_in(place));
+  const std::string_view now = !options.model.empty() ? options.model : found.empty() ? kUnknown : found;
   if (options.as_json) {
-    print(Json(Json::Object{{"model", code == LMAINTE_MODEL_NONE ? Json() : Json(now)}}).text());
+    print(Json(Json::Object{{"model", now == kUnknown ? Json() : Json(now)}}).text());
   } else {
     print_line(now);
   }

@@ -1,6 +1,7 @@
 // What of a box is not as usual, in one picture; and all of it put right.
 #include <memory>
 
+#include "host/base/told.h"
 #include "host/box/hardware.h"
 #include "host/box/inhabitants.h"
 #include "host/box/inventory.h"
@@ -109,7 +110,13 @@ struct HealOptions {
 
 int heal_box(const HealOptions &options) {
   const box::Place place(options.box);
-  const TextLines lines = heal(place, options.somebody_works);
+  TextLines lines;
+  try {
+    heal(place, options.somebody_works, lines);
+  } catch (const std::exception &error) {
+    for (const std::string &line : lines) print_line(line);
+    throw box::BoxError(base::told(error) + (lines.empty() ? "" : " What is printed is right; the rest is as it was."));
+  }
   if (options.as_json) {
     print(Json(Json::Object{{"put_right", list_of(lines)}, {"somebody_works", options.somebody_works}}).text());
     return 0;

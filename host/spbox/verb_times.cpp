@@ -23,6 +23,8 @@ struct TimesOptions {
   bool missing = false, reset = false, as_json = false;
 };
 
+constexpr const char *kMissing = "The file is missing.";
+
 // The kinds of units by their slots in lmainte_model_data. Most slots have no name: commands agree on them with the file.
 constexpr std::array<std::string_view, box::kControlTimes> kKinds{"cmu",   "iou",   "slot2", "fan",   "psu",    "slot5",
                                                                   "slot6", "slot7", "slot8", "slot9", "slot10", "bp32"};
@@ -44,50 +46,52 @@ std::size_t program_of(const std::string &name) {
   return row->number;
 }
 
-// Of a file that is missing or too short, the other times are the usual ones.
-template <typename Read>
-auto now_or(const Read &read, const auto &usual) {
-  try {
-    return read().value_or(usual);
-  } catch (const box::BoxError &) {
-    return usual;
-  }
+bool changes_times(const TimesOptions &options) {
+  return options.missing || options.reset || !options.seconds.empty();
 }
 
-void set_time(const box::Place &place, std::uint32_t model, const TimesOptions &options) {
-  if (const auto kind = kind_of(options.name)) {
-    auto times = now_or([&] { return box::control_times(place, model); }, box::usual_control_times(model));
-    for (std::size_t i = 0; i < times.size(); ++i) times.at(i).at(*kind) = options.seconds.at(i);
-    return box::set_control_times(place, model, times);
-  }
-  auto times = now_or([&] { return box::command_times(place, model); }, box::usual_command_times());
-  times.at(program_of(options.name)) = options.seconds.front();
-  box::set_command_times(place, model, times);
-}
-
-void change(const box::Place &place, std::uint32_t model, const TimesOptions &options) {
-  if (options.missing) return box::remove_time_files(place, model);
-  if (options.reset) {
-    box::set_command_times(place, model, box::usual_command_times());
-    box::set_control_times(place, model, box::usual_control_times(model));
-  }
-  if (!options.seconds.empty()) set_time(place, model, options);
-}
-
-// A file by its rows, or why it has none.
+// A file by its times, or why it has none.
 template <typename Times>
-struct Read {
+struct File {
   std::optional<Times> times;
   std::string why;
 };
 template <typename Times>
-Read<Times> read_of(std::optional<Times> (&read)(const box::Place &, std::uint32_t), const box::Place &place,
+File<Times> file_of(std::optional<Times> (&read)(const box::Place &, std::uint32_t), const box::Place &place,
                     std::uint32_t model) {
   try {
-    const auto times = read(place, model);
-    return {times, times ? "" : "The file is missing."};
+    return {read(place, model), kMissing};
   } catch (const box::BoxError &error) {
     return {std::nullopt, error.what()};
+  }
+}
+
+struct BothFiles {
+  File<box::CommandTimes> commands;
+  File<box::ControlTimes> controls;
+};
+
+// Changes the files, and what is known of them: nothing is read any more that could fail behind a change. Of a file that was missing
+// or cut, the other times are the usual ones.
+void change(const box::Place &place, std::uint32_t model, const TimesOptions &options, BothFiles &files) {
+  if (options.missing) {
+    files = {{std::nullopt, kMissing}, {std::nullopt, kMissing}};
+    return box::remove_time_files(place, model);
+  }
+  const auto kind = kind_of(options.name);
+  if (options.reset || kind) {
+    box::ControlTimes times = options.reset ? box::usual_control_times(model)
+                                            : files.controls.times.value_or(box::usual_control_times(model));
+    for (std::size_t i = 0; kind && i < times.size(); ++i) times.at(i).at(*kind) = options.seconds.at(i);
+    box::set_control_times(place, model, times);
+    files.controls.times = times;
+  }
+  if (options.reset || !kind) {
+    box::CommandTimes times =
+        options.reset ? box::usual_command_times() : files.commands.times.value_or(box::usual_command_times());
+    if (!options.seconds.empty()) times.at(program_of(options.name)) = options.seconds.front();
+    box::set_command_times(place, model, times);
+    files.commands.times = times;
   }
 }
 
@@ -98,9 +102,9 @@ std::string seconds_text(std::uint32_t seconds) {
 int times(const TimesOptions &options) {
   const box::Place place(options.box);
   const std::uint32_t model = box::model_of_box(place);
-  change(place, model, options);
-  const auto commands = read_of(box::command_times, place, model);
-  const auto controls = read_of(box::control_times, place, model);
+  BothFiles files{file_of(box::command_times, place, model), file_of(box::control_times, place, model)};
+  if (changes_times(options)) change(place, model, options, files);
+  const auto &[commands, controls] = files;
   const auto is_wanted = [&](std::string_view name) { return options.name.empty() || options.name == name; };
   std::vector<std::vector<std::string>> programs{{"Program", "Time limit"}}, kinds{{"Kind", "Time 1", "Time 2"}};
   Json::List program_list, kind_list;
@@ -142,10 +146,6 @@ void check(TimesOptions &options) {
   if ((options.missing || options.reset) && !options.name.empty()) {
     throw UsageError("--missing and --reset are for both files. Leave " + options.name + " out.");
   }
-}
-
-bool changes_times(const TimesOptions &options) {
-  return options.missing || options.reset || !options.seconds.empty();
 }
 
 }  // namespace

@@ -42,7 +42,8 @@ std::string let_hands(const box::Place &place, const watch::Hand &hand) {
         case watch::Hand::What::kHeal:
           break;
       }
-      heal(place, somebody_works);
+      std::vector<std::string> lines;
+      heal(place, somebody_works, lines);
       return std::string("All that hands can put right is right again.");
     });
   } catch (const std::exception &error) {

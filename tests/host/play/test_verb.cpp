@@ -241,9 +241,9 @@ TEST_F(PlayVerb, RefusesWhatMakesNoSenseBeforeTheFirstStep) {
        "box qe2\nspbox run ls\n",
        {},
        "spbox: walk.play:2: `spbox run ls`: \"run\" is not a verb that works on a box; those are units, "
-       "show, watch, pull, insert, fault, degrade, repair, technician, program, daemon, break, mend, deviate, points, "
-       "trace, "
-       "log, dump\n"},
+       "show, watch, status, pull, insert, fault, degrade, repair, technician, program, daemon, break, mend, heal, "
+       "edit, "
+       "times, model, deviate, points, trace, log, dump\n"},
       {"a verb without its words",
        "box qe2\nspbox pull\n",
        {},
