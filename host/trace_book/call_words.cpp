@@ -210,7 +210,7 @@ std::span<const CallRow> call_rows() {
 }
 
 CallLine words_of(const CallEntry &entry) {
-  const auto row = std::ranges::find(kRows, entry.kind, &CallRow::kind);
+  const auto *const row = std::ranges::find(kRows, entry.kind, &CallRow::kind);
   if (row == kRows.end()) return {"platform", "?", ""};
   const std::string function = row->function.empty() ? name_of_program(entry.whole_text) : std::string(row->function);
   CallLine line{std::string(row->party), function, text_of(entry), is_error(entry)};
