@@ -76,7 +76,8 @@ constexpr PlaceRow kPlaces[] = {{"/CMU#", kCmu}, {"/IOU#", kIou}, {"/FAN", kFan}
                                 {"/PSU#", kPsu}, {"/DDC", kDdc},  {"/EMGB", "service processor unit"}};
 
 std::string kind_by_place(const std::string &unit) {
-  const auto *const row = std::ranges::find_if(kPlaces, [&](const PlaceRow &each) { return unit.starts_with(each.begin); });
+  const auto *const row =
+      std::ranges::find_if(kPlaces, [&](const PlaceRow &each) { return unit.starts_with(each.begin); });
   return row == std::end(kPlaces) || unit.find('/', 1) != std::string::npos ? "" : row->kind;
 }
 
