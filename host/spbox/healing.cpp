@@ -1,5 +1,7 @@
 #include "host/spbox/healing.h"
 
+#include <utility>
+
 #include "host/box/breakage.h"
 #include "host/box/daemon_bend.h"
 #include "host/box/hardware.h"
@@ -12,7 +14,7 @@ namespace {
 
 class Healing {
  public:
-  Healing(const box::Place &place, std::vector<std::string> &lines) : place_(place), lines_(lines) {}
+  Healing(box::Place place, std::vector<std::string> &lines) : place_(std::move(place)), lines_(lines) {}
 
   // Records first: a unit whose record is broken can only be healed then.
   void go(bool somebody_works) {
