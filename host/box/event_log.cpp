@@ -139,10 +139,10 @@ bool EventLog::append(const std::filesystem::path &file, const LogEntry &entry) 
   }
 }
 
-bool EventLog::append(const std::filesystem::path &file, std::uint32_t head, Event event) noexcept {
+bool EventLog::append(const std::filesystem::path &file, std::uint32_t head, Event event, pid_t process) noexcept {
   const auto since_epoch = std::chrono::system_clock::now().time_since_epoch();
   LogEntry entry{std::chrono::duration_cast<std::chrono::nanoseconds>(since_epoch).count(),
-                 static_cast<std::uint32_t>(getpid()),
+                 static_cast<std::uint32_t>(process),
                  head,
                  {}};
   std::copy(event.begin(), event.end(), entry.event.begin());

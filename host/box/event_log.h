@@ -2,6 +2,8 @@
 // The format of the file is in event_log.cpp: Record.
 #pragma once
 
+#include <unistd.h>
+
 #include <array>
 #include <cstddef>
 #include <cstdint>
@@ -27,8 +29,9 @@ class EventLog {
   // Appends one entry and waits until it is on disk; whole also when several processes append. False on failure, errno set.
   static bool append(const std::filesystem::path &file, const LogEntry &entry) noexcept;
 
-  // The same for an event of this process, now.
-  static bool append(const std::filesystem::path &file, std::uint32_t head, Event event) noexcept;
+  // The same for an event of this process or another one, now.
+  static bool append(const std::filesystem::path &file, std::uint32_t head, Event event,
+                     pid_t process = getpid()) noexcept;
 
   // What lies between whole entries and is none: an entry with a changed byte, or what a crash left of one.
   struct Damage {

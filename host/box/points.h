@@ -4,6 +4,8 @@
 // The format of the file is in points.cpp: Page.
 #pragma once
 
+#include <sys/types.h>
+
 #include <array>
 #include <atomic>
 #include <cstdint>
@@ -136,11 +138,16 @@ class PointCounter {
   // Counts a point and says what happens there. Of kSignal it is said when the signal has come, and has been survived. As safe as map.
   Turn reach(PointKind kind, std::string_view name) noexcept;
 
+  // The points are those of another process, which gets a signal by `deliver`.
+  void stand_for(pid_t process, void (*deliver)(int signal)) noexcept;
+
  private:
   void take(void *memory, std::size_t size) noexcept;
 
   std::atomic<void *> memory_ = nullptr;
   std::atomic<std::size_t> room_ = 0;  // for the order
+  pid_t stood_for_ = 0;                // the process whose points these are; 0: this one
+  void (*deliver_)(int signal) = nullptr;
 };
 
 inline constexpr std::size_t kMostDeviations = 8;     // at a time

@@ -4,13 +4,25 @@
 #include <cstdint>
 #include <string_view>
 
-#include "host/box/call_ring.h"
+#include "host/box/call.h"
 
 namespace platform {
 
 // How many records the trace has had; 0 as long as this process has not looked for it. The first record looks for it, too.
 std::uint64_t records_of_the_trace() noexcept;
 void look_for_the_trace() noexcept;
+
+// A call that begins now, and its end. Who stands for the platform of a process elsewhere keeps that process's calls.
+box::Call begun_call() noexcept;
+void end_call(box::Call &call) noexcept;
+
+// The process whose calls are kept: this one, or the one that it stands for.
+void stand_for(pid_t process) noexcept;
+pid_t kept_process() noexcept;
+
+// A command begins; `words` is what it is called. False where the box keeps no calls.
+bool command_begins(std::string_view words, pid_t parent) noexcept;
+void command_ends(std::string_view words, int status) noexcept;
 
 // A call of the platform from here to its end. Allocates nothing, calls nothing of the system once the ring is there, and keeps errno.
 class KeptCall {

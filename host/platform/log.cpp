@@ -19,7 +19,7 @@ int32_t save(const uint32_t *head, const void *record) {
   }
   const box::Event event(static_cast<const std::uint8_t *>(record), LMAINTE_HOST_EVENT_SIZE);
   try {
-    return box::EventLog::append(box::Place::here().events(), *head, event) ? 0 : -1;
+    return box::EventLog::append(box::Place::here().events(), *head, event, platform::kept_process()) ? 0 : -1;
   } catch (...) {
     errno = ENOMEM;
     return -1;

@@ -25,4 +25,8 @@ box::Turn reach(box::PointKind kind, std::string_view name) noexcept {
   return turn;
 }
 
+void stand_for_points_of(pid_t process, void (*deliver)(int signal)) noexcept {
+  counter.stand_for(process, deliver);
+}
+
 }  // namespace platform

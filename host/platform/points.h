@@ -14,6 +14,9 @@ box::Turn reach(box::PointKind kind, std::string_view name) noexcept;
 // The same of a call for a file; behind one where /tmp has no room, it has none for this process and its children.
 box::Way reach_file(std::string_view call) noexcept;
 
+// The points are those of another process, which gets a signal by `deliver`.
+void stand_for_points_of(pid_t process, void (*deliver)(int signal)) noexcept;
+
 inline bool is_refused(box::PointKind kind, std::string_view name) noexcept {
   return reach(kind, name).way == box::Way::kRefused;
 }
