@@ -73,20 +73,52 @@ void save_event(const Moment &now, Body body, lmainte_host_reply &reply) {
 struct Command {
   std::uint32_t number;
   std::size_t body_size;
+  bool is_of_words;  // which are in the asker's byte order
   void (*tell)(const Moment &now, Body body, lmainte_host_reply &reply);
 };
 
 constexpr Command kCommands[] = {
-    {LMAINTE_HOST_ASK_STATUS, 0, tell_status},
-    {LMAINTE_HOST_ASK_UNIT, kUnitIdSize, tell_unit},
-    {LMAINTE_HOST_ASK_POWER, kUnitIdSize, tell_power},
-    {LMAINTE_HOST_SAVE_EVENT, LMAINTE_HOST_EVENT_SIZE, save_event},
+    {LMAINTE_HOST_ASK_STATUS, 0, true, tell_status},
+    {LMAINTE_HOST_ASK_UNIT, kUnitIdSize, true, tell_unit},
+    {LMAINTE_HOST_ASK_POWER, kUnitIdSize, true, tell_power},
+    {LMAINTE_HOST_SAVE_EVENT, LMAINTE_HOST_EVENT_SIZE, false, save_event},
 };
+
+const Command *command_of(std::uint32_t number) {
+  return std::find_if(std::begin(kCommands), std::end(kCommands),
+                      [&](const Command &row) { return row.number == number; });
+}
+
+constexpr std::size_t kWordSize = sizeof(std::uint32_t);
+
+std::uint32_t word_at(Body bytes, std::size_t at) {
+  std::uint32_t word = 0;
+  std::memcpy(&word, bytes.data() + at, sizeof word);
+  return word;
+}
+
+void swap_words(std::span<std::uint8_t> bytes) {
+  for (; bytes.size() >= kWordSize; bytes = bytes.subspan(kWordSize)) std::ranges::reverse(bytes.first(kWordSize));
+}
+
+// A program may run on a machine of the other byte order, which is emulated: the size in its head tells.
+bool is_of_other_order(Body request) {
+  const std::uint32_t size = word_at(request, 0);
+  return size != request.size() && __builtin_bswap32(size) == request.size();
+}
+
+box::Bytes in_own_order(Body request) {
+  box::Bytes bytes(request.begin(), request.end());
+  const std::span<std::uint8_t> all(bytes);
+  swap_words(all.first(sizeof(lmainte_host_message)));
+  const Command *command = command_of(word_at(bytes, offsetof(lmainte_host_message, command)));
+  if (command != std::end(kCommands) && command->is_of_words) swap_words(all.subspan(sizeof(lmainte_host_message)));
+  return bytes;
+}
 
 // Fills in what the request asks for.
 void fill(const Moment &now, Body request, lmainte_host_reply &reply) {
-  const auto *const command = std::find_if(std::begin(kCommands), std::end(kCommands),
-                                           [&](const Command &row) { return row.number == reply.head.command; });
+  const auto *const command = command_of(reply.head.command);
   if (command == std::end(kCommands)) {
     reply.result = LMAINTE_HOST_NO_COMMAND;
     return;
@@ -122,7 +154,10 @@ void garble(box::Bytes &reply) {
 
 }  // namespace
 
-Answer Monitor::answer(std::span<const std::uint8_t> request) {
+Answer Monitor::answer(std::span<const std::uint8_t> asked) {
+  const bool is_foreign = asked.size() >= sizeof(lmainte_host_message) && is_of_other_order(asked);
+  const box::Bytes own = is_foreign ? in_own_order(asked) : box::Bytes();
+  const Body request = is_foreign ? Body(own) : asked;
   const box::DaemonBend bend = bend_in(place_);
   if (bend.way == box::DaemonWay::kDead) return {.reply = {}, .hangs_up = true};
   if (bend.way == box::DaemonWay::kSilent || request.size() < sizeof(lmainte_host_message)) return {};
@@ -135,6 +170,7 @@ Answer Monitor::answer(std::span<const std::uint8_t> request) {
   Answer answer{box::Bytes(sizeof reply)};
   std::memcpy(answer.reply.data(), &reply, sizeof reply);
   if (bend.way == box::DaemonWay::kGarbled) garble(answer.reply);
+  if (is_foreign) swap_words(answer.reply);
   if (bend.way == box::DaemonWay::kLate) answer.delay = std::chrono::seconds(bend.seconds);
   return answer;
 }

@@ -62,6 +62,20 @@ TEST_F(MonitorTest, AReplyHasItsRequestsHead) {
   EXPECT_EQ(reply.result, 0);
 }
 
+TEST_F(MonitorTest, AnswersInTheByteOrderOfTheOneWhoAsks) {
+  const auto swapped = [](box::Bytes bytes) {
+    for (std::size_t at = 0; at + 4 <= bytes.size(); at += 4) std::reverse(bytes.data() + at, bytes.data() + at + 4);
+    return bytes;
+  };
+  const box::Bytes asked = request(2, id_of("/PSU#3"));
+  EXPECT_EQ(swapped(monitor_.answer(swapped(asked)).reply), monitor_.answer(asked).reply);
+  box::Bytes event = swapped(request(4));  // its bytes are the same on each machine
+  event[3] = 64;
+  for (std::uint8_t byte = 0; byte < LMAINTE_HOST_EVENT_SIZE; ++byte) event.push_back(byte);
+  EXPECT_EQ(monitor_.answer(event).reply.at(19), LMAINTE_HOST_ANSWERED);
+  EXPECT_EQ(box::EventLog::read(place_.events()).back().event.at(7), 7);
+}
+
 TEST_F(MonitorTest, TellsHowItIs) {
   ask(1);
   const auto reply = ask(1);

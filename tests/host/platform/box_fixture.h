@@ -5,6 +5,7 @@
 
 #include <cstdlib>
 #include <fstream>
+#include <optional>
 #include <string>
 
 #include "host/box/database.h"
@@ -12,6 +13,9 @@
 #include "host/box/trace_ring.h"
 #include "tests/host/box/child.h"
 #include "tests/host/box/scratch.h"
+#ifdef PLATFORM_SERVER
+#include "tests/host/platform/remote_platform.h"
+#endif
 
 class BoxTest : public testing::Test {
  protected:
@@ -25,10 +29,20 @@ class BoxTest : public testing::Test {
       return 0;
     });
     setenv("SPBOX_ROOT", scratch.path().c_str(), 1);
+#ifdef PLATFORM_SERVER
+    remote.emplace(place);
+#endif
   }
-  void TearDown() override { unsetenv("SPBOX_ROOT"); }
+  void TearDown() override {
+#ifdef PLATFORM_SERVER
+    remote.reset();
+#endif
+    unsetenv("SPBOX_ROOT");
+  }
 
-  void mark(const char *model) const { std::ofstream(place.tmp() / model).close(); }
+  void mark(const char *model) const {
+    std::ofstream(place.tmp() / model).close();
+  }
 
   // A record as another process sees and writes it. The platform has LMDB in this process for itself.
   void store(std::uint32_t db_id, const std::string &key, const std::string &text) const {
@@ -52,4 +66,7 @@ class BoxTest : public testing::Test {
 
   Scratch scratch;
   box::Place place{scratch.path()};
+#ifdef PLATFORM_SERVER
+  std::optional<RemotePlatform> remote;
+#endif
 };

@@ -1,0 +1,81 @@
+// platform_server DIR NAME FD [BOX]: the platform of the box in this folder, for programs on another machine that is emulated, until
+// SIGTERM or until its parent ends. It listens under NAME in the box's folder of daemons. Writes its process id to the descriptor once
+// it does; where it fails, before that or after, and where a process had to do without it, a line that says why. BOX is for whoever
+// looks at the processes.
+#include <fcntl.h>
+#include <sys/prctl.h>
+#include <unistd.h>
+
+#include <csignal>
+#include <exception>
+#include <string>
+
+#include "host/base/descriptor.h"
+#include "host/base/number.h"
+#include "host/base/told.h"
+#include "host/box/full_file.h"
+#include "host/remote/server.h"
+
+namespace {
+
+volatile sig_atomic_t asked_to_end = 0;
+
+// Lets SIGTERM and SIGCHLD in only where they are waited for. The signals of the operator's terminal are for the command.
+sigset_t prepare_signals() {
+  sigset_t own, before;
+  sigemptyset(&own);
+  sigaddset(&own, SIGTERM);
+  sigaddset(&own, SIGCHLD);
+  sigprocmask(SIG_BLOCK, &own, &before);
+  sigdelset(&before, SIGTERM);
+  sigdelset(&before, SIGCHLD);
+  struct sigaction action = {};
+  action.sa_handler = [](int signal) {
+    if (signal == SIGTERM) asked_to_end = 1;
+  };
+  sigaction(SIGTERM, &action, nullptr);
+  sigaction(SIGCHLD, &action, nullptr);
+  std::signal(SIGPIPE, SIG_IGN);
+  setsid();
+  prctl(PR_SET_PDEATHSIG, SIGTERM);
+  return before;
+}
+
+// Whoever reads the other end of the command's pipes is not to wait for this process.
+void leave_terminal() {
+  const int nothing = open("/dev/null", O_RDWR | O_CLOEXEC);
+  if (nothing < 0) return;
+  for (const int fd : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) dup2(nothing, fd);
+  if (nothing > STDERR_FILENO) close(nothing);
+}
+
+void serve(const box::Place &place, const std::string &name, int fd, const sigset_t &signals) {
+  unsigned senseless = 0, died = 0;
+  {
+    remote::Server server(place, name);
+    leave_terminal();
+    base::write_all(fd, std::to_string(getpid()) + "\n");
+    while (asked_to_end == 0) server.step(signals);
+    senseless = server.senseless();
+    died = server.died();
+  }
+  if (died > 0) base::write_all(fd, "the process that served the command died\n");
+  if (senseless > 0) base::write_all(fd, "what came from the command was no message of a platform\n");
+}
+
+}  // namespace
+
+int main(int argc, char **argv) {
+  box::survive_full_files();
+  if (argc != 4 && argc != 5) return 2;
+  const auto fd = base::number_in<int>(argv[3]);
+  if (!fd) return 2;
+  fcntl(*fd, F_SETFD, FD_CLOEXEC);
+  try {
+    serve(box::Place(argv[1]), argv[2], *fd, prepare_signals());
+    return 0;
+  } catch (const std::exception &error) {
+    base::write_all(*fd, base::told(error) + "\n");
+    return 1;
+  }
+}

@@ -1,0 +1,101 @@
+#include "host/remote/server.h"
+
+#include <poll.h>
+#include <sys/socket.h>
+#include <sys/syscall.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <climits>
+#include <system_error>
+
+#include "host/box/daemon_socket.h"
+#include "host/remote/stand_in.h"
+
+namespace remote {
+namespace {
+
+constexpr std::size_t kMostStandIns = 256;
+
+void remove_listener(const std::filesystem::path &socket) {
+  std::error_code error;
+  std::filesystem::remove(socket, error);
+}
+
+base::Descriptor new_listener(const std::filesystem::path &socket) {
+  std::filesystem::create_directories(socket.parent_path());
+  remove_listener(socket);
+  base::Descriptor listener(box::daemon_socket(socket.parent_path(), socket.filename().native(), bind));
+  if (listener.get() >= 0 && listen(listener.get(), SOMAXCONN) == 0) return listener;
+  const int reason = errno;
+  remove_listener(socket);
+  throw std::system_error(reason, std::generic_category(), socket.string());
+}
+
+// Whoever waits for this server's end is not to wait for a stand-in's.
+void close_all_but(int fd) {
+  close_range(STDERR_FILENO + 1, static_cast<unsigned>(fd) - 1, 0);
+  close_range(static_cast<unsigned>(fd) + 1, UINT_MAX, 0);
+}
+
+bool is_readable(int fd) {
+  pollfd watched{fd, POLLIN, 0};
+  return poll(&watched, 1, 0) == 1;
+}
+
+}  // namespace
+
+Server::Server(const box::Place &place, const std::string &name)
+    : socket_(place.daemons() / name), listener_(new_listener(socket_)) {}
+
+Server::~Server() {
+  listener_.reset();
+  remove_listener(socket_);
+  see_off(true);
+}
+
+void Server::step(const sigset_t &signals) {
+  see_off(false);
+  pollfd watched{listener_.get(), POLLIN, 0};
+  if (ppoll(&watched, 1, nullptr, &signals) == 1) admit_one(signals);
+}
+
+void Server::admit_one(const sigset_t &signals) {
+  base::Descriptor channel(accept4(listener_.get(), nullptr, nullptr, SOCK_CLOEXEC));
+  ucred peer{};
+  socklen_t size = sizeof peer;
+  if (channel.get() < 0 || stand_ins_.size() >= kMostStandIns ||
+      getsockopt(channel.get(), SOL_SOCKET, SO_PEERCRED, &peer, &size) != 0) {
+    return;
+  }
+  base::Descriptor end_of_peer(static_cast<int>(syscall(SYS_pidfd_open, peer.pid, 0)));
+  const pid_t child = fork();
+  if (child > 0) stand_ins_.push_back({child, std::move(end_of_peer)});
+  if (child != 0) return;
+  listener_.reset();
+  end_of_peer.reset();
+  stand_ins_.clear();
+  close_all_but(channel.get());
+  std::signal(SIGTERM, SIG_DFL);
+  std::signal(SIGCHLD, SIG_DFL);
+  sigprocmask(SIG_SETMASK, &signals, nullptr);
+  _exit(stand_in_for(std::move(channel), peer.pid) == Ending::kIsGone ? 0 : kMadeNoSense);
+}
+
+void Server::count(int status) {
+  if (WIFSIGNALED(status)) ++died_;
+  if (WIFEXITED(status) && WEXITSTATUS(status) == kMadeNoSense) ++senseless_;
+}
+
+void Server::see_off(bool are_peers_gone) {
+  stand_ins_.remove_if([&](const StandIn &stand_in) {
+    int status = 0;
+    const bool ends = are_peers_gone && (stand_in.end_of_peer.get() < 0 || is_readable(stand_in.end_of_peer.get()));
+    const pid_t ended = waitpid(stand_in.process, &status, ends ? 0 : WNOHANG);
+    if (ended == stand_in.process) count(status);
+    return ended != 0;
+  });
+}
+
+}  // namespace remote
