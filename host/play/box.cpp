@@ -12,11 +12,12 @@ namespace play {
 
 namespace fs = std::filesystem;
 
-Box::Box(std::string spbox, const fs::path &folder, int alarm)
+Box::Box(std::string spbox, const fs::path &folder, int alarm, std::vector<std::string> options)
     : spbox_(std::move(spbox)),
       own_folder_(folder.empty() ? std::make_unique<OwnFolder>() : nullptr),
       box_(own_folder_ ? own_folder_->box() : fs::absolute(folder)),
-      alarm_(alarm) {
+      alarm_(alarm),
+      options_(std::move(options)) {
   if (exists()) box_time::keep(place().clock());
 }
 
@@ -56,7 +57,9 @@ terminal::BackgroundProgram Box::spbox_beside(std::vector<std::string> words) co
 }
 
 std::vector<std::string> Box::command_in_box(const std::vector<std::string> &command) const {
-  std::vector<std::string> words{spbox_, "run", box_.string(), "--"};
+  std::vector<std::string> words{spbox_, "run", box_.string()};
+  words.insert(words.end(), options_.begin(), options_.end());
+  words.emplace_back("--");
   words.insert(words.end(), command.begin(), command.end());
   return words;
 }

@@ -15,8 +15,9 @@ namespace play {
 
 class Box {
  public:
-  // `spbox` is the program. Where no folder is named, the box gets one of its own, which is removed at the end.
-  Box(std::string spbox, const std::filesystem::path &folder, int alarm);
+  // `spbox` is the program. Where no folder is named, the box gets one of its own, which is removed at the end. Commands are started
+  // with these options of `spbox run`.
+  Box(std::string spbox, const std::filesystem::path &folder, int alarm, std::vector<std::string> options = {});
 
   // Makes the box, of a dump where one is named; where there is one already, it must be of this model. Throws.
   void make(const std::string &model, const std::filesystem::path &dump, std::chrono::milliseconds patience);
@@ -39,6 +40,7 @@ class Box {
   std::unique_ptr<OwnFolder> own_folder_;  // none where a folder was named
   std::filesystem::path box_;
   int alarm_;
+  std::vector<std::string> options_;
 };
 
 }  // namespace play

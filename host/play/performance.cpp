@@ -109,7 +109,7 @@ void perform(const std::vector<Step> &steps, const Files &files, const std::stri
   if (!files.transcript.empty()) transcript.keep_in(files.transcript);
   Picture picture;
   Narrator narrator(transcript, picture, chronicles.chronicle());
-  Box box(spbox, files.box, alarm);
+  Box box(spbox, files.box, alarm, files.options);
   // NOLINTNEXTLINE(concurrency-mt-unsafe): there is one thread
   if (files.box.empty()) setenv(LMAINTE_HOST_RUN, "", 1);  // A step `start` takes what a command advises to type.
   try {

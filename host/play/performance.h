@@ -12,13 +12,14 @@ namespace play {
 
 struct Files {
   std::filesystem::path script;
-  std::filesystem::path box;          // empty: one that is gone after the play
-  std::filesystem::path transcript;   // empty: none
-  std::filesystem::path picture;      // empty: none
-  int account = -1;                   // the descriptor for an account of the play; -1: none
-  bool draws_server = false;          // in the picture
-  std::filesystem::path report = {};  // empty: none
-  std::filesystem::path cast = {};    // empty: none
+  std::filesystem::path box;              // empty: one that is gone after the play
+  std::filesystem::path transcript;       // empty: none
+  std::filesystem::path picture;          // empty: none
+  int account = -1;                       // the descriptor for an account of the play; -1: none
+  bool draws_server = false;              // in the picture
+  std::filesystem::path report = {};      // empty: none
+  std::filesystem::path cast = {};        // empty: none
+  std::vector<std::string> options = {};  // of `spbox run`, for the commands of the play
 };
 
 // Reads the script and those that it plays. Throws script::Error where they make no sense, or not with these files, and

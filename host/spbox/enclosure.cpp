@@ -138,6 +138,11 @@ void add_box(const RootPlan &plan, std::vector<std::string> &arguments) {
   if (!plan.clock_library.empty()) {
     add(arguments, {"--ro-bind", plan.clock_library, BOX_TIME_LIBRARY, "--bind", plan.box.clock(), BOX_TIME_PAGE});
   }
+  if (plan.machine) {
+    const std::vector<std::string> more = machine_arguments(*plan.machine);
+    arguments.insert(arguments.end(), more.begin(), more.end());
+    add(arguments, {"--ro-bind", plan.platform_server, kPlatformServerInside});
+  }
   add(arguments, {"--ro-bind", plan.spbox, kSpboxInside, "--remount-ro", "/mgb/lib"});
   add(arguments, {"--bind", plan.box.tmp(), "/tmp"});
   for (const std::string &name : plan.guests) add(arguments, {"--ro-bind", "/tmp/" + name, "/tmp/" + name});

@@ -2,12 +2,14 @@
 #pragma once
 
 #include <filesystem>
+#include <optional>
 #include <set>
 #include <string>
 #include <vector>
 
 #include "host/base/descriptor.h"
 #include "host/box/place.h"
+#include "host/spbox/machine.h"
 
 namespace spbox {
 
@@ -23,6 +25,8 @@ struct RootPlan {
   bool network = false;                      // true: the workstation's
   std::set<std::string> guests = {};         // what is mounted below /tmp
   std::filesystem::path clock_library = {};  // preloaded into all programs, where the box has its own time; empty: none
+  std::optional<Machine> machine = {};       // of the command, where that is not the workstation
+  std::filesystem::path platform_server = {};  // which the machine's programs ask
 };
 
 // The workstation's own things in /tmp that the command must see: what holds the program, the working folder or spbox. They are
@@ -40,9 +44,10 @@ std::vector<std::string> preload_arguments(int fd);
 // Makes the lock files of databases that have none, in a box that was copied without them: nobody makes them in the root.
 void complete_databases(const box::Place &place);
 
-// Where spbox itself and the daemon can be started inside the root.
+// Where spbox itself, the daemon and the platform of another machine's programs can be started inside the root.
 inline constexpr const char *kSpboxInside = "/mgb/lib/spbox";
 inline constexpr const char *kDaemonInside = "/mgb/lib/monitor_daemon";
+inline constexpr const char *kPlatformServerInside = "/mgb/lib/platform_server";
 
 // The empty files and folders in the box's tmp folder on which the workstation's things are mounted. Those that had to
 // be made are removed by the last command that leaves the box or, where that one was killed, by the next one that enters it.

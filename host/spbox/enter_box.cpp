@@ -9,6 +9,7 @@
 #include "host/base/number.h"
 #include "host/box/advice.h"
 #include "host/spbox/handshake.h"
+#include "host/spbox/machine.h"
 #include "host/spbox/own_signals.h"
 #include "host/spbox/signals.h"
 #include "host/spbox/standard_output.h"
@@ -55,9 +56,9 @@ int enter_box(int argc, char **argv) {
   keep_signals_among_own();
   sigprocmask(SIG_SETMASK, &before, nullptr);
   char **command = argv + 2;
-  execvp(command[0], command);
-  const int error = errno;
-  complain(command[0] + (": " + cannot_run(command[0], error)));
+  const std::string why = become_command(command);
+  const int error = why.empty() ? errno : ENOEXEC;
+  complain(command[0] + (": " + (why.empty() ? cannot_run(command[0], error) : why)));
   return error == ENOENT ? 127 : 126;
 }
 

@@ -12,6 +12,7 @@
 #include "host/spbox/damaged_files.h"
 #include "host/spbox/enter_box.h"
 #include "host/spbox/help.h"
+#include "host/spbox/machine.h"
 #include "host/spbox/spelling.h"
 #include "host/spbox/standard_output.h"
 #include "host/spbox/verbs.h"
@@ -85,6 +86,7 @@ int judged(const Words &words) {
 
 int main(int argc, char **argv) {
   std::signal(SIGCHLD, SIG_DFL);  // where it is ignored, nobody learns how a child ended
+  if (spbox::is_program_of_machine()) return spbox::become_program_of_machine(argv);
   if (argc > 1 && std::string_view(argv[1]) == spbox::kEnter) return spbox::enter_box(argc - 2, argv + 2);
   spbox::keep_standard_descriptors();
   spbox::tell_of_damaged_files();

@@ -8,6 +8,7 @@
 #include "host/play/interrupts.h"
 #include "host/play/performance.h"
 #include "host/play/player.h"
+#include "host/spbox/machine.h"
 #include "host/spbox/play_verbs.h"
 #include "host/spbox/speed.h"
 #include "host/spbox/standard_output.h"
@@ -21,6 +22,7 @@ struct PlayOptions {
   std::vector<std::string> words;  // NAME=VALUE
   play::Values values;
   SpeedOption speed;
+  MachineOption machine;
 };
 
 void take_values(PlayOptions &options) {
@@ -95,7 +97,8 @@ Verb play_verb() {
             .help = "How far it is and why it fails is written there",
             .to = number(options->files.account, 0, 65535),
             .value = "FD"},
-           options->speed.word()},
+           options->speed.word(),
+           options->machine.word()},
       .footer = script::help_of(play::step_rows(), 26) +
                 "\nA word in quotes keeps its blanks and knows \\n \\t \\r \\e \\\" \\\\ and\n"
                 "bytes such as \\003 or \\x03. $NAME in a word stands for a value, $$ for a\n"
@@ -112,6 +115,7 @@ Verb play_verb() {
           [options] {
             take_values(*options);
             options->speed.check();
+            options->files.options = options->machine.words();
           },
       .prepare = [options] { take_account_fd(options->files.account); },
       .act = [options] { return play_script(*options); }};

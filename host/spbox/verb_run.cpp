@@ -3,13 +3,15 @@
 #include <cstdlib>
 #include <filesystem>
 #include <memory>
+#include <optional>
 
 #include "host/box/contents.h"
+#include "host/box/daemon_socket.h"
 #include "host/clock/guest.h"
 #include "host/clock/hours.h"
 #include "host/include/lmainte_host.h"
+#include "host/spbox/beside_process.h"
 #include "host/spbox/children.h"
-#include "host/spbox/daemon_process.h"
 #include "host/spbox/enclosure.h"
 #include "host/spbox/found_program.h"
 #include "host/spbox/remains.h"
@@ -30,6 +32,7 @@ struct RunOptions {
   bool no_pager = false;
   bool network = false;
   SpeedOption speed;
+  MachineOption machine;
   std::vector<std::string> command;
 };
 
@@ -43,8 +46,25 @@ void show_time_to(RootPlan &plan) {
   setenv(kSanitizer, (own + "verify_asan_link_order=0").c_str(), 1);  // NOLINT(concurrency-mt-unsafe): as above
 }
 
+// The command's programs find those of their machine, and no others of the same name.
+void put_commands_on_path() {
+  const char *path = std::getenv("PATH");  // NOLINT(concurrency-mt-unsafe): one thread
+  const std::string own = path == nullptr ? "/usr/bin:/bin" : path;
+  setenv("PATH", (kCommandsInside + (":" + own)).c_str(), 1);  // NOLINT(concurrency-mt-unsafe): as above
+}
+
+// The sockets of platforms whose spbox was killed.
+void remove_sockets_nobody_listens_on(const box::Place &place) {
+  std::error_code error;
+  for (const fs::directory_entry &entry : fs::directory_iterator(place.daemons(), error)) {
+    const std::string name = entry.path().filename();
+    if (name.starts_with(kPlatformSocket) && !box::daemon_listens(place.daemons(), name))
+      fs::remove(entry.path(), error);
+  }
+}
+
 int run(const RunOptions &options) {
-  const auto &[folder, no_pager, network, speed, command] = options;
+  const auto &[folder, no_pager, network, speed, machine, command] = options;
   const box::Place place(fs::absolute(folder));
   box::check_is_any_box(box::Place{folder});
   check_bwrap();
@@ -57,7 +77,8 @@ int run(const RunOptions &options) {
                 .folder = fs::current_path(),
                 .pager = !no_pager,
                 .network = network,
-                .clock_library = {}};
+                .machine = machine.machine()};
+  if (plan.machine) plan.platform_server = find_part(plan.spbox, "platform_server");
   plan.control_program = find_part(plan.spbox, "control_program");
   plan.daemon = find_part(plan.spbox, "monitor_daemon");
   const std::unique_ptr<box_time::Keeper> keeper = speed.keeper();
@@ -72,7 +93,12 @@ int run(const RunOptions &options) {
   plan.guests = guests_in_tmp(plan);
   for (const std::string &name : plan.guests) mount_points.make(name, fs::is_directory("/tmp/" + name));
   Children children;
-  const DaemonProcess answers(plan, children);
+  const BesideProcess answers(plan, children, daemon_of(plan));
+  std::optional<BesideProcess> platform;
+  if (plan.machine) {
+    platform.emplace(plan, children, platform_of(plan));
+    put_commands_on_path();
+  }
   setenv(LMAINTE_HOST_RUN, way_in(folder).c_str(), 1);
   const terminal::OwnMode terminal;
   const int status = run_in_root(plan, command, children);
@@ -80,6 +106,8 @@ int run(const RunOptions &options) {
     clear_up_behind_the_dead(place);
     terminal.put_back();
   }
+  platform.reset();
+  remove_sockets_nobody_listens_on(place);
   return status;
 }
 
@@ -97,7 +125,8 @@ Verb run_verb() {
                  .need = Need::kRequired},
                 {.name = "--no-pager", .help = "Without a pager: /bin/busybox cannot be run", .to = &options->no_pager},
                 {.name = "--network", .help = "Let the command use the workstation's network", .to = &options->network},
-                options->speed.word()},
+                options->speed.word(),
+                options->machine.word()},
       .footer =
           "The command sees the workstation, but cannot write there. It has the box's\n"
           "databases, programs and times as /mgb, and the box's own /tmp. Of the\n"

@@ -11,6 +11,7 @@
 #include "host/runner/selection.h"
 #include "host/runner/telling.h"
 #include "host/runner/transcripts.h"
+#include "host/spbox/machine.h"
 #include "host/spbox/play_verbs.h"
 #include "host/spbox/pool_options.h"
 #include "host/spbox/progress_line.h"
@@ -35,6 +36,7 @@ struct TestOptions {
   TestReports reports;
   fs::path transcripts, pages;
   SpeedOption speed;
+  MachineOption machine;
   std::vector<std::string> for_each_play;  // options of `spbox play`
 };
 
@@ -244,6 +246,8 @@ void judge_words(TestOptions &options) {
   if (options.paths.empty()) options.paths = {"."};
   options.speed.check();
   options.for_each_play = options.speed.words();
+  const std::vector<std::string> machine = options.machine.words();
+  options.for_each_play.insert(options.for_each_play.end(), machine.begin(), machine.end());
   options.pool.check();
 }
 
@@ -284,7 +288,8 @@ Verb test_verb() {
             .help = "Keep there a page of each play that went wrong, as\n--report of the verb play does",
             .to = &options->pages,
             .value = "DIR"},
-           options->speed.word()},
+           options->speed.word(),
+           options->machine.word()},
       .footer =
           "A play is a script as `spbox play` takes it, with a box of its own. Hidden\n"
           "folders and linked ones are left out, and scripts that only other plays play.\n"

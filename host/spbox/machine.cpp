@@ -1,0 +1,201 @@
+#include "host/spbox/machine.h"
+
+#include <sys/auxv.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <array>
+#include <cerrno>
+#include <cstdlib>
+#include <cstring>
+#include <fstream>
+#include <sstream>
+#include <stdexcept>
+#include <string_view>
+#include <system_error>
+
+#include "host/base/child.h"
+#include "host/spbox/found_program.h"
+#include "host/spbox/run_mark.h"
+#include "host/spbox/standard_output.h"
+#include "host/wire/message.h"
+
+namespace spbox {
+namespace {
+
+namespace fs = std::filesystem;
+
+constexpr const char *kName = "powerpc", *kEmulator = "qemu-ppc", *kLibraries = "/usr/powerpc-linux-gnu";
+constexpr const char *kLoader = "lib/ld.so.1";
+
+// In the root of a command.
+constexpr const char *kLibrariesInside = "/mgb/lib/machine", *kEmulatorInside = "/mgb/lib/emulator",
+                     *kProgramsInside = "/mgb/lib/programs";
+
+// ---- Which machine a program is of: the words of its head that tell
+
+struct Kind {
+  unsigned char word_size = 0, byte_order = 0;
+  std::uint16_t machine = 0;
+  bool operator==(const Kind &) const = default;
+};
+constexpr Kind kTarget{1, 2, 20};  // 32 bits, the highest byte first, PowerPC
+
+// None where it is no program that the system loads by itself, such as a script.
+std::optional<Kind> kind_of(const fs::path &program) {
+  std::array<unsigned char, 20> head{};
+  std::ifstream file(program, std::ios::binary);
+  if (!file.read(reinterpret_cast<char *>(head.data()), head.size()) || std::memcmp(head.data(), "\177ELF", 4) != 0) {
+    return std::nullopt;
+  }
+  const bool is_big = head[5] == 2;
+  const auto machine = static_cast<std::uint16_t>(is_big ? head[18] << 8U | head[19] : head[19] << 8U | head[18]);
+  return Kind{head[4], head[5], machine};
+}
+
+bool begins_with_one(const std::string &path, std::initializer_list<std::string_view> folders) {
+  return std::ranges::any_of(folders, [&](std::string_view folder) { return path.starts_with(folder); });
+}
+
+bool is_of_system(const fs::path &program) {
+  std::error_code error;
+  return begins_with_one(fs::weakly_canonical(program, error).string(), {"/usr/", "/bin/", "/sbin/", "/mgb/"});
+}
+
+// ---- The programs that somebody in the box may start by name
+
+void add_programs_in(const fs::path &folder, std::map<std::string, fs::path> &programs) {
+  std::error_code error;
+  for (const fs::directory_entry &entry : fs::directory_iterator(folder, error)) {
+    std::error_code ignored;
+    if (!entry.is_regular_file(ignored) || access(entry.path().c_str(), X_OK) != 0) continue;
+    if (kind_of(entry.path()) == kTarget) programs.emplace(entry.path().filename(), fs::absolute(entry.path()));
+  }
+}
+
+std::map<std::string, fs::path> programs_on_path() {
+  std::map<std::string, fs::path> programs;
+  const char *path = std::getenv("PATH");  // NOLINT(concurrency-mt-unsafe): one thread
+  std::istringstream folders(path == nullptr ? "" : path);
+  for (std::string folder; std::getline(folders, folder, ':');) {
+    if (!begins_with_one(folder + "/", {"/usr/", "/bin/", "/sbin/", "/mgb/"})) {
+      add_programs_in(folder.empty() ? "." : folder, programs);
+    }
+  }
+  return programs;
+}
+
+// ---- Inside
+
+bool is_machine_here() {
+  return access(kEmulatorInside, F_OK) == 0;
+}
+
+// As the system finds it. Of the names that several folders have, that of the machine's program comes first.
+fs::path found_inside(const std::string &name) {
+  const fs::path of_machine = fs::path(kProgramsInside) / name;
+  std::error_code error;
+  if (name.find('/') == std::string::npos && fs::exists(of_machine, error)) return fs::read_symlink(of_machine, error);
+  return find_program(name);
+}
+
+// Returns where the emulator cannot be run.
+void emulate(const fs::path &program, char **words) {
+  std::vector<std::string> command{kEmulatorInside, "-L", kLibrariesInside, "-0", words[0], program};
+  for (char **word = words + 1; *word != nullptr; ++word) command.emplace_back(*word);
+  const base::ArgumentVector arguments(std::move(command));
+  execv(kEmulatorInside, arguments.data());
+}
+
+}  // namespace
+
+Word MachineOption::word() {
+  return {.name = "--machine",
+          .help = "Run the command as a program of this machine,\nemulated: powerpc",
+          .to = Choice{&name_, "machine", {kName}},
+          .value = "MACHINE"};
+}
+
+std::vector<std::string> MachineOption::words() const {
+  if (name_.empty()) return {};
+  return {"--machine", name_};
+}
+
+std::optional<Machine> MachineOption::machine() const {
+  if (name_.empty()) return std::nullopt;
+  Machine machine{.emulator = find_program(kEmulator),
+                  .libraries = kLibraries,
+                  .programs = programs_on_path(),
+                  .socket = kPlatformSocket + name_of_this_run()};
+  if (machine.emulator.empty()) {
+    throw std::runtime_error(std::string(kEmulator) + " is missing: it runs the programs of a " + kName +
+                             ". Install it (apt install qemu-user).");
+  }
+  if (access((machine.libraries / kLoader).c_str(), R_OK) != 0) {
+    throw std::runtime_error((machine.libraries / kLoader).string() + " is missing: it is of the C library of a " +
+                             kName + ". Install it (apt install libc6-powerpc-cross).");
+  }
+  return machine;
+}
+
+// The emulator looks for each file below the folder of the machine first: what the workstation preloads is nothing for it.
+std::vector<std::string> machine_arguments(const Machine &machine) {
+  const std::string libraries = kLibrariesInside, commands = kCommandsInside, programs = kProgramsInside;
+  std::vector<std::string> arguments{"--ro-bind",
+                                     machine.libraries / "lib",
+                                     libraries + "/lib",
+                                     "--symlink",
+                                     "/dev/null",
+                                     libraries + "/etc/ld.so.preload",
+                                     "--symlink",
+                                     machine.emulator,
+                                     kEmulatorInside,
+                                     "--symlink",
+                                     "/mgb/run/" + machine.socket,
+                                     std::string("/") + wire::kSocketLink,
+                                     "--dir",
+                                     commands,
+                                     "--dir",
+                                     programs};
+  for (const auto &[name, program] : machine.programs) {
+    arguments.insert(arguments.end(), {"--symlink", "../spbox", commands + "/" + name});
+    arguments.insert(arguments.end(), {"--symlink", program, programs + "/" + name});
+  }
+  return arguments;
+}
+
+bool is_program_of_machine() {
+  const auto *name = reinterpret_cast<const char *>(getauxval(AT_EXECFN));  // NOLINT(performance-no-int-to-ptr)
+  return name != nullptr && std::string_view(name).starts_with(std::string(kCommandsInside) + "/");
+}
+
+int become_program_of_machine(char **argv) {
+  const fs::path called(reinterpret_cast<const char *>(getauxval(AT_EXECFN)));  // NOLINT(performance-no-int-to-ptr)
+  std::error_code error;
+  emulate(fs::read_symlink(kProgramsInside / called.filename(), error), argv);
+  // NOLINTNEXTLINE(concurrency-mt-unsafe): one thread
+  complain(called.filename().string() + ": the emulator cannot be run: " + std::strerror(errno) + ".");
+  return 126;
+}
+
+std::string become_command(char **command) {
+  const fs::path program = found_inside(command[0]);
+  const std::optional<Kind> kind = kind_of(program);
+  const bool is_own = kind == kind_of("/proc/self/exe");
+  if (kind && !is_own && kind != kTarget) return "it is a program of another machine, which cannot be run here.";
+  if (kind == kTarget && !is_machine_here()) {
+    return std::string("it is a program of a ") + kName + ". Give --machine " + kName + " to run it.";
+  }
+  if (kind == kTarget) {
+    emulate(program, command);
+    return {};
+  }
+  if (is_own && is_machine_here() && !is_of_system(program)) {
+    return std::string("it is a program of this workstation, and not of a ") + kName +
+           ". Build it for that, or leave out --machine.";
+  }
+  execvp(command[0], command);
+  return {};
+}
+
+}  // namespace spbox

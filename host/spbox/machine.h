@@ -1,0 +1,51 @@
+// A command that is a program of another machine, which is emulated: --machine. The control programs, the shell and whatever else is
+// the workstation's run as ever.
+#pragma once
+
+#include <filesystem>
+#include <map>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "host/spbox/verb.h"
+
+namespace spbox {
+
+struct Machine {
+  std::filesystem::path emulator;
+  std::filesystem::path libraries;                        // of the machine
+  std::map<std::string, std::filesystem::path> programs;  // of the machine, that the PATH has, by name
+  std::string socket;                                     // on which its platform is reached, among the daemons'
+};
+
+// How the name of such a socket begins.
+inline constexpr const char *kPlatformSocket = "platform.";
+
+class MachineOption {
+ public:
+  Word word();
+  std::vector<std::string> words() const;  // the option as it was given, for another spbox
+
+  // None where the option was not given. Throws where something is missing that the machine's programs need.
+  std::optional<Machine> machine() const;
+
+ private:
+  std::string name_;
+};
+
+// What of it is seen in the root of a command, as arguments of bwrap.
+std::vector<std::string> machine_arguments(const Machine &machine);
+
+// The folder in the root where the machine's programs are found by name, by whoever starts one: in front of the PATH.
+inline constexpr const char *kCommandsInside = "/mgb/lib/commands";
+
+// Inside. Whether this process was started by the name of a program of the machine; then it becomes that program.
+bool is_program_of_machine();
+int become_program_of_machine(char **argv);
+
+// Inside. Becomes the command, on its machine. Returns where it cannot be that: a sentence that says why; an empty one where it is
+// for the system to say, which has set errno.
+std::string become_command(char **command);
+
+}  // namespace spbox

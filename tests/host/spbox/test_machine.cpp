@@ -1,0 +1,115 @@
+// Commands of another machine: what is said where they cannot be run as such.
+#include <csignal>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <string>
+#include <vector>
+
+#include "host/box/inhabitants.h"
+#include "tests/host/box/child.h"
+#include "tests/host/spbox/spbox_test.h"
+
+namespace {
+
+namespace fs = std::filesystem;
+
+// The head of a program, as far as it tells the machine.
+std::string head(char word_size, char byte_order, const std::string &machine) {
+  std::string text = "\177ELF";
+  text += {word_size, byte_order};
+  text.resize(18);
+  return text + machine + std::string(32, '\0');
+}
+
+class OtherMachine : public SpboxTest {
+ protected:
+  void SetUp() override { make_box("qa"); }
+
+  void write_program(const std::string &name, const std::string &text) {
+    write(name, text);
+    fs::permissions(scratch_ / name.c_str(), fs::perms::owner_all);
+  }
+
+  Done run(const std::vector<std::string> &words, const std::string &path = "/usr/bin:/bin") {
+    std::vector<std::string> all{"/usr/bin/env", "-C", scratch_.path(), "PATH=" + path, SPBOX, "run"};
+    all.insert(all.end(), words.begin(), words.end());
+    return run_to_end(all);
+  }
+};
+
+TEST_F(OtherMachine, AProgramThatIsOfAnotherOneIsRefused) {
+  write_program("of_target", head(1, 2, std::string("\0\x14", 2)));
+  write_program("of_arm", head(1, 1, std::string("\x28\0", 2)));
+  fs::copy("/bin/true", scratch_ / "own");
+  struct Row {
+    std::vector<std::string> words;
+    std::string said;
+  };
+  const std::vector<Row> rows{
+      {{"box", "./of_target"}, "./of_target: it is a program of a powerpc. Give --machine powerpc to run it."},
+      {{"box", "./of_arm"}, "./of_arm: it is a program of another machine, which cannot be run here."},
+      {{"--machine", "powerpc", "box", "./of_arm"},
+       "./of_arm: it is a program of another machine, which cannot be run here."},
+      {{"--machine", "powerpc", "box", "./own"},
+       "./own: it is a program of this workstation, and not of a powerpc. Build it for that, or leave out --machine."},
+  };
+  for (const Row &row : rows) {
+    const Done result = run(row.words);
+    EXPECT_EQ(result.exit_status, 126) << row.said;
+    EXPECT_EQ(result.output, "spbox: " + row.said + "\n");
+  }
+}
+
+TEST_F(OtherMachine, TheWorkstationsProgramsAndTheBoxsRunAsEver) {
+  EXPECT_EQ(run({"--machine", "powerpc", "box", "sh", "-c", "/mgb/bin/ctlmainte -c unlock; exit 3"}).exit_status, 3);
+}
+
+TEST_F(OtherMachine, WhatItsProgramsNeedIsNamedWhereItIsMissing) {
+  fs::create_directory(scratch_ / "bin");
+  fs::create_symlink("/usr/bin/bwrap", scratch_ / "bin/bwrap");
+  const Done without_emulator = run({"--machine", "powerpc", "box", "true"}, scratch_ / "bin");
+  EXPECT_EQ(without_emulator.exit_status, 1);
+  EXPECT_EQ(without_emulator.output,
+            "spbox: qemu-ppc is missing: it runs the programs of a powerpc. Install it (apt install qemu-user).\n");
+  const Done without_libraries =
+      run_to_end({"/usr/bin/bwrap", "--dev-bind", "/", "/", "--tmpfs", "/usr/powerpc-linux-gnu", SPBOX, "run",
+                  "--machine", "powerpc", (scratch_ / "box").string(), "true"});
+  EXPECT_EQ(without_libraries.exit_status, 1);
+  EXPECT_EQ(
+      without_libraries.output,
+      "spbox: /usr/powerpc-linux-gnu/lib/ld.so.1 is missing: it is of the C library of a powerpc. Install it (apt "
+      "install libc6-powerpc-cross).\n");
+}
+
+TEST_F(OtherMachine, APlatformThatDiesUnderTheCommandIsTold) {
+  const Child killer([&](const auto & /*say_ready*/) {
+    const std::string box = (scratch_ / "box").string();
+    for (int server = 0; server == 0; usleep(10000)) {
+      for (const pid_t process : box::all_processes()) {
+        std::ifstream file("/proc/" + std::to_string(process) + "/cmdline");
+        const std::string words((std::istreambuf_iterator<char>(file)), std::istreambuf_iterator<char>());
+        if (words.starts_with("/mgb/lib/platform_server") && words.find(box) != std::string::npos) server = process;
+      }
+      if (server == 0 || !fs::exists(scratch_ / "box/tmp/began")) {
+        server = 0;
+        continue;
+      }
+      kill(server, SIGKILL);
+      std::ofstream(scratch_ / "box/tmp/go").close();
+    }
+    return 0;
+  });
+  const Done result = run({"--machine", "powerpc", "box", "sh", "-c",
+                           ": >/tmp/began; while ! test -e /tmp/go; do sleep 0.05; done; exit 4"});
+  EXPECT_EQ(result.exit_status, 4);
+  EXPECT_EQ(
+      result.output,
+      "spbox: the platform of the machine's programs ended before the command: signal 9. What the command asked of it "
+      "failed from then on.\n");
+  for (const auto &entry : fs::directory_iterator(scratch_ / "box/mgb/run")) {
+    EXPECT_FALSE(entry.path().filename().string().starts_with("platform.")) << entry.path();
+  }
+}
+
+}  // namespace
