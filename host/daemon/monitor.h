@@ -24,7 +24,7 @@ class Monitor {
   explicit Monitor(box::Place place) : place_(std::move(place)) {}
 
   // Answers as the box's bend tells it to. Never throws: what fails in the box is part of the answer.
-  Answer answer(std::span<const std::uint8_t> request);
+  Answer answer(std::span<const std::uint8_t> asked);
 
  private:
   box::Place place_;

@@ -5,6 +5,7 @@
 #include <errno.h>
 #include <fcntl.h>
 #include <stdarg.h>
+#include <stdbool.h>
 #include <stdio.h>
 #include <stdlib.h>
 #include <string.h>
@@ -102,14 +103,14 @@ EXPORT FILE *fopen64(const char *path, const char *mode) {
   return opened_file(g_next.fopen64, path, mode);
 }
 
-static mode_t mode_in(int flags, va_list more) {
-  return (flags & O_CREAT) != 0 || (flags & O_TMPFILE) == O_TMPFILE ? va_arg(more, mode_t) : 0;
+static bool takes_mode(int flags) {
+  return (flags & O_CREAT) != 0 || (flags & O_TMPFILE) == O_TMPFILE;
 }
 
 EXPORT int open(const char *path, int flags, ...) {
   va_list more;
   va_start(more, flags);
-  const mode_t mode = mode_in(flags, more);
+  const mode_t mode = takes_mode(flags) ? va_arg(more, mode_t) : 0;
   va_end(more);
   be_ready();
   return opened(g_next.open, path, flags, mode);
@@ -118,7 +119,7 @@ EXPORT int open(const char *path, int flags, ...) {
 EXPORT int open64(const char *path, int flags, ...) {
   va_list more;
   va_start(more, flags);
-  const mode_t mode = mode_in(flags, more);
+  const mode_t mode = takes_mode(flags) ? va_arg(more, mode_t) : 0;
   va_end(more);
   be_ready();
   return opened(g_next.open64, path, flags, mode);

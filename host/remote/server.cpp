@@ -71,8 +71,11 @@ void Server::admit_one(const sigset_t &signals) {
   }
   base::Descriptor end_of_peer(static_cast<int>(syscall(SYS_pidfd_open, peer.pid, 0)));
   const pid_t child = fork();
-  if (child > 0) stand_ins_.push_back({child, std::move(end_of_peer)});
-  if (child != 0) return;
+  if (child < 0) return;
+  if (child > 0) {
+    stand_ins_.push_back({child, std::move(end_of_peer)});
+    return;
+  }
   listener_.reset();
   end_of_peer.reset();
   stand_ins_.clear();

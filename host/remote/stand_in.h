@@ -11,9 +11,9 @@ namespace remote {
 // How a stand-in ends: its process is gone, or has sent what is no message of it.
 enum class Ending { kIsGone, kMakesNoSense };
 
-// Does what comes through the channel, until the process at its other end is gone. What it makes is that process's: the records of calls,
+// Does what comes through the socket, until the process at its other end is gone. What it makes is that process's: the records of calls,
 // the signals of deviations. May end this process.
-Ending stand_in_for(base::Descriptor channel, pid_t process);
+Ending stand_in_for(base::Descriptor socket, pid_t process);
 
 inline constexpr int kMadeNoSense = 3;  // the exit status of a stand-in that left its process
 

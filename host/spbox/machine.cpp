@@ -158,8 +158,8 @@ std::vector<std::string> machine_arguments(const Machine &machine) {
                                      "--dir",
                                      programs};
   for (const auto &[name, program] : machine.programs) {
-    arguments.insert(arguments.end(), {"--symlink", "../spbox", commands + "/" + name});
-    arguments.insert(arguments.end(), {"--symlink", program, programs + "/" + name});
+    arguments.insert(arguments.end(), {"--symlink", "../spbox", std::string(commands).append("/").append(name)});
+    arguments.insert(arguments.end(), {"--symlink", program, std::string(programs).append("/").append(name)});
   }
   return arguments;
 }

@@ -16,6 +16,6 @@ int32_t api_conv_unit_name_get(const uint32_t *unit_id, int32_t form, char *name
     std::memcpy(found.data(), text.data(), text.size());
   });
   if (!is_told) return -1;
-  if (result == 0) std::memcpy(name, found.data(), std::strlen(found.data()) + 1);
+  if (result == 0 && name != nullptr) std::memcpy(name, found.data(), std::strlen(found.data()) + 1);
   return result;
 }

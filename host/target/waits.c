@@ -9,7 +9,6 @@
 #include <stdbool.h>
 #include <stddef.h>
 #include <stdint.h>
-#include <string.h>
 #include <sys/select.h>
 #include <sys/signalfd.h>
 #include <sys/timerfd.h>
@@ -75,6 +74,8 @@ static void end_timer(int timer) {
   errno = saved;
 }
 
+/* NOLINTBEGIN(readability-inconsistent-declaration-parameter-name): the declarations are the system's. */
+
 /* ---- What sleeps */
 
 EXPORT int clock_nanosleep(clockid_t clock, int flags, const struct timespec *length, struct timespec *rest) {
@@ -119,11 +120,11 @@ EXPORT int ppoll(struct pollfd *fds, nfds_t count, const struct timespec *limit,
   struct pollfd all[MOST_DESCRIPTORS + 1];
   const int timer = is_limit(limit) && count <= MOST_DESCRIPTORS ? new_timer(CLOCK_MONOTONIC, 0, limit) : -1;
   if (timer < 0) return g_ppoll(fds, count, limit, mask);
-  if (count > 0) memcpy(all, fds, count * sizeof *fds);
+  for (nfds_t i = 0; i < count; ++i) all[i] = fds[i];
   all[count] = (struct pollfd){timer, POLLIN, 0};
   int ready = g_ppoll(all, count + 1, NULL, mask);
   if (ready >= 0) {
-    if (count > 0) memcpy(fds, all, count * sizeof *fds);
+    for (nfds_t i = 0; i < count; ++i) fds[i] = all[i];
     if (all[count].revents != 0) --ready;
   }
   end_timer(timer);
@@ -180,3 +181,4 @@ EXPORT int sigtimedwait(const sigset_t *restrict wanted, siginfo_t *restrict inf
   end_timer(timer);
   return number;
 }
+/* NOLINTEND(readability-inconsistent-declaration-parameter-name) */

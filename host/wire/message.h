@@ -109,12 +109,7 @@ class Writer {
 class Reader {
  public:
   Reader() noexcept = default;
-  explicit Reader(std::span<const std::uint8_t> message) noexcept : rest_(message) {
-    const std::size_t size = word();
-    kind_ = word();
-    sequence_ = word();
-    is_good_ = is_good_ && size == message.size() && kind_ >= 1 && kind_ <= kLastKind;
-  }
+  explicit Reader(std::span<const std::uint8_t> message) noexcept : rest_(message) { take_head(message.size()); }
 
   bool is_good() const noexcept { return is_good_; }
   // All of it was read, and nothing was missing.
@@ -141,6 +136,12 @@ class Reader {
   }
 
  private:
+  void take_head(std::size_t whole) noexcept {
+    const std::size_t size = word();
+    kind_ = word();
+    sequence_ = word();
+    is_good_ = is_good_ && size == whole && kind_ >= 1 && kind_ <= kLastKind;
+  }
   bool takes(std::size_t size) noexcept {
     is_good_ = is_good_ && rest_.size() >= size;
     if (!is_good_) return false;
