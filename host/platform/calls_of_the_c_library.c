@@ -108,19 +108,27 @@ static bool takes_mode(int flags) {
 }
 
 EXPORT int open(const char *path, int flags, ...) {
-  va_list more;
-  va_start(more, flags);
-  const mode_t mode = takes_mode(flags) ? va_arg(more, mode_t) : 0;
-  va_end(more);
+  mode_t mode = 0;
+  if (takes_mode(flags)) {
+    va_list more;
+    va_start(more, flags);
+    /* NOLINTNEXTLINE(clang-analyzer-valist.Uninitialized): it is begun one line above, which clang 14 does not see. */
+    mode = va_arg(more, mode_t);
+    va_end(more);
+  }
   be_ready();
   return opened(g_next.open, path, flags, mode);
 }
 
 EXPORT int open64(const char *path, int flags, ...) {
-  va_list more;
-  va_start(more, flags);
-  const mode_t mode = takes_mode(flags) ? va_arg(more, mode_t) : 0;
-  va_end(more);
+  mode_t mode = 0;
+  if (takes_mode(flags)) {
+    va_list more;
+    va_start(more, flags);
+    /* NOLINTNEXTLINE(clang-analyzer-valist.Uninitialized): it is begun one line above, which clang 14 does not see. */
+    mode = va_arg(more, mode_t);
+    va_end(more);
+  }
   be_ready();
   return opened(g_next.open64, path, flags, mode);
 }
