@@ -8,6 +8,7 @@
 #include <array>
 #include <cerrno>
 #include <system_error>
+#include <vector>
 
 #include "host/base/descriptor.h"
 #include "host/base/listed.h"
@@ -53,7 +54,7 @@ std::uint32_t model_in(const Place &place) {
   return found == nullptr ? std::uint32_t{LMAINTE_MODEL_NONE} : found->code;
 }
 
-// The new one first: what fails has changed nothing.
+// Looks first, and makes the new one before it removes an old one: what fails has changed nothing.
 void set_model(const Place &place, const Model *model) {
   constexpr mode_t kMode = S_IRUSR | S_IWUSR | S_IRGRP | S_IWGRP | S_IROTH | S_IWOTH;
   const base::Descriptor folder = open_own_folder(place, "tmp");
@@ -61,12 +62,25 @@ void set_model(const Place &place, const Model *model) {
     const std::error_code why(errno, std::generic_category());
     throw std::filesystem::filesystem_error("the marker cannot be changed", place.tmp() / row.marker(), why);
   };
+  std::vector<const Model *> others;
+  bool is_there = false;
+  for (const Model &row : kModels) {
+    struct stat marker {};
+    const bool found = fstatat(folder.get(), row.marker().c_str(), &marker, AT_SYMLINK_NOFOLLOW) == 0;
+    if (!found && errno != ENOENT) fail(row);
+    if (found && &row == model) is_there = true;
+    if (found && &row != model) others.push_back(&row);
+  }
   if (model != nullptr) {
     const base::Descriptor made(openat(folder.get(), model->marker().c_str(), O_WRONLY | O_CREAT | kOwnFile, kMode));
     if (made.get() < 0) fail(*model);
   }
-  for (const Model &row : kModels) {
-    if (&row != model && unlinkat(folder.get(), row.marker().c_str(), 0) != 0 && errno != ENOENT) fail(row);
+  for (const Model *row : others) {
+    if (unlinkat(folder.get(), row->marker().c_str(), 0) == 0) continue;
+    const int why = errno;
+    if (model != nullptr && !is_there) unlinkat(folder.get(), model->marker().c_str(), 0);
+    errno = why;
+    fail(*row);
   }
 }
 

@@ -166,7 +166,8 @@ std::vector<std::string> machine_arguments(const Machine &machine) {
 
 bool is_program_of_machine() {
   const auto *name = reinterpret_cast<const char *>(getauxval(AT_EXECFN));  // NOLINT(performance-no-int-to-ptr)
-  return name != nullptr && std::string_view(name).starts_with(std::string(kCommandsInside) + "/");
+  if (name == nullptr || !std::string_view(name).starts_with(kCommandsInside)) return false;
+  return name[std::string_view(kCommandsInside).size()] == '/';
 }
 
 int become_program_of_machine(char **argv) {
