@@ -58,8 +58,13 @@ class Folder {
   // By a new file that takes the old one's place: whoever reads meanwhile gets whole times. One of a writer that died is written anew.
   void replace(const std::string &name, const Words &words) const {
     const std::string fresh = name + ".new";
-    write(fresh, words);
-    if (renameat(folder_.get(), fresh.c_str(), folder_.get(), name.c_str()) != 0) fail(name, "written", errno);
+    try {
+      write(fresh, words);
+      if (renameat(folder_.get(), fresh.c_str(), folder_.get(), name.c_str()) != 0) fail(name, "written", errno);
+    } catch (...) {
+      unlinkat(folder_.get(), fresh.c_str(), 0);
+      throw;
+    }
   }
 
   void remove(const std::string &name) const {
