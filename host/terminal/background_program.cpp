@@ -69,7 +69,9 @@ int beyond_those_of_program(int fd, int exec_error) {
 BackgroundProgram::BackgroundProgram(const std::vector<std::string> &command, int alarm) : alarm_(alarm) {
   const base::ArgumentVector arguments(command);
   output_ = base::Descriptor(memfd_create("output", MFD_CLOEXEC));
-  if (output_.get() < 0) fail(errno, "cannot run " + command.at(0));
+  // Processes that write at once would write over each other: the kernel keeps one place for them all and locks it for
+  // files of a folder only.
+  if (output_.get() < 0 || fcntl(output_.get(), F_SETFL, O_APPEND) != 0) fail(errno, "cannot run " + command.at(0));
   base::Pipe told, exec_error;
   const pid_t owner = getpid();
   pid_ = fork();
