@@ -8,11 +8,10 @@
 #include <algorithm>
 #include <cerrno>
 #include <csignal>
-#include <fstream>
-#include <iterator>
 #include <system_error>
 #include <thread>
 
+#include "host/base/read_all.h"
 #include "host/box/inhabitants.h"
 
 namespace storm {
@@ -51,8 +50,7 @@ std::vector<pid_t> living(Orphans which) {
 }
 
 std::string command_line_of(pid_t process) {
-  std::ifstream file(in_proc(process, "cmdline"));
-  std::string words{std::istreambuf_iterator<char>(file), {}};
+  std::string words = base::text_if_readable(in_proc(process, "cmdline").c_str());
   std::ranges::replace(words, '\0', ' ');
   return words;
 }

@@ -2,10 +2,10 @@
 #include <csignal>
 #include <filesystem>
 #include <fstream>
-#include <iterator>
 #include <string>
 #include <vector>
 
+#include "host/base/read_all.h"
 #include "host/box/inhabitants.h"
 #include "tests/host/box/child.h"
 #include "tests/host/spbox/spbox_test.h"
@@ -87,8 +87,7 @@ TEST_F(OtherMachine, APlatformThatDiesUnderTheCommandIsTold) {
     const std::string box = (scratch_ / "box").string();
     for (int server = 0; server == 0; usleep(10000)) {
       for (const pid_t process : box::all_processes()) {
-        std::ifstream file("/proc/" + std::to_string(process) + "/cmdline");
-        const std::string words((std::istreambuf_iterator<char>(file)), std::istreambuf_iterator<char>());
+        const std::string words = base::text_if_readable(("/proc/" + std::to_string(process) + "/cmdline").c_str());
         if (words.starts_with("/mgb/lib/platform_server") && words.find(box) != std::string::npos) server = process;
       }
       if (server == 0 || !fs::exists(scratch_ / "box/tmp/began")) {
