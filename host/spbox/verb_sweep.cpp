@@ -59,9 +59,9 @@ fs::path this_program() {
   return fs::read_symlink("/proc/self/exe");
 }
 
-sweep::ReplayRules rules_for(int alarm) {
+sweep::ReplayRules rules_for(int alarm, const fs::path &folder) {
   return {this_program().string(), kLongestSilence, alarm,
-          [](const box::Place &place) { return log_of(place, sentence_of); }};
+          [](const box::Place &place) { return log_of(place, sentence_of); }, sweep::Checkpoints(folder)};
 }
 
 fs::path findings_folder(const SweepOptions &options) {
@@ -87,7 +87,7 @@ int replay_one(const SweepOptions &options, int alarm) {
   const auto all = sweep::all_deviations(steps, good);
   std::vector<sweep::Deviation> met;
   for (const std::size_t number : sweep::case_in(options.numbers, all.size())) met.push_back(all[number]);
-  const sweep::Course course = sweep::replay(steps, good, met, rules_for(alarm));
+  const sweep::Course course = sweep::replay(steps, good, met, rules_for(alarm, options.good.parent_path()));
   const auto faults = course.happened ? sweep::faults_of(course, good) : std::vector<sweep::Fault>{};
   base::write_all(kReportFd, sweep::text_of(course, faults));
   return faults.empty() ? 0 : kFailure;
@@ -115,8 +115,10 @@ struct Finding {
 
 class Sweep {
  public:
-  Sweep(const SweepOptions &options, std::vector<play::Step> steps, sweep::Good good, int alarm)
+  // The folder is for what the replays need of the good play.
+  Sweep(const SweepOptions &options, std::vector<play::Step> steps, sweep::Good good, fs::path folder, int alarm)
       : options_(options),
+        folder_(std::move(folder)),
         steps_(std::move(steps)),
         good_(std::move(good)),
         alarm_(alarm),
@@ -182,7 +184,7 @@ class Sweep {
   }
 
  private:
-  fs::path good_file() const { return folder_.path() / "good"; }
+  fs::path good_file() const { return folder_ / "good"; }
 
   std::vector<std::string> command(const sweep::Case &one) const {
     std::vector<std::string> words{this_program(),      "sweep", "--good", good_file(), "--numbers",
@@ -345,13 +347,13 @@ class Sweep {
   }
 
   const SweepOptions &options_;
+  fs::path folder_;
   std::vector<play::Step> steps_;
   sweep::Good good_;
   int alarm_;
   std::vector<sweep::Deviation> all_;
   sweep::Fold fold_;
   std::vector<sweep::Case> cases_;
-  play::OwnFolder folder_;
   milliseconds time_{0};
   double processor_ = 0;
   std::vector<runner::Job> jobs_;
@@ -363,8 +365,9 @@ class Sweep {
 int sweep_all(const SweepOptions &options, int alarm) {
   const auto date = std::chrono::system_clock::now();
   auto steps = steps_of(options);
-  auto good = sweep::play_well(steps, rules_for(alarm));
-  Sweep sweep(options, std::move(steps), std::move(good), alarm);
+  const play::OwnFolder folder;
+  auto good = sweep::play_well(steps, rules_for(alarm, folder.path()));
+  Sweep sweep(options, std::move(steps), std::move(good), folder.path(), alarm);
   if (!sweep.has_named()) {
     throw UsageError("no deviation of " + options.files.script.string() + " has \"" + base::shown(options.plan.only) +
                      "\"" + " in its name. --list prints the names.");

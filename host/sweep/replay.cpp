@@ -106,6 +106,7 @@ class Replay {
 
   Good play_well() {
     for (at_ = 0; at_ < steps_.size(); ++at_) {
+      if (is_checkpoint()) rules_.checkpoints.keep(found_.commands.size(), house_.box.place());
       if (const auto wrong = perform(steps_[at_])) throw steps_[at_].error(*wrong);
       if (!ends_command(steps_[at_])) continue;
       found_.commands.push_back(end_of_command());
@@ -116,7 +117,7 @@ class Replay {
   }
 
   Course play_otherwise() {
-    for (at_ = 0; at_ < steps_.size(); ++at_) {
+    for (at_ = begin_at_checkpoint(); at_ < steps_.size(); ++at_) {
       const Step &step = steps_[at_];
       if (step.row->traits.starts_command && has_begun_ && have_happened()) break;
       if (!perform_as_it_deviates(step)) return leave_way();
@@ -191,6 +192,11 @@ class Replay {
     const auto place = house_.box.place();
     if (good_ == nullptr) return box::order_points(place);
     box::count_points(place);
+    set_deviations();
+  }
+
+  void set_deviations() {
+    const auto place = house_.box.place();
     for (const Deviation &deviation : deviations_) {
       if (!deviation.point) continue;
       box::deviate(place, *deviation.point);
@@ -207,6 +213,45 @@ class Replay {
     return at_points && std::ranges::all_of(deviations_, [&](const Deviation &deviation) {
              return deviation.point || std::ranges::find(has_met_, deviation.step) != has_met_.end();
            });
+  }
+
+  // ---- checkpoints
+
+  // Whether all that the steps until now have done is in the box, and a command begins.
+  bool is_checkpoint() {
+    if (!steps_[at_].row->traits.starts_command || found_.commands.empty()) return false;
+    const bool is_quiet = stage_.technicians.at_work().empty() && play::processes_of(house_.box.place()).empty();
+    if (!is_quiet || needs_what_was_said()) return false;
+    const auto has_slot = [](const Step &step) { return step.slot >= 0; };
+    return std::none_of(steps_.begin(), steps_.begin() + static_cast<std::ptrdiff_t>(at_), has_slot);
+  }
+
+  bool needs_what_was_said() const {
+    for (std::size_t i = at_; i < steps_.size(); ++i) {
+      if (steps_[i].row->traits.names_verb) return false;
+      if (steps_[i].row->traits.needs_said) return true;
+    }
+    return false;
+  }
+
+  // The step with which the play begins.
+  std::size_t begin_at_checkpoint() {
+    const auto first = std::ranges::min_element(deviations_, {}, &Deviation::command);
+    if (first == deviations_.end() || !rules_.checkpoints.has(first->command)) return 0;
+    const std::size_t begin = good_->commands.at(first->command).start;
+    for (std::size_t i = 0; i < begin; ++i) {
+      const Step &step = steps_[i];
+      if (is_for_people(step)) continue;
+      if (step.row->traits.takes_terminal || step.row->verb == "patience") step.row->perform(stage_, step);
+      keep_line(step);
+      if (!step.row->traits.makes_box) continue;
+      rules_.checkpoints.restore(first->command, house_.box.place());
+      box_time::keep(house_.box.place().clock());
+      set_deviations();
+    }
+    has_begun_ = true;
+    command_ = first->command - 1;
+    return begin;
   }
 
   // ---- commands

@@ -95,6 +95,42 @@ TEST_F(SweepVerb, PassesTheShippedProcedureWhereItsFirstProgramFails) {
   EXPECT_TRUE(is_clear());
 }
 
+// What goes before a command is not played again for each replay, where the box tells all of it.
+TEST_F(SweepVerb, BeginsAtTheCommandThatGoesAnotherWay) {
+  write("forgets", kForgets);
+  write("ask", "echo $(cat /tmp/before) $(stty size)\necho \"Go on?\"\nread answer\n");
+  write("say_word", "echo word | tee /tmp/before\n");
+  const std::string ask = "start sh $HERE/ask\nwait \"Go on?\"\n", end = "type \"1\\n\"\nexit 0\n";
+  struct Row {
+    const char *says;
+    std::string play;
+  };
+  const Row rows[] = {
+      {"the box is as the command before left it, and the terminal as large",
+       "box qa\nspbox fault /PSU#1\nterminal 30 90\nstart sh $HERE/say_word\nexit 0\n" + ask +
+           "wait \"word 30 90\"\n" + end + "spbox units /PSU#1\nsays \"Faulted\"\n"},
+      {"what was taken from the screen before goes with it",
+       "box qa\nstart sh $HERE/say_word\ntake WORD \"wor.\"\nexit 0\nstart sh $HERE/ask\nwait \"$WORD\"\n" + end},
+      {"what a verb has said goes with it",
+       "box qa\nstart touch /tmp/before\nexit 0\nspbox units /PSU#0\n" + ask + "says \"PSU#0\"\n" + end},
+      {"a technician is still at work",
+       "box qa\nhands \"after 300; fault /PSU#0\"\nstart touch /tmp/before\nexit 0\n" + ask +
+           "patience 400\nhandsdone\nspbox units /PSU#0\nsays \"Faulted\"\n" + end},
+  };
+  for (const Row &row : rows) {
+    write("two.play", row.play);
+    const Done done = spbox({"sweep", "two.play", "--only", "answer"});
+    EXPECT_EQ(done.exit_status, 0) << row.says << ": " << done.output;
+    EXPECT_TRUE(says(done, ": 8 passed, 0 failed, 0 unplayed.\n")) << row.says << ": " << done.output;
+  }
+  write("two.play",
+        "box qa\nstart true\nexit 0\nstart sh $HERE/forgets\nwait \"give up:\"\ntype \"1\\n\"\nexit 0\nin_order\n");
+  const Done found = spbox({"sweep", "two.play", "--only", "program ctlled 2: exit 206"});
+  EXPECT_TRUE(says(found, "failed  program ctlled 2: exit 206\n    the LED of /PSU#0 blinks")) << found.output;
+  EXPECT_TRUE(says(found, "1_program_exit.play") && !says(found, "did not fail")) << found.output;
+  EXPECT_TRUE(is_clear());
+}
+
 TEST_F(SweepVerb, RefusesWhatItCannotSweep) {
   write("bad.play", "box qa\nstart sh -c \"exit 3\"\nexit 0\n");
   write("own.play", "box qa\nspbox points --count\nstart true\nexit 0\n");
