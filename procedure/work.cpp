@@ -155,7 +155,7 @@ bool lmainte_work::leave_unit() {
   if (value == LMAINTE_CONDITION_UNTOUCHED || value == LMAINTE_CONDITION_GOOD) return true;
   const int32_t result = read();
   if (result != LMAINTE_OK) return leave_unknown(result);
-  if (!unit.is_installed()) return !was_in_place_ || leave_empty();
+  if (!unit.is_installed()) return leave_place();
   return value == LMAINTE_CONDITION_OUT ? put_back() : leave_as_it_is(value);
 }
 
@@ -223,8 +223,16 @@ bool lmainte_work::put_back() {
   const int32_t result =
       procedure::with_progress(text_of(words("Putting %s back into operation "), name()), time_to_bring_up(),
                                [this] { return kind.is_board() ? bring_up_board(0) : bring_up_unit(); });
-  if (result == LMAINTE_OK) condition.is_put_back();
-  return result == LMAINTE_OK || leave(*this, leaving_of(LMAINTE_CONDITION_OUT), result);
+  if (result == LMAINTE_OK) {
+    condition.is_put_back();
+    return true;
+  }
+  const bool is_pulled_meanwhile = read() == LMAINTE_OK && !unit.is_installed();
+  return is_pulled_meanwhile ? leave_place() : leave(*this, leaving_of(LMAINTE_CONDITION_OUT), result);
+}
+
+bool lmainte_work::leave_place() {
+  return !was_in_place_ || leave_empty();
 }
 
 bool lmainte_work::leave_empty() const {

@@ -15,7 +15,6 @@ struct lmainte_work {
   lmainte_work(const lmainte::procedure::Server &the_server, const lmainte_procedure &the_procedure,
                const lmainte::procedure::Kind &the_kind, const lmainte::procedure::Unit &the_unit,
                const lmainte::procedure::AnyRecord &the_record);
-  ~lmainte_work() { take_back(); }
   lmainte_work(const lmainte_work &) = delete;
   lmainte_work &operator=(const lmainte_work &) = delete;
 
@@ -82,6 +81,7 @@ struct lmainte_work {
 
   bool leave_unit();
   bool put_back();
+  bool leave_place();
   bool leave_empty() const;
   bool leave_as_it_is(int32_t value) const;
   bool leave_unknown(int32_t result) const;

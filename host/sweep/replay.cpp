@@ -146,8 +146,8 @@ class Replay {
       if (step.row->verb == "in_order") stage_.patience = std::min(patience, kDyingTime);
       if (step.row->verb == "type" || changes_units(step)) remember_what_was_said(step);
       step.row->perform(stage_, with_taken);
-      // A command that ended meanwhile may have said what was true before.
-      if (changes_units(step) && !runs()) remember_what_was_said(step);
+      // Nobody knows which of what it said meanwhile it said before the change.
+      if (changes_units(step)) remember_what_was_said(step);
       if (step.row->verb == "in_order") stage_.patience = patience;
       keep_line(with_taken);
       is_end_kept_ = is_end_kept_ || ends_command(step);
@@ -159,8 +159,6 @@ class Replay {
       return base::told(wrong);
     }
   }
-
-  bool runs() { return stage_.op().has_terminal() && stage_.op().terminal().runs(); }
 
   void remember_what_was_said(const Step &step) {
     if (!stage_.op().has_terminal()) return;

@@ -107,15 +107,15 @@ TEST_F(SweepVerb, BeginsAtTheCommandThatGoesAnotherWay) {
   };
   const Row rows[] = {
       {"the box is as the command before left it, and the terminal as large",
-       "box qa\nspbox fault /PSU#1\nterminal 30 90\nstart sh $HERE/say_word\nexit 0\n" + ask +
-           "wait \"word 30 90\"\n" + end + "spbox units /PSU#1\nsays \"Faulted\"\n"},
+       "box qa\nspbox fault /PSU#1\nterminal 30 90\nstart sh $HERE/say_word\nexit 0\n" + ask + "wait \"word 30 90\"\n" +
+           end + "spbox units /PSU#1\nsays \"Faulted\"\n"},
       {"what was taken from the screen before goes with it",
        "box qa\nstart sh $HERE/say_word\ntake WORD \"wor.\"\nexit 0\nstart sh $HERE/ask\nwait \"$WORD\"\n" + end},
       {"what a verb has said goes with it",
        "box qa\nstart touch /tmp/before\nexit 0\nspbox units /PSU#0\n" + ask + "says \"PSU#0\"\n" + end},
-      {"a technician is still at work",
-       "box qa\nhands \"after 300; fault /PSU#0\"\nstart touch /tmp/before\nexit 0\n" + ask +
-           "patience 400\nhandsdone\nspbox units /PSU#0\nsays \"Faulted\"\n" + end},
+      {"a technician is still at work", "box qa\nhands \"after 300; fault /PSU#0\"\nstart touch /tmp/before\nexit 0\n" +
+                                            ask + "patience 400\nhandsdone\nspbox units /PSU#0\nsays \"Faulted\"\n" +
+                                            end},
   };
   for (const Row &row : rows) {
     write("two.play", row.play);
