@@ -11,8 +11,10 @@
 enum {
   FIRST_SLICE = 50000,
   LONGEST_SLICE = 2000000,
+  LONGEST_SLICE_BEHIND = 20000000,
   LONGEST_SLICE_BY_SPEED = 10000000,
-  LONGEST_SLICE_UNKEPT = 100000000
+  LONGEST_SLICE_UNKEPT = 100000000,
+  SOONEST = 8
 };
 
 static box_time_page *g_page;
@@ -176,13 +178,26 @@ static bool is_kept(const box_time_page *page) {
   return keeper != 0 && (silence < BOX_TIME_SILENCE || !box_time_is_gone(keeper));
 }
 
+/* Whether others' moments come before, so many that the time reaches this one in several steps only. */
+static bool is_behind_others(const inside_wait *wait) {
+  int earlier = 0;
+  for (int i = BOX_TIME_GUESTS; i < BOX_TIME_WAITERS && earlier < SOONEST; ++i) {
+    const box_time_waiter *const row = &wait->page->waiters[i];
+    if (__atomic_load_n(&row->thread, __ATOMIC_RELAXED) == 0) continue;
+    earlier += __atomic_load_n(&row->deadline, __ATOMIC_RELAXED) < wait->deadline ? 1 : 0;
+  }
+  return earlier == SOONEST;
+}
+
 static int64_t longest_slice(const inside_wait *wait) {
   const int64_t speed = wait->page->speed;
   if (!is_kept(wait->page)) return shorter(LONGEST_SLICE_UNKEPT, inside_left(wait));
-  return speed == 0 ? LONGEST_SLICE : shorter(LONGEST_SLICE_BY_SPEED, inside_left(wait) / speed + FIRST_SLICE);
+  if (speed != 0) return shorter(LONGEST_SLICE_BY_SPEED, inside_left(wait) / speed + FIRST_SLICE);
+  return is_behind_others(wait) ? LONGEST_SLICE_BEHIND : LONGEST_SLICE;
 }
 
-/* At full speed, the time may come at any moment. Where nobody keeps the time, it comes when the wall has it, and the next keeper is
+/* At full speed, the time may come at any moment. Who waits behind many others looks less often: with a hundred who look, one of them
+   is at work at each moment, and the time stands still. Where nobody keeps the time, it comes when the wall has it, and the next keeper is
    looked for now and then. Where all rows are taken, nobody knows of this wait: it takes its time on the wall. */
 int64_t inside_next_slice(inside_wait *wait) {
   if (wait->row != NULL) stay(wait);

@@ -3,6 +3,7 @@
  *
  *   clock        a line for each call: its name and "ok", or what was wrong
  *   clock order  what three children did, in the order in which their times came
+ *   clock many          the numbers of a hundred threads, in the order in which their times came
  *   clock private COMMAND...  runs a command for which other processes' descriptors are private
  */
 #define _GNU_SOURCE
@@ -15,6 +16,7 @@
 #include <semaphore.h>
 #include <signal.h>
 #include <stddef.h>
+#include <stdint.h>
 #include <stdio.h>
 #include <stdlib.h>
 #include <string.h>
@@ -475,6 +477,19 @@ static void act_in_order(void) {
   puts("");
 }
 
+static void *sleep_as_long_as_the_number(void *number) {
+  const long seconds = (long)(intptr_t)number;
+  sleep((unsigned)seconds);
+  printf("%ld ", seconds);
+  return NULL;
+}
+
+static void sleep_in_many_threads(void) {
+  pthread_t threads[100];
+  for (intptr_t i = 0; i < 100; ++i) pthread_create(&threads[i], NULL, sleep_as_long_as_the_number, (void *)(100 - i));
+  for (int i = 0; i < 100; ++i) pthread_join(threads[i], NULL);
+}
+
 /* As a system does that lets nobody trace another process. */
 static int run_where_descriptors_are_private(char **command) {
   struct sock_filter rows[] = {
@@ -498,6 +513,10 @@ int main(int argc, char **argv) {
   sigaction(SIGALRM, &action, NULL);
   if (argc > 1 && strcmp(argv[1], "order") == 0) {
     act_in_order();
+    return 0;
+  }
+  if (argc > 1 && strcmp(argv[1], "many") == 0) {
+    sleep_in_many_threads();
     return 0;
   }
   for (size_t i = 0; i < sizeof kRows / sizeof kRows[0]; ++i) try(i);

@@ -57,6 +57,12 @@ TEST_F(Clock, KeepsTheOrderOnALoadedMachine) {
   }
 }
 
+TEST_F(Clock, PassesForAHundredThreads) {
+  std::string numbers;
+  for (int number = 1; number <= 100; ++number) numbers += std::to_string(number) + " ";
+  EXPECT_EQ(run_to_end(at_speed("full", {CLOCK_CALLS, "many"})).output, numbers);
+}
+
 TEST_F(Clock, IsThatOfAllWhoWorkOnTheBox) {
   terminal::BackgroundProgram command(at_speed("full", {"sh", "-c", "while [ ! -e /tmp/go ]; do sleep 100; done"}));
   ASSERT_TRUE(eventually([&] { return box_time::is_kept(page()); }));
