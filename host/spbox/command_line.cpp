@@ -148,7 +148,10 @@ class Taking {
       : name_(given.row->name), values_(given.values), is_folder_((name_ + given.row->value).ends_with("DIR")) {}
 
   void operator()(bool *to) const { *to = true; }
-  void operator()(std::string *to) const { *to = values_.back(); }
+  void operator()(std::string *to) const {
+    if (is_option(name_) && values_.back().empty()) refuse_empty();
+    *to = values_.back();
+  }
   void operator()(Words *to) const { *to = values_; }
   void operator()(const Rest &rest) const {
     if (values_.front().empty()) refuse_empty();

@@ -64,6 +64,7 @@ const WrongRow kWrong[] = {
      "how late? Give seconds, as in `spbox daemon box --delay 5`. `spbox help daemon` says more."},
     {{"play", "x", "--box", ""},
      "--box is empty. Is a variable not set? The current folder is a dot. `spbox help play` says more."},
+    {{"play", "x", "--speed", ""}, "--speed is empty. Is a variable not set? `spbox help play` says more."},
     {{"play", ""}, "SCRIPT is empty. Is a variable not set? `spbox help play` says more."},
     {{"dump", "box", ""}, "FILE is empty. Is a variable not set? `spbox help dump` says more."},
     {{"pull", "--now", "--", "box", "/PSU#0"}, "`spbox pull` has no option --now. `spbox help pull` says more."},
