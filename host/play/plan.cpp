@@ -28,6 +28,13 @@ bool is_in_name(char c) {
   return is_letter(c) || (c >= '0' && c <= '9');
 }
 
+// A program gets no more of a word than what stands before a zero byte.
+void check_are_arguments(const Words &words) {
+  for (const std::string &word : words) {
+    if (word.find('\0') != std::string::npos) throw std::invalid_argument("a word of a command has no zero byte in it");
+  }
+}
+
 // What the names in a script stand for.
 using Scope = std::map<std::string, LateText>;
 
@@ -118,6 +125,7 @@ class PlanReader {
       if (step.row->perform == nullptr) return play(step, texts, depth);
       if (step.row->traits.takes_value) take_name(step, scope);
       if (step.row->check != nullptr && step.late.empty()) step.row->check(step.words);
+      if (step.row->traits.starts_command || step.row->traits.names_verb) check_are_arguments(step.words);
       if (step.row->traits.turns_to_operator) check_first_is_known(step, "the operator");
       if (step.row->traits.names_verb) check_verb(step);
     } catch (const PlayedScriptError &) {

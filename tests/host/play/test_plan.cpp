@@ -43,6 +43,8 @@ constexpr PlanRow kPlans[] = {
      "mode, when trace, when text, pull, insert, fault, degrade, repair and flicker"},
     {"an unknown verb of spbox", "spbox paint /PSU#3",
      "\"paint\" is not a verb that works on a box; those are pull, show"},
+    {"a zero byte in a word of a verb", R"(spbox pull "/PSU#0\000")", "a word of a command has no zero byte in it"},
+    {"a zero byte in a word of a command", R"(start "ls\000")", "a word of a command has no zero byte in it"},
     {"another word than not before the text", "says never \"this\"", R"(write it as: says [not] [like] "text")"},
     {"an empty text to be said", "says \"\"", "the text is empty"},
     {"a blank text not to be said", "says not \" \"", "the text is empty"},
