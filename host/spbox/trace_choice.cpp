@@ -96,7 +96,7 @@ std::size_t run_named(const std::string &wanted, const History &history) {
     known += (known.empty() ? "" : ", ") + std::to_string(runs[at].number) + " (" + runs[at].name() + ")";
   }
   throw box::BoxError("the box remembers no run `" + wanted + "`. " +
-                      (known.empty() ? "No command has begun in it yet." : "The last ones are " + known + "."));
+                      (known.empty() ? "It remembers none." : "The last ones are " + known + "."));
 }
 
 }  // namespace

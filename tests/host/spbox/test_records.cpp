@@ -128,6 +128,8 @@ TEST_F(Records, OfTheTraceStandBesideThePlatformsAndAreNarrowed) {
   EXPECT_EQ(refused({"trace", "box", "--run", "7"}),
             "spbox: the box remembers no run `7`. The last ones are 1 (check).\n");
   std::filesystem::resize_file(place().calls(), 100);
+  const std::string unknown = spbox({"trace", "box", "--run", "last"}).output;
+  EXPECT_TRUE(unknown.ends_with("spbox: the box remembers no run `last`. It remembers none.\n")) << unknown;
   const std::string damaged = spbox({"trace", "box"}).output;
   EXPECT_NE(damaged.find("spbox: calls box/mgb/log/calls: cannot read it: it is damaged"), damaged.npos) << damaged;
   EXPECT_NE(damaged.find("lmainte_exec  exit\n"), damaged.npos) << damaged;
