@@ -130,6 +130,10 @@ std::vector<play::Words> opening_of(const box::Place &place, const RecordOptions
   const play::OwnFolder folder;
   recorder::Beginning beginning = recorder::beginning_of(read_dump(dump, place.root().string()), folder.path());
   if (!beginning.is_whole) {
+    if (fs::exists(options.file) && !fs::is_regular_file(options.file)) {
+      throw box::BoxError("the box is not as new, and beside " + options.file.string() +
+                          " no dump can lie that keeps what it is like. Give a file of its own with -o.");
+    }
     const fs::path file = dump_beside(options.file);
     if (!options.force) check_absent(file);
     try {

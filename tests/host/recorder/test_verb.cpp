@@ -224,6 +224,18 @@ TEST_P(RecordCutOff, KeepsWhatItHasAndLeavesTheTerminalWhole) {
 
 INSTANTIATE_TEST_SUITE_P(Record, RecordCutOff, testing::Values(SIGTERM, SIGHUP, SIGINT));
 
+TEST_F(Record, KeepsWhatItHasWhereItsTerminalIsClosed) {
+  make_box("qb1");
+  start({"fan_check"});
+  answers("Which fan tray do you check?", "2\r");
+  sees("Type 1 or 2");
+  author_.hang_up();
+  EXPECT_EQ(author_.wait_for_exit(kSoon), (Ending{true, SIGHUP}));
+  EXPECT_TRUE(play().ends_with("wait \"Type 1 or 2, q to give up:\"\nhangup\ndies HUP\nin_order\n")) << play();
+  EXPECT_TRUE(author_.processes().empty());
+  EXPECT_FALSE(fs::exists(scratch_ / "box/mgb/lib/recorder"));
+}
+
 TEST_F(Record, LosesNothingWhereItIsKilled) {
   make_box("qb1");
   start({"fan_check"});
@@ -260,12 +272,15 @@ TEST_F(Record, RefusesWhatItCannotDo) {
       {"a file that is there", {"box", "-o", "here.play", "--", "true"}, "is there already"},
       {"no folder for the file", {"box", "-o", "none/new.play", "--", "true"}, "there is no such folder"},
       {"no box", {"none", "-o", "new.play", "--", "true"}, "none is no box"},
+      {"a damaged box", {"torn", "-o", "new.play", "--", "true"}, "torn/mgb/db: cannot read: data.mdb is damage"},
       {"a command that is not found", {"box", "-o", "new.play", "--", "nonesuch"}, "the program nonesuch is not found"},
       {"a command that is no program",
        {"box", "-o", "new.play", "--", "./box"},
        "./box is no program that can be run."},
   };
   std::ofstream(scratch_ / "here.play") << "kept";
+  done({"create", "torn", "--model", "qa"});
+  fs::resize_file(scratch_ / "torn/mgb/db/data.mdb", 5000);
   for (const auto &row : rows) {
     Words words{"record"};
     words.insert(words.end(), row.words.begin(), row.words.end());
@@ -296,6 +311,11 @@ TEST_F(Record, ShowsThePlayWhereItsFileCannotBeWritten) {
   EXPECT_EQ(author_.wait_for_exit(kSoon), (Ending{false, 1}));
   EXPECT_TRUE(author_.shows("start true")) << screen();
   EXPECT_TRUE(author_.shows("/dev/full could not be written: No space left on device.")) << screen();
+  box::Hardware(box::Place(scratch_ / "box")).set_mirrored(0, true);
+  author_.start(spbox_words({"record", "box", "-o", "/dev/full", "--force", "--", "true"}));
+  EXPECT_EQ(author_.wait_for_exit(kSoon), (Ending{false, 1}));
+  EXPECT_TRUE(author_.shows("the box is not as new, and beside /dev/full no dump can lie")) << screen();
+  EXPECT_FALSE(fs::exists("/dev/full.dump"));
 }
 
 }  // namespace
