@@ -4,7 +4,8 @@ namespace spbox {
 
 Word SpeedOption::word() {
   return {.name = "--speed",
-          .help = "Time in the box: so many times as fast as on\nthe wall, 1 to 1000, or `full`: nobody waits",
+          .help = "Time in the box: so many times as fast as on\nthe wall, 1 to 1000, or `full`: nobody waits" +
+                  (usual_.empty() ? "" : ";\n" + usual_ + " without it"),
           .to = &text_,
           .value = "N"};
 }
@@ -19,9 +20,13 @@ std::vector<std::string> SpeedOption::words() const {
   return {"--speed", text_};
 }
 
+std::optional<box_time::Speed> SpeedOption::speed() const {
+  return box_time::speed_of(text_);
+}
+
 std::unique_ptr<box_time::Keeper> SpeedOption::keeper() const {
-  const auto speed = box_time::speed_of(text_);
-  return speed ? std::make_unique<box_time::Keeper>(*speed) : nullptr;
+  const auto kept = speed();
+  return kept ? std::make_unique<box_time::Keeper>(*kept) : nullptr;
 }
 
 }  // namespace spbox

@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <filesystem>
 #include <fstream>
+#include <iterator>
 #include <memory>
 #include <set>
 
@@ -18,6 +19,7 @@
 #include "host/spbox/play_verbs.h"
 #include "host/spbox/pool_options.h"
 #include "host/spbox/progress_line.h"
+#include "host/spbox/speed.h"
 #include "host/spbox/standard_output.h"
 #include "host/spbox/test_report.h"
 #include "host/spbox/verbs.h"
@@ -36,7 +38,7 @@ using std::chrono::milliseconds;
 using SweepClock = std::chrono::steady_clock;
 
 constexpr int kReportFd = 3;
-constexpr milliseconds kLongestReplay{120'000};     // on the wall
+constexpr milliseconds kLongestReplay{120'000};     // on the wall, at full speed; else an hour
 constexpr milliseconds kLongestSilence{3'600'000};  // of a command, in the box's time
 
 struct SweepOptions {
@@ -45,10 +47,12 @@ struct SweepOptions {
   play::Values values;
   sweep::PlanRules plan;
   PoolOptions pool;
+  SpeedOption speed{"full"};
   std::uint32_t limit = 0;  // seconds on the wall; 0: none
   bool list = false, every = false;
   TestReports reports;
   fs::path findings;
+  fs::path pages;  // of the findings; empty: none
 
   // Of one replay.
   fs::path good;
@@ -59,9 +63,17 @@ fs::path this_program() {
   return fs::read_symlink("/proc/self/exe");
 }
 
-sweep::ReplayRules rules_for(int alarm, const fs::path &folder) {
-  return {this_program().string(), kLongestSilence, alarm,
-          [](const box::Place &place) { return log_of(place, sentence_of); }, sweep::Checkpoints(folder)};
+milliseconds longest_replay(const SweepOptions &options) {
+  return options.speed.speed()->is_full() ? kLongestReplay : kLongestSilence;
+}
+
+sweep::ReplayRules rules_for(const SweepOptions &options, int alarm, const fs::path &folder) {
+  return {this_program().string(),
+          kLongestSilence,
+          alarm,
+          *options.speed.speed(),
+          [](const box::Place &place) { return log_of(place, sentence_of); },
+          sweep::Checkpoints(folder)};
 }
 
 fs::path findings_folder(const SweepOptions &options) {
@@ -87,7 +99,7 @@ int replay_one(const SweepOptions &options, int alarm) {
   const auto all = sweep::all_deviations(steps, good);
   std::vector<sweep::Deviation> met;
   for (const std::size_t number : sweep::case_in(options.numbers, all.size())) met.push_back(all[number]);
-  const sweep::Course course = sweep::replay(steps, good, met, rules_for(alarm, options.good.parent_path()));
+  const sweep::Course course = sweep::replay(steps, good, met, rules_for(options, alarm, options.good.parent_path()));
   const auto faults = course.happened ? sweep::faults_of(course, good) : std::vector<sweep::Fault>{};
   base::write_all(kReportFd, sweep::text_of(course, faults));
   return faults.empty() ? 0 : kFailure;
@@ -137,7 +149,7 @@ class Sweep {
   }
 
   void run() {
-    runner::PoolRules rules{options_.pool.width(), kLongestReplay, alarm_};
+    runner::PoolRules rules{options_.pool.width(), longest_replay(options_), alarm_};
     if (options_.limit > 0) rules.last_begin = SweepClock::now() + std::chrono::seconds(options_.limit);
     const bool has_killed =
         run_side_by_side(jobs_, rules,
@@ -187,9 +199,9 @@ class Sweep {
   fs::path good_file() const { return folder_ / "good"; }
 
   std::vector<std::string> command(const sweep::Case &one) const {
-    std::vector<std::string> words{this_program(),      "sweep", "--good", good_file(), "--numbers",
-                                   sweep::text_of(one), "--"};
-    words.push_back(options_.files.script);
+    std::vector<std::string> words{this_program(), "sweep", "--good", good_file(), "--numbers", sweep::text_of(one)};
+    std::ranges::copy(options_.speed.words(), std::back_inserter(words));
+    words.insert(words.end(), {"--", options_.files.script});
     words.insert(words.end(), options_.words.begin(), options_.words.end());
     return words;
   }
@@ -206,7 +218,7 @@ class Sweep {
     runner::Result &result = tried_[job].result;
     const std::string name = result.name;
     const sweep::Outcome outcome = sweep::outcome_in(ending.told);
-    result = runner::judge(ending, kLongestReplay);
+    result = runner::judge(ending, longest_replay(options_));
     result.name = name;
     result.account = {};
     const bool is_played = outcome.is_told && !ending.hung && !ending.interrupted;
@@ -263,17 +275,24 @@ class Sweep {
     for (Finding &finding : findings_) {
       if (!finding.unwritten.empty()) continue;
       written.push_back(&finding);
-      jobs.push_back({finding.play.string(),
-                      {this_program(), "play", "--speed", "full", "--account-fd", "3", "--", finding.play.string()}});
+      std::vector<std::string> words{this_program(), "play", "--account-fd", "3"};
+      std::ranges::copy(options_.speed.words(), std::back_inserter(words));
+      if (!options_.pages.empty()) words.insert(words.end(), {"--report", page_of(finding)});
+      words.insert(words.end(), {"--", finding.play.string()});
+      jobs.push_back({finding.play.string(), std::move(words)});
     }
-    run_side_by_side(jobs, {options_.pool.width(), kLongestReplay, alarm_},
+    run_side_by_side(jobs, {options_.pool.width(), longest_replay(options_), alarm_},
                      {.begins = [](std::size_t) {},
                       .ends =
                           [&](std::size_t job, const runner::JobEnding &ending) {
                             written[job]->is_shown =
-                                runner::judge(ending, kLongestReplay).verdict == runner::Verdict::kFailed;
+                                runner::judge(ending, longest_replay(options_)).verdict == runner::Verdict::kFailed;
                           },
                       .second_passes = [] {}});
+  }
+
+  std::string page_of(const Finding &finding) const {
+    return (options_.pages / finding.play.filename().replace_extension(".html")).string();
   }
 
   void tell_findings() const {
@@ -285,8 +304,12 @@ class Sweep {
       print_line("    " + finding.fault);
       if (!finding.unwritten.empty()) {
         print_line("    This play could not be written: " + finding.unwritten + ".");
-      } else if (!finding.is_shown)
+      } else if (!finding.is_shown) {
         print_line("    Played alone, this play did not fail.");
+      }
+      if (!options_.pages.empty() && fs::exists(page_of(finding))) {
+        print_line("    " + base::shown(page_of(finding)) + " shows it step by step.");
+      }
     }
   }
 
@@ -366,7 +389,7 @@ int sweep_all(const SweepOptions &options, int alarm) {
   const auto date = std::chrono::system_clock::now();
   auto steps = steps_of(options);
   const play::OwnFolder folder;
-  auto good = sweep::play_well(steps, rules_for(alarm, folder.path()));
+  auto good = sweep::play_well(steps, rules_for(options, alarm, folder.path()));
   Sweep sweep(options, std::move(steps), std::move(good), folder.path(), alarm);
   if (!sweep.has_named()) {
     throw UsageError("no deviation of " + options.files.script.string() + " has \"" + base::shown(options.plan.only) +
@@ -386,10 +409,11 @@ int sweep_all(const SweepOptions &options, int alarm) {
 
 int sweep_play(const SweepOptions &options) {
   check_reports(options.reports);
-  const fs::path folder = findings_folder(options);
-  if (fs::exists(folder) && !fs::is_directory(folder)) {
+  for (const fs::path &folder : {findings_folder(options), options.pages}) {
+    if (!fs::exists(folder) || fs::is_directory(folder)) continue;
     throw UsageError(base::shown(folder.string()) + " is no folder, so no finding can be written. Nothing was played.");
   }
+  if (!options.pages.empty()) fs::create_directories(options.pages);
   const play::Interrupts interrupts;
   int status = kFailure;
   try {
@@ -407,6 +431,7 @@ void judge_sweep_words(SweepOptions &options) {
   }
   if (options.files.script == "-") throw UsageError("a sweep reads its play for each replay: it has to be a file.");
   options.pool.check();
+  options.speed.check();
   options.plan.shard = options.pool.shard();
   if (options.good.empty() != options.numbers.empty()) throw UsageError("--good and --numbers belong together.");
 }
@@ -439,11 +464,16 @@ std::vector<Word> words_of_sweep(SweepOptions &options) {
            .to = number(options.limit, 1, 1'000'000),
            .value = "SECONDS"},
           options.pool.width_word(),
+          options.speed.word(),
           {.name = "--every", .help = "At each point, not at some of each class of equal ones", .to = &options.every},
           {.name = "--list", .help = "Only print the deviations", .to = &options.list},
           {.name = "--findings",
            .help = "Keep there a play for each fault that is found;\nPLAY.findings without it",
            .to = &options.findings,
+           .value = "DIR"},
+          {.name = "--report",
+           .help = "Keep there a page of each of these plays, as\n--report of the verb play does",
+           .to = &options.pages,
            .value = "DIR"},
           options.reports.junit_word(),
           options.reports.json_word(),

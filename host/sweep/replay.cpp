@@ -80,7 +80,7 @@ bool is_part_of(const Sentences &some, const Sentences &all) {
 // All that a play needs, and that goes with it.
 struct House {
   House(const ReplayRules &rules)
-      : keeper(box_time::Speed{}),
+      : keeper(rules.speed),
         transcript(out),
         narrator(transcript, picture),
         box(rules.spbox, {}, rules.alarm),

@@ -7,6 +7,7 @@
 #include <string>
 #include <vector>
 
+#include "host/clock/pace.h"
 #include "host/sweep/checkpoint.h"
 #include "host/sweep/deviation.h"
 #include "host/sweep/good.h"
@@ -17,6 +18,7 @@ struct ReplayRules {
   std::string spbox;                // the program
   std::chrono::milliseconds limit;  // of the box's time, in which something has to come from a command
   int alarm;
+  box_time::Speed speed;
   std::function<std::vector<std::string>(const box::Place &place)> log;  // in words, the same for the same entry
   Checkpoints checkpoints;  // which the good play keeps, and at which replays begin
 };

@@ -52,7 +52,7 @@ TEST_F(SweepVerb, FindsACommandThatDoesNotLookAndWritesAPlayThatShowsIt) {
   write("command", kForgets);
   write("forgets.play", "box qa\nstart sh $HERE/command\nwait \"give up:\"\ntype \"1\\n\"\nexit 0\nin_order\n");
   const Done done = spbox({"sweep", "forgets.play", "--only", "program ctlled 2: exit 206", "--json", "report.json",
-                           "--junit", "report.xml"});
+                           "--junit", "report.xml", "--report", "pages"});
   EXPECT_EQ(done.exit_status, 1) << done.output;
   EXPECT_TRUE(
       says(done, "failed  program ctlled 2: exit 206\n    the LED of /PSU#0 blinks, and the screen does not say so\n"))
@@ -60,6 +60,8 @@ TEST_F(SweepVerb, FindsACommandThatDoesNotLookAndWritesAPlayThatShowsIt) {
   EXPECT_TRUE(says(done, "forgets.findings/1_program_exit.play  (1 of the replays)\n")) << done.output;
   EXPECT_FALSE(says(done, "did not fail")) << done.output;
   EXPECT_TRUE(says(done, " 1 replays in ") && says(done, ": 0 passed, 1 failed, 0 unplayed.\n")) << done.output;
+  EXPECT_TRUE(says(done, "    pages/1_program_exit.html shows it step by step.\n")) << done.output;
+  EXPECT_NE(text_of("pages/1_program_exit.html").find("the LED of /PSU#0 blinks"), std::string::npos);
   const Done again = spbox({"play", "--speed", "full", "forgets.findings/1_program_exit.play"});
   EXPECT_EQ(again.exit_status, 1) << again.output;
   EXPECT_TRUE(says(again, "not all is in order:\n    the LED of /PSU#0 blinks\n")) << again.output;
@@ -89,7 +91,8 @@ TEST_F(SweepVerb, PassesTheShippedProcedureWhereItsFirstProgramFails) {
   const Done done = spbox({"sweep", "good.play", "--only", "program ctlled"});
   EXPECT_EQ(done.exit_status, 0) << done.output;
   EXPECT_TRUE(says(done, "program         exit            8        8\n")) << done.output;
-  const Done killed = spbox({"sweep", "good.play", "--every", "--only", "trace lmainte_detach_fru ended"});
+  const Done killed =
+      spbox({"sweep", "good.play", "--speed", "50", "--every", "--only", "trace lmainte_detach_fru ended"});
   EXPECT_EQ(killed.exit_status, 0) << killed.output;
   EXPECT_TRUE(says(killed, "trace           KILL            1        1\n")) << killed.output;
   EXPECT_TRUE(is_clear());
@@ -148,10 +151,14 @@ TEST_F(SweepVerb, RefusesWhatItCannotSweep) {
        2,
        "spbox: own.play:2: `spbox points --count`: the points of a play that is swept are the sweep's"},
       {{"sweep", "two.play"}, 2, "spbox: two.play:2: `operator anna`: a sweep follows one operator"},
+      {{"sweep", "good.play", "--speed", "0"}, 2, "spbox: --speed 0: give a number from 1 to 1000, or full."},
       {{"sweep", "none.play"}, 2, "spbox: none.play: there is no such file"},
       {{"sweep", "bad.play", "--shard", "3/2"}, 2, "spbox: "},
       {{"sweep", "-"}, 2, "spbox: a sweep reads its play for each replay: it has to be a file."},
       {{"sweep", "good.play", "--findings", "bad.play"},
+       2,
+       "spbox: bad.play is no folder, so no finding can be written. Nothing was played."},
+      {{"sweep", "good.play", "--report", "bad.play"},
        2,
        "spbox: bad.play is no folder, so no finding can be written. Nothing was played."},
       {{"sweep", "good.play", "--only", "no\nsuch"},
