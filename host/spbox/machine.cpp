@@ -99,15 +99,28 @@ fs::path found_inside(const std::string &name) {
   return find_program(name);
 }
 
+// The words of the emulator in front of those of a program, but for the program's name.
+std::vector<std::string> emulator_words(const std::string &name, const std::string &program) {
+  return {kEmulatorInside, "-L", kLibrariesInside, "-0", name, program};
+}
+
 // Returns where the emulator cannot be run.
 void emulate(const fs::path &program, char **words) {
-  std::vector<std::string> command{kEmulatorInside, "-L", kLibrariesInside, "-0", words[0], program};
+  std::vector<std::string> command = emulator_words(words[0], program);
   for (char **word = words + 1; *word != nullptr; ++word) command.emplace_back(*word);
   const base::ArgumentVector arguments(std::move(command));
   execv(kEmulatorInside, arguments.data());
 }
 
 }  // namespace
+
+std::vector<std::string> words_on_machine(std::vector<std::string> words) {
+  const std::size_t of_emulator = emulator_words("", "").size();
+  if (words.size() < of_emulator || words[0] != kEmulatorInside) return words;
+  words[of_emulator - 1] = words[of_emulator - 2];
+  words.erase(words.begin(), words.begin() + static_cast<std::ptrdiff_t>(of_emulator - 1));
+  return words;
+}
 
 Word MachineOption::word() {
   return {.name = "--machine",

@@ -34,6 +34,9 @@ class MachineOption {
   std::string name_;
 };
 
+// The words of a command as they were typed, of those with which a process was started: the emulator's, perhaps.
+std::vector<std::string> words_on_machine(std::vector<std::string> words);
+
 // What of it is seen in the root of a command, as arguments of bwrap.
 std::vector<std::string> machine_arguments(const Machine &machine);
 

@@ -16,6 +16,7 @@
 #include "host/runner/judge.h"
 #include "host/runner/telling.h"
 #include "host/spbox/log_book.h"
+#include "host/spbox/machine.h"
 #include "host/spbox/play_verbs.h"
 #include "host/spbox/pool_options.h"
 #include "host/spbox/progress_line.h"
@@ -48,6 +49,7 @@ struct SweepOptions {
   sweep::PlanRules plan;
   PoolOptions pool;
   SpeedOption speed{"full"};
+  MachineOption machine;
   std::uint32_t limit = 0;  // seconds on the wall; 0: none
   bool list = false, every = false;
   TestReports reports;
@@ -68,12 +70,13 @@ milliseconds longest_replay(const SweepOptions &options) {
 }
 
 sweep::ReplayRules rules_for(const SweepOptions &options, int alarm, const fs::path &folder) {
-  return {this_program().string(),
-          kLongestSilence,
-          alarm,
-          *options.speed.speed(),
-          [](const box::Place &place) { return log_of(place, sentence_of); },
-          sweep::Checkpoints(folder)};
+  return {.spbox = this_program().string(),
+          .limit = kLongestSilence,
+          .alarm = alarm,
+          .speed = *options.speed.speed(),
+          .log = [](const box::Place &place) { return log_of(place, sentence_of); },
+          .options = options.machine.words(),
+          .checkpoints = sweep::Checkpoints(folder)};
 }
 
 fs::path findings_folder(const SweepOptions &options) {
@@ -198,9 +201,14 @@ class Sweep {
  private:
   fs::path good_file() const { return folder_ / "good"; }
 
+  void add_options(std::vector<std::string> &words) const {
+    std::ranges::copy(options_.speed.words(), std::back_inserter(words));
+    std::ranges::copy(options_.machine.words(), std::back_inserter(words));
+  }
+
   std::vector<std::string> command(const sweep::Case &one) const {
     std::vector<std::string> words{this_program(), "sweep", "--good", good_file(), "--numbers", sweep::text_of(one)};
-    std::ranges::copy(options_.speed.words(), std::back_inserter(words));
+    add_options(words);
     words.insert(words.end(), {"--", options_.files.script});
     words.insert(words.end(), options_.words.begin(), options_.words.end());
     return words;
@@ -276,7 +284,7 @@ class Sweep {
       if (!finding.unwritten.empty()) continue;
       written.push_back(&finding);
       std::vector<std::string> words{this_program(), "play", "--account-fd", "3"};
-      std::ranges::copy(options_.speed.words(), std::back_inserter(words));
+      add_options(words);
       if (!options_.pages.empty()) words.insert(words.end(), {"--report", page_of(finding)});
       words.insert(words.end(), {"--", finding.play.string()});
       jobs.push_back({finding.play.string(), std::move(words)});
@@ -465,6 +473,7 @@ std::vector<Word> words_of_sweep(SweepOptions &options) {
            .value = "SECONDS"},
           options.pool.width_word(),
           options.speed.word(),
+          options.machine.word(),
           {.name = "--every", .help = "At each point, not at some of each class of equal ones", .to = &options.every},
           {.name = "--list", .help = "Only print the deviations", .to = &options.list},
           {.name = "--findings",

@@ -3,10 +3,13 @@
 #include <sys/types.h>
 
 #include <algorithm>
+#include <array>
 #include <functional>
 #include <map>
 #include <optional>
 #include <set>
+#include <sstream>
+#include <string_view>
 
 #include "host/base/read_all.h"
 #include "host/base/told.h"
@@ -19,6 +22,7 @@
 #include "host/spbox/bent_text.h"
 #include "host/spbox/condition.h"
 #include "host/spbox/log_book.h"
+#include "host/spbox/machine.h"
 #include "host/spbox/text.h"
 #include "host/spbox/unit_text.h"
 #include "host/trace_book/following.h"
@@ -154,19 +158,22 @@ TextLines log_in(const box::Place &place, std::size_t lines) {
 
 // Whatever a process of the box is called. Nothing when it has ended.
 std::string command_line_of(pid_t process) {
-  std::string text = base::text_if_readable(("/proc/" + std::to_string(process) + "/cmdline").c_str());
-  while (!text.empty() && text.back() == '\0') text.pop_back();
-  const std::size_t end = std::min(text.find('\0'), text.size());
-  const std::size_t slash = text.rfind('/', end);
-  if (slash < end) text.erase(0, slash + 1);
-  std::ranges::replace(text, '\0', ' ');
-  return text;
+  std::istringstream text(base::text_if_readable(("/proc/" + std::to_string(process) + "/cmdline").c_str()));
+  std::vector<std::string> words;
+  for (std::string word; std::getline(text, word, '\0');) words.push_back(word);
+  if (words.empty()) return {};
+  words = words_on_machine(std::move(words));
+  words.front().erase(0, words.front().rfind('/') + 1);
+  std::string line;
+  for (const std::string &word : words) line += (line.empty() ? "" : " ") + word;
+  return line;
 }
 
 // What `spbox run` has put around the command and beside it.
 bool is_of_spbox(const std::string &command) {
   const std::string name = command.substr(0, command.find(' '));
-  return name.empty() || name == "bwrap" || name == "spbox" || name == "monitor_daemon" || name == "monitor";
+  constexpr std::array<std::string_view, 5> kOwn{"bwrap", "spbox", "monitor_daemon", "monitor", "platform_server"};
+  return name.empty() || std::ranges::find(kOwn, name) != kOwn.end();
 }
 
 }  // namespace

@@ -83,7 +83,7 @@ struct House {
       : keeper(rules.speed),
         transcript(out),
         narrator(transcript, picture),
-        box(rules.spbox, {}, rules.alarm),
+        box(rules.spbox, {}, rules.alarm, rules.options),
         stage(box, narrator, rules.alarm) {}
 
   std::ostringstream out;

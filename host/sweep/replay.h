@@ -20,6 +20,7 @@ struct ReplayRules {
   int alarm;
   box_time::Speed speed;
   std::function<std::vector<std::string>(const box::Place &place)> log;  // in words, the same for the same entry
+  std::vector<std::string> options = {};                                 // of `spbox run`, for the commands of the play
   Checkpoints checkpoints;  // which the good play keeps, and at which replays begin
 };
 
