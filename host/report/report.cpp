@@ -79,6 +79,12 @@ std::string lines_of(const std::vector<std::string> &lines) {
   return text;
 }
 
+std::string as_heading(std::string caption) {
+  if (!caption.empty() && caption[0] >= 'a' && caption[0] <= 'z')
+    caption[0] = static_cast<char>(caption[0] - 'a' + 'A');
+  return caption;
+}
+
 // A piece that stands at the first step that has it; later ones refer to it.
 class Once {
  public:
@@ -132,7 +138,7 @@ class Writer {
     if (is_wrong) text += "<h3>Why it failed</h3>\n<div class=\"why\">" + html_lines(play_.reason) + "</div>\n";
     text += deeds_of(step) + "<div class=\"both\">\n";
     for (const Screen &screen : step.screens) {
-      text += "<section>\n<h3>" + html(screen.caption) + "</h3>\n" +
+      text += "<section>\n<h3>" + html(as_heading(screen.caption)) + "</h3>\n" +
               screens_.of(rows_of(screen.rows), "screen", screen.caption) + "</section>\n";
     }
     if (!step.server.empty()) {

@@ -110,6 +110,7 @@ TEST(Report, HasTheLooksOfTheScreen) {
   other.front = terminal::Colour{terminal::Colour::kAny, 0x12, 0x34, 0xAB};
   Play play = walk(1);
   play.steps[0].screens = {{"the screen", {{plain("a "), {"red", look}, {"any", other}}, {}, {plain("z")}, {}}}};
+  EXPECT_TRUE(has(page_of(play), "<h3>The screen</h3>")) << page_of(play);
   EXPECT_TRUE(has(
       page_of(play),
       ">a <span class=\"c1 b\">red</span><span class=\"front\" style=\"background:#1234ab;\">any</span>\n\nz\n</pre>"))
