@@ -43,9 +43,12 @@ bool is_running(pid_t process) {
 
 }  // namespace
 
-Claim::~Claim() {
-  if (is_held_ && !is_taken_over_ && lmainte_fclear_pinfo(kFile) != LMAINTE_OK)
-    advise(text_of(words("The file %s could not be cleared. Remove it with:"), kFile).view(), removal());
+bool Claim::end() {
+  const bool is_to_clear = is_held_ && !is_taken_over_;
+  is_held_ = false;
+  if (!is_to_clear || lmainte_fclear_pinfo(kFile) == LMAINTE_OK) return true;
+  advise(text_of(words("The file %s could not be cleared. Remove it with:"), kFile).view(), removal());
+  return false;
 }
 
 int32_t Claim::take() {

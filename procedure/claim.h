@@ -10,12 +10,15 @@ class Claim {
  public:
   Claim() = default;
   // Until what the last procedure left has been taken care of, the next one has to find the file as it is.
-  ~Claim();
+  ~Claim() { end(); }
   Claim(const Claim &) = delete;
   Claim &operator=(const Claim &) = delete;
 
   // Returns the outcome.
   int32_t take();
+
+  // False where the file still tells of this procedure, and the operator was told.
+  bool end();
 
   // True when the last procedure died on its way, and left things as they were.
   bool is_taken_over() const { return is_taken_over_; }

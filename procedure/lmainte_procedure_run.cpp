@@ -138,7 +138,8 @@ int32_t walk(const lmainte_procedure &procedure, const Kind *kind) {
   if (outcome == LMAINTE_OUTCOME_DONE && marked.has_all_back()) claim.settle();
   if (outcome == LMAINTE_OUTCOME_DONE && kind == nullptr) outcome = choose_kind(server, procedure, kind);
   if (outcome == LMAINTE_OUTCOME_DONE && kind != nullptr) outcome = work_on(server, procedure, *kind);
-  if (!maintenance.end()) outcome = LMAINTE_OUTCOME_FAILED;
+  const bool is_mode_back = maintenance.end(), is_free = claim.end();
+  if (!is_mode_back || !is_free) outcome = LMAINTE_OUTCOME_FAILED;
   return outcome;
 }
 
