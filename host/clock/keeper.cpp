@@ -60,7 +60,11 @@ void Keeper::leave() {
   table_.reset();
 }
 
-void Keeper::keep(const std::filesystem::path &page) {
+nanoseconds Keeper::ahead() const {
+  return began_ + now() - nanoseconds(reading(CLOCK_REALTIME));
+}
+
+void Keeper::keep(const std::filesystem::path &page, nanoseconds ahead) {
   if (table_ && page == file_) return;
   leave();
   std::optional<Table> table = Table::make(page);
@@ -75,8 +79,9 @@ void Keeper::keep(const std::filesystem::path &page) {
   first.speed = speed_.times;
   first.passed = pace_.passed().count();
   first.looked = wall().count();
-  first.began_realtime = reading(CLOCK_REALTIME) - now().count();
-  first.began_monotonic = reading(CLOCK_MONOTONIC) - now().count();
+  began_ = nanoseconds(reading(CLOCK_REALTIME)) - now() + ahead;
+  first.began_realtime = began_.count();
+  first.began_monotonic = reading(CLOCK_MONOTONIC) - (now() - ahead).count();
   table->begin(first);
   bells_.forget();
   moved_ = 0;

@@ -23,9 +23,12 @@ class Keeper {
   Keeper(const Keeper &) = delete;
   Keeper &operator=(const Keeper &) = delete;
 
-  // Gives the programs of a box their page, of this name, until the end; again for another box. Throws std::runtime_error
-  // where somebody else keeps the time of this box.
-  void keep(const std::filesystem::path &page);
+  // Gives the programs of a box their page, of this name, until the end; again for another box. Its time begins so far ahead of the
+  // wall's. Throws std::runtime_error where somebody else keeps the time of this box.
+  void keep(const std::filesystem::path &page, nanoseconds ahead = nanoseconds(0));
+
+  // How far the time of the box is ahead of the wall's.
+  nanoseconds ahead() const;
 
   nanoseconds now() const { return pace_.passed(); }
 
@@ -39,6 +42,7 @@ class Keeper {
 
   Speed speed_;
   nanoseconds looked_{0};  // on the wall
+  nanoseconds began_{0};   // the time of the day at which the box's time began
   Pace pace_;
   Crowd crowd_;
   Bells bells_;

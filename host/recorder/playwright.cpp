@@ -92,6 +92,10 @@ void Playwright::remarks(const std::string &text) {
   parts_.push_back({Part::Kind::kRemark, {}, text});
 }
 
+void Playwright::resizes(terminal::Size size) {
+  add({"resize", std::to_string(size.rows), std::to_string(size.columns)});
+}
+
 void Playwright::line_is_cut(const View &view) {
   end_line();
   wait(view);

@@ -10,6 +10,7 @@
 #include "host/play/script_writer.h"
 #include "host/recorder/deed.h"
 #include "host/recorder/wording.h"
+#include "host/terminal/screen.h"
 #include "host/terminal/session.h"
 
 namespace recorder {
@@ -43,6 +44,7 @@ class Playwright {
   bool awaits_deeds() const { return !begun_.empty(); }
 
   void remarks(const std::string &text);
+  void resizes(terminal::Size size);
   void line_is_cut(const View &view);
   void goes_on();  // after Ctrl-Z
 

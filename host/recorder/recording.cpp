@@ -150,8 +150,7 @@ class Recording {
     if (now.rows == size_.rows && now.columns == size_.columns) return;
     size_ = now;
     terminal_.resize(now);
-    playwright_.remarks("From here on the window had " + std::to_string(now.rows) + " rows and " +
-                        std::to_string(now.columns) + " columns.");
+    playwright_.resizes(now);
     was_recorded();
   }
 

@@ -2,6 +2,7 @@
 #include <sys/resource.h>
 
 #include <algorithm>
+#include <cctype>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
@@ -39,7 +40,7 @@ using std::chrono::milliseconds;
 using SweepClock = std::chrono::steady_clock;
 
 constexpr int kReportFd = 3;
-constexpr milliseconds kLongestReplay{120'000};     // on the wall, at full speed; else an hour
+constexpr milliseconds kLongestWork{120'000};       // of a replay, on the wall
 constexpr milliseconds kLongestSilence{3'600'000};  // of a command, in the box's time
 
 struct SweepOptions {
@@ -66,7 +67,8 @@ fs::path this_program() {
 }
 
 milliseconds longest_replay(const SweepOptions &options) {
-  return options.speed.speed()->is_full() ? kLongestReplay : kLongestSilence;
+  const box_time::Speed speed = *options.speed.speed();
+  return speed.is_full() ? kLongestWork : kLongestWork + kLongestSilence / speed.times;
 }
 
 sweep::ReplayRules rules_for(const SweepOptions &options, int alarm, const fs::path &folder) {
@@ -103,7 +105,12 @@ int replay_one(const SweepOptions &options, int alarm) {
   std::vector<sweep::Deviation> met;
   for (const std::size_t number : sweep::case_in(options.numbers, all.size())) met.push_back(all[number]);
   const sweep::Course course = sweep::replay(steps, good, met, rules_for(options, alarm, options.good.parent_path()));
-  const auto faults = course.happened ? sweep::faults_of(course, good) : std::vector<sweep::Fault>{};
+  std::vector<sweep::Fault> faults;
+  if (course.happened) faults = sweep::faults_of(course, good);
+  if (!course.left_early.empty()) {
+    faults.push_back(
+        {"the play went another way before anything was otherwise: " + course.left_early, {course.failed_line}});
+  }
   base::write_all(kReportFd, sweep::text_of(course, faults));
   return faults.empty() ? 0 : kFailure;
 }
@@ -123,9 +130,10 @@ double seconds_of_processor() {
 struct Finding {
   std::string fault;  // "exit: maintenance mode is on, ..."
   fs::path play;
+  std::size_t lines;  // of it
   std::size_t replays = 1;
-  bool is_shown = false;       // the play failed once more
-  std::string unwritten = {};  // why it is in no file
+  enum class Alone { kUntried, kFails, kPasses } alone = Alone::kUntried;  // its play
+  std::string unwritten = {};                                              // why it is in no file
 };
 
 class Sweep {
@@ -154,16 +162,15 @@ class Sweep {
   void run() {
     runner::PoolRules rules{options_.pool.width(), longest_replay(options_), alarm_};
     if (options_.limit > 0) rules.last_begin = SweepClock::now() + std::chrono::seconds(options_.limit);
-    const bool has_killed =
-        run_side_by_side(jobs_, rules,
-                         {.begins = [&](std::size_t job) { progress_.begins(jobs_[job].name); },
-                          .ends = [&](std::size_t job, const runner::JobEnding &ending) { ends(job, ending); },
-                          .second_passes = [&] { progress_.show(); }});
+    run_side_by_side(jobs_, rules,
+                     {.begins = [&](std::size_t job) { progress_.begins(jobs_[job].name); },
+                      .ends = [&](std::size_t job, const runner::JobEnding &ending) { ends(job, ending); },
+                      .second_passes = [&] { progress_.show(); }});
     progress_.clear();
     processor_ = seconds_of_processor();
     time_ = progress_.time();
     show_findings_again();
-    if (has_killed) play::OwnFolder::remove_what_the_dead_left();
+    play::OwnFolder::remove_what_the_dead_left();
   }
 
   // Whether --only names a deviation. A shard may have none of those that it names.
@@ -229,6 +236,9 @@ class Sweep {
     result = runner::judge(ending, longest_replay(options_));
     result.name = name;
     result.account = {};
+    if (result.verdict == runner::Verdict::kHung) {
+      result.reason = "the replay was not done in " + runner::time_text(longest_replay(options_)) + ", and was ended\n";
+    }
     const bool is_played = outcome.is_told && !ending.hung && !ending.interrupted;
     if (is_played && !outcome.happened) {
       result.verdict = runner::Verdict::kUnplayed;
@@ -259,22 +269,42 @@ class Sweep {
       ++known->replays;
       return;
     }
-    const fs::path file = findings_folder(options_) / (std::to_string(findings_.size() + 1) + "_" +
-                                                       plain(tried.kind + "_" + tried.deviation) + ".play");
-    findings_.push_back({key, file});
     const std::string title = "A sweep of " + options_.files.script.filename().string() + ": " + name + ".";
+    const std::string text = sweep::finding_of(title, outcome, fault);
+    findings_.push_back({key, file_for(name), static_cast<std::size_t>(std::ranges::count(text, '\n'))});
+    Finding &finding = findings_.back();
     try {
-      fs::create_directories(file.parent_path());
-      write_whole_file(file, sweep::finding_of(title, outcome, fault));
+      fs::create_directories(finding.play.parent_path());
+      write_whole_file(finding.play, text);
     } catch (const std::system_error &error) {
-      findings_.back().unwritten = error.code().message();
+      finding.unwritten = error.code().message();
     }
   }
 
-  static std::string plain(std::string name) {
-    std::ranges::replace_if(
-        name, [](char c) { return c == '/' || c == ' ' || c == '-'; }, '_');
-    return name;
+  // Named after what was otherwise, so that the shares of a sweep can write into one folder.
+  fs::path file_for(const std::string &name) const {
+    constexpr std::size_t kLongest = 100;
+    std::string plain;
+    for (const char c : name.substr(0, kLongest)) {
+      const bool is_plain = std::isalnum(static_cast<unsigned char>(c)) != 0 || c == '.';
+      if (is_plain || !plain.ends_with('_')) plain += is_plain ? c : '_';
+    }
+    const auto is_taken = [&](const fs::path &file) {
+      return std::ranges::find(findings_, file, &Finding::play) != findings_.end();
+    };
+    fs::path file = findings_folder(options_) / (plain + ".play");
+    for (int other = 2; is_taken(file); ++other) {
+      file.replace_filename(plain + "_" + std::to_string(other) + ".play");
+    }
+    return file;
+  }
+
+  // Whether it fails at its last line, which is what it shows.
+  Finding::Alone alone_of(const runner::JobEnding &ending, const Finding &finding) const {
+    if (ending.interrupted) return Finding::Alone::kUntried;
+    const runner::Result result = runner::judge(ending, longest_replay(options_));
+    const bool is_there = result.account.place.ends_with(":" + std::to_string(finding.lines));
+    return result.verdict == runner::Verdict::kFailed && is_there ? Finding::Alone::kFails : Finding::Alone::kPasses;
   }
 
   void show_findings_again() {
@@ -289,14 +319,12 @@ class Sweep {
       words.insert(words.end(), {"--", finding.play.string()});
       jobs.push_back({finding.play.string(), std::move(words)});
     }
-    run_side_by_side(jobs, {options_.pool.width(), longest_replay(options_), alarm_},
-                     {.begins = [](std::size_t) {},
-                      .ends =
-                          [&](std::size_t job, const runner::JobEnding &ending) {
-                            written[job]->is_shown =
-                                runner::judge(ending, longest_replay(options_)).verdict == runner::Verdict::kFailed;
-                          },
-                      .second_passes = [] {}});
+    run_side_by_side(
+        jobs, {options_.pool.width(), longest_replay(options_), alarm_},
+        {.begins = [](std::size_t) {},
+         .ends = [&](std::size_t job,
+                     const runner::JobEnding &ending) { written[job]->alone = alone_of(ending, *written[job]); },
+         .second_passes = [] {}});
   }
 
   std::string page_of(const Finding &finding) const {
@@ -312,8 +340,8 @@ class Sweep {
       print_line("    " + finding.fault);
       if (!finding.unwritten.empty()) {
         print_line("    This play could not be written: " + finding.unwritten + ".");
-      } else if (!finding.is_shown) {
-        print_line("    Played alone, this play did not fail.");
+      } else if (finding.alone == Finding::Alone::kPasses) {
+        print_line("    Played alone, this play did not fail there.");
       }
       if (!options_.pages.empty() && fs::exists(page_of(finding))) {
         print_line("    " + base::shown(page_of(finding)) + " shows it step by step.");
@@ -359,10 +387,12 @@ class Sweep {
                                    {"unplayed", tally.unplayed}});
     }
     for (const Finding &finding : findings_) {
-      findings.push_back(Json::Object{{"fault", finding.fault},
-                                      {"play", finding.play.string()},
-                                      {"replays", finding.replays},
-                                      {"fails_alone", finding.is_shown}});
+      findings.push_back(Json::Object{
+          {"fault", finding.fault},
+          {"play", finding.play.string()},
+          {"replays", finding.replays},
+          {"fails_alone",
+           finding.alone == Finding::Alone::kUntried ? Json() : Json(finding.alone == Finding::Alone::kFails)}});
     }
     return Json::Object{{"play", options_.files.script.string()},
                         {"points", points()},

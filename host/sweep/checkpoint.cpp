@@ -1,5 +1,9 @@
 #include "host/sweep/checkpoint.h"
 
+#include <cstdint>
+#include <fstream>
+#include <system_error>
+
 #include "host/base/remove_tree.h"
 
 namespace sweep {
@@ -7,7 +11,13 @@ namespace {
 
 namespace fs = std::filesystem;
 
-// The time of a box is that of its keeper: the page of one that is gone tells nobody anything. A socket is of a process.
+constexpr const char *kBox = "box", *kAhead = "ahead";
+
+[[noreturn]] void throw_no_room(const fs::path &path) {
+  throw fs::filesystem_error("cannot write", path, std::make_error_code(std::errc::no_space_on_device));
+}
+
+// The page of the box's time is its keeper's, which is another one at the replay. A socket is of a process.
 void copy_box(const box::Place &from, const box::Place &to) {
   fs::create_directory(to.root(), from.root());
   for (const fs::directory_entry &entry : fs::recursive_directory_iterator(from.root())) {
@@ -24,22 +34,27 @@ void copy_box(const box::Place &from, const box::Place &to) {
 
 }  // namespace
 
-void Checkpoints::keep(std::size_t command, const box::Place &place) const {
-  const box::Place copy(kept(command).root().string() + ".part");
+void Checkpoints::keep(std::size_t command, const Found &found) const {
+  const fs::path copy = kept(command).string() + ".part";
   try {
-    copy_box(place, copy);
-    fs::rename(copy.root(), kept(command).root());
+    fs::create_directory(copy);
+    copy_box(found.place, box::Place(copy / kBox));
+    if (!(std::ofstream(copy / kAhead) << found.ahead.count() << std::flush)) throw_no_room(copy);
+    fs::rename(copy, kept(command));
   } catch (const fs::filesystem_error &) {
-    base::remove_tree(copy.root());
+    base::remove_tree(copy);
   }
 }
 
 bool Checkpoints::has(std::size_t command) const {
-  return fs::is_directory(kept(command).root());
+  return fs::is_directory(kept(command));
 }
 
-void Checkpoints::restore(std::size_t command, const box::Place &place) const {
-  copy_box(kept(command), place);
+std::chrono::nanoseconds Checkpoints::restore(std::size_t command, const box::Place &place) const {
+  copy_box(box::Place(kept(command) / kBox), place);
+  std::int64_t ahead = 0;
+  std::ifstream(kept(command) / kAhead) >> ahead;
+  return std::chrono::nanoseconds(ahead);
 }
 
 }  // namespace sweep

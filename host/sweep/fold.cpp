@@ -1,9 +1,7 @@
 #include "host/sweep/fold.h"
 
 #include <algorithm>
-#include <array>
 #include <cctype>
-#include <csignal>
 
 #include "host/trace_book/event_names.h"
 
@@ -12,7 +10,7 @@ namespace {
 
 using box::PointKind;
 
-constexpr std::size_t kDrawn = 3600;  // Each number of deviations draws the same of it.
+constexpr std::size_t kDrawn = 3600;  // Most numbers of deviations divide it.
 
 // Here a command does something to the world outside it, or its operator does something to it.
 bool is_touch(PointKind kind) {
@@ -156,19 +154,6 @@ Places places_of(const std::vector<Reached> &order) {
   return places;
 }
 
-// What is tried of all that can be at a point of a kind, by the number that was drawn.
-bool is_drawn(const box::Deviation &deviation, std::size_t drawn) {
-  if (deviation.turn.way == box::Way::kSignal) {
-    constexpr std::array<int, 4> kSignals{SIGINT, SIGTERM, SIGHUP, SIGKILL};
-    return deviation.turn.value == kSignals.at(drawn % kSignals.size());
-  }
-  std::vector<box::Way> ways;
-  for (const box::Way way : box::row_of(deviation.kind).ways) {
-    if (way != box::Way::kUsual && way != box::Way::kSignal) ways.push_back(way);
-  }
-  return !ways.empty() && deviation.turn.way == ways[drawn % ways.size()];
-}
-
 bool is_signal_between_calls(const box::Deviation &deviation) {
   return deviation.turn.way == box::Way::kSignal && deviation.kind != PointKind::kProgram &&
          deviation.kind != PointKind::kPager;
@@ -206,15 +191,36 @@ Fold::Fold(const Good &good, std::uint64_t seed) {
   signals_ = tried_at(points, places.of_signals, draw, signal_classes_);
 }
 
-bool Fold::takes(const Deviation &deviation) const {
-  if (!deviation.point) return true;
+std::pair<Fold::Takes, std::size_t> Fold::takes(const Deviation &deviation) const {
+  if (!deviation.point) return {Takes::kAll, 0};
   const auto name = names_.find({deviation.point->kind, deviation.point->name});
-  if (name == names_.end()) return true;
+  if (name == names_.end()) return {Takes::kAll, 0};
   const Point point{name->second, deviation.point->number};
-  if (!known_.contains(point)) return true;
-  const TriedAt &all = is_signal_between_calls(*deviation.point) ? signals_ : calls_;
-  const auto tried = all.find(point);
-  return tried != all.end() && (tried->second.is_all || is_drawn(*deviation.point, tried->second.drawn));
+  if (!known_.contains(point)) return {Takes::kAll, 0};
+  const TriedAt &at_points = is_signal_between_calls(*deviation.point) ? signals_ : calls_;
+  const auto tried = at_points.find(point);
+  if (tried == at_points.end()) return {Takes::kNone, 0};
+  return {tried->second.is_all ? Takes::kAll : Takes::kOne, tried->second.drawn};
+}
+
+std::vector<std::size_t> Fold::taken(const std::vector<Deviation> &all) const {
+  struct Choice {
+    std::size_t drawn = 0;
+    std::vector<std::size_t> numbers;
+  };
+  std::map<std::pair<std::string, bool>, Choice> choices;  // by the point, and whether they are signals there
+  std::vector<std::size_t> numbers;
+  for (std::size_t i = 0; i < all.size(); ++i) {
+    const auto [takes_of_it, drawn] = takes(all[i]);
+    if (takes_of_it == Takes::kAll) numbers.push_back(i);
+    if (takes_of_it != Takes::kOne) continue;
+    Choice &choice = choices[{where(all[i]), is_signal_between_calls(*all[i].point)}];
+    choice.drawn = drawn;
+    choice.numbers.push_back(i);
+  }
+  for (const auto &[point, choice] : choices) numbers.push_back(choice.numbers[choice.drawn % choice.numbers.size()]);
+  std::ranges::sort(numbers);
+  return numbers;
 }
 
 }  // namespace sweep

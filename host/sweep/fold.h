@@ -26,9 +26,9 @@ class Fold {
  public:
   Fold(const Good &good, std::uint64_t seed);
 
-  // Whether this one is tried for all at equal points. One at a step of the play always is, and one at a point of which the order is
-  // not known.
-  bool takes(const Deviation &deviation) const;
+  // The numbers of those that are tried for all at equal points, in their order. Those at a step of the play always are, and those at a
+  // point of which the order is not known.
+  std::vector<std::size_t> taken(const std::vector<Deviation> &all) const;
 
   // Of all points, and of those at which a signal can come.
   std::size_t classes() const { return classes_; }
@@ -43,6 +43,8 @@ class Fold {
     std::size_t drawn = 0;
   };
   using TriedAt = std::map<Point, Tried>;
+  enum class Takes { kNone, kOne, kAll };
+  std::pair<Takes, std::size_t> takes(const Deviation &deviation) const;  // and what was drawn
   static TriedAt tried_at(const std::vector<Point> &points, const std::vector<std::string> &places, Draw &draw,
                           std::size_t &classes);
 

@@ -128,9 +128,9 @@ class Judge {
       add("the command did not end in time", {"exit 0"});
       return faults_;
     }
-    if (!course_.failed_check.empty()) judge_check();
     judge_death();
     judge_leftovers();
+    if (!course_.failed_check.empty() && faults_.empty()) judge_check();
     judge_claims();
     judge_log();
     judge_reason();
@@ -145,7 +145,8 @@ class Judge {
 
   // Checks of a play that gives up, or is refused, are not for what ended so for another reason.
   void judge_check() {
-    if (status() == 0) add("exit status 0, but the server is not as the play wants it: " + course_.failed_check, {});
+    if (status() == 0)
+      add("exit status 0, but the server is not as the play wants it: " + course_.failed_check, {course_.failed_line});
   }
 
   // By the signal that came it may die.

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <iterator>
+#include <set>
 #include <sstream>
 #include <stdexcept>
 #include <utility>
@@ -20,10 +21,12 @@ std::vector<Case> pairs(const std::vector<std::size_t> &wanted, const std::vecto
                         Draw &draw) {
   std::vector<Case> cases;
   if (wanted.size() < 2) return cases;
-  constexpr std::size_t kTries = 20;  // of a pair, where many are at one place
+  std::set<Case> drawn;
+  constexpr std::size_t kTries = 20;  // of a pair, where many are at one place, or there are few
   for (std::size_t tried = 0; cases.size() < draws && tried < kTries * draws; ++tried) {
     const std::size_t one = wanted[draw.below(wanted.size())], other = wanted[draw.below(wanted.size())];
-    if (!is_same_place(all[one], all[other])) cases.push_back({std::min(one, other), std::max(one, other)});
+    const Case pair{std::min(one, other), std::max(one, other)};
+    if (!is_same_place(all[one], all[other]) && drawn.insert(pair).second) cases.push_back(pair);
   }
   return cases;
 }
@@ -35,8 +38,11 @@ std::vector<Case> plan(const std::vector<Deviation> &all, const Fold *fold, cons
   for (std::size_t i = 0; i < all.size(); ++i) {
     if (name_of(all[i]).find(rules.only) != std::string::npos) named.push_back(i);
   }
-  std::ranges::copy_if(named, std::back_inserter(wanted),
-                       [&](std::size_t number) { return fold == nullptr || fold->takes(all[number]); });
+  if (fold == nullptr) {
+    wanted = named;
+  } else {
+    std::ranges::set_intersection(named, fold->taken(all), std::back_inserter(wanted));
+  }
   if (wanted.empty()) wanted = std::move(named);  // somebody asks for these points and no others
   Draw draw(rules.seed);
   std::vector<Case> cases;

@@ -38,7 +38,7 @@ bool ends_command(const Step &step) {
 
 // A check, or what a check needs: behind the end of a command it changes nothing.
 bool is_check(const Step &step) {
-  if (is_verb(step, {"in_order", "says", "takesaid"})) return true;
+  if (is_verb(step, {"in_order", "says", "takesaid", "absent", "patience", "pause"})) return true;
   constexpr std::array<std::string_view, 4> kLooks{"units", "show", "log", "trace"};
   return step.row->verb == "spbox" && std::ranges::find(kLooks, step.words[0]) != kLooks.end();
 }
@@ -63,6 +63,7 @@ Words words_of(const Step &step) {
     const bool is_path = words[0].find('/') != std::string::npos && fs::path(words[0]).is_relative();
     if (is_path && fs::is_regular_file(beside, error)) words[0] = fs::absolute(beside).lexically_normal().string();
   }
+  if (step.row->traits.makes_box && words.size() > 1) words[1] = fs::absolute(step.folder / words[1]).string();
   words.insert(words.begin(), std::string(step.row->verb));
   return words;
 }
@@ -71,6 +72,13 @@ std::size_t lines_in(const Sentences &rows) {
   auto end = rows.end();
   while (end != rows.begin() && std::prev(end)->empty()) --end;
   return static_cast<std::size_t>(end - rows.begin());
+}
+
+std::string in_one_line(const std::string &text) {
+  std::string line;
+  std::istringstream words(text);
+  for (std::string word; words >> word;) line += (line.empty() ? "" : " ") + word;
+  return line;
 }
 
 bool is_part_of(const Sentences &some, const Sentences &all) {
@@ -106,7 +114,9 @@ class Replay {
 
   Good play_well() {
     for (at_ = 0; at_ < steps_.size(); ++at_) {
-      if (is_checkpoint()) rules_.checkpoints.keep(found_.commands.size(), house_.box.place());
+      if (is_checkpoint()) {
+        rules_.checkpoints.keep(found_.commands.size(), {house_.box.place(), house_.keeper.ahead()});
+      }
       if (const auto wrong = perform(steps_[at_])) throw steps_[at_].error(*wrong);
       if (!ends_command(steps_[at_])) continue;
       found_.commands.push_back(end_of_command());
@@ -181,8 +191,8 @@ class Replay {
   bool try_step(const Step &step) {
     const auto wrong = perform(step);
     if (!wrong) return true;
-    failed_ = step.text + ": " + *wrong;
-    failed_line_ = play::written_step(words_of(step));
+    failed_ = step.text + ": " + in_one_line(*wrong);
+    course_.failed_line = play::written_step(words_of(step));
     return false;
   }
 
@@ -203,15 +213,20 @@ class Replay {
     }
   }
 
-  bool have_happened() const {
+  // How many of the deviations.
+  std::size_t count_happened() const {
     const auto points = box::points_of(house_.box.place());
-    const bool at_points = !points || std::ranges::all_of(points->deviations, [](const auto &deviation) {
-      return deviation.happened != 0;
+    std::ptrdiff_t count = 0;
+    if (points) {
+      count += std::ranges::count_if(points->deviations, [](const auto &at) { return at.happened != 0; });
+    }
+    count += std::ranges::count_if(deviations_, [&](const Deviation &deviation) {
+      return !deviation.point && std::ranges::find(has_met_, deviation.step) != has_met_.end();
     });
-    return at_points && std::ranges::all_of(deviations_, [&](const Deviation &deviation) {
-             return deviation.point || std::ranges::find(has_met_, deviation.step) != has_met_.end();
-           });
+    return static_cast<std::size_t>(count);
   }
+  bool have_happened() const { return count_happened() == deviations_.size(); }
+  bool has_any_happened() const { return count_happened() > 0; }
 
   // ---- checkpoints
 
@@ -220,8 +235,8 @@ class Replay {
     if (!steps_[at_].row->traits.starts_command || found_.commands.empty()) return false;
     const bool is_quiet = stage_.technicians.at_work().empty() && play::processes_of(house_.box.place()).empty();
     if (!is_quiet || needs_what_was_said()) return false;
-    const auto has_slot = [](const Step &step) { return step.slot >= 0; };
-    return std::none_of(steps_.begin(), steps_.begin() + static_cast<std::ptrdiff_t>(at_), has_slot);
+    const auto is_not_in_box = [](const Step &step) { return step.slot >= 0 || is_verb(step, {"resize"}); };
+    return std::none_of(steps_.begin(), steps_.begin() + static_cast<std::ptrdiff_t>(at_), is_not_in_box);
   }
 
   bool needs_what_was_said() const {
@@ -243,8 +258,8 @@ class Replay {
       if (step.row->traits.takes_terminal || step.row->verb == "patience") step.row->perform(stage_, step);
       keep_line(step);
       if (!step.row->traits.makes_box) continue;
-      rules_.checkpoints.restore(first->command, house_.box.place());
-      box_time::keep(house_.box.place().clock());
+      const auto ahead = rules_.checkpoints.restore(first->command, house_.box.place());
+      house_.keeper.keep(house_.box.place().clock(), ahead);
       set_deviations();
     }
     has_begun_ = true;
@@ -315,6 +330,8 @@ class Replay {
   void count_points() {
     const auto points = box::points_of(house_.box.place());
     if (!points) throw script::Error("the play forgets its points, or sets deviations of its own: it cannot be swept");
+    if (points->lost > 0) throw script::Error("the play has more kinds of points than can be counted");
+    if (points->order.size() == box::kLongestOrder) throw script::Error("the play has more points than can be ordered");
     for (const box::PointCount &count : points->counts) {
       std::uint32_t last = 0;
       for (const PointRange &known : found_.points) {
@@ -346,7 +363,6 @@ class Replay {
       follow(bring_to_end(op, rules_.limit));
     } else if (is_end_kept_) {
       course_.failed_check = failed_;
-      course_.played.push_back(failed_line_);
     }
     course_.line_cut = op.terminal().hung_up();
     course_.end = end_of_command();
@@ -363,13 +379,16 @@ class Replay {
   Course tell_of_end() {
     for (const Deviation &deviation : deviations_) course_.gave_up |= deviation.point && deviation.row->is_choice;
     course_.happened = have_happened();
+    if (!has_any_happened()) {
+      course_.left_early = failed_.empty() ? "its command left or logged something else" : failed_;
+      return std::move(course_);
+    }
     course_.command = command_;
     const auto &ending = course_.end.ending;
-    const bool is_played_to_end = is_end_kept_;
     if (ending && !is_end_kept_) keep_ending(*ending);
     const bool was_killed = ending && *ending == terminal::Ending{false, kSignalsFrom + SIGKILL};
     if (was_killed && was_to_be_killed()) return go_on_behind_kill();
-    if (!is_played_to_end && ending == terminal::Ending{false, 0}) check_as_good_play();
+    if (course_.failed_check.empty() && ending == terminal::Ending{false, 0}) check_as_good_play();
     return course_as_it_ends();
   }
 
@@ -416,14 +435,14 @@ class Replay {
     return course_as_it_ends();
   }
 
-  // It says that it has done what the good play wants: then the good play's checks hold.
+  // It says that it has done what the good play wants: then the good play's checks hold, up to where somebody does something.
   void check_as_good_play() {
     bool is_behind_end = false;
     for (std::size_t i = start_ + 1; i < steps_.size() && !steps_[i].row->traits.starts_command; ++i) {
+      if (is_behind_end && is_verb(steps_[i], {"wait"})) continue;  // for a text of the good play's way
       if (is_behind_end && !is_check(steps_[i]) && !is_for_people(steps_[i])) return;
       if (is_behind_end && !try_step(steps_[i])) {
         course_.failed_check = failed_;
-        course_.played.push_back(failed_line_);
         return;
       }
       is_behind_end = is_behind_end || ends_command(steps_[i]);
@@ -457,7 +476,7 @@ class Replay {
   bool is_order_known_ =
       false;  // What the command left is what the good play leaves, and nobody has done anything since.
   std::vector<std::size_t> has_met_;
-  std::string failed_, failed_line_;
+  std::string failed_;
   Sentences hardware_before_, log_;
   std::size_t log_before_ = 0, logged_at_ = 0, shown_before_ = 0, typed_at_ = 0;
   std::uintmax_t log_size_ = 0;

@@ -26,8 +26,9 @@ struct ReplayRules {
 
 // How a replay went: as the good play, or how the command ended in which it left the good play's way.
 struct Course {
-  bool happened = false;  // each deviation
-  bool is_good = false;   // each step was as in the good play, and what a command left, too
+  bool happened = false;        // each deviation
+  bool is_good = false;         // each step was as in the good play, and what a command left, too
+  std::string left_early = {};  // why it went another way before anything was otherwise; empty: it did not
 
   std::size_t command = 0;  // the number of the one that is told of here
   CommandEnd end;           // what was shown: since its start
@@ -35,6 +36,7 @@ struct Course {
       0;  // so many of these lines were there when the operator typed, or somebody changed a unit, last
   std::size_t logged_at = 0;  // so many entries were in the log when somebody changed a unit last
   bool gave_up = false, line_cut = false, was_killed = false;
+  std::string failed_line;            // the step that did not go as the good play's, as it is written; empty: all did
   std::string failed_check;           // what of the good play's checks behind the command's end did not hold
   std::vector<std::string> missing;   // units that are not in place
   std::vector<std::string> switched;  // all that is switched in the hardware, also before the command

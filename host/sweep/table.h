@@ -25,7 +25,7 @@ struct Tried {
 
 std::vector<Tally> tallies_of(const std::vector<Tried> &tried);
 
-// Kinds of points in rows, deviations in columns: how many passed, of how many.
+// A row for each kind of point and deviation: how many were tried, passed, failed, and were not played.
 std::string table_of(const std::vector<Tally> &tallies);
 
 }  // namespace sweep

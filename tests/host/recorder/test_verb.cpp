@@ -197,7 +197,7 @@ TEST_F(Record, StopsAndGoesOnWithItsCommand) {
   ASSERT_TRUE(author_.type("one\r"));
   answers("30 100", "\004");
   ends();
-  EXPECT_NE(play().find("wait \"begun\"\ntype \"\\032\"\n# From here on the window had 30 rows and 100 columns.\n"
+  EXPECT_NE(play().find("wait \"begun\"\ntype \"\\032\"\nresize 30 100\n"
                         "signal CONT\ntype \"one\\n\"\nwait \"got one\"\ntype \"\\004\"\n"),
             std::string::npos)
       << play();

@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 
+#include <chrono>
 #include <fstream>
 #include <iterator>
 #include <string>
@@ -14,6 +15,7 @@ namespace sweep {
 namespace {
 
 namespace fs = std::filesystem;
+using namespace std::chrono_literals;
 
 class Checkpoint : public testing::Test {
  protected:
@@ -32,14 +34,14 @@ class Checkpoint : public testing::Test {
   Checkpoints checkpoints_;
 };
 
-TEST_F(Checkpoint, HasTheBoxWithoutItsTimeAndSockets) {
+TEST_F(Checkpoint, HasTheBoxWithoutItsSocketsAndHowFarItsTimeIsAhead) {
   ASSERT_EQ(mknod((place_.tmp() / "socket").c_str(), S_IFSOCK | 0600, 0), 0);
   EXPECT_FALSE(checkpoints_.has(3));
-  checkpoints_.keep(3, place_);
+  checkpoints_.keep(3, {place_, 7s});
   ASSERT_TRUE(checkpoints_.has(3));
   EXPECT_FALSE(checkpoints_.has(2));
   std::ofstream(place_.tmp() / "file", std::ios::app) << "more";
-  checkpoints_.restore(3, other_);
+  EXPECT_EQ(checkpoints_.restore(3, other_), 7s);
   std::ifstream file(other_.tmp() / "file");
   EXPECT_EQ(std::string(std::istreambuf_iterator<char>(file), {}), "text");
   EXPECT_EQ(fs::status(other_.tmp() / "file").permissions(), fs::perms::owner_read);
@@ -51,14 +53,13 @@ TEST_F(Checkpoint, HasTheBoxWithoutItsTimeAndSockets) {
 }
 
 TEST_F(Checkpoint, IsNotThereWhereItCannotBeKept) {
-  fs::create_directory(scratch_ / "command 3.part");
-  fs::create_directory(scratch_ / "command 3.part/tmp");
-  std::ofstream(scratch_ / "command 3.part/tmp/file") << "in the way";
-  checkpoints_.keep(3, place_);
+  fs::create_directories(scratch_ / "command 3.part/box/tmp");
+  std::ofstream(scratch_ / "command 3.part/box/tmp/file") << "in the way";
+  checkpoints_.keep(3, {place_, 7s});
   EXPECT_FALSE(checkpoints_.has(3));
   EXPECT_FALSE(fs::exists(scratch_ / "command 3.part"));
   const Checkpoints nowhere(scratch_ / "no such folder");
-  nowhere.keep(1, place_);
+  nowhere.keep(1, {place_, 7s});
   EXPECT_FALSE(nowhere.has(1));
   EXPECT_THROW(nowhere.restore(1, other_), fs::filesystem_error);
 }

@@ -1,7 +1,9 @@
 // Which points of a good play are equal, and which of them are tried for all.
 #include <gtest/gtest.h>
 
+#include <csignal>
 #include <map>
+#include <set>
 
 #include "host/sweep/fold.h"
 #include "host/trace_book/event_names.h"
@@ -29,18 +31,40 @@ class Folded : public testing::Test {
 
   // How often one of these deviations is tried at points of this kind and of a name that begins so: "13" at the first and third.
   std::string tried_at(PointKind kind, const std::string &name, box::Turn turn, std::uint64_t seed = 1) const {
-    const sweep::Fold fold(good_, seed);
-    std::map<std::string, std::uint32_t> counts;
+    const std::vector<sweep::Deviation> all = all_at(kind, name);
     std::string tried;
-    std::size_t number = 0;
-    for (const Reached &point : good_.order) {
-      if (point.kind != kind || !point.name.starts_with(name)) continue;
-      sweep::Deviation deviation;
-      deviation.point = box::Deviation{kind, point.name, ++counts[point.name], turn, 0};
-      ++number;
-      if (fold.takes(deviation)) tried += (tried.empty() ? "" : " ") + std::to_string(number);
+    for (const std::size_t number : sweep::Fold(good_, seed).taken(all)) {
+      const box::Turn at = all[number].point->turn;
+      if (at.way != turn.way || at.value != turn.value) continue;
+      tried += (tried.empty() ? "" : " ") + std::to_string(number / ways_of(kind).size() + 1);
     }
     return tried;
+  }
+  static std::vector<box::Turn> ways_of(PointKind kind) {
+    std::vector<box::Turn> turns;
+    for (const box::Way way : box::row_of(kind).ways) {
+      if (way == box::Way::kUsual || way == box::Way::kSignal) continue;
+      turns.push_back({way, 0});
+    }
+    if (kind == PointKind::kProgram) {
+      turns.push_back({box::Way::kExit, 8});
+      turns.push_back({box::Way::kSignal, SIGSEGV});
+    } else {
+      for (const int signal : {SIGINT, SIGTERM, SIGHUP, SIGKILL}) turns.push_back({box::Way::kSignal, signal});
+    }
+    return turns;
+  }
+  std::vector<sweep::Deviation> all_at(PointKind kind, const std::string &name) const {
+    std::map<std::string, std::uint32_t> counts;
+    std::vector<sweep::Deviation> all;
+    for (const Reached &point : good_.order) {
+      if (point.kind != kind || !point.name.starts_with(name)) continue;
+      const std::uint32_t number = ++counts[point.name];
+      for (const box::Turn &turn : ways_of(kind)) {
+        all.emplace_back().point = box::Deviation{kind, point.name, number, turn, 0};
+      }
+    }
+    return all;
   }
   std::size_t tried_in_all(PointKind kind, const std::string &name) const {
     std::size_t number = 0;
@@ -107,15 +131,29 @@ TEST_F(Folded, RefusesOfTheRecordsBehindOneCallTheFirstTheLastAndOneMore) {
   EXPECT_TRUE(tried.starts_with("1 ") && tried.ends_with(" 6") && std::ranges::count(tried, ' ') == 2) << tried;
 }
 
+TEST_F(Folded, DrawsOneOfAllThatAProgramCanDo) {
+  const Reached program{PointKind::kProgram, "ctlled", 0};
+  for (int i = 0; i < 20; ++i) reach({program, read_of("a")});
+  std::set<std::size_t> drawn;
+  for (std::uint64_t seed = 1; seed < 60; ++seed) {
+    const auto taken = sweep::Fold(good_, seed).taken(all_at(PointKind::kProgram, "ctlled"));
+    const std::size_t ways = ways_of(PointKind::kProgram).size();
+    std::map<std::size_t, std::vector<std::size_t>> at_points;
+    for (const std::size_t number : taken) at_points[number / ways].push_back(number % ways);
+    for (const auto &[point, tried] : at_points) {
+      EXPECT_TRUE(tried.size() == 1 || tried.size() == ways) << point;
+      if (tried.size() == 1) drawn.insert(tried.front());
+    }
+  }
+  EXPECT_EQ(drawn.size(), ways_of(PointKind::kProgram).size()) << "also its death by a signal";
+}
+
 TEST_F(Folded, LeavesWhatIsNoPointOfWhichTheOrderIsKnown) {
   reach({read_of("a")});
-  const sweep::Fold fold(good_, 1);
-  sweep::Deviation deviation;
-  EXPECT_TRUE(fold.takes(deviation)) << "of a step";
-  deviation.point = box::Deviation{PointKind::kRead, "a", 2, {box::Way::kMissing, 0}, 0};
-  EXPECT_TRUE(fold.takes(deviation));
-  deviation.point->name = "b";
-  EXPECT_TRUE(fold.takes(deviation));
+  std::vector<sweep::Deviation> all(3);  // the first one is of a step
+  all[1].point = box::Deviation{PointKind::kRead, "a", 2, {box::Way::kMissing, 0}, 0};
+  all[2].point = box::Deviation{PointKind::kRead, "b", 2, {box::Way::kMissing, 0}, 0};
+  EXPECT_EQ(sweep::Fold(good_, 1).taken(all), (std::vector<std::size_t>{0, 1, 2}));
 }
 
 }  // namespace

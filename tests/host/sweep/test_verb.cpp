@@ -57,12 +57,12 @@ TEST_F(SweepVerb, FindsACommandThatDoesNotLookAndWritesAPlayThatShowsIt) {
   EXPECT_TRUE(
       says(done, "failed  program ctlled 2: exit 206\n    the LED of /PSU#0 blinks, and the screen does not say so\n"))
       << done.output;
-  EXPECT_TRUE(says(done, "forgets.findings/1_program_exit.play  (1 of the replays)\n")) << done.output;
+  EXPECT_TRUE(says(done, "forgets.findings/program_ctlled_2_exit_206.play  (1 of the replays)\n")) << done.output;
   EXPECT_FALSE(says(done, "did not fail")) << done.output;
   EXPECT_TRUE(says(done, " 1 replays in ") && says(done, ": 0 passed, 1 failed, 0 unplayed.\n")) << done.output;
-  EXPECT_TRUE(says(done, "    pages/1_program_exit.html shows it step by step.\n")) << done.output;
-  EXPECT_NE(text_of("pages/1_program_exit.html").find("the LED of /PSU#0 blinks"), std::string::npos);
-  const Done again = spbox({"play", "--speed", "full", "forgets.findings/1_program_exit.play"});
+  EXPECT_TRUE(says(done, "    pages/program_ctlled_2_exit_206.html shows it step by step.\n")) << done.output;
+  EXPECT_NE(text_of("pages/program_ctlled_2_exit_206.html").find("the LED of /PSU#0 blinks"), std::string::npos);
+  const Done again = spbox({"play", "--speed", "full", "forgets.findings/program_ctlled_2_exit_206.play"});
   EXPECT_EQ(again.exit_status, 1) << again.output;
   EXPECT_TRUE(says(again, "not all is in order:\n    the LED of /PSU#0 blinks\n")) << again.output;
   EXPECT_NE(text_of("report.xml").find("<failure message=\"the LED of /PSU#0 blinks"), std::string::npos);
@@ -102,6 +102,9 @@ TEST_F(SweepVerb, PassesTheShippedProcedureWhereItsFirstProgramFails) {
 TEST_F(SweepVerb, BeginsAtTheCommandThatGoesAnotherWay) {
   write("forgets", kForgets);
   write("ask", "echo $(cat /tmp/before) $(stty size)\necho \"Go on?\"\nread answer\n");
+  write("sleep_long", "date +%s >/tmp/begin\nsleep 7200\n");
+  write("look_at_clock",
+        "test $(date +%s) -ge $(($(cat /tmp/begin) + 7200)) || exit 3\necho \"Go on?\"\nread answer\n");
   write("say_word", "echo word | tee /tmp/before\n");
   const std::string ask = "start sh $HERE/ask\nwait \"Go on?\"\n", end = "type \"1\\n\"\nexit 0\n";
   struct Row {
@@ -112,6 +115,14 @@ TEST_F(SweepVerb, BeginsAtTheCommandThatGoesAnotherWay) {
       {"the box is as the command before left it, and the terminal as large",
        "box qa\nspbox fault /PSU#1\nterminal 30 90\nstart sh $HERE/say_word\nexit 0\n" + ask + "wait \"word 30 90\"\n" +
            end + "spbox units /PSU#1\nsays \"Faulted\"\n"},
+      {"what goes before is not played again",
+       "box qa\nstart touch /tmp/before\nexit 0\nspbox dump once.dump\n" + ask + end},
+      {"the box's time goes on",
+       "box qa\npatience 8000\nstart sh $HERE/sleep_long\nexit 0\nstart sh $HERE/look_at_clock\n"
+       "wait \"Go on?\"\n" +
+           end},
+      {"a window that was given another size is as large",
+       "box qa\nstart touch /tmp/before\nresize 30 90\nexit 0\n" + ask + "wait \"30 90\"\n" + end},
       {"what was taken from the screen before goes with it",
        "box qa\nstart sh $HERE/say_word\ntake WORD \"wor.\"\nexit 0\nstart sh $HERE/ask\nwait \"$WORD\"\n" + end},
       {"what a verb has said goes with it",
@@ -122,6 +133,7 @@ TEST_F(SweepVerb, BeginsAtTheCommandThatGoesAnotherWay) {
   };
   for (const Row &row : rows) {
     write("two.play", row.play);
+    fs::remove(scratch_ / "once.dump");
     const Done done = spbox({"sweep", "two.play", "--only", "answer"});
     EXPECT_EQ(done.exit_status, 0) << row.says << ": " << done.output;
     EXPECT_TRUE(says(done, ": 8 passed, 0 failed, 0 unplayed.\n")) << row.says << ": " << done.output;
@@ -130,8 +142,21 @@ TEST_F(SweepVerb, BeginsAtTheCommandThatGoesAnotherWay) {
         "box qa\nstart true\nexit 0\nstart sh $HERE/forgets\nwait \"give up:\"\ntype \"1\\n\"\nexit 0\nin_order\n");
   const Done found = spbox({"sweep", "two.play", "--only", "program ctlled 2: exit 206"});
   EXPECT_TRUE(says(found, "failed  program ctlled 2: exit 206\n    the LED of /PSU#0 blinks")) << found.output;
-  EXPECT_TRUE(says(found, "1_program_exit.play") && !says(found, "did not fail")) << found.output;
+  EXPECT_TRUE(says(found, "program_ctlled_2_exit_206.play") && !says(found, "did not fail")) << found.output;
   EXPECT_TRUE(is_clear());
+}
+
+// It says that its LED blinks, and that all is well.
+TEST_F(SweepVerb, FindsAnExitStatusThatIsNotTrue) {
+  write("command",
+        "/mgb/bin/ctlled -u /PSU#0 -c blink\n"
+        "/mgb/bin/ctlled -u /PSU#0 -c off || echo \"The LED of /PSU#0 still blinks.\"\nexit 0\n");
+  for (const std::string steps : {"", "patience 5\npause 1\n"}) {
+    write("untrue.play", "box qa\nstart sh $HERE/command\nexit 0\n" + steps + "in_order\n");
+    const Done done = spbox({"sweep", "untrue.play", "--only", "program ctlled 2: exit 206"});
+    EXPECT_TRUE(says(done, "exit status 0, but the server is not as the play wants it")) << steps << done.output;
+    EXPECT_FALSE(says(done, "did not fail")) << done.output;
+  }
 }
 
 TEST_F(SweepVerb, RefusesWhatItCannotSweep) {
