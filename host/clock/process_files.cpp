@@ -120,6 +120,11 @@ constexpr Limited kLimited[] = {
     {SYS_epoll_pwait, 3, true},
     {SYS_futex, 3, false},
     {SYS_rt_sigtimedwait, 2, false},
+    {SYS_semtimedop, 3, false},
+    {SYS_recvmmsg, 4, false},
+    {SYS_mq_timedsend, 4, false},
+    {SYS_mq_timedreceive, 4, false},
+    {SYS_io_getevents, 4, false},
 #ifdef SYS_poll
     {SYS_poll, 2, true},
 #endif

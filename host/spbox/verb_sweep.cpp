@@ -10,6 +10,7 @@
 #include <set>
 
 #include "host/base/descriptor.h"
+#include "host/base/read_all.h"
 #include "host/base/shown.h"
 #include "host/play/interrupts.h"
 #include "host/play/own_folder.h"
@@ -271,7 +272,7 @@ class Sweep {
     }
     const std::string title = "A sweep of " + options_.files.script.filename().string() + ": " + name + ".";
     const std::string text = sweep::finding_of(title, outcome, fault);
-    findings_.push_back({key, file_for(name), static_cast<std::size_t>(std::ranges::count(text, '\n'))});
+    findings_.push_back({key, file_for(name, text), static_cast<std::size_t>(std::ranges::count(text, '\n'))});
     Finding &finding = findings_.back();
     try {
       fs::create_directories(finding.play.parent_path());
@@ -281,8 +282,8 @@ class Sweep {
     }
   }
 
-  // Named after what was otherwise, so that the shares of a sweep can write into one folder.
-  fs::path file_for(const std::string &name) const {
+  // Named after what was otherwise, so that the shares of a sweep can write into one folder. A play that somebody keeps there stays.
+  fs::path file_for(const std::string &name, const std::string &text) const {
     constexpr std::size_t kLongest = 100;
     std::string plain;
     for (const char c : name.substr(0, kLongest)) {
@@ -290,7 +291,8 @@ class Sweep {
       if (is_plain || !plain.ends_with('_')) plain += is_plain ? c : '_';
     }
     const auto is_taken = [&](const fs::path &file) {
-      return std::ranges::find(findings_, file, &Finding::play) != findings_.end();
+      return std::ranges::find(findings_, file, &Finding::play) != findings_.end() ||
+             (fs::exists(file) && base::text_if_readable(file.c_str()) != text);
     };
     fs::path file = findings_folder(options_) / (plain + ".play");
     for (int other = 2; is_taken(file); ++other) {
@@ -429,6 +431,9 @@ int sweep_all(const SweepOptions &options, int alarm) {
   const play::OwnFolder folder;
   auto good = sweep::play_well(steps, rules_for(options, alarm, folder.path()));
   Sweep sweep(options, std::move(steps), std::move(good), folder.path(), alarm);
+  if (options.plan.only.empty() && !sweep.has_named()) {
+    throw UsageError(options.files.script.string() + " comes to no point at which anything could be otherwise.");
+  }
   if (!sweep.has_named()) {
     throw UsageError("no deviation of " + options.files.script.string() + " has \"" + base::shown(options.plan.only) +
                      "\"" + " in its name. --list prints the names.");
@@ -451,7 +456,11 @@ int sweep_play(const SweepOptions &options) {
     if (!fs::exists(folder) || fs::is_directory(folder)) continue;
     throw UsageError(base::shown(folder.string()) + " is no folder, so no finding can be written. Nothing was played.");
   }
-  if (!options.pages.empty()) fs::create_directories(options.pages);
+  std::error_code error;
+  if (!options.pages.empty() && !fs::create_directories(options.pages, error) && error) {
+    throw UsageError(base::shown(options.pages.string()) + " cannot be made: " + error.message() +
+                     ". Nothing was played.");
+  }
   const play::Interrupts interrupts;
   int status = kFailure;
   try {

@@ -12,9 +12,10 @@ namespace {
 using box_time::Clock;
 using std::chrono::milliseconds;
 
-constexpr milliseconds kLook{1000};   // A question that has stood for so long is one.
-constexpr int kAsked = 20;            // times, until the operator interrupts
-constexpr std::size_t kLongest = 40;  // of a question, for a play
+constexpr milliseconds kLook{1000};           // A question that has stood for so long is one.
+constexpr milliseconds kLongestLook{60'000};  // at what stands there
+constexpr int kAsked = 20;                    // times, until the operator interrupts
+constexpr std::size_t kLongest = 40;          // of a question, for a play
 
 // What the end of a question is, and the keys for it.
 struct Answer {
@@ -57,6 +58,7 @@ class Careful {
     auto &terminal = op_.line();
     auto deadline = Clock::now() + limit_;
     std::vector<std::string> seen;
+    milliseconds look = kLook;
     while (terminal.runs() && Clock::now() < deadline) {
       auto rows = terminal.screen();
       const bool stands = rows == seen;
@@ -67,7 +69,8 @@ class Careful {
         answer(last_line(seen), keys);
         seen.clear();
       } else {
-        op_.watch(kLook);
+        look = stands ? std::min(2 * look, kLongestLook) : kLook;
+        op_.watch(look);
       }
     }
     end_.ended = !terminal.runs();

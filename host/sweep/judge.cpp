@@ -63,12 +63,14 @@ enum class Say { kAny, kYes, kNo };
 struct Claim {
   const char *said;
   Say in_place, detached, marked;
+  Say lit = Say::kAny;  // its LED
 };
-constexpr std::array<Claim, 7> kClaims{{
+constexpr std::array<Claim, 8> kClaims{{
     {R"((/\S+) is still out of operation)", Say::kAny, Say::kYes, Say::kAny},
     {R"([Tt]he place of (/\S+) stays empty)", Say::kNo, Say::kAny, Say::kAny},
     {R"((/\S+) is in place and (?:out of operation|was not tested))", Say::kYes, Say::kYes, Say::kAny},
     {R"([Tt]he LED and the maintenance flag of (/\S+) are off)", Say::kAny, Say::kAny, Say::kNo},
+    {R"([Tt]he LED of (/\S+) is off)", Say::kAny, Say::kAny, Say::kAny, Say::kNo},
     {R"((/\S+) is replaced\.)", Say::kYes, Say::kNo, Say::kAny},
     {R"((/\S+) is added\.)", Say::kYes, Say::kNo, Say::kAny},
     {R"((/\S+) is removed\.)", Say::kNo, Say::kAny, Say::kAny},
@@ -94,17 +96,39 @@ bool is_true(Say said, bool is_so) {
 
 bool is_true(const Claim &claim, const std::string &unit, const Course &course) {
   const auto &left = course.switched;
-  const bool is_marked = has(left, unit + " is under maintenance") || has(left, "the LED of " + unit + " blinks") ||
-                         has(left, "the LED of " + unit + " is on");
+  const bool is_lit = has(left, "the LED of " + unit + " blinks") || has(left, "the LED of " + unit + " is on");
+  const bool is_marked = is_lit || has(left, unit + " is under maintenance");
   return is_true(claim.in_place, !has(course.missing, unit)) &&
-         is_true(claim.detached, has(left, unit + " is detached")) && is_true(claim.marked, is_marked);
+         is_true(claim.detached, has(left, unit + " is detached")) && is_true(claim.marked, is_marked) &&
+         is_true(claim.lit, is_lit);
 }
 
-// The rows of a screen in one line: a sentence may go on in the next row.
-std::string joined(const Sentences &rows, std::size_t from = 0) {
+std::size_t columns_of(const std::string &row) {
+  return static_cast<std::size_t>(
+      std::ranges::count_if(row, [](char c) { return (static_cast<unsigned char>(c) & 0xC0U) != 0x80U; }));
+}
+
+// The rows of a screen in one line: a sentence may go on in the next row, and a word where a row is full.
+std::string joined(const Sentences &rows, std::size_t columns, std::size_t from = 0) {
   std::string text;
-  for (std::size_t i = from; i < rows.size(); ++i) text += (text.empty() ? "" : " ") + rows[i];
+  for (std::size_t i = from; i < rows.size(); ++i) {
+    const bool goes_on = i > from && columns_of(rows[i - 1]) == columns;
+    text += (text.empty() || goes_on ? "" : " ") + rows[i];
+  }
   return text;
+}
+
+// A question of the good play with another answer behind it says nothing new: what is left of the row is the answer.
+std::string without_question(const std::string &row, const Sentences &known) {
+  constexpr std::size_t kLongestAnswer = 16;
+  std::size_t asked = 0;
+  for (const std::string &other : known) {
+    const auto same = static_cast<std::size_t>(std::ranges::mismatch(row, other).in1 - row.begin());
+    const auto end = same == 0 ? std::string::npos : row.find_last_of(":?", same - 1);
+    if (end != std::string::npos) asked = std::max(asked, end + 1);
+  }
+  const std::string answer = row.substr(std::min(row.find_first_not_of(' ', asked), row.size()));
+  return answer.size() <= kLongestAnswer && answer.find(' ') == std::string::npos ? answer : row;
 }
 
 // A file's path for a shell, the same in each play: a number in it may be that of a process.
@@ -117,10 +141,10 @@ class Judge {
  public:
   Judge(const Course &course, const Good &good) : course_(course), good_(good.commands.at(course.command)) {
     for (const std::string &row : course_.end.shown) {
-      if (!has(good_.shown, row)) new_rows_.push_back(row);
+      if (!has(good_.shown, row)) new_rows_.push_back(without_question(row, good_.shown));
     }
-    text_ = joined(new_rows_);
-    last_ = joined(course_.end.shown, course_.typed_at);
+    text_ = joined(new_rows_, course_.columns);
+    last_ = joined(course_.end.shown, course_.columns, course_.typed_at);
   }
 
   std::vector<Fault> faults() {
@@ -159,7 +183,7 @@ class Judge {
 
   // What the operator cannot see because their line is cut, the log has.
   void judge_leftovers() {
-    const std::string named = text_ + (course_.line_cut ? " " + joined(course_.end.logged) : "");
+    const std::string named = text_ + (course_.line_cut ? " " + joined(course_.end.logged, 0) : "");
     for (const std::string &sentence : course_.end.left) {
       if (has(good_.left, sentence) && (is_as_good() || is_done(sentence))) continue;
       const bool is_in_log = course_.line_cut && is_of_unit_in_log(sentence);
@@ -173,7 +197,7 @@ class Judge {
   bool is_done(const std::string &sentence) const {
     const std::string unit = sentence.substr(0, sentence.find(' '));
     return has(course_.missing, unit) &&
-           (course_.was_killed || fits(joined(course_.end.shown), exactly(unit) + " is removed"));
+           (course_.was_killed || fits(joined(course_.end.shown, course_.columns), exactly(unit) + " is removed"));
   }
 
   bool is_of_unit_in_log(const std::string &sentence) const {

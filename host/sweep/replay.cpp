@@ -117,11 +117,13 @@ class Replay {
       if (is_checkpoint()) {
         rules_.checkpoints.keep(found_.commands.size(), {house_.box.place(), house_.keeper.ahead()});
       }
+      if (steps_[at_].row->traits.starts_command) check_command_has_ended();
       if (const auto wrong = perform(steps_[at_])) throw steps_[at_].error(*wrong);
       if (!ends_command(steps_[at_])) continue;
       found_.commands.push_back(end_of_command());
       count_points();
     }
+    check_command_has_ended();
     play::wait_for_technicians(stage_);
     return std::move(found_);
   }
@@ -227,6 +229,11 @@ class Replay {
   }
   bool have_happened() const { return count_happened() == deviations_.size(); }
   bool has_any_happened() const { return count_happened() > 0; }
+
+  void check_command_has_ended() const {
+    if (!has_begun_ || found_.commands.size() == command_ + 1) return;
+    throw steps_[start_].error("a sweep has to know how this command ends: write `exit` or `dies` behind it");
+  }
 
   // ---- checkpoints
 
@@ -396,6 +403,7 @@ class Replay {
   Course course_as_it_ends() {
     course_.typed_at = typed_at_ - std::min(typed_at_, shown_before_);
     course_.logged_at = logged_at_ - std::min(logged_at_, log_before_);
+    course_.columns = static_cast<std::size_t>(stage_.op().size().columns);
     course_.missing = missing_units();
     course_.switched = play::switched_in_hardware(house_.box.place());
     return std::move(course_);

@@ -146,6 +146,19 @@ TEST_F(SweepVerb, BeginsAtTheCommandThatGoesAnotherWay) {
   EXPECT_TRUE(is_clear());
 }
 
+// What the operator reads is the question, and neither its own words nor the answer say what is left.
+TEST_F(SweepVerb, FindsWhatOnlyAQuestionNames) {
+  write("command",
+        "/mgb/bin/ctlled -u /PSU#0 -c blink\n"
+        "printf 'Does the LED of /PSU#0 blink? 1 yes, q no: '\nread answer\n[ \"$answer\" = 1 ] || exit 2\n"
+        "/mgb/bin/ctlled -u /PSU#0 -c off\n");
+  write("asks.play", "box qa\nstart sh $HERE/command\nwait \"q no:\"\ntype \"1\\n\"\nexit 0\nin_order\n");
+  EXPECT_TRUE(says(spbox({"sweep", "asks.play", "--only", ": q"}),
+                   "    the LED of /PSU#0 blinks, and the screen does not say so\n"));
+  const Done without_reason = spbox({"sweep", "asks.play", "--only", ": nonsense"});
+  EXPECT_TRUE(says(without_reason, "exit status 2, and the screen does not say why")) << without_reason.output;
+}
+
 // It says that its LED blinks, and that all is well.
 TEST_F(SweepVerb, FindsAnExitStatusThatIsNotTrue) {
   write("command",
@@ -165,6 +178,8 @@ TEST_F(SweepVerb, RefusesWhatItCannotSweep) {
   write("good.play", "box qa\nstart true\nexit 0\n");
   write("asks.play", "box qa\nstart sh -c \"read answer\"\ntype \"1\\n\"\nexit 0\n");
   write("two.play", "box qa\noperator anna\nstart true\nexit 0\n");
+  write("endless.play", "box qa\nstart true\nstart true\nexit 0\n");
+  write("nothing.play", "box qa\n");
   struct Row {
     Words words;
     int status;
@@ -177,6 +192,11 @@ TEST_F(SweepVerb, RefusesWhatItCannotSweep) {
        "spbox: own.play:2: `spbox points --count`: the points of a play that is swept are the sweep's"},
       {{"sweep", "two.play"}, 2, "spbox: two.play:2: `operator anna`: a sweep follows one operator"},
       {{"sweep", "good.play", "--speed", "0"}, 2, "spbox: --speed 0: give a number from 1 to 1000, or full."},
+      {{"sweep", "endless.play"},
+       2,
+       "spbox: endless.play:2: `start true`: a sweep has to know how this command ends: write `exit` or `dies` behind "
+       "it"},
+      {{"sweep", "nothing.play"}, 2, "spbox: nothing.play comes to no point at which anything could be otherwise."},
       {{"sweep", "none.play"}, 2, "spbox: none.play: there is no such file"},
       {{"sweep", "bad.play", "--shard", "3/2"}, 2, "spbox: "},
       {{"sweep", "-"}, 2, "spbox: a sweep reads its play for each replay: it has to be a file."},
