@@ -16,7 +16,6 @@
 #include <semaphore.h>
 #include <signal.h>
 #include <stddef.h>
-#include <stdint.h>
 #include <stdio.h>
 #include <stdlib.h>
 #include <string.h>
@@ -478,15 +477,19 @@ static void act_in_order(void) {
 }
 
 static void *sleep_as_long_as_the_number(void *number) {
-  const long seconds = (long)(intptr_t)number;
-  sleep((unsigned)seconds);
-  printf("%ld ", seconds);
+  const unsigned *const seconds = number;
+  sleep(*seconds);
+  printf("%u ", *seconds);
   return NULL;
 }
 
 static void sleep_in_many_threads(void) {
   pthread_t threads[100];
-  for (intptr_t i = 0; i < 100; ++i) pthread_create(&threads[i], NULL, sleep_as_long_as_the_number, (void *)(100 - i));
+  unsigned seconds[100];
+  for (unsigned i = 0; i < 100; ++i) {
+    seconds[i] = 100 - i;
+    pthread_create(&threads[i], NULL, sleep_as_long_as_the_number, &seconds[i]);
+  }
   for (int i = 0; i < 100; ++i) pthread_join(threads[i], NULL);
 }
 
