@@ -78,7 +78,8 @@ TEST_F(SweepVerb, FindsACommandThatDoesNotLookAndWritesAPlayThatShowsIt) {
   mended.replace(mended.find("-c off\n"), 7,
                  "-c off || { echo \"The LED of /PSU#0 may still blink, so switch it off.\"; exit 1; }\n");
   write("command", mended);
-  const Done good = spbox({"sweep", "forgets.play", "--only", "program ctlled 2: exit 206"});
+  write("forgets.play", "patience 100\n" + text_of("forgets.play"));
+  const Done good = spbox({"sweep", "forgets.play", "--speed", "20", "--only", "program ctlled 2: exit 206"});
   EXPECT_EQ(good.exit_status, 0) << good.output;
   EXPECT_TRUE(is_clear());
 }
@@ -164,8 +165,8 @@ TEST_F(SweepVerb, FindsAnExitStatusThatIsNotTrue) {
         "/mgb/bin/ctlled -u /PSU#0 -c blink\n"
         "/mgb/bin/ctlled -u /PSU#0 -c off || echo \"The LED of /PSU#0 still blinks.\"\nexit 0\n");
   for (const std::string steps : {"", "patience 5\npause 1\n"}) {
-    write("untrue.play", "patience 100\nbox qa\nstart sh $HERE/command\nexit 0\n" + steps + "in_order\n");
-    const Done done = spbox({"sweep", "untrue.play", "--speed", "10", "--only", "program ctlled 2: exit 206"});
+    write("untrue.play", "box qa\nstart sh $HERE/command\nexit 0\n" + steps + "in_order\n");
+    const Done done = spbox({"sweep", "untrue.play", "--only", "program ctlled 2: exit 206"});
     EXPECT_TRUE(says(done, "exit status 0, but the server is not as the play wants it")) << steps << done.output;
     EXPECT_FALSE(says(done, "did not fail")) << done.output;
   }
