@@ -51,9 +51,11 @@ TEST_P(WordsThatAreReadAgain, AreTheSame) {
   EXPECT_EQ(steps[2].words, (Words{GetParam()}));
 }
 
+// NOLINTBEGIN(misc-misleading-bidirectional): they are among what people write
 INSTANTIATE_TEST_SUITE_P(Play, WordsThatAreReadAgain,
                          testing::Values("", "plain", "#", "a#b", "two words", "a;b", "\"", "a\"b", "\\", "\\n", "$",
                                          "$NAME", "$$", "\n\r\t\033", std::string("\0001", 2), "\0033", "\0011", "\177",
                                          "\xff", "\xffzz", "\xc3\xa9", "\xc2\x9b", "\xe2\x80\xae", " "));
+// NOLINTEND(misc-misleading-bidirectional)
 
 }  // namespace

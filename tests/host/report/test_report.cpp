@@ -9,12 +9,12 @@ using report::Step;
 
 std::size_t count(const std::string &text, const std::string &part) {
   std::size_t times = 0;
-  for (std::size_t at = text.find(part); at != text.npos; at = text.find(part, at + 1)) ++times;
+  for (std::size_t at = text.find(part); at != std::string::npos; at = text.find(part, at + 1)) ++times;
   return times;
 }
 
 bool has(const std::string &text, const std::string &part) {
-  return text.find(part) != text.npos;
+  return text.find(part) != std::string::npos;
 }
 
 terminal::PaintedText plain(const std::string &text) {
@@ -60,8 +60,8 @@ TEST(Report, HasItsStepsInOrderAndTheLastOneFailed) {
   Play play = walk(3);
   play.reason = "\"3\" did not come up.";
   const std::string page = page_of(play);
-  const std::size_t first = page.find("<article id=\"step-1\""), second = page.find("<article id=\"step-2\""),
-                    third = page.find("<article id=\"step-3\" class=\"wrong\"");
+  const std::size_t first = page.find(R"(<article id="step-1")"), second = page.find(R"(<article id="step-2")"),
+                    third = page.find(R"(<article id="step-3" class="wrong")");
   EXPECT_LT(first, second);
   EXPECT_LT(second, third);
   ASSERT_NE(third, page.npos);

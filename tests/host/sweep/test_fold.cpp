@@ -96,7 +96,7 @@ TEST_F(Folded, TriesALoopAtItsBeginningAndOnceEachAtItsEndAndInTheMiddle) {
 
 TEST_F(Folded, TellsApartWhatACommandCanTellApart) {
   const Reached question{PointKind::kQuestion, "", 0};
-  constexpr std::size_t kAllAtBoth = 2 * 4;
+  constexpr std::size_t kAllAtBoth = std::size_t{2} * 4;
   reach({read_of("a_1"), question, read_of("a_2"), question});
   good_.order.insert(good_.order.begin(), question);
   EXPECT_EQ(tried_in_all(PointKind::kRead, "a"), kAllAtBoth) << "behind another question";

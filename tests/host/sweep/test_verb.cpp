@@ -208,7 +208,7 @@ TEST_F(SweepVerb, RefusesWhatItCannotSweep) {
        "spbox: bad.play is no folder, so no finding can be written. Nothing was played."},
       {{"sweep", "good.play", "--only", "no\nsuch"},
        2,
-       "spbox: no deviation of good.play has \"no\\x0asuch\" in its name. --list prints the names."},
+       R"(spbox: no deviation of good.play has "no\x0asuch" in its name. --list prints the names.)"},
       {{"sweep", "asks.play", "--only", "answer", "--depth", "2"},
        2,
        "spbox: a pair is of two deviations at different points, and no two of asks.play have \"answer\" in their "
