@@ -349,6 +349,13 @@ void order_points(const Place &place) {
   begin_to_count(place, open_locked(place).get(), nullptr, sizeof(Page) + sizeof(Order));
 }
 
+void forget_order(const Place &place) {
+  const base::Descriptor file = open_points(place, O_RDWR);
+  struct stat status {};
+  const bool has_order = file.get() >= 0 && fstat(file.get(), &status) == 0 && status.st_size > off_t{sizeof(Page)};
+  if (has_order && ftruncate(file.get(), sizeof(Page)) != 0) throw points_failure(place, "cannot change them", errno);
+}
+
 void deviate(const Place &place, const Deviation &deviation) {
   const base::Descriptor file = open_locked(place);
   const DeviationRow row = row_for(deviation);

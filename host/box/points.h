@@ -158,6 +158,7 @@ inline constexpr std::size_t kLongestOrder = 262144;  // later points are counte
 std::optional<Points> points_of(const Place &place);           // none: they are not counted
 void count_points(const Place &place);                         // from now on, from 0 and without deviations
 void order_points(const Place &place);                         // the same, and keeps their order from now on
+void forget_order(const Place &place);                         // and counts on; nobody is at work in the box then
 void deviate(const Place &place, const Deviation &deviation);  // counts points from now on where nobody did
 bool forget_points(const Place &place);                        // false: they were not counted
 

@@ -2,9 +2,10 @@
 
 #include <cstdint>
 #include <fstream>
-#include <system_error>
+#include <stdexcept>
 
 #include "host/base/remove_tree.h"
+#include "host/box/points.h"
 
 namespace sweep {
 namespace {
@@ -12,10 +13,6 @@ namespace {
 namespace fs = std::filesystem;
 
 constexpr const char *kBox = "box", *kAhead = "ahead";
-
-[[noreturn]] void throw_no_room(const fs::path &path) {
-  throw fs::filesystem_error("cannot write", path, std::make_error_code(std::errc::no_space_on_device));
-}
 
 // The page of the box's time is its keeper's, which is another one at the replay. A socket is of a process.
 void copy_box(const box::Place &from, const box::Place &to) {
@@ -37,13 +34,14 @@ void copy_box(const box::Place &from, const box::Place &to) {
 void Checkpoints::keep(std::size_t command, const Found &found) const {
   const fs::path copy = kept(command).string() + ".part";
   try {
+    const box::Place box(copy / kBox);
     fs::create_directory(copy);
-    copy_box(found.place, box::Place(copy / kBox));
-    if (!(std::ofstream(copy / kAhead) << found.ahead.count() << std::flush)) throw_no_room(copy);
-    fs::rename(copy, kept(command));
-  } catch (const fs::filesystem_error &) {
-    base::remove_tree(copy);
+    copy_box(found.place, box);
+    box::forget_order(box);  // replays need none
+    if (std::ofstream(copy / kAhead) << found.ahead.count() << std::flush) return fs::rename(copy, kept(command));
+  } catch (const std::runtime_error &) {  // there is no room
   }
+  base::remove_tree(copy);
 }
 
 bool Checkpoints::has(std::size_t command) const {

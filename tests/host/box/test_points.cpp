@@ -83,6 +83,14 @@ TEST_F(PointsTest, KeepTheirOrderWhereSomebodyAsksForIt) {
   EXPECT_EQ(names(), "babc");
   deviate(PointKind::kRead, "a", 2, {Way::kShort, 0});
   EXPECT_EQ(names(), "babc") << "with deviations, too";
+  box::forget_order(place_);
+  reach({"c"});
+  EXPECT_EQ(names(), "");
+  EXPECT_EQ(count(PointKind::kRead, "c"), 2u) << "counted on";
+  EXPECT_EQ(box::points_of(place_)->deviations.size(), 1u);
+  box::order_points(place_);
+  reach({"b", "a", "b", "c"});
+  EXPECT_EQ(names(), "babc");
   box::count_points(place_);
   reach({"b"});
   EXPECT_EQ(names(), "b") << "counted anew, and still in order";
