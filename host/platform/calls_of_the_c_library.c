@@ -103,32 +103,27 @@ EXPORT FILE *fopen64(const char *path, const char *mode) {
   return opened_file(g_next.fopen64, path, mode);
 }
 
-static bool takes_mode(int flags) {
-  return (flags & O_CREAT) != 0 || (flags & O_TMPFILE) == O_TMPFILE;
+/* What stands behind the flags, where they say that a mode does. */
+static mode_t mode_in(int flags, va_list more) {
+  if ((flags & O_CREAT) == 0 && (flags & O_TMPFILE) != O_TMPFILE) return 0;
+  /* NOLINTNEXTLINE(clang-analyzer-valist.Uninitialized): who calls has begun it, which clang 14 does not see. */
+  return va_arg(more, mode_t);
 }
 
 EXPORT int open(const char *path, int flags, ...) {
-  mode_t mode = 0;
-  if (takes_mode(flags)) {
-    va_list more;
-    va_start(more, flags);
-    /* NOLINTNEXTLINE(clang-analyzer-valist.Uninitialized): it is begun one line above, which clang 14 does not see. */
-    mode = va_arg(more, mode_t);
-    va_end(more);
-  }
+  va_list more;
+  va_start(more, flags);
+  const mode_t mode = mode_in(flags, more);
+  va_end(more);
   be_ready();
   return opened(g_next.open, path, flags, mode);
 }
 
 EXPORT int open64(const char *path, int flags, ...) {
-  mode_t mode = 0;
-  if (takes_mode(flags)) {
-    va_list more;
-    va_start(more, flags);
-    /* NOLINTNEXTLINE(clang-analyzer-valist.Uninitialized): it is begun one line above, which clang 14 does not see. */
-    mode = va_arg(more, mode_t);
-    va_end(more);
-  }
+  va_list more;
+  va_start(more, flags);
+  const mode_t mode = mode_in(flags, more);
+  va_end(more);
   be_ready();
   return opened(g_next.open64, path, flags, mode);
 }
