@@ -9,8 +9,8 @@
 namespace box_time {
 namespace {
 
-// A waiter looks at the page each thousandth of a second or, by speed, each hundredth: one that does not look any more has
-// left its wait by a jump out of a signal handler.
+// A waiter looks at the page each fiftieth of a second at least: one that does not look any more has left its wait by a jump out of
+// a signal handler.
 constexpr nanoseconds kLeftWithoutWord = std::chrono::milliseconds(100);
 // Where nobody may see by which calls others wait: none of ours looks again after a longer pause than this.
 constexpr nanoseconds kLongestPause = std::chrono::milliseconds(25);

@@ -431,12 +431,12 @@ int sweep_all(const SweepOptions &options, int alarm) {
   const play::OwnFolder folder;
   auto good = sweep::play_well(steps, rules_for(options, alarm, folder.path()));
   Sweep sweep(options, std::move(steps), std::move(good), folder.path(), alarm);
-  if (options.plan.only.empty() && !sweep.has_named()) {
-    throw UsageError(options.files.script.string() + " comes to no point at which anything could be otherwise.");
-  }
   if (!sweep.has_named()) {
-    throw UsageError("no deviation of " + options.files.script.string() + " has \"" + base::shown(options.plan.only) +
-                     "\"" + " in its name. --list prints the names.");
+    const std::string script = options.files.script.string();
+    const std::string &only = options.plan.only;
+    if (only.empty()) throw UsageError(script + " comes to no point at which anything could be otherwise.");
+    throw UsageError("no deviation of " + script + " has \"" + base::shown(only) +
+                     "\" in its name. --list prints the names.");
   }
   if (options.plan.depth > 1 && !sweep.has_pairs()) {
     throw UsageError("a pair is of two deviations at different points, and no two of " + options.files.script.string() +

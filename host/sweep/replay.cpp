@@ -228,7 +228,6 @@ class Replay {
     return static_cast<std::size_t>(count);
   }
   bool have_happened() const { return count_happened() == deviations_.size(); }
-  bool has_any_happened() const { return count_happened() > 0; }
 
   void check_command_has_ended() const {
     if (!has_begun_ || found_.commands.size() == command_ + 1) return;
@@ -385,8 +384,9 @@ class Replay {
 
   Course tell_of_end() {
     for (const Deviation &deviation : deviations_) course_.gave_up |= deviation.point && deviation.row->is_choice;
-    course_.happened = have_happened();
-    if (!has_any_happened()) {
+    const std::size_t happened = count_happened();
+    course_.happened = happened == deviations_.size();
+    if (happened == 0) {
       course_.left_early = failed_.empty() ? "its command left or logged something else" : failed_;
       return std::move(course_);
     }
