@@ -12,6 +12,7 @@
 #include <cstddef>
 #include <cstring>
 #include <memory>
+#include <span>
 #include <utility>
 
 #include "host/base/descriptor.h"
@@ -247,6 +248,18 @@ DeviationRow row_for(const Deviation &deviation) {
   return row;
 }
 
+// One thing alone can happen at a point.
+void check_is_free(const Place &place, const Page &page, const DeviationRow &row) {
+  const std::size_t rows = std::min<std::size_t>(page.head.deviations, kMostDeviations);
+  for (const DeviationRow &other : std::span(page.deviations).first(rows)) {
+    if (other.happened != 0 || other.hash != row.hash || other.number != row.number) continue;
+    const auto known = deviation_in(other);
+    if (!known) throw damaged_points(place);
+    throw BoxError("something else is to happen there already: " + text_of(known->turn) + ". " +
+                   advice({"points", place.root(), "--forget"}) + " lets all happen as usual.");
+  }
+}
+
 }  // namespace
 
 std::string_view word_of(Way way) {
@@ -364,8 +377,11 @@ void deviate(const Place &place, const Deviation &deviation) {
   if (counting == Counting::kNot) return begin_to_count(place, file.get(), &row);
   if (counting == Counting::kDamaged) throw damaged_points(place);
   const std::uint32_t rows = page->head.deviations;
+  check_is_free(place, *page, row);
   if (rows >= kMostDeviations) {
-    throw BoxError("no more than " + std::to_string(kMostDeviations) + " deviations can wait in a box.");
+    throw BoxError("a box keeps no more than " + std::to_string(kMostDeviations) +
+                   " deviations, those that have happened, too. " + advice({"points", place.root(), "--forget"}) +
+                   " begins anew.");
   }
   if (const int error = write_row(file.get(), row, rows); error != 0) {
     throw points_failure(place, "cannot write them", error);

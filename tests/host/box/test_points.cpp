@@ -144,8 +144,16 @@ TEST_F(PointsTest, AreNotCountedWhereThereIsNoRoomAndThatIsTold) {
   points.map(place_.points().c_str());
   for (int i = 0; i < 4100; ++i) points.reach(PointKind::kRead, std::to_string(i));
   EXPECT_EQ(box::points_of(place_)->lost, 4u);
-  for (std::size_t i = 0; i < box::kMostDeviations; ++i) deviate(PointKind::kRead, "a", 1, {Way::kShort, 0});
-  EXPECT_THROW(deviate(PointKind::kRead, "a", 1, {Way::kShort, 0}), box::BoxError);
+  for (std::uint32_t i = 1; i <= box::kMostDeviations; ++i) deviate(PointKind::kRead, "a", i, {Way::kShort, 0});
+  EXPECT_THROW(deviate(PointKind::kRead, "b", 1, {Way::kShort, 0}), box::BoxError);
+}
+
+TEST_F(PointsTest, TakeOneDeviationThatHasNotHappenedYet) {
+  deviate(PointKind::kRead, "a", 2, {Way::kShort, 0});
+  EXPECT_THROW(deviate(PointKind::kRead, "a", 2, {Way::kSignal, SIGTERM}), box::BoxError);
+  deviate(PointKind::kRead, "a", 1, {Way::kSignal, SIGTERM});
+  deviate(PointKind::kWrite, "a", 2, {Way::kRefused, 0});
+  EXPECT_EQ(box::points_of(place_)->deviations.size(), 3u) << "others have points of their own";
 }
 
 TEST_F(PointsTest, StayWhereAFileMayNotBeSoLarge) {

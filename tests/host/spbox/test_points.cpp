@@ -79,8 +79,16 @@ TEST_F(PointsVerb, TellsOfARecordThatIsNotThere) {
 }
 
 TEST_F(PointsVerb, SaysThatItCannotBeDone) {
-  for (std::size_t i = 0; i < box::kMostDeviations; ++i) done({"deviate", "box", "log", "--refused"});
-  EXPECT_EQ(refused({"deviate", "box", "log", "--refused"}), "spbox: no more than 8 deviations can wait in a box.\n");
+  const auto refuse_log = [](std::size_t at) {
+    return Words{"deviate", "box", "log", "--refused", "--at", std::to_string(at)};
+  };
+  for (std::size_t at = 1; at <= box::kMostDeviations; ++at) done(refuse_log(at));
+  EXPECT_EQ(refused(refuse_log(2)),
+            "spbox: something else is to happen there already: refused. `spbox points box --forget` lets all happen as "
+            "usual.\n");
+  EXPECT_EQ(refused(refuse_log(9)),
+            "spbox: a box keeps no more than 8 deviations, those that have happened, too. `spbox points box --forget` "
+            "begins anew.\n");
   write("box/mgb/db/points", "something else");
   EXPECT_NE(refused({"points", "box"})
                 .find("the file is damaged, or is none of points. `spbox points box --count` makes it anew."),
