@@ -9,11 +9,11 @@
 namespace box_time {
 namespace {
 
-// A waiter looks at the page each fiftieth of a second at least: one that does not look any more has left its wait by a jump out of
-// a signal handler.
-constexpr nanoseconds kLeftWithoutWord = std::chrono::milliseconds(100);
-// Where nobody may see by which calls others wait: none of ours looks again after a longer pause than this.
-constexpr nanoseconds kLongestPause = std::chrono::milliseconds(25);
+constexpr nanoseconds kLongestSlice(BOX_TIME_LONGEST_SLICE);
+// A waiter that does not look at the page for so long has left its wait by a jump out of a signal handler.
+constexpr nanoseconds kLeftWithoutWord = 5 * kLongestSlice;
+// Where nobody may see by which calls others wait: all of ours have looked again within this.
+constexpr nanoseconds kLongestPause = kLongestSlice * 5 / 4;
 
 // Who works for so long may have started others, whose time counts, too.
 constexpr nanoseconds kLongestWithoutLook = std::chrono::milliseconds(20);

@@ -19,6 +19,9 @@ enum { BOX_TIME_WAITERS = 128, BOX_TIME_GUESTS = 8, BOX_TIME_ALARMS = 64 };
 
 #define BOX_TIME_NEVER INT64_MAX
 
+/* Who waits looks at the page again within so many nanoseconds, as long as somebody keeps the time. */
+#define BOX_TIME_LONGEST_SLICE INT64_C(20000000)
+
 /* A thread that waits. The first BOX_TIME_GUESTS rows are those of the guests. */
 typedef struct {
   uint32_t thread; /* 0: a free row */
