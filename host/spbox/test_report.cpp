@@ -116,6 +116,16 @@ void check_reports(const TestReports &files) {
                    " cannot hold both reports. Give each a file of its own. Nothing was played.");
 }
 
+void make_report_folder(const char *option, const fs::path &folder) {
+  if (folder.empty()) return;
+  std::error_code error;
+  fs::create_directories(folder, error);
+  const int wrong = error ? error.value() : access(folder.c_str(), W_OK | X_OK) == 0 ? 0 : errno;
+  if (wrong == 0) return;
+  throw UsageError(std::string(option) + ": nothing can be written into " + folder.string() + ": " +
+                   std::generic_category().message(wrong) + ". Nothing was played.");
+}
+
 bool write_reports(const TestReports &files, const std::string &suite, std::span<const runner::Result> results,
                    milliseconds time, std::chrono::system_clock::time_point begin, const Json &json) {
   const bool has_junit = write_report(files.junit, runner::junit(suite, results, time, begin));

@@ -22,6 +22,9 @@ struct TestReports {
 // Before the plays, so that no result is lost. Throws UsageError for a file that cannot be written.
 void check_reports(const TestReports &files);
 
+// The same for a folder, which is made. An empty name is none.
+void make_report_folder(const char *option, const std::filesystem::path &folder);
+
 // Each is whole, or as it was before. False, and a sentence for the user, where one could not be written.
 bool write_reports(const TestReports &files, std::span<const runner::Result> results, std::chrono::milliseconds time,
                    std::chrono::system_clock::time_point begin);

@@ -229,6 +229,8 @@ int play_and_report(const TestOptions &options, const std::vector<runner::Play> 
 }
 
 int play_all(const TestOptions &options, const std::vector<runner::Play> &plays) {
+  make_report_folder("--transcripts", options.transcripts);
+  make_report_folder("--report", options.pages);
   const play::Interrupts interrupts;
   const int status = play_and_report(options, plays, interrupts.alarm());
   return interrupts.signal() == 0 ? status : interrupts.die();

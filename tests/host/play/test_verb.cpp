@@ -263,7 +263,7 @@ TEST_F(PlayVerb, RefusesWhatMakesNoSenseBeforeTheFirstStep) {
       {"a script without a box",
        "say \"begun\"\n",
        {},
-       "spbox: walk.play makes no box. Write `box qe1`, for example, or give one"},
+       "spbox: walk.play makes no box. Write `box qe1`, for example, or play it"},
       {"a folder that is no box",
        "say \"begun\"\n",
        {"--box", "boxes"},

@@ -212,6 +212,10 @@ TEST_F(TestVerb, RefusesWhatMakesNoSenseBeforeTheFirstPlay) {
        {"--json", "nowhere/report.json"},
        "spbox: --json: nowhere/report.json cannot be written: No such file or directory. Nothing was played. `spbox "
        "help test` says more.\n"},
+      {"a folder for transcripts that is a file",
+       {"--transcripts", "kept.xml"},
+       "spbox: --transcripts: nothing can be written into kept.xml: Not a directory. Nothing was played. `spbox help "
+       "test` says more.\n"},
       {"one file for two reports",
        {"--junit", "report", "--json", "empty/../report"},
        "spbox: --junit and --json: empty/../report cannot hold both reports. Give each a file of its own. Nothing was "
