@@ -2,7 +2,6 @@
 #include <sys/resource.h>
 
 #include <algorithm>
-#include <cctype>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
@@ -10,7 +9,6 @@
 #include <set>
 
 #include "host/base/descriptor.h"
-#include "host/base/read_all.h"
 #include "host/base/shown.h"
 #include "host/play/interrupts.h"
 #include "host/play/own_folder.h"
@@ -24,6 +22,7 @@
 #include "host/spbox/progress_line.h"
 #include "host/spbox/speed.h"
 #include "host/spbox/standard_output.h"
+#include "host/spbox/sweep_findings.h"
 #include "host/spbox/test_report.h"
 #include "host/spbox/verbs.h"
 #include "host/spbox/whole_file.h"
@@ -127,16 +126,6 @@ double seconds_of_processor() {
   return seconds(usage.ru_utime) + seconds(usage.ru_stime);
 }
 
-// A play that shows a fault, one for all replays that show the same.
-struct Finding {
-  std::string fault;  // "exit: maintenance mode is on, ..."
-  fs::path play;
-  std::size_t lines;  // of it
-  std::size_t replays = 1;
-  enum class Alone { kUntried, kFails, kPasses } alone = Alone::kUntried;  // its play
-  std::string unwritten = {};                                              // why it is in no file
-};
-
 class Sweep {
  public:
   // The folder is for what the replays need of the good play.
@@ -149,6 +138,7 @@ class Sweep {
         all_(sweep::all_deviations(steps_, good_)),
         fold_(good_, options.plan.seed),
         cases_(sweep::plan(all_, options.every ? nullptr : &fold_, options.plan)),
+        findings_(options.files.script, findings_folder(options), options.pages),
         progress_(cases_.size()) {
     write_whole_file(good_file(), sweep::text_of(good_));
     for (const sweep::Case &one : cases_) {
@@ -170,22 +160,20 @@ class Sweep {
     progress_.clear();
     processor_ = seconds_of_processor();
     time_ = progress_.time();
-    show_findings_again();
+    play_findings();
     play::OwnFolder::remove_what_the_dead_left();
   }
 
   // Whether --only names a deviation. A shard may have none of those that it names.
   bool has_named() const {
-    return std::ranges::any_of(all_, [this](const sweep::Deviation &deviation) {
-      return name_of(deviation).find(options_.plan.only) != std::string::npos;
-    });
+    return std::ranges::any_of(all_, [this](const auto &deviation) { return is_named(deviation, options_.plan); });
   }
 
   // Whether two of these are at different points, so that they can make a pair.
   bool has_pairs() const {
     std::set<std::string> places;
     for (const sweep::Deviation &deviation : all_) {
-      if (name_of(deviation).find(options_.plan.only) != std::string::npos) places.insert(where(deviation));
+      if (is_named(deviation, options_.plan)) places.insert(where(deviation));
     }
     return places.size() > 1;
   }
@@ -198,7 +186,7 @@ class Sweep {
     const auto results = results_of();
     print_line("");
     print(sweep::table_of(sweep::tallies_of(tried_)));
-    tell_findings();
+    findings_.tell();
     print_line("");
     print_line(summary(results));
     const bool are_written = write_reports(options_.reports, "spbox sweep", results, time_, date, json(results));
@@ -250,7 +238,7 @@ class Sweep {
       result.reason.clear();
       for (const sweep::Fault &fault : outcome.faults) {
         result.reason += fault.what + "\n";
-        keep(fault, outcome, jobs_[job].name, tried_[job]);
+        findings_.keep(fault, outcome, jobs_[job].name, tried_[job]);
       }
     }
     progress_.counts(is_wrong(result.verdict));
@@ -260,95 +248,11 @@ class Sweep {
     std::fflush(stdout);
   }
 
-  // ---- findings
-
-  void keep(const sweep::Fault &fault, const sweep::Outcome &outcome, const std::string &name,
-            const sweep::Tried &tried) {
-    const std::string key = tried.kind + " " + tried.deviation + ": " + fault.what;
-    const auto known = std::ranges::find(findings_, key, &Finding::fault);
-    if (known != findings_.end()) {
-      ++known->replays;
-      return;
-    }
-    const std::string title = "A sweep of " + options_.files.script.filename().string() + ": " + name + ".";
-    const std::string text = sweep::finding_of(title, outcome, fault);
-    findings_.push_back({key, file_for(name, text), static_cast<std::size_t>(std::ranges::count(text, '\n'))});
-    Finding &finding = findings_.back();
-    try {
-      fs::create_directories(finding.play.parent_path());
-      write_whole_file(finding.play, text);
-    } catch (const std::system_error &error) {
-      finding.unwritten = error.code().message();
-    }
-  }
-
-  // Named after what was otherwise, so that the shares of a sweep can write into one folder. A play that somebody keeps there stays.
-  fs::path file_for(const std::string &name, const std::string &text) const {
-    constexpr std::size_t kLongest = 100;
-    std::string plain;
-    for (const char c : name.substr(0, kLongest)) {
-      const bool is_plain = std::isalnum(static_cast<unsigned char>(c)) != 0 || c == '.';
-      if (is_plain || !plain.ends_with('_')) plain += is_plain ? c : '_';
-    }
-    const auto is_taken = [&](const fs::path &file) {
-      return std::ranges::find(findings_, file, &Finding::play) != findings_.end() ||
-             (fs::exists(file) && base::text_if_readable(file.c_str()) != text);
-    };
-    fs::path file = findings_folder(options_) / (plain + ".play");
-    for (int other = 2; is_taken(file); ++other) {
-      file.replace_filename(plain + "_" + std::to_string(other) + ".play");
-    }
-    return file;
-  }
-
-  // Whether it fails at its last line, which is what it shows.
-  Finding::Alone alone_of(const runner::JobEnding &ending, const Finding &finding) const {
-    if (ending.interrupted) return Finding::Alone::kUntried;
-    const runner::Result result = runner::judge(ending, longest_replay(options_));
-    const bool is_there = result.account.place.ends_with(":" + std::to_string(finding.lines));
-    return result.verdict == runner::Verdict::kFailed && is_there ? Finding::Alone::kFails : Finding::Alone::kPasses;
-  }
-
-  void show_findings_again() {
-    std::vector<runner::Job> jobs;
-    std::vector<Finding *> written;
-    for (Finding &finding : findings_) {
-      if (!finding.unwritten.empty()) continue;
-      written.push_back(&finding);
-      std::vector<std::string> words{this_program(), "play", "--account-fd", "3"};
-      add_options(words);
-      if (!options_.pages.empty()) words.insert(words.end(), {"--report", page_of(finding)});
-      words.insert(words.end(), {"--", finding.play.string()});
-      jobs.push_back({finding.play.string(), std::move(words)});
-    }
-    run_side_by_side(
-        jobs, {options_.pool.width(), longest_replay(options_), alarm_},
-        {.begins = [](std::size_t) {},
-         .ends = [&](std::size_t job,
-                     const runner::JobEnding &ending) { written[job]->alone = alone_of(ending, *written[job]); },
-         .second_passes = [] {}});
-  }
-
-  std::string page_of(const Finding &finding) const {
-    return (options_.pages / finding.play.filename().replace_extension(".html")).string();
-  }
-
-  void tell_findings() const {
-    if (findings_.empty()) return;
-    print_line("");
-    print_line("Findings, each with a play that shows it:");
-    for (const Finding &finding : findings_) {
-      print_line(base::shown(finding.play.string()) + "  (" + std::to_string(finding.replays) + " of the replays)");
-      print_line("    " + finding.fault);
-      if (!finding.unwritten.empty()) {
-        print_line("    This play could not be written: " + finding.unwritten + ".");
-      } else if (finding.alone == Finding::Alone::kPasses) {
-        print_line("    Played alone, this play did not fail there.");
-      }
-      if (!options_.pages.empty() && fs::exists(page_of(finding))) {
-        print_line("    " + base::shown(page_of(finding)) + " shows it step by step.");
-      }
-    }
+  // Shows each finding once more.
+  void play_findings() {
+    std::vector<std::string> options;
+    add_options(options);
+    findings_.play_again(options, {options_.pool.width(), longest_replay(options_), alarm_});
   }
 
   // ---- reports
@@ -379,7 +283,7 @@ class Sweep {
   }
 
   Json json(std::span<const runner::Result> results) const {
-    Json::List replays, table, findings;
+    Json::List replays, table;
     for (const runner::Result &result : results) replays.push_back(json_of_result(result));
     for (const sweep::Tally &tally : sweep::tallies_of(tried_)) {
       table.push_back(Json::Object{{"point", tally.kind},
@@ -387,14 +291,6 @@ class Sweep {
                                    {"passed", tally.passed},
                                    {"failed", tally.failed},
                                    {"unplayed", tally.unplayed}});
-    }
-    for (const Finding &finding : findings_) {
-      findings.push_back(Json::Object{
-          {"fault", finding.fault},
-          {"play", finding.play.string()},
-          {"replays", finding.replays},
-          {"fails_alone",
-           finding.alone == Finding::Alone::kUntried ? Json() : Json(finding.alone == Finding::Alone::kFails)}});
     }
     return Json::Object{{"play", options_.files.script.string()},
                         {"points", points()},
@@ -405,7 +301,7 @@ class Sweep {
                         {"unplayed", count(results, runner::Verdict::kUnplayed)},
                         {"milliseconds", time_.count()},
                         {"table", table},
-                        {"findings", findings},
+                        {"findings", findings_.json()},
                         {"replays", replays}};
   }
 
@@ -417,11 +313,11 @@ class Sweep {
   std::vector<sweep::Deviation> all_;
   sweep::Fold fold_;
   std::vector<sweep::Case> cases_;
+  SweepFindings findings_;
   milliseconds time_{0};
   double processor_ = 0;
   std::vector<runner::Job> jobs_;
   std::vector<sweep::Tried> tried_;
-  std::vector<Finding> findings_;
   ProgressOfPlays progress_;
 };
 
@@ -452,14 +348,11 @@ int sweep_all(const SweepOptions &options, int alarm) {
 
 int sweep_play(const SweepOptions &options) {
   check_reports(options.reports);
-  for (const fs::path &folder : {findings_folder(options), options.pages}) {
-    if (!fs::exists(folder) || fs::is_directory(folder)) continue;
-    throw UsageError(base::shown(folder.string()) + " is no folder, so no finding can be written. Nothing was played.");
-  }
-  std::error_code error;
-  if (!options.pages.empty() && !fs::create_directories(options.pages, error) && error) {
-    throw UsageError(base::shown(options.pages.string()) + " cannot be made: " + error.message() +
-                     ". Nothing was played.");
+  make_report_folder("--report", options.pages);
+  const fs::path findings = findings_folder(options);  // made for the first finding
+  if (fs::exists(findings) && !fs::is_directory(findings)) {
+    throw UsageError(base::shown(findings.string()) +
+                     " is no folder, so no finding can be written. Nothing was played.");
   }
   const play::Interrupts interrupts;
   int status = kFailure;

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <csignal>
+#include <filesystem>
 
 #include "host/base/signal_name.h"
 #include "host/box/inventory_kinds.h"
@@ -230,7 +231,7 @@ void add_at_points(const DeviationRow &row, const Good &good, std::vector<Deviat
     const std::uint32_t last = last_for(row, range);
     for (std::uint32_t number = range.first; number <= last; ++number) {
       for (const box::Turn &turn : turns) {
-        to.push_back({&row, range.command, box::Deviation{range.kind, range.name, number, turn, 0}, 0, {}});
+        to.push_back({&row, range.command, box::Deviation{range.kind, range.name, number, turn, 0}});
       }
     }
   }
@@ -246,14 +247,18 @@ std::optional<At> occasion_of(const play::Step &step) {
 void add_at_steps(const DeviationRow &row, const std::vector<play::Step> &steps, const Good &good,
                   std::vector<Deviation> &to) {
   std::string model;
-  std::size_t begun = 0;
+  std::size_t begun = 0, number = 0;
   for (std::size_t i = 0; i < steps.size(); ++i) {
     const play::Step &step = steps[i];
     if (step.row->traits.makes_box) model = step.words[0];
     if (step.row->traits.starts_command) ++begun;
     const bool runs = begun > 0 && begun <= good.commands.size() && steps[good.commands[begun - 1].start].late.empty();
-    if (!runs || !step.late.empty() || occasion_of(step) != row.at) continue;
-    if (const auto instead = row.instead({step.words, model})) to.push_back({&row, begun - 1, {}, i, *instead});
+    if (occasion_of(step) != row.at) continue;
+    ++number;
+    if (!runs || !step.late.empty()) continue;
+    const auto instead = row.instead({step.words, model});
+    if (instead)
+      to.push_back({&row, begun - 1, {}, i, number, std::filesystem::path(step.place).filename().string(), *instead});
   }
 }
 
@@ -276,7 +281,7 @@ std::string kind_of(const Deviation &deviation) {
 }
 
 std::string where(const Deviation &deviation) {
-  if (!deviation.point) return kind_of(deviation) + " at step " + std::to_string(deviation.step + 1);
+  if (!deviation.point) return kind_of(deviation) + " " + std::to_string(deviation.number) + " at " + deviation.place;
   const box::Deviation &point = *deviation.point;
   const std::string name = point.kind == PointKind::kTrace ? trace_book::event_text(point.name) : point.name;
   return kind_of(deviation) + (name.empty() ? "" : " " + name) + " " + std::to_string(point.number);

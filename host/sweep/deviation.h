@@ -47,11 +47,14 @@ struct Deviation {
 
   std::optional<box::Deviation> point;
 
-  std::size_t step = 0;  // the number of the step that is played otherwise
-  std::vector<Words> instead;
+  // Or the step that is played otherwise.
+  std::size_t step = 0;    // its number in the play
+  std::size_t number = 0;  // among the answers, or among the units that are pulled or inserted, from 1
+  std::string place = {};  // "walk.play:12"
+  std::vector<Words> instead = {};
 };
 
-std::string where(const Deviation &deviation);    // "program ctlled 2", "step 12: type "1\n""
+std::string where(const Deviation &deviation);    // "program ctlled 2", "answer 3 at walk.play:12"
 std::string what(const Deviation &deviation);     // "exit 206", "missing"
 std::string name_of(const Deviation &deviation);  // "program ctlled 2: exit 206"
 std::string kind_of(const Deviation &deviation);  // "program", "answer"

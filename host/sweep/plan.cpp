@@ -33,10 +33,14 @@ std::vector<Case> pairs(const std::vector<std::size_t> &wanted, const std::vecto
 
 }  // namespace
 
+bool is_named(const Deviation &deviation, const PlanRules &rules) {
+  return name_of(deviation).find(rules.only) != std::string::npos;
+}
+
 std::vector<Case> plan(const std::vector<Deviation> &all, const Fold *fold, const PlanRules &rules) {
   std::vector<std::size_t> named, wanted;
   for (std::size_t i = 0; i < all.size(); ++i) {
-    if (name_of(all[i]).find(rules.only) != std::string::npos) named.push_back(i);
+    if (is_named(all[i], rules)) named.push_back(i);
   }
   if (fold == nullptr) {
     wanted = named;

@@ -19,6 +19,9 @@ struct PlanRules {
   runner::Shard shard = {};
 };
 
+// Whether the rules name it with `only`.
+bool is_named(const Deviation &deviation, const PlanRules &rules);
+
 // The numbers of the deviations that meet one replay.
 using Case = std::vector<std::size_t>;
 

@@ -9,7 +9,10 @@
 
 inline std::vector<play::Step> steps_of(const std::vector<sweep::Words> &lines) {
   std::vector<play::Step> steps;
-  for (const sweep::Words &words : lines) steps.push_back(sweep::step_of(words));
+  for (const sweep::Words &words : lines) {
+    steps.push_back(sweep::step_of(words));
+    steps.back().place = "walks/swap.play:" + std::to_string(steps.size());
+  }
   return steps;
 }
 

@@ -35,17 +35,17 @@ TEST_F(Deviations, AreAtEachPointOfTheirKind) {
                            "log 1: refused",
                            "log 1: signal SIGKILL",
                            "trace lmainte_detach_fru entry 2: signal SIGTERM",
-                           "answer at step 4: q",
-                           "answer at step 7: cut",
-                           "answer at step 4: Ctrl-Z",
+                           "answer 1 at swap.play:4: q",
+                           "answer 2 at swap.play:7: cut",
+                           "answer 1 at swap.play:4: Ctrl-Z",
                            "file make 2: full",
                            "pager 1: missing",
                            "pager 1: refused",
                            "pager 1: signal SIGKILL",
                            "pager 1: midway",
                            "file make 1: signal SIGKILL",
-                           "pull at step 5: never",
-                           "insert at step 6: vanishes"}) {
+                           "pull 1 at swap.play:5: never",
+                           "insert 1 at swap.play:6: vanishes"}) {
     EXPECT_TRUE(has(name)) << name;
   }
   EXPECT_FALSE(has("program ctlled 3: exit 206")) << "the good play did not come there";
@@ -78,15 +78,17 @@ TEST_F(Deviations, AreWrittenAsStepsOfAPlay) {
   EXPECT_EQ(sweep::lines_of(named("log 1: refused")), Lines{"spbox deviate log --at 1 --refused"});
   EXPECT_EQ(sweep::lines_of(named("file make 2: full")), Lines{"spbox deviate file make --at 2 --full"});
   EXPECT_EQ(sweep::lines_of(named("pager 1: midway")), Lines{"spbox deviate pager --at 1 --midway"});
-  EXPECT_EQ(sweep::lines_of(named("answer at step 4: nonsense")),
+  EXPECT_EQ(sweep::lines_of(named("answer 1 at swap.play:4: nonsense")),
             (Lines{"type \"nonsense\\n\"", "pause 1", "type \"1\\n\""}));
-  EXPECT_EQ(sweep::lines_of(named("answer at step 7: cut")), Lines{"hangup"});
-  EXPECT_EQ(sweep::lines_of(named("answer at step 7: resized")), (Lines{"resize 30 100", "pause 1", "type \"1\\n\""}));
-  EXPECT_EQ(sweep::lines_of(named("pull at step 5: never")), Lines{});
-  EXPECT_EQ(sweep::lines_of(named("pull at step 5: another")), Lines{"spbox pull /PSU#1"});
-  EXPECT_EQ(sweep::lines_of(named("insert at step 6: vanishes")),
+  EXPECT_EQ(sweep::lines_of(named("answer 2 at swap.play:7: cut")), Lines{"hangup"});
+  EXPECT_EQ(sweep::lines_of(named("answer 2 at swap.play:7: resized")),
+            (Lines{"resize 30 100", "pause 1", "type \"1\\n\""}));
+  EXPECT_EQ(sweep::lines_of(named("pull 1 at swap.play:5: never")), Lines{});
+  EXPECT_EQ(sweep::lines_of(named("pull 1 at swap.play:5: another")), Lines{"spbox pull /PSU#1"});
+  EXPECT_EQ(sweep::lines_of(named("insert 1 at swap.play:6: vanishes")),
             (Lines{"spbox insert /PSU#0", "hands \"after 3; pull /PSU#0\""}));
-  EXPECT_EQ(sweep::lines_of(named("insert at step 6: faulty")), (Lines{"spbox insert /PSU#0", "spbox fault /PSU#0"}));
+  EXPECT_EQ(sweep::lines_of(named("insert 1 at swap.play:6: faulty")),
+            (Lines{"spbox insert /PSU#0", "spbox fault /PSU#0"}));
 }
 
 TEST_F(Deviations, AreTheSameEachTime) {

@@ -205,7 +205,7 @@ TEST_F(SweepVerb, RefusesWhatItCannotSweep) {
        "spbox: bad.play is no folder, so no finding can be written. Nothing was played."},
       {{"sweep", "good.play", "--report", "bad.play"},
        2,
-       "spbox: bad.play is no folder, so no finding can be written. Nothing was played."},
+       "spbox: --report: nothing can be written into bad.play: Not a directory. Nothing was played."},
       {{"sweep", "good.play", "--only", "no\nsuch"},
        2,
        R"(spbox: no deviation of good.play has "no\x0asuch" in its name. --list prints the names.)"},
