@@ -207,6 +207,13 @@ void judge(const Verb &verb, const std::vector<Given> &all) {
   }
 }
 
+void take(const std::vector<Given> &all, bool flags) {
+  for (const Given &given : all) {
+    const bool is_flag = std::holds_alternative<bool *>(given.row->to);
+    if (is_flag == flags && !given.values.empty()) std::visit(Taking(given), given.row->to);
+  }
+}
+
 void add_to(CLI::App &app, Given &given) {
   const Word &row = *given.row;
   if (std::holds_alternative<bool *>(row.to)) {
@@ -244,10 +251,9 @@ Asked read_line(const Verb &verb, Words line) {
     if (std::holds_alternative<Rest>(given.row->to)) given.values = rest;
     if (std::holds_alternative<bool *>(given.row->to) && given.option->count() > 0) given.values = {"given"};
   }
+  take(all, true);  // --json says how it is told that the rest makes no sense
   judge(verb, all);
-  for (const Given &given : all) {
-    if (!given.values.empty()) std::visit(Taking(given), given.row->to);
-  }
+  take(all, false);
   if (verb.check) verb.check();
   return Asked::kToAct;
 }

@@ -9,6 +9,7 @@
 #include "host/box/advice.h"
 #include "host/script/script.h"
 #include "host/spbox/act.h"
+#include "host/spbox/answer.h"
 #include "host/spbox/damaged_files.h"
 #include "host/spbox/enter_box.h"
 #include "host/spbox/help.h"
@@ -92,7 +93,8 @@ int main(int argc, char **argv) {
   spbox::tell_of_damaged_files();
   spbox::say_out_of_memory_at_any_end();
   try {
-    return spbox::with_output_judged(judged(Words(argv + 1, argv + argc)));
+    const int status = judged(Words(argv + 1, argv + argc));
+    return spbox::with_output_judged(spbox::with_answer(argv[1] == nullptr ? "" : argv[1], status));
   } catch (const std::bad_alloc &) {
     return spbox::out_of_memory();
   }

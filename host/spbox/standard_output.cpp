@@ -4,6 +4,7 @@
 #include <sys/ioctl.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <array>
 #include <cerrno>
 #include <cstdio>
@@ -19,9 +20,20 @@
 namespace spbox {
 namespace {
 
+void keep(std::string_view text) {
+  while (!text.empty()) {
+    const std::size_t end = std::min(text.find('\n'), text.size());
+    if (end > 0) kept_output().lines.emplace_back(text.substr(0, end));
+    text.remove_prefix(std::min(end + 1, text.size()));
+  }
+}
+
+constexpr std::string_view kHead = "spbox: ";  // of an error
+
 int g_reason = 0;  // why a part of the output could not be written, the first one
 
 void put(const std::string &text) {
+  if (kept_output().is_wanted) return keep(text);
   errno = 0;
   if (std::fputs(text.c_str(), stdout) < 0 && g_reason == 0) g_reason = errno;
 }
@@ -44,6 +56,11 @@ void print(std::string_view lines) {
 
 void print_line(std::string_view line) {
   put(base::shown(line) + "\n");
+}
+
+KeptOutput &kept_output() {
+  static KeptOutput kept;
+  return kept;
 }
 
 Window window_of_output() {
@@ -75,12 +92,14 @@ void print_over(std::string_view text) {
 }
 
 void complain(std::string_view line) {
-  std::fflush(stdout);
-  std::fputs(("spbox: " + base::shown(line) + "\n").c_str(), stderr);
+  complain_in_lines(std::string(kHead) + base::shown(line) + "\n");
 }
 
 void complain_in_lines(std::string_view lines) {
-  std::fputs(base::shown_lines(lines).c_str(), stderr);
+  const std::string text = base::shown_lines(lines);
+  if (kept_output().is_wanted) keep(std::string_view(text).substr(text.starts_with(kHead) ? kHead.size() : 0));
+  std::fflush(stdout);
+  std::fputs(text.c_str(), stderr);
 }
 
 int out_of_memory() {

@@ -2,7 +2,9 @@
 #pragma once
 
 #include <cstddef>
+#include <string>
 #include <string_view>
+#include <vector>
 
 namespace spbox {
 
@@ -15,6 +17,13 @@ void print(std::string_view lines);
 void print_line(std::string_view line);
 void complain(std::string_view line);
 void complain_in_lines(std::string_view lines);  // without the head
+
+// Lines that are kept instead, while that is wanted: those of standard output, and errors, without their heads.
+struct KeptOutput {
+  bool is_wanted = false;
+  std::vector<std::string> lines;
+};
+KeptOutput &kept_output();
 
 // What standard output is: a terminal with so many columns, or something without any. It has colours where it is a terminal that
 // knows some, and NO_COLOR is not set.

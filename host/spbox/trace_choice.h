@@ -19,7 +19,7 @@ struct TraceOptions {
   std::filesystem::path box;
   std::size_t last = 0;  // 0: all
   pid_t pid = 0;         // 0: of all
-  bool as_json = false, errors = false, calls = false, follow = false;
+  bool errors = false, calls = false, follow = false;
   std::string run, function, since;
   bool each_name = false;
   std::set<pid_t> inside;  // who is in the box

@@ -53,6 +53,7 @@ struct Word {
   Need need = Need::kOptional;
   std::string value = {};                  // of an option, what stands behind it: "SECONDS"
   std::vector<std::string> excludes = {};  // options that cannot be given with this one
+  bool is_hidden = false;                  // for processes of spbox's own
   bool is_box = false;                     // a path: the folder of the box; without one, it is the box at hand
 
   bool is_option() const { return name.starts_with('-'); }
@@ -88,9 +89,6 @@ inline auto step_of_verb(const std::string &name, const std::function<bool()> &c
 // The words that many verbs take.
 inline Word box_word(std::filesystem::path &box) {
   return {.name = "DIR", .help = "Folder of the box", .to = &box, .need = Need::kRequired, .is_box = true};
-}
-inline Word json_option(bool &as_json) {
-  return {.name = "--json", .help = "For scripts", .to = &as_json};
 }
 inline Word force_option(bool &force) {
   return {.name = "--force", .help = "Replace the box that is there, and lose what it holds", .to = &force};

@@ -2,6 +2,7 @@
 #include <memory>
 
 #include "host/box/inventory.h"
+#include "host/spbox/answer.h"
 #include "host/spbox/standard_output.h"
 #include "host/spbox/text.h"
 #include "host/spbox/verbs.h"
@@ -18,10 +19,13 @@ struct ChangesOptions {
 int change(const ChangesOptions &options, box::Change change) {
   const box::Inventory inventory(box::Place{options.box});
   std::vector<std::vector<std::string>> lines;
+  Json::List units;
   for (const box::Unit &unit : inventory.change(change, options.units)) {
     lines.push_back({unit.place.name, std::string(box::state_word(unit))});
+    units.emplace_back(Json::Object{{"name", unit.place.name}, {"state", box::state_word(unit)}});
   }
-  print(aligned(lines));
+  answer({{"units", units}});
+  if (!is_for_script()) print(aligned(lines));
   return 0;
 }
 

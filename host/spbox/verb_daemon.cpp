@@ -6,8 +6,8 @@
 #include "host/box/daemon_bend.h"
 #include "host/box/daemon_socket.h"
 #include "host/include/lmainte_host.h"
+#include "host/spbox/answer.h"
 #include "host/spbox/bent_text.h"
-#include "host/spbox/json.h"
 #include "host/spbox/standard_output.h"
 #include "host/spbox/verbs.h"
 
@@ -20,7 +20,7 @@ struct DaemonOptions {
   std::uint32_t seconds = 0;
   std::uint32_t delay = 0;
   bool silent = false, dead = false, garbled = false, reset = false;
-  bool as_json = false, is_running = false;
+  bool is_running = false;
 };
 
 const box::DaemonWayName &row_of(box::DaemonWay way) {
@@ -61,12 +61,11 @@ int daemon(const DaemonOptions &options) {
   const bool changes = !options.way.empty();
   const box::DaemonBend bend = changes ? box::DaemonBend{way_of(options.way), options.seconds} : box::daemon_bend(kept);
   if (changes) box::set_daemon_bend(kept, bend);
-  if (options.as_json) {
-    const Json whole = Json::Object{{"name", LMAINTE_HOST_MONITOR},
-                                    {"running", options.is_running},
-                                    {"way", row_of(bend.way).name},
-                                    {"seconds", bend.way == box::DaemonWay::kLate ? Json(bend.seconds) : Json()}};
-    print(whole.text());
+  if (is_for_script()) {
+    answer({{"name", LMAINTE_HOST_MONITOR},
+            {"running", options.is_running},
+            {"way", row_of(bend.way).name},
+            {"seconds", bend.way == box::DaemonWay::kLate ? Json(bend.seconds) : Json()}});
     return 0;
   }
   print_line(LMAINTE_HOST_MONITOR + std::string(options.is_running ? ", running: " : ", not running: ") +
@@ -130,8 +129,7 @@ Verb daemon_verb() {
                     {.name = "--silent", .help = "It does not answer", .to = &options->silent},
                     {.name = "--dead", .help = "It ends the connection instead of answering", .to = &options->dead},
                     {.name = "--garbled", .help = "Its answers are not as long as they say", .to = &options->garbled},
-                    {.name = "--reset", .help = "It answers as it should", .to = &options->reset},
-                    json_option(options->as_json)},
+                    {.name = "--reset", .help = "It answers as it should", .to = &options->reset}},
           .footer =
               "`spbox run` starts the daemon with the command, and ends it when the command has\n"
               "ended. It answers the new way from the next request on.\n\n"

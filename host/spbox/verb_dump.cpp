@@ -6,6 +6,7 @@
 #include "host/box/advice.h"
 #include "host/box/confinement.h"
 #include "host/script/script.h"
+#include "host/spbox/answer.h"
 #include "host/spbox/dump.h"
 #include "host/spbox/new_box.h"
 #include "host/spbox/standard_output.h"
@@ -29,7 +30,11 @@ int dump(const DumpOptions &options) {
   const box::Place place(options.box);
   const std::string text = box::in_confinement(place, [&] { return dump_of(box::contents_of(place)); });
   if (options.file.empty() || options.file == "-" || options.file == "/dev/stdout") {
-    print(text);
+    if (is_for_script()) {
+      answer({{"dump", text}});
+    } else {
+      print(text);
+    }
     return 0;
   }
   try {

@@ -11,6 +11,7 @@
 #include "host/box/record_words.h"
 #include "host/recorder/deed.h"
 #include "host/script/values.h"
+#include "host/spbox/answer.h"
 #include "host/spbox/dump.h"
 #include "host/spbox/editor.h"
 #include "host/spbox/record_targets.h"
@@ -164,7 +165,9 @@ int edit(const EditOptions &options) {
   if (options.changes.empty() && !options.prints) return edit_by_hand(place, options);
   box::confine_to(place);
   const box::Contents contents = contents_with(place, options);
-  if (options.prints) {
+  if (options.prints && is_for_script()) {
+    answer({{"dump", dump_of_records(contents)}});
+  } else if (options.prints) {
     print(dump_of_records(contents));
   } else {
     const Written record = written_in(contents).front();

@@ -4,7 +4,7 @@
 #include <utility>
 
 #include "host/box/contents.h"
-#include "host/spbox/json.h"
+#include "host/spbox/answer.h"
 #include "host/spbox/log_book.h"
 #include "host/spbox/standard_output.h"
 #include "host/spbox/text.h"
@@ -16,7 +16,6 @@ namespace {
 struct LogOptions {
   std::filesystem::path box;
   std::size_t last = 0;  // 0: all
-  bool as_json = false;
   Window window;
 };
 
@@ -59,8 +58,8 @@ int log(const LogOptions &options) {
                                 {"unit", line.unit},
                                 {"detail", line.detail}});
   }
-  if (options.as_json) {
-    print(Json(list).text());
+  if (is_for_script()) {
+    answer({{"entries", list}});
   } else if (entries.empty()) {
     print_line(damage.bytes == 0 ? "The log is empty." : "The log holds no whole entry.");
   } else {
@@ -86,7 +85,7 @@ Verb log_verb() {
   return {.name = "log",
           .line = "Show the service processor's log, in words",
           .works_on_box = true,
-          .words = {box_word(options->box), last_option(*options), json_option(options->as_json)},
+          .words = {box_word(options->box), last_option(*options)},
           .footer = "Example:\n  spbox log box --json",
           .prepare = [options] { options->window = window_of_output(); },
           .act = [options] { return log(*options); }};

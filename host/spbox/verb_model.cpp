@@ -3,7 +3,7 @@
 
 #include "host/box/contents.h"
 #include "host/box/model.h"
-#include "host/spbox/json.h"
+#include "host/spbox/answer.h"
 #include "host/spbox/standard_output.h"
 #include "host/spbox/verbs.h"
 
@@ -15,7 +15,6 @@ constexpr const char *kUnknown = "unknown";
 struct ModelOptions {
   std::filesystem::path box;
   std::string model;
-  bool as_json = false;
 };
 
 std::vector<std::string> known_names() {
@@ -31,8 +30,8 @@ int model(const ModelOptions &options) {
   if (!options.model.empty()) box::set_model(place, box::find_model(options.model));
   const std::string_view found = box::model_name(box::model_in(place));
   const std::string_view now = !options.model.empty() ? options.model : found.empty() ? kUnknown : found;
-  if (options.as_json) {
-    print(Json(Json::Object{{"model", now == kUnknown ? Json() : Json(now)}}).text());
+  if (is_for_script()) {
+    answer({{"model", now == kUnknown ? Json() : Json(now)}});
   } else {
     print_line(now);
   }
@@ -49,8 +48,7 @@ Verb model_verb() {
           .words = {box_word(options->box),
                     {.name = "MODEL",
                      .help = "qa, qb1, qb2, qe1, qe2, qe3 or unknown",
-                     .to = Choice{&options->model, "model", known_names()}},
-                    json_option(options->as_json)},
+                     .to = Choice{&options->model, "model", known_names()}}},
           .footer =
               "A server knows its model by a marker file in /tmp, such as .qe1. The records\n"
               "stay as they are: as those of another model, they make no sense. `unknown`\n"

@@ -9,8 +9,8 @@
 #include "host/box/contents.h"
 #include "host/box/points.h"
 #include "host/box/program_list.h"
+#include "host/spbox/answer.h"
 #include "host/spbox/bent_text.h"
-#include "host/spbox/json.h"
 #include "host/spbox/standard_output.h"
 #include "host/spbox/text.h"
 #include "host/spbox/verbs.h"
@@ -21,7 +21,7 @@ namespace {
 
 struct PointsOptions {
   std::filesystem::path box;
-  bool count = false, forget = false, as_json = false;
+  bool count = false, forget = false;
 };
 
 struct DeviateOptions {
@@ -82,7 +82,7 @@ namespace {
 
 // ---- points --------------------------------------------------------------------------------------------------------
 
-Json points_json(const box::Points &points, bool counting) {
+Json::Object points_json(const box::Points &points, bool counting) {
   Json::List counts, deviations;
   for (const box::PointCount &count : points.counts) {
     counts.push_back(Json::Object{
@@ -131,8 +131,8 @@ int points(const PointsOptions &options) {
     return 0;
   }
   const std::optional<box::Points> counted = box::points_of(place);
-  if (options.as_json) {
-    print(points_json(counted.value_or(box::Points()), counted.has_value()).text());
+  if (is_for_script()) {
+    answer(points_json(counted.value_or(box::Points()), counted.has_value()));
   } else if (counted) {
     print_points(*counted);
   } else {
@@ -253,12 +253,8 @@ Verb points_verb() {
                     {.name = "--count",
                      .help = "Count them from now on, from 0 and without deviations",
                      .to = &options->count,
-                     .excludes = {"--forget", "--json"}},
-                    {.name = "--forget",
-                     .help = "Count them no longer; all happens as usual",
-                     .to = &options->forget,
-                     .excludes = {"--json"}},
-                    json_option(options->as_json)},
+                     .excludes = {"--forget"}},
+                    {.name = "--forget", .help = "Count them no longer; all happens as usual", .to = &options->forget}},
           .footer =
               "A point is something that a command asks its platform for, or the start of a\n"
               "control program. `spbox deviate` lets something else happen there. A command\n"

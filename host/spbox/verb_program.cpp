@@ -8,8 +8,8 @@
 #include "host/box/contents.h"
 #include "host/box/inhabitants.h"
 #include "host/box/program_list.h"
+#include "host/spbox/answer.h"
 #include "host/spbox/bent_text.h"
-#include "host/spbox/json.h"
 #include "host/spbox/standard_output.h"
 #include "host/spbox/text.h"
 #include "host/spbox/verbs.h"
@@ -22,7 +22,7 @@ struct ProgramOptions {
   std::string name;
   box::Bend bend;
   std::string die;
-  bool reset = false, as_json = false;
+  bool reset = false;
   std::set<pid_t> inside;  // who is in the box: a last run may still be going on
 };
 
@@ -77,14 +77,18 @@ Json bend_json(const box::TextDatabase &kept, std::string_view name, const std::
                       {"last_run", last_run_json(last_run(kept, name), inside)}};
 }
 
-std::string text_of(const box::TextDatabase &kept, const ProgramOptions &options) {
+struct Shown {
   std::vector<std::vector<std::string>> lines{{"Program", "Bent", "Last run"}};
   Json::List list;
+};
+
+Shown shown(const box::TextDatabase &kept, const ProgramOptions &options) {
+  Shown all;
   for (const std::string &name : options.name.empty() ? box::program_names() : std::vector{options.name}) {
-    lines.push_back({name, bend_text(bend_of(kept, name)), run_text(last_run(kept, name), options.inside)});
-    list.push_back(bend_json(kept, name, options.inside));
+    all.lines.push_back({name, bend_text(bend_of(kept, name)), run_text(last_run(kept, name), options.inside)});
+    all.list.push_back(bend_json(kept, name, options.inside));
   }
-  return options.as_json ? Json(list).text() : aligned(lines);
+  return all;
 }
 
 bool is_change(const ProgramOptions &options) {
@@ -101,9 +105,10 @@ int program(const ProgramOptions &options) {
     kept.lock();
     box::set_bend(kept, options.name, options.bend);
   }
-  const std::string text = text_of(kept, options);
+  const Shown all = shown(kept, options);
   if (changes) kept.unlock();
-  print(text);
+  answer({{"programs", all.list}});
+  if (!is_for_script()) print(aligned(all.lines));
   return 0;
 }
 
@@ -150,8 +155,7 @@ Verb program_verb() {
                     {.name = "--reset",
                      .help = "It does again what it should",
                      .to = &options->reset,
-                     .excludes = {"--exit", "--delay", "--hang", "--ignore-term", "--die"}},
-                    json_option(options->as_json)},
+                     .excludes = {"--exit", "--delay", "--hang", "--ignore-term", "--die"}}},
           .footer =
               "What is given replaces how the program was bent before. Several options may be\n"
               "given together, but not --die with --exit or --hang.\n\n"

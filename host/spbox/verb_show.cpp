@@ -4,7 +4,7 @@
 
 #include "host/box/inventory.h"
 #include "host/box/unit_name.h"
-#include "host/spbox/json.h"
+#include "host/spbox/answer.h"
 #include "host/spbox/standard_output.h"
 #include "host/spbox/text.h"
 #include "host/spbox/unit_text.h"
@@ -18,7 +18,6 @@ using Lines = std::vector<std::vector<std::string>>;
 struct ShowOptions {
   std::filesystem::path box;
   std::string unit;
-  bool as_json = false;
 };
 
 struct TypeRow {
@@ -67,9 +66,8 @@ void add_hardware(const box::Hardware &hardware, const std::string &name, Lines 
 }
 
 // A location without a record, or an I/O expansion unit: there is what control programs have set for it.
-int show_unrecorded(const box::Hardware &hardware, const std::string &name, const std::optional<box::UnitId> &id,
-                    bool as_json) {
-  if (as_json) {
+int show_unrecorded(const box::Hardware &hardware, const std::string &name, const std::optional<box::UnitId> &id) {
+  if (is_for_script()) {
     Json::Object entry{{"name", name},
                        {"unit_id", id ? id_json(*id) : Json()},
                        {"state", nullptr},
@@ -78,7 +76,7 @@ int show_unrecorded(const box::Hardware &hardware, const std::string &name, cons
                        {"detached", hardware.detached(name)}};
     if (const auto speed = hardware.fan(name); !speed.empty()) entry.push_back({"fan_speed", speed});
     if (const auto power = hardware.power(name); !power.empty()) entry.push_back({"power", power});
-    print(Json(entry).text());
+    answer(std::move(entry));
     return 0;
   }
   Lines lines{{"Unit", name}, {"State", "unknown: it has no record"}};
@@ -95,12 +93,12 @@ int show(const ShowOptions &options) {
   const std::string whole = box::location_of(options.unit);
   const auto id = box::unit_id(inventory.model(), whole);
   if (!inventory.has(whole) && (id || hardware.has_expansion(whole))) {
-    return show_unrecorded(hardware, whole, id, options.as_json);
+    return show_unrecorded(hardware, whole, id);
   }
   const box::Unit unit = inventory.unit(options.unit);
   const std::string &name = unit.place.name;
-  if (options.as_json) {
-    print(Json(json_of(unit, hardware)).text());
+  if (is_for_script()) {
+    answer(json_of(unit, hardware));
     return 0;
   }
   Lines lines{{"Unit", name}, {"Kind", type_text(unit.place)}};
@@ -124,15 +122,14 @@ int show(const ShowOptions &options) {
 
 Verb show_verb() {
   auto options = std::make_shared<ShowOptions>();
-  return {
-      .name = "show",
-      .line = "Show one unit, and the records that hold it",
-      .works_on_box = true,
-      .words = {box_word(options->box),
-                {.name = "UNIT", .help = "Its location, such as /PSU#3", .to = &options->unit, .need = Need::kRequired},
-                json_option(options->as_json)},
-      .footer = "Example:\n  spbox show box /PSU#3",
-      .act = [options] { return show(*options); }};
+  return {.name = "show",
+          .line = "Show one unit, and the records that hold it",
+          .works_on_box = true,
+          .words =
+              {box_word(options->box),
+               {.name = "UNIT", .help = "Its location, such as /PSU#3", .to = &options->unit, .need = Need::kRequired}},
+          .footer = "Example:\n  spbox show box /PSU#3",
+          .act = [options] { return show(*options); }};
 }
 
 }  // namespace spbox

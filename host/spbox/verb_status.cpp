@@ -6,9 +6,9 @@
 #include "host/box/inhabitants.h"
 #include "host/box/inventory.h"
 #include "host/box/partitions.h"
+#include "host/spbox/answer.h"
 #include "host/spbox/condition.h"
 #include "host/spbox/healing.h"
-#include "host/spbox/json.h"
 #include "host/spbox/standard_output.h"
 #include "host/spbox/text.h"
 #include "host/spbox/unit_text.h"
@@ -23,7 +23,6 @@ using Table = std::vector<TextLines>;
 
 struct StatusOptions {
   std::filesystem::path box;
-  bool as_json = false;
   TextLines at_work;  // nobody confined sees other processes
 };
 
@@ -84,7 +83,7 @@ Json list_of(const TextLines &lines) {
   return list;
 }
 
-Json condition_json(const Picture &picture, const TextLines &at_work) {
+Json::Object condition_json(const Picture &picture, const TextLines &at_work) {
   Json::List units;
   for (const box::Unit &unit : picture.units) units.emplace_back(json_of(unit, picture.hardware));
   const bool readable = picture.server.unreadable.empty();
@@ -99,13 +98,17 @@ Json condition_json(const Picture &picture, const TextLines &at_work) {
 
 int status(const StatusOptions &options) {
   const Picture picture{box::Place(options.box)};
-  print(options.as_json ? condition_json(picture, options.at_work).text() : condition_text(picture, options.at_work));
+  if (is_for_script()) {
+    answer(condition_json(picture, options.at_work));
+  } else {
+    print(condition_text(picture, options.at_work));
+  }
   return 0;
 }
 
 struct HealOptions {
   std::filesystem::path box;
-  bool as_json = false, somebody_works = false;
+  bool somebody_works = false;
 };
 
 int heal_box(const HealOptions &options) {
@@ -117,8 +120,8 @@ int heal_box(const HealOptions &options) {
     for (const std::string &line : lines) print_line(line);
     throw box::BoxError(base::told(error) + (lines.empty() ? "" : " What is printed is right; the rest is as it was."));
   }
-  if (options.as_json) {
-    print(Json(Json::Object{{"put_right", list_of(lines)}, {"somebody_works", options.somebody_works}}).text());
+  if (is_for_script()) {
+    answer({{"put_right", list_of(lines)}, {"somebody_works", options.somebody_works}});
     return 0;
   }
   for (const std::string &line : lines) print_line(line);
@@ -136,7 +139,7 @@ Verb status_verb() {
   return {.name = "status",
           .line = "Show who is at work, and what is not as usual",
           .works_on_box = true,
-          .words = {box_word(options->box), json_option(options->as_json)},
+          .words = {box_word(options->box)},
           .footer =
               "Units that are normal, dark and not under maintenance are left out. Bent are\n"
               "control programs, the daemon, records and points; `spbox heal` puts them right.\n\n"
@@ -150,7 +153,7 @@ Verb heal_verb() {
   return {.name = "heal",
           .line = "Put all right that is bent, broken, out or under maintenance",
           .works_on_box = true,
-          .words = {box_word(options->box), json_option(options->as_json)},
+          .words = {box_word(options->box)},
           .footer =
               "Records are restored, control programs and the daemon do what they should,\n"
               "points are no longer counted, units are in and normal. Where no command is at\n"

@@ -7,7 +7,7 @@
 #include "host/box/contents.h"
 #include "host/box/program_list.h"
 #include "host/box/time_files.h"
-#include "host/spbox/json.h"
+#include "host/spbox/answer.h"
 #include "host/spbox/standard_output.h"
 #include "host/spbox/text.h"
 #include "host/spbox/verbs.h"
@@ -20,7 +20,7 @@ struct TimesOptions {
   std::string name;
   std::vector<std::string> words;
   std::vector<std::uint32_t> seconds;
-  bool missing = false, reset = false, as_json = false;
+  bool missing = false, reset = false;
 };
 
 constexpr const char *kMissing = "The file is missing.";
@@ -120,10 +120,9 @@ int times(const TimesOptions &options) {
     kinds.push_back({std::string(kKinds.at(i)), seconds_text(first), seconds_text(second)});
     kind_list.emplace_back(Json::Object{{"name", kKinds.at(i)}, {"seconds_1", first}, {"seconds_2", second}});
   }
-  if (options.as_json) {
-    print(Json(Json::Object{{"programs", commands.times ? Json(program_list) : Json()},
-                            {"kinds", controls.times ? Json(kind_list) : Json()}})
-              .text());
+  if (is_for_script()) {
+    answer({{"programs", commands.times ? Json(program_list) : Json()},
+            {"kinds", controls.times ? Json(kind_list) : Json()}});
     return 0;
   }
   const bool all = options.name.empty(), of_kinds = kind_of(options.name).has_value();
@@ -166,8 +165,7 @@ Verb times_verb() {
                     {.name = "--reset",
                      .help = "All times as in a new box",
                      .to = &options->reset,
-                     .excludes = {"--missing"}},
-                    json_option(options->as_json)},
+                     .excludes = {"--missing"}}},
           .footer =
               "A command reads the times of the model that the server takes itself for.\n\n"
               "Examples:\n"

@@ -10,7 +10,7 @@
 #include "host/box/contents.h"
 #include "host/box/inhabitants.h"
 #include "host/box/trace_ring.h"
-#include "host/spbox/json.h"
+#include "host/spbox/answer.h"
 #include "host/spbox/standard_output.h"
 #include "host/spbox/text.h"
 #include "host/spbox/trace_choice.h"
@@ -56,7 +56,7 @@ void keep_last(std::vector<Entry> &entries, std::size_t last) {
 }
 
 // The records of the library that are wanted, with their numbers as ever.
-int print_json(const Rings &rings, const History &history, const TraceOptions &options) {
+void answer_with(const Rings &rings, const History &history, const TraceOptions &options) {
   const Wanted wanted(options, history);
   std::set<std::uint64_t> numbers;
   for (const Moment &moment : history.moments()) {
@@ -69,8 +69,7 @@ int print_json(const Rings &rings, const History &history, const TraceOptions &o
   keep_last(entries, options.last);
   Json::List list;
   for (const box::TraceEntry *entry : entries) list.push_back(trace_json(*entry));
-  print(Json(list).text());
-  return 0;
+  answer({{"records", list}});
 }
 
 enum class Head { kShown, kNone };
@@ -190,7 +189,9 @@ int trace(const TraceOptions &options) {
   const Rings rings = trace_book::rings_of(place);
   tell_of(rings.trouble);
   const History history(rings.records, rings.calls, box::model_in(place));
-  return options.as_json ? print_json(rings, history, options) : print_history(history, options);
+  if (!is_for_script()) return print_history(history, options);
+  answer_with(rings, history, options);
+  return 0;
 }
 
 }  // namespace
@@ -205,7 +206,6 @@ Verb trace_verb() {
                      .help = "Only so many, the newest",
                      .to = number(options->last, 1, box::TraceRing::kSlots),
                      .value = "COUNT"},
-                    json_option(options->as_json),
                     {.name = "--errors", .help = "Only errors", .to = &options->errors},
                     {.name = "--run",
                      .help = "Of one run of a command: last, its number, or the\ncommand's name for its last run",

@@ -6,7 +6,7 @@
 #include "host/box/inventory.h"
 #include "host/box/partitions.h"
 #include "host/box/records.h"
-#include "host/spbox/json.h"
+#include "host/spbox/answer.h"
 #include "host/spbox/standard_output.h"
 #include "host/spbox/text.h"
 #include "host/spbox/unit_choice.h"
@@ -21,7 +21,6 @@ using Lines = std::vector<std::vector<std::string>>;
 struct UnitsOptions {
   std::filesystem::path box;
   UnitChoice choice;
-  bool as_json = false;
 };
 
 // What spbox knows of a box, read once.
@@ -61,7 +60,7 @@ Json domain_json(const box::Domain &domain) {
   return Json::Object{{"number", domain.number}, {"word_0", hexadecimal(domain.word_0)}, {"byte_44", domain.byte_44}};
 }
 
-Json whole_json(const View &view, const std::vector<box::Unit> &units) {
+Json::Object whole_json(const View &view, const std::vector<box::Unit> &units) {
   Json::List list, xsbs, domains;
   Json::Object others;
   for (const box::Unit &unit : units) list.emplace_back(json_of(unit, view.hardware));
@@ -141,8 +140,8 @@ std::string other_table(const View &view) {
 int units(const UnitsOptions &options) {
   const View view{box::Place(options.box)};
   const std::vector<box::Unit> all = chosen_units(options.choice, view.inventory, view.hardware, view.xsbs);
-  if (options.as_json) {
-    print(whole_json(view, all).text());
+  if (is_for_script()) {
+    answer(whole_json(view, all));
     return 0;
   }
   std::string text = unit_table(all, view.hardware);
@@ -173,8 +172,7 @@ Verb units_verb() {
                     {.name = "--domain",
                      .help = "Only on boards of this domain",
                      .to = number(options->choice.domain, 0, box::kLastDomain),
-                     .value = "NUMBER"},
-                    json_option(options->as_json)},
+                     .value = "NUMBER"}},
           .footer =
               "Below the units come extended system boards and domains, and then what control\n"
               "programs have set for units that are not in the list, such as the LED of a fan\n"

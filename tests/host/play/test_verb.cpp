@@ -247,7 +247,7 @@ TEST_F(PlayVerb, RefusesWhatMakesNoSenseBeforeTheFirstStep) {
       {"a verb without its words",
        "box qe2\nspbox pull\n",
        {},
-       "spbox: walk.play:2: `spbox pull`: UNIT is missing, as in `spbox pull UNIT...`.\n"},
+       "spbox: walk.play:2: `spbox pull`: UNIT is missing, as in `spbox pull [OPTIONS] UNIT...`.\n"},
       {"an option that the verb lacks",
        "box qe2\nspbox show /PSU#3 --jsno\n",
        {},

@@ -40,7 +40,7 @@ const WrongRow kWrong[] = {
     {{"show", "box"}, "UNIT is missing, as in `spbox show [OPTIONS] [DIR] UNIT`. `spbox help show` says more."},
     {{"show", "box", "/PSU#0", "/PSU#1"},
      "`/PSU#1` is one word too many for `spbox show [OPTIONS] [DIR] UNIT`. `spbox help show` says more."},
-    {{"pull", "box"}, "UNIT is missing, as in `spbox pull [DIR] UNIT...`. `spbox help pull` says more."},
+    {{"pull", "box"}, "UNIT is missing, as in `spbox pull [OPTIONS] [DIR] UNIT...`. `spbox help pull` says more."},
     {{"run", "box"}, "COMMAND is missing, as in `spbox run [OPTIONS] [DIR] COMMAND...`. `spbox help run` says more."},
     {{"run", "box", "--"},
      "COMMAND is missing, as in `spbox run [OPTIONS] [DIR] COMMAND...`. `spbox help run` says more."},
@@ -231,8 +231,9 @@ TEST_F(CommandLine, GivesAdviceInTheWordsByWhichItWasCalled) {
   };
   EXPECT_EQ(called({"units", "my box"}),
             "spbox: my box is no box. `./dev spbox create 'my box' --model MODEL` makes one.\n");
-  EXPECT_EQ(called({"pull", "box"}),
-            "spbox: UNIT is missing, as in `./dev spbox pull [DIR] UNIT...`. `./dev spbox help pull` says more.\n");
+  EXPECT_EQ(
+      called({"pull", "box"}),
+      "spbox: UNIT is missing, as in `./dev spbox pull [OPTIONS] [DIR] UNIT...`. `./dev spbox help pull` says more.\n");
   EXPECT_NE(called({"help"}).find("\n`./dev spbox help VERB` says more.\n"), std::string::npos);
 }
 

@@ -102,7 +102,10 @@ TEST_F(Daemon, IsBentAsAsked) {
 TEST_F(Daemon, IsShownToScripts) {
   done({"daemon", "box", "late", "7"});
   const auto shown = ReadJson(done({"daemon", "box", "--json"}));
-  EXPECT_EQ(shown, ReadJson(R"({"name": "monitor", "running": false, "way": "late", "seconds": 7})"));
+  EXPECT_EQ(
+      shown,
+      ReadJson(
+          R"({"exit_status": 0, "name": "monitor", "running": false, "said": [], "seconds": 7, "verb": "daemon", "way": "late"})"));
 }
 
 TEST_F(Daemon, RefusesWhatMakesNoSense) {

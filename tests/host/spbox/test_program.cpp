@@ -21,7 +21,7 @@ TEST_F(Program, IsStraightInANewBox) {
 }
 
 TEST_F(Program, IsOneOfSixteen) {
-  const ReadJson all(done({"program", "box", "--json"}));
+  const ReadJson all = ReadJson(done({"program", "box", "--json"}))["programs"];
   EXPECT_EQ(all.size(), 16u);
   EXPECT_EQ(all[0]["name"], "ctlmainte");
   EXPECT_EQ(all[15]["name"], "linkboard");
@@ -84,7 +84,7 @@ TEST_F(Program, ShowsItsLastRun) {
   box::set_last_run(kept, "ctlled", {.time_ns = 0, .pid = 4711, .status = 206, .arguments = "-u /PSU#9 -c on"});
   EXPECT_NE(done({"program", "box", "ctlled"}).find("process 4711, \"-u /PSU#9 -c on\", exit status 206\n"),
             std::string::npos);
-  const ReadJson run = ReadJson(done({"program", "box", "ctlled", "--json"}))[0]["last_run"];
+  const ReadJson run = ReadJson(done({"program", "box", "ctlled", "--json"}))["programs"][0]["last_run"];
   EXPECT_EQ(run["pid"], 4711);
   EXPECT_EQ(run["arguments"], "-u /PSU#9 -c on");
   EXPECT_EQ(run["exit_status"], 206);
@@ -99,12 +99,12 @@ TEST_F(Program, ThatStillRunsIsToldSoWithItsTimeUntilItIsKilled) {
   {
     terminal::BackgroundProgram hanging({SPBOX, "run", "--no-pager", place().root(), "/mgb/bin/ctlled"});
     EXPECT_TRUE(eventually([&] { return told().find(", running for ") != std::string::npos; })) << told();
-    EXPECT_EQ(ReadJson(done({"program", "box", "ctlled", "--json"}))[0]["last_run"]["running"], true);
+    EXPECT_EQ(ReadJson(done({"program", "box", "ctlled", "--json"}))["programs"][0]["last_run"]["running"], true);
     ::kill(hanging.pid(), SIGTERM);
     hanging.wait();
   }
   EXPECT_NE(told().find(", did not end by itself\n"), std::string::npos) << told();
-  EXPECT_EQ(ReadJson(done({"program", "box", "ctlled", "--json"}))[0]["last_run"]["running"], false);
+  EXPECT_EQ(ReadJson(done({"program", "box", "ctlled", "--json"}))["programs"][0]["last_run"]["running"], false);
 }
 
 }  // namespace

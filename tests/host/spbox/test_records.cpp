@@ -43,8 +43,8 @@ TEST_F(Records, AreNoneInANewBox) {
   EXPECT_EQ(done({"trace", "box"}), "The trace is empty: the library has recorded nothing in this box yet.\n");
   EXPECT_EQ(done({"trace", "box", "--errors"}), "The trace holds no error.\n");
   EXPECT_EQ(done({"log", "box"}), "The log is empty.\n");
-  EXPECT_EQ(ReadJson(done({"trace", "box", "--json"})), ReadJson("[]"));
-  EXPECT_EQ(ReadJson(done({"log", "box", "--json"})), ReadJson("[]"));
+  EXPECT_EQ(ReadJson(done({"trace", "box", "--json"}))["records"].size(), 0u);
+  EXPECT_EQ(ReadJson(done({"log", "box", "--json"}))["entries"].size(), 0u);
 }
 
 TEST_F(Records, OfTheTraceAreInWords) {
@@ -65,11 +65,11 @@ TEST_F(Records, OfTheTraceAreCutToTheLastOrToErrors) {
   trace(2053, 0x110C0022, {5, 4});
   trace(32778, 0x110C1025, {0xFFFFFFFF, 10});
   trace(256, 0x110C0021, {});
-  EXPECT_EQ(ReadJson(done({"trace", "box", "--json"})).size(), 4u);
-  const ReadJson last(done({"trace", "box", "--json", "--last", "2"}));
+  EXPECT_EQ(ReadJson(done({"trace", "box", "--json"}))["records"].size(), 4u);
+  const ReadJson last = ReadJson(done({"trace", "box", "--json", "--last", "2"}))["records"];
   ASSERT_EQ(last.size(), 2u);
   EXPECT_EQ(last[0]["number"], 2);
-  const ReadJson errors(done({"trace", "box", "--json", "--errors"}));
+  const ReadJson errors = ReadJson(done({"trace", "box", "--json", "--errors"}))["records"];
   ASSERT_EQ(errors.size(), 1u) << "what the runner records at the level of errors is none";
   EXPECT_EQ(errors[0]["event"], "the wait for the child failed");
   EXPECT_EQ(errors[0]["code"], "0x110C1025");
@@ -124,7 +124,7 @@ TEST_F(Records, OfTheTraceStandBesideThePlatformsAndAreNarrowed) {
     const std::string text = done(words);
     EXPECT_EQ(std::ranges::count(text, '\n'), lines) << text;
   }
-  EXPECT_EQ(ReadJson(done({"trace", "box", "--json"})).size(), 2u) << "the library's alone, as ever";
+  EXPECT_EQ(ReadJson(done({"trace", "box", "--json"}))["records"].size(), 2u) << "the library's alone, as ever";
   EXPECT_EQ(refused({"trace", "box", "--run", "7"}),
             "spbox: the box remembers no run `7`. The last ones are 1 (check).\n");
   std::filesystem::resize_file(place().calls(), 100);
@@ -223,7 +223,7 @@ TEST_F(Records, OfTheTraceRefuseOptionsThatMakeNoSense) {
     words.insert(words.end(), options.begin(), options.end());
     const Done result = spbox(words);
     EXPECT_EQ(result.exit_status, 2);
-    EXPECT_EQ(result.output, "spbox: " + says + more);
+    EXPECT_TRUE(result.output.starts_with("spbox: " + std::string(says) + more)) << result.output;
   }
 }
 
@@ -233,7 +233,7 @@ TEST_F(Records, OfTheLogAreInWords) {
   const std::string text = done({"log", "box"});
   EXPECT_NE(text.find("4711  unit replaced  power supply  /PSU#41\n"), text.npos) << text;
   EXPECT_NE(text.find("4711  event 99       power supply  /PSU#41\n"), text.npos) << text;
-  const ReadJson entries(done({"log", "box", "--json", "--last", "1"}));
+  const ReadJson entries = ReadJson(done({"log", "box", "--json", "--last", "1"}))["entries"];
   ASSERT_EQ(entries.size(), 1u);
   EXPECT_EQ(entries[0]["code"], 99);
   EXPECT_EQ(entries[0]["head"], "0x00030000");
