@@ -11,6 +11,7 @@ namespace box_time {
 namespace {
 
 constexpr box_time_waiter kNobody{.thread = 0, .process = 0, .turn = 0, .deadline = BOX_TIME_NEVER};
+constexpr nanoseconds kSoonest = std::chrono::microseconds(50);  // who does not wait is at work, and the time stands
 constexpr nanoseconds kLookAgain = std::chrono::microseconds(500);
 
 }  // namespace
@@ -57,7 +58,7 @@ void Guest::sleep(nanoseconds length) const {
   const nanoseconds deadline = now() + length + (page.turns - page.moved) * between + between / 2;
   const auto self = static_cast<std::uint32_t>(getpid());
   table_->write_waiter(row_, {.thread = self, .process = self, .turn = ++turns, .deadline = deadline.count()});
-  while (now() < deadline) std::this_thread::sleep_for(std::min(kLookAgain, length));
+  while (now() < deadline) std::this_thread::sleep_for(std::clamp(length, kSoonest, kLookAgain));
   table_->write_waiter(row_, kNobody);
 }
 

@@ -125,6 +125,16 @@ constexpr Limited kLimited[] = {
     {SYS_mq_timedsend, 4, false},
     {SYS_mq_timedreceive, 4, false},
     {SYS_io_getevents, 4, false},
+    {SYS_restart_syscall, -1, false},  // one of these, after a stop
+#ifdef SYS_epoll_pwait2
+    {SYS_epoll_pwait2, 3, false},
+#endif
+#ifdef SYS_futex_waitv
+    {SYS_futex_waitv, 3, false},
+#endif
+#ifdef SYS_io_pgetevents
+    {SYS_io_pgetevents, 4, false},
+#endif
 #ifdef SYS_poll
     {SYS_poll, 2, true},
 #endif

@@ -80,9 +80,33 @@ Sentences processes_left(const box::Place &place, const terminal::Terminal &term
 Sentences files_left(const box::Place &place, const Before &before) {
   Sentences sentences;
   for (const auto &file : files_in_tmp(place)) {
-    if (!before.files.contains(file)) sentences.push_back("the file /tmp/" + file.string() + " is left");
+    if (!before.files.contains(file)) sentences.push_back(sentence_of(file));
   }
   return sentences;
+}
+
+// The procedures clear their file and keep it: who waits for its lock has the same file.
+constexpr const char *kOfProcedures = "mainte_procedure";
+
+// Nobody can look into it, or there is nothing.
+bool is_without_files(const fs::path &folder) {
+  std::error_code closed;
+  return fs::directory_iterator(folder, closed) == fs::directory_iterator();
+}
+
+// Of the files and folders that are wanted, the names; that of a folder ends with a slash.
+template <typename Wanted>
+std::set<fs::path> all_in_tmp(const box::Place &place, const Wanted &is_wanted) {
+  std::set<fs::path> names;
+  std::error_code gone;
+  fs::recursive_directory_iterator entry(place.tmp(), fs::directory_options::skip_permission_denied, gone);
+  for (; entry != fs::recursive_directory_iterator(); entry.increment(gone)) {
+    const auto file = entry->symlink_status(gone);
+    if (!is_wanted(entry->path(), file, fs::is_regular_file(file) ? entry->file_size(gone) : 0)) continue;
+    const auto name = entry->path().lexically_relative(place.tmp());
+    names.insert(fs::is_directory(file) ? name / "" : name);
+  }
+  return names;
 }
 
 // The command may have left anything there.
@@ -118,15 +142,20 @@ std::set<pid_t> processes_of(const box::Place &place) {
 }
 
 std::set<fs::path> files_in_tmp(const box::Place &place) {
-  std::set<fs::path> files;
-  std::error_code error;
-  for (const auto &entry : fs::recursive_directory_iterator(place.tmp(), error)) {
-    const auto file = entry.symlink_status(error);
-    if (!fs::is_directory(file) && (!fs::is_regular_file(file) || entry.file_size(error) > 0)) {
-      files.insert(entry.path().lexically_relative(place.tmp()));
-    }
-  }
-  return files;
+  return all_in_tmp(place, [](const fs::path & /*path*/, fs::file_status file, std::uintmax_t size) {
+    return !fs::is_directory(file) && (!fs::is_regular_file(file) || size > 0);
+  });
+}
+
+std::set<fs::path> empty_in_tmp(const box::Place &place) {
+  return all_in_tmp(place, [&](const fs::path &path, fs::file_status file, std::uintmax_t size) {
+    if (fs::is_directory(file)) return is_without_files(path);
+    return fs::is_regular_file(file) && size == 0 && path != place.tmp() / kOfProcedures;
+  });
+}
+
+std::string sentence_of(const fs::path &file) {
+  return "the file /tmp/" + file.string() + " is left";
 }
 
 Sentences left_in_hardware(const box::Place &place, const Sentences &detached) {

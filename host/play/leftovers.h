@@ -35,6 +35,8 @@ std::vector<std::string> switched_in_hardware(const box::Place &place);
 std::vector<std::string> left_in_hardware(const box::Place &place, const std::vector<std::string> &detached);
 std::vector<std::string> locked_databases(const box::Place &place);
 std::set<std::filesystem::path> files_in_tmp(const box::Place &place);  // those that are not empty
+std::set<std::filesystem::path> empty_in_tmp(const box::Place &place);  // files, and folders: "lock/"
+std::string sentence_of(const std::filesystem::path &file);             // "the file /tmp/x is left"
 
 // The processes in the box, whatever their session, and those that were started for it with its folder among their
 // arguments, such as its daemon; not this process.

@@ -126,8 +126,8 @@ void perform(const std::vector<Step> &steps, const Files &files, const std::stri
     play_steps(stage, steps);
   } catch (const Failure &failure) {
     transcript.keep(std::string(failure.what()) + "\n");
-    keep_books(box, transcript);
     chronicles.write(box);
+    keep_books(box, transcript);
     throw;
   } catch (const terminal::Interrupted &) {
     chronicles.write(box);

@@ -45,7 +45,7 @@ std::string totals(std::span<const Result> results, milliseconds time) {
          attribute("errors", errors) + attribute("time", seconds(time));
 }
 
-// "models.qa" for "models/qa.play": readers group by what stands before the last point.
+// "models" for "models/qa.play": readers group by what stands before the last point.
 std::string class_of(const std::filesystem::path &name) {
   std::string text;
   for (const auto &part : name.parent_path().relative_path()) text += (text.empty() ? "" : ".") + part.string();

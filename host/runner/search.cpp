@@ -20,7 +20,11 @@ Script script_at(const fs::path &path, bool was_named) {
 }
 
 void add_folder(const fs::path &folder, std::vector<Script> &scripts) {
-  for (auto entry = fs::recursive_directory_iterator(folder); entry != fs::recursive_directory_iterator(); ++entry) {
+  std::error_code error;
+  fs::recursive_directory_iterator entry(folder, error);
+  for (fs::path last = folder; entry != fs::recursive_directory_iterator() || error; entry.increment(error)) {
+    if (error) throw script::Error(last.string() + " cannot be searched for plays: " + error.message());
+    last = entry->path();
     const fs::path &path = entry->path();
     std::error_code is_gone;
     if (is_hidden(path)) {

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <iterator>
 #include <string_view>
 
 #include "host/clock/hours.h"
@@ -14,6 +15,7 @@ using std::chrono::milliseconds;
 
 constexpr milliseconds kLook{1000};           // A question that has stood for so long is one.
 constexpr milliseconds kLongestLook{60'000};  // at what stands there
+constexpr int kLongestWay = 4;                // limits, however much it shows meanwhile
 constexpr int kAsked = 20;                    // times, until the operator interrupts
 constexpr std::size_t kLongest = 40;          // of a question, for a play
 
@@ -57,9 +59,10 @@ class Careful {
     }
     auto &terminal = op_.line();
     auto deadline = Clock::now() + limit_;
+    const auto end = Clock::now() + kLongestWay * limit_;
     std::vector<std::string> seen;
     milliseconds look = kLook;
-    while (terminal.runs() && Clock::now() < deadline) {
+    while (terminal.runs() && Clock::now() < std::min(deadline, end)) {
       auto rows = terminal.screen();
       const bool stands = rows == seen;
       if (!stands) deadline = Clock::now() + limit_;
@@ -68,6 +71,9 @@ class Careful {
       if (stands && !keys.empty()) {
         answer(last_line(seen), keys);
         seen.clear();
+      } else if (stands && look == kLongestLook && may_ask(last_line(seen))) {
+        ask_back(last_line(seen));
+        look = kLook;
       } else {
         look = stands ? std::min(2 * look, kLongestLook) : kLook;
         op_.watch(look);
@@ -80,21 +86,44 @@ class Careful {
  private:
   void answer(const std::string &question, const std::string &keys) {
     const bool is_let_go = ++asked_ <= kAsked;
-    const std::string typed = is_let_go ? keys : "\003";
-    end_.gave_up = end_.gave_up || typed != "\n";
     end_.steps.push_back({"wait", end_of(question)});
-    end_.steps.push_back({"type", typed});
-    end_.typed_at = op_.terminal().everything_shown().size();
-    op_.line().type(typed, limit_);
+    type(is_let_go ? keys : "\003");
+  }
+  void type(const std::string &keys) {
+    end_.gave_up = end_.gave_up || keys != "\n";
+    end_.steps.push_back({"type", keys});
+    end_.typed_at = lines_in(op_.terminal().everything_shown());
+    op_.line().type(keys, limit_);
+  }
+
+  // It may be a question without a sign, such as "Go on (y/n) ": then it comes again, in a row of its own.
+  bool may_ask(const std::string &line) {
+    if (tried_ == 0) return !line.empty() && !line.ends_with('.');
+    return line == asked_back_ && lines_in(op_.terminal().everything_shown()) > shown_then_;
+  }
+  void ask_back(const std::string &line) {
+    constexpr std::array<const char *, 3> kKeys{"q\n", "n\n", "\003"};
+    asked_back_ = line;
+    shown_then_ = lines_in(op_.terminal().everything_shown());
+    end_.steps.push_back({"pause", "120"});
+    type(kKeys.at(std::min(tried_++, kKeys.size() - 1)));
   }
 
   play::Operator &op_;
   milliseconds limit_;
   CarefulEnd end_;
+  std::size_t tried_ = 0, shown_then_ = 0;  // keys, and lines when they were typed
+  std::string asked_back_;
   int asked_ = 0;
 };
 
 }  // namespace
+
+std::size_t lines_in(const std::vector<std::string> &rows) {
+  auto end = rows.end();
+  while (end != rows.begin() && std::prev(end)->empty()) --end;
+  return static_cast<std::size_t>(end - rows.begin());
+}
 
 std::string careful_keys(const std::vector<std::string> &rows) {
   const std::string line = last_line(rows);

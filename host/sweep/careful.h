@@ -18,8 +18,11 @@ struct CarefulEnd {
 };
 
 // Answers the command with care until it ends: Enter where it asks for it, q at every question, Ctrl-C where it does not let the
-// operator go. Gives up where the screen has not changed for `limit`.
+// operator go. Gives up where the screen has not changed for `limit`, and after four times `limit`.
 CarefulEnd bring_to_end(play::Operator &op, std::chrono::milliseconds limit);
+
+// How many lines stand there, without the empty ones behind them.
+std::size_t lines_in(const std::vector<std::string> &rows);
 
 // The keys for what stands last on a screen; empty where nothing is asked.
 std::string careful_keys(const std::vector<std::string> &rows);

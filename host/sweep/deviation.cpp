@@ -82,6 +82,19 @@ Instead stops_and_goes_on(const Occasion &occasion) {
   return {{{"type", "\032"}, {"pause", "2"}, {"signal", "CONT"}, {"pause", "1"}, as_before}};
 }
 
+Instead gets_int(const Occasion & /*occasion*/) {
+  return {{{"signal", "INT"}}};
+}
+Instead gets_term(const Occasion & /*occasion*/) {
+  return {{{"signal", "TERM"}}};
+}
+Instead gets_hup(const Occasion & /*occasion*/) {
+  return {{{"signal", "HUP"}}};
+}
+Instead gets_kill(const Occasion & /*occasion*/) {
+  return {{{"signal", "KILL"}}};
+}
+
 // ---- what the technician does instead
 
 const std::string &unit_in(const Occasion &occasion) {
@@ -185,6 +198,14 @@ const std::vector<DeviationRow> kRows{
      .what = "the operator stops the command, and goes on",
      .at = At::kAnswer,
      .instead = stops_and_goes_on},
+    {.word = "INT", .what = "SIGINT comes", .at = At::kAnswer, .is_in_place_of_points = true, .instead = gets_int},
+    {.word = "TERM", .what = "SIGTERM comes", .at = At::kAnswer, .is_in_place_of_points = true, .instead = gets_term},
+    {.word = "HUP", .what = "SIGHUP comes", .at = At::kAnswer, .is_in_place_of_points = true, .instead = gets_hup},
+    {.word = "KILL",
+     .what = "SIGKILL comes, and another command begins",
+     .at = At::kAnswer,
+     .is_in_place_of_points = true,
+     .instead = gets_kill},
     {.word = "resized", .what = "the operator's window changes its size", .at = At::kAnswer, .instead = changes_window},
     {.word = "never", .what = "the unit is not pulled out", .at = At::kPull, .instead = never_comes},
     {.word = "flickers", .what = "the unit is out, in, out, in and out", .at = At::kPull, .instead = flickers},
@@ -244,6 +265,12 @@ std::optional<At> occasion_of(const play::Step &step) {
   return step.words[0] == "insert" ? std::optional(At::kInsert) : std::nullopt;
 }
 
+bool asks_by_library(const Good &good, std::size_t command) {
+  return std::ranges::any_of(good.points, [command](const PointRange &range) {
+    return range.kind == PointKind::kQuestion && range.command == command;
+  });
+}
+
 void add_at_steps(const DeviationRow &row, const std::vector<play::Step> &steps, const Good &good,
                   std::vector<Deviation> &to) {
   std::string model;
@@ -256,10 +283,15 @@ void add_at_steps(const DeviationRow &row, const std::vector<play::Step> &steps,
     if (occasion_of(step) != row.at) continue;
     ++number;
     if (!runs || !step.late.empty()) continue;
+    if (row.is_in_place_of_points && asks_by_library(good, begun - 1)) continue;
     const auto instead = row.instead({step.words, model});
     if (instead)
       to.push_back({&row, begun - 1, {}, i, number, std::filesystem::path(step.place).filename().string(), *instead});
   }
+}
+
+std::string point_name(const box::Deviation &point) {
+  return point.kind == PointKind::kTrace ? trace_book::event_text(point.name) : point.name;
 }
 
 }  // namespace
@@ -283,12 +315,17 @@ std::string kind_of(const Deviation &deviation) {
 std::string where(const Deviation &deviation) {
   if (!deviation.point) return kind_of(deviation) + " " + std::to_string(deviation.number) + " at " + deviation.place;
   const box::Deviation &point = *deviation.point;
-  const std::string name = point.kind == PointKind::kTrace ? trace_book::event_text(point.name) : point.name;
+  const std::string name = point_name(point);
   return kind_of(deviation) + (name.empty() ? "" : " " + name) + " " + std::to_string(point.number);
 }
 
 std::string what(const Deviation &deviation) {
   return deviation.point ? box::text_of(deviation.point->turn) : std::string(deviation.row->word);
+}
+
+std::string sort_of(const Deviation &deviation) {
+  const std::string name = deviation.point ? " " + point_name(*deviation.point) : "";
+  return kind_of(deviation) + (name == " " ? "" : name) + " " + std::string(deviation.row->word);
 }
 
 std::string name_of(const Deviation &deviation) {
@@ -301,7 +338,7 @@ std::vector<std::string> lines_of(const Deviation &deviation) {
   if (!deviation.point) return lines;
   const box::Deviation &point = *deviation.point;
   Words words{"spbox", "deviate", std::string(box::row_of(point.kind).word)};
-  const std::string name = point.kind == PointKind::kTrace ? trace_book::event_text(point.name) : point.name;
+  const std::string name = point_name(point);
   if (point.kind == PointKind::kTrace && name.find(' ') != std::string::npos) {
     words.insert(words.end(), {name.substr(0, name.find(' ')), name.substr(name.find(' ') + 1)});
   } else if (!name.empty()) {

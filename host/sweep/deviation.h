@@ -33,7 +33,8 @@ struct DeviationRow {
   std::vector<box::PointKind> kinds = {};
   box::Turn turn = {};
 
-  bool is_choice = false;  // the operator's, who knows why nothing comes of it
+  bool is_in_place_of_points = false;  // of a command that comes to no question of the library
+  bool is_choice = false;              // the operator's, who knows why nothing comes of it
 
   // Of steps: what is done instead; nothing where it cannot be there.
   std::optional<std::vector<Words>> (*instead)(const Occasion &occasion) = nullptr;
@@ -58,6 +59,8 @@ std::string where(const Deviation &deviation);    // "program ctlled 2", "answer
 std::string what(const Deviation &deviation);     // "exit 206", "missing"
 std::string name_of(const Deviation &deviation);  // "program ctlled 2: exit 206"
 std::string kind_of(const Deviation &deviation);  // "program", "answer"
+std::string sort_of(
+    const Deviation &deviation);  // "program ctlled exit", "answer q"; of all that differ in a number only
 
 // The steps of a play that bring it about, as they are written.
 std::vector<std::string> lines_of(const Deviation &deviation);

@@ -6,7 +6,8 @@
 // same functions of the library, between the same neighbours. Fewer differ in two cases. Between two things
 // that a command does to the world outside it (it starts a program, writes a record, a file or an event, asks) a signal tells the same
 // at all points: only the first and the last one count, with these things as neighbours, and those at which a database is locked and
-// unlocked. And no function sees whether its record came into the trace: the records behind one call of the library are equal.
+// unlocked. And no function sees whether its record came into the trace: the records below one function of the library are equal, in
+// whichever command.
 #pragma once
 
 #include <cstdint>

@@ -13,6 +13,8 @@ namespace {
 
 using Sentences = std::vector<std::string>;
 constexpr int kFirstOfSignals = 128;
+// In it the procedures keep what the next one has to take back.
+constexpr std::string_view kKeptForNext = "the file /tmp/mainte_procedure is left";
 
 bool has(const Sentences &some, const std::string &one) {
   return std::ranges::find(some, one) != some.end();
@@ -34,55 +36,80 @@ std::string exactly(const std::string &unit) {
 // takes the place of U.
 struct Naming {
   const char *left, *named;
+  const char *denied;  // how a screen says that it is not so
 };
+constexpr const char *kIsOff = R"(\b(off|dark|cleared|removed|reset|taken back)\b|\bout\b(?! of))";
 constexpr std::array<Naming, 6> kNamings{{
-    {"^maintenance mode is on$", "maintenance mode"},
-    {"^the fans .*run at speed", R"(\bfans?\b)"},
-    {R"(^the LED of (\S+) (blinks|is on)$)", R"(\bLEDs? [^.]*U|U[^.]*\bLED\b)"},
-    {R"(^(\S+) is under maintenance$)", R"(U[^.]*\b(flag|under maintenance|marked)\b|flag[^.]*U)"},
+    {"^maintenance mode is on$", "maintenance mode", R"(\b(off|over|ended|cleared|finished)\b)"},
+    {"^the fans .*run at speed", R"(\bfans?\b)", R"(\b(normal|low|slow|reset|back)\b)"},
+    {R"(^the LED of (\S+) (blinks|is on)$)", R"(\bLEDs? [^.]*U|U[^.]*\bLED\b)", kIsOff},
+    {R"(^(\S+) is under maintenance$)", R"(U[^.]*\b(flag|under maintenance|marked)\b|flag[^.]*U)", kIsOff},
     {R"(^(\S+) is detached$)",
      R"(U[^.]*\b(out of operation|not in operation|stays empty|is empty|not tested|detached|could not be read|not in place)\b)"
-     R"(|place of U[^.]*empty)"},
-    {R"(^the file (/tmp/\S+) is left$)", "U"},
+     R"(|place of U[^.]*empty)",
+     R"(\b(attached|back in operation|in operation again)\b)"},
+    {R"(^the (?:empty file|empty folder|file) (/tmp/\S+) is left$)", "U", R"(\b(removed|deleted|gone|cleared)\b)"},
 }};
+
+Sentences sentences_of(const std::string &text) {
+  Sentences sentences;
+  for (std::size_t begin = 0; begin < text.size();) {
+    std::size_t end = begin;
+    do end = std::min(text.find_first_of(".!?;", end) + 1, text.size());
+    while (end != 0 && end < text.size() && text[end] != ' ');
+    if (end == 0) end = text.size();
+    sentences.push_back(text.substr(begin, end - begin));
+    begin = end;
+  }
+  return sentences;
+}
+
+// "has been switched off" denies it; "could not be switched off" does not.
+bool denies(const std::string &sentence, const char *denied) {
+  static constexpr const char *kInDoubt =
+      R"(\b(not|no|never|may|might|must|still|cannot|failed|fails|unless|until|unknown|before)\b|n't\b)";
+  return fits(sentence, R"(\b(is|are|was|were|has been|have been|now)\b)") && fits(sentence, denied) &&
+         !fits(sentence, kInDoubt);
+}
 
 bool is_named(const std::string &left, const std::string &text) {
   for (const Naming &naming : kNamings) {
     std::smatch match;
     if (!std::regex_search(left, match, std::regex(naming.left))) continue;
     const std::string unit = match.size() > 1 ? exactly(match[1]) : "";
-    return fits(text, std::regex_replace(std::string(naming.named), std::regex("U"), unit));
+    const std::string named = std::regex_replace(std::string(naming.named), std::regex("U"), unit);
+    return std::ranges::any_of(sentences_of(text), [&](const std::string &sentence) {
+      return fits(sentence, named) && !denies(sentence, naming.denied);
+    });
   }
   return false;
 }
 
 // ---- what is said
 
-// What a command says of a unit at its end, and what has to be so then: it is in place, it is out of operation, its marks are off.
+// What a command says of a unit at its end, and what has to be so then: it is in place, it is out of
+// operation.
 enum class Say { kAny, kYes, kNo };
 struct Claim {
   const char *said;
-  Say in_place, detached, marked;
-  Say lit = Say::kAny;  // its LED
+  Say in_place, detached;
 };
-constexpr std::array<Claim, 8> kClaims{{
-    {R"((/\S+) is still out of operation)", Say::kAny, Say::kYes, Say::kAny},
-    {R"([Tt]he place of (/\S+) stays empty)", Say::kNo, Say::kAny, Say::kAny},
-    {R"((/\S+) is in place and (?:out of operation|was not tested))", Say::kYes, Say::kYes, Say::kAny},
-    {R"([Tt]he LED and the maintenance flag of (/\S+) are off)", Say::kAny, Say::kAny, Say::kNo},
-    {R"([Tt]he LED of (/\S+) is off)", Say::kAny, Say::kAny, Say::kAny, Say::kNo},
-    {R"((/\S+) is replaced\.)", Say::kYes, Say::kNo, Say::kAny},
-    {R"((/\S+) is added\.)", Say::kYes, Say::kNo, Say::kAny},
-    {R"((/\S+) is removed\.)", Say::kNo, Say::kAny, Say::kAny},
+constexpr std::array<Claim, 6> kClaims{{
+    {R"((/\S+) is still out of operation)", Say::kAny, Say::kYes},
+    {R"([Tt]he place of (/\S+) stays empty)", Say::kNo, Say::kAny},
+    {R"((/\S+) is in place and (?:out of operation|was not tested))", Say::kYes, Say::kYes},
+    {R"((/\S+) is replaced\.)", Say::kYes, Say::kNo},
+    {R"((/\S+) is added\.)", Say::kYes, Say::kNo},
+    {R"((/\S+) is removed\.)", Say::kNo, Say::kAny},
 }};
 
 // The same of an entry of the log.
 constexpr std::array<Claim, 5> kEntries{{
-    {R"(^unit replaced .*(/\S+))", Say::kYes, Say::kAny, Say::kAny},
-    {R"(^unit added .*(/\S+))", Say::kYes, Say::kAny, Say::kAny},
-    {R"(^unit removed .*(/\S+))", Say::kNo, Say::kAny, Say::kAny},
-    {R"(^place left empty .*(/\S+))", Say::kNo, Say::kAny, Say::kAny},
-    {R"(^unit left out of operation .*(/\S+))", Say::kAny, Say::kYes, Say::kAny},
+    {R"(^unit replaced .*(/\S+))", Say::kYes, Say::kAny},
+    {R"(^unit added .*(/\S+))", Say::kYes, Say::kAny},
+    {R"(^unit removed .*(/\S+))", Say::kNo, Say::kAny},
+    {R"(^place left empty .*(/\S+))", Say::kNo, Say::kAny},
+    {R"(^unit left out of operation .*(/\S+))", Say::kAny, Say::kYes},
 }};
 
 // What was done to a unit stays true; how it is left does not, where a technician changes it behind the entry.
@@ -96,11 +123,8 @@ bool is_true(Say said, bool is_so) {
 
 bool is_true(const Claim &claim, const std::string &unit, const Course &course) {
   const auto &left = course.switched;
-  const bool is_lit = has(left, "the LED of " + unit + " blinks") || has(left, "the LED of " + unit + " is on");
-  const bool is_marked = is_lit || has(left, unit + " is under maintenance");
   return is_true(claim.in_place, !has(course.missing, unit)) &&
-         is_true(claim.detached, has(left, unit + " is detached")) && is_true(claim.marked, is_marked) &&
-         is_true(claim.lit, is_lit);
+         is_true(claim.detached, has(left, unit + " is detached"));
 }
 
 std::size_t columns_of(const std::string &row) {
@@ -116,6 +140,18 @@ std::string joined(const Sentences &rows, std::size_t columns, std::size_t from 
     text += (text.empty() || goes_on ? "" : " ") + rows[i];
   }
   return text;
+}
+
+// A time says nothing: it is another one each time.
+std::string without_times(const std::string &row) {
+  static const std::regex kTime(
+      R"([0-9]{4}-[0-9]{2}-[0-9]{2}|[0-9]{1,2}:[0-9]{2}(:[0-9]{2})?([.,][0-9]+)?|\[[0-9]+\])");
+  return std::regex_replace(row, kTime, "#");
+}
+
+Sentences without_times(Sentences rows) {
+  for (std::string &row : rows) row = without_times(row);
+  return rows;
 }
 
 // A question of the good play with another answer behind it says nothing new: what is left of the row is the answer.
@@ -140,10 +176,16 @@ std::string as_pattern(const std::string &file) {
 class Judge {
  public:
   Judge(const Course &course, const Good &good) : course_(course), good_(good.commands.at(course.command)) {
-    for (const std::string &row : course_.end.shown) {
-      if (!has(good_.shown, row)) new_rows_.push_back(without_question(row, good_.shown));
+    const Sentences known = without_times(good_.shown);
+    for (const std::string &shown : course_.end.shown) {
+      const std::string row = without_times(shown);
+      const bool is_new = course_.was_killed || !has(known, row);  // another command says it then
+      if (is_new) new_rows_.push_back(without_question(row, known));
     }
     text_ = joined(new_rows_, course_.columns);
+    // A full row may end a word, too.
+    const std::string as_words = joined(new_rows_, 0);
+    if (as_words != text_) text_ += " . " + as_words;
     last_ = joined(course_.end.shown, course_.columns, course_.typed_at);
   }
 
@@ -167,26 +209,33 @@ class Judge {
   int status() const { return course_.end.ending->number; }
   bool is_as_good() const { return course_.end.ending == good_.ending && !course_.was_killed; }
 
-  // Checks of a play that gives up, or is refused, are not for what ended so for another reason.
+  // Another exit status than 0 may be true where the play's checks do not hold.
   void judge_check() {
     if (status() == 0)
       add("exit status 0, but the server is not as the play wants it: " + course_.failed_check, {course_.failed_line});
   }
 
-  // By the signal that came it may die.
+  // By a signal that came it may die.
+  bool ended_by_what_came() const { return course_.signals.contains(status() - kFirstOfSignals); }
+
+  bool ended_by_signal() const {
+    constexpr int kLastSignal = 64;
+    return status() > kFirstOfSignals && status() <= kFirstOfSignals + kLastSignal;
+  }
+
   void judge_death() {
-    constexpr std::array<int, 6> kCrashes{SIGSEGV, SIGABRT, SIGBUS, SIGFPE, SIGILL, SIGPIPE};
-    for (const int signal : kCrashes) {
-      if (status() == kFirstOfSignals + signal) add("the command died of " + base::signal_name(signal), {"exit 1"});
-    }
+    if (!ended_by_signal() || is_as_good() || ended_by_what_came()) return;
+    add("the command died of " + base::signal_name(status() - kFirstOfSignals), {"exit 1"});
   }
 
   // What the operator cannot see because their line is cut, the log has.
   void judge_leftovers() {
-    const std::string named = text_ + (course_.line_cut ? " " + joined(course_.end.logged, 0) : "");
+    const std::string named = text_ + (course_.line_cut ? " . " + joined(course_.end.logged, 0) : "");
     for (const std::string &sentence : course_.end.left) {
+      if (sentence == kKeptForNext && course_.end.left.size() > 1) continue;
+      if (has(good_.left, sentence) && is_named(sentence, joined(course_.end.shown, course_.columns))) continue;
       if (has(good_.left, sentence) && (is_as_good() || is_done(sentence))) continue;
-      const bool is_in_log = course_.line_cut && is_of_unit_in_log(sentence);
+      const bool is_in_log = course_.line_cut && is_detached_in_log(sentence);
       if (!is_in_log && !is_named(sentence, named))
         add(sentence + ", and the screen does not say so", in_order(sentence));
     }
@@ -200,23 +249,27 @@ class Judge {
            (course_.was_killed || fits(joined(course_.end.shown, course_.columns), exactly(unit) + " is removed"));
   }
 
-  bool is_of_unit_in_log(const std::string &sentence) const {
+  bool is_detached_in_log(const std::string &sentence) const {
+    constexpr std::array<std::string_view, 4> kEntriesOfIt{"unit left out of operation ", "unit left untested ",
+                                                           "place left empty ", "unit removed "};
     return std::ranges::any_of(course_.end.logged, [&](const std::string &entry) {
-      const auto unit = entry.rfind('/');
-      return unit != std::string::npos && sentence.find(entry.substr(unit)) != std::string::npos;
+      const bool is_of_it = std::ranges::any_of(kEntriesOfIt, [&](auto begin) { return entry.starts_with(begin); });
+      const std::string unit = entry.substr(std::min(entry.find(" /"), entry.size() - 1) + 1);
+      return is_of_it && sentence == unit.substr(0, unit.find(' ')) + " is detached";
     });
   }
 
-  // A command that begins behind one that was killed finds the other's files, and in_order holds none of them against it.
+  // in_order holds no empty file against a command. One that begins behind a killed one finds the other's files, too.
   static std::vector<std::string> is_gone(const std::string &file) {
     return {play::written_step({"start", "sh", "-c", "! ls " + as_pattern(file)}), "exit 0"};
   }
 
   // All else that is left is named, and a play has to allow it.
   std::vector<std::string> in_order(const std::string &sentence) const {
-    static const std::regex kFile("^the file (/tmp/.+) is left$");
+    static const std::regex kFile("^the (empty )?(?:file|folder) (/tmp/.+) is left$");
     std::smatch file;
-    if (course_.was_killed && std::regex_search(sentence, file, kFile)) return is_gone(file[1]);
+    const bool is_file = std::regex_search(sentence, file, kFile);
+    if (is_file && (course_.was_killed || file[1].matched)) return is_gone(file[2]);
     static const std::regex kDetached(R"(^(\S+) is detached$)");
     std::string line = "in_order";
     for (const std::string &other : course_.end.left) {
@@ -261,12 +314,23 @@ class Judge {
 
   // Who did not give up is told why nothing comes of it.
   void judge_reason() {
-    const bool is_chosen = course_.gave_up || course_.was_killed || course_.line_cut || status() > kFirstOfSignals;
+    const bool is_chosen = course_.gave_up || course_.line_cut || ended_by_signal();
     if (status() == 0 || is_as_good() || is_chosen) return;
-    if (fits(text_, R"([a-z]+ .*[a-z]+ .*[a-z]+.*[.:!])")) return;
-    add("exit status " + std::to_string(status()) + ", and the screen does not say why",
-        {play::written_step({"wait", "like", "[a-z]+ .*[a-z]+ .*[a-z]+.*[.:!]"})});
+    if (fits(text_, kReason)) return;
+    add("exit status " + std::to_string(status()) + ", and the screen does not say why", lines_without_reason());
   }
+
+  // The rows of the good way may look like a reason, too.
+  std::vector<std::string> lines_without_reason() const {
+    for (const char *like : {kReason, "([nN]ot|cannot|fail|refuse|error|wrong|missing|busy|stop).*[.:!]"}) {
+      if (std::ranges::none_of(course_.end.shown, [&](const std::string &row) { return fits(row, like); })) {
+        return {play::written_step({"wait", "like", like})};
+      }
+    }
+    return {"exit 0"};
+  }
+
+  static constexpr const char *kReason = "[a-z]+ .*[a-z]+ .*[a-z]+.*[.:!]";
 
   const Course &course_;
   const CommandEnd &good_;
@@ -278,6 +342,10 @@ class Judge {
 }  // namespace
 
 std::vector<Fault> faults_of(const Course &course, const Good &good) {
+  if (course.was_unheard) {
+    return {{"the operator gave up, and the command went on as if they had not",
+             {"pause 5", play::written_step({"absent", course.next_text})}}};
+  }
   if (course.is_good) return {};
   return Judge(course, good).faults();
 }

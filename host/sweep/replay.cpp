@@ -6,6 +6,7 @@
 #include <cstdlib>
 #include <sstream>
 
+#include "host/base/signal_name.h"
 #include "host/base/told.h"
 #include "host/box/confinement.h"
 #include "host/box/inventory.h"
@@ -43,6 +44,12 @@ bool is_check(const Step &step) {
   return step.row->verb == "spbox" && std::ranges::find(kLooks, step.words[0]) != kLooks.end();
 }
 
+// As the good play has it, too.
+bool gives_up(const Step &answer) {
+  constexpr std::array<std::string_view, 4> kKeys{"q", "q\n", "\003", "\004"};
+  return std::ranges::find(kKeys, answer.words[0]) != kKeys.end();
+}
+
 // From here on, what was said and logged before may not be so any more.
 bool changes_units(const Step &step) {
   const auto &rows = technician::kChanges;
@@ -55,23 +62,24 @@ bool is_for_people(const Step &step) {
   return is_verb(step, {"screen", "say"});
 }
 
-Words words_of(const Step &step) {
+std::string from(const fs::path &folder, const fs::path &file) {
+  const fs::path path =
+      fs::absolute(file).lexically_normal().lexically_relative(fs::absolute(folder).lexically_normal());
+  return path.has_parent_path() ? path.string() : "./" + path.string();
+}
+
+// As a play in this folder writes it.
+Words words_of(const Step &step, const fs::path &folder) {
   Words words = step.words;
   if (step.row->traits.starts_command) {
     std::error_code error;
     const fs::path beside = step.folder / words[0];
     const bool is_path = words[0].find('/') != std::string::npos && fs::path(words[0]).is_relative();
-    if (is_path && fs::is_regular_file(beside, error)) words[0] = fs::absolute(beside).lexically_normal().string();
+    if (is_path && fs::is_regular_file(beside, error)) words[0] = from(folder, beside);
   }
-  if (step.row->traits.makes_box && words.size() > 1) words[1] = fs::absolute(step.folder / words[1]).string();
+  if (step.row->traits.makes_box && words.size() > 1) words[1] = from(folder, step.folder / words[1]);
   words.insert(words.begin(), std::string(step.row->verb));
   return words;
-}
-
-std::size_t lines_in(const Sentences &rows) {
-  auto end = rows.end();
-  while (end != rows.begin() && std::prev(end)->empty()) --end;
-  return static_cast<std::size_t>(end - rows.begin());
 }
 
 std::string in_one_line(const std::string &text) {
@@ -137,6 +145,7 @@ class Replay {
     }
     course_.happened = have_happened();
     course_.is_good = true;
+    judge_choice();
     return std::move(course_);
   }
 
@@ -157,6 +166,7 @@ class Replay {
       const milliseconds patience = stage_.patience;
       if (step.row->verb == "in_order") stage_.patience = std::min(patience, kDyingTime);
       if (step.row->verb == "type" || changes_units(step)) remember_what_was_said(step);
+      note_signals(written(with_taken));
       step.row->perform(stage_, with_taken);
       // Nobody knows which of what it said meanwhile it said before the change.
       if (changes_units(step)) remember_what_was_said(step);
@@ -172,20 +182,41 @@ class Replay {
     }
   }
 
+  // Those that a step sends, or that a key may send.
+  void note_signals(const Words &step) {
+    if (step[0] == "signal") course_.signals.insert(base::signal_number(step[1]));
+    if (step[0] == "hangup") course_.signals.insert(SIGHUP);
+    if (step[0] == "type" && step[1].find('\003') != std::string::npos) course_.signals.insert(SIGINT);
+    if (step[0] == "type" && step[1].find('\034') != std::string::npos) course_.signals.insert(SIGQUIT);
+  }
+
+  void note_signals_at_points() {
+    const auto points = box::points_of(house_.box.place());
+    if (!points) return;
+    for (const box::Deviation &at : points->deviations) {
+      if (at.happened != 0 && at.turn.way == box::Way::kSignal) course_.signals.insert(at.turn.value);
+    }
+  }
+
   void remember_what_was_said(const Step &step) {
     if (!stage_.op().has_terminal()) return;
     typed_at_ = lines_in(stage_.op().terminal().everything_shown());
     if (changes_units(step)) logged_at_ = logged().size();
   }
 
-  void keep_line(const Step &step) { course_.played.push_back(play::written_step(words_of(step))); }
+  Words written(const Step &step) const { return words_of(step, rules_.findings); }
+
+  void keep_line(const Step &step) { course_.played.push_back(play::written_step(written(step))); }
 
   bool perform_as_it_deviates(const Step &step) {
     for (const Deviation &deviation : deviations_) {
       if (deviation.point || deviation.step != at_) continue;
       has_met_.push_back(at_);
       course_.gave_up = course_.gave_up || deviation.row->is_choice;
-      return std::ranges::all_of(deviation.instead, [&](const Words &words) { return try_step(step_of(words)); });
+      const bool is_as_awaited =
+          std::ranges::all_of(deviation.instead, [&](const Words &words) { return try_step(step_of(words)); });
+      if (deviation.row->is_choice) played_until_choice_ = course_.played.size();
+      return is_as_awaited;
     }
     return try_step(step);
   }
@@ -194,7 +225,7 @@ class Replay {
     const auto wrong = perform(step);
     if (!wrong) return true;
     failed_ = step.text + ": " + in_one_line(*wrong);
-    course_.failed_line = play::written_step(words_of(step));
+    course_.failed_line = play::written_step(written(step));
     return false;
   }
 
@@ -212,6 +243,20 @@ class Replay {
       box::deviate(place, *deviation.point);
       const auto lines = lines_of(deviation);
       course_.played.insert(course_.played.end(), lines.begin(), lines.end());
+    }
+  }
+
+  // Who gives up at a question is heard: the good play's next text does not come.
+  void judge_choice() {
+    for (const Deviation &deviation : deviations_) {
+      const bool is_at_answer = !deviation.point && deviation.row->is_choice;
+      if (!is_at_answer || deviations_.size() > 1 || gives_up(steps_[deviation.step])) continue;
+      const auto next = std::find_if(steps_.begin() + static_cast<std::ptrdiff_t>(deviation.step), steps_.end(),
+                                     [](const Step &step) { return is_verb(step, {"wait"}); });
+      if (next == steps_.end() || next->words.size() != 1) continue;
+      course_.was_unheard = true;
+      course_.next_text = next->words[0];
+      course_.played.resize(played_until_choice_);
     }
   }
 
@@ -279,6 +324,7 @@ class Replay {
     auto &op = stage_.op();
     const auto place = house_.box.place();
     hardware_before_ = play::switched_in_hardware(place);
+    empty_before_ = play::empty_in_tmp(place);
     log_before_ = logged().size();
     const bool is_same_terminal = op.has_terminal() && !op.terminal().hung_up();
     shown_before_ = is_same_terminal ? lines_in(op.terminal().everything_shown()) : 0;
@@ -287,6 +333,7 @@ class Replay {
     has_begun_ = true;
     is_end_kept_ = false;
     start_ = at_;
+    course_.signals.clear();
   }
 
   Sentences logged() {
@@ -312,6 +359,11 @@ class Replay {
     const auto deadline = box_time::Clock::now() + kDyingTime;
     for (;;) {
       auto found = play::leftovers(house_.box.place(), op.terminal(), before, {});
+      for (const fs::path &name : play::empty_in_tmp(house_.box.place())) {
+        if (empty_before_.contains(name)) continue;
+        const fs::path path = "/tmp" / (name.has_filename() ? name : name.parent_path());
+        found.push_back((name.has_filename() ? "the empty file " : "the empty folder ") + path.string() + " is left");
+      }
       const bool is_dying = std::ranges::any_of(found, [](const auto &line) { return line.ends_with(" still runs"); });
       if (!is_dying || is_part_of(found, expected) || box_time::Clock::now() >= deadline) return found;
       op.watch(10 * play::kLookAgain);
@@ -379,7 +431,10 @@ class Replay {
     course_.gave_up = course_.gave_up || end.gave_up;
     if (end.typed_at > 0) typed_at_ = end.typed_at;
     course_.played.emplace_back("patience 3600");
-    for (const Words &words : end.steps) course_.played.push_back(play::written_step(words));
+    for (const Words &words : end.steps) {
+      note_signals(words);
+      course_.played.push_back(play::written_step(words));
+    }
   }
 
   Course tell_of_end() {
@@ -401,6 +456,7 @@ class Replay {
 
   // With what can be told only then.
   Course course_as_it_ends() {
+    note_signals_at_points();
     course_.typed_at = typed_at_ - std::min(typed_at_, shown_before_);
     course_.logged_at = logged_at_ - std::min(logged_at_, log_before_);
     course_.columns = static_cast<std::size_t>(stage_.op().size().columns);
@@ -416,8 +472,8 @@ class Replay {
 
   bool was_to_be_killed() const {
     return std::ranges::any_of(deviations_, [](const Deviation &deviation) {
-      return deviation.point && deviation.point->turn.way == box::Way::kSignal &&
-             deviation.point->turn.value == SIGKILL;
+      const bool is_at_point = deviation.point && deviation.point->turn.way == box::Way::kSignal;
+      return (is_at_point && deviation.point->turn.value == SIGKILL) || deviation.row->word == "KILL";
     });
   }
 
@@ -432,12 +488,13 @@ class Replay {
     start.row->perform(stage_, stage_.with_taken(start));
     keep_line(start);
     is_end_kept_ = false;
+    course_.gave_up = false;
     follow(bring_to_end(op, rules_.limit));
     course_.end = end_of_command();
     if (course_.end.ending) keep_ending(*course_.end.ending);
     for (const fs::path &file : play::files_in_tmp(house_.box.place())) {
       if (files.contains(file)) continue;
-      const std::string sentence = "the file /tmp/" + file.string() + " is left";
+      const std::string sentence = play::sentence_of(file);
       if (std::ranges::find(course_.end.left, sentence) == course_.end.left.end()) course_.end.left.push_back(sentence);
     }
     return course_as_it_ends();
@@ -484,8 +541,10 @@ class Replay {
   bool is_order_known_ =
       false;  // What the command left is what the good play leaves, and nobody has done anything since.
   std::vector<std::size_t> has_met_;
+  std::size_t played_until_choice_ = 0;  // lines
   std::string failed_;
   Sentences hardware_before_, log_;
+  std::set<fs::path> empty_before_;  // files and folders
   std::size_t log_before_ = 0, logged_at_ = 0, shown_before_ = 0, typed_at_ = 0;
   std::uintmax_t log_size_ = 0;
   Good found_;

@@ -3,7 +3,9 @@
 #pragma once
 
 #include <chrono>
+#include <filesystem>
 #include <functional>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -22,6 +24,8 @@ struct ReplayRules {
   std::function<std::vector<std::string>(const box::Place &place)> log;  // in words, the same for the same entry
   std::vector<std::string> options = {};                                 // of `spbox run`, for the commands of the play
   Checkpoints checkpoints;  // which the good play keeps, and at which replays begin
+  std::filesystem::path findings =
+      {};  // the folder of the plays that show a fault: they find their programs from there
 };
 
 // How a replay went: as the good play, or how the command ended in which it left the good play's way.
@@ -37,6 +41,9 @@ struct Course {
       0;  // so many of these lines were there when the operator typed, or somebody changed a unit, last
   std::size_t logged_at = 0;  // so many entries were in the log when somebody changed a unit last
   bool gave_up = false, line_cut = false, was_killed = false;
+  std::set<int> signals;              // that came to it: at a point, by a step, by a key
+  bool was_unheard = false;           // the operator gave up, and all went on as in the good play
+  std::string next_text = {};         // what the good play waits for behind their answer
   std::string failed_line;            // the step that did not go as the good play's, as it is written; empty: all did
   std::string failed_check;           // what of the good play's checks behind the command's end did not hold
   std::vector<std::string> missing;   // units that are not in place

@@ -1,6 +1,8 @@
 // What is wrong with how a command ended, and what is not.
 #include <gtest/gtest.h>
 
+#include <csignal>
+
 #include "host/sweep/judge.h"
 #include "tests/host/sweep/sweep_test.h"
 
@@ -15,6 +17,7 @@ struct Ended {
   Lines shown = {}, left = {}, logged = {}, missing = {};
   const char *fault = "";  // how one fault begins; empty: there is none
   bool gave_up = false;
+  std::set<int> signals = {};
 };
 
 std::string faults_in(const sweep::Course &course) {
@@ -32,6 +35,7 @@ sweep::Course course_of(const Ended &row) {
   course.missing = row.missing;
   course.switched = row.left;
   course.gave_up = row.gave_up;
+  course.signals = row.signals;
   return course;
 }
 
@@ -64,7 +68,32 @@ TEST(Judge, SaysWhatIsNotAsItShouldBe) {
        .status = 1,
        .shown = {"The LED of /PSU#0 is off, and all is well."},
        .left = {"the LED of /PSU#0 blinks"},
-       .fault = "the screen says \"The LED of /PSU#0 is off\", which is not true"},
+       .fault = "the LED of /PSU#0 blinks, and"},
+      {.what = "it could not be switched off, which is true",
+       .status = 1,
+       .shown = {"The LED of /PSU#0 could not be switched off, and is", "on still."},
+       .left = {"the LED of /PSU#0 blinks"},
+       .fault = ""},
+      {.what = "the flag is said to be cleared",
+       .status = 1,
+       .shown = {"Something is wrong. The maintenance flag of /PSU#0 has been cleared."},
+       .left = {"/PSU#0 is under maintenance"},
+       .fault = "/PSU#0 is under maintenance, and"},
+      {.what = "maintenance mode is said to be over",
+       .status = 1,
+       .shown = {"The server has left it: maintenance mode is over now."},
+       .left = {"maintenance mode is on"},
+       .fault = "maintenance mode is on, and"},
+      {.what = "a row ends a word where the window ends, too",
+       .status = 1,
+       .shown = {"It may be that nobody could do anything about it, and therefore that on /PSU#0", "is the LED lit."},
+       .left = {"the LED of /PSU#0 blinks"},
+       .fault = ""},
+      {.what = "a folder is left",
+       .status = 1,
+       .shown = {"Somebody else is at work here."},
+       .left = {"the empty folder /tmp/lk.lock is left"},
+       .fault = "the empty folder /tmp/lk.lock is left, and"},
       {.what = "the name goes on in the next row, where the window ends",
        .status = 1,
        .shown = {"It may be that nobody could do anything about it, and therefore the LED of /PSU#",
@@ -109,7 +138,12 @@ TEST(Judge, SaysWhatIsNotAsItShouldBe) {
        .fault = "exit status 0, but the log lacks"},
       {.what = "and the screen says so", .status = 0, .shown = {"The log has no record of this."}, .fault = ""},
       {.what = "it crashes", .status = 139, .shown = {}, .logged = {}, .fault = "the command died of SIGSEGV"},
-      {.what = "it dies of the signal that came", .status = 143, .shown = {}, .fault = ""},
+      {.what = "it dies of the signal that came", .status = 143, .shown = {}, .fault = "", .signals = {SIGTERM}},
+      {.what = "it dies of another one", .status = 142, .fault = "the command died of SIGALRM", .signals = {SIGTERM}},
+      {.what = "it dies of one that nobody sent", .status = 143, .fault = "the command died of SIGTERM"},
+      {.what = "an exit status that stands for no signal has no reason",
+       .status = 255,
+       .fault = "exit status 255, and the screen does not say why"},
   };
   for (const Ended &row : rows) {
     const std::string faults = faults_in(course_of(row));
@@ -131,10 +165,45 @@ TEST(Judge, TakesNothingForALineThatTheGoodPlayShows) {
   EXPECT_EQ(faults[0].shown_by, (Lines{"patience 2", "in_order"}));
 }
 
+TEST(Judge, TakesATimeForNoNews) {
+  sweep::Good good = good_play();
+  good.commands[0].shown = {"[09:59:58] Switching the LED of /PSU#0 on.", "2026-11-22 work 1.5 begins here."};
+  const Ended row{.what = "",
+                  .status = 1,
+                  .shown = {"[10:00:01] Switching the LED of /PSU#0 on.", "2026-11-23 work 1.5 begins here."},
+                  .left = {"the LED of /PSU#0 blinks"}};
+  const auto faults = sweep::faults_of(course_of(row), good);
+  ASSERT_EQ(faults.size(), 2U);
+  EXPECT_EQ(faults[1].what, "exit status 1, and the screen does not say why");
+  EXPECT_EQ(faults[1].shown_by, Lines{"wait like \"([nN]ot|cannot|fail|refuse|error|wrong|missing|busy|stop).*[.:!]\""})
+      << "the rows of the good way look like a reason";
+}
+
+TEST(Judge, AsksTheCommandBehindAKilledOneForAReasonUnlessTheOperatorGaveUpThere) {
+  sweep::Course course = course_of({.what = "", .status = 1});
+  course.was_killed = true;
+  EXPECT_EQ(faults_in(course), "exit status 1, and the screen does not say why\n");
+  course.gave_up = true;
+  EXPECT_EQ(faults_in(course), "");
+}
+
+TEST(Judge, LetsTheOperatorGiveUp) {
+  sweep::Course course = course_of({.what = "", .status = 0});
+  course.is_good = true;
+  EXPECT_EQ(faults_in(course), "");
+  course.was_unheard = true;
+  course.next_text = "Pull it out";
+  const auto faults = sweep::faults_of(course, good_play());
+  ASSERT_EQ(faults.size(), 1U);
+  EXPECT_EQ(faults[0].what, "the operator gave up, and the command went on as if they had not");
+  EXPECT_EQ(faults[0].shown_by, (Lines{"pause 5", "absent \"Pull it out\""}));
+}
+
 TEST(Judge, KnowsAUnitThatIsGoneForGood) {
   sweep::Good good = good_play();
   good.commands[0].left = {"/PSU#0 is detached"};
-  const Ended row{.what = "", .status = 143, .shown = {"/PSU#0 is removed."}, .left = {"/PSU#0 is detached"}};
+  const Ended row{
+      .what = "", .status = 143, .shown = {"/PSU#0 is removed."}, .left = {"/PSU#0 is detached"}, .signals = {SIGTERM}};
   sweep::Course course = course_of(row);
   EXPECT_EQ(sweep::faults_of(course, good).size(), 2U) << "it is still in place";
   course.missing = {"/PSU#0"};
@@ -166,7 +235,8 @@ TEST(Judge, LooksForAFileBehindACommandThatWasKilledItself) {
 }
 
 TEST(Judge, HoldsNoEntryAgainstWhatAUnitBecameLater) {
-  sweep::Course course = course_of({.what = "", .status = 129, .logged = {"place left empty          /PSU#0"}});
+  sweep::Course course =
+      course_of({.what = "", .status = 129, .logged = {"place left empty          /PSU#0"}, .signals = {SIGHUP}});
   EXPECT_TRUE(faults_in(course).starts_with("the log says \"place left empty"));
   course.logged_at = 1;
   EXPECT_EQ(faults_in(course), "") << "it was put in behind this entry";
@@ -178,11 +248,17 @@ TEST(Judge, HoldsNoEntryAgainstWhatAUnitBecameLater) {
 
 TEST(Judge, AsksTheLogWhereTheLineIsCut) {
   sweep::Course course =
-      course_of({.what = "", .status = 129, .shown = {}, .left = {"/PSU#0 is detached"}, .fault = ""});
+      course_of({.what = "", .status = 129, .left = {"/PSU#0 is detached"}, .fault = "", .signals = {SIGHUP}});
   course.line_cut = true;
   EXPECT_NE(faults_in(course), "");
+  for (const char *of_another : {"unit left out of operation            /PSU#01", "unit replaced            /PSU#0"}) {
+    course.end.logged = {of_another};
+    EXPECT_NE(faults_in(course), "") << of_another;
+  }
   course.end.logged = {"unit left out of operation            /PSU#0"};
   EXPECT_EQ(faults_in(course), "");
+  course.end.left = {"the LED of /PSU#0 blinks"};
+  EXPECT_NE(faults_in(course), "") << "the entry is not about its LED";
 }
 
 TEST(Judge, FindsWhatDoesNotEnd) {

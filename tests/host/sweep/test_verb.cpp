@@ -57,7 +57,7 @@ TEST_F(SweepVerb, FindsACommandThatDoesNotLookAndWritesAPlayThatShowsIt) {
   EXPECT_TRUE(
       says(done, "failed  program ctlled 2: exit 206\n    the LED of /PSU#0 blinks, and the screen does not say so\n"))
       << done.output;
-  EXPECT_TRUE(says(done, "forgets.findings/program_ctlled_2_exit_206.play  (1 of the replays)\n")) << done.output;
+  EXPECT_TRUE(says(done, "forgets.findings/program_ctlled_2_exit_206.play  (1 replay)\n")) << done.output;
   EXPECT_FALSE(says(done, "did not fail")) << done.output;
   EXPECT_TRUE(says(done, " 1 replays in ") && says(done, ": 0 passed, 1 failed, 0 unplayed.\n")) << done.output;
   EXPECT_TRUE(says(done, "    pages/program_ctlled_2_exit_206.html shows it step by step.\n")) << done.output;
@@ -71,7 +71,7 @@ TEST_F(SweepVerb, FindsACommandThatDoesNotLookAndWritesAPlayThatShowsIt) {
   const Done lost = spbox({"sweep", "forgets.play", "--only", "program ctlled 2: exit 206", "--findings",
                            "forgets.play/findings", "--json", "report.json"});
   EXPECT_EQ(lost.exit_status, 1) << lost.output;
-  EXPECT_TRUE(says(lost, "    This play could not be written: Not a directory.\n")) << lost.output;
+  EXPECT_TRUE(says(lost, "    This play could not be written: Not a directory. It stands here:\n")) << lost.output;
   EXPECT_TRUE(says(lost, ": 0 passed, 1 failed, 0 unplayed.\n")) << lost.output;
 
   std::string mended = kForgets;
@@ -202,7 +202,7 @@ TEST_F(SweepVerb, RefusesWhatItCannotSweep) {
       {{"sweep", "-"}, 2, "spbox: a sweep reads its play for each replay: it has to be a file."},
       {{"sweep", "good.play", "--findings", "bad.play"},
        2,
-       "spbox: bad.play is no folder, so no finding can be written. Nothing was played."},
+       "spbox: --findings: nothing can be written into bad.play: Not a directory. Nothing was played."},
       {{"sweep", "good.play", "--report", "bad.play"},
        2,
        "spbox: --report: nothing can be written into bad.play: Not a directory. Nothing was played."},
