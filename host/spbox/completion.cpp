@@ -66,6 +66,7 @@ std::string bash_rows(const Verb &verb) {
   std::string rows, options = "--help", valued;
   int place = 0;
   for (const Word &word : verb.words) {
+    if (word.is_hidden) continue;
     const std::string candidates = offer(word, &Offer::bash, "");
     std::string pattern = verb.name + " " + word.name;
     if (word.is_option()) {
@@ -166,7 +167,9 @@ std::string zsh_completion(const std::vector<Verb> &verbs) {
   for (const Verb &verb : verbs) {
     text += "  " + verb.name + ")\n    _arguments '--help[Say more]'";
     int place = 0;
-    for (const Word &word : verb.words) text += " \\\n      " + zsh_row(word, word.is_option() ? 0 : ++place);
+    for (const Word &word : verb.words) {
+      if (!word.is_hidden) text += " \\\n      " + zsh_row(word, word.is_option() ? 0 : ++place);
+    }
     text += " ;;\n";
   }
   return text + "esac\n";
@@ -182,6 +185,7 @@ std::string fish_completion(const std::vector<Verb> &verbs) {
     for (const std::string &start : {first, behind_help}) text.append(start).append(line);
     const std::string here = "complete -c spbox -n '__spbox_verb " + verb.name + "'";
     for (const Word &word : verb.words) {
+      if (word.is_hidden) continue;
       const std::string candidates = offer(word, &Offer::fish, word.value.empty() ? "" : " -x");
       if (word.is_option()) {
         const bool is_long = word.name.starts_with("--");

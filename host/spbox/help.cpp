@@ -44,7 +44,7 @@ std::string with_value(const Word &word) {
 std::string section(const std::string &heading, const Verb &verb, bool options) {
   std::string items;
   for (const Word &word : verb.words) {
-    if (word.is_option() == options) items += item(with_value(word), word.help);
+    if (word.is_option() == options && !word.is_hidden) items += item(with_value(word), word.help);
   }
   return items.empty() ? "" : "\n" + heading + ":\n" + items;
 }

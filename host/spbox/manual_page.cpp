@@ -40,6 +40,7 @@ std::string as_text(const std::string &lines) {
 std::string verb_section(const Verb &verb) {
   std::string text = ".SS " + verb.name + "\n" + for_roff(verb.line) + ".\n.PP\n.B " + for_roff(usage_of(verb)) + "\n";
   for (const Word &word : verb.words) {
+    if (word.is_hidden) continue;
     text += ".TP\n.B " + for_roff(word.value.empty() ? word.name : word.name + " " + word.value) + "\n" +
             as_text(word.help);
   }

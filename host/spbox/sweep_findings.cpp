@@ -29,8 +29,8 @@ std::string as_file_name(const std::string &text) {
 }  // namespace
 
 void SweepFindings::keep(const sweep::Fault &fault, const sweep::Outcome &outcome, const std::string &name,
-                         const sweep::Tried &tried) {
-  const std::string key = tried.kind + " " + tried.deviation + ": " + fault.what;
+                         const std::string &otherwise) {
+  const std::string key = otherwise + ": " + fault.what;
   const auto known = std::ranges::find(findings_, key, &Finding::fault);
   if (known != findings_.end()) {
     ++known->replays;
@@ -45,14 +45,16 @@ void SweepFindings::keep(const sweep::Fault &fault, const sweep::Outcome &outcom
     write_whole_file(finding.play, text);
   } catch (const std::system_error &error) {
     finding.unwritten = error.code().message();
+    finding.text = text;
   }
 }
 
 // Named after what was otherwise, so that the shares of a sweep can write into one folder. A play that somebody keeps there stays.
 fs::path SweepFindings::file_for(const std::string &name, const std::string &text) const {
   const auto is_taken = [&](const fs::path &file) {
+    std::error_code unknown;
     return std::ranges::find(findings_, file, &Finding::play) != findings_.end() ||
-           (fs::exists(file) && base::text_if_readable(file.c_str()) != text);
+           (fs::exists(file, unknown) && base::text_if_readable(file.c_str()) != text);
   };
   const std::string stem = as_file_name(name);
   fs::path file = folder_ / (stem + ".play");
@@ -98,10 +100,13 @@ void SweepFindings::tell() const {
   print_line("");
   print_line("Findings, each with a play that shows it:");
   for (const Finding &finding : findings_) {
-    print_line(base::shown(finding.play.string()) + "  (" + std::to_string(finding.replays) + " of the replays)");
+    print_line(base::shown(finding.play.string()) + "  (" + std::to_string(finding.replays) +
+               (finding.replays == 1 ? " replay)" : " replays)"));
     print_line("    " + finding.fault);
     if (!finding.unwritten.empty()) {
-      print_line("    This play could not be written: " + finding.unwritten + ".");
+      print_line("    This play could not be written: " + finding.unwritten + ". It stands here:");
+      print_line("");
+      print(finding.text);
     } else if (finding.alone == Finding::Alone::kPasses) {
       print_line("    Played alone, this play did not fail there.");
     }

@@ -9,7 +9,6 @@
 #include "host/runner/pool.h"
 #include "host/spbox/json.h"
 #include "host/sweep/outcome.h"
-#include "host/sweep/table.h"
 
 namespace spbox {
 
@@ -19,9 +18,10 @@ class SweepFindings {
   SweepFindings(std::filesystem::path script, std::filesystem::path folder, std::filesystem::path pages)
       : script_(std::move(script)), folder_(std::move(folder)), pages_(std::move(pages)) {}
 
-  // One play for all replays that show the same. `name` is that of the replay.
+  // One play for all replays in which the same was otherwise, as it is called here, and that show the same fault. `name` is that of
+  // the replay.
   void keep(const sweep::Fault &fault, const sweep::Outcome &outcome, const std::string &name,
-            const sweep::Tried &tried);
+            const std::string &otherwise);
 
   // Each of the plays alone, with these options of `spbox play`.
   void play_again(const std::vector<std::string> &options, const runner::PoolRules &rules);
@@ -32,12 +32,12 @@ class SweepFindings {
 
  private:
   struct Finding {
-    std::string fault;  // "exit: maintenance mode is on, ..."
+    std::string fault;  // "program ctlled exit 206: maintenance mode is on, ..."
     std::filesystem::path play;
     std::size_t lines;  // of it
     std::size_t replays = 1;
     enum class Alone { kUntried, kFails, kPasses } alone = Alone::kUntried;  // its play
-    std::string unwritten = {};                                              // why it is in no file
+    std::string unwritten = {}, text = {};  // why it is in no file, and what would stand there
   };
 
   static Finding::Alone alone_of(const runner::JobEnding &ending, const runner::PoolRules &rules,

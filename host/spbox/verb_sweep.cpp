@@ -52,6 +52,7 @@ struct SweepOptions {
   SpeedOption speed{"full"};
   MachineOption machine;
   std::uint32_t limit = 0;  // seconds on the wall; 0: none
+  std::uint32_t pairs = 0;  // 0: as many as the plan has
   bool list = false, every = false;
   TestReports reports;
   fs::path findings;
@@ -71,6 +72,11 @@ milliseconds longest_replay(const SweepOptions &options) {
   return speed.is_full() ? kLongestWork : kLongestWork + kLongestSilence / speed.times;
 }
 
+fs::path findings_folder(const SweepOptions &options) {
+  if (!options.findings.empty()) return options.findings;
+  return options.files.script.stem().string() + ".findings";
+}
+
 sweep::ReplayRules rules_for(const SweepOptions &options, int alarm, const fs::path &folder) {
   return {.spbox = this_program().string(),
           .limit = kLongestSilence,
@@ -78,12 +84,8 @@ sweep::ReplayRules rules_for(const SweepOptions &options, int alarm, const fs::p
           .speed = *options.speed.speed(),
           .log = [](const box::Place &place) { return log_of(place, sentence_of); },
           .options = options.machine.words(),
-          .checkpoints = sweep::Checkpoints(folder)};
-}
-
-fs::path findings_folder(const SweepOptions &options) {
-  if (!options.findings.empty()) return options.findings;
-  return options.files.script.stem().string() + ".findings";
+          .checkpoints = sweep::Checkpoints(folder),
+          .findings = findings_folder(options)};
 }
 
 std::vector<play::Step> steps_of(const SweepOptions &options) {
@@ -152,7 +154,8 @@ class Sweep {
 
   void run() {
     runner::PoolRules rules{options_.pool.width(), longest_replay(options_), alarm_};
-    if (options_.limit > 0) rules.last_begin = SweepClock::now() + std::chrono::seconds(options_.limit);
+    if (options_.limit > 0) last_begin_ = SweepClock::now() + std::chrono::seconds(options_.limit);
+    rules.last_begin = last_begin_;
     run_side_by_side(jobs_, rules,
                      {.begins = [&](std::size_t job) { progress_.begins(jobs_[job].name); },
                       .ends = [&](std::size_t job, const runner::JobEnding &ending) { ends(job, ending); },
@@ -165,6 +168,8 @@ class Sweep {
   }
 
   // Whether --only names a deviation. A shard may have none of those that it names.
+  bool is_over() const { return last_begin_ && SweepClock::now() > *last_begin_; }
+
   bool has_named() const {
     return std::ranges::any_of(all_, [this](const auto &deviation) { return is_named(deviation, options_.plan); });
   }
@@ -204,6 +209,7 @@ class Sweep {
 
   std::vector<std::string> command(const sweep::Case &one) const {
     std::vector<std::string> words{this_program(), "sweep", "--good", good_file(), "--numbers", sweep::text_of(one)};
+    words.insert(words.end(), {"--findings", findings_folder(options_)});
     add_options(words);
     words.insert(words.end(), {"--", options_.files.script});
     words.insert(words.end(), options_.words.begin(), options_.words.end());
@@ -217,17 +223,38 @@ class Sweep {
     return stem + "/" + std::string(all_[one.front()].row->word) + "/" + sweep::name_of(one, all_);
   }
 
+  std::string sorts_of(const sweep::Case &one) const {
+    std::string text;
+    for (const std::size_t number : one) text += (text.empty() ? "" : " and ") + sort_of(all_[number]);
+    return text;
+  }
+
+  // What a replay told; nothing where it broke off.
+  static sweep::Outcome outcome_of(const runner::JobEnding &ending) {
+    try {
+      return sweep::outcome_in(ending.told);
+    } catch (const script::Error &) {
+      return {};
+    }
+  }
+
   void ends(std::size_t job, const runner::JobEnding &ending) {
     progress_.ends(jobs_[job].name);
     runner::Result &result = tried_[job].result;
     const std::string name = result.name;
-    const sweep::Outcome outcome = sweep::outcome_in(ending.told);
+    const sweep::Outcome outcome = outcome_of(ending);
     result = runner::judge(ending, longest_replay(options_));
     result.name = name;
     result.account = {};
     if (result.verdict == runner::Verdict::kHung) {
       result.reason = "the replay was not done in " + runner::time_text(longest_replay(options_)) + ", and was ended\n";
     }
+    if (result.verdict == runner::Verdict::kPassed && !outcome.is_told) {
+      result.verdict = runner::Verdict::kDied;
+      result.reason = "the replay did not tell what became of it\n";
+    }
+    if (result.verdict == runner::Verdict::kUnplayed && is_over())
+      result.reason = "the limit was over before it began\n";
     const bool is_played = outcome.is_told && !ending.hung && !ending.interrupted;
     if (is_played && !outcome.happened) {
       result.verdict = runner::Verdict::kUnplayed;
@@ -238,7 +265,7 @@ class Sweep {
       result.reason.clear();
       for (const sweep::Fault &fault : outcome.faults) {
         result.reason += fault.what + "\n";
-        findings_.keep(fault, outcome, jobs_[job].name, tried_[job]);
+        findings_.keep(fault, outcome, jobs_[job].name, sorts_of(cases_[job]));
       }
     }
     progress_.counts(is_wrong(result.verdict));
@@ -277,7 +304,8 @@ class Sweep {
                   processor_ * 1000 / static_cast<double>(std::max<std::size_t>(played, 1)));
     return base::shown(options_.files.script.string()) + ": " + std::to_string(points()) + " points of " +
            std::to_string(fold_.classes()) + " kinds, " + std::to_string(all_.size()) + " deviations, " +
-           std::to_string(results.size()) + " replays in " + runner::time_text(time_) + cost.data() + ": " +
+           std::to_string(played) + (played == results.size() ? "" : " of " + std::to_string(results.size())) +
+           " replays in " + runner::time_text(time_) + cost.data() + ": " +
            std::to_string(count(results, runner::Verdict::kPassed)) + " passed, " + std::to_string(wrong) +
            " failed, " + std::to_string(count(results, runner::Verdict::kUnplayed)) + " unplayed.";
   }
@@ -289,20 +317,24 @@ class Sweep {
       table.push_back(Json::Object{{"point", tally.kind},
                                    {"deviation", tally.deviation},
                                    {"passed", tally.passed},
-                                   {"failed", tally.failed},
+                                   {"wrong", tally.failed},
                                    {"unplayed", tally.unplayed}});
     }
-    return Json::Object{{"play", options_.files.script.string()},
-                        {"points", points()},
-                        {"kinds_of_points", fold_.classes()},
-                        {"deviations", all_.size()},
-                        {"passed", count(results, runner::Verdict::kPassed)},
-                        {"wrong", std::ranges::count_if(results, runner::is_wrong, &runner::Result::verdict)},
-                        {"unplayed", count(results, runner::Verdict::kUnplayed)},
-                        {"milliseconds", time_.count()},
-                        {"table", table},
-                        {"findings", findings_.json()},
-                        {"replays", replays}};
+    return Json::Object{
+        {"play", options_.files.script.string()},
+        {"seed", options_.plan.seed},
+        {"depth", options_.plan.depth},
+        {"shard", std::to_string(options_.plan.shard.number) + "/" + std::to_string(options_.plan.shard.shares)},
+        {"points", points()},
+        {"kinds_of_points", fold_.classes()},
+        {"deviations", all_.size()},
+        {"passed", count(results, runner::Verdict::kPassed)},
+        {"wrong", std::ranges::count_if(results, runner::is_wrong, &runner::Result::verdict)},
+        {"unplayed", count(results, runner::Verdict::kUnplayed)},
+        {"milliseconds", time_.count()},
+        {"table", table},
+        {"findings", findings_.json()},
+        {"replays", replays}};
   }
 
   const SweepOptions &options_;
@@ -314,6 +346,7 @@ class Sweep {
   sweep::Fold fold_;
   std::vector<sweep::Case> cases_;
   SweepFindings findings_;
+  std::optional<SweepClock::time_point> last_begin_;
   milliseconds time_{0};
   double processor_ = 0;
   std::vector<runner::Job> jobs_;
@@ -349,11 +382,8 @@ int sweep_all(const SweepOptions &options, int alarm) {
 int sweep_play(const SweepOptions &options) {
   check_reports(options.reports);
   make_report_folder("--report", options.pages);
-  const fs::path findings = findings_folder(options);  // made for the first finding
-  if (fs::exists(findings) && !fs::is_directory(findings)) {
-    throw UsageError(base::shown(findings.string()) +
-                     " is no folder, so no finding can be written. Nothing was played.");
-  }
+  const fs::path findings = findings_folder(options);
+  if (fs::exists(findings)) make_report_folder("--findings", findings);  // another one is made for the first finding
   const play::Interrupts interrupts;
   int status = kFailure;
   try {
@@ -373,6 +403,8 @@ void judge_sweep_words(SweepOptions &options) {
   options.pool.check();
   options.speed.check();
   options.plan.shard = options.pool.shard();
+  if (options.pairs > 0 && options.plan.depth == 1) throw UsageError("--pairs goes with --depth 2.");
+  if (options.pairs > 0) options.plan.draws = options.pairs;
   if (options.good.empty() != options.numbers.empty()) throw UsageError("--good and --numbers belong together.");
 }
 
@@ -388,7 +420,7 @@ std::vector<Word> words_of_sweep(SweepOptions &options) {
            .value = "N"},
           {.name = "--pairs",
            .help = "With --depth 2: so many pairs are drawn; 1000\nwithout it",
-           .to = number(options.plan.draws, 1, 1'000'000),
+           .to = number(options.pairs, 1, 1'000'000),
            .value = "N"},
           {.name = "--seed",
            .help = "Gives the order and the pairs; 1 without it",
@@ -418,11 +450,16 @@ std::vector<Word> words_of_sweep(SweepOptions &options) {
            .value = "DIR"},
           options.reports.junit_word(),
           options.reports.json_word(),
-          {.name = "--good", .help = "One replay: what the good play came to", .to = &options.good, .value = "FILE"},
+          {.name = "--good",
+           .help = "One replay: what the good play came to",
+           .to = &options.good,
+           .value = "FILE",
+           .is_hidden = true},
           {.name = "--numbers",
            .help = "One replay: its deviations, counted from 0; the\nreport goes to descriptor 3",
            .to = &options.numbers,
-           .value = "N,N"}};
+           .value = "N,N",
+           .is_hidden = true}};
 }
 
 }  // namespace
