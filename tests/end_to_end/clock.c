@@ -394,6 +394,27 @@ static int to_call_the_system(void) {
   const struct timespec length = {0, 100000000};
   return (int)syscall(SYS_nanosleep, &length, NULL);
 }
+/* Stopped and let go on meanwhile, while another one waits for a late moment of the box's time. */
+static int to_go_on_in_the_system(void) {
+  const struct timespec length = {0, 300000000}, soon = {0, 50000000};
+  const pid_t sleeper = fork();
+  if (sleeper == 0) {
+    sleep(100);
+    _exit(0);
+  }
+  const pid_t stopper = fork();
+  if (stopper == 0) {
+    syscall(SYS_nanosleep, &soon, NULL);
+    kill(getppid(), SIGSTOP);
+    syscall(SYS_nanosleep, &soon, NULL);
+    kill(getppid(), SIGCONT);
+    _exit(0);
+  }
+  const int result = (int)syscall(SYS_nanosleep, &length, NULL);
+  kill(sleeper, SIGKILL);
+  while (wait(NULL) > 0) continue;
+  return result;
+}
 static int to_spin(void) {
   const double begin = seconds_of(CLOCK_MONOTONIC);
   while (seconds_of(CLOCK_MONOTONIC) < begin + 0.1) continue;
@@ -443,6 +464,7 @@ static const struct {
     {"poll and another process", to_hear_of_another, 3, 3.1},
     {"a sleeper that is killed", to_outlive_a_sleeper, 16, 16.3},
     {"nanosleep of the system", to_call_the_system, 0.05, 60},
+    {"nanosleep of the system that was stopped", to_go_on_in_the_system, 0.2, 60},
     {"a program that reads the time", to_spin, 0.1, 60},
 };
 

@@ -40,7 +40,7 @@ TEST_F(Clock, IsHadByEachCallThatWaitsOrTellsTheTime) {
   for (std::string line; std::getline(lines, line); ++calls) {
     EXPECT_TRUE(line.ends_with(": ok")) << line;
   }
-  EXPECT_EQ(calls, 39) << done.output;
+  EXPECT_EQ(calls, 40) << done.output;
   EXPECT_FALSE(box_time::is_kept(page()));
 }
 
