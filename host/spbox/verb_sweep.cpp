@@ -183,6 +183,13 @@ class Sweep {
     return places.size() > 1;
   }
 
+  void tell_of_few_pairs() const {
+    const bool is_whole = options_.plan.depth > 1 && options_.plan.shard.shares == 1;
+    if (is_whole && cases_.size() < options_.plan.draws) {
+      print_line("Only " + std::to_string(cases_.size()) + " different pairs were drawn: there are few.");
+    }
+  }
+
   void list() const {
     for (const runner::Job &job : jobs_) print_line(job.name);
   }
@@ -371,6 +378,7 @@ int sweep_all(const SweepOptions &options, int alarm) {
     throw UsageError("a pair is of two deviations at different points, and no two of " + options.files.script.string() +
                      " have \"" + base::shown(options.plan.only) + "\" in their names. --list prints the names.");
   }
+  sweep.tell_of_few_pairs();
   if (options.list) {
     sweep.list();
     return 0;

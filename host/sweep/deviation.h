@@ -33,8 +33,8 @@ struct DeviationRow {
   std::vector<box::PointKind> kinds = {};
   box::Turn turn = {};
 
-  bool is_in_place_of_points = false;  // of a command that comes to no question of the library
   bool is_choice = false;              // the operator's, who knows why nothing comes of it
+  bool is_in_place_of_points = false;  // of a command that comes to no question of the library
 
   // Of steps: what is done instead; nothing where it cannot be there.
   std::optional<std::vector<Words>> (*instead)(const Occasion &occasion) = nullptr;

@@ -33,7 +33,9 @@ typedef enum {
   EVENT,
   SENTENCE,
   LIMIT,
-  RECORD
+  RECORD,
+  ANSWER,
+  TRUTH
 } duty;
 
 static const char *const kDuties[] = {
@@ -49,6 +51,8 @@ static const char *const kDuties[] = {
     "sentence", /* to say why */
     "limit",    /* that a control program may never end */
     "record",   /* that a record may not be there */
+    "answer",   /* to give up where the operator does */
+    "truth",    /* to say what is so */
 };
 
 static const char kLock[] = "/tmp/swap_psu.lock", kNotes[] = "/tmp/swap_psu.notes";
@@ -175,7 +179,7 @@ static int32_t exchange(void) {
   is_out = true;
   if (!keeps(EVENT)) log_event(LMAINTE_EVENT_REPLACED);
   int32_t outcome = lmainte_confirm("Pull out %s now. Type 1 when it is out, q to give up: ", unit.name);
-  if (outcome != LMAINTE_OUTCOME_DONE) return outcome;
+  if (outcome != LMAINTE_OUTCOME_DONE && keeps(ANSWER)) return outcome;
   outcome = lmainte_confirm("Put in %s now. Type 1 when it is in place, q to give up: ", unit.name);
   if (outcome != LMAINTE_OUTCOME_DONE) return outcome;
   result = lmainte_test_fru(LIMIT_SECONDS, &unit);
@@ -197,7 +201,9 @@ static void put_back_into_operation(void) {
 /* Whether nothing is left of them, as far as it keeps that in mind. */
 static bool take_marks_back(bool went_well) {
   bool is_clear = true;
-  if (is_lit && (keeps(LED) || went_well)) {
+  if (is_lit && !keeps(TRUTH) && !went_well) {
+    lmainte_tell("The LED of %s has been switched off.", unit.name);
+  } else if (is_lit && (keeps(LED) || went_well)) {
     is_clear = lmainte_control_led(LMAINTE_LED_OFF, LIMIT_SECONDS, &unit) == LMAINTE_OK;
     if (!is_clear) lmainte_tell("The LED of %s may still blink.", unit.name);
   }
@@ -227,7 +233,7 @@ static int32_t swap(void) {
   clear_up_behind_the_dead();
   if (lmainte_session_signal() != 0) return LMAINTE_OUTCOME_GIVEN_UP;
   int32_t outcome = lmainte_confirm("%s is replaced. Type 1 to begin, q to give up: ", unit.name);
-  if (outcome != LMAINTE_OUTCOME_DONE) return outcome;
+  if (outcome != LMAINTE_OUTCOME_DONE && keeps(ANSWER)) return outcome;
   if (!write_file(kNotes, O_TRUNC, "begun\n")) return failed(LMAINTE_FAILED, "has no notes");
   start_helper();
   outcome = mark();

@@ -30,6 +30,8 @@ const Forgetful kForgetful[] = {
      "the log says \"unit replaced  power supply  /PSU#0\", which is not true"},
     {"sentence", "program detachfru 1: exit 205", "exit status 1, and the screen does not say why"},
     {"limit", "program ctlled 1: hang", "the command did not end in time"},
+    {"answer", "answer 1 at swap_psu.play:7: q", "the operator gave up, and the command went on as if they had not"},
+    {"truth", "program detachfru 1: exit 205", "the LED of /PSU#0 blinks, and the screen does not say so"},
     {"record", "read current_psu_info 1: missing", "the command died of SIGSEGV"},
 };
 

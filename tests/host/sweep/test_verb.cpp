@@ -1,6 +1,7 @@
 // spbox sweep as an author runs it: on the shipped procedure, and on commands that forget something.
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <fstream>
 #include <iterator>
 
@@ -95,6 +96,29 @@ TEST_F(SweepVerb, PassesTheShippedProcedureWhereItsFirstProgramFails) {
   const Done killed = spbox({"sweep", "good.play", "--every", "--only", "trace lmainte_detach_fru ended"});
   EXPECT_EQ(killed.exit_status, 0) << killed.output;
   EXPECT_TRUE(says(killed, "trace           KILL            1        1\n")) << killed.output;
+  EXPECT_TRUE(is_clear());
+}
+
+TEST_F(SweepVerb, DrawsTheSamePairsFromASeedAndTellsWhatALimitLeftOut) {
+  write("command", kForgets);
+  write("forgets.play", "box qa\nstart sh $HERE/command\nwait \"give up:\"\ntype \"1\\n\"\nexit 0\nin_order\n");
+  const Words pairs{"sweep", "forgets.play", "--depth", "2", "--pairs", "3", "--seed", "7", "-j", "1"};
+  Words list = pairs, limited = pairs, other = pairs;
+  list.emplace_back("--list");
+  const std::string names = spbox(list).output;
+  EXPECT_EQ(std::ranges::count(names, '\n'), 3) << names;
+  EXPECT_EQ(spbox(list).output, names);
+  list[7] = "8";
+  EXPECT_NE(spbox(list).output, names);
+  limited.insert(limited.end(), {"--limit", "1", "--json", "report.json", "--junit", "report.xml", "--pairs", "100"});
+  limited.erase(limited.begin() + 4, limited.begin() + 6);
+  const Done done = spbox(limited);
+  EXPECT_TRUE(says(done, " of 100 replays in ")) << done.output;
+  const std::string json = text_of("report.json");
+  for (const char *told : {"\"depth\": 2", "\"seed\": 7", "\"shard\": \"1/1\""}) {
+    EXPECT_NE(json.find(told), std::string::npos) << told;
+  }
+  EXPECT_NE(text_of("report.xml").find("<skipped message=\"the limit was over before it began"), std::string::npos);
   EXPECT_TRUE(is_clear());
 }
 
@@ -213,6 +237,7 @@ TEST_F(SweepVerb, RefusesWhatItCannotSweep) {
        2,
        "spbox: a pair is of two deviations at different points, and no two of asks.play have \"answer\" in their "
        "names."},
+      {{"sweep", "good.play", "--pairs", "5"}, 2, "spbox: --pairs goes with --depth 2."},
       {{"sweep", "bad.play", "--good", "x"}, 2, "spbox: --good and --numbers belong together."},
   };
   for (const Row &row : rows) {
