@@ -79,7 +79,7 @@ std::string told_of_all(std::span<const Result> results, milliseconds time) {
 }
 
 std::string told_of(const Progress &progress, std::size_t width) {
-  std::string line = std::to_string(progress.done) + " of " + number_of(progress.all, "play") + " in " +
+  std::string line = std::to_string(progress.done) + " of " + number_of(progress.all, progress.what) + " in " +
                      time_text(progress.time) +
                      (progress.wrong > 0 ? ", " + std::to_string(progress.wrong) + " wrong" : "");
   for (std::size_t i = 0; i < progress.at_work.size(); ++i) line += (i == 0 ? "; now " : ", ") + progress.at_work[i];

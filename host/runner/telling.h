@@ -20,6 +20,7 @@ struct Progress {
   std::size_t done, all, wrong;
   std::vector<std::string> at_work;
   std::chrono::milliseconds time;
+  std::string what = "play";  // one of them
 };
 std::string told_of(const Progress &progress, std::size_t width);
 

@@ -19,9 +19,9 @@ class Transcripts {
   Transcripts(const Transcripts &) = delete;
   Transcripts &operator=(const Transcripts &) = delete;
 
-  // For a play of this name; its folder is made. Throws.
   const std::filesystem::path &folder() const { return folder_; }
 
+  // For a play of this name; its folder is made. Throws.
   std::filesystem::path place_for(const std::string &name) const;
 
   // Where the transcript lies when its play is over; empty where it does not.

@@ -55,7 +55,7 @@ void ProgressOfPlays::counts(bool is_wrong) {
 
 void ProgressOfPlays::show() {
   if (line_.width() > 0)
-    line_.show(runner::told_of(runner::Progress{done_, all_, wrong_, at_work_, time()}, line_.width()));
+    line_.show(runner::told_of(runner::Progress{done_, all_, wrong_, at_work_, time(), what_}, line_.width()));
 }
 
 std::chrono::milliseconds ProgressOfPlays::time() const {

@@ -27,7 +27,7 @@ class ProgressLine {
 // How far many plays are, on such a line.
 class ProgressOfPlays {
  public:
-  explicit ProgressOfPlays(std::size_t all) : all_(all) {}
+  explicit ProgressOfPlays(std::size_t all, std::string what = "play") : all_(all), what_(std::move(what)) {}
 
   void begins(const std::string &name) { at_work_.push_back(name); }
   void ends(const std::string &name);
@@ -39,6 +39,7 @@ class ProgressOfPlays {
  private:
   std::chrono::steady_clock::time_point begin_ = std::chrono::steady_clock::now();
   std::size_t all_, done_ = 0, wrong_ = 0;
+  std::string what_;  // one of them
   std::vector<std::string> at_work_;
   ProgressLine line_;
 };

@@ -5,6 +5,7 @@
 #include <filesystem>
 #include <fstream>
 #include <iterator>
+#include <map>
 #include <memory>
 #include <set>
 
@@ -141,7 +142,7 @@ class Sweep {
         fold_(good_, options.plan.seed),
         cases_(sweep::plan(all_, options.every ? nullptr : &fold_, options.plan)),
         findings_(options.files.script, findings_folder(options), options.pages),
-        progress_(cases_.size()) {
+        progress_(cases_.size(), "replay") {
     write_whole_file(good_file(), sweep::text_of(good_));
     for (const sweep::Case &one : cases_) {
       jobs_.push_back({sweep::name_of(one, all_), command(one)});
@@ -163,13 +164,14 @@ class Sweep {
     progress_.clear();
     processor_ = seconds_of_processor();
     time_ = progress_.time();
+    keep_pairs();
     play_findings();
     play::OwnFolder::remove_what_the_dead_left();
   }
 
-  // Whether --only names a deviation. A shard may have none of those that it names.
   bool is_over() const { return last_begin_ && SweepClock::now() > *last_begin_; }
 
+  // Whether --only names a deviation. A shard may have none of those that it names.
   bool has_named() const {
     return std::ranges::any_of(all_, [this](const auto &deviation) { return is_named(deviation, options_.plan); });
   }
@@ -272,14 +274,56 @@ class Sweep {
       result.reason.clear();
       for (const sweep::Fault &fault : outcome.faults) {
         result.reason += fault.what + "\n";
-        findings_.keep(fault, outcome, jobs_[job].name, sorts_of(cases_[job]));
+        if (cases_[job].size() == 1) keep(fault, outcome, cases_[job]);
       }
+      if (cases_[job].size() > 1) failed_pairs_.push_back({job, outcome});
     }
     progress_.counts(is_wrong(result.verdict));
     if (!is_wrong(result.verdict)) return progress_.show();
     progress_.clear();
     print(row_of(result.verdict).word + ("  " + jobs_[job].name) + "\n    " + runner::headline_of(result) + "\n");
     std::fflush(stdout);
+  }
+
+  void keep(const sweep::Fault &fault, const sweep::Outcome &outcome, const sweep::Case &one) {
+    findings_.keep(fault, outcome, sweep::name_of(one, all_), sorts_of(one));
+  }
+
+  // What one of the two brings about alone is shown with this one.
+  void keep_pairs() {
+    std::map<std::size_t, sweep::Outcome> alone;
+    for (const FailedPair &pair : failed_pairs_) {
+      for (const std::size_t number : cases_[pair.job]) alone[number];
+    }
+    std::vector<std::size_t> numbers;
+    std::vector<runner::Job> jobs;
+    for (const auto &[number, outcome] : alone) {
+      numbers.push_back(number);
+      jobs.push_back({name_of(all_[number]), command({number})});
+    }
+    run_side_by_side(
+        jobs, {options_.pool.width(), longest_replay(options_), alarm_},
+        {.begins = [](std::size_t) {},
+         .ends = [&](std::size_t job, const runner::JobEnding &ending) { alone[numbers[job]] = outcome_of(ending); },
+         .second_passes = [] {}});
+    for (const FailedPair &pair : failed_pairs_) {
+      for (const sweep::Fault &fault : pair.outcome.faults) keep_of_pair(fault, pair, alone);
+    }
+  }
+
+  struct FailedPair {
+    std::size_t job;
+    sweep::Outcome outcome;
+  };
+
+  void keep_of_pair(const sweep::Fault &fault, const FailedPair &pair,
+                    const std::map<std::size_t, sweep::Outcome> &alone) {
+    for (const std::size_t number : cases_[pair.job]) {
+      const sweep::Outcome &outcome = alone.at(number);
+      const auto same = std::ranges::find(outcome.faults, fault.what, &sweep::Fault::what);
+      if (same != outcome.faults.end()) return keep(*same, outcome, {number});
+    }
+    keep(fault, pair.outcome, cases_[pair.job]);
   }
 
   // Shows each finding once more.
@@ -352,6 +396,7 @@ class Sweep {
   std::vector<sweep::Deviation> all_;
   sweep::Fold fold_;
   std::vector<sweep::Case> cases_;
+  std::vector<FailedPair> failed_pairs_;
   SweepFindings findings_;
   std::optional<SweepClock::time_point> last_begin_;
   milliseconds time_{0};

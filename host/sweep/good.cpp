@@ -30,6 +30,10 @@ std::string text_of(const CommandEnd &command) {
 
 void take(Good &good, const script::Statement &statement) {
   const auto &words = statement.words;
+  if (words[0] == "script") {
+    good.script = number_in<std::uint64_t>(statement, 1);
+    return;
+  }
   if (words[0] == "command") {
     good.commands.emplace_back().start = number_in<std::size_t>(statement, 1);
     return;
@@ -51,7 +55,7 @@ void take(Good &good, const script::Statement &statement) {
 }  // namespace
 
 std::string text_of(const Good &good) {
-  std::string text;
+  std::string text = line({"script", std::to_string(good.script)});
   for (const CommandEnd &command : good.commands) text += text_of(command);
   for (const PointRange &range : good.points) {
     text += line({"points", std::to_string(static_cast<std::uint32_t>(range.kind)), range.name,

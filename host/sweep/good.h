@@ -1,6 +1,7 @@
 // What a good play came to: how each of its commands ended, what each left, said and logged, and to which points it came.
 #pragma once
 
+#include <cstdint>
 #include <optional>
 #include <string>
 #include <vector>
@@ -35,6 +36,7 @@ struct Reached {
 };
 
 struct Good {
+  std::uint64_t script = 0;  // of its steps: those of another play have another number
   std::vector<CommandEnd> commands;
   std::vector<PointRange> points;
   std::vector<Reached> order;  // one after the other

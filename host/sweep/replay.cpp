@@ -160,10 +160,10 @@ class Replay {
       return {};
     }
     is_order_known_ = is_order_known_ && is_check(step);
+    const milliseconds patience = stage_.patience;
     try {
       const Step &with_taken = stage_.with_taken(step);
       if (step.row->traits.starts_command) begin_command();
-      const milliseconds patience = stage_.patience;
       if (step.row->verb == "in_order") stage_.patience = std::min(patience, kDyingTime);
       if (step.row->verb == "type" || changes_units(step)) remember_what_was_said(step);
       note_signals(written(with_taken));
@@ -178,6 +178,7 @@ class Replay {
     } catch (const terminal::Interrupted &) {
       throw;
     } catch (const std::exception &wrong) {
+      stage_.patience = patience;
       return base::told(wrong);
     }
   }
@@ -551,14 +552,28 @@ class Replay {
   Course course_;
 };
 
+// FNV-1a over what stands in the scripts, and where.
+std::uint64_t number_of_script(const std::vector<Step> &steps) {
+  std::uint64_t number = 14695981039346656037U;
+  for (const Step &step : steps) {
+    for (const char byte : step.place + '\n' + play::written_step(words_of(step, {})) + '\n') {
+      number = (number ^ static_cast<unsigned char>(byte)) * 1099511628211U;
+    }
+  }
+  return number;
+}
+
 }  // namespace
 
 Good play_well(const std::vector<Step> &steps, const ReplayRules &rules) {
-  return Replay(steps, nullptr, {}, rules).play_well();
+  Good good = Replay(steps, nullptr, {}, rules).play_well();
+  good.script = number_of_script(steps);
+  return good;
 }
 
 Course replay(const std::vector<Step> &steps, const Good &good, const std::vector<Deviation> &deviations,
               const ReplayRules &rules) {
+  if (number_of_script(steps) != good.script) throw script::Error("the play has changed since the sweep began");
   return Replay(steps, &good, deviations, rules).play_otherwise();
 }
 

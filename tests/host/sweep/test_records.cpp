@@ -9,11 +9,13 @@ namespace {
 
 TEST(GoodPlay, IsReadAsItWasWritten) {
   sweep::Good good = good_play();
+  good.script = 18446744073709551615U;
   good.commands[0].left = {"/PSU#0 is detached"};
   good.commands[0].shown.emplace_back("odd \"bytes\" \\ \x1b[1m \xff, and 100 %");
   good.commands.push_back({5, terminal::Ending{true, 9}, {}, {}, {""}});
   good.points.push_back({box::PointKind::kRead, R"(a "name")", 2, 3, 1});
   const sweep::Good read = sweep::good_in(sweep::text_of(good));
+  EXPECT_EQ(read.script, good.script);
   ASSERT_EQ(read.commands.size(), 2U);
   EXPECT_EQ(read.commands[0].shown, good.commands[0].shown);
   EXPECT_EQ(read.commands[0].left, good.commands[0].left);

@@ -114,6 +114,7 @@ TEST_F(SweepVerb, DrawsTheSamePairsFromASeedAndTellsWhatALimitLeftOut) {
   limited.erase(limited.begin() + 4, limited.begin() + 6);
   const Done done = spbox(limited);
   EXPECT_TRUE(says(done, " of 100 replays in ")) << done.output;
+  EXPECT_FALSE(says(done, "_and_")) << "one of two was enough: " << done.output;
   const std::string json = text_of("report.json");
   for (const char *told : {"\"depth\": 2", "\"seed\": 7", "\"shard\": \"1/1\""}) {
     EXPECT_NE(json.find(told), std::string::npos) << told;
