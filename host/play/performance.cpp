@@ -91,8 +91,8 @@ std::vector<Step> prepare(const Files &files, const Values &values, const Verbs 
   }
   if (has_step(steps, &Traits::makes_box)) return steps;
   if (files.box.empty()) {
-    throw script::Error(script +
-                        " makes no box. Write `box qe1`, for example, or play it with `spbox play --box BOX`.");
+    throw script::Error(script + " makes no box. Write `box qe1`, for example, or play it with " +
+                        box::advice({"play", "--box", "BOX", script}) + ".");
   }
   if (!box::is_box(box::Place(files.box))) {
     throw script::Error(files.box.string() + " is not a box, and " + script +
