@@ -107,14 +107,17 @@ class Library:
         program = unit.dwarfinfo.line_program_for_CU(unit)
         file = program["file_entry"][entry.attributes["DW_AT_decl_file"].value - (program["version"] < 5)]
         folder = program["include_directory"][file.dir_index].decode()
-        whole = Path(unit.get_top_DIE().attributes["DW_AT_comp_dir"].value.decode(), folder, file.name.decode())
-        whole = Path(*[part for part in whole.parts]).resolve()
+        whole = Path(self.root, folder, file.name.decode()).resolve()  # the tree's own files are told from its root
         return str(whole.relative_to(self.root)) if whole.is_relative_to(self.root) else None
 
     def read_only(self):
         """Bytes of code and constants: what `size` calls text."""
         return sum(size for name, size in self.sections.items() if name not in self.relro and name not in KINDS
                    or KINDS.get(name) in (CODE, CONSTANTS))
+
+    def tables(self):
+        """Bytes of constants with addresses."""
+        return sum(size for name, size in self.sections.items() if KINDS.get(name) == TABLES)
 
     def written(self):
         """Bytes of memory that can be written to at run time."""
