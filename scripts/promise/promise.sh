@@ -1,20 +1,73 @@
 # shellcheck shell=bash
-# What a release promises: abi/VERSION has the layouts and signatures of both libraries on both machines, docs/compatibility.md the table of
-# records.
+# What a release promises: abi/VERSION has the layouts and signatures of both libraries on both machines, and the constants and the
+# platform's functions of the headers; docs/compatibility.md has the table of records.
 source scripts/lib.sh
 
 page=docs/compatibility.md
 
-# each_library: prints the path of each built library and that of its promise.
+# each_library RELEASE: prints the path of each built library and that of its promise.
 each_library() {
-  local release preset name
-  release=abi/$(last_release)
+  local release=$1 preset name
   for preset in release powerpc; do
     for name in "${libraries[@]}"; do echo "$(built_library "$preset" "$name") $release/$name.$preset.abi"; done
   done
 }
 
-last_release() { find abi -mindepth 1 -maxdepth 1 -printf '%f\n' | sort -V | tail -n 1; }
+# last_release MAJOR: prints the folder of the last one with this major version, if there is one.
+last_release() { find abi -mindepth 1 -maxdepth 1 -name "$1.*" | sort -V | tail -n 1; }
+
+# is_kept RELEASE: prints what is built otherwise than this one promised, and fails then. Names may be added to a library. To the
+# platform's functions none may be: a board's platform does not have it, and a library that needs it is not loaded there.
+is_kept() {
+  local kept=0 library promise
+  while read -r library promise; do
+    if ! abidiff --no-added-syms --no-show-locs "$promise" "$library"; then kept=1; fi
+  done < <(each_library "$1")
+  headers_keep "$1" || kept=1
+  return "$kept"
+}
+
+# headers_keep RELEASE: the same for what no library shows.
+headers_keep() {
+  local kept=0 compiler added
+  for compiler in gcc powerpc-linux-gnu-gcc; do
+    if ! "$compiler" -std=c11 -fsyntax-only -Iinclude "$1/headers.c"; then
+      say "The headers do not keep $1/headers.c."
+      kept=1
+    fi
+  done
+  added=$(comm -13 <(platform_functions "$1/headers.c") <(scripts/promise/headers . | platform_functions -))
+  if [[ -n $added ]]; then
+    say "A platform of $1 has no $(paste -sd ' ' <<<"$added")."
+    kept=1
+  fi
+  return "$kept"
+}
+
+platform_functions() { sed -nE 's/.*_Generic\(&(\w+),.*/\1/p' "$1" | sort; }
+
+# oddities_are_tested: prints each row of the page's oddities that names no test that there is, and fails then.
+oddities_are_tested() {
+  local kept=0 row test rows
+  # The first two lines are the head.
+  mapfile -t rows < <(sed -n '/^## Oddities/,/^## Records/p' "$page" | grep '^|' | tail -n +3)
+  for row in "${rows[@]}"; do
+    # shellcheck disable=SC2016  # the backticks are the page's
+    test=$(sed -nE 's/.* \| `(\w+\.\w+)` \|$/\1/p' <<<"$row")
+    if [[ -z $test ]]; then
+      say "$page names no test in this row: $row"
+      kept=1
+    elif ! grep -rqE "TEST(_F|_P)?\(${test/./, }\)" tests; then
+      say "$page names a test that there is not: $test"
+      kept=1
+    fi
+  done
+  if ((${#rows[@]} == 0)); then
+    say "$page has no oddities."
+    kept=1
+  fi
+  return "$kept"
+}
 
 # described LIBRARY: its layouts and signatures, without what a build of its own would change.
 described() {
