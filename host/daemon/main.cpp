@@ -19,6 +19,7 @@
 #include <thread>
 
 #include "host/base/descriptor.h"
+#include "host/base/leave_terminal.h"
 #include "host/base/number.h"
 #include "host/base/told.h"
 #include "host/box/daemon_socket.h"
@@ -53,14 +54,6 @@ void end_with_parent(int ready_fd) {
   if (poll(&at, 1, 0) == 1 && (at.revents & POLLERR) != 0) asked_to_end = 1;
 }
 
-// Whoever reads the other end of the command's pipes is not to wait for the daemon.
-void leave_terminal() {
-  const int nothing = open("/dev/null", O_RDWR | O_CLOEXEC);
-  if (nothing < 0) return;
-  for (const int fd : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) dup2(nothing, fd);
-  if (nothing > STDERR_FILENO) close(nothing);
-}
-
 // Returns 0, or a number of errno.
 int say(int fd, const std::string &line) {
   return base::write_all(fd, line + "\n");
@@ -69,7 +62,6 @@ int say(int fd, const std::string &line) {
 // Somebody may wait for this who does not learn it: then the daemon ends, which they see. Nobody is there any more where the
 // pipe is closed.
 void say_ready(int fd) {
-  leave_terminal();
   const int error = say(fd, std::to_string(getpid()));
   if (error != 0 && error != EPIPE) throw std::system_error(error, std::generic_category(), "saying that it is ready");
 }
@@ -146,6 +138,7 @@ int main(int argc, char **argv) {
   if (!ready_fd) return 2;
   try {
     const sigset_t signals = prepare_signals();
+    base::leave_terminal();  // whoever reads the other end of the command's pipes is not to wait for the daemon
     end_with_parent(*ready_fd);
     serve(box::Place(argv[1]), *ready_fd, signals);
     return 0;

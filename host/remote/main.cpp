@@ -11,6 +11,7 @@
 #include <string>
 
 #include "host/base/descriptor.h"
+#include "host/base/leave_terminal.h"
 #include "host/base/number.h"
 #include "host/base/told.h"
 #include "host/box/full_file.h"
@@ -41,19 +42,10 @@ sigset_t prepare_signals() {
   return before;
 }
 
-// Whoever reads the other end of the command's pipes is not to wait for this process.
-void leave_terminal() {
-  const int nothing = open("/dev/null", O_RDWR | O_CLOEXEC);
-  if (nothing < 0) return;
-  for (const int fd : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) dup2(nothing, fd);
-  if (nothing > STDERR_FILENO) close(nothing);
-}
-
 void serve(const box::Place &place, const std::string &name, int fd, const sigset_t &signals) {
   unsigned senseless = 0, died = 0;
   {
     remote::Server server(place, name);
-    leave_terminal();
     base::write_all(fd, std::to_string(getpid()) + "\n");
     while (asked_to_end == 0) server.step(signals);
     senseless = server.senseless();
@@ -71,6 +63,7 @@ int main(int argc, char **argv) {
   const auto fd = base::number_in<int>(argv[3]);
   if (!fd) return 2;
   fcntl(*fd, F_SETFD, FD_CLOEXEC);
+  base::leave_terminal();  // whoever reads the other end of the command's pipes is not to wait for this process
   try {
     serve(box::Place(argv[1]), argv[2], *fd, prepare_signals());
     return 0;

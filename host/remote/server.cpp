@@ -17,6 +17,7 @@ namespace remote {
 namespace {
 
 constexpr std::size_t kMostStandIns = 256;
+constexpr timespec kPause{0, 100'000'000};  // where nobody can be let in
 
 void remove_listener(const std::filesystem::path &socket) {
   std::error_code error;
@@ -39,6 +40,13 @@ void close_all_but(int fd) {
   close_range(static_cast<unsigned>(fd) + 1, UINT_MAX, 0);
 }
 
+// A wait lets none in where there is something to do at once.
+void let_in(const sigset_t &signals) {
+  sigset_t own;
+  sigprocmask(SIG_SETMASK, &signals, &own);
+  sigprocmask(SIG_SETMASK, &own, nullptr);
+}
+
 bool is_readable(int fd) {
   pollfd watched{fd, POLLIN, 0};
   return poll(&watched, 1, 0) == 1;
@@ -58,15 +66,20 @@ Server::~Server() {
 void Server::step(const sigset_t &signals) {
   see_off(false);
   pollfd watched{listener_.get(), POLLIN, 0};
-  if (ppoll(&watched, 1, nullptr, &signals) == 1) admit_one(signals);
+  if (ppoll(&watched, 1, nullptr, &signals) != 1) return;
+  let_in(signals);
+  admit_one(signals);
 }
 
 void Server::admit_one(const sigset_t &signals) {
   base::Descriptor channel(accept4(listener_.get(), nullptr, nullptr, SOCK_CLOEXEC));
+  if (channel.get() < 0) {
+    ppoll(nullptr, 0, &kPause, &signals);
+    return;
+  }
   ucred peer{};
   socklen_t size = sizeof peer;
-  if (channel.get() < 0 || stand_ins_.size() >= kMostStandIns ||
-      getsockopt(channel.get(), SOL_SOCKET, SO_PEERCRED, &peer, &size) != 0) {
+  if (stand_ins_.size() >= kMostStandIns || getsockopt(channel.get(), SOL_SOCKET, SO_PEERCRED, &peer, &size) != 0) {
     return;
   }
   base::Descriptor end_of_peer(static_cast<int>(syscall(SYS_pidfd_open, peer.pid, 0)));

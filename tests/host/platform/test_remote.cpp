@@ -1,5 +1,6 @@
 // What the platform's server makes of messages that are none, and what a program makes of a server that is gone.
 #include <fcntl.h>
+#include <sys/resource.h>
 #include <sys/socket.h>
 #include <sys/time.h>
 #include <sys/un.h>
@@ -257,6 +258,29 @@ TEST_F(RemoteTest, AServerThatDiesCostsTheCallsAndNotTheCommand) {
   EXPECT_GE(fd, 0) << "files are the command's own";
   EXPECT_EQ(lcmn_close(fd), 0);
   EXPECT_TRUE(lockable(2));
+}
+
+TEST_F(RemoteTest, AServerThatCanLetNobodyInWaitsAndCanBeEnded) {
+  const std::string clock = "/proc/" + std::to_string(remote->pid()) + "/schedstat";
+  const auto worked_ms = [&] {
+    long long nanoseconds = 0;
+    std::ifstream(clock) >> nanoseconds;
+    return nanoseconds / 1'000'000;
+  };
+  rlimit descriptors{};
+  prlimit(remote->pid(), RLIMIT_NOFILE, nullptr, &descriptors);
+  const rlimit none{3, descriptors.rlim_max};  // it has its own ones
+  prlimit(remote->pid(), RLIMIT_NOFILE, &none, nullptr);
+  Stranger early(place);
+  const long long before = worked_ms();
+  usleep(300000);
+  EXPECT_LT(worked_ms() - before, 100) << "it tries again and again";
+  prlimit(remote->pid(), RLIMIT_NOFILE, &descriptors, nullptr);
+  early.say(hello());
+  EXPECT_NE(early.asked(kOpening), Bytes()) << "it is let in once there is room";
+  prlimit(remote->pid(), RLIMIT_NOFILE, &none, nullptr);
+  Stranger late(place);
+  EXPECT_EQ(remote->end(), "");
 }
 
 TEST_F(RemoteTest, AStandInThatDiesLosesWhatWasOpenAndTheNextOneServes) {

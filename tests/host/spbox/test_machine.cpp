@@ -65,6 +65,15 @@ TEST_F(OtherMachine, TheWorkstationsProgramsAndTheBoxsRunAsEver) {
   EXPECT_EQ(run({"--machine", "powerpc", "box", "sh", "-c", "/mgb/bin/ctlmainte -c unlock; exit 3"}).exit_status, 3);
 }
 
+// Neither the platform's server nor the daemon has its own files where these are expected.
+TEST_F(OtherMachine, ACommandMayHaveNoInputAndNoOutput) {
+  const std::string line = "exec " SPBOX " run --machine powerpc box sh -c 'exit 3' <&- >&-";
+  const Done result = run_to_end(
+      {"/usr/bin/env", "-C", scratch_.path(), "/usr/bin/timeout", "--kill-after=1", "20", "/bin/sh", "-c", line});
+  EXPECT_EQ(result.exit_status, 3);
+  EXPECT_EQ(result.output, "");
+}
+
 TEST_F(OtherMachine, WhatItsProgramsNeedIsNamedWhereItIsMissing) {
   fs::create_directory(scratch_ / "bin");
   fs::create_symlink("/usr/bin/bwrap", scratch_ / "bin/bwrap");
