@@ -34,11 +34,13 @@ static any_function *next(const char *name) {
 
 typedef int poll_function(struct pollfd *, nfds_t, const struct timespec *, const sigset_t *);
 typedef int select_function(int, fd_set *, fd_set *, fd_set *, const struct timespec *, const sigset_t *);
+typedef int limit_function(int, fd_set *, fd_set *, fd_set *, struct timeval *);
 typedef int sleep_function(clockid_t, int, const struct timespec *, struct timespec *);
 typedef int signal_function(const sigset_t *, siginfo_t *, const struct timespec *);
 
 static poll_function *g_ppoll;
 static select_function *g_pselect;
+static limit_function *g_select;
 static sleep_function *g_clock_nanosleep;
 static signal_function *g_sigtimedwait;
 static bool g_has_own_time;
@@ -47,6 +49,7 @@ __attribute__((constructor)) static void look(void) {
   const int saved = errno;
   g_ppoll = (poll_function *)next("ppoll");
   g_pselect = (select_function *)next("pselect");
+  g_select = (limit_function *)next("select");
   g_clock_nanosleep = (sleep_function *)next("clock_nanosleep");
   g_sigtimedwait = (signal_function *)next("sigtimedwait");
   g_has_own_time = access(BOX_TIME_PAGE, F_OK) == 0;
@@ -136,28 +139,51 @@ EXPORT int poll(struct pollfd *fds, nfds_t count, int milliseconds) {
   return ppoll(fds, count, milliseconds < 0 ? NULL : &limit, NULL);
 }
 
-EXPORT int pselect(int count, fd_set *restrict in, fd_set *restrict out, fd_set *restrict other,
-                   const struct timespec *restrict limit, const sigset_t *restrict mask) {
+/* One that is watched as the sets' other descriptors are; below 0 where there is none. */
+static int new_timer_for_sets(const struct timespec *limit) {
   const int timer = is_limit(limit) ? new_timer(CLOCK_MONOTONIC, 0, limit) : -1;
-  if (timer < 0 || timer >= FD_SETSIZE) {
-    if (timer >= 0) end_timer(timer);
-    return g_pselect(count, in, out, other, limit, mask);
-  }
+  if (timer < FD_SETSIZE) return timer;
+  close(timer);
+  return -1;
+}
+
+/* What is left of the time then is told in `rest`. */
+static int select_until(int timer, int count, fd_set *in, fd_set *out, fd_set *other, const sigset_t *mask,
+                        struct itimerspec *rest) {
   fd_set none, *const watched = in == NULL ? &none : in;
   if (in == NULL) FD_ZERO(&none);
   FD_SET(timer, watched);
   int ready = g_pselect(timer >= count ? timer + 1 : count, watched, out, other, NULL, mask);
+  const int error = errno;
   if (ready >= 0 && FD_ISSET(timer, watched)) --ready;
   FD_CLR(timer, watched);
-  end_timer(timer);
+  timerfd_gettime(timer, rest);
+  close(timer);
+  errno = error;
   return ready;
 }
 
+EXPORT int pselect(int count, fd_set *restrict in, fd_set *restrict out, fd_set *restrict other,
+                   const struct timespec *restrict limit, const sigset_t *restrict mask) {
+  const int saved = errno, timer = new_timer_for_sets(limit);
+  struct itimerspec rest = {{0, 0}, {0, 0}};
+  errno = saved;
+  if (timer < 0) return g_pselect(count, in, out, other, limit, mask);
+  return select_until(timer, count, in, out, other, mask, &rest);
+}
+
+/* As the kernel does, it leaves in the limit what is left of it. */
 EXPORT int select(int count, fd_set *restrict in, fd_set *restrict out, fd_set *restrict other,
                   struct timeval *restrict limit) {
-  if (limit == NULL) return pselect(count, in, out, other, NULL, NULL);
-  const struct timespec length = {limit->tv_sec + limit->tv_usec / 1000000, (long)(limit->tv_usec % 1000000) * 1000};
-  return pselect(count, in, out, other, &length, NULL);
+  const struct timeval most = limit == NULL ? (struct timeval){0, 0} : *limit;
+  const struct timespec length = {most.tv_sec + most.tv_usec / 1000000, (long)(most.tv_usec % 1000000) * 1000};
+  const int saved = errno, timer = new_timer_for_sets(&length);
+  struct itimerspec rest = {{0, 0}, {0, 0}};
+  errno = saved;
+  if (timer < 0) return g_select(count, in, out, other, limit);
+  const int ready = select_until(timer, count, in, out, other, NULL, &rest);
+  *limit = (struct timeval){rest.it_value.tv_sec, rest.it_value.tv_nsec / 1000};
+  return ready;
 }
 
 /* ---- What waits for signals */

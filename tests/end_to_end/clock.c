@@ -4,9 +4,12 @@
  *   clock        a line for each call: its name and "ok", or what was wrong
  *   clock order  what three children did, in the order in which their times came
  *   clock many          the numbers of a hundred threads, in the order in which their times came
+ *   clock select LIBRARY      what this library's select leaves of its limit, in whole seconds: where the time runs out, where another
+ *                             process writes, and where a signal comes
  *   clock private COMMAND...  runs a command for which other processes' descriptors are private
  */
 #define _GNU_SOURCE
+#include <dlfcn.h>
 #include <errno.h>
 #include <linux/filter.h>
 #include <linux/futex.h>
@@ -515,6 +518,34 @@ static void sleep_in_many_threads(void) {
   for (int i = 0; i < 100; ++i) pthread_join(threads[i], NULL);
 }
 
+static int select_of(const char *library) {
+  union {
+    void *object;
+    int (*call)(int, fd_set *, fd_set *, fd_set *, struct timeval *);
+  } found = {NULL};
+  void *const opened = dlopen(library, RTLD_NOW);
+  struct timeval over = {4, 0}, another = {1000, 0}, interrupted = {50, 0};
+  int fds[2];
+  fd_set in;
+  if (opened == NULL || pipe(fds) != 0) return 1;
+  found.object = dlsym(opened, "select");
+  const int at_limit = found.call(0, NULL, NULL, NULL, &over);
+  if (fork() == 0) {
+    sleep(3);
+    _exit(write(fds[1], "x", 1) == 1 ? 0 : 1);
+  }
+  FD_ZERO(&in);
+  FD_SET(fds[0], &in);
+  const int ready = found.call(fds[0] + 1, &in, NULL, NULL, &another);
+  wait(NULL);
+  alarm(2);
+  const int failed = found.call(0, NULL, NULL, NULL, &interrupted), error = errno;
+  printf("%d %d.%06d; %d %d; %d %d %d\n", at_limit, (int)over.tv_sec, (int)over.tv_usec, ready,
+         (int)((another.tv_sec * 1000000 + another.tv_usec + 500000) / 1000000), failed, error == EINTR,
+         (int)((interrupted.tv_sec * 1000000 + interrupted.tv_usec + 500000) / 1000000));
+  return 0;
+}
+
 /* As a system does that lets nobody trace another process. */
 static int run_where_descriptors_are_private(char **command) {
   struct sock_filter rows[] = {
@@ -544,6 +575,7 @@ int main(int argc, char **argv) {
     sleep_in_many_threads();
     return 0;
   }
+  if (argc > 2 && strcmp(argv[1], "select") == 0) return select_of(argv[2]);
   for (size_t i = 0; i < sizeof kRows / sizeof kRows[0]; ++i) try(i);
   return 0;
 }

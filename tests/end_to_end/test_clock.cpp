@@ -44,6 +44,12 @@ TEST_F(Clock, IsHadByEachCallThatWaitsOrTellsTheTime) {
   EXPECT_FALSE(box_time::is_kept(page()));
 }
 
+// Programs of another machine wait by calls of their own, with a timer in the place of a limit.
+TEST_F(Clock, IsWhatSelectLeavesOfItsLimitOnAnotherMachine) {
+  EXPECT_EQ(run_to_end(at_speed("full", {CLOCK_CALLS, "select", TARGET_PLATFORM})).output,
+            "0 0.000000; 1 997; -1 1 48\n");
+}
+
 TEST_F(Clock, EndsWhatHasALimitByATimer) {
   EXPECT_EQ(run_to_end(at_speed("full", {"timeout", "100", "sleep", "1000"})).exit_status, 124);
 }

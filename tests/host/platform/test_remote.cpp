@@ -309,6 +309,31 @@ TEST_F(RemoteTest, ARecordThatNoMessageHoldsIsRefused) {
   EXPECT_TRUE(stored(2, "long_record", most));
 }
 
+// As the kernel leaves it.
+TEST_F(RemoteTest, WhatIsLeftOfItsLimitIsToldBySelect) {
+  constexpr timeval kShort{0, 2000}, kLong{100, 0};
+  timeval over = kShort, ready = kLong, interrupted = kLong, senseless{0, -1};
+  fd_set in;
+  base::Pipe pipe;
+  EXPECT_EQ(select(0, nullptr, nullptr, nullptr, &over), 0);
+  EXPECT_TRUE(over.tv_sec == 0 && over.tv_usec == 0) << over.tv_usec;
+  base::write_all(pipe.in.get(), "x");
+  FD_ZERO(&in);
+  FD_SET(pipe.out.get(), &in);
+  EXPECT_EQ(select(pipe.out.get() + 1, &in, nullptr, nullptr, &ready), 1);
+  EXPECT_TRUE(ready.tv_sec < 100 && ready.tv_sec >= 80) << ready.tv_sec;
+  std::signal(SIGALRM, [](int) {});
+  const itimerval again_and_again{{0, 5000}, {0, 5000}}, never{};
+  setitimer(ITIMER_REAL, &again_and_again, nullptr);
+  EXPECT_EQ(select(0, nullptr, nullptr, nullptr, &interrupted), -1);
+  EXPECT_EQ(errno, EINTR);
+  setitimer(ITIMER_REAL, &never, nullptr);
+  std::signal(SIGALRM, SIG_DFL);
+  EXPECT_TRUE(interrupted.tv_sec < 100 && interrupted.tv_sec >= 80) << interrupted.tv_sec;
+  EXPECT_EQ(select(0, nullptr, nullptr, nullptr, &senseless), -1);
+  EXPECT_EQ(errno, EINVAL);
+}
+
 // The handler's call comes between another one and its answer.
 TEST_F(RemoteTest, ASignalHandlerMayWriteTheTraceWhileACallWaits) {
   static const uint32_t words[2] = {4711, 1};
