@@ -91,6 +91,7 @@ void add_run(const RootPlan &plan, std::vector<std::string> &arguments) {
   std::error_code error;
   std::set<fs::path> shown;
   for (const fs::path &path : {plan.program.parent_path(), plan.folder, plan.spbox.parent_path()}) shown.insert(path);
+  if (plan.machine) shown.insert(plan.machine->emulator.parent_path());
   if (plan.network) shown.insert(fs::canonical("/etc/resolv.conf", error));
   for (const fs::path &path : shown) {
     const fs::path whole = fs::canonical(path, error);
@@ -158,6 +159,7 @@ bool seen_inside(const fs::path &folder) {
 std::set<std::string> guests_in_tmp(const RootPlan &plan) {
   std::set<std::string> guests;
   for (const fs::path &path : {plan.program, plan.folder, plan.spbox}) add_guests(path, guests);
+  if (plan.machine) add_guests(plan.machine->emulator, guests);
   return guests;
 }
 
