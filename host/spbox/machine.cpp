@@ -32,6 +32,9 @@ constexpr const char *kLoader = "lib/ld.so.1";
 constexpr const char *kLibrariesInside = "/mgb/lib/machine", *kEmulatorInside = "/mgb/lib/emulator",
                      *kProgramsInside = "/mgb/lib/programs";
 
+// And in the folder of links.
+constexpr const char *kCommands = "commands", *kPrograms = "programs";
+
 // ---- Which machine a program is of: the words of its head that tell
 
 struct Kind {
@@ -139,7 +142,8 @@ std::optional<Machine> MachineOption::machine() const {
   Machine machine{.emulator = find_program(kEmulator),
                   .libraries = kLibraries,
                   .programs = programs_on_path(),
-                  .socket = kPlatformSocket + name_of_this_run()};
+                  .socket = kPlatformSocket + name_of_this_run(),
+                  .links = {}};
   if (machine.emulator.empty()) {
     throw std::runtime_error(std::string(kEmulator) + " is missing: it runs the programs of a " + kName +
                              ". Install it (apt install qemu-user).");
@@ -151,30 +155,36 @@ std::optional<Machine> MachineOption::machine() const {
   return machine;
 }
 
+void make_links(Machine &machine, const fs::path &folder) {
+  machine.links = folder;
+  for (const char *part : {kCommands, kPrograms}) fs::create_directories(folder / part);
+  for (const auto &[name, program] : machine.programs) {
+    fs::create_symlink("../spbox", folder / kCommands / name);
+    fs::create_symlink(program, folder / kPrograms / name);
+  }
+}
+
 // The emulator looks for each file below the folder of the machine first: what the workstation preloads is nothing for it.
 std::vector<std::string> machine_arguments(const Machine &machine) {
-  const std::string libraries = kLibrariesInside, commands = kCommandsInside, programs = kProgramsInside;
-  std::vector<std::string> arguments{"--ro-bind",
-                                     machine.libraries / "lib",
-                                     libraries + "/lib",
-                                     "--symlink",
-                                     "/dev/null",
-                                     libraries + "/etc/ld.so.preload",
-                                     "--symlink",
-                                     machine.emulator,
-                                     kEmulatorInside,
-                                     "--symlink",
-                                     "/mgb/run/" + machine.socket,
-                                     std::string("/") + wire::kSocketLink,
-                                     "--dir",
-                                     commands,
-                                     "--dir",
-                                     programs};
-  for (const auto &[name, program] : machine.programs) {
-    arguments.insert(arguments.end(), {"--symlink", "../spbox", std::string(commands).append("/").append(name)});
-    arguments.insert(arguments.end(), {"--symlink", program, std::string(programs).append("/").append(name)});
-  }
-  return arguments;
+  const std::string libraries = kLibrariesInside;
+  return {"--ro-bind",
+          machine.libraries / "lib",
+          libraries + "/lib",
+          "--symlink",
+          "/dev/null",
+          libraries + "/etc/ld.so.preload",
+          "--symlink",
+          machine.emulator,
+          kEmulatorInside,
+          "--symlink",
+          "/mgb/run/" + machine.socket,
+          std::string("/") + wire::kSocketLink,
+          "--ro-bind",
+          machine.links / kCommands,
+          kCommandsInside,
+          "--ro-bind",
+          machine.links / kPrograms,
+          kProgramsInside};
 }
 
 bool is_program_of_machine() {

@@ -17,6 +17,7 @@ struct Machine {
   std::filesystem::path libraries;                        // of the machine
   std::map<std::string, std::filesystem::path> programs;  // of the machine, that the PATH has, by name
   std::string socket;                                     // on which its platform is reached, among the daemons'
+  std::filesystem::path links;                            // made by make_links
 };
 
 // How the name of such a socket begins.
@@ -36,6 +37,9 @@ class MachineOption {
 
 // The words of a command as they were typed, of those with which a process was started: the emulator's, perhaps.
 std::vector<std::string> words_on_machine(std::vector<std::string> words);
+
+// The programs' names, as links in this folder: the root of a command shows it. bwrap takes no more than a few thousand words.
+void make_links(Machine &machine, const std::filesystem::path &folder);  // throws
 
 // What of it is seen in the root of a command, as arguments of bwrap.
 std::vector<std::string> machine_arguments(const Machine &machine);

@@ -25,6 +25,10 @@ fs::path folder_of(const box::Place &place) {
   return place.root() / "mgb/lib";
 }
 
+fs::path folder_of_run(const box::Place &place, const std::string &name) {
+  return folder_of(place) / ("for_run." + name);
+}
+
 std::string name_of(pid_t process) {
   const auto state = box::state_of(process);
   return state ? std::to_string(process) + "." + std::to_string(state->start) : "";
@@ -61,13 +65,16 @@ std::string name_of_this_run() {
   return name_of(getpid());
 }
 
-RunMark::RunMark(const box::Place &place) : file_(folder_of(place) / (std::string(kPrefix) + name_of_this_run())) {
+RunMark::RunMark(const box::Place &place)
+    : file_(folder_of(place) / (std::string(kPrefix) + name_of_this_run())),
+      folder_(folder_of_run(place, name_of_this_run())) {
   const base::Descriptor file(open(file_.c_str(), O_WRONLY | O_CREAT | box::kOwnFile, 0644));
   if (file.get() < 0) throw std::system_error(errno, std::generic_category(), file_.string() + " cannot be written");
 }
 
 RunMark::~RunMark() {
   std::error_code ignored;
+  fs::remove_all(folder_, ignored);
   fs::remove(file_, ignored);
 }
 
@@ -82,6 +89,7 @@ void end_what_killed_runs_left(const box::Place &place) {
     const auto process = process_of(name);
     if (!process || name_of(*process) == name) continue;
     end_all_of_run(place, name);
+    fs::remove_all(folder_of_run(place, name), error);
     fs::remove(mark, error);
   }
 }

@@ -25,8 +25,11 @@ class RunMark {
   RunMark(const RunMark &) = delete;
   RunMark &operator=(const RunMark &) = delete;
 
+  // For what the run's root needs of its own. It goes with the mark, or with what a killed spbox has left.
+  const std::filesystem::path &folder() const { return folder_; }
+
  private:
-  std::filesystem::path file_;
+  std::filesystem::path file_, folder_;
 };
 
 // Ends all that those have left in the box that were killed.

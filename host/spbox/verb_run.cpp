@@ -90,6 +90,7 @@ int run(const RunOptions &options) {
   complete_databases(place);
   MountPoints mount_points(place);
   const RunMark mark(place);
+  if (plan.machine) make_links(*plan.machine, mark.folder());
   plan.guests = guests_in_tmp(plan);
   for (const std::string &name : plan.guests) mount_points.make(name, fs::is_directory("/tmp/" + name));
   Children children;

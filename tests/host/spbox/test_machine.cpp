@@ -22,6 +22,8 @@ std::string head(char word_size, char byte_order, const std::string &machine) {
   return text + machine + std::string(32, '\0');
 }
 
+const std::string kOfTarget = head(1, 2, std::string("\0\x14", 2));
+
 class OtherMachine : public SpboxTest {
  protected:
   void SetUp() override { make_box("qa"); }
@@ -31,15 +33,32 @@ class OtherMachine : public SpboxTest {
     fs::permissions(scratch_ / name.c_str(), fs::perms::owner_all);
   }
 
+  // Instead of the real one, which does not tell how it was called. Returns a PATH that has it first.
+  std::string path_with_emulator(const std::string &script) {
+    std::ofstream(emulator_ / "qemu-ppc") << "#!/bin/sh\n" << script;
+    fs::permissions(emulator_ / "qemu-ppc", fs::perms::owner_all);
+    return emulator_.path().string() + ":/usr/bin:/bin";
+  }
+  std::string kept_for_runs() {
+    std::string names;
+    for (const auto &entry : fs::directory_iterator(scratch_ / "box/mgb/lib")) {
+      const std::string name = entry.path().filename();
+      if (name.find("run.") != std::string::npos) names += name + " ";
+    }
+    return names;
+  }
+
   Done run(const std::vector<std::string> &words, const std::string &path = "/usr/bin:/bin") {
     std::vector<std::string> all{"/usr/bin/env", "-C", scratch_.path(), "PATH=" + path, SPBOX, "run"};
     all.insert(all.end(), words.begin(), words.end());
     return run_to_end(all);
   }
+
+  Scratch emulator_;
 };
 
 TEST_F(OtherMachine, AProgramThatIsOfAnotherOneIsRefused) {
-  write_program("of_target", head(1, 2, std::string("\0\x14", 2)));
+  write_program("of_target", kOfTarget);
   write_program("of_arm", head(1, 1, std::string("\x28\0", 2)));
   fs::copy("/bin/true", scratch_ / "own");
   struct Row {
@@ -89,6 +108,28 @@ TEST_F(OtherMachine, WhatItsProgramsNeedIsNamedWhereItIsMissing) {
       without_libraries.output,
       "spbox: /usr/powerpc-linux-gnu/lib/ld.so.1 is missing: it is of the C library of a powerpc. Install it (apt "
       "install libc6-powerpc-cross).\n");
+}
+
+// bwrap takes 9000 words.
+TEST_F(OtherMachine, ThousandsOfItsProgramsMayBeOnThePath) {
+  const std::string path = path_with_emulator("exit 5\n") + ":" + (scratch_ / "many").string();
+  write_program("of_target", kOfTarget);
+  fs::create_directory(scratch_ / "many");
+  for (int i = 0; i < 1600; ++i) fs::create_symlink("../of_target", scratch_ / "many" / std::to_string(i).c_str());
+  const Done result = run({"--machine", "powerpc", "box", "sh", "-c", "0 || 1599"}, path);
+  EXPECT_EQ(result.exit_status, 5);
+  EXPECT_EQ(result.output, "");
+  EXPECT_EQ(kept_for_runs(), "");
+}
+
+TEST_F(OtherMachine, WhatAKilledSpboxKeptForItsRunIsRemovedByTheNext) {
+  const std::string killed = SPBOX
+      " run --machine powerpc box sh -c ': >/tmp/ready; exec sleep 100' & "
+      "until test -e box/tmp/ready; do sleep 0.02; done; kill -KILL $!; wait";
+  run_to_end({"/usr/bin/env", "-C", scratch_.path(), "/bin/sh", "-c", killed});
+  EXPECT_NE(kept_for_runs().find("for_run."), std::string::npos) << kept_for_runs();
+  EXPECT_EQ(run({"box", "true"}).exit_status, 0);
+  EXPECT_EQ(kept_for_runs(), "");
 }
 
 TEST_F(OtherMachine, APlatformThatDiesUnderTheCommandIsTold) {
