@@ -107,12 +107,15 @@ std::vector<std::string> emulator_words(const std::string &name, const std::stri
   return {kEmulatorInside, "-L", kLibrariesInside, "-0", name, program};
 }
 
-// Returns where the emulator cannot be run.
-void emulate(const fs::path &program, char **words) {
+// Returns why it cannot be, as become_command does. Of a program that it cannot load the emulator says nothing where no terminal is.
+std::string emulate(const fs::path &program, char **words) {
+  if (access(program.c_str(), R_OK | X_OK) != 0) return {};
   std::vector<std::string> command = emulator_words(words[0], program);
   for (char **word = words + 1; *word != nullptr; ++word) command.emplace_back(*word);
   const base::ArgumentVector arguments(std::move(command));
   execv(kEmulatorInside, arguments.data());
+  return std::string("the emulator cannot be run: ") + std::strerror(errno) +
+         ".";  // NOLINT(concurrency-mt-unsafe): one thread
 }
 
 }  // namespace
@@ -153,6 +156,11 @@ std::optional<Machine> MachineOption::machine() const {
                              kName + ". Install it (apt install libc6-powerpc-cross).");
   }
   return machine;
+}
+
+fs::path program_of(const std::string &name, const std::optional<Machine> &machine) {
+  const bool is_machines = machine && machine->programs.contains(name);
+  return is_machines ? machine->programs.at(name) : find_program(name);
 }
 
 void make_links(Machine &machine, const fs::path &folder) {
@@ -196,9 +204,11 @@ bool is_program_of_machine() {
 int become_program_of_machine(char **argv) {
   const fs::path called(reinterpret_cast<const char *>(getauxval(AT_EXECFN)));  // NOLINT(performance-no-int-to-ptr)
   std::error_code error;
-  emulate(fs::read_symlink(kProgramsInside / called.filename(), error), argv);
+  const fs::path program = fs::read_symlink(kProgramsInside / called.filename(), error);
+  std::string why = emulate(program, argv);
   // NOLINTNEXTLINE(concurrency-mt-unsafe): one thread
-  complain(called.filename().string() + ": the emulator cannot be run: " + std::strerror(errno) + ".");
+  if (why.empty()) why = program.string() + " cannot be run: " + std::strerror(errno) + ".";
+  complain(called.filename().string() + ": " + why);
   return 126;
 }
 
@@ -210,10 +220,7 @@ std::string become_command(char **command) {
   if (kind == kTarget && !is_machine_here()) {
     return std::string("it is a program of a ") + kName + ". Give --machine " + kName + " to run it.";
   }
-  if (kind == kTarget) {
-    emulate(program, command);
-    return {};
-  }
+  if (kind == kTarget) return emulate(program, command);
   if (is_own && is_machine_here() && !is_of_system(program)) {
     return std::string("it is a program of this workstation, and not of a ") + kName +
            ". Build it for that, or leave out --machine.";

@@ -38,6 +38,9 @@ class MachineOption {
 // The words of a command as they were typed, of those with which a process was started: the emulator's, perhaps.
 std::vector<std::string> words_on_machine(std::vector<std::string> words);
 
+// The program of a command, as far as it is found: the machine's, where it has one of that name.
+std::filesystem::path program_of(const std::string &name, const std::optional<Machine> &machine);
+
 // The programs' names, as links in this folder: the root of a command shows it. bwrap takes no more than a few thousand words.
 void make_links(Machine &machine, const std::filesystem::path &folder);  // throws
 

@@ -69,15 +69,16 @@ int run(const RunOptions &options) {
   box::check_is_any_box(box::Place{folder});
   check_bwrap();
   if (!no_pager) check_pager();
+  const std::optional<Machine> on_machine = machine.machine();
   RootPlan plan{.box = place,
                 .spbox = fs::read_symlink("/proc/self/exe"),
                 .control_program = {},
                 .daemon = {},
-                .program = find_program(command.front()),
+                .program = program_of(command.front(), on_machine),
                 .folder = fs::current_path(),
                 .pager = !no_pager,
                 .network = network,
-                .machine = machine.machine()};
+                .machine = on_machine};
   if (plan.machine) plan.platform_server = find_part(plan.spbox, "platform_server");
   plan.control_program = find_part(plan.spbox, "control_program");
   plan.daemon = find_part(plan.spbox, "monitor_daemon");

@@ -110,6 +110,27 @@ TEST_F(OtherMachine, WhatItsProgramsNeedIsNamedWhereItIsMissing) {
       "install libc6-powerpc-cross).\n");
 }
 
+// Of what it cannot load the emulator says nothing.
+TEST_F(OtherMachine, AProgramThatMayNotBeRunIsNamed) {
+  const std::string path = path_with_emulator("exit 5\n") + ":" + scratch_.path().string();
+  write_program("of_target", kOfTarget);
+  EXPECT_EQ(run({"--machine", "powerpc", "box", "./of_target"}, path).exit_status, 5);
+  fs::permissions(scratch_ / "of_target", fs::perms::owner_read);
+  const Done kept = run({"--machine", "powerpc", "box", "./of_target"}, path);
+  EXPECT_EQ(kept.exit_status, 126);
+  EXPECT_EQ(kept.output, "spbox: ./of_target: it is no program that may be run (see its permissions).\n");
+}
+
+TEST_F(OtherMachine, ItsProgramIsFoundBehindTheWorkstationsWhereverItIs) {
+  const Scratch elsewhere;
+  std::ofstream(elsewhere / "true") << kOfTarget;
+  fs::permissions(elsewhere / "true", fs::perms::owner_all);
+  const std::string path = path_with_emulator("shift 4; echo $* $0; test -x $1\n") + ":" + elsewhere.path().string();
+  const Done result = run({"--machine", "powerpc", "box", "true", "word"}, path);
+  EXPECT_EQ(result.exit_status, 0);
+  EXPECT_EQ(result.output, (elsewhere / "true").string() + " word /mgb/lib/emulator\n");
+}
+
 // bwrap takes 9000 words.
 TEST_F(OtherMachine, ThousandsOfItsProgramsMayBeOnThePath) {
   const std::string path = path_with_emulator("exit 5\n") + ":" + (scratch_ / "many").string();
