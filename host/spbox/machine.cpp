@@ -107,15 +107,26 @@ std::vector<std::string> emulator_words(const std::string &name, const std::stri
   return {kEmulatorInside, "-L", kLibrariesInside, "-0", name, program};
 }
 
+// What is meant for an emulator at hand, such as a debugger that it is to wait for.
+void forget_emulator_settings() {
+  std::vector<std::string> names;
+  for (char **variable = environ; *variable != nullptr; ++variable) {
+    const std::string_view text(*variable);
+    if (text.starts_with("QEMU_")) names.emplace_back(text.substr(0, text.find('=')));
+  }
+  for (const std::string &name : names) unsetenv(name.c_str());  // NOLINT(concurrency-mt-unsafe): one thread
+}
+
 // Returns why it cannot be, as become_command does. Of a program that it cannot load the emulator says nothing where no terminal is.
 std::string emulate(const fs::path &program, char **words) {
   if (access(program.c_str(), R_OK | X_OK) != 0) return {};
+  forget_emulator_settings();
   std::vector<std::string> command = emulator_words(words[0], program);
   for (char **word = words + 1; *word != nullptr; ++word) command.emplace_back(*word);
   const base::ArgumentVector arguments(std::move(command));
   execv(kEmulatorInside, arguments.data());
   return std::string("the emulator cannot be run: ") + std::strerror(errno) +
-         ".";  // NOLINT(concurrency-mt-unsafe): one thread
+         ".";  // NOLINT(concurrency-mt-unsafe): as above
 }
 
 }  // namespace

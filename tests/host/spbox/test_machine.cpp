@@ -153,6 +153,14 @@ TEST_F(OtherMachine, WhatAKilledSpboxKeptForItsRunIsRemovedByTheNext) {
   EXPECT_EQ(kept_for_runs(), "");
 }
 
+TEST_F(OtherMachine, WhatTheEnvironmentSaysToTheEmulatorIsForAnother) {
+  const std::string path = path_with_emulator("env | grep -c ^QEMU_\n");
+  write_program("of_target", kOfTarget);
+  const Done result = run_to_end({"/usr/bin/env", "-C", scratch_.path(), "PATH=" + path, "QEMU_GDB=1234",
+                                  "QEMU_STRACE=", SPBOX, "run", "--machine", "powerpc", "box", "./of_target"});
+  EXPECT_EQ(result.output, "0\n");
+}
+
 TEST_F(OtherMachine, APlatformThatDiesUnderTheCommandIsTold) {
   const Child killer([&](const auto & /*say_ready*/) {
     const std::string box = (scratch_ / "box").string();
