@@ -88,6 +88,18 @@ std::map<std::string, fs::path> programs_on_path() {
   return programs;
 }
 
+// A sentence that says how it is had; empty where nothing is missing.
+std::string what_is_missing() {
+  const fs::path loader = fs::path(kLibraries) / kLoader;
+  if (find_program(kEmulator).empty()) {
+    return std::string(kEmulator) + " is missing: it runs the programs of a " + kName +
+           ". Install it (apt install qemu-user).";
+  }
+  if (access(loader.c_str(), R_OK) == 0) return {};
+  return loader.string() + " is missing: it is of the C library of a " + kName +
+         ". Install it (apt install libc6-powerpc-cross).";
+}
+
 // ---- Inside
 
 bool is_machine_here() {
@@ -153,20 +165,17 @@ std::vector<std::string> MachineOption::words() const {
 
 std::optional<Machine> MachineOption::machine() const {
   if (name_.empty()) return std::nullopt;
-  Machine machine{.emulator = find_program(kEmulator),
-                  .libraries = kLibraries,
-                  .programs = programs_on_path(),
-                  .socket = kPlatformSocket + name_of_this_run(),
-                  .links = {}};
-  if (machine.emulator.empty()) {
-    throw std::runtime_error(std::string(kEmulator) + " is missing: it runs the programs of a " + kName +
-                             ". Install it (apt install qemu-user).");
-  }
-  if (access((machine.libraries / kLoader).c_str(), R_OK) != 0) {
-    throw std::runtime_error((machine.libraries / kLoader).string() + " is missing: it is of the C library of a " +
-                             kName + ". Install it (apt install libc6-powerpc-cross).");
-  }
-  return machine;
+  if (const std::string missing = what_is_missing(); !missing.empty()) throw std::runtime_error(missing);
+  return Machine{.emulator = find_program(kEmulator),
+                 .libraries = kLibraries,
+                 .programs = programs_on_path(),
+                 .socket = kPlatformSocket + name_of_this_run(),
+                 .links = {}};
+}
+
+void MachineOption::check_is_installed() const {
+  const std::string missing = name_.empty() ? "" : what_is_missing();
+  if (!missing.empty()) throw UsageError(missing + " Nothing was played.");
 }
 
 fs::path program_of(const std::string &name, const std::optional<Machine> &machine) {

@@ -30,6 +30,8 @@ class MachineOption {
 
   // None where the option was not given. Throws where something is missing that the machine's programs need.
   std::optional<Machine> machine() const;
+  // Throws UsageError there: for who starts many commands, before the first one.
+  void check_is_installed() const;
 
  private:
   std::string name_;

@@ -229,6 +229,7 @@ int play_and_report(const TestOptions &options, const std::vector<runner::Play> 
 }
 
 int play_all(const TestOptions &options, const std::vector<runner::Play> &plays) {
+  options.machine.check_is_installed();
   make_report_folder("--transcripts", options.transcripts);
   make_report_folder("--report", options.pages);
   const play::Interrupts interrupts;

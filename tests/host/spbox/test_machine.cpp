@@ -84,6 +84,18 @@ TEST_F(OtherMachine, TheWorkstationsProgramsAndTheBoxsRunAsEver) {
   EXPECT_EQ(run({"--machine", "powerpc", "box", "sh", "-c", "/mgb/bin/ctlmainte -c unlock; exit 3"}).exit_status, 3);
 }
 
+TEST_F(OtherMachine, NoPlayBeginsWhereItsProgramsCannotBeRun) {
+  write("one.play", "box qa\nstart true\nexit 0\n");
+  const Done result = run_to_end({"/usr/bin/env", "-C", scratch_.path(), "PATH=" + emulator_.path().string(), SPBOX,
+                                  "test", "--machine", "powerpc", "--transcripts", "kept"});
+  EXPECT_EQ(result.exit_status, 2);
+  EXPECT_EQ(
+      result.output,
+      "spbox: qemu-ppc is missing: it runs the programs of a powerpc. Install it (apt install qemu-user). Nothing was "
+      "played. `spbox help test` says more.\n");
+  EXPECT_FALSE(fs::exists(scratch_ / "kept"));
+}
+
 // Neither the platform's server nor the daemon has its own files where these are expected.
 TEST_F(OtherMachine, ACommandMayHaveNoInputAndNoOutput) {
   const std::string line = "exec " SPBOX " run --machine powerpc box sh -c 'exit 3' <&- >&-";
