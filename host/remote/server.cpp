@@ -6,7 +6,9 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
+#include <chrono>
 #include <climits>
 #include <system_error>
 
@@ -17,7 +19,8 @@ namespace remote {
 namespace {
 
 constexpr std::size_t kMostStandIns = 256;
-constexpr timespec kPause{0, 100'000'000};  // where nobody can be let in
+constexpr std::chrono::milliseconds kPatience{200};  // with a stand-in whose process has ended
+constexpr timespec kPause{0, 100'000'000};           // where nobody can be let in
 
 void remove_listener(const std::filesystem::path &socket) {
   std::error_code error;
@@ -47,6 +50,14 @@ void let_in(const sigset_t &signals) {
   sigprocmask(SIG_SETMASK, &own, nullptr);
 }
 
+// Until one ends, or for a while.
+void wait_for_a_child() {
+  sigset_t ends;
+  sigemptyset(&ends);
+  sigaddset(&ends, SIGCHLD);
+  sigtimedwait(&ends, nullptr, &kPause);
+}
+
 bool is_readable(int fd) {
   pollfd watched{fd, POLLIN, 0};
   return poll(&watched, 1, 0) == 1;
@@ -60,11 +71,13 @@ Server::Server(const box::Place &place, const std::string &name)
 Server::~Server() {
   listener_.reset();
   remove_listener(socket_);
-  see_off(true);
+  const auto end = std::chrono::steady_clock::now() + kPatience;
+  for (see_off(); has_to_be_seen_off() && std::chrono::steady_clock::now() < end; see_off()) wait_for_a_child();
+  end_stand_ins_of_the_dead();
 }
 
 void Server::step(const sigset_t &signals) {
-  see_off(false);
+  see_off();
   pollfd watched{listener_.get(), POLLIN, 0};
   if (ppoll(&watched, 1, nullptr, &signals) != 1) return;
   let_in(signals);
@@ -99,19 +112,35 @@ void Server::admit_one(const sigset_t &signals) {
   _exit(stand_in_for(std::move(channel), peer.pid) == Ending::kIsGone ? 0 : kMadeNoSense);
 }
 
+bool Server::is_of_the_dead(const StandIn &stand_in) {
+  return stand_in.end_of_peer.get() < 0 || is_readable(stand_in.end_of_peer.get());
+}
+
 void Server::count(int status) {
   if (WIFSIGNALED(status)) ++died_;
   if (WIFEXITED(status) && WEXITSTATUS(status) == kMadeNoSense) ++senseless_;
 }
 
-void Server::see_off(bool are_peers_gone) {
+void Server::see_off() {
   stand_ins_.remove_if([&](const StandIn &stand_in) {
     int status = 0;
-    const bool ends = are_peers_gone && (stand_in.end_of_peer.get() < 0 || is_readable(stand_in.end_of_peer.get()));
-    const pid_t ended = waitpid(stand_in.process, &status, ends ? 0 : WNOHANG);
+    const pid_t ended = waitpid(stand_in.process, &status, WNOHANG);
     if (ended == stand_in.process) count(status);
     return ended != 0;
   });
+}
+
+bool Server::has_to_be_seen_off() const {
+  return std::ranges::any_of(stand_ins_, is_of_the_dead);
+}
+
+// Such a one waits for the lock of a database, in the middle of a call that its process died in.
+void Server::end_stand_ins_of_the_dead() const {
+  for (const StandIn &stand_in : stand_ins_) {
+    if (!is_of_the_dead(stand_in)) continue;
+    kill(stand_in.process, SIGKILL);
+    waitpid(stand_in.process, nullptr, 0);
+  }
 }
 
 }  // namespace remote

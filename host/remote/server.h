@@ -18,7 +18,7 @@ class Server {
  public:
   // Listens under this name in the box's folder of daemons. Throws std::system_error.
   Server(const box::Place &place, const std::string &name);
-  // Waits for the stand-ins of processes that have ended. Others stay as long as theirs.
+  // Waits for the stand-ins of processes that have ended, and ends those that do not end soon. Others stay as long as theirs.
   ~Server();
   Server(const Server &) = delete;
   Server &operator=(const Server &) = delete;
@@ -37,7 +37,10 @@ class Server {
   };
 
   void admit_one(const sigset_t &signals);
-  void see_off(bool are_peers_gone);
+  void see_off();
+  bool has_to_be_seen_off() const;
+  void end_stand_ins_of_the_dead() const;
+  static bool is_of_the_dead(const StandIn &stand_in);
   void count(int status);
 
   std::filesystem::path socket_;

@@ -6,6 +6,7 @@
 #include <sys/un.h>
 
 #include <array>
+#include <chrono>
 #include <cstring>
 #include <functional>
 #include <optional>
@@ -203,6 +204,29 @@ TEST_F(RemoteTest, AProcessThatDiesGivesItsLocksBack) {
   EXPECT_TRUE(is_locked());
   holder.die();
   EXPECT_TRUE(lockable(2));
+}
+
+// Nobody waits for its patience.
+TEST_F(RemoteTest, AProcessThatDiesWhileItWaitsForALockDoesNotKeepTheServer) {
+  Child holder([&](const auto &say_ready) {
+    box::Database database(place.database(2));
+    database.lock();
+    say_ready();
+    pause();
+    return 0;
+  });
+  Child waiter([&](const auto &say_ready) {
+    scdb_open(2);
+    say_ready();
+    return scdb_lock(2);
+  });
+  ASSERT_TRUE(holder.is_ready());
+  ASSERT_TRUE(waiter.is_ready());
+  usleep(100000);
+  waiter.die();
+  const auto begin = std::chrono::steady_clock::now();
+  EXPECT_EQ(remote->end(), "");
+  EXPECT_LT(std::chrono::steady_clock::now() - begin, std::chrono::milliseconds(1500));
 }
 
 TEST_F(RemoteTest, WordsOfARecordAreInTheOrderOfTheOneWhoAsks) {
