@@ -65,16 +65,18 @@ BesideProcess::BesideProcess(const RootPlan &plan, Children &children, Beside wh
   await();
 }
 
+// Before it comes what the loader and bwrap have to say, such as a library that cannot be preloaded.
 void BesideProcess::await() {
-  const std::optional<std::string> line = line_from(says_.get(), bwrap_);
-  ready_ = base::number_in<pid_t>(line.value_or(""));
-  if (ready_) return;
-  // It clears up, and bwrap ends.
-  for (std::string rest; comes_before_end(says_.get(), bwrap_) && read_on(says_.get(), rest);) continue;
+  std::optional<std::string> last;
+  while (const std::optional<std::string> line = line_from(says_.get(), bwrap_)) {
+    ready_ = base::number_in<pid_t>(*line);
+    if (ready_) return;
+    last = line;
+  }
   if (!children_.has_ended(bwrap_)) kill(bwrap_, SIGTERM);
   children_.exit_status_of(bwrap_);
   children_.end_orphans();  // no command is there yet that may leave some
-  complain(what_.name + " does not run" + (line ? ": " + *line : "") + ". " + what_.without);
+  complain(what_.name + " does not run" + (last ? ": " + *last : "") + ". " + what_.without);
 }
 
 BesideProcess::~BesideProcess() {

@@ -169,6 +169,14 @@ TEST_F(Daemon, IsReportedWhenItEndsBeforeTheCommand) {
             "status 0\n");
 }
 
+// Of a library that it cannot preload, before anything else.
+TEST_F(Daemon, RunsWhateverTheLoaderComplainsOf) {
+  const Done seen = run_to_end({"/usr/bin/env", "-C", scratch_.path(), "LD_PRELOAD=/of_another_machine.so", SPBOX,
+                                "run", "box", "/mgb/lib/spbox", "daemon", "/"});
+  EXPECT_NE(seen.output.find("/of_another_machine.so"), std::string::npos) << seen.output;
+  EXPECT_NE(seen.output.find("monitor, running: answers\n"), std::string::npos) << seen.output;
+}
+
 TEST_F(Daemon, DoesNotKeepTheCommandFromRunningWhenItCannotStart) {
   std::ofstream(place().daemons()).close();  // a file where its folder should be
   const Done seen = in_box({"true"});
