@@ -43,16 +43,20 @@ sigset_t prepare_signals() {
 }
 
 void serve(const box::Place &place, const std::string &name, int fd, const sigset_t &signals) {
-  unsigned senseless = 0, died = 0;
+  remote::Tally tally;
   {
-    remote::Server server(place, name);
+    remote::Server server(place, name, tally);
     base::write_all(fd, std::to_string(getpid()) + "\n");
     while (asked_to_end == 0) server.step(signals);
-    senseless = server.senseless();
-    died = server.died();
   }
-  if (died > 0) base::write_all(fd, "the process that served the command died\n");
-  if (senseless > 0) base::write_all(fd, "what came from the command was no message of a platform\n");
+  const auto say_after = [&](unsigned times, const std::string &line) {
+    if (times > 0) base::write_all(fd, line + "\n");
+  };
+  say_after(tally.died,
+            "a process that served the command died. The call under way failed, and what was open was closed.");
+  say_after(tally.senseless, "what came from the command was no message of a platform. The call failed.");
+  say_after(tally.turned_away, "there was no room for a process of the command: " +
+                                   std::to_string(remote::kMostStandIns) + " are served at a time. Its calls failed.");
 }
 
 }  // namespace

@@ -18,7 +18,6 @@
 namespace remote {
 namespace {
 
-constexpr std::size_t kMostStandIns = 256;
 constexpr std::chrono::milliseconds kPatience{200};  // with a stand-in whose process has ended
 constexpr timespec kPause{0, 100'000'000};           // where nobody can be let in
 
@@ -65,8 +64,8 @@ bool is_readable(int fd) {
 
 }  // namespace
 
-Server::Server(const box::Place &place, const std::string &name)
-    : socket_(place.daemons() / name), listener_(new_listener(socket_)) {}
+Server::Server(const box::Place &place, const std::string &name, Tally &tally)
+    : socket_(place.daemons() / name), listener_(new_listener(socket_)), tally_(tally) {}
 
 Server::~Server() {
   listener_.reset();
@@ -92,12 +91,13 @@ void Server::admit_one(const sigset_t &signals) {
   }
   ucred peer{};
   socklen_t size = sizeof peer;
-  if (stand_ins_.size() >= kMostStandIns || getsockopt(channel.get(), SOL_SOCKET, SO_PEERCRED, &peer, &size) != 0) {
+  if (getsockopt(channel.get(), SOL_SOCKET, SO_PEERCRED, &peer, &size) != 0) return;
+  base::Descriptor end_of_peer(static_cast<int>(syscall(SYS_pidfd_open, peer.pid, 0)));
+  const pid_t child = stand_ins_.size() < kMostStandIns ? fork() : -1;
+  if (child < 0) {
+    ++tally_.turned_away;
     return;
   }
-  base::Descriptor end_of_peer(static_cast<int>(syscall(SYS_pidfd_open, peer.pid, 0)));
-  const pid_t child = fork();
-  if (child < 0) return;
   if (child > 0) {
     stand_ins_.push_back({child, std::move(end_of_peer)});
     return;
@@ -117,8 +117,8 @@ bool Server::is_of_the_dead(const StandIn &stand_in) {
 }
 
 void Server::count(int status) {
-  if (WIFSIGNALED(status)) ++died_;
-  if (WIFEXITED(status) && WEXITSTATUS(status) == kMadeNoSense) ++senseless_;
+  if (WIFSIGNALED(status)) ++tally_.died;
+  if (WIFEXITED(status) && WEXITSTATUS(status) == kMadeNoSense) ++tally_.senseless;
 }
 
 void Server::see_off() {

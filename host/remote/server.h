@@ -14,10 +14,17 @@
 
 namespace remote {
 
+inline constexpr std::size_t kMostStandIns = 256;
+
+// What went wrong: how many stand-ins died, or ended because of a message that was none; for how many processes there was no other one.
+struct Tally {
+  unsigned died = 0, senseless = 0, turned_away = 0;
+};
+
 class Server {
  public:
-  // Listens under this name in the box's folder of daemons. Throws std::system_error.
-  Server(const box::Place &place, const std::string &name);
+  // Listens under this name in the box's folder of daemons. It counts until its own end. Throws std::system_error.
+  Server(const box::Place &place, const std::string &name, Tally &tally);
   // Waits for the stand-ins of processes that have ended, and ends those that do not end soon. Others stay as long as theirs.
   ~Server();
   Server(const Server &) = delete;
@@ -25,10 +32,6 @@ class Server {
 
   // Waits for what comes next, with these signals let in. A signal ends the wait. A child that stands in for a process never returns.
   void step(const sigset_t &signals);
-
-  // How many stand-ins ended because of a message that was none, and how many died.
-  unsigned senseless() const { return senseless_; }
-  unsigned died() const { return died_; }
 
  private:
   struct StandIn {
@@ -46,7 +49,7 @@ class Server {
   std::filesystem::path socket_;
   base::Descriptor listener_;
   std::list<StandIn> stand_ins_;
-  unsigned senseless_ = 0, died_ = 0;
+  Tally &tally_;
 };
 
 }  // namespace remote

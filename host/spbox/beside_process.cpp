@@ -47,7 +47,7 @@ Beside platform_of(const RootPlan &plan) {
   return {.name = "the platform of the machine's programs",
           .command = {kPlatformServerInside, "/", plan.machine->socket},
           .without = "What the command asks of it will fail.",
-          .since = "What the command asked of it failed from then on."};
+          .since = "From then on, calls of processes that had not called before failed."};
 }
 
 BesideProcess::BesideProcess(const RootPlan &plan, Children &children, Beside what)
@@ -86,10 +86,13 @@ BesideProcess::~BesideProcess() {
     if (!has_ended) kill(ready_.value_or(bwrap_), SIGTERM);
     const int status = children_.exit_status_of(bwrap_);
     if (!ready_) return;
-    const std::optional<std::string> line = line_from(says_.get(), bwrap_);
-    if (!has_ended && line) complain(what_.name + ": " + *line + ". " + what_.since);
+    std::optional<std::string> last;
+    while (const std::optional<std::string> line = line_from(says_.get(), bwrap_)) {
+      if (!has_ended) complain(what_.name + ": " + *line + (line->ends_with('.') ? "" : ". " + what_.since));
+      last = line;
+    }
     if (status == 0 || status == 128 + SIGTERM) return;
-    complain(what_.name + " ended before the command: " + line.value_or(ending(status)) + ". " + what_.since);
+    complain(what_.name + " ended before the command: " + last.value_or(ending(status)) + ". " + what_.since);
   } catch (const std::exception &) {
     // Nothing can be told of a child that nobody can wait for.
   }

@@ -307,6 +307,19 @@ TEST_F(RemoteTest, AServerThatCanLetNobodyInWaitsAndCanBeEnded) {
   EXPECT_EQ(remote->end(), "");
 }
 
+// This one is served, too.
+TEST_F(RemoteTest, AProcessForWhichThereIsNoRoomIsTold) {
+  std::vector<Stranger> strangers;
+  for (int i = 1; i < 256; ++i) strangers.emplace_back(place).say(hello());
+  EXPECT_NE(strangers.back().asked(kOpening), Bytes());
+  Stranger late(place);
+  late.say(hello());
+  EXPECT_EQ(late.hear(), Bytes());
+  strangers.clear();
+  EXPECT_EQ(remote->end(),
+            "there was no room for a process of the command: 256 are served at a time. Its calls failed.\n");
+}
+
 TEST_F(RemoteTest, AStandInThatDiesLosesWhatWasOpenAndTheNextOneServes) {
   ASSERT_EQ(scdb_open(2), 0);
   const std::string children =
@@ -319,7 +332,7 @@ TEST_F(RemoteTest, AStandInThatDiesLosesWhatWasOpenAndTheNextOneServes) {
   EXPECT_EQ(scdb_open(2), 0);
   EXPECT_EQ(scdb_lock(2), 0);
   EXPECT_EQ(scdb_close(2), 0);
-  EXPECT_NE(remote->end().find("the process that served the command died"), std::string::npos);
+  EXPECT_NE(remote->end().find("a process that served the command died. The call under way failed"), std::string::npos);
 }
 
 TEST_F(RemoteTest, ARecordThatNoMessageHoldsIsRefused) {

@@ -193,10 +193,9 @@ TEST_F(OtherMachine, APlatformThatDiesUnderTheCommandIsTold) {
   const Done result = run({"--machine", "powerpc", "box", "sh", "-c",
                            ": >/tmp/began; while ! test -e /tmp/go; do sleep 0.05; done; exit 4"});
   EXPECT_EQ(result.exit_status, 4);
-  EXPECT_EQ(
-      result.output,
-      "spbox: the platform of the machine's programs ended before the command: signal 9. What the command asked of it "
-      "failed from then on.\n");
+  EXPECT_EQ(result.output,
+            "spbox: the platform of the machine's programs ended before the command: signal 9. From then on, calls of "
+            "processes that had not called before failed.\n");
   for (const auto &entry : fs::directory_iterator(scratch_ / "box/mgb/run")) {
     EXPECT_FALSE(entry.path().filename().string().starts_with("platform.")) << entry.path();
   }
