@@ -129,7 +129,7 @@ void forget_emulator_settings() {
   for (const std::string &name : names) unsetenv(name.c_str());  // NOLINT(concurrency-mt-unsafe): one thread
 }
 
-// Returns why it cannot be, as become_command does. Of a program that it cannot load the emulator says nothing where no terminal is.
+// Returns why it cannot be, as become_command does. Of a program that may not be run the emulator says nothing where no terminal is.
 std::string emulate(const fs::path &program, char **words) {
   if (access(program.c_str(), R_OK | X_OK) != 0) return {};
   forget_emulator_settings();

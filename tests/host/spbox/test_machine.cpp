@@ -122,7 +122,7 @@ TEST_F(OtherMachine, WhatItsProgramsNeedIsNamedWhereItIsMissing) {
       "install libc6-powerpc-cross).\n");
 }
 
-// Of what it cannot load the emulator says nothing.
+// The emulator says nothing of it.
 TEST_F(OtherMachine, AProgramThatMayNotBeRunIsNamed) {
   const std::string path = path_with_emulator("exit 5\n") + ":" + scratch_.path().string();
   write_program("of_target", kOfTarget);
