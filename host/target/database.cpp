@@ -40,6 +40,7 @@ std::string_view key_text(const char *key) {
 }  // namespace
 
 int32_t scdb_open(uint32_t db_id) {
+  if (target::is_between()) return LMAINTE_HOST_DB_STORAGE;
   const int32_t result = ask(Kind::kOpen, db_id);
   if (result == 0) target::note_open(db_id, true);
   return result;

@@ -156,6 +156,10 @@ bool exchange(Writer &request, std::span<std::uint8_t> room, Reader &answer) noe
   return is_answered;
 }
 
+bool is_between() noexcept {
+  return line.is_busy && line.owner == getpid();
+}
+
 void note_open(std::uint32_t db_id, bool is_open) noexcept {
   if (db_id >= 32) return;
   const std::uint32_t bit = 1U << db_id;

@@ -35,6 +35,9 @@ class Request {
   wire::Writer fields;
 };
 
+// Whether this is a signal handler that came in between a request and its answer: what it opens is closed at once.
+bool is_between() noexcept;
+
 // Which databases this process has open, for its children: to them they are closed.
 void note_open(std::uint32_t db_id, bool is_open) noexcept;
 

@@ -371,9 +371,10 @@ TEST_F(RemoteTest, WhatIsLeftOfItsLimitIsToldBySelect) {
   EXPECT_EQ(errno, EINVAL);
 }
 
-// The handler's call comes between another one and its answer.
-TEST_F(RemoteTest, ASignalHandlerMayWriteTheTraceWhileACallWaits) {
+// The handler's calls come between another one and its answer.
+TEST_F(RemoteTest, ASignalHandlerMayWriteTheTraceWhileACallWaitsAndOpenNoDatabase) {
   static const uint32_t words[2] = {4711, 1};
+  static volatile int32_t opened = 0;
   Child holder([&](const auto &say_ready) {
     box::Database database(place.database(2));
     database.lock();
@@ -383,11 +384,17 @@ TEST_F(RemoteTest, ASignalHandlerMayWriteTheTraceWhileACallWaits) {
   });
   ASSERT_TRUE(holder.is_ready());
   ASSERT_EQ(scdb_open(2), 0);
-  std::signal(SIGALRM, [](int) { mgb_trace_write(14, 256, 15, 0x110C0020, words, 16); });
+  std::signal(SIGALRM, [](int) {
+    mgb_trace_write(14, 256, 15, 0x110C0020, words, 16);
+    opened = scdb_open(3);
+  });
   const itimerval soon{{0, 0}, {0, 50000}};
   setitimer(ITIMER_REAL, &soon, nullptr);
   EXPECT_EQ(scdb_lock(2), 0);
   std::signal(SIGALRM, SIG_DFL);
+  EXPECT_EQ(opened, LMAINTE_HOST_DB_STORAGE);
+  EXPECT_EQ(scdb_open(3), 0) << "it is not open";
+  EXPECT_EQ(scdb_close(3), 0);
   EXPECT_EQ(scdb_close(2), 0);
   EXPECT_EQ(box::TraceRing::read(place.trace()).size(), 1U);
 }
