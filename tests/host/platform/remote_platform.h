@@ -20,12 +20,13 @@ class RemotePlatform {
     std::filesystem::create_directories(place.root() / "mgb/lib");
     std::filesystem::create_symlink(place.daemons() / "platform", place.root() / wire::kSocketLink);
     const std::string folder = place.root(), fd = std::to_string(pipe.in.get());
-    server_ = fork();
-    if (server_ == 0) {
+    const pid_t child = fork();
+    if (child == 0) {
       fcntl(pipe.in.get(), F_SETFD, 0);
       execl(PLATFORM_SERVER, "platform_server", folder.c_str(), "platform", fd.c_str(), nullptr);
       _exit(127);
     }
+    server_ = child;
     pipe.in.reset();
     char byte = 0;
     while (byte != '\n') {
