@@ -434,6 +434,7 @@ int sweep_all(const SweepOptions &options, int alarm) {
 
 int sweep_play(const SweepOptions &options) {
   check_reports(options.reports);
+  options.machine.check_is_installed();
   make_report_folder("--report", options.pages);
   const fs::path findings = findings_folder(options);
   if (fs::exists(findings)) make_report_folder("--findings", findings);  // another one is made for the first finding
