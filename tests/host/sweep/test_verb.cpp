@@ -116,7 +116,7 @@ TEST_F(SweepVerb, DrawsTheSamePairsFromASeedAndTellsWhatALimitLeftOut) {
   EXPECT_TRUE(says(done, " of 100 replays in ")) << done.output;
   EXPECT_FALSE(says(done, "_and_")) << "one of two was enough: " << done.output;
   const std::string json = text_of("report.json");
-  for (const char *told : {"\"depth\": 2", "\"seed\": 7", "\"shard\": \"1/1\""}) {
+  for (const char *told : {R"("depth": 2)", R"("seed": 7)", R"("shard": "1/1")"}) {
     EXPECT_NE(json.find(told), std::string::npos) << told;
   }
   EXPECT_NE(text_of("report.xml").find("<skipped message=\"the limit was over before it began"), std::string::npos);
