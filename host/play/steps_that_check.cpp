@@ -27,6 +27,9 @@ void check_units_on(std::string_view model, const Words &words) {
   box::check_units(model, units_behind_but(words));
 }
 
+// A look reads all that there is of the box.
+constexpr std::chrono::milliseconds kLongestLook{500};
+
 // What dies with the command dies a moment later.
 void in_order(Stage &stage, const Step &step) {
   auto &terminal = stage.op().terminal();
@@ -39,8 +42,9 @@ void in_order(Stage &stage, const Step &step) {
   for (const auto &technician : stage.technicians.at_work()) before.processes.insert(technician.work.pid());
   const auto deadline = box_time::Clock::now() + stage.patience;
   auto left = leftovers(place, terminal, before, detached);
-  while (!left.empty() && box_time::Clock::now() < deadline) {
-    terminal.watch(kLookAgain);
+  for (auto look = kLookAgain; !left.empty() && box_time::Clock::now() < deadline;
+       look = std::min(look * 3 / 2, kLongestLook)) {
+    terminal.watch(look);
     left = leftovers(place, terminal, before, detached);
   }
   if (left.empty()) return stage.narrator.remarks(stage.operators.by("All is in order."));
