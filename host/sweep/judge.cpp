@@ -177,6 +177,10 @@ class Judge {
  public:
   Judge(const Course &course, const Good &good) : course_(course), good_(good.commands.at(course.command)) {
     const Sentences known = without_times(good_.shown);
+    for (const std::string &shown : course_.shown_by_killed) {
+      const std::string row = without_times(shown);
+      if (!has(known, row)) named_before_ += row + " ";
+    }
     for (const std::string &shown : course_.end.shown) {
       const std::string row = without_times(shown);
       const bool is_new = course_.was_killed || !has(known, row);  // another command says it then
@@ -230,7 +234,8 @@ class Judge {
 
   // What the operator cannot see because their line is cut, the log has.
   void judge_leftovers() {
-    const std::string named = text_ + (course_.line_cut ? " . " + joined(course_.end.logged, 0) : "");
+    const std::string in_log = course_.line_cut ? " . " + joined(course_.end.logged, 0) : "";
+    const std::string named = named_before_ + " . " + text_ + in_log;
     for (const std::string &sentence : course_.end.left) {
       if (sentence == kKeptForNext && course_.end.left.size() > 1) continue;
       if (has(good_.left, sentence) && is_named(sentence, joined(course_.end.shown, course_.columns))) continue;
@@ -336,6 +341,7 @@ class Judge {
   const CommandEnd &good_;
   Sentences new_rows_;
   std::string text_, last_;
+  std::string named_before_;  // by a command that was killed then
   std::vector<Fault> faults_;
 };
 

@@ -481,6 +481,7 @@ class Replay {
   // The same command once more, given up at its first question, has to put all in order.
   Course go_on_behind_kill() {
     course_.was_killed = true;
+    course_.shown_by_killed = course_.end.shown;
     const Step &start = steps_[start_];
     auto &op = stage_.op();
     const std::set<fs::path> files = op.before().files;

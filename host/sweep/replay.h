@@ -34,9 +34,10 @@ struct Course {
   bool is_good = false;         // each step was as in the good play, and what a command left, too
   std::string left_early = {};  // why it went another way before anything was otherwise; empty: it did not
 
-  std::size_t command = 0;   // the number of the one that is told of here
-  CommandEnd end;            // what was shown: since its start
-  std::size_t columns = 80;  // of the window
+  std::size_t command = 0;                        // the number of the one that is told of here
+  CommandEnd end;                                 // what was shown: since its start
+  std::vector<std::string> shown_by_killed = {};  // of the one that was killed before it
+  std::size_t columns = 80;                       // of the window
   std::size_t typed_at =
       0;  // so many of these lines were there when the operator typed, or somebody changed a unit, last
   std::size_t logged_at = 0;  // so many entries were in the log when somebody changed a unit last

@@ -187,6 +187,18 @@ TEST(Judge, AsksTheCommandBehindAKilledOneForAReasonUnlessTheOperatorGaveUpThere
   EXPECT_EQ(faults_in(course), "");
 }
 
+TEST(Judge, RemembersWhatTheKilledOneNamed) {
+  sweep::Course course = course_of({.what = "", .status = 2, .left = {"the LED of /PSU#0 blinks"}, .gave_up = true});
+  course.was_killed = true;
+  course.shown_by_killed = {"Which one?"};
+  EXPECT_EQ(faults_in(course), "the LED of /PSU#0 blinks, and the screen does not say so\n");
+  course.shown_by_killed.emplace_back("The LED of /PSU#0 may still blink.");
+  EXPECT_EQ(faults_in(course), "");
+  course.end.ending = terminal::Ending{false, 1};
+  course.gave_up = false;
+  EXPECT_EQ(faults_in(course), "exit status 1, and the screen does not say why\n") << "a reason is not remembered";
+}
+
 TEST(Judge, LetsTheOperatorGiveUp) {
   sweep::Course course = course_of({.what = "", .status = 0});
   course.is_good = true;
