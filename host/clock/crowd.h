@@ -70,8 +70,8 @@ class Crowd {
   Watched self_{getpid()};
   std::map<pid_t, Watched> members_;
   Threads before_;
-  pid_t worker_ =
-      0;  // a thread that was at work at the last look, 0: none; the first one of its process is seen again at once
+  // A thread that was at work at the last look, 0: none. The first one of its process is seen again at once.
+  pid_t worker_ = 0;
   nanoseconds seen_all_{0}, processor_{0};
   nanoseconds quiet_since_{0};
   bool is_complete_ = false;  // nobody has joined since before_

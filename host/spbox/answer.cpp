@@ -23,6 +23,11 @@ void answer(Json::Object members) {
   g_members = std::move(members);
 }
 
+void show(Json::Object members, const std::string &text) {
+  if (is_for_script()) return answer(std::move(members));
+  print(text);
+}
+
 int with_answer(const std::string &verb, int exit_status) {
   if (!is_for_script()) return exit_status;
   const KeptOutput kept = std::exchange(kept_output(), {});

@@ -16,6 +16,9 @@ bool is_for_script();
 // What the verb shows: members of the answer.
 void answer(Json::Object members);
 
+// The same, and people get this text.
+void show(Json::Object members, const std::string &text);
+
 // Prints the answer of this verb, also of one that failed; nothing where none is wanted:
 // {"exit_status": 0, "said": ["a sentence"], "verb": "pull", and what the verb shows}. Returns the exit status.
 int with_answer(const std::string &verb, int exit_status);

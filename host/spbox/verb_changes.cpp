@@ -3,7 +3,6 @@
 
 #include "host/box/inventory.h"
 #include "host/spbox/answer.h"
-#include "host/spbox/standard_output.h"
 #include "host/spbox/text.h"
 #include "host/spbox/verbs.h"
 #include "host/technician/changes.h"
@@ -24,8 +23,7 @@ int change(const ChangesOptions &options, box::Change change) {
     lines.push_back({unit.place.name, std::string(box::state_word(unit))});
     units.emplace_back(Json::Object{{"name", unit.place.name}, {"state", box::state_word(unit)}});
   }
-  answer({{"units", units}});
-  if (!is_for_script()) print(aligned(lines));
+  show({{"units", units}}, aligned(lines));
   return 0;
 }
 

@@ -30,11 +30,7 @@ int dump(const DumpOptions &options) {
   const box::Place place(options.box);
   const std::string text = box::in_confinement(place, [&] { return dump_of(box::contents_of(place)); });
   if (options.file.empty() || options.file == "-" || options.file == "/dev/stdout") {
-    if (is_for_script()) {
-      answer({{"dump", text}});
-    } else {
-      print(text);
-    }
+    show({{"dump", text}}, text);
     return 0;
   }
   try {

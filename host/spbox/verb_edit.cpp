@@ -165,10 +165,9 @@ int edit(const EditOptions &options) {
   if (options.changes.empty() && !options.prints) return edit_by_hand(place, options);
   box::confine_to(place);
   const box::Contents contents = contents_with(place, options);
-  if (options.prints && is_for_script()) {
-    answer({{"dump", dump_of_records(contents)}});
-  } else if (options.prints) {
-    print(dump_of_records(contents));
+  if (options.prints) {
+    const std::string text = dump_of_records(contents);
+    show({{"dump", text}}, text);
   } else {
     const Written record = written_in(contents).front();
     save(place, record, changed(record, options.changes));

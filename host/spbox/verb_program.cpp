@@ -10,7 +10,6 @@
 #include "host/box/program_list.h"
 #include "host/spbox/answer.h"
 #include "host/spbox/bent_text.h"
-#include "host/spbox/standard_output.h"
 #include "host/spbox/text.h"
 #include "host/spbox/verbs.h"
 
@@ -107,8 +106,7 @@ int program(const ProgramOptions &options) {
   }
   const Shown all = shown(kept, options);
   if (changes) kept.unlock();
-  answer({{"programs", all.list}});
-  if (!is_for_script()) print(aligned(all.lines));
+  show({{"programs", all.list}}, aligned(all.lines));
   return 0;
 }
 
