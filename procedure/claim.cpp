@@ -44,9 +44,13 @@ bool is_running(pid_t process) {
 }  // namespace
 
 bool Claim::end() {
-  const bool is_to_clear = is_held_ && !is_taken_over_;
+  if (!is_held_) return true;
   is_held_ = false;
-  if (!is_to_clear || lmainte_fclear_pinfo(kFile) == LMAINTE_OK) return true;
+  if (is_taken_over_) {
+    lmainte_tell(words("The file %s stays: the next procedure takes over what is left."), kFile);
+    return false;
+  }
+  if (lmainte_fclear_pinfo(kFile) == LMAINTE_OK) return true;
   advise(text_of(words("The file %s could not be cleared. Remove it with:"), kFile).view(), removal());
   return false;
 }

@@ -17,7 +17,7 @@ class Claim {
   // Returns the outcome.
   int32_t take();
 
-  // False where the file still tells of this procedure, and the operator was told.
+  // False where the file still tells of a procedure, and the operator was told.
   bool end();
 
   // True when the last procedure died on its way, and left things as they were.
