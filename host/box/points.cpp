@@ -260,6 +260,16 @@ void check_is_free(const Place &place, const Page &page, const DeviationRow &row
   }
 }
 
+// Points whose order is not kept are none in it.
+void resize_order(const Place &place, std::size_t size) {
+  const base::Descriptor file = open_points(place, O_RDWR);
+  struct stat status {};
+  const bool is_counted = file.get() >= 0 && fstat(file.get(), &status) == 0 && status.st_size >= off_t{sizeof(Page)};
+  if (is_counted && ftruncate(file.get(), static_cast<off_t>(size)) != 0) {
+    throw points_failure(place, "cannot change them", errno);
+  }
+}
+
 }  // namespace
 
 std::string_view word_of(Way way) {
@@ -363,10 +373,11 @@ void order_points(const Place &place) {
 }
 
 void forget_order(const Place &place) {
-  const base::Descriptor file = open_points(place, O_RDWR);
-  struct stat status {};
-  const bool has_order = file.get() >= 0 && fstat(file.get(), &status) == 0 && status.st_size > off_t{sizeof(Page)};
-  if (has_order && ftruncate(file.get(), sizeof(Page)) != 0) throw points_failure(place, "cannot change them", errno);
+  resize_order(place, sizeof(Page));
+}
+
+void resume_order(const Place &place) {
+  resize_order(place, sizeof(Page) + sizeof(Order));
 }
 
 void deviate(const Place &place, const Deviation &deviation) {

@@ -159,6 +159,7 @@ std::optional<Points> points_of(const Place &place);           // none: they are
 void count_points(const Place &place);                         // from now on, from 0 and without deviations
 void order_points(const Place &place);                         // the same, and keeps their order from now on
 void forget_order(const Place &place);                         // and counts on; nobody is at work in the box then
+void resume_order(const Place &place);                         // the same, and keeps the order again from now on
 void deviate(const Place &place, const Deviation &deviation);  // counts points from now on where nobody did
 bool forget_points(const Place &place);                        // false: they were not counted
 

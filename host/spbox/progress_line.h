@@ -29,6 +29,7 @@ class ProgressOfPlays {
  public:
   explicit ProgressOfPlays(std::size_t all, std::string what = "play") : all_(all), what_(std::move(what)) {}
 
+  void awaits(std::size_t all) { all_ = all; }  // more or fewer than was thought
   void begins(const std::string &name) { at_work_.push_back(name); }
   void ends(const std::string &name);
   void counts(bool is_wrong);  // one more is done

@@ -287,7 +287,7 @@ void add_at_steps(const DeviationRow &row, const std::vector<play::Step> &steps,
     const bool runs = begun > 0 && begun <= good.commands.size() && steps[good.commands[begun - 1].start].late.empty();
     if (occasion_of(step) != row.at) continue;
     ++number;
-    if (!runs || !step.late.empty()) continue;
+    if (!runs || !step.late.empty() || i < good.first_step || i > good.last_step) continue;
     if (row.is_in_place_of_points && asks_by_library(good, begun - 1)) continue;
     const auto instead = row.instead({step.words, model});
     if (instead)

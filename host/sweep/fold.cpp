@@ -180,6 +180,10 @@ Fold::TriedAt Fold::tried_at(const std::vector<Point> &points, const std::vector
 Fold::Fold(const Good &good, std::uint64_t seed) {
   std::vector<Point> points;
   std::map<std::size_t, std::uint32_t> counts;
+  for (const PointRange &range : good.points) {
+    const std::size_t name = names_.try_emplace({range.kind, range.name}, names_.size()).first->second;
+    counts.try_emplace(name, range.first - 1);  // The first range of a name has its first points.
+  }
   for (const Reached &point : good.order) {
     const std::size_t name = names_.try_emplace({point.kind, point.name}, names_.size()).first->second;
     points.emplace_back(name, ++counts[name]);

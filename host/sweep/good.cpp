@@ -34,6 +34,11 @@ void take(Good &good, const script::Statement &statement) {
     good.script = number_in<std::uint64_t>(statement, 1);
     return;
   }
+  if (words[0] == "steps") {
+    good.first_step = number_in<std::size_t>(statement, 1);
+    good.last_step = number_in<std::size_t>(statement, 2);
+    return;
+  }
   if (words[0] == "command") {
     good.commands.emplace_back().start = number_in<std::size_t>(statement, 1);
     return;
@@ -56,6 +61,7 @@ void take(Good &good, const script::Statement &statement) {
 
 std::string text_of(const Good &good) {
   std::string text = line({"script", std::to_string(good.script)});
+  text += line({"steps", std::to_string(good.first_step), std::to_string(good.last_step)});
   for (const CommandEnd &command : good.commands) text += text_of(command);
   for (const PointRange &range : good.points) {
     text += line({"points", std::to_string(static_cast<std::uint32_t>(range.kind)), range.name,

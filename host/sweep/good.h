@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstdint>
+#include <limits>
 #include <optional>
 #include <string>
 #include <vector>
@@ -40,6 +41,9 @@ struct Good {
   std::vector<CommandEnd> commands;
   std::vector<PointRange> points;
   std::vector<Reached> order;  // one after the other
+
+  // The steps that were played: from the first one to the last one.
+  std::size_t first_step = 0, last_step = std::numeric_limits<std::size_t>::max();
 };
 
 // As a file, from which another process reads it, without the order. Throws script::Error.

@@ -1,86 +1,29 @@
 #include "host/sweep/replay.h"
 
 #include <algorithm>
-#include <array>
 #include <csignal>
-#include <cstdlib>
+#include <iterator>
 #include <sstream>
+#include <utility>
 
 #include "host/base/signal_name.h"
-#include "host/base/told.h"
 #include "host/box/confinement.h"
 #include "host/box/inventory.h"
-#include "host/clock/hours.h"
-#include "host/clock/keeper.h"
-#include "host/include/lmainte_host.h"
 #include "host/play/script_writer.h"
-#include "host/play/stage.h"
 #include "host/sweep/careful.h"
-#include "host/technician/changes.h"
+#include "host/sweep/command_watch.h"
+#include "host/sweep/house.h"
+#include "host/sweep/sequel.h"
+#include "host/sweep/steps.h"
 
 namespace sweep {
 namespace {
 
 namespace fs = std::filesystem;
 using play::Step;
-using std::chrono::milliseconds;
 using Sentences = std::vector<std::string>;
 
-constexpr milliseconds kDyingTime{2000};  // What dies with a command dies a moment later.
 constexpr int kSignalsFrom = 128;
-
-bool is_verb(const Step &step, std::initializer_list<std::string_view> verbs) {
-  return std::ranges::find(verbs, step.row->verb) != verbs.end();
-}
-
-bool ends_command(const Step &step) {
-  return is_verb(step, {"exit", "dies"});
-}
-
-// A check, or what a check needs: behind the end of a command it changes nothing.
-bool is_check(const Step &step) {
-  if (is_verb(step, {"in_order", "says", "takesaid", "absent", "patience", "pause"})) return true;
-  constexpr std::array<std::string_view, 4> kLooks{"units", "show", "log", "trace"};
-  return step.row->verb == "spbox" && std::ranges::find(kLooks, step.words[0]) != kLooks.end();
-}
-
-// As the good play has it, too.
-bool gives_up(const Step &answer) {
-  constexpr std::array<std::string_view, 4> kKeys{"q", "q\n", "\003", "\004"};
-  return std::ranges::find(kKeys, answer.words[0]) != kKeys.end();
-}
-
-// From here on, what was said and logged before may not be so any more.
-bool changes_units(const Step &step) {
-  const auto &rows = technician::kChanges;
-  return step.row->verb == "spbox" &&
-         std::ranges::any_of(rows, [&](const auto &row) { return row.verb == step.words[0]; });
-}
-
-// A step that only people need.
-bool is_for_people(const Step &step) {
-  return is_verb(step, {"screen", "say"});
-}
-
-std::string from(const fs::path &folder, const fs::path &file) {
-  const fs::path path =
-      fs::absolute(file).lexically_normal().lexically_relative(fs::absolute(folder).lexically_normal());
-  return path.has_parent_path() ? path.string() : "./" + path.string();
-}
-
-// As a play in this folder writes it.
-Words words_of(const Step &step, const fs::path &folder) {
-  Words words = step.words;
-  if (step.row->traits.starts_command) {
-    std::error_code error;
-    const fs::path beside = step.folder / words[0];
-    const bool is_path = words[0].find('/') != std::string::npos && fs::path(words[0]).is_relative();
-    if (is_path && fs::is_regular_file(beside, error)) words[0] = from(folder, beside);
-  }
-  if (step.row->traits.makes_box && words.size() > 1) words[1] = from(folder, step.folder / words[1]);
-  words.insert(words.begin(), std::string(step.row->verb));
-  return words;
-}
 
 std::string in_one_line(const std::string &text) {
   std::string line;
@@ -89,53 +32,28 @@ std::string in_one_line(const std::string &text) {
   return line;
 }
 
-bool is_part_of(const Sentences &some, const Sentences &all) {
-  return std::ranges::all_of(some, [&](const auto &one) { return std::ranges::find(all, one) != all.end(); });
-}
-
-// All that a play needs, and that goes with it.
-struct House {
-  House(const ReplayRules &rules)
-      : keeper(rules.speed),
-        transcript(out),
-        narrator(transcript, picture),
-        box(rules.spbox, {}, rules.alarm, rules.options),
-        stage(box, narrator, rules.alarm) {}
-
-  std::ostringstream out;
-  box_time::Keeper keeper;
-  play::Transcript transcript;
-  play::Picture picture;
-  play::Narrator narrator;
-  play::Box box;
-  play::Stage stage;
-};
-
 class Replay {
  public:
-  Replay(const std::vector<Step> &steps, const Good *good, const std::vector<Deviation> &deviations,
+  Replay(const std::vector<Step> &steps, const Good &good, const std::vector<Deviation> &deviations,
          const ReplayRules &rules)
-      : steps_(steps), good_(good), deviations_(deviations), rules_(rules), house_(rules), stage_(house_.stage) {
-    // NOLINTNEXTLINE(concurrency-mt-unsafe): there is one thread
-    setenv(LMAINTE_HOST_RUN, "", 1);
-  }
+      : steps_(steps),
+        good_(good),
+        deviations_(deviations),
+        rules_(rules),
+        house_(rules),
+        stage_(house_.stage()),
+        watch_(stage_, rules) {}
 
-  Good play_well() {
-    for (at_ = 0; at_ < steps_.size(); ++at_) {
-      if (is_checkpoint()) {
-        rules_.checkpoints.keep(found_.commands.size(), {house_.box.place(), house_.keeper.ahead()});
-      }
-      if (steps_[at_].row->traits.starts_command) check_command_has_ended();
-      if (const auto wrong = perform(steps_[at_])) throw steps_[at_].error(*wrong);
-      if (!ends_command(steps_[at_])) continue;
-      found_.commands.push_back(end_of_command());
-      count_points();
+  Course play() {
+    Course course = play_otherwise();
+    const auto points = box::points_of(house_.place());
+    if (rules_.notes_sequel && course.happened && points) {
+      course.sequel = sequel_.found(good_, deviations_.front(), *points);
     }
-    check_command_has_ended();
-    play::wait_for_technicians(stage_);
-    return std::move(found_);
+    return course;
   }
 
+ private:
   Course play_otherwise() {
     for (at_ = begin_at_checkpoint(); at_ < steps_.size(); ++at_) {
       const Step &step = steps_[at_];
@@ -149,7 +67,6 @@ class Replay {
     return std::move(course_);
   }
 
- private:
   // ---- steps
 
   // Nothing, or why it failed.
@@ -160,27 +77,20 @@ class Replay {
       return {};
     }
     is_order_known_ = is_order_known_ && is_check(step);
-    const milliseconds patience = stage_.patience;
-    try {
-      const Step &with_taken = stage_.with_taken(step);
-      if (step.row->traits.starts_command) begin_command();
-      if (step.row->verb == "in_order") stage_.patience = std::min(patience, kDyingTime);
-      if (step.row->verb == "type" || changes_units(step)) remember_what_was_said(step);
-      note_signals(written(with_taken));
-      step.row->perform(stage_, with_taken);
-      // Nobody knows which of what it said meanwhile it said before the change.
-      if (changes_units(step)) remember_what_was_said(step);
-      if (step.row->verb == "in_order") stage_.patience = patience;
-      keep_line(with_taken);
-      is_end_kept_ = is_end_kept_ || ends_command(step);
-      if (step.row->traits.makes_box) set_points();
-      return {};
-    } catch (const terminal::Interrupted &) {
-      throw;
-    } catch (const std::exception &wrong) {
-      stage_.patience = patience;
-      return base::told(wrong);
-    }
+    return attempt([&] { perform_and_note(stage_.with_taken(step)); });
+  }
+
+  void perform_and_note(const Step &step) {
+    if (step.row->traits.starts_command) begin_command();
+    if (step.row->verb == "type") watch_.note_typing();
+    if (changes_units(step)) watch_.note_change();
+    note_signals(written(step));
+    house_.perform(step);
+    // Nobody knows which of what it said meanwhile it said before the change.
+    if (changes_units(step)) watch_.note_change();
+    keep_line(step);
+    is_end_kept_ = is_end_kept_ || ends_command(step);
+    if (step.row->traits.makes_box) set_points();
   }
 
   // Those that a step sends, or that a key may send.
@@ -192,17 +102,11 @@ class Replay {
   }
 
   void note_signals_at_points() {
-    const auto points = box::points_of(house_.box.place());
+    const auto points = box::points_of(house_.place());
     if (!points) return;
     for (const box::Deviation &at : points->deviations) {
       if (at.happened != 0 && at.turn.way == box::Way::kSignal) course_.signals.insert(at.turn.value);
     }
-  }
-
-  void remember_what_was_said(const Step &step) {
-    if (!stage_.op().has_terminal()) return;
-    typed_at_ = lines_in(stage_.op().terminal().everything_shown());
-    if (changes_units(step)) logged_at_ = logged().size();
   }
 
   Words written(const Step &step) const { return words_of(step, rules_.findings); }
@@ -210,8 +114,10 @@ class Replay {
   void keep_line(const Step &step) { course_.played.push_back(play::written_step(written(step))); }
 
   bool perform_as_it_deviates(const Step &step) {
+    const bool is_behind = rules_.notes_sequel && have_happened();
     for (const Deviation &deviation : deviations_) {
       if (deviation.point || deviation.step != at_) continue;
+      if (rules_.notes_sequel) sequel_.begin_behind(box::points_of(house_.place()).value().order.size());
       has_met_.push_back(at_);
       course_.gave_up = course_.gave_up || deviation.row->is_choice;
       const bool is_as_awaited =
@@ -219,7 +125,9 @@ class Replay {
       if (deviation.row->is_choice) played_until_choice_ = course_.played.size();
       return is_as_awaited;
     }
-    return try_step(step);
+    if (!try_step(step)) return false;
+    if (is_behind) sequel_.note_step(at_);
+    return true;
   }
 
   bool try_step(const Step &step) {
@@ -231,14 +139,16 @@ class Replay {
   }
 
   void set_points() {
-    const auto place = house_.box.place();
-    if (good_ == nullptr) return box::order_points(place);
-    box::count_points(place);
+    if (rules_.notes_sequel) {
+      box::order_points(house_.place());
+    } else {
+      box::count_points(house_.place());
+    }
     set_deviations();
   }
 
   void set_deviations() {
-    const auto place = house_.box.place();
+    const auto place = house_.place();
     for (const Deviation &deviation : deviations_) {
       if (!deviation.point) continue;
       box::deviate(place, *deviation.point);
@@ -251,7 +161,7 @@ class Replay {
   void judge_choice() {
     for (const Deviation &deviation : deviations_) {
       const bool is_at_answer = !deviation.point && deviation.row->is_choice;
-      if (!is_at_answer || deviations_.size() > 1 || gives_up(steps_[deviation.step])) continue;
+      if (!is_at_answer || deviations_.size() > 1 || is_giving_up(steps_[deviation.step])) continue;
       const auto next = std::find_if(steps_.begin() + static_cast<std::ptrdiff_t>(deviation.step), steps_.end(),
                                      [](const Step &step) { return is_verb(step, {"wait"}); });
       if (next == steps_.end() || next->words.size() != 1) continue;
@@ -263,7 +173,7 @@ class Replay {
 
   // How many of the deviations.
   std::size_t count_happened() const {
-    const auto points = box::points_of(house_.box.place());
+    const auto points = box::points_of(house_.place());
     std::ptrdiff_t count = 0;
     if (points) {
       count += std::ranges::count_if(points->deviations, [](const auto &at) { return at.happened != 0; });
@@ -275,43 +185,21 @@ class Replay {
   }
   bool have_happened() const { return count_happened() == deviations_.size(); }
 
-  void check_command_has_ended() const {
-    if (!has_begun_ || found_.commands.size() == command_ + 1) return;
-    throw steps_[start_].error("a sweep has to know how this command ends: write `exit` or `dies` behind it");
-  }
-
-  // ---- checkpoints
-
-  // Whether all that the steps until now have done is in the box, and a command begins.
-  bool is_checkpoint() {
-    if (!steps_[at_].row->traits.starts_command || found_.commands.empty()) return false;
-    const bool is_quiet = stage_.technicians.at_work().empty() && play::processes_of(house_.box.place()).empty();
-    if (!is_quiet || needs_what_was_said()) return false;
-    const auto is_not_in_box = [](const Step &step) { return step.slot >= 0 || is_verb(step, {"resize"}); };
-    return std::none_of(steps_.begin(), steps_.begin() + static_cast<std::ptrdiff_t>(at_), is_not_in_box);
-  }
-
-  bool needs_what_was_said() const {
-    for (std::size_t i = at_; i < steps_.size(); ++i) {
-      if (steps_[i].row->traits.names_verb) return false;
-      if (steps_[i].row->traits.needs_said) return true;
-    }
-    return false;
-  }
-
-  // The step with which the play begins.
+  // The step with which the play begins: that which starts the first command that meets something else, where the box as this one found it
+  // was kept.
   std::size_t begin_at_checkpoint() {
     const auto first = std::ranges::min_element(deviations_, {}, &Deviation::command);
     if (first == deviations_.end() || !rules_.checkpoints.has(first->command)) return 0;
-    const std::size_t begin = good_->commands.at(first->command).start;
+    const std::size_t begin = good_.commands.at(first->command).start;
     for (std::size_t i = 0; i < begin; ++i) {
       const Step &step = steps_[i];
       if (is_for_people(step)) continue;
       if (step.row->traits.takes_terminal || step.row->verb == "patience") step.row->perform(stage_, step);
       keep_line(step);
       if (!step.row->traits.makes_box) continue;
-      const auto ahead = rules_.checkpoints.restore(first->command, house_.box.place());
-      house_.keeper.keep(house_.box.place().clock(), ahead);
+      const auto ahead = rules_.checkpoints.restore(first->command, house_.place());
+      house_.keeper().keep(house_.place().clock(), ahead);
+      if (rules_.notes_sequel) box::resume_order(house_.place());
       set_deviations();
     }
     has_begun_ = true;
@@ -322,14 +210,7 @@ class Replay {
   // ---- commands
 
   void begin_command() {
-    auto &op = stage_.op();
-    const auto place = house_.box.place();
-    hardware_before_ = play::switched_in_hardware(place);
-    empty_before_ = play::empty_in_tmp(place);
-    log_before_ = logged().size();
-    const bool is_same_terminal = op.has_terminal() && !op.terminal().hung_up();
-    shown_before_ = is_same_terminal ? lines_in(op.terminal().everything_shown()) : 0;
-    typed_at_ = shown_before_;
+    watch_.begin();
     if (has_begun_) ++command_;
     has_begun_ = true;
     is_end_kept_ = false;
@@ -337,76 +218,11 @@ class Replay {
     course_.signals.clear();
   }
 
-  Sentences logged() {
-    std::error_code error;
-    const auto size = fs::file_size(house_.box.place().events(), error);
-    if (error || size == 0) return {};
-    if (size == log_size_) return log_;
-    log_size_ = size;
-    try {
-      log_ = rules_.log(house_.box.place());
-    } catch (const std::runtime_error &wrong) {  // The command may have broken it.
-      log_ = {"the log cannot be read: " + base::told(wrong)};
-    }
-    return log_;
-  }
-
-  Sentences left() {
-    auto &op = stage_.op();
-    play::Before before = op.before();
-    before.hardware = hardware_before_;
-    for (const auto &technician : stage_.technicians.at_work()) before.processes.insert(technician.work.pid());
-    const Sentences expected = good_ == nullptr ? Sentences{} : good_->commands.at(command_).left;
-    const auto deadline = box_time::Clock::now() + kDyingTime;
-    for (;;) {
-      auto found = play::leftovers(house_.box.place(), op.terminal(), before, {});
-      for (const fs::path &name : play::empty_in_tmp(house_.box.place())) {
-        if (empty_before_.contains(name)) continue;
-        const fs::path path = "/tmp" / (name.has_filename() ? name : name.parent_path());
-        found.push_back((name.has_filename() ? "the empty file " : "the empty folder ") + path.string() + " is left");
-      }
-      const bool is_dying = std::ranges::any_of(found, [](const auto &line) { return line.ends_with(" still runs"); });
-      if (!is_dying || is_part_of(found, expected) || box_time::Clock::now() >= deadline) return found;
-      op.watch(10 * play::kLookAgain);
-    }
-  }
-
-  CommandEnd end_of_command() {
-    CommandEnd end;
-    auto &terminal = stage_.op().terminal();
-    end.start = start_;
-    if (!terminal.runs()) end.ending = terminal.wait_for_exit(milliseconds{0});
-    auto shown = terminal.everything_shown();
-    shown.resize(lines_in(shown));
-    const auto before = std::min(shown_before_, shown.size());
-    end.shown.assign(shown.begin() + static_cast<std::ptrdiff_t>(before), shown.end());
-    end.left = left();
-    const Sentences log = logged();
-    end.logged.assign(log.begin() + static_cast<std::ptrdiff_t>(std::min(log_before_, log.size())), log.end());
-    return end;
-  }
-
-  void count_points() {
-    const auto points = box::points_of(house_.box.place());
-    if (!points) throw script::Error("the play forgets its points, or sets deviations of its own: it cannot be swept");
-    if (points->lost > 0) throw script::Error("the play has more kinds of points than can be counted");
-    if (points->order.size() == box::kLongestOrder) throw script::Error("the play has more points than can be ordered");
-    for (const box::PointCount &count : points->counts) {
-      std::uint32_t last = 0;
-      for (const PointRange &known : found_.points) {
-        if (known.kind == count.kind && known.name == count.name) last = known.last;
-      }
-      if (count.count > last) found_.points.push_back({count.kind, count.name, last + 1, count.count, command_});
-    }
-    for (std::size_t i = found_.order.size(); i < points->order.size(); ++i) {
-      const box::PointCount &at = points->counts.at(points->order[i]);
-      found_.order.push_back({at.kind, at.name, command_});
-    }
-  }
+  CommandEnd end_of_command() { return watch_.end(start_, good_.commands.at(command_).left); }
 
   // A command that ended as the good play awaits has left, and logged, what it did there.
   bool is_as_good() {
-    const CommandEnd &good = good_->commands.at(command_);
+    const CommandEnd &good = good_.commands.at(command_);
     course_.end = end_of_command();
     is_order_known_ = course_.end.left == good.left;
     return is_part_of(course_.end.left, good.left) && course_.end.logged == good.logged;
@@ -430,7 +246,7 @@ class Replay {
 
   void follow(const CarefulEnd &end) {
     course_.gave_up = course_.gave_up || end.gave_up;
-    if (end.typed_at > 0) typed_at_ = end.typed_at;
+    if (end.typed_at > 0) watch_.note_lines(end.typed_at);
     course_.played.emplace_back("patience 3600");
     for (const Words &words : end.steps) {
       note_signals(words);
@@ -449,20 +265,21 @@ class Replay {
     course_.command = command_;
     const auto &ending = course_.end.ending;
     if (ending && !is_end_kept_) keep_ending(*ending);
-    const bool was_killed = ending && *ending == terminal::Ending{false, kSignalsFrom + SIGKILL};
-    if (was_killed && was_to_be_killed()) return go_on_behind_kill();
+    if (is_killed() && was_to_be_killed()) return go_on_behind_kill();
     if (course_.failed_check.empty() && ending == terminal::Ending{false, 0}) check_as_good_play();
     return course_as_it_ends();
   }
 
+  bool is_killed() const { return course_.end.ending == terminal::Ending{false, kSignalsFrom + SIGKILL}; }
+
   // With what can be told only then.
   Course course_as_it_ends() {
     note_signals_at_points();
-    course_.typed_at = typed_at_ - std::min(typed_at_, shown_before_);
-    course_.logged_at = logged_at_ - std::min(logged_at_, log_before_);
+    course_.typed_at = watch_.typed_at();
+    course_.logged_at = watch_.logged_at();
     course_.columns = static_cast<std::size_t>(stage_.op().size().columns);
     course_.missing = missing_units();
-    course_.switched = play::switched_in_hardware(house_.box.place());
+    course_.switched = play::switched_in_hardware(house_.place());
     return std::move(course_);
   }
 
@@ -481,20 +298,21 @@ class Replay {
   // The same command once more, given up at its first question, has to put all in order.
   Course go_on_behind_kill() {
     course_.was_killed = true;
-    course_.shown_by_killed = course_.end.shown;
+    std::ranges::copy(course_.end.shown, std::back_inserter(course_.shown_by_killed));
     const Step &start = steps_[start_];
     auto &op = stage_.op();
     const std::set<fs::path> files = op.before().files;
-    shown_before_ = lines_in(op.terminal().everything_shown());
-    typed_at_ = shown_before_;
+    watch_.begin_again();
     start.row->perform(stage_, stage_.with_taken(start));
     keep_line(start);
     is_end_kept_ = false;
     course_.gave_up = false;
     follow(bring_to_end(op, rules_.limit));
     course_.end = end_of_command();
+    course_.happened = have_happened();
     if (course_.end.ending) keep_ending(*course_.end.ending);
-    for (const fs::path &file : play::files_in_tmp(house_.box.place())) {
+    if (is_killed() && ++killed_again_ < deviations_.size()) return go_on_behind_kill();
+    for (const fs::path &file : play::files_in_tmp(house_.place())) {
       if (files.contains(file)) continue;
       const std::string sentence = play::sentence_of(file);
       if (std::ranges::find(course_.end.left, sentence) == course_.end.left.end()) course_.end.left.push_back(sentence);
@@ -517,7 +335,7 @@ class Replay {
   }
 
   Sentences missing_units() const {
-    const auto place = house_.box.place();
+    const auto place = house_.place();
     std::istringstream lines(box::in_confinement(place, [&] {
       std::string names;
       for (const box::Unit &unit : box::Inventory(place).units()) {
@@ -531,11 +349,13 @@ class Replay {
   }
 
   const std::vector<Step> &steps_;
-  const Good *good_;
+  const Good &good_;
   const std::vector<Deviation> &deviations_;
   const ReplayRules &rules_;
   House house_;
   play::Stage &stage_;
+  CommandWatch watch_;
+  Sequel sequel_;
 
   std::size_t at_ = 0, start_ = 0, command_ = 0;
   bool has_begun_ = false;
@@ -544,38 +364,17 @@ class Replay {
       false;  // What the command left is what the good play leaves, and nobody has done anything since.
   std::vector<std::size_t> has_met_;
   std::size_t played_until_choice_ = 0;  // lines
+  std::size_t killed_again_ = 0;         // commands that were to put in order what a killed one left
   std::string failed_;
-  Sentences hardware_before_, log_;
-  std::set<fs::path> empty_before_;  // files and folders
-  std::size_t log_before_ = 0, logged_at_ = 0, shown_before_ = 0, typed_at_ = 0;
-  std::uintmax_t log_size_ = 0;
-  Good found_;
   Course course_;
 };
 
-// FNV-1a over what stands in the scripts, and where.
-std::uint64_t number_of_script(const std::vector<Step> &steps) {
-  std::uint64_t number = 14695981039346656037U;
-  for (const Step &step : steps) {
-    for (const char byte : step.place + '\n' + play::written_step(words_of(step, {})) + '\n') {
-      number = (number ^ static_cast<unsigned char>(byte)) * 1099511628211U;
-    }
-  }
-  return number;
-}
-
 }  // namespace
-
-Good play_well(const std::vector<Step> &steps, const ReplayRules &rules) {
-  Good good = Replay(steps, nullptr, {}, rules).play_well();
-  good.script = number_of_script(steps);
-  return good;
-}
 
 Course replay(const std::vector<Step> &steps, const Good &good, const std::vector<Deviation> &deviations,
               const ReplayRules &rules) {
   if (number_of_script(steps) != good.script) throw script::Error("the play has changed since the sweep began");
-  return Replay(steps, &good, deviations, rules).play_otherwise();
+  return Replay(steps, good, deviations, rules).play();
 }
 
 }  // namespace sweep

@@ -2,31 +2,15 @@
 // from there on.
 #pragma once
 
-#include <chrono>
-#include <filesystem>
-#include <functional>
 #include <set>
 #include <string>
 #include <vector>
 
-#include "host/clock/pace.h"
-#include "host/sweep/checkpoint.h"
 #include "host/sweep/deviation.h"
 #include "host/sweep/good.h"
+#include "host/sweep/replay_rules.h"
 
 namespace sweep {
-
-struct ReplayRules {
-  std::string spbox;                // the program
-  std::chrono::milliseconds limit;  // of the box's time, in which something has to come from a command
-  int alarm;
-  box_time::Speed speed;
-  std::function<std::vector<std::string>(const box::Place &place)> log;  // in words, the same for the same entry
-  std::vector<std::string> options = {};                                 // of `spbox run`, for the commands of the play
-  Checkpoints checkpoints;  // which the good play keeps, and at which replays begin
-  std::filesystem::path findings =
-      {};  // the folder of the plays that show a fault: they find their programs from there
-};
 
 // How a replay went: as the good play, or how the command ended in which it left the good play's way.
 struct Course {
@@ -51,11 +35,10 @@ struct Course {
   std::vector<std::string> switched;  // all that is switched in the hardware, also before the command
 
   std::vector<std::string> played;  // lines of a play that does the same
+  Good sequel = {};                 // what came behind the first deviation, where that is noted and it happened
 };
 
-// Plays the good play. Throws play::Failure or script::Error where it does not come to its end.
-Good play_well(const std::vector<play::Step> &steps, const ReplayRules &rules);
-
+// Throws script::Error where the play is not the good one.
 Course replay(const std::vector<play::Step> &steps, const Good &good, const std::vector<Deviation> &deviations,
               const ReplayRules &rules);
 

@@ -88,6 +88,10 @@ TEST_F(PointsTest, KeepTheirOrderWhereSomebodyAsksForIt) {
   EXPECT_EQ(names(), "");
   EXPECT_EQ(count(PointKind::kRead, "c"), 2u) << "counted on";
   EXPECT_EQ(box::points_of(place_)->deviations.size(), 1u);
+  box::resume_order(place_);
+  reach({"c", "a"});
+  EXPECT_EQ(names(), "ca") << "from there on";
+  EXPECT_EQ(count(PointKind::kRead, "c"), 3u);
   box::order_points(place_);
   reach({"b", "a", "b", "c"});
   EXPECT_EQ(names(), "babc");

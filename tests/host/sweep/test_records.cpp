@@ -14,7 +14,11 @@ TEST(GoodPlay, IsReadAsItWasWritten) {
   good.commands[0].shown.emplace_back("odd \"bytes\" \\ \x1b[1m \xff, and 100 %");
   good.commands.push_back({5, terminal::Ending{true, 9}, {}, {}, {""}});
   good.points.push_back({box::PointKind::kRead, R"(a "name")", 2, 3, 1});
+  good.first_step = 4;
+  good.last_step = 7;
   const sweep::Good read = sweep::good_in(sweep::text_of(good));
+  EXPECT_EQ(read.first_step, 4U);
+  EXPECT_EQ(read.last_step, 7U);
   EXPECT_EQ(read.script, good.script);
   ASSERT_EQ(read.commands.size(), 2U);
   EXPECT_EQ(read.commands[0].shown, good.commands[0].shown);
@@ -36,7 +40,8 @@ TEST(Outcome, IsReadAsItWasTold) {
   sweep::Course course;
   course.happened = true;
   course.played = {"box qa", R"(type "1\x0a")"};
-  const auto read = sweep::outcome_in(sweep::text_of(course, {{"the LED is on", {"patience 2", "in_order"}}}));
+  const auto read = sweep::outcome_in(sweep::text_of(course, {{"the LED is on", {"patience 2", "in_order"}}}, {7, 2}));
+  EXPECT_EQ(read.seconds, (std::vector<std::size_t>{7, 2}));
   EXPECT_TRUE(read.is_told && read.happened);
   EXPECT_EQ(read.played, course.played);
   ASSERT_EQ(read.faults.size(), 1U);
