@@ -117,7 +117,7 @@ void SweepRun::run_pairs(const std::vector<std::size_t> &firsts) {
     progress_.awaits(cases_.size() + quota_ - pairs_);
     play_from(begin, of_one);
     const std::size_t first_pair = cases_.size();
-    for (Case &pair : pairs_behind(begin, first_pair)) {
+    for (Case &pair : pairs_behind(std::span(cases_).subspan(begin))) {
       if (pairs_ == quota_) break;
       add_case(std::move(pair));
       ++pairs_;
@@ -126,10 +126,9 @@ void SweepRun::run_pairs(const std::vector<std::size_t> &firsts) {
   }
 }
 
-std::vector<SweepRun::Case> SweepRun::pairs_behind(std::size_t first_case, std::size_t last_case) const {
+std::vector<SweepRun::Case> SweepRun::pairs_behind(std::span<const Case> firsts) const {
   std::vector<Case> pairs;
-  for (std::size_t i = first_case; i < last_case; ++i) {
-    const Case &first = cases_[i];
+  for (const Case &first : firsts) {
     if (first.seconds.empty()) continue;
     const auto behind = sweep::all_deviations(steps_, sweep::good_in(script::text_of_file(sequel_file(first.number))));
     for (const std::size_t number : first.seconds) {

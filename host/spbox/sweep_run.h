@@ -68,7 +68,7 @@ class SweepRun {
 
   void add_case(Case one);
   void run_pairs(const std::vector<std::size_t> &firsts);
-  std::vector<Case> pairs_behind(std::size_t first_case, std::size_t last_case) const;
+  std::vector<Case> pairs_behind(std::span<const Case> firsts) const;
   void play_from(std::size_t first_case, std::size_t seconds);
   void ends(std::size_t number, const runner::JobEnding &ending);
   void keep(const sweep::Fault &fault, const sweep::Outcome &outcome, const Case &one);
