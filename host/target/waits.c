@@ -47,19 +47,29 @@ static bool g_has_own_time;
 
 __attribute__((constructor)) static void look(void) {
   const int saved = errno;
-  g_ppoll = (poll_function *)next("ppoll");
   g_pselect = (select_function *)next("pselect");
   g_select = (limit_function *)next("select");
   g_clock_nanosleep = (sleep_function *)next("clock_nanosleep");
   g_sigtimedwait = (signal_function *)next("sigtimedwait");
   g_has_own_time = access(BOX_TIME_PAGE, F_OK) == 0;
+  g_ppoll = (poll_function *)next("ppoll");
   errno = saved;
 }
 
+/* Constructors of others may come first. What is looked for last tells. */
+static void be_ready(void) {
+  if (g_ppoll == NULL) look();
+}
+
 /* A moment where there is one, or it is over at once, or there is no limit, is nothing for a timer. */
-static bool is_limit(const struct timespec *limit) {
-  return g_has_own_time && limit != NULL && limit->tv_sec >= 0 && limit->tv_nsec >= 0 && limit->tv_nsec < NANOSECONDS &&
+static bool lasts(const struct timespec *limit) {
+  return limit != NULL && limit->tv_sec >= 0 && limit->tv_nsec >= 0 && limit->tv_nsec < NANOSECONDS &&
          (limit->tv_sec != 0 || limit->tv_nsec != 0);
+}
+
+static bool is_limit(const struct timespec *limit) {
+  be_ready();
+  return g_has_own_time && lasts(limit);
 }
 
 /* Rings when the time is over; below 0 where the system has none. */
@@ -141,7 +151,7 @@ EXPORT int poll(struct pollfd *fds, nfds_t count, int milliseconds) {
 
 /* One that is watched as the sets' other descriptors are; below 0 where there is none. */
 static int new_timer_for_sets(const struct timespec *limit) {
-  const int timer = is_limit(limit) ? new_timer(CLOCK_MONOTONIC, 0, limit) : -1;
+  const int timer = new_timer(CLOCK_MONOTONIC, 0, limit);
   if (timer < FD_SETSIZE) return timer;
   close(timer);
   return -1;
@@ -165,19 +175,21 @@ static int select_until(int timer, int count, fd_set *in, fd_set *out, fd_set *o
 
 EXPORT int pselect(int count, fd_set *restrict in, fd_set *restrict out, fd_set *restrict other,
                    const struct timespec *restrict limit, const sigset_t *restrict mask) {
-  const int saved = errno, timer = new_timer_for_sets(limit);
+  const int saved = errno, timer = is_limit(limit) ? new_timer_for_sets(limit) : -1;
   struct itimerspec rest = {{0, 0}, {0, 0}};
   errno = saved;
   if (timer < 0) return g_pselect(count, in, out, other, limit, mask);
   return select_until(timer, count, in, out, other, mask, &rest);
 }
 
-/* As the kernel does, it leaves in the limit what is left of it. */
+/* As the kernel does, it leaves in the limit what is left of it, behind a signal too: there the emulator leaves the whole limit. So it
+   is a timer's limit wherever one is. */
 EXPORT int select(int count, fd_set *restrict in, fd_set *restrict out, fd_set *restrict other,
                   struct timeval *restrict limit) {
   const struct timeval most = limit == NULL ? (struct timeval){0, 0} : *limit;
   const struct timespec length = {most.tv_sec + most.tv_usec / 1000000, (long)(most.tv_usec % 1000000) * 1000};
-  const int saved = errno, timer = new_timer_for_sets(&length);
+  be_ready();
+  const int saved = errno, timer = lasts(&length) ? new_timer_for_sets(&length) : -1;
   struct itimerspec rest = {{0, 0}, {0, 0}};
   errno = saved;
   if (timer < 0) return g_select(count, in, out, other, limit);
