@@ -2,6 +2,7 @@
 #include "lmainte.h"
 #include "lmainte_platform.h"
 #include "lmainte_procedure.h"
+#include "lmainte_host.h"
 
 _Static_assert(LMAINTE_SYSTEM_ALL_PSUS == 128, "LMAINTE_SYSTEM_ALL_PSUS");
 _Static_assert(LMAINTE_CMDTIME_END == 4294967295, "LMAINTE_CMDTIME_END");
@@ -171,6 +172,37 @@ _Static_assert(LMAINTE_LEFT_UNCHECKED == 6, "LMAINTE_LEFT_UNCHECKED");
 _Static_assert(LMAINTE_LEFT_UNKNOWN == 7, "LMAINTE_LEFT_UNKNOWN");
 _Static_assert(LMAINTE_LEFT_MARKED == 8, "LMAINTE_LEFT_MARKED");
 _Static_assert(LMAINTE_LEFT_IN_MODE == 9, "LMAINTE_LEFT_IN_MODE");
+_Static_assert(__builtin_strcmp(LMAINTE_HOST_ROOT, "SPBOX_ROOT") == 0, "LMAINTE_HOST_ROOT");
+_Static_assert(__builtin_strcmp(LMAINTE_HOST_RUN, "SPBOX_RUN") == 0, "LMAINTE_HOST_RUN");
+_Static_assert(LMAINTE_HOST_MESSAGE_MOST == 1024, "LMAINTE_HOST_MESSAGE_MOST");
+_Static_assert(LMAINTE_HOST_CHANNELS_MOST == 16, "LMAINTE_HOST_CHANNELS_MOST");
+_Static_assert(__builtin_strcmp(LMAINTE_HOST_MONITOR, "monitor") == 0, "LMAINTE_HOST_MONITOR");
+_Static_assert(LMAINTE_HOST_MONITOR_NUMBER == 1, "LMAINTE_HOST_MONITOR_NUMBER");
+_Static_assert(LMAINTE_HOST_CHOSEN == 0, "LMAINTE_HOST_CHOSEN");
+_Static_assert(LMAINTE_HOST_GAVE_UP == 1, "LMAINTE_HOST_GAVE_UP");
+_Static_assert(LMAINTE_HOST_END_OF_INPUT == 2, "LMAINTE_HOST_END_OF_INPUT");
+_Static_assert(LMAINTE_HOST_INTERRUPTED == 3, "LMAINTE_HOST_INTERRUPTED");
+_Static_assert(LMAINTE_HOST_ASK_FAILED == -1, "LMAINTE_HOST_ASK_FAILED");
+_Static_assert(LMAINTE_HOST_READY == 0, "LMAINTE_HOST_READY");
+_Static_assert(LMAINTE_HOST_TIME_OVER == 1, "LMAINTE_HOST_TIME_OVER");
+_Static_assert(LMAINTE_HOST_ALL_THERE == 0, "LMAINTE_HOST_ALL_THERE");
+_Static_assert(LMAINTE_HOST_ONE_GONE == 1, "LMAINTE_HOST_ONE_GONE");
+_Static_assert(LMAINTE_HOST_ASK_STATUS == 1, "LMAINTE_HOST_ASK_STATUS");
+_Static_assert(LMAINTE_HOST_ASK_UNIT == 2, "LMAINTE_HOST_ASK_UNIT");
+_Static_assert(LMAINTE_HOST_ASK_POWER == 3, "LMAINTE_HOST_ASK_POWER");
+_Static_assert(LMAINTE_HOST_SAVE_EVENT == 4, "LMAINTE_HOST_SAVE_EVENT");
+_Static_assert(LMAINTE_HOST_ANSWERED == 0, "LMAINTE_HOST_ANSWERED");
+_Static_assert(LMAINTE_HOST_NO_COMMAND == 1, "LMAINTE_HOST_NO_COMMAND");
+_Static_assert(LMAINTE_HOST_BAD_REQUEST == 2, "LMAINTE_HOST_BAD_REQUEST");
+_Static_assert(LMAINTE_HOST_NO_UNIT == 3, "LMAINTE_HOST_NO_UNIT");
+_Static_assert(LMAINTE_HOST_BOX_FAILED == 4, "LMAINTE_HOST_BOX_FAILED");
+_Static_assert(LMAINTE_HOST_EVENT_HEAD == 196608, "LMAINTE_HOST_EVENT_HEAD");
+_Static_assert(LMAINTE_HOST_EVENT_SIZE == 48, "LMAINTE_HOST_EVENT_SIZE");
+_Static_assert(LMAINTE_HOST_DB_ARGUMENT == -1, "LMAINTE_HOST_DB_ARGUMENT");
+_Static_assert(LMAINTE_HOST_DB_SESSION == -2, "LMAINTE_HOST_DB_SESSION");
+_Static_assert(LMAINTE_HOST_DB_BUSY == -3, "LMAINTE_HOST_DB_BUSY");
+_Static_assert(LMAINTE_HOST_DB_ABSENT == -4, "LMAINTE_HOST_DB_ABSENT");
+_Static_assert(LMAINTE_HOST_DB_STORAGE == -5, "LMAINTE_HOST_DB_STORAGE");
 
 _Static_assert(_Generic(&mgb_trace_write, int32_t (*)(uint32_t, uint32_t, uint32_t, uint32_t, const uint32_t *, uint32_t): 1, default: 0), "mgb_trace_write");
 _Static_assert(_Generic(&mgblog_save, int32_t (*)(const uint32_t *, const void *): 1, default: 0), "mgblog_save");

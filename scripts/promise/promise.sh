@@ -1,6 +1,6 @@
 # shellcheck shell=bash
-# What a release promises: abi/VERSION has the layouts and signatures of both libraries on both machines, and the constants and the
-# platform's functions of the headers; docs/compatibility.md has the table of records.
+# What a release promises: abi/VERSION has the layouts and signatures of both libraries on both machines, the constants and the
+# platform's functions of the headers, and the tests of the oddities; docs/compatibility.md has the table of records.
 source scripts/lib.sh
 
 page=docs/compatibility.md
@@ -24,6 +24,7 @@ is_kept() {
     if ! abidiff --no-added-syms --no-show-locs "$promise" "$library"; then kept=1; fi
   done < <(each_library "$1")
   headers_keep "$1" || kept=1
+  oddities_stay "$1" || kept=1
   return "$kept"
 }
 
@@ -31,7 +32,7 @@ is_kept() {
 headers_keep() {
   local kept=0 compiler added
   for compiler in gcc powerpc-linux-gnu-gcc; do
-    if ! "$compiler" -std=c11 -fsyntax-only -Iinclude "$1/headers.c"; then
+    if ! "$compiler" -std=c11 -fsyntax-only -Iinclude -Ihost/include "$1/headers.c"; then
       say "The headers do not keep $1/headers.c."
       kept=1
     fi
@@ -46,18 +47,38 @@ headers_keep() {
 
 platform_functions() { sed -nE 's/.*_Generic\(&(\w+),.*/\1/p' "$1" | sort; }
 
+# oddity_rows: prints the rows of the page's oddities. The first two lines of the table are its head.
+oddity_rows() { sed -n '/^## Oddities/,/^## Records/p' "$page" | grep '^|' | tail -n +3; }
+
+# test_of ROW: prints the test that the row names.
+# shellcheck disable=SC2016  # the backticks are the page's
+test_of() { sed -nE 's/.* \| `(\w+\.\w+)` \|$/\1/p' <<<"$1"; }
+
+# oddity_tests: prints the test of each oddity.
+oddity_tests() {
+  local row
+  while IFS= read -r row; do test_of "$row"; done < <(oddity_rows) | sort -u
+}
+
+# oddities_stay RELEASE: prints the test of each oddity that was promised and is none now, and fails then.
+oddities_stay() {
+  local gone
+  gone=$(comm -23 <(sort -u "$1/oddities") <(oddity_tests))
+  if [[ -z $gone ]]; then return 0; fi
+  say "$page has no oddity any more with the test $(paste -sd ' ' <<<"$gone"), and $1 promised it."
+  return 1
+}
+
 # oddities_are_tested: prints each row of the page's oddities that names no test that there is, and fails then.
 oddities_are_tested() {
   local kept=0 row test rows
-  # The first two lines are the head.
-  mapfile -t rows < <(sed -n '/^## Oddities/,/^## Records/p' "$page" | grep '^|' | tail -n +3)
+  mapfile -t rows < <(oddity_rows)
   for row in "${rows[@]}"; do
-    # shellcheck disable=SC2016  # the backticks are the page's
-    test=$(sed -nE 's/.* \| `(\w+\.\w+)` \|$/\1/p' <<<"$row")
+    test=$(test_of "$row")
     if [[ -z $test ]]; then
       say "$page names no test in this row: $row"
       kept=1
-    elif ! grep -rqE "TEST(_F|_P)?\(${test/./, }\)" tests; then
+    elif ! grep -rqE "^TEST(_F|_P)?\(${test/./, }\)" tests; then
       say "$page names a test that there is not: $test"
       kept=1
     fi
