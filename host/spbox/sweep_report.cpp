@@ -37,9 +37,17 @@ std::string summary(const SweepOptions &options, const SweepRun &run, std::span<
          " passed, " + std::to_string(wrong_in(results)) + " failed, " + std::to_string(unplayed) + " unplayed.";
 }
 
+// Of what passed, there is no more to tell. What a failed one left stands in its reason, and the play that shows it in the findings.
+Json json_of_replay(const runner::Result &result) {
+  Json::Object members{
+      {"name", result.name}, {"result", row_of(result.verdict).word}, {"milliseconds", result.time.count()}};
+  if (!result.reason.empty()) members.push_back({"reason", result.reason});
+  return members;
+}
+
 Json json_of(const SweepOptions &options, const SweepRun &run, std::span<const runner::Result> results) {
   Json::List replays, table;
-  for (const runner::Result &result : results) replays.push_back(json_of_result(result));
+  for (const runner::Result &result : results) replays.push_back(json_of_replay(result));
   for (const sweep::Tally &tally : sweep::tallies_of(run.tried())) {
     table.push_back(Json::Object{{"point", tally.kind},
                                  {"deviation", tally.deviation},

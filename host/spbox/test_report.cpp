@@ -30,8 +30,6 @@ Json json_of_screens(const runner::Result &result) {
   return screens;
 }
 
-}  // namespace
-
 // Of what passed, there is no more to tell.
 Json json_of_result(const runner::Result &result) {
   Json::Object members{{"name", result.name},
@@ -48,8 +46,6 @@ Json json_of_result(const runner::Result &result) {
   }
   return members;
 }
-
-namespace {
 
 Json json_report(std::span<const runner::Result> results, milliseconds time) {
   Json::List plays;

@@ -32,6 +32,5 @@ bool write_reports(const TestReports &files, std::span<const runner::Result> res
 // The same of a verb whose JSON has more, or other members. The suite is called as the verb is.
 bool write_reports(const TestReports &files, const std::string &suite, std::span<const runner::Result> results,
                    std::chrono::milliseconds time, std::chrono::system_clock::time_point begin, const Json &json);
-Json json_of_result(const runner::Result &result);
 
 }  // namespace spbox

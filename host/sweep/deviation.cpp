@@ -82,17 +82,9 @@ Instead stops_and_goes_on(const Occasion &occasion) {
   return {{{"type", "\032"}, {"pause", "2"}, {"signal", "CONT"}, {"pause", "1"}, as_before}};
 }
 
-Instead gets_int(const Occasion & /*occasion*/) {
-  return {{{"signal", "INT"}}};
-}
-Instead gets_term(const Occasion & /*occasion*/) {
-  return {{{"signal", "TERM"}}};
-}
-Instead gets_hup(const Occasion & /*occasion*/) {
-  return {{{"signal", "HUP"}}};
-}
-Instead gets_kill(const Occasion & /*occasion*/) {
-  return {{{"signal", "KILL"}}};
+template <int kSignal>
+Instead gets(const Occasion & /*occasion*/) {
+  return {{{"signal", base::signal_name(kSignal).substr(3)}}};
 }
 
 // ---- what the technician does instead
@@ -203,14 +195,18 @@ const std::vector<DeviationRow> kRows{
      .what = "the operator stops the command, and goes on",
      .at = At::kAnswer,
      .instead = stops_and_goes_on},
-    {.word = "INT", .what = "SIGINT comes", .at = At::kAnswer, .is_in_place_of_points = true, .instead = gets_int},
-    {.word = "TERM", .what = "SIGTERM comes", .at = At::kAnswer, .is_in_place_of_points = true, .instead = gets_term},
-    {.word = "HUP", .what = "SIGHUP comes", .at = At::kAnswer, .is_in_place_of_points = true, .instead = gets_hup},
+    {.word = "INT", .what = "SIGINT comes", .at = At::kAnswer, .is_in_place_of_points = true, .instead = gets<SIGINT>},
+    {.word = "TERM",
+     .what = "SIGTERM comes",
+     .at = At::kAnswer,
+     .is_in_place_of_points = true,
+     .instead = gets<SIGTERM>},
+    {.word = "HUP", .what = "SIGHUP comes", .at = At::kAnswer, .is_in_place_of_points = true, .instead = gets<SIGHUP>},
     {.word = "KILL",
      .what = "SIGKILL comes, and another command begins",
      .at = At::kAnswer,
      .is_in_place_of_points = true,
-     .instead = gets_kill},
+     .instead = gets<SIGKILL>},
     {.word = "resized", .what = "the operator's window changes its size", .at = At::kAnswer, .instead = changes_window},
     {.word = "never", .what = "the unit is not pulled out", .at = At::kPull, .instead = never_comes},
     {.word = "flickers", .what = "the unit is out, in, out, in and out", .at = At::kPull, .instead = flickers},
