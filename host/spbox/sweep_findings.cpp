@@ -26,11 +26,19 @@ std::string as_file_name(const std::string &text) {
   return name;
 }
 
+std::string key_of(const sweep::Fault &fault, const std::string &otherwise) {
+  return otherwise + ": " + fault.what;
+}
+
 }  // namespace
+
+bool SweepFindings::has(const sweep::Fault &fault, const std::string &otherwise) const {
+  return std::ranges::find(findings_, key_of(fault, otherwise), &Finding::fault) != findings_.end();
+}
 
 void SweepFindings::keep(const sweep::Fault &fault, const sweep::Outcome &outcome, const std::string &name,
                          const std::string &otherwise) {
-  const std::string key = otherwise + ": " + fault.what;
+  const std::string key = key_of(fault, otherwise);
   const auto known = std::ranges::find(findings_, key, &Finding::fault);
   if (known != findings_.end()) {
     ++known->replays;

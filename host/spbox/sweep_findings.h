@@ -23,6 +23,9 @@ class SweepFindings {
   void keep(const sweep::Fault &fault, const sweep::Outcome &outcome, const std::string &name,
             const std::string &otherwise);
 
+  // Whether a play shows that fault already where the same was otherwise.
+  bool has(const sweep::Fault &fault, const std::string &otherwise) const;
+
   // Each of the plays alone, with these options of `spbox play`.
   void play_again(const std::vector<std::string> &options, const runner::PoolRules &rules);
 

@@ -1,5 +1,6 @@
 #include "host/spbox/sweep_one.h"
 
+#include <algorithm>
 #include <stdexcept>
 
 #include "host/base/descriptor.h"
@@ -21,11 +22,11 @@ sweep::Deviation deviation_at(const std::string &number, const std::vector<sweep
 }
 
 // Deviations of the sequel, drawn by the seed.
-std::vector<std::size_t> draw_seconds(const SweepOptions &options, const std::vector<play::Step> &steps,
-                                      const sweep::Good &sequel) {
+std::vector<std::size_t> draw_followers(const SweepOptions &options, const std::vector<play::Step> &steps,
+                                        const sweep::Good &sequel) {
   const sweep::Fold fold(sequel, options.plan.seed);
   auto numbers = sweep::plan(sweep::all_deviations(steps, sequel), options.every ? nullptr : &fold, options.plan);
-  numbers.resize(std::min<std::size_t>(numbers.size(), options.seconds));
+  numbers.resize(std::min<std::size_t>(numbers.size(), options.followers));
   return numbers;
 }
 
@@ -40,7 +41,7 @@ int sweep_one(const SweepOptions &options, int alarm) {
     met.push_back(deviation_at(options.second, sweep::all_deviations(steps, sequel)));
   }
   sweep::ReplayRules rules = replay_rules(options, alarm, options.good.parent_path());
-  rules.notes_sequel = options.seconds > 0;
+  rules.notes_sequel = options.followers > 0;
   const sweep::Course course = sweep::replay(steps, good, met, rules);
   std::vector<sweep::Fault> faults;
   if (course.happened) faults = sweep::faults_of(course, good);
@@ -49,12 +50,12 @@ int sweep_one(const SweepOptions &options, int alarm) {
         {"the play went another way before anything was otherwise: " + course.left_early, {course.failed_line}});
   }
   // A second deviation would show the faults of the first one.
-  std::vector<std::size_t> seconds;
+  std::vector<std::size_t> followers;
   if (rules.notes_sequel && course.happened && faults.empty()) {
     write_whole_file(options.sequel, sweep::text_of(course.sequel));
-    seconds = draw_seconds(options, steps, course.sequel);
+    followers = draw_followers(options, steps, course.sequel);
   }
-  base::write_all(kReportFd, sweep::text_of(course, faults, seconds));
+  base::write_all(kReportFd, sweep::text_of(course, faults, followers));
   return faults.empty() ? 0 : kFailure;
 }
 

@@ -36,7 +36,7 @@ std::vector<Word> words_of_sweep(SweepOptions &options) {
            .to = number(options.plan.seed, 0, 1'000'000'000'000),
            .value = "S"},
           {.name = "--only",
-           .help = "Only deviations with this text in their name, as\n--list shows it",
+           .help = "Only deviations with this text in their name, as\n--list shows it; in both names of a pair",
            .to = &options.plan.only,
            .value = "TEXT"},
           options.pool.shard_word("A share of the replays: 2/8 is the second of eight"),
@@ -48,7 +48,9 @@ std::vector<Word> words_of_sweep(SweepOptions &options) {
           options.speed.word(),
           options.machine.word(),
           {.name = "--every", .help = "At each point, not at some of each class of equal ones", .to = &options.every},
-          {.name = "--list", .help = "Only print the deviations", .to = &options.list},
+          {.name = "--list",
+           .help = "Only print the deviations. With --depth 2, the first\none of each pair is played for it",
+           .to = &options.list},
           {.name = "--findings",
            .help = "Keep there a play for each fault that is found;\nPLAY.findings without it",
            .to = &options.findings,
@@ -69,9 +71,9 @@ std::vector<Word> words_of_sweep(SweepOptions &options) {
            .to = &options.number,
            .value = "N",
            .is_hidden = true},
-          {.name = "--seconds",
+          {.name = "--followers",
            .help = "One replay: so many deviations behind it are drawn",
-           .to = number(options.seconds, 1, 1'000'000),
+           .to = number(options.followers, 1, 1'000'000),
            .value = "N",
            .is_hidden = true},
           {.name = "--sequel",
@@ -99,8 +101,8 @@ void judge_sweep_words(SweepOptions &options) {
   if (options.pairs > 0 && options.depth == 1) throw UsageError("--pairs goes with --depth 2.");
   if (options.pairs == 0) options.pairs = kPairs;
   if (options.good.empty() != options.number.empty()) throw UsageError("--good and --number belong together.");
-  const bool is_behind = options.seconds > 0 || !options.second.empty();
-  if (is_behind == options.sequel.empty()) throw UsageError("--sequel goes with --seconds or --second.");
+  const bool is_behind = options.followers > 0 || !options.second.empty();
+  if (is_behind == options.sequel.empty()) throw UsageError("--sequel goes with --followers or --second.");
 }
 
 fs::path this_program() {

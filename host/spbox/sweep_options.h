@@ -37,7 +37,7 @@ struct SweepOptions {
   // Of one replay.
   std::filesystem::path good;
   std::string number;            // of the deviation, counted from 0
-  std::uint32_t seconds = 0;     // so many are drawn from its sequel, which goes into the file
+  std::uint32_t followers = 0;   // so many are drawn from its sequel, which goes into the file
   std::filesystem::path sequel;  // a file
   std::string second;            // the number of the other deviation of a pair, in the sequel of the first one
 };

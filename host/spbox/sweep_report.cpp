@@ -75,8 +75,11 @@ Json json_of(const SweepOptions &options, const SweepRun &run, std::span<const r
 
 void tell_of_few_pairs(const SweepRun &run) {
   if (run.pairs() >= run.wanted_pairs()) return;
+  const char *const why = run.is_interrupted() ? "the sweep was interrupted."
+                          : run.is_over()      ? "the limit was over."
+                                               : "there are no more.";
   print_line("Only " + std::to_string(run.pairs()) + " pairs of " + std::to_string(run.wanted_pairs()) +
-             (run.is_over() ? " were drawn: the limit was over." : " were drawn: there are no more."));
+             " were drawn: " + why);
 }
 
 }  // namespace

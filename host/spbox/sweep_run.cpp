@@ -12,6 +12,7 @@
 #include "host/script/script.h"
 #include "host/spbox/standard_output.h"
 #include "host/spbox/whole_file.h"
+#include "host/sweep/draw.h"
 
 namespace spbox {
 namespace {
@@ -21,6 +22,8 @@ using SweepClock = std::chrono::steady_clock;
 
 // So many pairs begin with the same deviation, which is played alone once to see what comes behind it. More do where there are few deviations.
 constexpr std::size_t kPairsOfOne = 4;
+constexpr std::size_t kFirstsAtATime = 32;  // so that a limit leaves pairs, too
+constexpr std::uint64_t kSeeds = 1'000'000'000'000;
 
 std::size_t shares_of(std::size_t sum, std::size_t part) {
   return (sum + part - 1) / part;
@@ -80,7 +83,7 @@ void SweepRun::run() {
   processor_ = seconds_of_processor();
   time_ = progress_.time();
   if (options_.list) return;
-  keep_pairs();
+  keep_findings();
   play_findings();
   play::OwnFolder::remove_what_the_dead_left();
 }
@@ -110,9 +113,9 @@ void SweepRun::run_pairs(const std::vector<std::size_t> &firsts) {
   quota_ = options_.pairs / shard.shares + (shard.number <= options_.pairs % shard.shares ? 1 : 0);
   if (firsts.empty()) return;
   const std::size_t of_one = std::max(kPairsOfOne, shares_of(quota_, firsts.size()));
-  for (std::size_t next = 0; next < firsts.size() && pairs_ < quota_ && !is_over();) {
+  for (std::size_t next = 0; next < firsts.size() && pairs_ < quota_ && !is_over() && !is_interrupted_;) {
     const std::size_t begin = cases_.size();
-    const std::size_t end = std::min(firsts.size(), next + shares_of(quota_ - pairs_, of_one));
+    const std::size_t end = std::min({firsts.size(), next + kFirstsAtATime, next + shares_of(quota_ - pairs_, of_one)});
     for (; next < end; ++next) add_case({.number = firsts[next], .deviations = {all_[firsts[next]]}});
     progress_.awaits(cases_.size() + quota_ - pairs_);
     play_from(begin, of_one);
@@ -129,9 +132,9 @@ void SweepRun::run_pairs(const std::vector<std::size_t> &firsts) {
 std::vector<SweepRun::Case> SweepRun::pairs_behind(std::span<const Case> firsts) const {
   std::vector<Case> pairs;
   for (const Case &first : firsts) {
-    if (first.seconds.empty()) continue;
+    if (first.followers.empty()) continue;
     const auto behind = sweep::all_deviations(steps_, sweep::good_in(script::text_of_file(sequel_file(first.number))));
-    for (const std::size_t number : first.seconds) {
+    for (const std::size_t number : first.followers) {
       pairs.push_back(
           {.number = first.number, .second = number, .deviations = {all_[first.number], behind.at(number)}});
     }
@@ -166,15 +169,16 @@ void SweepRun::add_options(std::vector<std::string> &words) const {
   std::ranges::copy(options_.machine.words(), std::back_inserter(words));
 }
 
-std::vector<std::string> SweepRun::command(const Case &one, std::size_t seconds) const {
+std::vector<std::string> SweepRun::command(const Case &one, std::size_t followers) const {
   std::vector<std::string> words{this_program(), "sweep",    "--good",
                                  good_file(),    "--number", std::to_string(one.number)};
   if (one.second) words.insert(words.end(), {"--second", std::to_string(*one.second)});
-  if (one.second || seconds > 0) words.insert(words.end(), {"--sequel", sequel_file(one.number)});
-  if (seconds > 0) {
-    words.insert(words.end(), {"--seconds", std::to_string(seconds)});
+  if (one.second || followers > 0) words.insert(words.end(), {"--sequel", sequel_file(one.number)});
+  if (followers > 0) {
+    words.insert(words.end(), {"--followers", std::to_string(followers)});
     if (!options_.plan.only.empty()) words.insert(words.end(), {"--only", options_.plan.only});
-    words.insert(words.end(), {"--seed", std::to_string(options_.plan.seed + one.number)});
+    words.insert(words.end(),
+                 {"--seed", std::to_string(sweep::Draw::hash_of(name_of(one), options_.plan.seed) % kSeeds)});
     if (options_.every) words.emplace_back("--every");
   }
   words.insert(words.end(), {"--findings", findings_folder(options_)});
@@ -185,10 +189,10 @@ std::vector<std::string> SweepRun::command(const Case &one, std::size_t seconds)
 }
 
 // All cases from this one on; so many second deviations are drawn behind each.
-void SweepRun::play_from(std::size_t first_case, std::size_t seconds) {
+void SweepRun::play_from(std::size_t first_case, std::size_t followers) {
   std::vector<runner::Job> jobs;
   for (std::size_t i = first_case; i < cases_.size(); ++i) {
-    jobs.push_back({name_of(cases_[i]), command(cases_[i], seconds)});
+    jobs.push_back({name_of(cases_[i]), command(cases_[i], followers)});
   }
   run_side_by_side(
       jobs,
@@ -230,15 +234,13 @@ void SweepRun::ends(std::size_t number, const runner::JobEnding &ending) {
   if (is_played && !outcome.faults.empty()) {
     result.verdict = runner::Verdict::kFailed;
     result.reason.clear();
-    for (const sweep::Fault &fault : outcome.faults) {
-      result.reason += fault.what + "\n";
-      if (!one.second) keep(fault, outcome, one);
-    }
-    if (one.second) failed_pairs_.push_back({number, outcome});
+    for (const sweep::Fault &fault : outcome.faults) result.reason += fault.what + "\n";
+    failed_.push_back({number, outcome});
   }
-  if (is_played) cases_[number].seconds = outcome.seconds;
+  is_interrupted_ |= ending.interrupted && !is_over();
+  if (is_played) cases_[number].followers = outcome.followers;
   progress_.counts(is_wrong(result.verdict));
-  if (!is_wrong(result.verdict)) return progress_.show();
+  if (!is_wrong(result.verdict) || options_.list) return progress_.show();
   progress_.clear();
   print(row_of(result.verdict).word + ("  " + name_of(one)) + "\n    " + runner::headline_of(result) + "\n");
   std::fflush(stdout);
@@ -248,37 +250,54 @@ void SweepRun::keep(const sweep::Fault &fault, const sweep::Outcome &outcome, co
   findings_.keep(fault, outcome, name_of(one), sorts_of(one.deviations));
 }
 
-// What the second deviation of a pair brings about alone, too, is shown with it alone. The first one brought nothing about.
-void SweepRun::keep_pairs() {
+// In the order of the cases, whichever ended first.
+void SweepRun::keep_findings() {
+  std::ranges::sort(failed_, {}, &Failed::number);
+  for (const Failed &one : failed_) {
+    if (cases_[one.number].second) continue;
+    for (const sweep::Fault &fault : one.outcome.faults) keep(fault, one.outcome, cases_[one.number]);
+  }
+  auto alone = play_seconds_alone();
+  for (const Failed &pair : failed_) {
+    const Case &both = cases_[pair.number];
+    if (both.second) keep_of_pair(pair, alone[sweep::name_of(both.deviations.back())]);
+  }
+}
+
+// What the second deviation brings about alone, too, is shown with it alone. The first one brought nothing about.
+void SweepRun::keep_of_pair(const Failed &pair, const sweep::Outcome &second) {
+  const Case &both = cases_[pair.number];
+  const Case last{.number = 0, .deviations = {both.deviations.back()}};
+  for (const sweep::Fault &fault : pair.outcome.faults) {
+    const auto same = std::ranges::find(second.faults, fault.what, &sweep::Fault::what);
+    if (same != second.faults.end()) {
+      keep(*same, second, last);
+    } else if (findings_.has(fault, sorts_of(last.deviations))) {
+      keep(fault, pair.outcome, last);
+    } else {
+      keep(fault, pair.outcome, both);
+    }
+  }
+}
+
+// Of the pairs that failed, by name. To some, the good play never comes.
+std::map<std::string, sweep::Outcome> SweepRun::play_seconds_alone() const {
   std::map<std::string, std::size_t> numbers;
-  for (std::size_t i = 0; i < all_.size() && !failed_pairs_.empty(); ++i) numbers[sweep::name_of(all_[i])] = i;
+  for (std::size_t i = 0; i < all_.size() && !failed_.empty(); ++i) numbers[sweep::name_of(all_[i])] = i;
   std::map<std::string, sweep::Outcome> alone;
-  std::vector<Case> cases;
   std::vector<runner::Job> jobs;
-  for (const FailedPair &pair : failed_pairs_) {
-    const sweep::Deviation &second = cases_[pair.number].deviations.back();
-    const auto number = numbers.find(sweep::name_of(second));
-    if (number == numbers.end() || !alone.try_emplace(number->first).second) continue;
-    cases.push_back({.number = number->second, .deviations = {all_[number->second]}});
-    jobs.push_back({number->first, command(cases.back(), 0)});
+  for (const Failed &pair : failed_) {
+    const Case &both = cases_[pair.number];
+    const auto number = numbers.find(sweep::name_of(both.deviations.back()));
+    if (!both.second || number == numbers.end() || !alone.try_emplace(number->first).second) continue;
+    jobs.push_back({number->first, command({.number = number->second, .deviations = {all_[number->second]}}, 0)});
   }
   run_side_by_side(
       jobs, {.width = options_.pool.width(), .limit = longest_replay(options_), .alarm = alarm_},
       {.begins = [](std::size_t) {},
        .ends = [&](std::size_t job, const runner::JobEnding &ending) { alone[jobs[job].name] = outcome_of(ending); },
        .second_passes = [] {}});
-  for (const FailedPair &pair : failed_pairs_) {
-    const Case &both = cases_[pair.number];
-    const std::string second = sweep::name_of(both.deviations.back());
-    for (const sweep::Fault &fault : pair.outcome.faults) {
-      const auto same = std::ranges::find(alone[second].faults, fault.what, &sweep::Fault::what);
-      if (same == alone[second].faults.end()) {
-        keep(fault, pair.outcome, both);
-      } else {
-        keep(*same, alone[second], {.number = 0, .deviations = {both.deviations.back()}});
-      }
-    }
-  }
+  return alone;
 }
 
 // Shows each finding once more.

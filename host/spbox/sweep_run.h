@@ -29,7 +29,8 @@ class SweepRun {
   // With --list, pairs are drawn and none is played.
   void run();
 
-  bool is_over() const;    // the limit is
+  bool is_over() const;  // the limit is
+  bool is_interrupted() const { return is_interrupted_; }
   bool has_named() const;  // --only names a deviation. A shard may have none of those that it names.
 
   // ---- what there was
@@ -52,9 +53,9 @@ class SweepRun {
     std::size_t number;  // of the first deviation
     std::optional<std::size_t> second = {};
     std::vector<sweep::Deviation> deviations = {};  // both
-    std::vector<std::size_t> seconds = {};          // that its replay drew
+    std::vector<std::size_t> followers = {};        // that its replay drew
   };
-  struct FailedPair {
+  struct Failed {
     std::size_t number;  // of the case
     sweep::Outcome outcome;
   };
@@ -62,17 +63,19 @@ class SweepRun {
   std::filesystem::path good_file() const { return folder_ / "good"; }
   std::filesystem::path sequel_file(std::size_t number) const { return folder_ / ("sequel " + std::to_string(number)); }
   void add_options(std::vector<std::string> &words) const;
-  std::vector<std::string> command(const Case &one, std::size_t seconds) const;
+  std::vector<std::string> command(const Case &one, std::size_t followers) const;
   static std::string name_of(const Case &one);
   std::string name_in_report(const Case &one) const;
 
   void add_case(Case one);
   void run_pairs(const std::vector<std::size_t> &firsts);
   std::vector<Case> pairs_behind(std::span<const Case> firsts) const;
-  void play_from(std::size_t first_case, std::size_t seconds);
+  void play_from(std::size_t first_case, std::size_t followers);
   void ends(std::size_t number, const runner::JobEnding &ending);
   void keep(const sweep::Fault &fault, const sweep::Outcome &outcome, const Case &one);
-  void keep_pairs();
+  void keep_findings();
+  void keep_of_pair(const Failed &pair, const sweep::Outcome &second);
+  std::map<std::string, sweep::Outcome> play_seconds_alone() const;
   void play_findings();
 
   const SweepOptions &options_;
@@ -84,13 +87,14 @@ class SweepRun {
   sweep::Fold fold_;
   std::vector<Case> cases_;          // in the order in which they are played
   std::vector<sweep::Tried> tried_;  // of each case
-  std::vector<FailedPair> failed_pairs_;
+  std::vector<Failed> failed_;
   SweepFindings findings_;
   ProgressOfPlays progress_;
   std::optional<std::chrono::steady_clock::time_point> last_begin_;
   std::chrono::milliseconds time_{0};
   double processor_ = 0;
   std::size_t quota_ = 0, pairs_ = 0;
+  bool is_interrupted_ = false;
 };
 
 }  // namespace spbox

@@ -31,7 +31,7 @@ namespace fs = std::filesystem;
   const std::string &only = options.plan.only;
   throw UsageError("no deviation of " + options.files.script.string() +
                    (only.empty() ? "" : " with \"" + base::shown(only) + "\" in its name") +
-                   " comes behind another one.");
+                   " comes behind another one that passes alone.");
 }
 
 int sweep_all(const SweepOptions &options, int alarm) {
@@ -46,8 +46,9 @@ int sweep_all(const SweepOptions &options, int alarm) {
   if (options.list) {
     for (const std::string &name : run.names()) print_line(name);
   }
-  const bool has_pairs = options.depth == 1 || run.pairs() > 0 || options.plan.shard.shares > 1 || run.is_over();
-  if (!has_pairs && status == 0) refuse_without_pairs(options);
+  const bool may_have_none =
+      options.depth == 1 || options.plan.shard.shares > 1 || run.is_over() || run.is_interrupted();
+  if (run.pairs() == 0 && !may_have_none && status == 0) refuse_without_pairs(options);
   return status;
 }
 

@@ -37,7 +37,7 @@ void Checkpoints::keep(std::size_t command, const Found &found) const {
     const box::Place box(copy / kBox);
     fs::create_directory(copy);
     copy_box(found.place, box);
-    box::forget_order(box);  // replays need none
+    box::forget_order(box);  // a replay that needs it keeps its own
     if (std::ofstream(copy / kAhead) << found.ahead.count() << std::flush) return fs::rename(copy, kept(command));
   } catch (const std::runtime_error &) {  // there is no room
   }

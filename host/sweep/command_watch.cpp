@@ -27,18 +27,17 @@ std::string sentence_of_empty(const fs::path &name) {
 }  // namespace
 
 void CommandWatch::begin() {
-  auto &op = stage_.op();
   const box::Place &place = stage_.box.place();
   hardware_before_ = play::switched_in_hardware(place);
   empty_before_ = play::empty_in_tmp(place);
   log_before_ = logged().size();
-  const bool is_same_terminal = op.has_terminal() && !op.terminal().hung_up();
-  shown_before_ = is_same_terminal ? lines_in(op.terminal().everything_shown()) : 0;
-  typed_at_ = shown_before_;
+  begin_again();
 }
 
 void CommandWatch::begin_again() {
-  shown_before_ = lines_in(stage_.op().terminal().everything_shown());
+  auto &op = stage_.op();
+  const bool is_same_terminal = op.has_terminal() && !op.terminal().hung_up();
+  shown_before_ = is_same_terminal ? lines_in(op.terminal().everything_shown()) : 0;
   typed_at_ = shown_before_;
 }
 

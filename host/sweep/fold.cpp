@@ -161,8 +161,8 @@ bool is_signal_between_calls(const box::Deviation &deviation) {
 
 }  // namespace
 
-Fold::TriedAt Fold::tried_at(const std::vector<Point> &points, const std::vector<std::string> &places, Draw &draw,
-                             std::size_t &classes) {
+Fold::TriedAt Fold::tried_at(const std::vector<Point> &points, const std::vector<std::string> &places,
+                             std::uint64_t seed, std::size_t &classes) {
   std::map<std::string, std::vector<std::size_t>> equal;
   for (std::size_t i = 0; i < places.size(); ++i) {
     if (!places[i].empty()) equal[places[i]].push_back(i);
@@ -170,6 +170,7 @@ Fold::TriedAt Fold::tried_at(const std::vector<Point> &points, const std::vector
   classes = equal.size();
   TriedAt tried;
   for (const auto &[place, at] : equal) {
+    Draw draw(Draw::hash_of(place, seed));  // its own: one class more or fewer changes no other's
     tried[points[at.front()]].is_all = true;
     if (at.size() > 1) tried[points[at.back()]].drawn = draw.below(kDrawn);
     if (at.size() > 2) tried[points[at[1 + draw.below(at.size() - 2)]]].drawn = draw.below(kDrawn);
@@ -190,9 +191,8 @@ Fold::Fold(const Good &good, std::uint64_t seed) {
   }
   known_.insert(points.begin(), points.end());
   const Places places = places_of(good.order);
-  Draw draw(seed);
-  calls_ = tried_at(points, places.of_calls, draw, classes_);
-  signals_ = tried_at(points, places.of_signals, draw, signal_classes_);
+  calls_ = tried_at(points, places.of_calls, seed, classes_);
+  signals_ = tried_at(points, places.of_signals, seed, signal_classes_);
 }
 
 std::pair<Fold::Takes, std::size_t> Fold::takes(const Deviation &deviation) const {

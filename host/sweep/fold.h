@@ -46,7 +46,7 @@ class Fold {
   using TriedAt = std::map<Point, Tried>;
   enum class Takes { kNone, kOne, kAll };
   std::pair<Takes, std::size_t> takes(const Deviation &deviation) const;  // and what was drawn
-  static TriedAt tried_at(const std::vector<Point> &points, const std::vector<std::string> &places, Draw &draw,
+  static TriedAt tried_at(const std::vector<Point> &points, const std::vector<std::string> &places, std::uint64_t seed,
                           std::size_t &classes);
 
   std::map<std::pair<box::PointKind, std::string>, std::size_t> names_;

@@ -13,9 +13,9 @@ std::string told(const char *what, const std::string &text) {
 
 }  // namespace
 
-std::string text_of(const Course &course, const std::vector<Fault> &faults, const std::vector<std::size_t> &seconds) {
+std::string text_of(const Course &course, const std::vector<Fault> &faults, const std::vector<std::size_t> &followers) {
   std::string text = told("happened", course.happened ? "yes" : "no");
-  for (const std::size_t number : seconds) text += told("second", std::to_string(number));
+  for (const std::size_t number : followers) text += told("follower", std::to_string(number));
   for (const std::string &line : course.played) text += faults.empty() ? "" : told("played", line);
   for (const Fault &fault : faults) {
     text += told("fault", fault.what);
@@ -32,7 +32,7 @@ Outcome outcome_in(const std::string &text) {
     if (words[0] == "end") outcome.is_told = true;
     if (words.size() < 2) continue;
     if (words[0] == "happened") outcome.happened = words[1] == "yes";
-    if (words[0] == "second") outcome.seconds.push_back(base::number_in<std::size_t>(words[1]).value_or(0));
+    if (words[0] == "follower") outcome.followers.push_back(base::number_in<std::size_t>(words[1]).value_or(0));
     if (words[0] == "played") outcome.played.push_back(words[1]);
     if (words[0] == "fault") outcome.faults.push_back({words[1], {}});
     if (words[0] == "shown" && !outcome.faults.empty()) outcome.faults.back().shown_by.push_back(words[1]);

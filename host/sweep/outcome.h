@@ -14,11 +14,11 @@ struct Outcome {
   bool happened = false;
   std::vector<Fault> faults;
   std::vector<std::string> played;
-  std::vector<std::size_t> seconds;  // drawn from the deviations of its sequel
+  std::vector<std::size_t> followers;  // drawn from the deviations of its sequel
 };
 
 std::string text_of(const Course &course, const std::vector<Fault> &faults,
-                    const std::vector<std::size_t> &seconds = {});
+                    const std::vector<std::size_t> &followers = {});
 Outcome outcome_in(const std::string &text);
 
 // A play that shows a fault: it fails as long as the command has the fault.

@@ -161,7 +161,8 @@ class Replay {
   void judge_choice() {
     for (const Deviation &deviation : deviations_) {
       const bool is_at_answer = !deviation.point && deviation.row->is_choice;
-      if (!is_at_answer || deviations_.size() > 1 || is_giving_up(steps_[deviation.step])) continue;
+      const bool is_last = &deviation == &deviations_.back();
+      if (!is_at_answer || !is_last || is_giving_up(steps_[deviation.step])) continue;
       const auto next = std::find_if(steps_.begin() + static_cast<std::ptrdiff_t>(deviation.step), steps_.end(),
                                      [](const Step &step) { return is_verb(step, {"wait"}); });
       if (next == steps_.end() || next->words.size() != 1) continue;
@@ -295,29 +296,34 @@ class Replay {
     });
   }
 
-  // The same command once more, given up at its first question, has to put all in order.
+  // The same command once more, given up at its first question, has to put all in order. It may be killed, too.
   Course go_on_behind_kill() {
     course_.was_killed = true;
-    std::ranges::copy(course_.end.shown, std::back_inserter(course_.shown_by_killed));
-    const Step &start = steps_[start_];
     auto &op = stage_.op();
     const std::set<fs::path> files = op.before().files;
-    watch_.begin_again();
-    start.row->perform(stage_, stage_.with_taken(start));
-    keep_line(start);
-    is_end_kept_ = false;
-    course_.gave_up = false;
-    follow(bring_to_end(op, rules_.limit));
-    course_.end = end_of_command();
+    for (std::size_t killed = 0; is_killed() && killed < deviations_.size(); ++killed) {
+      std::ranges::copy(course_.end.shown, std::back_inserter(course_.shown_by_killed));
+      begin_again();
+    }
     course_.happened = have_happened();
-    if (course_.end.ending) keep_ending(*course_.end.ending);
-    if (is_killed() && ++killed_again_ < deviations_.size()) return go_on_behind_kill();
     for (const fs::path &file : play::files_in_tmp(house_.place())) {
       if (files.contains(file)) continue;
       const std::string sentence = play::sentence_of(file);
       if (std::ranges::find(course_.end.left, sentence) == course_.end.left.end()) course_.end.left.push_back(sentence);
     }
     return course_as_it_ends();
+  }
+
+  void begin_again() {
+    const Step &start = steps_[start_];
+    watch_.begin_again();
+    start.row->perform(stage_, stage_.with_taken(start));
+    keep_line(start);
+    is_end_kept_ = false;
+    course_.gave_up = false;
+    follow(bring_to_end(stage_.op(), rules_.limit));
+    course_.end = end_of_command();
+    if (course_.end.ending) keep_ending(*course_.end.ending);
   }
 
   // It says that it has done what the good play wants: then the good play's checks hold, up to where somebody does something.
@@ -364,7 +370,6 @@ class Replay {
       false;  // What the command left is what the good play leaves, and nobody has done anything since.
   std::vector<std::size_t> has_met_;
   std::size_t played_until_choice_ = 0;  // lines
-  std::size_t killed_again_ = 0;         // commands that were to put in order what a killed one left
   std::string failed_;
   Course course_;
 };

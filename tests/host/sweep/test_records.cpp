@@ -41,7 +41,7 @@ TEST(Outcome, IsReadAsItWasTold) {
   course.happened = true;
   course.played = {"box qa", R"(type "1\x0a")"};
   const auto read = sweep::outcome_in(sweep::text_of(course, {{"the LED is on", {"patience 2", "in_order"}}}, {7, 2}));
-  EXPECT_EQ(read.seconds, (std::vector<std::size_t>{7, 2}));
+  EXPECT_EQ(read.followers, (std::vector<std::size_t>{7, 2}));
   EXPECT_TRUE(read.is_told && read.happened);
   EXPECT_EQ(read.played, course.played);
   ASSERT_EQ(read.faults.size(), 1U);
