@@ -36,13 +36,14 @@ struct Reached {
   std::size_t command = 0;
 };
 
+// Also what a command came to behind a deviation: the points behind it, and the steps.
 struct Good {
   std::uint64_t script = 0;  // of its steps: those of another play have another number
   std::vector<CommandEnd> commands;
   std::vector<PointRange> points;
   std::vector<Reached> order;  // one after the other
 
-  // The steps that were played: from the first one to the last one.
+  // The steps that were played: from the first one to the last one; none where the last one is before the first one.
   std::size_t first_step = 0, last_step = std::numeric_limits<std::size_t>::max();
 };
 

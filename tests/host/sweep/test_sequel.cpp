@@ -24,7 +24,7 @@ box::Points reached(const std::string &order, std::uint32_t a_before = 0) {
 
 sweep::Deviation at_reading(const std::string &name, std::uint32_t number) {
   sweep::Deviation deviation;
-  deviation.row = &sweep::deviation_rows()[0];
+  deviation.row = sweep::deviation_rows().data();
   deviation.point = box::Deviation{PointKind::kRead, name, number, {box::Way::kShort, 0}, 0};
   return deviation;
 }
