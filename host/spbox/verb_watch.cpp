@@ -42,7 +42,7 @@ int print_picture(const box::Place &place) {
   constexpr int kMostRows = 200;
   const watch::Letters letters = letters_of_locale();
   watch::Scene scene;
-  look_at(place, {}, kLines, scene);
+  const std::string unread = look_at(place, {}, kLines, scene);
   if (!scene.trouble.empty()) throw box::BoxError(scene.trouble);
   scene.at_work = at_work_in(place);
   watch::View view;
@@ -50,6 +50,7 @@ int print_picture(const box::Place &place) {
   std::vector<std::string> lines = watch::draw(scene, view, kMostRows, watch::kLeastColumns, letters).canvas.lines();
   while (!lines.empty() && lines.back().empty()) lines.pop_back();
   for (const std::string &line : lines) print_line(line);
+  if (!unread.empty()) throw box::BoxError(unread);
   return 0;
 }
 

@@ -124,7 +124,8 @@ watch::Server server_in(const box::Place &place) {
   return server;
 }
 
-TextLines trace_in(const box::Place &place, std::size_t lines) {
+// That of the platform may be unreadable: then there is trouble, and the library's records are there.
+void read_trace(const box::Place &place, std::size_t lines, watch::Scene &scene) {
   // Many moments may be one line.
   constexpr std::uint32_t kForALine = 4;
   const trace_book::Rings rings = trace_book::newest_rings_of(place, static_cast<std::uint32_t>(lines) * kForALine);
@@ -135,12 +136,12 @@ TextLines trace_in(const box::Place &place, std::size_t lines) {
   }
   std::vector<trace_book::Told> newest = trace_book::told(moments, trace_book::UnitNames::kTogether);
   if (newest.size() > lines) newest.erase(newest.begin(), newest.end() - static_cast<long>(lines));
-  TextLines trace;
   for (const trace_book::Told &line : newest) {
-    trace.push_back(time_of_day(line.moment->time_ns).substr(0, 12) + (line.moment->is_error ? " ! " : " ") +
-                    line.moment->function + ": " + line.text);
+    scene.trace.push_back(time_of_day(line.moment->time_ns).substr(0, 12) + (line.moment->is_error ? " ! " : " ") +
+                          line.moment->function + ": " + line.text);
   }
-  return trace;
+  scene.trouble = rings.trouble;
+  if (!scene.trouble.empty()) scene.trace.push_back("! " + scene.trouble);
 }
 
 TextLines log_in(const box::Place &place, std::size_t lines) {
@@ -178,13 +179,13 @@ bool is_of_spbox(const std::string &command) {
 
 }  // namespace
 
-void look_at(const box::Place &place, Parts parts, std::size_t lines, watch::Scene &scene) {
+std::string look_at(const box::Place &place, Parts parts, std::size_t lines, watch::Scene &scene) {
   try {
     const std::string bytes = box::in_confinement(place, [&] {
       watch::Scene seen;
       box::check_is_box(place);
       if (parts.server) seen.server = server_in(place);
-      if (parts.trace) seen.trace = trace_in(place, lines);
+      if (parts.trace) read_trace(place, lines, seen);
       if (parts.log) seen.log = log_in(place, lines);
       return watch::packed(seen);
     });
@@ -193,8 +194,10 @@ void look_at(const box::Place &place, Parts parts, std::size_t lines, watch::Sce
     if (parts.trace) scene.trace = std::move(seen.trace);
     if (parts.log) scene.log = std::move(seen.log);
     scene.trouble.clear();
+    return seen.trouble;
   } catch (const std::exception &error) {
     scene.trouble = base::told(error);
+    return scene.trouble;
   }
 }
 

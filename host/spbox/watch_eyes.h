@@ -18,8 +18,9 @@ struct Parts {
   bool any() const { return server || trace || log; }
 };
 
-// Where the box cannot be read, the scene says why, and keeps what it has.
-void look_at(const box::Place &place, Parts parts, std::size_t lines, watch::Scene &scene);
+// Where the box cannot be read, the scene says why, and keeps what it has. Returns why a part of it could not be read; nothing where all
+// was.
+std::string look_at(const box::Place &place, Parts parts, std::size_t lines, watch::Scene &scene);
 
 // The commands in the box with what each has started: "replace_unit psu > ctlled -u /PSU#0 -c on".
 std::vector<std::string> at_work_in(const box::Place &place);

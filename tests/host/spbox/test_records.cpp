@@ -133,6 +133,11 @@ TEST_F(Records, OfTheTraceStandBesideThePlatformsAndAreNarrowed) {
   const std::string damaged = spbox({"trace", "box"}).output;
   EXPECT_NE(damaged.find("spbox: calls box/mgb/log/calls: cannot read it: it is damaged"), damaged.npos) << damaged;
   EXPECT_NE(damaged.find("lmainte_exec  exit\n"), damaged.npos) << damaged;
+  const Done picture = spbox({"watch", "box", "--once"});
+  EXPECT_EQ(picture.exit_status, 1);
+  EXPECT_NE(picture.output.find(" ! calls box/mgb/log/calls: cannot read it"), std::string::npos) << picture.output;
+  EXPECT_NE(picture.output.find("\nspbox: calls box/mgb/log/calls: cannot read it"), std::string::npos)
+      << picture.output;
   std::filesystem::remove(place().calls());
   EXPECT_EQ(std::ranges::count(done({"trace", "box"}), '\n'), 3) << "a box of an older spbox has none";
 }
