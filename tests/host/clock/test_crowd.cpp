@@ -54,12 +54,14 @@ bool is_quiet(box_time::Crowd &crowd, const box_time_page &page) {
 
 TEST(Offspring, IsThatOfEachThread) {
   std::promise<void> end;
-  pid_t of_other_thread = 0;
+  std::promise<pid_t> begun;
   std::thread other([&] {
-    of_other_thread = fork();
-    if (of_other_thread == 0) wait_for_ever();
+    const pid_t child = fork();
+    if (child == 0) wait_for_ever();
+    begun.set_value(child);
     end.get_future().wait();
   });
+  const pid_t of_other_thread = begun.get_future().get();
   const Family family = start_family();
   const box_time::Watched self(getpid());
   ASSERT_TRUE(box_time::lists_children()) << "the kernel of a workstation does";
