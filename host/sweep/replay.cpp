@@ -226,7 +226,7 @@ class Replay {
     const CommandEnd &good = good_.commands.at(command_);
     course_.end = end_of_command();
     is_order_known_ = course_.end.left == good.left;
-    return is_part_of(course_.end.left, good.left) && course_.end.logged == good.logged;
+    return !leaves_more_than_good() && course_.end.logged == good.logged;
   }
 
   // ---- another way
@@ -296,23 +296,32 @@ class Replay {
     });
   }
 
-  // The same command once more, given up at its first question, has to put all in order. It may be killed, too.
+  // The same command once more, given up at its first question, has to put all in order. One that is killed there, or cannot put all in
+  // order because it meets the second deviation, is followed by another one.
   Course go_on_behind_kill() {
     course_.was_killed = true;
-    auto &op = stage_.op();
-    const std::set<fs::path> files = op.before().files;
-    for (std::size_t killed = 0; is_killed() && killed < deviations_.size(); ++killed) {
+    const std::set<fs::path> files = stage_.op().before().files;
+    std::size_t met = 0;
+    do {
+      met = count_happened();
       std::ranges::copy(course_.end.shown, std::back_inserter(course_.shown_by_killed));
       begin_again();
-    }
+      note_files_left(files);
+    } while (count_happened() > met && (is_killed() || leaves_more_than_good()));
     course_.happened = have_happened();
+    return course_as_it_ends();
+  }
+
+  // Those that the killed one made, too.
+  void note_files_left(const std::set<fs::path> &before) {
     for (const fs::path &file : play::files_in_tmp(house_.place())) {
-      if (files.contains(file)) continue;
+      if (before.contains(file)) continue;
       const std::string sentence = play::sentence_of(file);
       if (std::ranges::find(course_.end.left, sentence) == course_.end.left.end()) course_.end.left.push_back(sentence);
     }
-    return course_as_it_ends();
   }
+
+  bool leaves_more_than_good() const { return !is_part_of(course_.end.left, good_.commands.at(command_).left); }
 
   void begin_again() {
     const Step &start = steps_[start_];

@@ -146,6 +146,27 @@ TEST_F(SweepVerb, FindsWhatIsLeftBehindTwoThatWereKilled) {
   EXPECT_TRUE(is_clear());
 }
 
+// The first that begins behind a killed one has nothing to do with what stands there where its own first program fails.
+TEST_F(SweepVerb, LetsOneMoreBeginWhereTheFirstBehindAKilledOneMeetsTheSecondDeviation) {
+  write("command",
+        "switch_off() { /mgb/bin/ctlled -u /PSU#0 -c off; }\n"
+        "fail() { echo \"$1, which is an error.\"; exit 1; }\n"
+        "switch_off || fail \"The LED cannot be switched\"\n"
+        "/mgb/bin/ctlled -u /PSU#0 -c blink\n"
+        "trap 'switch_off || fail \"The LED of /PSU#0 still blinks\"; fail \"A signal came\"' INT TERM HUP\n"
+        "echo \"Type 1 when you have seen it, q to give up:\"\n"
+        "read answer\n"
+        "switch_off || fail \"The LED of /PSU#0 still blinks\"\n");
+  write("exit 206.play", "box qa\nstart sh $HERE/command\nwait \"give up:\"\ntype \"1\\n\"\nexit 0\nin_order\n");
+  const Words pairs{"sweep", "exit 206.play", "--only", "exit 206", "--depth", "2", "--pairs", "60"};
+  Words list = pairs;
+  list.emplace_back("--list");
+  EXPECT_TRUE(says(spbox(list), "answer 1 at exit 206.play:4: KILL and program ctlled 3: exit 206\n"));
+  const Done done = spbox(pairs);
+  EXPECT_TRUE(says(done, "answer          KILL            1        1\n") && !says(done, ": KILL and ")) << done.output;
+  EXPECT_TRUE(is_clear());
+}
+
 // What the second one brings about alone, too, is shown with it alone; and what a limit leaves out is told.
 TEST_F(SweepVerb, ShowsAPairByOneOfThemAndTellsWhatALimitLeftOut) {
   write("command", kForgets);
