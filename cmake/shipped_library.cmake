@@ -57,7 +57,7 @@ function(shipped_library name)
   endif()
   set_target_properties(${name} PROPERTIES
       VERSION ${PROJECT_VERSION} SOVERSION ${PROJECT_VERSION_MAJOR} LINKER_LANGUAGE C LINK_DEPENDS ${names}
-      LIBRARY_OUTPUT_DIRECTORY ${PROJECT_BINARY_DIR} BUILD_RPATH_USE_ORIGIN ON)
+      LIBRARY_OUTPUT_DIRECTORY ${PROJECT_BINARY_DIR})
 
   add_library(${name}_static STATIC $<TARGET_OBJECTS:${name}_objects>)
   if(LMAINTE_FOR_SIZE)
@@ -74,7 +74,8 @@ function(shipped_library name)
     set_target_properties(${name}${kind} PROPERTIES EXPORT_NAME ${ship_AS}${kind})
     if(ship_ON)
       target_link_libraries(${name}${kind} PUBLIC ${ship_ON}${kind})
-      set_target_properties(${name}${kind} PROPERTIES INSTALL_RPATH $ORIGIN)
+      # Where it is built, too: CMake's own entry there has room for another folder, and an empty one is the working folder.
+      set_target_properties(${name}${kind} PROPERTIES INSTALL_RPATH $ORIGIN BUILD_WITH_INSTALL_RPATH ON)
     endif()
   endforeach()
 endfunction()
