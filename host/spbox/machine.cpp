@@ -102,8 +102,10 @@ std::string what_is_missing() {
 
 // ---- Inside
 
+// Also where the link leads to what the root of a command does not show.
 bool is_machine_here() {
-  return access(kEmulatorInside, F_OK) == 0;
+  std::error_code error;
+  return fs::is_symlink(kEmulatorInside, error);
 }
 
 // As the system finds it. Of the names that several folders have, that of the machine's program comes first.
@@ -137,8 +139,10 @@ std::string emulate(const fs::path &program, char **words) {
   for (char **word = words + 1; *word != nullptr; ++word) command.emplace_back(*word);
   const base::ArgumentVector arguments(std::move(command));
   execv(kEmulatorInside, arguments.data());
-  return std::string("the emulator cannot be run: ") + std::strerror(errno) +
-         ".";  // NOLINT(concurrency-mt-unsafe): as above
+  const int why = errno;
+  std::error_code error;
+  return "the emulator " + fs::read_symlink(kEmulatorInside, error).string() +
+         " cannot be run in the box: " + std::generic_category().message(why) + ".";
 }
 
 }  // namespace
@@ -232,19 +236,24 @@ int become_program_of_machine(char **argv) {
   return 126;
 }
 
-std::string become_command(char **command) {
-  const fs::path program = found_inside(command[0]);
+std::string why_refused(const fs::path &program, bool is_on_machine) {
   const std::optional<Kind> kind = kind_of(program);
   const bool is_own = kind == kind_of("/proc/self/exe");
   if (kind && !is_own && kind != kTarget) return "it is a program of another machine, which cannot be run here.";
-  if (kind == kTarget && !is_machine_here()) {
+  if (kind == kTarget && !is_on_machine) {
     return std::string("it is a program of a ") + kName + ". Give --machine " + kName + " to run it.";
   }
-  if (kind == kTarget) return emulate(program, command);
-  if (is_own && is_machine_here() && !is_of_system(program)) {
+  if (kind && is_own && is_on_machine && !is_of_system(program)) {
     return std::string("it is a program of this workstation, and not of a ") + kName +
            ". Build it for that, or leave out --machine.";
   }
+  return {};
+}
+
+std::string become_command(char **command) {
+  const fs::path program = found_inside(command[0]);
+  if (std::string why = why_refused(program, is_machine_here()); !why.empty()) return why;
+  if (kind_of(program) == kTarget) return emulate(program, command);
   execvp(command[0], command);
   return {};
 }

@@ -43,6 +43,9 @@ std::vector<std::string> words_on_machine(std::vector<std::string> words);
 // The program of a command, as far as it is found: the machine's, where it has one of that name.
 std::filesystem::path program_of(const std::string &name, const std::optional<Machine> &machine);
 
+// Why a command of a box cannot be this program: a sentence. Empty where nothing is against it.
+std::string why_refused(const std::filesystem::path &program, bool is_on_machine);
+
 // The programs' names, as links in this folder: the root of a command shows it. bwrap takes no more than a few thousand words.
 void make_links(Machine &machine, const std::filesystem::path &folder);  // throws
 

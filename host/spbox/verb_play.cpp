@@ -42,6 +42,7 @@ void take_account_fd(int fd) {
 }
 
 int play_script(const PlayOptions &options) {
+  options.machine.check_is_installed();
   const auto steps = play::prepare(options.files, options.values, verbs_that_work_on_box());
   const play::Interrupts interrupts;
   const std::unique_ptr<box_time::Keeper> keeper = options.speed.keeper();

@@ -20,6 +20,7 @@
 #include "host/spbox/dump.h"
 #include "host/spbox/found_program.h"
 #include "host/spbox/log_book.h"
+#include "host/spbox/machine.h"
 #include "host/spbox/speed.h"
 #include "host/spbox/standard_output.h"
 #include "host/spbox/verbs.h"
@@ -34,6 +35,7 @@ struct RecordOptions {
   fs::path box, file;
   bool force = false;
   SpeedOption speed;
+  MachineOption machine;
   std::vector<std::string> command;
 };
 
@@ -64,12 +66,17 @@ void check_file(const RecordOptions &options) {
 }
 
 // The box has programs of its own, which are not seen from here.
-void check_command(const std::string &name) {
-  const fs::path program = find_program(name);
+void check_command(const std::string &name, const std::optional<Machine> &machine) {
+  const fs::path program = program_of(name, machine);
   if (program.empty()) throw box::BoxError("the program " + name + " is not found in the folders of PATH.");
   const bool is_of_box = name.starts_with("/mgb/") || name.starts_with("/tmp/");
-  if (is_of_box || (fs::is_regular_file(program) && access(program.c_str(), X_OK) == 0)) return;
-  throw box::BoxError(name + " is no program that can be run.");
+  if (is_of_box) return;
+  if (!fs::is_regular_file(program) || access(program.c_str(), X_OK) != 0) {
+    throw box::BoxError(name + " is no program that can be run.");
+  }
+  if (const std::string why = why_refused(program, machine.has_value()); !why.empty()) {
+    throw box::BoxError(name + ": " + why);
+  }
 }
 
 // A play finds a program by its path relative to the play.
@@ -89,7 +96,8 @@ std::string could_not_be_written(const fs::path &file, const std::system_error &
 // The script in its file, as far as it goes.
 class ScriptFile {
  public:
-  explicit ScriptFile(const RecordOptions &options) : file_(options.file), force_(options.force) {}
+  explicit ScriptFile(const RecordOptions &options)
+      : file_(options.file), force_(options.force), machine_(options.machine.words()) {}
 
   void keep(const std::string &script) {
     script_ = script;
@@ -113,14 +121,18 @@ class ScriptFile {
       complain(wrong_ + " The play stands above.");
       return false;
     }
-    print_line("Wrote " + file_.string() + ". " + box::advice({"test", "--speed", "full", file_.string()}) +
-               " plays it.");
+    const std::string file = file_.string();
+    const std::string advice = machine_.empty()
+                                   ? box::advice({"test", "--speed", "full", file})
+                                   : box::advice({"test", machine_.front(), machine_.back(), "--speed", "full", file});
+    print_line("Wrote " + file + ". " + advice + " plays it.");
     return true;
   }
 
  private:
   fs::path file_;
   bool force_;
+  std::vector<std::string> machine_;
   std::string script_, wrong_;
 };
 
@@ -166,14 +178,19 @@ int record(const RecordOptions &options) {
   box::check_is_box(box::Place(options.box));
   check_terminal();
   check_file(options);
-  check_command(options.command.front());
+  check_command(options.command.front(), options.machine.machine());
   recorder::Wanted wanted{.box = place,
-                          .command = {fs::read_symlink("/proc/self/exe").string(), "run", place.root().string(), "--"},
+                          .command = {fs::read_symlink("/proc/self/exe").string(), "run"},
                           .start = as_in_play(options.command, options.file),
                           .opening = opening_of(place, options),
                           .log = [place] { return log_of(place, [](const LogLine &line) { return line.what; }); }};
   tell_of_files(place);
-  wanted.command.insert(wanted.command.end(), options.command.begin(), options.command.end());
+  const auto add = [&](const std::vector<std::string> &words) {
+    wanted.command.insert(wanted.command.end(), words.begin(), words.end());
+  };
+  add(options.machine.words());
+  add({place.root().string(), "--"});
+  add(options.command);
   // NOLINTNEXTLINE(concurrency-mt-unsafe): there is one thread
   setenv(LMAINTE_HOST_RUN, "", 1);  // A command advises to type what a step `start` takes, as in the play.
   print_line("Operate the command. What " + box::advice({"pull", options.box, "UNIT"}) +
@@ -207,7 +224,8 @@ Verb record_verb() {
                      .to = Rest{&options->command},
                      .need = Need::kRequired},
                     {.name = "--force", .help = "Replace a file that is there", .to = &options->force},
-                    options->speed.word()},
+                    options->speed.word(),
+                    options->machine.word()},
           .footer =
               "The command runs in the box, on this terminal. The play waits for the texts by\n"
               "which you knew what to type, and types it. What other verbs of spbox do to the\n"

@@ -277,7 +277,19 @@ TEST_F(Record, RefusesWhatItCannotDo) {
       {"a command that is no program",
        {"box", "-o", "new.play", "--", "./box"},
        "./box is no program that can be run."},
+      {"a program of a machine that is not given",
+       {"box", "-o", "new.play", "--", "./of_target"},
+       "it is a program of a powerpc. Give --machine powerpc to run"},
+      {"a program of another machine than is given",
+       {"box", "-o", "new.play", "--machine", "powerpc", "--", "./of_arm"},
+       "./of_arm: it is a program of another machine"},
   };
+  const auto write_program = [&](const std::string &name, std::string head) {
+    std::ofstream(scratch_ / name.c_str()) << head.append(32, '\0');
+    fs::permissions(scratch_ / name.c_str(), fs::perms::owner_all);
+  };
+  write_program("of_target", std::string("\177ELF\1\2\1\0\0\0\0\0\0\0\0\0\0\2\0\x14", 20));
+  write_program("of_arm", std::string("\177ELF\1\1\1\0\0\0\0\0\0\0\0\0\2\0\x28\0", 20));
   std::ofstream(scratch_ / "here.play") << "kept";
   done({"create", "torn", "--model", "qa"});
   fs::resize_file(scratch_ / "torn/mgb/db/data.mdb", 5000);
@@ -289,6 +301,24 @@ TEST_F(Record, RefusesWhatItCannotDo) {
   const Done blind = spbox({"record", "box", "-o", "new.play", "--", "true"});
   EXPECT_EQ(blind.exit_status, 1);
   EXPECT_NE(blind.output.find("there is no terminal"), std::string::npos) << blind.output;
+}
+
+// The emulator here is a script, which does as the program: what is run by which emulator is looked at elsewhere.
+TEST_F(Record, RunsACommandOfAMachineAndSaysHowItIsPlayed) {
+  make_box("qa");
+  const Scratch bin;
+  std::ofstream(bin / "qemu-ppc") << "#!/bin/sh\nread word; exit 3\n";
+  std::ofstream(bin / "of_target") << std::string("\177ELF\1\2\1\0\0\0\0\0\0\0\0\0\0\2\0\x14", 20);
+  for (const char *name : {"qemu-ppc", "of_target"}) fs::permissions(bin / name, fs::perms::owner_all);
+  Words words = spbox_words({"record", "box", "-o", "by_hand.play", "--machine", "powerpc", "--", "of_target"});
+  words[3] = "PATH=" + bin.path().string() + ":/usr/bin:/bin";
+  author_.start(words);
+  sees("is recorded, too.");
+  ASSERT_TRUE(author_.type("\r"));
+  sees("`spbox test --machine powerpc --speed full by_hand.play`");
+  ends();
+  EXPECT_NE(play().find("start of_target\n"), std::string::npos) << play();
+  EXPECT_NE(play().find("exit 3\n"), std::string::npos) << play();
 }
 
 TEST_F(Record, RefusesASecondRecorderInABox) {

@@ -94,6 +94,11 @@ TEST_F(OtherMachine, NoPlayBeginsWhereItsProgramsCannotBeRun) {
       "spbox: qemu-ppc is missing: it runs the programs of a powerpc. Install it (apt install qemu-user). Nothing was "
       "played. `spbox help test` says more.\n");
   EXPECT_FALSE(fs::exists(scratch_ / "kept"));
+  const Done one = run_to_end({"/usr/bin/env", "-C", scratch_.path(), "PATH=" + emulator_.path().string(), SPBOX,
+                               "play", "one.play", "--machine", "powerpc", "--box", "made"});
+  EXPECT_EQ(one.exit_status, 2);
+  EXPECT_NE(one.output.find("qemu-ppc is missing"), std::string::npos) << one.output;
+  EXPECT_FALSE(fs::exists(scratch_ / "made"));
 }
 
 // Neither the platform's server nor the daemon has its own files where these are expected.
@@ -120,6 +125,18 @@ TEST_F(OtherMachine, WhatItsProgramsNeedIsNamedWhereItIsMissing) {
       without_libraries.output,
       "spbox: /usr/powerpc-linux-gnu/lib/ld.so.1 is missing: it is of the C library of a powerpc. Install it (apt "
       "install libc6-powerpc-cross).\n");
+}
+
+TEST_F(OtherMachine, AnEmulatorThatABoxDoesNotShowIsNamed) {
+  write_program("of_target", kOfTarget);
+  std::string folder = "/dev/shm/emulator-XXXXXX";
+  ASSERT_NE(mkdtemp(folder.data()), nullptr);
+  fs::copy(path_with_emulator("exit 5\n").substr(0, emulator_.path().string().size()) + "/qemu-ppc", folder);
+  const Done result = run({"--machine", "powerpc", "box", "./of_target"}, folder + ":/usr/bin:/bin");
+  fs::remove_all(folder);
+  EXPECT_EQ(result.exit_status, 126);
+  EXPECT_EQ(result.output, "spbox: ./of_target: the emulator " + folder +
+                               "/qemu-ppc cannot be run in the box: No such file or directory.\n");
 }
 
 // The emulator says nothing of it.
