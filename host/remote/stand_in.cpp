@@ -4,6 +4,7 @@
 #include <sys/socket.h>
 #include <sys/syscall.h>
 
+#include <algorithm>
 #include <array>
 #include <bitset>
 #include <cerrno>
@@ -14,6 +15,7 @@
 #include <string>
 #include <vector>
 
+#include "host/box/call_ring.h"
 #include "host/box/record_words.h"
 #include "host/include/lmainte_host.h"
 #include "host/platform/calls.h"
@@ -74,6 +76,7 @@ struct Peer {
   pid_t process = 0;
   wire::ByteOrder order = wire::kByteOrder;
   std::bitset<32> of_parent;  // databases that its parent has open: it cannot use them
+  std::int64_t since = 0;     // no call of it begins before that
 };
 
 // Who a signal of a deviation is for.
@@ -141,12 +144,13 @@ bool hear_call_begins(Reader &in, Writer &out, Peer & /*peer*/) {
   return true;
 }
 
-bool hear_call_ends(Reader &in, Writer & /*out*/, Peer & /*peer*/) {
+bool hear_call_ends(Reader &in, Writer & /*out*/, Peer &peer) {
   box::Call call;
   const std::uint32_t kind = in.word();
   call.kind = static_cast<box::CallKind>(kind);
-  call.time_ns = static_cast<std::int64_t>(in.long_word());
-  call.position = in.long_word();
+  // As they were told when the call began; anybody may say anything.
+  call.time_ns = std::max(std::min(static_cast<std::int64_t>(in.long_word()), box::call_time()), peer.since);
+  call.position = std::min(in.long_word(), platform::records_of_the_trace());
   call.result = in.number();
   call.first = in.word();
   call.second = in.word();
@@ -322,7 +326,7 @@ bool answer(Channel &channel, Reader message, Peer &peer) {
 
 Ending stand_in_for(base::Descriptor socket, pid_t process) {
   Channel channel(std::move(socket), process);
-  Peer peer{.process = process, .of_parent = {}};
+  Peer peer{.process = process, .of_parent = {}, .since = box::call_time()};
   delivery.channel = &channel;
   platform::stand_for(process);
   platform::stand_for_points_of(process, deliver);

@@ -257,6 +257,32 @@ TEST_F(RemoteTest, WordsOfARecordAreInTheOrderOfTheOneWhoAsks) {
   EXPECT_TRUE(stored(2, name, std::string(words.begin(), words.end())));
 }
 
+TEST_F(RemoteTest, ACallBeganNeitherBeforeItsProcessNorBehindItsEnd) {
+  std::filesystem::create_directories(place.calls().parent_path());
+  box::CallRing::create(place.calls());
+  const std::int64_t before = box::call_time();
+  const Stranger stranger(place);
+  stranger.say(hello());
+  const struct {
+    const char *name;
+    std::int64_t time;
+    std::uint64_t position;
+  } rows[] = {{"the first moment that there is", INT64_MIN, 0},
+              {"before the process", 0, 0},
+              {"the last moment that there is", INT64_MAX, UINT64_MAX}};
+  for (const auto &row : rows) {
+    stranger.asked(message(Kind::kCallEnds, [&](Writer &out) {
+      out.word(static_cast<std::uint32_t>(box::CallKind::kOpen)).long_word(static_cast<std::uint64_t>(row.time));
+      out.long_word(row.position).number(0).word(2).word(0).text("");
+    }));
+    const std::vector<box::CallEntry> kept = box::CallRing::read_last(place.calls(), 1);
+    ASSERT_EQ(kept.size(), 1U) << row.name;
+    EXPECT_GE(kept[0].time_ns, before) << row.name;
+    EXPECT_LE(kept[0].time_ns + static_cast<std::int64_t>(kept[0].duration_ns), box::call_time()) << row.name;
+    EXPECT_EQ(kept[0].position, 0U) << row.name;
+  }
+}
+
 // Without its server, each call has its ordinary error, at once.
 TEST_F(RemoteTest, AServerThatDiesCostsTheCallsAndNotTheCommand) {
   char key[128] = "some_record";
