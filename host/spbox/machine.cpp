@@ -43,14 +43,15 @@ struct Kind {
   bool operator==(const Kind &) const = default;
 };
 constexpr Kind kTarget{1, 2, 20};  // 32 bits, the highest byte first, PowerPC
+constexpr Kind kCut{};             // it ends before its head does
 
 // None where it is no program that the system loads by itself, such as a script.
 std::optional<Kind> kind_of(const fs::path &program) {
   std::array<unsigned char, 20> head{};
   std::ifstream file(program, std::ios::binary);
-  if (!file.read(reinterpret_cast<char *>(head.data()), head.size()) || std::memcmp(head.data(), "\177ELF", 4) != 0) {
-    return std::nullopt;
-  }
+  file.read(reinterpret_cast<char *>(head.data()), head.size());
+  if (std::memcmp(head.data(), "\177ELF", 4) != 0) return std::nullopt;
+  if (!file) return kCut;
   const bool is_big = head[5] == 2;
   const auto machine = static_cast<std::uint16_t>(is_big ? head[18] << 8U | head[19] : head[19] << 8U | head[18]);
   return Kind{head[4], head[5], machine};
@@ -239,6 +240,11 @@ int become_program_of_machine(char **argv) {
 std::string why_refused(const fs::path &program, bool is_on_machine) {
   const std::optional<Kind> kind = kind_of(program);
   const bool is_own = kind == kind_of("/proc/self/exe");
+  if (kind == kCut) return "it is cut: its head alone is longer.";
+  const bool is_unreadable = access(program.c_str(), X_OK) == 0 && access(program.c_str(), R_OK) != 0;
+  if (is_on_machine && is_unreadable && !is_of_system(program)) {
+    return "it cannot be read, and so nobody knows of which machine it is (see its permissions).";
+  }
   if (kind && !is_own && kind != kTarget) return "it is a program of another machine, which cannot be run here.";
   if (kind == kTarget && !is_on_machine) {
     return std::string("it is a program of a ") + kName + ". Give --machine " + kName + " to run it.";

@@ -60,6 +60,7 @@ class OtherMachine : public SpboxTest {
 TEST_F(OtherMachine, AProgramThatIsOfAnotherOneIsRefused) {
   write_program("of_target", kOfTarget);
   write_program("of_arm", head(1, 1, std::string("\x28\0", 2)));
+  write_program("cut", kOfTarget.substr(0, 19));
   fs::copy("/bin/true", scratch_ / "own");
   struct Row {
     std::vector<std::string> words;
@@ -68,6 +69,7 @@ TEST_F(OtherMachine, AProgramThatIsOfAnotherOneIsRefused) {
   const std::vector<Row> rows{
       {{"box", "./of_target"}, "./of_target: it is a program of a powerpc. Give --machine powerpc to run it."},
       {{"box", "./of_arm"}, "./of_arm: it is a program of another machine, which cannot be run here."},
+      {{"box", "./cut"}, "./cut: it is cut: its head alone is longer."},
       {{"--machine", "powerpc", "box", "./of_arm"},
        "./of_arm: it is a program of another machine, which cannot be run here."},
       {{"--machine", "powerpc", "box", "./own"},
