@@ -91,10 +91,11 @@ enum class Say { kAny, kYes, kNo };
 struct Claim {
   const char *said;
   Say in_place, detached;
+  bool is_of_its_time = false;  // of a unit that came back meanwhile, it may have been so before
 };
 constexpr std::array<Claim, 6> kClaims{{
     {R"((/\S+) is still out of operation)", Say::kAny, Say::kYes},
-    {R"([Tt]he place of (/\S+) stays empty)", Say::kNo, Say::kAny},
+    {R"([Tt]he place of (/\S+) stays empty)", Say::kNo, Say::kAny, true},
     {R"((/\S+) is in place and (?:out of operation|was not tested))", Say::kYes, Say::kYes},
     {R"((/\S+) is replaced\.)", Say::kYes, Say::kNo},
     {R"((/\S+) is added\.)", Say::kYes, Say::kNo},
@@ -106,7 +107,7 @@ constexpr std::array<Claim, 5> kEntries{{
     {R"(^unit replaced .*(/\S+))", Say::kYes, Say::kAny},
     {R"(^unit added .*(/\S+))", Say::kYes, Say::kAny},
     {R"(^unit removed .*(/\S+))", Say::kNo, Say::kAny},
-    {R"(^place left empty .*(/\S+))", Say::kNo, Say::kAny},
+    {R"(^place left empty .*(/\S+))", Say::kNo, Say::kAny, true},
     {R"(^unit left out of operation .*(/\S+))", Say::kAny, Say::kYes},
 }};
 
@@ -121,7 +122,8 @@ bool is_true(Say said, bool is_so) {
 
 bool is_true(const Claim &claim, const std::string &unit, const Course &course) {
   const auto &left = course.switched;
-  return is_true(claim.in_place, !has(course.missing, unit)) &&
+  const bool was_so = claim.is_of_its_time && course.put_back.contains(unit);
+  return (was_so || is_true(claim.in_place, !has(course.missing, unit))) &&
          is_true(claim.detached, has(left, unit + " is detached"));
 }
 

@@ -85,12 +85,22 @@ class Replay {
     if (step.row->verb == "type") watch_.note_typing();
     if (changes_units(step)) watch_.note_change();
     note_signals(written(step));
+    note_hands(step);
     house_.perform(step);
     // Nobody knows which of what it said meanwhile it said before the change.
     if (changes_units(step)) watch_.note_change();
     keep_line(step);
     is_end_kept_ = is_end_kept_ || ends_command(step);
     if (step.row->traits.makes_box) set_points();
+  }
+
+  void note_hands(const Step &step) {
+    constexpr std::string_view kInsert = "insert ";
+    if (!is_verb(step, {"hands"})) return;
+    const std::string &script = step.words[0];
+    if (const auto at = script.find(kInsert); at != std::string::npos) {
+      course_.put_back.insert(script.substr(at + kInsert.size()));
+    }
   }
 
   // Those that a step sends, or that a key may send.
@@ -217,6 +227,7 @@ class Replay {
     is_end_kept_ = false;
     start_ = at_;
     course_.signals.clear();
+    course_.put_back.clear();
   }
 
   CommandEnd end_of_command() { return watch_.end(start_, good_.commands.at(command_).left); }

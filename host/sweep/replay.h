@@ -26,11 +26,13 @@ struct Course {
       0;  // so many of these lines were there when the operator typed, or somebody changed a unit, last
   std::size_t logged_at = 0;  // so many entries were in the log when somebody changed a unit last
   bool gave_up = false, line_cut = false, was_killed = false;
-  std::set<int> signals;              // that came to it: at a point, by a step, by a key
-  bool was_unheard = false;           // the operator gave up, and all went on as in the good play
-  std::string next_text = {};         // what the good play waits for behind their answer
-  std::string failed_line;            // the step that did not go as the good play's, as it is written; empty: all did
-  std::string failed_check;           // what of the good play's checks behind the command's end did not hold
+  std::set<int> signals;       // that came to it: at a point, by a step, by a key
+  bool was_unheard = false;    // the operator gave up, and all went on as in the good play
+  std::string next_text = {};  // what the good play waits for behind their answer
+  std::string failed_line;     // the step that did not go as the good play's, as it is written; empty: all did
+  std::string failed_check;    // what of the good play's checks behind the command's end did not hold
+  std::set<std::string>
+      put_back;  // units that came back while the command went on: it may have said before that they are out
   std::vector<std::string> missing;   // units that are not in place
   std::vector<std::string> switched;  // all that is switched in the hardware, also before the command
 

@@ -154,6 +154,19 @@ TEST(Judge, SaysWhatIsNotAsItShouldBe) {
   }
 }
 
+TEST(Judge, LetsAUnitHaveBeenOutBeforeItCameBack) {
+  sweep::Course course = course_of({.what = "", .status = 2, .shown = {"The place of /PSU#0 stays empty."}});
+  course.gave_up = true;
+  EXPECT_EQ(faults_in(course), "the screen says \"The place of /PSU#0 stays empty\", which is not true\n");
+  course.put_back = {"/PSU#0"};
+  EXPECT_EQ(faults_in(course), "");
+  course.put_back = {"/PSU#1"};
+  EXPECT_NE(faults_in(course), "");
+  course = course_of({.what = "", .status = 0, .shown = {"/PSU#0 is removed."}});
+  course.put_back = {"/PSU#0"};
+  EXPECT_TRUE(faults_in(course).starts_with("the screen says \"/PSU#0 is removed.\"")) << "what was done stays true";
+}
+
 TEST(Judge, TakesNothingForALineThatTheGoodPlayShows) {
   Ended row{.what = "", .status = 1, .shown = {"Done."}, .fault = ""};
   sweep::Good good = good_play();
