@@ -10,6 +10,7 @@
 #include "host/box/box_error.h"
 #include "host/box/call_ring.h"
 #include "host/box/program_list.h"
+#include "host/box/trace_ring.h"
 #include "host/spbox/verb.h"
 #include "host/trace_book/call_words.h"
 #include "host/trace_book/pages.h"
@@ -83,7 +84,7 @@ bool is_known_function(const std::string &wanted) {
   });
 }
 
-std::size_t run_named(const std::string &wanted, const History &history) {
+std::size_t run_named(const std::string &wanted, const History &history, const Holder &holder) {
   const auto &runs = history.runs();
   const auto number = base::number_in<std::uint32_t>(wanted);
   for (std::size_t at = runs.size(); at > 0; --at) {
@@ -95,8 +96,8 @@ std::size_t run_named(const std::string &wanted, const History &history) {
   for (std::size_t at = runs.size() > kMost ? runs.size() - kMost : 0; at < runs.size(); ++at) {
     known += (known.empty() ? "" : ", ") + std::to_string(runs[at].number) + " (" + runs[at].name() + ")";
   }
-  throw box::BoxError("the box remembers no run `" + wanted + "`. " +
-                      (known.empty() ? "It remembers none." : "The last ones are " + known + "."));
+  throw box::BoxError(holder.name + " " + holder.remembers + " no run `" + wanted + "`. " +
+                      (known.empty() ? "It " + holder.remembers + " none." : "The last ones are " + known + "."));
 }
 
 }  // namespace
@@ -113,6 +114,23 @@ Ink ink_of(const Moment &moment) {
   return moment.level == "program" || moment.level == "command" ? Ink::kGood : Ink::kPlain;
 }
 
+std::vector<Word> choosing_words(TraceOptions &options) {
+  return {{.name = "--last",
+           .help = "Only so many, the newest",
+           .to = number(options.last, 1, box::TraceRing::kSlots),
+           .value = "COUNT"},
+          {.name = "--errors", .help = "Only errors", .to = &options.errors},
+          {.name = "--run",
+           .help = "Of one run of a command: last, its number, or the\ncommand's name for its last run",
+           .to = &options.run,
+           .value = "RUN"},
+          {.name = "--pid", .help = "Of one process", .to = number(options.pid, 1, INT32_MAX), .value = "PROCESS"},
+          {.name = "--function",
+           .help = "Of one function, with its internal steps, or one control\nprogram",
+           .to = &options.function,
+           .value = "NAME"}};
+}
+
 void check(const TraceOptions &options) {
   if (!options.since.empty() && !since_in(options.since)) {
     throw UsageError("--since takes a time such as 14:05, 14:05:30, 30s, 5m or 2h, not `" + options.since + "`.");
@@ -124,7 +142,7 @@ void check(const TraceOptions &options) {
 }
 
 Wanted::Wanted(const TraceOptions &options, const trace_book::History &history) : options_(options) {
-  if (!options.run.empty()) run_ = run_named(options.run, history);
+  if (!options.run.empty()) run_ = run_named(options.run, history, options.holder);
   if (!options.since.empty()) begin_ = begin_of(*since_in(options.since), newest_time(history));
 }
 

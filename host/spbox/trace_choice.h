@@ -9,13 +9,22 @@
 #include <optional>
 #include <set>
 #include <string>
+#include <vector>
 
 #include "host/spbox/standard_output.h"
+#include "host/spbox/verb.h"
 #include "host/trace_book/history.h"
 
 namespace spbox {
 
+// What holds the history, in sentences.
+struct Holder {
+  std::string title = "The trace", name = "the box", remembers = "remembers";
+  std::string is_empty = "The trace is empty: the library has recorded nothing in this box yet.";
+};
+
 struct TraceOptions {
+  Holder holder;
   std::filesystem::path box;
   std::size_t last = 0;  // 0: all
   pid_t pid = 0;         // 0: of all
@@ -32,6 +41,9 @@ struct TraceOptions {
 
 // What a moment looks like where there are colours: an error, what somebody does, what a program does.
 Ink ink_of(const trace_book::Moment &moment);
+
+// The options --last, --errors, --run, --pid and --function.
+std::vector<Word> choosing_words(TraceOptions &options);
 
 // Throws UsageError.
 void check(const TraceOptions &options);

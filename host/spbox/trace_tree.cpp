@@ -55,7 +55,8 @@ std::string tree_text(const Moment &moment, const std::string &told, const Trace
 std::optional<std::int64_t> print_head(const trace_book::History &history, std::size_t run, const TraceOptions &options,
                                        std::int64_t now) {
   if (run >= history.runs().size()) {
-    print_in(Ink::kHead, "Of no run that the box remembers\n", options.window);
+    print_in(Ink::kHead, "Of no run that " + options.holder.name + " " + options.holder.remembers + "\n",
+             options.window);
     return std::nullopt;
   }
   const trace_book::Run &of = history.runs()[run];

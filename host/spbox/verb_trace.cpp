@@ -14,7 +14,7 @@
 #include "host/spbox/standard_output.h"
 #include "host/spbox/text.h"
 #include "host/spbox/trace_choice.h"
-#include "host/spbox/trace_tree.h"
+#include "host/spbox/trace_lines.h"
 #include "host/spbox/verbs.h"
 #include "host/trace_book/following.h"
 #include "host/trace_book/history.h"
@@ -50,11 +50,6 @@ Json trace_json(const box::TraceEntry &entry) {
                       {"values", values}};
 }
 
-template <typename Entry>
-void keep_last(std::vector<Entry> &entries, std::size_t last) {
-  if (last > 0 && entries.size() > last) entries.erase(entries.begin(), entries.end() - static_cast<long>(last));
-}
-
 // The records of the library that are wanted, with their numbers as ever.
 void answer_with(const Rings &rings, const History &history, const TraceOptions &options) {
   const Wanted wanted(options, history);
@@ -70,85 +65,6 @@ void answer_with(const Rings &rings, const History &history, const TraceOptions 
   Json::List list;
   for (const box::TraceEntry *entry : entries) list.push_back(trace_json(*entry));
   answer({{"records", list}});
-}
-
-enum class Head { kShown, kNone };
-
-// In a window that is narrower, a line has the time, the process and what happened.
-constexpr std::size_t kWide = 132;
-
-// Columns that stay where they are from one look to the next.
-std::vector<std::string> widest_cells() {
-  return {std::string(15, 'x'), std::string(7, 'x'), std::string(12, 'x'), std::string(30, 'x'), ""};
-}
-
-std::vector<std::string> cells_of(const Told &line, bool is_narrow) {
-  const Moment &moment = *line.moment;
-  const std::string pid = std::to_string(moment.pid), sign = moment.is_error ? "! " : "";
-  if (is_narrow) return {time_of_day(moment.time_ns).substr(0, 12), pid, sign + moment.function + ": " + line.text};
-  return {time_of_day(moment.time_ns), pid, moment.level, moment.function, sign + line.text};
-}
-
-void print_lines(const std::vector<Told> &lines, const TraceOptions &options, Head head) {
-  const std::size_t width = options.window.columns;
-  const bool is_narrow = width != kNoWidth && width < kWide;
-  std::vector<std::vector<std::string>> cells;
-  if (options.follow && !is_narrow) cells.push_back(widest_cells());
-  if (options.follow && is_narrow) cells.push_back({std::string(12, 'x'), std::string(7, 'x'), ""});
-  const std::size_t unshown = cells.size();
-  if (head == Head::kShown && is_narrow) cells.push_back({"Time", "Pid", "Event"});
-  if (head == Head::kShown && !is_narrow) cells.push_back({"Time", "Pid", "Level", "Function", "Event"});
-  const std::size_t first = cells.size();
-  for (const Told &line : lines) cells.push_back(cells_of(line, is_narrow));
-  const std::vector<std::string> texts = aligned_lines(std::move(cells), width, 2);
-  for (std::size_t i = unshown; i < texts.size(); ++i) {
-    print_in(i < first ? Ink::kHead : ink_of(*lines[i - first].moment), texts[i] + "\n", options.window);
-  }
-}
-
-std::vector<const Moment *> shown_of(const std::vector<const Moment *> &moments, const History &history,
-                                     const TraceOptions &options) {
-  const Wanted wanted(options, history);
-  std::vector<const Moment *> shown;
-  for (const Moment *moment : moments) {
-    if (!moment->is_void && wanted.has(*moment)) shown.push_back(moment);
-  }
-  return shown;
-}
-
-std::vector<const Moment *> shown_of(const History &history, const TraceOptions &options) {
-  std::vector<const Moment *> moments;
-  for (const Moment &moment : history.moments()) moments.push_back(&moment);
-  return shown_of(moments, history, options);
-}
-
-bool is_narrowed(const TraceOptions &options) {
-  return options.pid != 0 || !options.run.empty() || !options.function.empty() || !options.since.empty();
-}
-
-void tell_of_none(const History &history, const TraceOptions &options) {
-  if (history.moments().empty() && !options.errors) {
-    print_line("The trace is empty: the library has recorded nothing in this box yet.");
-  } else if (is_narrowed(options)) {
-    print_line(options.errors ? "The trace holds no such error." : "The trace holds nothing of this.");
-  } else {
-    print_line("The trace holds no error.");
-  }
-}
-
-int print_history(const History &history, const TraceOptions &options) {
-  std::vector<const Moment *> moments = shown_of(history, options);
-  if (options.calls) moments = in_tree(std::move(moments), options);
-  std::vector<Told> lines = told(moments, options.names());
-  keep_last(lines, options.last);
-  if (lines.empty()) {
-    tell_of_none(history, options);
-  } else if (options.calls) {
-    print_call_tree(history, lines, options);
-  } else {
-    print_lines(lines, options, Head::kShown);
-  }
-  return 0;
 }
 
 // Whether the reader of what is printed is still there, after a tenth of a second.
@@ -189,9 +105,32 @@ int trace(const TraceOptions &options) {
   const Rings rings = trace_book::rings_of(place);
   tell_of(rings.trouble);
   const History history(rings.records, rings.calls, box::model_in(place));
-  if (!is_for_script()) return print_history(history, options);
+  if (!is_for_script()) {
+    print_history(history, options);
+    return 0;
+  }
   answer_with(rings, history, options);
   return 0;
+}
+
+std::vector<Word> words_of(TraceOptions &options) {
+  std::vector<Word> words = choosing_words(options);
+  words.insert(words.begin(), box_word(options.box));
+  words.insert(
+      words.end(),
+      {{.name = "--since",
+        .help = "From a time on, such as 14:05:30, or 30s, 5m, 2h ago",
+        .to = &options.since,
+        .value = "TIME"},
+       {.name = "--calls",
+        .help = "As a tree: which function called which, and how long it\ntook",
+        .to = &options.calls,
+        .excludes = {"--json", "-f"}},
+       {.name = "--names",
+        .help = "Each call for the name of a unit; without it, a list of\nunits is one line",
+        .to = &options.each_name},
+       {.name = "-f", .help = "Go on with what comes, until Ctrl-C", .to = &options.follow, .excludes = {"--json"}}});
+  return words;
 }
 
 }  // namespace
@@ -201,39 +140,7 @@ Verb trace_verb() {
   return {.name = "trace",
           .line = "Show what commands did, in words",
           .works_on_box = true,
-          .words = {box_word(options->box),
-                    {.name = "--last",
-                     .help = "Only so many, the newest",
-                     .to = number(options->last, 1, box::TraceRing::kSlots),
-                     .value = "COUNT"},
-                    {.name = "--errors", .help = "Only errors", .to = &options->errors},
-                    {.name = "--run",
-                     .help = "Of one run of a command: last, its number, or the\ncommand's name for its last run",
-                     .to = &options->run,
-                     .value = "RUN"},
-                    {.name = "--pid",
-                     .help = "Of one process",
-                     .to = number(options->pid, 1, INT32_MAX),
-                     .value = "PROCESS"},
-                    {.name = "--function",
-                     .help = "Of one function, with its internal steps, or one control\nprogram",
-                     .to = &options->function,
-                     .value = "NAME"},
-                    {.name = "--since",
-                     .help = "From a time on, such as 14:05:30, or 30s, 5m, 2h ago",
-                     .to = &options->since,
-                     .value = "TIME"},
-                    {.name = "--calls",
-                     .help = "As a tree: which function called which, and how long it\ntook",
-                     .to = &options->calls,
-                     .excludes = {"--json", "-f"}},
-                    {.name = "--names",
-                     .help = "Each call for the name of a unit; without it, a list of\nunits is one line",
-                     .to = &options->each_name},
-                    {.name = "-f",
-                     .help = "Go on with what comes, until Ctrl-C",
-                     .to = &options->follow,
-                     .excludes = {"--json"}}},
+          .words = words_of(*options),
           .footer =
               "The library's records stand beside what passes between the command and its\n"
               "platform: databases, questions and answers, control programs. The trace keeps\n"
