@@ -46,7 +46,8 @@ install_part(library runtime ${libraries})
 install_pc(lmainte "Maintenance library of the service processor" -llmainte)
 install_pc(lmainte_procedure "Maintenance commands as lists of steps" -llmainte_procedure lmainte)
 install(DIRECTORY ${PROJECT_BINARY_DIR}/locale/ DESTINATION ${CMAKE_INSTALL_LOCALEDIR} COMPONENT runtime)
-install(FILES include/lmainte.h include/lmainte_platform.h include/lmainte_procedure.h TYPE INCLUDE COMPONENT development)
+install(FILES include/lmainte.h include/lmainte_platform.h include/lmainte_procedure.h include/lmainte_record.h
+    TYPE INCLUDE COMPONENT development)
 
 if(LMAINTE_HOST)
   install_part(host box lmainte_host)

@@ -1,8 +1,9 @@
 /* Written by ./dev promise: it compiles as long as the headers keep what they promised. */
 #include "lmainte.h"
+#include "lmainte_host.h"
 #include "lmainte_platform.h"
 #include "lmainte_procedure.h"
-#include "lmainte_host.h"
+#include "lmainte_record.h"
 
 _Static_assert(LMAINTE_SYSTEM_ALL_PSUS == 128, "LMAINTE_SYSTEM_ALL_PSUS");
 _Static_assert(LMAINTE_CMDTIME_END == 4294967295, "LMAINTE_CMDTIME_END");
@@ -172,6 +173,35 @@ _Static_assert(LMAINTE_LEFT_UNCHECKED == 6, "LMAINTE_LEFT_UNCHECKED");
 _Static_assert(LMAINTE_LEFT_UNKNOWN == 7, "LMAINTE_LEFT_UNKNOWN");
 _Static_assert(LMAINTE_LEFT_MARKED == 8, "LMAINTE_LEFT_MARKED");
 _Static_assert(LMAINTE_LEFT_IN_MODE == 9, "LMAINTE_LEFT_IN_MODE");
+_Static_assert(LMAINTE_RECORD_VERSION == 1, "LMAINTE_RECORD_VERSION");
+_Static_assert(LMAINTE_RECORD_MARK == 1280135729, "LMAINTE_RECORD_MARK");
+_Static_assert(LMAINTE_RECORD_LEFT_OUT == 2147483648, "LMAINTE_RECORD_LEFT_OUT");
+_Static_assert(LMAINTE_RECORD_PROCESS == 1, "LMAINTE_RECORD_PROCESS");
+_Static_assert(LMAINTE_RECORD_END == 2, "LMAINTE_RECORD_END");
+_Static_assert(LMAINTE_RECORD_FULL == 3, "LMAINTE_RECORD_FULL");
+_Static_assert(LMAINTE_RECORD_TRACE == 4, "LMAINTE_RECORD_TRACE");
+_Static_assert(LMAINTE_RECORD_PROGRAM == 5, "LMAINTE_RECORD_PROGRAM");
+_Static_assert(LMAINTE_RECORD_PROGRAM_END == 6, "LMAINTE_RECORD_PROGRAM_END");
+_Static_assert(LMAINTE_RECORD_OPEN == 7, "LMAINTE_RECORD_OPEN");
+_Static_assert(LMAINTE_RECORD_CLOSE == 8, "LMAINTE_RECORD_CLOSE");
+_Static_assert(LMAINTE_RECORD_LOCK == 9, "LMAINTE_RECORD_LOCK");
+_Static_assert(LMAINTE_RECORD_UNLOCK == 10, "LMAINTE_RECORD_UNLOCK");
+_Static_assert(LMAINTE_RECORD_GET == 11, "LMAINTE_RECORD_GET");
+_Static_assert(LMAINTE_RECORD_PUT == 12, "LMAINTE_RECORD_PUT");
+_Static_assert(LMAINTE_RECORD_QUESTION == 13, "LMAINTE_RECORD_QUESTION");
+_Static_assert(LMAINTE_RECORD_ANSWER == 14, "LMAINTE_RECORD_ANSWER");
+_Static_assert(LMAINTE_RECORD_LOG == 15, "LMAINTE_RECORD_LOG");
+_Static_assert(LMAINTE_RECORD_NAME == 16, "LMAINTE_RECORD_NAME");
+_Static_assert(LMAINTE_RECORD_FILE_OPEN == 17, "LMAINTE_RECORD_FILE_OPEN");
+_Static_assert(LMAINTE_RECORD_FILE_READ == 18, "LMAINTE_RECORD_FILE_READ");
+_Static_assert(LMAINTE_RECORD_FILE_WRITE == 19, "LMAINTE_RECORD_FILE_WRITE");
+_Static_assert(LMAINTE_RECORD_FILE_CLOSE == 20, "LMAINTE_RECORD_FILE_CLOSE");
+_Static_assert(LMAINTE_RECORD_SEND == 21, "LMAINTE_RECORD_SEND");
+_Static_assert(LMAINTE_RECORD_RECEIVE == 22, "LMAINTE_RECORD_RECEIVE");
+_Static_assert(LMAINTE_RECORD_SELECT == 23, "LMAINTE_RECORD_SELECT");
+_Static_assert(LMAINTE_RECORD_IS_CHILD == 1, "LMAINTE_RECORD_IS_CHILD");
+_Static_assert(LMAINTE_RECORD_IS_FED == 2, "LMAINTE_RECORD_IS_FED");
+_Static_assert(LMAINTE_RECORD_IS_READ == 4, "LMAINTE_RECORD_IS_READ");
 _Static_assert(__builtin_strcmp(LMAINTE_HOST_ROOT, "SPBOX_ROOT") == 0, "LMAINTE_HOST_ROOT");
 _Static_assert(__builtin_strcmp(LMAINTE_HOST_RUN, "SPBOX_RUN") == 0, "LMAINTE_HOST_RUN");
 _Static_assert(LMAINTE_HOST_MESSAGE_MOST == 1024, "LMAINTE_HOST_MESSAGE_MOST");
@@ -204,21 +234,33 @@ _Static_assert(LMAINTE_HOST_DB_BUSY == -3, "LMAINTE_HOST_DB_BUSY");
 _Static_assert(LMAINTE_HOST_DB_ABSENT == -4, "LMAINTE_HOST_DB_ABSENT");
 _Static_assert(LMAINTE_HOST_DB_STORAGE == -5, "LMAINTE_HOST_DB_STORAGE");
 
-_Static_assert(_Generic(&mgb_trace_write, int32_t (*)(uint32_t, uint32_t, uint32_t, uint32_t, const uint32_t *, uint32_t): 1, default: 0), "mgb_trace_write");
-_Static_assert(_Generic(&mgblog_save, int32_t (*)(const uint32_t *, const void *): 1, default: 0), "mgblog_save");
-_Static_assert(_Generic(&scdb_open, int32_t (*)(uint32_t): 1, default: 0), "scdb_open");
-_Static_assert(_Generic(&scdb_close, int32_t (*)(uint32_t): 1, default: 0), "scdb_close");
-_Static_assert(_Generic(&scdb_lock, int32_t (*)(uint32_t): 1, default: 0), "scdb_lock");
-_Static_assert(_Generic(&scdb_unlock, int32_t (*)(uint32_t): 1, default: 0), "scdb_unlock");
-_Static_assert(_Generic(&scdb_get, int32_t (*)(uint32_t, const char *, void **, int32_t *, uint32_t): 1, default: 0), "scdb_get");
-_Static_assert(_Generic(&lcmn_scdb_put, int32_t (*)(uint32_t, const char *, const void *, int32_t, uint32_t): 1, default: 0), "lcmn_scdb_put");
-_Static_assert(_Generic(&lcmn_lopen, int32_t (*)(const char *, int32_t, uint32_t): 1, default: 0), "lcmn_lopen");
-_Static_assert(_Generic(&lcmn_read, int32_t (*)(int32_t, void *, int32_t): 1, default: 0), "lcmn_read");
-_Static_assert(_Generic(&lcmn_write, int32_t (*)(int32_t, const void *, int32_t): 1, default: 0), "lcmn_write");
-_Static_assert(_Generic(&lcmn_close, int32_t (*)(int32_t): 1, default: 0), "lcmn_close");
-_Static_assert(_Generic(&lcmn_send, int32_t (*)(int32_t, const void *): 1, default: 0), "lcmn_send");
-_Static_assert(_Generic(&lcmn_receive, int32_t (*)(int32_t, void *): 1, default: 0), "lcmn_receive");
-_Static_assert(_Generic(&lcmn_select, int32_t (*)(uint8_t *, uint8_t *, fd_set *, fd_set *, fd_set *, struct timeval *): 1, default: 0), "lcmn_select");
-_Static_assert(_Generic(&lcmn_process_iszero, int32_t (*)(const fd_set *): 1, default: 0), "lcmn_process_iszero");
-_Static_assert(_Generic(&cli_ask_select, int32_t (*)(int32_t, void *, const char *): 1, default: 0), "cli_ask_select");
-_Static_assert(_Generic(&api_conv_unit_name_get, int32_t (*)(const uint32_t *, int32_t, char *, int32_t, int32_t): 1, default: 0), "api_conv_unit_name_get");
+_Static_assert(_Generic(&mgb_trace_write,
+                        int32_t (*)(uint32_t, uint32_t, uint32_t, uint32_t, const uint32_t *, uint32_t) : 1,
+                        default : 0),
+               "mgb_trace_write");
+_Static_assert(_Generic(&mgblog_save, int32_t (*)(const uint32_t *, const void *) : 1, default : 0), "mgblog_save");
+_Static_assert(_Generic(&scdb_open, int32_t (*)(uint32_t) : 1, default : 0), "scdb_open");
+_Static_assert(_Generic(&scdb_close, int32_t (*)(uint32_t) : 1, default : 0), "scdb_close");
+_Static_assert(_Generic(&scdb_lock, int32_t (*)(uint32_t) : 1, default : 0), "scdb_lock");
+_Static_assert(_Generic(&scdb_unlock, int32_t (*)(uint32_t) : 1, default : 0), "scdb_unlock");
+_Static_assert(_Generic(&scdb_get, int32_t (*)(uint32_t, const char *, void **, int32_t *, uint32_t) : 1, default : 0),
+               "scdb_get");
+_Static_assert(_Generic(&lcmn_scdb_put, int32_t (*)(uint32_t, const char *, const void *, int32_t, uint32_t) : 1,
+                        default : 0),
+               "lcmn_scdb_put");
+_Static_assert(_Generic(&lcmn_lopen, int32_t (*)(const char *, int32_t, uint32_t) : 1, default : 0), "lcmn_lopen");
+_Static_assert(_Generic(&lcmn_read, int32_t (*)(int32_t, void *, int32_t) : 1, default : 0), "lcmn_read");
+_Static_assert(_Generic(&lcmn_write, int32_t (*)(int32_t, const void *, int32_t) : 1, default : 0), "lcmn_write");
+_Static_assert(_Generic(&lcmn_close, int32_t (*)(int32_t) : 1, default : 0), "lcmn_close");
+_Static_assert(_Generic(&lcmn_send, int32_t (*)(int32_t, const void *) : 1, default : 0), "lcmn_send");
+_Static_assert(_Generic(&lcmn_receive, int32_t (*)(int32_t, void *) : 1, default : 0), "lcmn_receive");
+_Static_assert(_Generic(&lcmn_select,
+                        int32_t (*)(uint8_t *, uint8_t *, fd_set *, fd_set *, fd_set *, struct timeval *) : 1,
+                        default : 0),
+               "lcmn_select");
+_Static_assert(_Generic(&lcmn_process_iszero, int32_t (*)(const fd_set *) : 1, default : 0), "lcmn_process_iszero");
+_Static_assert(_Generic(&cli_ask_select, int32_t (*)(int32_t, void *, const char *) : 1, default : 0),
+               "cli_ask_select");
+_Static_assert(_Generic(&api_conv_unit_name_get, int32_t (*)(const uint32_t *, int32_t, char *, int32_t, int32_t) : 1,
+                        default : 0),
+               "api_conv_unit_name_get");

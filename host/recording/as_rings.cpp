@@ -1,0 +1,158 @@
+#include "host/recording/as_rings.h"
+
+#include <algorithm>
+#include <array>
+#include <map>
+#include <utility>
+
+namespace recording {
+namespace {
+
+using box::CallKind;
+
+struct Row {
+  std::uint32_t kind;
+  CallKind as;
+};
+// The kinds whose words are those of a ring.
+constexpr std::array<Row, 11> kRows{{
+    {LMAINTE_RECORD_OPEN, CallKind::kOpen},
+    {LMAINTE_RECORD_CLOSE, CallKind::kClose},
+    {LMAINTE_RECORD_LOCK, CallKind::kLock},
+    {LMAINTE_RECORD_UNLOCK, CallKind::kUnlock},
+    {LMAINTE_RECORD_GET, CallKind::kRead},
+    {LMAINTE_RECORD_PUT, CallKind::kWrite},
+    {LMAINTE_RECORD_NAME, CallKind::kName},
+    {LMAINTE_RECORD_FILE_READ, CallKind::kFileRead},
+    {LMAINTE_RECORD_FILE_WRITE, CallKind::kFileWrite},
+    {LMAINTE_RECORD_FILE_CLOSE, CallKind::kFileClose},
+    {LMAINTE_RECORD_SELECT, CallKind::kWaitForReply},
+}};
+
+constexpr std::size_t kTraceHead = 16, kDaemonAt = 4, kRequestAt = 8;
+
+class Turner {
+ public:
+  explicit Turner(const Recording &recording) {
+    for (const Record &record : recording.records) take(record);
+  }
+  AsRings result;
+
+ private:
+  box::CallEntry call(const Record &record, CallKind kind, std::string_view text) const {
+    box::CallEntry entry;
+    entry.number = result.calls.size();
+    entry.kind = kind;
+    entry.pid = record.pid;
+    entry.time_ns = record.time_ns;
+    entry.duration_ns = record.duration_ns;
+    entry.position = result.records.size();
+    entry.result = record.result;
+    entry.first = record.first;
+    entry.second = record.second;
+    entry.whole_text = text;
+    entry.text_size = text.size();
+    return entry;
+  }
+
+  void take(const Record &record) {
+    switch (record.kind) {
+      case LMAINTE_RECORD_TRACE:
+        take_trace(record);
+        return;
+      case LMAINTE_RECORD_PROCESS:
+        if ((record.third & LMAINTE_RECORD_IS_CHILD) != 0) return;  // a child goes on in the run of its parent
+        result.calls.push_back(call(record, CallKind::kBegin, record.text));
+        result.calls.back().second = ++runs_;
+        lines_[record.pid] = record.text;
+        return;
+      case LMAINTE_RECORD_END:
+        result.calls.push_back(call(record, CallKind::kEnd, lines_[record.pid]));
+        return;
+      case LMAINTE_RECORD_PROGRAM:
+        if (!is_control_program(record.text)) return;
+        result.calls.push_back(call(record, CallKind::kProgram, record.text));
+        programs_[record.pid] = result.calls.back();
+        return;
+      case LMAINTE_RECORD_PROGRAM_END:
+        take_end_of_program(record);
+        return;
+      case LMAINTE_RECORD_QUESTION:
+        result.calls.push_back(call(record, CallKind::kQuestion, record.text));
+        return;
+      case LMAINTE_RECORD_ANSWER:
+        result.calls.push_back(call(record, CallKind::kAnswer, record.text));
+        return;
+      case LMAINTE_RECORD_LOG:
+        result.calls.push_back(call(record, CallKind::kLog, record.content));
+        return;
+      case LMAINTE_RECORD_FILE_OPEN:
+        result.calls.push_back(call(record, CallKind::kFileOpen, record.text));
+        result.calls.back().first = static_cast<std::uint32_t>(record.result);
+        return;
+      case LMAINTE_RECORD_SEND:
+      case LMAINTE_RECORD_RECEIVE:
+        take_message(record);
+        return;
+      default:
+        break;
+    }
+    const auto *const row = std::ranges::find(kRows, record.kind, &Row::kind);
+    if (row != kRows.end()) result.calls.push_back(call(record, row->as, record.text));
+  }
+
+  void take_trace(const Record &record) {
+    if (record.content.size() < kTraceHead) return;
+    const auto word = [&](std::size_t number) { return word_at(record.content, 4 * number, true); };
+    box::TraceEntry entry{};
+    entry.number = result.records.size();
+    entry.time_ns = record.time_ns;
+    entry.module = word(0);
+    entry.level = word(1);
+    entry.kind = word(2);
+    entry.event = word(3);
+    entry.word_count =
+        static_cast<std::uint32_t>(std::min((record.content.size() - kTraceHead) / 4, entry.words.size()));
+    for (std::size_t i = 0; i < entry.word_count; ++i) entry.words.at(i) = word(4 + i);
+    result.records.push_back(entry);
+  }
+
+  // A ring has no end of a program that was killed.
+  void take_end_of_program(const Record &record) {
+    const auto found = programs_.find(static_cast<pid_t>(record.first));
+    if (found == programs_.end()) return;
+    box::CallEntry start = std::move(found->second);
+    programs_.erase(found);
+    const auto status = static_cast<std::uint32_t>(record.result);
+    if ((status & 0x7FU) != 0) return;
+    start.number = result.calls.size();
+    start.kind = CallKind::kProgramEnd;
+    start.duration_ns = static_cast<std::uint64_t>(std::max<std::int64_t>(record.time_ns - start.time_ns, 0));
+    start.result = static_cast<std::int32_t>(status >> 8U & 0xFFU);
+    result.calls.push_back(std::move(start));
+  }
+
+  void take_message(const Record &record) {
+    const bool is_sent = record.kind == LMAINTE_RECORD_SEND;
+    box::CallEntry entry = call(record, is_sent ? CallKind::kSend : CallKind::kReceive, {});
+    entry.first = word_at(record.content, kDaemonAt, record.is_big_endian);
+    entry.second = word_at(record.content, kRequestAt, record.is_big_endian);
+    result.calls.push_back(std::move(entry));
+  }
+
+  std::uint32_t runs_ = 0;
+  std::map<pid_t, std::string> lines_;
+  std::map<pid_t, box::CallEntry> programs_;
+};
+
+}  // namespace
+
+AsRings as_rings(const Recording &recording) {
+  return Turner(recording).result;
+}
+
+bool is_control_program(std::string_view line) {
+  return line.starts_with("/mgb/");
+}
+
+}  // namespace recording
