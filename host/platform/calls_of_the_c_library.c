@@ -10,10 +10,12 @@
 #include <stdlib.h>
 #include <string.h>
 #include <sys/statvfs.h>
+#include <sys/wait.h>
 #include <unistd.h>
 
 #include "host/include/lmainte_host.h"
 #include "host/platform/files_in_tmp.h"
+#include "include/lmainte_record.h"
 
 #define EXPORT __attribute__((visibility("default")))
 
@@ -23,6 +25,7 @@ static struct {
   __typeof__(statvfs) *statvfs;
   __typeof__(statvfs64) *statvfs64;
   __typeof__(execve) *execve;
+  __typeof__(waitpid) *waitpid;
 } g_next;
 
 static void *found(const char *name) {
@@ -37,6 +40,7 @@ __attribute__((constructor)) static void find_calls(void) {
   *(void **)&g_next.statvfs = found("statvfs");
   *(void **)&g_next.statvfs64 = found("statvfs64");
   *(void **)&g_next.execve = found("execve");
+  *(void **)&g_next.waitpid = found("waitpid");
   *(void **)&g_next.open = found("open");
 }
 
@@ -153,8 +157,19 @@ static bool is_pager(const char *path, char *const *arguments) {
 EXPORT int execve(const char *path, char *const arguments[], char *const environment[]) {
   be_ready();
   const int refusal = is_pager(path, arguments) ? platform_starts_pager(arguments[2]) : 0;
+  if (refusal == 0) lmainte_record_program(path, arguments);
   if (refusal == 0) return g_next.execve(path, arguments, environment);
   errno = refusal;
   return -1;
+}
+
+EXPORT pid_t waitpid(pid_t child, int *status, int options) {
+  be_ready();
+  int own = 0;
+  const pid_t ended = g_next.waitpid(child, &own, options);
+  if (ended <= 0) return ended;
+  lmainte_record_program_end(ended, own);
+  if (status != NULL) *status = own;
+  return ended;
 }
 /* NOLINTEND(readability-inconsistent-declaration-parameter-name) */

@@ -13,6 +13,7 @@
 #include "host/platform/calls.h"
 #include "host/platform/exported.h"
 #include "host/platform/points.h"
+#include "include/lmainte_record.h"
 
 namespace {
 
@@ -128,39 +129,43 @@ int32_t put_record(uint32_t db_id, std::string_view name, const void *data, int3
 
 // A call that only names its database.
 template <typename Step>
-int32_t keep(box::CallKind kind, uint32_t db_id, Step step) {
+int32_t keep(box::CallKind kind, uint32_t recorded_as, uint32_t db_id, Step step) {
+  const uint64_t began = lmainte_record_begin();
   platform::KeptCall call(kind, {}, db_id);
-  return call.ends_with(step(db_id));
+  return lmainte_record_session(recorded_as, began, db_id, call.ends_with(step(db_id)));
 }
 
 }  // namespace
 
 int32_t scdb_open(uint32_t db_id) {
-  return keep(box::CallKind::kOpen, db_id, open_session);
+  return keep(box::CallKind::kOpen, LMAINTE_RECORD_OPEN, db_id, open_session);
 }
 
 int32_t scdb_close(uint32_t db_id) {
-  return keep(box::CallKind::kClose, db_id, close_session);
+  return keep(box::CallKind::kClose, LMAINTE_RECORD_CLOSE, db_id, close_session);
 }
 
 int32_t scdb_lock(uint32_t db_id) {
-  return keep(box::CallKind::kLock, db_id, lock_session);
+  return keep(box::CallKind::kLock, LMAINTE_RECORD_LOCK, db_id, lock_session);
 }
 
 int32_t scdb_unlock(uint32_t db_id) {
-  return keep(box::CallKind::kUnlock, db_id, unlock_session);
+  return keep(box::CallKind::kUnlock, LMAINTE_RECORD_UNLOCK, db_id, unlock_session);
 }
 
 int32_t scdb_get(uint32_t db_id, const char *key, void **record, int32_t *size, uint32_t flags) {
+  const uint64_t began = lmainte_record_begin();
   const std::string_view name = name_in(key);
   platform::KeptCall call(box::CallKind::kRead, name, db_id);
   const int32_t result = get_record(db_id, name, record, size, flags);
   if (result == 0) call.set_second(static_cast<uint32_t>(*size));
-  return call.ends_with(result);
+  return lmainte_record_get(began, db_id, key, record, size, call.ends_with(result));
 }
 
 int32_t lcmn_scdb_put(uint32_t db_id, const char *key, const void *data, int32_t size, uint32_t flags) {
+  const uint64_t began = lmainte_record_begin();
   const std::string_view name = name_in(key);
   platform::KeptCall call(box::CallKind::kWrite, name, db_id, static_cast<uint32_t>(size));
-  return call.ends_with(put_record(db_id, name, data, size, flags));
+  const int32_t result = call.ends_with(put_record(db_id, name, data, size, flags));
+  return lmainte_record_put(began, db_id, key, data, size, result);
 }

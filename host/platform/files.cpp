@@ -13,6 +13,7 @@
 #include "host/platform/exported.h"
 #include "host/platform/files_in_tmp.h"
 #include "host/platform/points.h"
+#include "include/lmainte_record.h"
 
 namespace {
 
@@ -83,23 +84,27 @@ int32_t close_locked(int32_t fd) {
 }  // namespace
 
 int32_t lcmn_lopen(const char *path, int32_t flags, uint32_t mode) {
+  const uint64_t began = lmainte_record_begin();
   platform::KeptCall call(box::CallKind::kFileOpen, path == nullptr ? "" : path);
   const int32_t fd = open_locked(path, flags, mode);
   call.set_first(static_cast<uint32_t>(fd));
-  return call.ends_with(fd);
+  return lmainte_record_file_open(began, path, flags, call.ends_with(fd));
 }
 
 int32_t lcmn_read(int32_t fd, void *buffer, int32_t size) {
+  const uint64_t began = lmainte_record_begin();
   platform::KeptCall call(box::CallKind::kFileRead, {}, static_cast<uint32_t>(fd), static_cast<uint32_t>(size));
-  return call.ends_with(read_some(fd, buffer, size));
+  return lmainte_record_file_read(began, fd, buffer, size, call.ends_with(read_some(fd, buffer, size)));
 }
 
 int32_t lcmn_write(int32_t fd, const void *buffer, int32_t size) {
+  const uint64_t began = lmainte_record_begin();
   platform::KeptCall call(box::CallKind::kFileWrite, {}, static_cast<uint32_t>(fd), static_cast<uint32_t>(size));
-  return call.ends_with(write_some(fd, buffer, size));
+  return lmainte_record_file_write(began, fd, buffer, size, call.ends_with(write_some(fd, buffer, size)));
 }
 
 int32_t lcmn_close(int32_t fd) {
+  const uint64_t began = lmainte_record_begin();
   platform::KeptCall call(box::CallKind::kFileClose, {}, static_cast<uint32_t>(fd));
-  return call.ends_with(close_locked(fd));
+  return lmainte_record_file_close(began, fd, call.ends_with(close_locked(fd)));
 }

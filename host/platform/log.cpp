@@ -5,6 +5,7 @@
 #include "host/platform/calls.h"
 #include "host/platform/exported.h"
 #include "host/platform/points.h"
+#include "include/lmainte_record.h"
 
 namespace {
 
@@ -29,8 +30,9 @@ int32_t save(const uint32_t *head, const void *record) {
 }  // namespace
 
 int32_t mgblog_save(const uint32_t *head, const void *record) {
+  const uint64_t began = lmainte_record_begin();
   platform::KeptCall call(box::CallKind::kLog);
   if (head != nullptr) call.set_first(*head);
   if (record != nullptr) call.set_text({static_cast<const char *>(record), LMAINTE_HOST_EVENT_SIZE});
-  return call.ends_with(save(head, record));
+  return lmainte_record_log(began, head, record, call.ends_with(save(head, record)));
 }

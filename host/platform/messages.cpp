@@ -15,6 +15,7 @@
 #include "host/platform/calls.h"
 #include "host/platform/exported.h"
 #include "host/platform/points.h"
+#include "include/lmainte_record.h"
 
 namespace {
 
@@ -198,6 +199,12 @@ int32_t wait_for_reply(uint8_t *status_1, uint8_t *status_2, fd_set *readable, f
   return ready;
 }
 
+// Of the message, as far as it says one that it may have.
+int32_t size_of(const void *message) {
+  if (message == nullptr) return 0;
+  return static_cast<int32_t>(std::min<uint32_t>(head_of(message).size, LMAINTE_HOST_MESSAGE_MOST));
+}
+
 // What a message is about.
 void name_message(platform::KeptCall &call, const void *message) {
   const lmainte_host_message head = head_of(message);
@@ -208,22 +215,26 @@ void name_message(platform::KeptCall &call, const void *message) {
 }  // namespace
 
 int32_t lcmn_send(int32_t fd, const void *message) {
+  const uint64_t began = lmainte_record_begin();
   platform::KeptCall call(box::CallKind::kSend);
   if (message != nullptr) name_message(call, message);
-  return call.ends_with(send_message(fd, message));
+  return lmainte_record_send(began, fd, message, size_of(message), call.ends_with(send_message(fd, message)));
 }
 
 int32_t lcmn_receive(int32_t fd, void *message) {
+  const uint64_t began = lmainte_record_begin();
   platform::KeptCall call(box::CallKind::kReceive);
   const int32_t result = receive_message(fd, message);
   if (result > 0) name_message(call, message);
-  return call.ends_with(result);
+  return lmainte_record_receive(began, fd, message, result, call.ends_with(result));
 }
 
 int32_t lcmn_select(uint8_t *status_1, uint8_t *status_2, fd_set *readable, fd_set *writable, fd_set *exceptional,
                     struct timeval *limit) {
+  const uint64_t began = lmainte_record_begin();
   platform::KeptCall call(box::CallKind::kWaitForReply);
-  return call.ends_with(wait_for_reply(status_1, status_2, readable, writable, exceptional, limit));
+  const int32_t result = wait_for_reply(status_1, status_2, readable, writable, exceptional, limit);
+  return lmainte_record_select(began, status_1, status_2, call.ends_with(result));
 }
 
 int32_t lcmn_process_iszero(const fd_set *set) {

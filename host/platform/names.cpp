@@ -5,6 +5,7 @@
 #include "host/platform/calls.h"
 #include "host/platform/exported.h"
 #include "host/platform/points.h"
+#include "include/lmainte_record.h"
 
 namespace {
 
@@ -32,6 +33,7 @@ int32_t name_of(const uint32_t *unit_id, int32_t form, char *name, int32_t unuse
 }  // namespace
 
 int32_t api_conv_unit_name_get(const uint32_t *unit_id, int32_t form, char *name, int32_t unused_1, int32_t unused_2) {
+  const uint64_t began = lmainte_record_begin();
   platform::KeptCall call(box::CallKind::kName);
   if (unit_id != nullptr) {
     call.set_first(unit_id[0]);
@@ -39,5 +41,5 @@ int32_t api_conv_unit_name_get(const uint32_t *unit_id, int32_t form, char *name
   }
   const int32_t result = name_of(unit_id, form, name, unused_1, unused_2);
   if (result == 0) call.set_text(name);
-  return call.ends_with(result);
+  return lmainte_record_name(began, unit_id, form, name, call.ends_with(result));
 }

@@ -11,6 +11,7 @@
 #include "host/platform/exported.h"
 #include "host/platform/points.h"
 #include "include/lmainte.h"
+#include "include/lmainte_record.h"
 
 namespace {
 
@@ -19,7 +20,7 @@ using box::kNoAnswer;  // the line is neither a choice nor q
 constexpr std::size_t kLineRoom = 64;
 
 struct Line {
-  char text[kLineRoom];
+  char text[kLineRoom + 1];
   std::size_t length;  // of the line, however much of it there is room for
 
   bool whole() const { return length <= kLineRoom; }
@@ -86,6 +87,7 @@ namespace {
 
 // Asks once. The question is kept when it is asked, and the answer when it is there.
 int ask(int32_t choices, int32_t *choice, const char *prompt) {
+  const uint64_t began = lmainte_record_begin();
   platform::KeptCall answer(box::CallKind::kAnswer);
   Line line{};
   int result = LMAINTE_ASK_FAILED;
@@ -95,7 +97,9 @@ int ask(int32_t choices, int32_t *choice, const char *prompt) {
     result = answer_in(line, choices, choice);
   }
   if (result == LMAINTE_ASK_CHOSEN) answer.set_first(static_cast<uint32_t>(*choice));
-  return answer.ends_with(result);
+  const std::size_t typed = line.whole() ? line.length : kLineRoom;
+  line.text[typed] = '\0';
+  return lmainte_record_answer(began, typed == 0 ? nullptr : line.text, choice, answer.ends_with(result));
 }
 
 }  // namespace
@@ -104,8 +108,12 @@ int32_t cli_ask_select(int32_t first, void *second, const char *prompt) {
   if (first < 1 || second == nullptr || prompt == nullptr) return LMAINTE_ASK_FAILED;
   platform::KeptCall question(box::CallKind::kQuestion, prompt, static_cast<uint32_t>(first));
   const box::Way way = platform::reach(box::PointKind::kQuestion, {}).way;
-  if (way == box::Way::kRefused) return question.ends_with(LMAINTE_ASK_FAILED);
-  if (way == box::Way::kEnd) return question.ends_with(show(prompt) ? LMAINTE_ASK_END_OF_INPUT : LMAINTE_ASK_FAILED);
+  lmainte_record_question(first, prompt);
+  if (way == box::Way::kRefused || way == box::Way::kEnd) {
+    const bool has_ended = way == box::Way::kEnd && show(prompt);
+    const int32_t result = question.ends_with(has_ended ? LMAINTE_ASK_END_OF_INPUT : LMAINTE_ASK_FAILED);
+    return lmainte_record_answer(0, nullptr, nullptr, result);
+  }
   question.ends_with(LMAINTE_ASK_CHOSEN);
   int result = kNoAnswer;
   while ((result = ask(first, static_cast<int32_t *>(second), prompt)) == kNoAnswer) show_hint(first);

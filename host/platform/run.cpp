@@ -6,6 +6,7 @@
 #include <cstring>
 
 #include "host/platform/calls.h"
+#include "include/lmainte_record.h"
 
 namespace {
 
@@ -22,10 +23,12 @@ struct ArgumentLine {
 };
 constinit ArgumentLine argument_line{};
 constinit pid_t begun = 0;  // the process that has begun here, and no child of it
+constinit bool is_kept = false;
 
 void keep_end(int status, void * /*unused*/) {
   if (getpid() != begun) return;
-  platform::command_ends({argument_line.text, argument_line.length}, status);
+  lmainte_record_end(status);
+  if (is_kept) platform::command_ends({argument_line.text, argument_line.length}, status);
 }
 
 // The command begins when it loads the platform. It ends by exit; one that is killed leaves no record of its end.
@@ -35,7 +38,7 @@ void keep_end(int status, void * /*unused*/) {
     argument_line.add(argv[i]);
   }
   begun = getpid();
-  if (!platform::command_begins({argument_line.text, argument_line.length}, getppid())) return;
+  is_kept = platform::command_begins({argument_line.text, argument_line.length}, getppid());
   on_exit(keep_end, nullptr);
 }
 

@@ -5,6 +5,7 @@
 #include "host/platform/exported.h"
 #include "host/platform/path_in_box.h"
 #include "host/platform/points.h"
+#include "include/lmainte_record.h"
 
 namespace {
 
@@ -53,6 +54,7 @@ int32_t mgb_trace_write(uint32_t module, uint32_t level, uint32_t kind, uint32_t
   if (length < kHeadLength || length > kMaxLength || length % sizeof(uint32_t) != 0) return -1;
   const auto count = static_cast<uint32_t>((length - kHeadLength) / sizeof(uint32_t));
   if (words == nullptr && count != 0) return -1;
+  lmainte_record_trace(module, level, kind, event, words, length);
   if (is_refused(event)) return -1;
   if (ring.append(module, level, kind, event, words, count)) return 0;
   return map_ring() && ring.append(module, level, kind, event, words, count) ? 0 : -1;

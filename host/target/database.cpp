@@ -5,6 +5,7 @@
 #include "host/include/lmainte_host.h"
 #include "host/platform/exported.h"
 #include "host/target/line.h"
+#include "include/lmainte_record.h"
 
 namespace {
 
@@ -37,30 +38,7 @@ std::string_view key_text(const char *key) {
   return key == nullptr ? std::string_view() : std::string_view(key, strnlen(key, wire::kKeyRoom));
 }
 
-}  // namespace
-
-int32_t scdb_open(uint32_t db_id) {
-  if (target::is_between()) return LMAINTE_HOST_DB_STORAGE;
-  const int32_t result = ask(Kind::kOpen, db_id);
-  if (result == 0) target::note_open(db_id, true);
-  return result;
-}
-
-int32_t scdb_close(uint32_t db_id) {
-  const int32_t result = ask(Kind::kClose, db_id);
-  if (result == 0) target::note_open(db_id, false);
-  return result;
-}
-
-int32_t scdb_lock(uint32_t db_id) {
-  return ask(Kind::kLock, db_id);
-}
-
-int32_t scdb_unlock(uint32_t db_id) {
-  return ask(Kind::kUnlock, db_id);
-}
-
-int32_t scdb_get(uint32_t db_id, const char *key, void **record, int32_t *size, uint32_t flags) {
+int32_t get_record(uint32_t db_id, const char *key, void **record, int32_t *size, uint32_t flags) {
   std::array<std::uint8_t, wire::kLongestShort> asked;
   wire::Writer request(asked, Kind::kRead);
   request.word(db_id)
@@ -84,7 +62,7 @@ int32_t scdb_get(uint32_t db_id, const char *key, void **record, int32_t *size, 
   return 0;
 }
 
-int32_t lcmn_scdb_put(uint32_t db_id, const char *key, const void *data, int32_t size, uint32_t flags) {
+int32_t put_record(uint32_t db_id, const char *key, const void *data, int32_t size, uint32_t flags) {
   const bool has_bytes = data != nullptr && size > 0;
   const std::size_t length = has_bytes ? static_cast<std::size_t>(size) : 0;
   const Room room = new_room();
@@ -97,4 +75,42 @@ int32_t lcmn_scdb_put(uint32_t db_id, const char *key, const void *data, int32_t
   if (!target::exchange(request, told, answer)) return LMAINTE_HOST_DB_STORAGE;
   const int32_t result = answer.number();
   return answer.is_whole() ? result : LMAINTE_HOST_DB_STORAGE;
+}
+
+}  // namespace
+
+int32_t scdb_open(uint32_t db_id) {
+  if (target::is_between()) return LMAINTE_HOST_DB_STORAGE;
+  const uint64_t began = lmainte_record_begin();
+  const int32_t result = ask(Kind::kOpen, db_id);
+  if (result == 0) target::note_open(db_id, true);
+  return lmainte_record_session(LMAINTE_RECORD_OPEN, began, db_id, result);
+}
+
+int32_t scdb_close(uint32_t db_id) {
+  const uint64_t began = lmainte_record_begin();
+  const int32_t result = ask(Kind::kClose, db_id);
+  if (result == 0) target::note_open(db_id, false);
+  return lmainte_record_session(LMAINTE_RECORD_CLOSE, began, db_id, result);
+}
+
+int32_t scdb_lock(uint32_t db_id) {
+  const uint64_t began = lmainte_record_begin();
+  return lmainte_record_session(LMAINTE_RECORD_LOCK, began, db_id, ask(Kind::kLock, db_id));
+}
+
+int32_t scdb_unlock(uint32_t db_id) {
+  const uint64_t began = lmainte_record_begin();
+  return lmainte_record_session(LMAINTE_RECORD_UNLOCK, began, db_id, ask(Kind::kUnlock, db_id));
+}
+
+int32_t scdb_get(uint32_t db_id, const char *key, void **record, int32_t *size, uint32_t flags) {
+  const uint64_t began = lmainte_record_begin();
+  const int32_t result = get_record(db_id, key, record, size, flags);
+  return lmainte_record_get(began, db_id, key, record, size, result);
+}
+
+int32_t lcmn_scdb_put(uint32_t db_id, const char *key, const void *data, int32_t size, uint32_t flags) {
+  const uint64_t began = lmainte_record_begin();
+  return lmainte_record_put(began, db_id, key, data, size, put_record(db_id, key, data, size, flags));
 }

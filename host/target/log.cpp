@@ -2,8 +2,10 @@
 
 #include "host/platform/exported.h"
 #include "host/target/line.h"
+#include "include/lmainte_record.h"
 
 int32_t mgblog_save(const uint32_t *head, const void *record) {
+  const uint64_t began = lmainte_record_begin();
   int32_t result = -1, reason = EIO, told = -1, told_reason = EIO;
   target::Request request(wire::Kind::kLog);
   request.fields.flag(head != nullptr).flag(record != nullptr).word(head == nullptr ? 0 : *head);
@@ -18,5 +20,5 @@ int32_t mgblog_save(const uint32_t *head, const void *record) {
     reason = told_reason;
   }
   if (result < 0) errno = reason;
-  return result;
+  return lmainte_record_log(began, head, record, result);
 }

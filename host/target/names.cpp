@@ -2,8 +2,10 @@
 
 #include "host/platform/exported.h"
 #include "host/target/line.h"
+#include "include/lmainte_record.h"
 
 int32_t api_conv_unit_name_get(const uint32_t *unit_id, int32_t form, char *name, int32_t unused_1, int32_t unused_2) {
+  const uint64_t began = lmainte_record_begin();
   int32_t result = -1;
   std::array<char, wire::kKeyRoom> found{};
   target::Request request(wire::Kind::kName);
@@ -15,7 +17,7 @@ int32_t api_conv_unit_name_get(const uint32_t *unit_id, int32_t form, char *name
     const std::string_view text = answer.text(found.size() - 1);
     std::memcpy(found.data(), text.data(), text.size());
   });
-  if (!is_told) return -1;
+  if (!is_told) result = -1;
   if (result == 0 && name != nullptr) std::memcpy(name, found.data(), std::strlen(found.data()) + 1);
-  return result;
+  return lmainte_record_name(began, unit_id, form, name, result);
 }
