@@ -9,6 +9,7 @@
 
 #include "host/box/event_log.h"
 #include "host/box/place.h"
+#include "tests/host/recording/made_recording.h"
 #include "tests/run.h"
 
 namespace failures {
@@ -69,6 +70,10 @@ void make_start(const fs::path &folder) {
   constexpr std::array<std::uint8_t, LMAINTE_HOST_EVENT_SIZE> kEvent{};
   for (const std::uint32_t head : {1U, 2U}) box::EventLog::append(box::Place(folder / "box").events(), head, kEvent);
   std::ofstream(folder / "short.play") << kPlay;
+  MadeRecording recording;
+  recording.begin();
+  recording.add({.kind = LMAINTE_RECORD_OPEN, .first = 2});
+  std::ofstream(folder / "fault.rec", std::ios::binary) << recording.bytes;
   std::ofstream(folder / "kept") << "something else\n";
 }
 

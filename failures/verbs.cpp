@@ -3,8 +3,8 @@
 namespace failures {
 namespace {
 
-// In a folder with `box`, a box of model qa in which somebody has worked; `qa.dump` and `qb1.dump`; `short.play`; and `kept`,
-// a file with something else.
+// In a folder with `box`, a box of model qa in which somebody has worked; `qa.dump` and `qb1.dump`; `short.play`;
+// `fault.rec`, a recording; and `kept`, a file with something else.
 const std::vector<Line> kLines{
     {"help", {"help"}},
     {"help VERB", {"help", "play"}},
@@ -40,6 +40,7 @@ const std::vector<Line> kLines{
     {"watch", {"watch", "box", "--once"}},
     {"trace", {"trace", "box"}},
     {"log", {"log", "box"}},
+    {"replay", {"replay", "fault.rec"}},
     {"dump", {"dump", "box"}},
     {"dump FILE", {"dump", "box", "kept"}},
     {"new", {"new", "fan_check"}},

@@ -23,7 +23,7 @@ std::vector<fs::path> files_at(const fs::path &place) {
 }
 
 // False where the file cannot be read. Its name comes first: a process that dies says nothing afterwards.
-bool replay(const fs::path &file) {
+bool replay_file(const fs::path &file) {
   std::fprintf(stderr, "%s\n", file.c_str());
   std::ifstream in(file, std::ios::binary);
   const std::vector<char> bytes{std::istreambuf_iterator<char>(in), {}};
@@ -43,7 +43,7 @@ int main(int argc, char **argv) {
   bool all_read = true;
   for (int i = 1; i < argc; ++i) {
     for (const fs::path &file : files_at(argv[i])) {
-      all_read = replay(file) && all_read;
+      all_read = replay_file(file) && all_read;
       ++replayed;
     }
   }

@@ -11,7 +11,7 @@
 namespace fuzz {
 namespace {
 
-constexpr std::array<Target, 9> kTargets{{
+constexpr std::array<Target, 10> kTargets{{
     {"dump", "a dump, read, written and read again", run_dump},
     {"play", "a script of a play", run_play},
     {"technician", "a technician's script", run_technician},
@@ -21,6 +21,7 @@ constexpr std::array<Target, 9> kTargets{{
     {"daemon", "messages to the daemon, through its socket", run_daemon},
     {"screen", "what a command writes on its terminal", run_screen},
     {"program", "command lines of the control programs", run_program},
+    {"recording", "the file of a recording, forged", run_recording},
 }};
 
 }  // namespace

@@ -22,6 +22,7 @@ void run_data_pages(Input input);
 void run_daemon(Input input);
 void run_screen(Input input);
 void run_program(Input input);
+void run_recording(Input input);
 
 // A folder that is gone with the process.
 const std::filesystem::path &scratch();

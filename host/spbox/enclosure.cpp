@@ -18,6 +18,7 @@
 #include "host/box/own_files.h"
 #include "host/clock/page.h"
 #include "host/include/lmainte_host.h"
+#include "host/replay/score.h"
 #include "host/spbox/occupancy.h"
 #include "host/spbox/run_mark.h"
 #include "host/spbox/standard_output.h"
@@ -28,6 +29,7 @@ namespace {
 namespace fs = std::filesystem;
 
 constexpr const char *kPreloadList = "/etc/ld.so.preload";
+constexpr const char *kRecordingInside = "/mgb/lib/recording";  // where the platform looks for it
 
 // The name below /tmp that leads to a path, empty when the path is elsewhere.
 std::string name_in_tmp(const fs::path &path) {
@@ -60,6 +62,10 @@ void add_own_etc(std::vector<std::string> &arguments) {
   }
 }
 
+bool preloads(const RootPlan &plan) {
+  return !plan.clock_library.empty() || !plan.replay_library.empty();
+}
+
 // The workstation's top folders, but for those that the box has of its own.
 void add_workstation(const RootPlan &plan, std::vector<std::string> &arguments) {
   constexpr std::array<std::string_view, 5> kOwn{"mgb", "tmp", "dev", "proc", "run"};
@@ -68,7 +74,7 @@ void add_workstation(const RootPlan &plan, std::vector<std::string> &arguments) 
     bool own = false;
     for (const std::string_view other : kOwn) own = own || name == other;
     if (own) continue;
-    if (name == "etc" && !plan.clock_library.empty()) {
+    if (name == "etc" && preloads(plan)) {
       add_own_etc(arguments);
       continue;
     }
@@ -144,6 +150,10 @@ void add_box(const RootPlan &plan, std::vector<std::string> &arguments) {
     arguments.insert(arguments.end(), more.begin(), more.end());
     add(arguments, {"--ro-bind", plan.platform_server, kPlatformServerInside});
   }
+  if (!plan.replay_library.empty()) {
+    add(arguments, {"--ro-bind", plan.replay_library, REPLAY_LIBRARY, "--bind", plan.score, REPLAY_SCORE});
+  }
+  if (!plan.recording.empty()) add(arguments, {"--bind", plan.recording, kRecordingInside});
   add(arguments, {"--ro-bind", plan.spbox, kSpboxInside, "--remount-ro", "/mgb/lib"});
   add(arguments, {"--bind", plan.box.tmp(), "/tmp"});
   for (const std::string &name : plan.guests) add(arguments, {"--ro-bind", "/tmp/" + name, "/tmp/" + name});
@@ -179,10 +189,13 @@ std::vector<std::string> bwrap_arguments(const RootPlan &plan) {
 }
 
 // What the workstation preloads itself comes first. A list that cannot be read preloads nothing there, either.
-std::string preload_list() {
+std::string preload_list(const RootPlan &plan) {
+  if (!preloads(plan)) return {};
   std::string text = base::text_if_readable(kPreloadList);
   if (!text.empty() && !text.ends_with('\n')) text += '\n';
-  return text + BOX_TIME_LIBRARY + "\n";
+  if (!plan.clock_library.empty()) text += BOX_TIME_LIBRARY "\n";
+  if (!plan.replay_library.empty()) text += REPLAY_LIBRARY "\n";
+  return text;
 }
 
 std::vector<std::string> preload_arguments(int fd) {

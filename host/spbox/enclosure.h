@@ -27,6 +27,9 @@ struct RootPlan {
   std::filesystem::path clock_library = {};  // preloaded into all programs, where the box has its own time; empty: none
   std::optional<Machine> machine = {};       // of the command, where that is not the workstation
   std::filesystem::path platform_server = {};  // which the machine's programs ask
+  std::filesystem::path recording = {};        // what the command asks of its platform is written there; empty: nowhere
+  std::filesystem::path replay_library = {};   // preloaded into all programs, answers them by the score; empty: none
+  std::filesystem::path score = {};
 };
 
 // The workstation's own things in /tmp that the command must see: what holds the program, the working folder or spbox. They are
@@ -36,9 +39,9 @@ std::set<std::string> guests_in_tmp(const RootPlan &plan);
 // The arguments of bwrap that make the root.
 std::vector<std::string> bwrap_arguments(const RootPlan &plan);
 
-// Where a box has a time of its own, the file that has all programs in it preload the library: its text, and the arguments of
-// bwrap that put there what it reads from a descriptor.
-std::string preload_list();
+// The file that has all programs in the root preload the libraries of the plan: its text, which is empty where there are
+// none, and the arguments of bwrap that put there what it reads from a descriptor.
+std::string preload_list(const RootPlan &plan);
 std::vector<std::string> preload_arguments(int fd);
 
 // Makes the lock files of databases that have none, in a box that was copied without them: nobody makes them in the root.

@@ -15,6 +15,7 @@
 #include <system_error>
 
 #include "host/base/child.h"
+#include "host/box/box_error.h"
 #include "host/spbox/found_program.h"
 #include "host/spbox/run_mark.h"
 #include "host/spbox/standard_output.h"
@@ -181,6 +182,23 @@ std::optional<Machine> MachineOption::machine() const {
 void MachineOption::check_is_installed() const {
   const std::string missing = name_.empty() ? "" : what_is_missing();
   if (!missing.empty()) throw UsageError(missing + " Nothing was played.");
+}
+
+void check_command(const std::string &name, const std::optional<Machine> &machine) {
+  const fs::path program = program_of(name, machine);
+  if (program.empty()) throw box::BoxError("the program " + name + " is not found in the folders of PATH.");
+  const bool is_of_box = name.starts_with("/mgb/") || name.starts_with("/tmp/");
+  if (is_of_box) return;
+  if (!fs::is_regular_file(program) || access(program.c_str(), X_OK) != 0) {
+    throw box::BoxError(name + " is no program that can be run.");
+  }
+  if (const std::string why = why_refused(program, machine.has_value()); !why.empty()) {
+    throw box::BoxError(name + ": " + why);
+  }
+}
+
+bool is_of_target(const fs::path &program) {
+  return kind_of(program) == kTarget && kind_of("/proc/self/exe") != kTarget;
 }
 
 fs::path program_of(const std::string &name, const std::optional<Machine> &machine) {

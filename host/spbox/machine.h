@@ -37,6 +37,9 @@ class MachineOption {
   std::string name_;
 };
 
+// Whether a program is the service processor's, and none of this machine.
+bool is_of_target(const std::filesystem::path &program);
+
 // The words of a command as they were typed, of those with which a process was started: the emulator's, perhaps.
 std::vector<std::string> words_on_machine(std::vector<std::string> words);
 
@@ -45,6 +48,9 @@ std::filesystem::path program_of(const std::string &name, const std::optional<Ma
 
 // Why a command of a box cannot be this program: a sentence. Empty where nothing is against it.
 std::string why_refused(const std::filesystem::path &program, bool is_on_machine);
+
+// Throws BoxError where the command of a box cannot be run. The box has programs of its own, which are not seen from here.
+void check_command(const std::string &name, const std::optional<Machine> &machine);
 
 // The programs' names, as links in this folder: the root of a command shows it. bwrap takes no more than a few thousand words.
 void make_links(Machine &machine, const std::filesystem::path &folder);  // throws

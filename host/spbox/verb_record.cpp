@@ -18,7 +18,6 @@
 #include "host/recorder/beginning.h"
 #include "host/recorder/recording.h"
 #include "host/spbox/dump.h"
-#include "host/spbox/found_program.h"
 #include "host/spbox/log_book.h"
 #include "host/spbox/machine.h"
 #include "host/spbox/speed.h"
@@ -63,20 +62,6 @@ void check_file(const RecordOptions &options) {
   if (fs::is_directory(options.file)) throw box::BoxError(options.file.string() + " is a folder, not a file.");
   if (access(folder.c_str(), W_OK | X_OK) == 0) return;
   throw box::BoxError(options.file.string() + " cannot be written: " + std::generic_category().message(errno) + ".");
-}
-
-// The box has programs of its own, which are not seen from here.
-void check_command(const std::string &name, const std::optional<Machine> &machine) {
-  const fs::path program = program_of(name, machine);
-  if (program.empty()) throw box::BoxError("the program " + name + " is not found in the folders of PATH.");
-  const bool is_of_box = name.starts_with("/mgb/") || name.starts_with("/tmp/");
-  if (is_of_box) return;
-  if (!fs::is_regular_file(program) || access(program.c_str(), X_OK) != 0) {
-    throw box::BoxError(name + " is no program that can be run.");
-  }
-  if (const std::string why = why_refused(program, machine.has_value()); !why.empty()) {
-    throw box::BoxError(name + ": " + why);
-  }
 }
 
 // A play finds a program by its path relative to the play.

@@ -14,6 +14,7 @@
 #include "host/spbox/children.h"
 #include "host/spbox/enclosure.h"
 #include "host/spbox/found_program.h"
+#include "host/spbox/recording_file.h"
 #include "host/spbox/remains.h"
 #include "host/spbox/run_in_root.h"
 #include "host/spbox/run_mark.h"
@@ -31,6 +32,9 @@ struct RunOptions {
   fs::path box;
   bool no_pager = false;
   bool network = false;
+  fs::path recording;
+  bool without_contents = false;
+  fs::path score;
   SpeedOption speed;
   MachineOption machine;
   std::vector<std::string> command;
@@ -63,8 +67,14 @@ void remove_sockets_nobody_listens_on(const box::Place &place) {
   }
 }
 
+void check(const RunOptions &options) {
+  options.speed.check();
+  if (!options.without_contents || !options.recording.empty()) return;
+  throw UsageError("--without-contents says what a recording leaves out: give --recording FILE, too.");
+}
+
 int run(const RunOptions &options) {
-  const auto &[folder, no_pager, network, speed, machine, command] = options;
+  const auto &[folder, no_pager, network, recording, without_contents, score, speed, machine, command] = options;
   const box::Place place(fs::absolute(folder));
   box::check_is_any_box(box::Place{folder});
   check_bwrap();
@@ -102,6 +112,12 @@ int run(const RunOptions &options) {
     put_commands_on_path();
   }
   setenv(LMAINTE_HOST_RUN, way_in(folder).c_str(), 1);
+  // Not before what runs beside the command: the recording has what passes between that and its platform.
+  if (!score.empty()) {
+    plan.replay_library = find_part(plan.spbox, "liblmainte_replay.so", R_OK);
+    plan.score = score;
+  }
+  if (!recording.empty()) plan.recording = recording_for(recording, without_contents);
   const terminal::OwnMode terminal;
   const int status = run_in_root(plan, command, children);
   if (was_cut_off(status)) {
@@ -127,6 +143,18 @@ Verb run_verb() {
                  .need = Need::kRequired},
                 {.name = "--no-pager", .help = "Without a pager: /bin/busybox cannot be run", .to = &options->no_pager},
                 {.name = "--network", .help = "Let the command use the workstation's network", .to = &options->network},
+                {.name = "--recording",
+                 .help = "Record what passes between the command and its platform",
+                 .to = &options->recording,
+                 .value = "FILE"},
+                {.name = "--without-contents",
+                 .help = "Of the databases' records, the recording has sizes and\nchecksums only",
+                 .to = &options->without_contents},
+                {.name = "--score",
+                 .help = "Answer the command from it",
+                 .to = &options->score,
+                 .value = "FILE",
+                 .is_hidden = true},
                 options->speed.word(),
                 options->machine.word()},
       .footer =
@@ -138,8 +166,9 @@ Verb run_verb() {
           "Examples:\n"
           "  spbox run box ./replace_unit\n"
           "  spbox run box /mgb/bin/ctlled -u /PSU#0 -c blink\n"
+          "  spbox run --recording fault.rec box ./replace_unit\n"
           "  spbox run box sh                         look around",
-      .check = [options] { options->speed.check(); },
+      .check = [options] { check(*options); },
       .act = [options] { return run(*options); }};
 }
 

@@ -32,6 +32,7 @@ Verb deviate_verb();
 Verb points_verb();
 Verb trace_verb();
 Verb log_verb();
+Verb replay_verb();
 Verb dump_verb();
 Verb load_verb();
 Verb new_verb();

@@ -54,6 +54,9 @@ const WrongRow kWrong[] = {
      "--short and --long cannot be given together. `spbox help break` says more."},
     {{"load", "x.dump"},
      "no box is named. Give its folder, set SPBOX to it, or go there. `spbox help load` says more."},
+    {{"replay"}, "FILE is missing, as in `spbox replay [OPTIONS] FILE [COMMAND...]`. `spbox help replay` says more."},
+    {{"replay", "fault.rec", "--last", "0", "--", "ls"},
+     "--last takes a number from 1 to 65536, not `0`. `spbox help replay` says more."},
     {{"dump"}, "no box is named. Give its folder, set SPBOX to it, or go there. `spbox help dump` says more."},
     {{"trace", "box", "--last", "0"}, "--last takes a number from 1 to 65536, not `0`. `spbox help trace` says more."},
     {{"trace", "box", "--last", "many"},
@@ -107,6 +110,7 @@ TEST_F(CommandLine, WithAnEmptyDirIsRefusedByEveryVerb) {
     if (verb.name == "sweep") line = {"sweep", "letter", "--findings", ""};
     if (verb.name == "daemon") line = {"daemon", ""};
     if (verb.name == "program") line = {"program", ""};
+    if (verb.name == "replay") line = {"replay", ""};
     const Done result = spbox(line);
     EXPECT_EQ(result.exit_status, 2) << verb.name;
     EXPECT_NE(result.output.find(" is empty. Is a variable not set?"), std::string::npos) << result.output;

@@ -4,6 +4,7 @@
 #include "host/script/script.h"
 #include "host/terminal/background_program.h"
 #include "tests/eventually.h"
+#include "tests/host/recording/made_recording.h"
 #include "tests/host/spbox/spbox_test.h"
 
 // A sanitizer has a memory of its own and wants to be loaded first, so under sanitizers nothing can be taken away.
@@ -16,6 +17,9 @@ class Shortage : public SpboxTest {
     make_box("qa");
     done({"dump", "box", "box.dump"});
     write("short.play", "box qa\nspbox pull /PSU#0\nsays \"Not installed\"\n");
+    MadeRecording recording;
+    recording.begin();
+    write("fault.rec", recording.bytes);
   }
 
   Done spbox_short_of(const std::string &what, const Words &words) const {
@@ -45,6 +49,7 @@ const Words kLines[] = {
     {"mend", "box"},
     {"trace", "box"},
     {"log", "box"},
+    {"replay", "fault.rec"},
     {"dump", "box"},
     {"load", "box.dump", "loaded", "--force"},
     {"technician", "box", "--do", "repair /PSU#0"},

@@ -1,0 +1,207 @@
+#include "host/replay/make_score.h"
+
+#include <algorithm>
+#include <bit>
+#include <cstring>
+#include <map>
+
+#include "host/box/record_words.h"
+#include "host/recording/as_rings.h"
+#include "host/replay/score.h"
+
+namespace replay {
+namespace {
+
+using recording::Record;
+
+bool is_of_this_machine(const Record &record) {
+  return record.is_big_endian == (std::endian::native == std::endian::big);
+}
+
+// ---- Runs
+
+// Reads the records in their order, and gives each to the run of its process.
+class Sorter {
+ public:
+  explicit Sorter(const recording::Recording &recording) : is_without_contents_(recording.is_without_contents) {
+    for (const Record &record : recording.records) take(record);
+    for (Run &run : runs) {
+      if (run.flaw.empty() && has_gap(run)) run.flaw = "Records of this run are missing.";
+      if (run.flaw.empty() && run.model == 0) run.flaw = "The recording does not say of which model the server is.";
+    }
+  }
+  std::vector<Run> runs;
+
+ private:
+  void take(const Record &record) {
+    if (record.kind == LMAINTE_RECORD_PROCESS) begin(record);
+    const auto found = run_of_.find(record.pid);
+    if (found == run_of_.end()) return;
+    Run &run = runs[found->second];
+    run.records.push_back(&record);
+    if (record.kind == LMAINTE_RECORD_END && record.pid == run.records.front()->pid) {
+      run.has_end = true;
+      run.exit_status = record.result;
+      run_of_.erase(found);
+    }
+    if (record.kind == LMAINTE_RECORD_FULL) end(found->second);
+    if (record.is_left_out && is_needed(record) && run.flaw.empty()) {
+      run.flaw = is_without_contents_ ? "The recording was made without contents: it can be shown, and nothing else."
+                                      : "A content that was too long for it is left out.";
+    }
+  }
+
+  // Of what is written into files, and longer than what the recorder keeps, nothing is compared.
+  static bool is_needed(const Record &record) { return record.kind != LMAINTE_RECORD_FILE_WRITE; }
+
+  // For all its processes: where one of them found no room, it is unknown what it did between the calls of the others.
+  void end(std::size_t run) {
+    std::erase_if(run_of_, [run](const auto &row) { return row.second == run; });
+  }
+
+  void begin(const Record &record) {
+    const auto parent = run_of_.find(static_cast<pid_t>(record.first));
+    if ((record.third & LMAINTE_RECORD_IS_CHILD) != 0) {
+      if (parent != run_of_.end()) run_of_[record.pid] = parent->second;
+      return;
+    }
+    run_of_[record.pid] = runs.size();
+    Run run;
+    run.words = record.text;
+    run.model = record.second;
+    run.is_fed = (record.third & LMAINTE_RECORD_IS_FED) != 0;
+    run.is_read = (record.third & LMAINTE_RECORD_IS_READ) != 0;
+    if (record.number != 0) run.flaw = "Its beginning is not in the recording.";
+    runs.push_back(std::move(run));
+  }
+
+  // A handler may have written in between: the numbers are there, and not always in their order.
+  static bool has_gap(const Run &run) {
+    std::map<pid_t, std::pair<std::uint64_t, std::uint64_t>> of_process;  // how many, and the number behind the last
+    for (const Record *record : run.records) {
+      auto &[count, end] = of_process[record->pid];
+      ++count;
+      end = std::max<std::uint64_t>(end, std::uint64_t{record->number} + 1);
+    }
+    return std::ranges::any_of(of_process, [](const auto &row) { return row.second.first != row.second.second; });
+  }
+
+  bool is_without_contents_;
+  std::map<pid_t, std::size_t> run_of_;
+};
+
+// ---- The score
+
+// What a command asks for, and is answered; not what it writes into its trace.
+bool is_call(const Record &record) {
+  switch (record.kind) {
+    case LMAINTE_RECORD_PROCESS:
+    case LMAINTE_RECORD_END:
+    case LMAINTE_RECORD_FULL:
+    case LMAINTE_RECORD_TRACE:
+    case LMAINTE_RECORD_PROGRAM_END:
+      return false;
+    case LMAINTE_RECORD_PROGRAM:
+      return recording::is_control_program(record.text);
+    default:
+      return true;
+  }
+}
+
+// The content in the byte order of this machine.
+box::Bytes content_of(const Record &record) {
+  box::Bytes bytes(record.content.begin(), record.content.end());
+  if (is_of_this_machine(record)) return bytes;
+  switch (record.kind) {
+    case LMAINTE_RECORD_GET:
+    case LMAINTE_RECORD_PUT:
+      box::swap_words(record.text, bytes);
+      break;
+    case LMAINTE_RECORD_SEND:
+    case LMAINTE_RECORD_RECEIVE:  // of words, as those of the box's daemon
+      for (std::size_t at = 0; at + 4 <= bytes.size(); at += 4) {
+        std::reverse(bytes.begin() + static_cast<long>(at), bytes.begin() + static_cast<long>(at) + 4);
+      }
+      break;
+    default:
+      break;
+  }
+  return bytes;
+}
+
+class Score {
+ public:
+  explicit Score(const Run &run) {
+    for (const Record *record : run.records) {
+      if (record->kind == LMAINTE_RECORD_PROGRAM_END) add_end(*record);
+      if (is_call(*record)) add(*record);
+    }
+    replay_score head{};
+    head.count = static_cast<std::uint32_t>(calls_.size());
+    head.has_end = run.has_end ? 1 : 0;
+    const std::size_t size = calls_.size() * sizeof(replay_call);
+    const auto before = static_cast<std::uint32_t>(sizeof head + size);
+    for (replay_call &call : calls_) {
+      call.text += before;
+      call.content += before;
+    }
+    bytes.append(reinterpret_cast<const char *>(&head), sizeof head);
+    if (size > 0) bytes.append(reinterpret_cast<const char *>(calls_.data()), size);
+    bytes += rest_;
+  }
+  std::string bytes;
+
+ private:
+  void add(const Record &record) {
+    const box::Bytes content = content_of(record);
+    replay_call call{};
+    call.kind = record.kind;
+    call.result = record.result;
+    call.first = record.first;
+    call.second = record.second;
+    call.third = record.kind == LMAINTE_RECORD_PROGRAM ? 0 : record.third;
+    call.text = kept(record.text);
+    call.text_size = static_cast<std::uint32_t>(record.text.size());
+    call.content = kept({reinterpret_cast<const char *>(content.data()), content.size()});
+    call.content_size = static_cast<std::uint32_t>(content.size());
+    if (record.kind == LMAINTE_RECORD_PROGRAM) programs_[record.pid] = {calls_.size(), record.time_ns};
+    calls_.push_back(call);
+  }
+
+  void add_end(const Record &record) {
+    constexpr std::int64_t kSecond = 1'000'000'000;
+    const auto program = programs_.find(static_cast<pid_t>(record.first));
+    if (program == programs_.end()) return;
+    const auto &[number, began] = program->second;
+    // The library looks once in a second: the program ended before it was found to have.
+    const std::int64_t took = std::max<std::int64_t>(record.time_ns - began - kSecond / 2, 0);
+    replay_call &call = calls_[number];
+    call.result = record.result;
+    call.third = 1;
+    call.seconds = static_cast<std::uint32_t>(took / kSecond);
+    call.nanoseconds = static_cast<std::uint32_t>(took % kSecond);
+    programs_.erase(program);
+  }
+
+  std::uint32_t kept(std::string_view text) {
+    const auto at = static_cast<std::uint32_t>(rest_.size());
+    rest_ += text;
+    return at;
+  }
+
+  std::vector<replay_call> calls_;
+  std::string rest_;
+  std::map<pid_t, std::pair<std::size_t, std::int64_t>> programs_;  // which call, and when it began
+};
+
+}  // namespace
+
+std::vector<Run> runs_of(const recording::Recording &recording) {
+  return Sorter(recording).runs;
+}
+
+std::string score_of(const Run &run) {
+  return Score(run).bytes;
+}
+
+}  // namespace replay

@@ -1,0 +1,122 @@
+// What was recorded of commands on a board, or in a box.
+#include <memory>
+#include <utility>
+
+#include "host/box/box_error.h"
+#include "host/recording/as_rings.h"
+#include "host/recording/recording.h"
+#include "host/spbox/answer.h"
+#include "host/spbox/replay_command.h"
+#include "host/spbox/standard_output.h"
+#include "host/spbox/text.h"
+#include "host/spbox/trace_lines.h"
+#include "host/spbox/verbs.h"
+#include "host/trace_book/history.h"
+
+namespace spbox {
+namespace {
+
+using trace_book::History;
+using trace_book::Told;
+
+constexpr int kNothingToCompare = 2;
+
+struct ReplayOptions {
+  TraceOptions trace;
+  Replayed replayed;  // but for its run, which is that of the trace
+};
+
+Holder recording_as_holder() {
+  return {.title = "The recording",
+          .name = "the recording",
+          .remembers = "holds",
+          .is_empty = "The recording holds the beginning of processes, and nothing that they did."};
+}
+
+Json::List steps_of(const std::vector<Told> &lines) {
+  Json::List steps;
+  for (const Told &line : lines) {
+    Json::Object step{{"time", utc(line.moment->time_ns)}, {"pid", line.moment->pid}, {"level", line.moment->level},
+                      {"function", line.moment->function}, {"text", line.text},       {"error", line.moment->is_error}};
+    if (line.duration_ns) step.push_back({"nanoseconds", *line.duration_ns});
+    steps.push_back(step);
+  }
+  return steps;
+}
+
+void answer_with(const History &history, const TraceOptions &options) {
+  std::vector<const trace_book::Moment *> moments;
+  for (const trace_book::Moment &moment : history.moments()) moments.push_back(&moment);
+  std::vector<Told> lines = told(shown_of(moments, history, options), options.names());
+  keep_last(lines, options.last);
+  answer({{"steps", steps_of(lines)}});
+}
+
+int show(const recording::Recording &recording, const TraceOptions &options) {
+  const recording::AsRings rings = recording::as_rings(recording);
+  const History history(rings.records, rings.calls, recording.model);
+  if (is_for_script()) {
+    answer_with(history, options);
+  } else {
+    print_history(history, options);
+  }
+  return 0;
+}
+
+int replay(const ReplayOptions &options) {
+  Replayed replayed = options.replayed;
+  replayed.run = options.trace.run;
+  try {
+    const recording::Recording recording = recording::read(replayed.file);
+    for (const std::string &remark : recording::remarks(recording, replayed.file)) complain(remark);
+    return replayed.command.empty() ? show(recording, options.trace) : replay_command(recording, replayed);
+  } catch (const box::BoxError &error) {
+    complain(error.what());
+    return kNothingToCompare;
+  }
+}
+
+}  // namespace
+
+Verb replay_verb() {
+  auto options = std::make_shared<ReplayOptions>();
+  options->trace.holder = recording_as_holder();
+  std::vector<Word> words = choosing_words(options->trace);
+  words.insert(words.begin(),
+               {.name = "FILE", .help = "The recording", .to = &options->replayed.file, .need = Need::kRequired});
+  words.insert(words.end(),
+               {{.name = "--calls",
+                 .help = "As a tree: which function called which, and how long it\ntook",
+                 .to = &options->trace.calls,
+                 .excludes = {"--json"}},
+                {.name = "--names",
+                 .help = "Each call for the name of a unit; without it, a list of\nunits is one line",
+                 .to = &options->trace.each_name},
+                {.name = "--limit",
+                 .help = "How long COMMAND may make no call; 60 without it",
+                 .to = number(options->replayed.limit, 1, 86400),
+                 .value = "SECONDS"},
+                {.name = "COMMAND",
+                 .help = "The command that gets the same answers, and its\narguments; -- may stand before it",
+                 .to = Rest{&options->replayed.command}}});
+  return {.name = "replay",
+          .line = "Show a recording, or run a command against it",
+          .words = std::move(words),
+          .footer =
+              "A recording is made by a board whose platform has lmainte_record.h, or by\n"
+              "spbox run --recording. It is shown as spbox trace shows a box.\n\n"
+              "COMMAND runs in a new box of the recorded model, at full speed, and gets the\n"
+              "recorded answers: of databases, the operator, control programs, files, the\n"
+              "daemon. At its first call that is another one it is ended, and both sides are\n"
+              "named; so is one that makes no call any more. The exit status is 0 without a\n"
+              "difference, 1 with one, and 2 where there is nothing to compare: the recording\n"
+              "cannot be read or is not whole, or the command cannot be run.\n\n"
+              "Examples:\n"
+              "  spbox replay fault.rec --errors\n"
+              "  spbox replay fault.rec -- ./replace_unit psu",
+          .check = [options] { check(options->trace); },
+          .prepare = [options] { options->trace.window = window_of_output(); },
+          .act = [options] { return replay(*options); }};
+}
+
+}  // namespace spbox
