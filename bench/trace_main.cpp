@@ -10,6 +10,7 @@
 #include <cstdio>
 #include <ctime>
 #include <exception>
+#include <string>
 #include <vector>
 
 #include "bench/box_folder.h"
@@ -18,6 +19,9 @@
 #include "bench/table.h"
 #include "host/base/descriptor.h"
 #include "host/box/trace_ring.h"
+#include "include/lmainte_record.h"
+
+extern "C" const char *g_recording_path;
 
 namespace {
 
@@ -38,6 +42,26 @@ class WrittenFile {
 
  private:
   base::Descriptor file_;
+};
+
+// A recording that is emptied before it is full, as if it had no bound.
+class Recorded {
+ public:
+  explicit Recorded(const fs::path &file) : name_(file), file_(open(file.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0600)) {
+    g_recording_path = name_.c_str();
+  }
+
+  void append() {
+    constexpr unsigned kBeforeItIsFull = 100'000, kLength = 24;
+    if (++count_ % kBeforeItIsFull == 0) bench::require(ftruncate(file_.get(), 0) == 0, "empty the recording");
+    lmainte_record_trace(14, 256, 15, kCode, kWords, kLength);
+    bench::require(lmainte_record_missed() == 0, "record");
+  }
+
+ private:
+  std::string name_;
+  base::Descriptor file_;
+  unsigned count_ = 0;
 };
 
 // What `syslog` does, word for word: a line with the time and the process id, which a daemon gets as a datagram. The daemon is a
@@ -95,9 +119,12 @@ int main(int argc, char **argv) try {
   bench::require(ring.map(file.c_str()), "map the trace");
   const WrittenFile written(folder.path() / "written");
   const SystemLog log;
+  Recorded recorded(folder.path() / "recording");
   const auto append = [&] { bench::require(ring.append(14, 256, 15, kCode, kWords, 4), "append to the trace"); };
-  std::vector<bench::Row> rows{{"append a trace record (floor: a write)", [&] { written.append(); }, append},
-                               {"append a trace record (floor: syslog)", [&] { log.append(); }, append}};
+  std::vector<bench::Row> rows{
+      {"append a trace record (floor: a write)", [&] { written.append(); }, append},
+      {"append a trace record (floor: syslog)", [&] { log.append(); }, append},
+      {"record a trace record (floor: a write)", [&] { written.append(); }, [&] { recorded.append(); }}};
   if (bench::lttng_records()) {
     rows.push_back({"append a trace record (floor: LTTng)", [] { bench::append_to_lttng(kCode, kWords); }, append});
   }
