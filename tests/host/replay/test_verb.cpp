@@ -60,8 +60,8 @@ class Replay : public testing::Test {
     ASSERT_TRUE(terminal.type(typed));
     ASSERT_TRUE(terminal.wait_for_exit(kSoon));
   }
-  Done replay(const std::string &calls) const {
-    Words command{"replay", "fault.rec", "--", CALLER};
+  Done replay(const std::string &calls, const char *caller = CALLER) const {
+    Words command{"replay", "fault.rec", "--", caller};
     std::istringstream words(calls);
     for (std::string word; words >> word;) command.push_back(word);
     return spbox(command);
@@ -81,9 +81,11 @@ constexpr const char *kCalls =
 TEST_F(Replay, GivesACommandTheSameAnswers) {
   make_box();
   record(kCalls, "9\n2\n");
-  const Done same = replay(kCalls);
-  EXPECT_EQ(same.output, "No difference in 21 calls.\n");
-  EXPECT_EQ(same.exit_status, 0);
+  for (const char *command : {CALLER, WHOLE_CALLER}) {
+    const Done same = replay(kCalls, command);
+    EXPECT_EQ(same.output, "No difference in 21 calls.\n");
+    EXPECT_EQ(same.exit_status, 0);
+  }
 }
 
 TEST_F(Replay, NamesTheFirstDifferenceWithBothSides) {
