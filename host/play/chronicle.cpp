@@ -4,8 +4,6 @@
 #include <unistd.h>
 
 #include <algorithm>
-#include <array>
-#include <cstdio>
 #include <sstream>
 
 #include "host/base/descriptor.h"
@@ -46,13 +44,6 @@ struct KeptLine {
   std::string text;
 };
 
-std::string text_of(const trace_book::Told &line, std::int64_t begin) {
-  constexpr double kSecond = 1e9;
-  std::array<char, 32> since{};
-  std::snprintf(since.data(), since.size(), "%10.6f  ", static_cast<double>(line.moment->time_ns - begin) / kSecond);
-  return since.data() + std::string(2 * line.moment->depth, ' ') + line.moment->function + ": " + line.text;
-}
-
 // Read by a process that is confined to the box, in which a command may have left anything. It writes a line for each: whose it
 // is, whether it is an error, its number, and what it says.
 std::string kept_text(const box::Place &place) {
@@ -66,11 +57,9 @@ std::string kept_text(const box::Place &place) {
                              (rings.calls.empty() ? 0 : rings.calls.front().number);
   std::string text = std::to_string(lost) + "\n";
   for (const trace_book::Told &line : trace_book::told(moments, trace_book::UnitNames::kTogether)) {
-    std::string told = text_of(line, moments.front()->time_ns);
-    std::ranges::replace(told, '\n', ' ');
     text += line.moment->is_of_library ? 'L' : 'C';
     text += line.moment->is_error ? '!' : ' ';
-    text += std::to_string(line.moment->number) + " " + told + "\n";
+    text += std::to_string(line.moment->number) + " " + trace_book::line_since(moments.front()->time_ns, line) + "\n";
   }
   return text;
 }

@@ -34,7 +34,10 @@ constexpr std::size_t kTraceHead = 16, kDaemonAt = 4, kRequestAt = 8;
 class Turner {
  public:
   explicit Turner(const Recording &recording) {
-    for (const Record &record : recording.records) take(record);
+    for (std::size_t i = 0; i < recording.records.size(); ++i) {
+      take(recording.records[i]);
+      result.record_of_call.resize(result.calls.size(), i);
+    }
   }
   AsRings result;
 

@@ -12,6 +12,7 @@ namespace recording {
 struct AsRings {
   std::vector<box::TraceEntry> records;
   std::vector<box::CallEntry> calls;
+  std::vector<std::size_t> record_of_call;  // which of the recording's each of them is
 };
 
 AsRings as_rings(const Recording &recording);

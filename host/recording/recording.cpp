@@ -4,6 +4,7 @@
 #include <sys/stat.h>
 
 #include <algorithm>
+#include <bit>
 #include <cerrno>
 #include <cstring>
 #include <map>
@@ -12,6 +13,7 @@
 #include "host/base/descriptor.h"
 #include "host/base/read_all.h"
 #include "host/box/box_error.h"
+#include "host/box/record_words.h"
 
 namespace recording {
 namespace {
@@ -188,6 +190,26 @@ std::uint32_t word_at(std::string_view bytes, std::size_t at, bool is_big_endian
     word |= byte << 8U * (is_big_endian ? 3 - i : i);
   }
   return word;
+}
+
+box::Bytes content_here(const Record &record) {
+  box::Bytes bytes(record.content.begin(), record.content.end());
+  if (record.is_big_endian == (std::endian::native == std::endian::big)) return bytes;
+  switch (record.kind) {
+    case LMAINTE_RECORD_GET:
+    case LMAINTE_RECORD_PUT:
+      box::swap_words(record.text, bytes);
+      break;
+    case LMAINTE_RECORD_SEND:
+    case LMAINTE_RECORD_RECEIVE:  // of words, as those of the box's daemon
+      for (std::size_t at = 0; at + 4 <= bytes.size(); at += 4) {
+        std::reverse(bytes.begin() + static_cast<long>(at), bytes.begin() + static_cast<long>(at) + 4);
+      }
+      break;
+    default:
+      break;
+  }
+  return bytes;
 }
 
 Recording read(std::string bytes, const std::string &name) {

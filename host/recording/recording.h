@@ -12,6 +12,7 @@
 #include <string_view>
 #include <vector>
 
+#include "host/box/database.h"
 #include "include/lmainte_record.h"
 
 namespace recording {
@@ -54,6 +55,9 @@ Recording read(std::string bytes, const std::string &name);
 
 // What is wrong with it beside what is whole: a sentence each.
 std::vector<std::string> remarks(const Recording &recording, const std::string &name);
+
+// The content in the byte order of this machine: the words of records that a box knows, and of messages; all else is bytes.
+box::Bytes content_here(const Record &record);
 
 std::uint32_t word_at(std::string_view bytes, std::size_t at, bool is_big_endian);  // 0 behind the end
 

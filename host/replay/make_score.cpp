@@ -1,11 +1,9 @@
 #include "host/replay/make_score.h"
 
 #include <algorithm>
-#include <bit>
 #include <cstring>
 #include <map>
 
-#include "host/box/record_words.h"
 #include "host/recording/as_rings.h"
 #include "host/replay/score.h"
 
@@ -13,10 +11,6 @@ namespace replay {
 namespace {
 
 using recording::Record;
-
-bool is_of_this_machine(const Record &record) {
-  return record.is_big_endian == (std::endian::native == std::endian::big);
-}
 
 // ---- Runs
 
@@ -108,27 +102,6 @@ bool is_call(const Record &record) {
   }
 }
 
-// The content in the byte order of this machine.
-box::Bytes content_of(const Record &record) {
-  box::Bytes bytes(record.content.begin(), record.content.end());
-  if (is_of_this_machine(record)) return bytes;
-  switch (record.kind) {
-    case LMAINTE_RECORD_GET:
-    case LMAINTE_RECORD_PUT:
-      box::swap_words(record.text, bytes);
-      break;
-    case LMAINTE_RECORD_SEND:
-    case LMAINTE_RECORD_RECEIVE:  // of words, as those of the box's daemon
-      for (std::size_t at = 0; at + 4 <= bytes.size(); at += 4) {
-        std::reverse(bytes.begin() + static_cast<long>(at), bytes.begin() + static_cast<long>(at) + 4);
-      }
-      break;
-    default:
-      break;
-  }
-  return bytes;
-}
-
 class Score {
  public:
   explicit Score(const Run &run) {
@@ -153,7 +126,7 @@ class Score {
 
  private:
   void add(const Record &record) {
-    const box::Bytes content = content_of(record);
+    const box::Bytes content = recording::content_here(record);
     replay_call call{};
     call.kind = record.kind;
     call.result = record.result;

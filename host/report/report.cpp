@@ -175,10 +175,10 @@ class Writer {
 };
 
 std::string verdict_of(const Play &play) {
-  if (play.steps.empty()) return R"(<p class="verdict">No step was played.</p>)";
+  if (play.steps.empty()) return R"(<p class="verdict">There is no step.</p>)";
   const std::string all = number_of(play.steps.size(), "step") + " in " + seconds_text(play.steps.back().time);
   if (play.reason.empty())
-    return R"(<p class="verdict"><span class="passed">✓ Played to its end</span>: )" + all + ".</p>";
+    return R"(<p class="verdict"><span class="passed">✓ )" + html(play.done) + "</span>: " + all + ".</p>";
   return R"(<p class="verdict"><span class="failed">✗ Failed</span> at )" + html(play.steps.back().place) + ", after " +
          all + ".</p>";
 }
@@ -229,7 +229,8 @@ std::string page_of(const Play &play) {
   }
   for (const std::string &each : play.log) log += "<li>" + html(each) + "</li>\n";
   const std::string left_out = out == 0 ? "" : "<p>" + number_of(out, "older line") + " left out.</p>\n";
-  return filled(kPage, {{"@TITLE@", html("The play " + play.name)},
+  return filled(kPage, {{"@TITLE@", html("The " + play.what + " " + play.name)},
+                        {"@WHAT@", html(play.what)},
                         {"@COLOURS@", colours()},
                         {"@VERDICT@", verdict_of(play)},
                         {"@WRONG@", play.reason.empty() ? " hidden" : ""},

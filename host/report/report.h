@@ -1,5 +1,5 @@
-// A play as one page that needs nothing else: a time line and, at each step, the screen with its colours, the server, what was
-// done, and the trace and the log up to there.
+// A play, or a recording, as one page that needs nothing else: a time line and, at each step, the screen with its colours, the server,
+// what was done, and the trace and the log up to there.
 #pragma once
 
 #include <chrono>
@@ -38,6 +38,8 @@ struct TraceLine {
 };
 
 struct Play {
+  std::string what = "play";               // it is called so: "The play walk"
+  std::string done = "Played to its end";  // where no step failed
   std::string name;
   std::vector<Step> steps;
   std::string reason;  // why the last step failed; empty: it did not

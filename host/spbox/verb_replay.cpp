@@ -2,15 +2,19 @@
 #include <memory>
 #include <utility>
 
+#include "host/base/shown.h"
 #include "host/box/box_error.h"
+#include "host/play/interrupts.h"
 #include "host/recording/as_rings.h"
 #include "host/recording/recording.h"
 #include "host/spbox/answer.h"
+#include "host/spbox/recording_page.h"
 #include "host/spbox/replay_command.h"
 #include "host/spbox/standard_output.h"
 #include "host/spbox/text.h"
 #include "host/spbox/trace_lines.h"
 #include "host/spbox/verbs.h"
+#include "host/spbox/whole_file.h"
 #include "host/trace_book/history.h"
 
 namespace spbox {
@@ -24,6 +28,7 @@ constexpr int kNothingToCompare = 2;
 struct ReplayOptions {
   TraceOptions trace;
   Replayed replayed;  // but for its run, which is that of the trace
+  std::filesystem::path page;
 };
 
 Holder recording_as_holder() {
@@ -44,21 +49,33 @@ Json::List steps_of(const std::vector<Told> &lines) {
   return steps;
 }
 
-void answer_with(const History &history, const TraceOptions &options) {
+std::vector<Told> lines_of(const History &history, const TraceOptions &options) {
   std::vector<const trace_book::Moment *> moments;
   for (const trace_book::Moment &moment : history.moments()) moments.push_back(&moment);
   std::vector<Told> lines = told(shown_of(moments, history, options), options.names());
   keep_last(lines, options.last);
-  answer({{"steps", steps_of(lines)}});
+  return lines;
 }
 
-int show(const recording::Recording &recording, const TraceOptions &options) {
+int write_page(const report::Play &page, const std::filesystem::path &file) {
+  write_whole_file(file, report::page_of(page));
+  const std::string steps = std::to_string(page.steps.size()) + (page.steps.size() == 1 ? " step" : " steps");
+  print_line(base::shown(file.native()) + " shows the recording in " + steps + ".");
+  return 0;
+}
+
+int show(const recording::Recording &recording, const ReplayOptions &options) {
   const recording::AsRings rings = recording::as_rings(recording);
   const History history(rings.records, rings.calls, recording.model);
+  if (!options.page.empty()) {
+    const play::Interrupts interrupts;  // the box of the pictures goes with them
+    const auto page = as_play(recording, rings, lines_of(history, options.trace), options.replayed.file.filename());
+    return interrupts.signal() == 0 ? write_page(page, options.page) : interrupts.die();
+  }
   if (is_for_script()) {
-    answer_with(history, options);
+    answer({{"steps", steps_of(lines_of(history, options.trace))}});
   } else {
-    print_history(history, options);
+    print_history(history, options.trace);
   }
   return 0;
 }
@@ -69,7 +86,7 @@ int replay(const ReplayOptions &options) {
   try {
     const recording::Recording recording = recording::read(replayed.file);
     for (const std::string &remark : recording::remarks(recording, replayed.file)) complain(remark);
-    return replayed.command.empty() ? show(recording, options.trace) : replay_command(recording, replayed);
+    return replayed.command.empty() ? show(recording, options) : replay_command(recording, replayed);
   } catch (const box::BoxError &error) {
     complain(error.what());
     return kNothingToCompare;
@@ -84,21 +101,28 @@ Verb replay_verb() {
   std::vector<Word> words = choosing_words(options->trace);
   words.insert(words.begin(),
                {.name = "FILE", .help = "The recording", .to = &options->replayed.file, .need = Need::kRequired});
-  words.insert(words.end(),
-               {{.name = "--calls",
-                 .help = "As a tree: which function called which, and how long it\ntook",
-                 .to = &options->trace.calls,
-                 .excludes = {"--json"}},
-                {.name = "--names",
-                 .help = "Each call for the name of a unit; without it, a list of\nunits is one line",
-                 .to = &options->trace.each_name},
-                {.name = "--limit",
-                 .help = "How long COMMAND may make no call; 60 without it",
-                 .to = number(options->replayed.limit, 1, 86400),
-                 .value = "SECONDS"},
-                {.name = "COMMAND",
-                 .help = "The command that gets the same answers, and its\narguments; -- may stand before it",
-                 .to = Rest{&options->replayed.command}}});
+  words.insert(
+      words.end(),
+      {{.name = "--calls",
+        .help = "As a tree: which function called which, and how long it\ntook",
+        .to = &options->trace.calls,
+        .excludes = {"--json"}},
+       {.name = "--names",
+        .help = "Each call for the name of a unit; without it, a list of\nunits is one line",
+        .to = &options->trace.each_name},
+       {.name = "--report",
+        .help =
+            "Write it there as one HTML page, to step through: the\nquestions, the server and the trace at each step",
+        .to = &options->page,
+        .value = "FILE",
+        .excludes = {"--json", "--calls", "COMMAND"}},
+       {.name = "--limit",
+        .help = "How long COMMAND may make no call; 60 without it",
+        .to = number(options->replayed.limit, 1, 86400),
+        .value = "SECONDS"},
+       {.name = "COMMAND",
+        .help = "The command that gets the same answers, and its\narguments; -- may stand before it",
+        .to = Rest{&options->replayed.command}}});
   return {.name = "replay",
           .line = "Show a recording, or run a command against it",
           .words = std::move(words),
@@ -113,6 +137,7 @@ Verb replay_verb() {
               "cannot be read or is not whole, or the command cannot be run.\n\n"
               "Examples:\n"
               "  spbox replay fault.rec --errors\n"
+              "  spbox replay fault.rec --report fault.html\n"
               "  spbox replay fault.rec -- ./replace_unit psu",
           .check = [options] { check(options->trace); },
           .prepare = [options] { options->trace.window = window_of_output(); },

@@ -1,10 +1,8 @@
 // The server of a box as a picture that lives, or printed once.
-#include <langinfo.h>
 #include <poll.h>
 #include <unistd.h>
 
 #include <chrono>
-#include <clocale>
 #include <csignal>
 #include <memory>
 #include <optional>
@@ -12,6 +10,7 @@
 #include "host/box/contents.h"
 #include "host/box/pulse.h"
 #include "host/play/interrupts.h"
+#include "host/spbox/picture_lines.h"
 #include "host/spbox/standard_output.h"
 #include "host/spbox/verbs.h"
 #include "host/spbox/watch_eyes.h"
@@ -30,26 +29,14 @@ struct WatchOptions {
   bool once = false;
 };
 
-watch::Letters letters_of_locale() {
-  setlocale(LC_CTYPE, "");  // NOLINT(concurrency-mt-unsafe): one thread
-  // NOLINTNEXTLINE(concurrency-mt-unsafe): as above
-  return std::string_view(nl_langinfo(CODESET)) == "UTF-8" ? watch::Letters::kUnicode : watch::Letters::kAscii;
-}
-
-// As many rows as it takes: nobody looks at it through a window.
+// Nobody looks at it through a window.
 int print_picture(const box::Place &place) {
   constexpr std::size_t kLines = 8;
-  constexpr int kMostRows = 200;
-  const watch::Letters letters = letters_of_locale();
   watch::Scene scene;
   const std::string unread = look_at(place, {}, kLines, scene);
   if (!scene.trouble.empty()) throw box::BoxError(scene.trouble);
   scene.at_work = at_work_in(place);
-  watch::View view;
-  view.box = place.root().string();
-  std::vector<std::string> lines = watch::draw(scene, view, kMostRows, watch::kLeastColumns, letters).canvas.lines();
-  while (!lines.empty() && lines.back().empty()) lines.pop_back();
-  for (const std::string &line : lines) print_line(line);
+  for (const std::string &line : picture_lines(scene, place.root().string())) print_line(line);
   if (!unread.empty()) throw box::BoxError(unread);
   return 0;
 }

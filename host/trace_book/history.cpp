@@ -1,6 +1,8 @@
 #include "host/trace_book/history.h"
 
 #include <algorithm>
+#include <array>
+#include <cstdio>
 #include <map>
 #include <utility>
 
@@ -263,6 +265,15 @@ std::vector<Told> told(const std::vector<const Moment *> &moments, UnitNames nam
     line.duration_ns = line.duration_ns.value_or(0) + moment->duration_ns.value_or(0);
   }
   return lines;
+}
+
+std::string line_since(std::int64_t begin_ns, const Told &line) {
+  constexpr double kSecond = 1e9;
+  std::array<char, 32> since{};
+  std::snprintf(since.data(), since.size(), "%10.6f  ", static_cast<double>(line.moment->time_ns - begin_ns) / kSecond);
+  std::string text = since.data() + std::string(2 * line.moment->depth, ' ') + line.moment->function + ": " + line.text;
+  std::ranges::replace(text, '\n', ' ');
+  return text;
 }
 
 std::string Run::name() const {

@@ -76,4 +76,7 @@ struct Told {
 enum class UnitNames { kTogether, kEach };
 std::vector<Told> told(const std::vector<const Moment *> &moments, UnitNames names);
 
+// In one line, for a page: the seconds since then, and what happened, further in the deeper it is.
+std::string line_since(std::int64_t begin_ns, const Told &line);
+
 }  // namespace trace_book

@@ -59,6 +59,7 @@ class Painter {
 };
 
 std::string title_of(const Server &server, const std::string &box) {
+  if (server.fan_speed.empty()) return " " + server.model + "; " + box + " ";
   return " " + server.model + ": " + (server.in_maintenance_mode ? "MAINTENANCE MODE" : "no maintenance mode") +
          ", fans " + server.fan_speed + ", " + server.note + "; " + box + " ";
 }

@@ -36,8 +36,8 @@ struct Part {
 struct Server {
   std::string model;
   bool in_maintenance_mode = false;
-  std::string fan_speed;
-  std::string note;  // on which service processor it runs, or why that cannot be read
+  std::string fan_speed;  // empty: nobody knows what the server does as a whole
+  std::string note;       // on which service processor it runs, or why that cannot be read
   std::vector<Unit> units;
   std::vector<Part> parts;
   std::vector<std::string> bent;      // what is bent, broken, deviated, or set where no unit shows it; a line each

@@ -66,8 +66,9 @@ class Replay : public testing::Test {
     for (std::string word; words >> word;) command.push_back(word);
     return spbox(command);
   }
-  std::string file() const {
-    std::ifstream in(scratch_ / "fault.rec", std::ios::binary);
+  std::string file() const { return text_of("fault.rec"); }
+  std::string text_of(const char *name) const {
+    std::ifstream in(scratch_ / name, std::ios::binary);
     return {std::istreambuf_iterator<char>(in), {}};
   }
 
@@ -224,6 +225,26 @@ TEST_F(Replay, ShowsWhatWasRecordedInWords) {
   made.add({.kind = LMAINTE_RECORD_QUESTION, .first = 2, .text = "Which \x1b[2Jone?"});
   std::ofstream(scratch_ / "made.rec", std::ios::binary) << made.bytes;
   EXPECT_NE(spbox({"replay", "made.rec"}).output.find("Which \\x1b[2Jone?"), std::string::npos);
+}
+
+// What no record tells is unknown in the picture: of a new box, all would be well.
+TEST_F(Replay, KeepsARecordingAsAPage) {
+  make_box();
+  done({"fault", "box", "/PSU#1"});
+  record(kCalls, "9\n2\n");
+  const Done made = spbox({"replay", "fault.rec", "--report", "fault.html"});
+  EXPECT_EQ(made.exit_status, 0);
+  EXPECT_EQ(made.output, "fault.html shows the recording in 11 steps.\n");
+  const std::string page = text_of("fault.html");
+  for (const char *line :
+       {"The recording fault.rec", "✓ Recorded</span>: 11 steps in ", "<h3>What the operator saw of it</h3>",
+        "cli_ask_select: &quot;Which?&quot;", "Which? 9\nWhich? 2\n", "starts: /mgb/bin/ctlmainte -c lock",
+        "record of_the_caller of current (2)", "   1?  ", "   1F  "}) {
+    EXPECT_NE(page.find(line), std::string::npos) << line;
+  }
+  EXPECT_NE(spbox({"replay", "fault.rec", "--report", "absent/fault.html"}).output.find("No such file or directory"),
+            std::string::npos);
+  EXPECT_EQ(spbox({"replay", "fault.rec", "--report", "fault.html", "--", CALLER}).exit_status, 2);
 }
 
 TEST_F(Replay, GoesOnInARecordingAndAsksWhichRunIsMeant) {

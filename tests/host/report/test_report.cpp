@@ -73,7 +73,7 @@ TEST(Report, HasItsStepsInOrderAndTheLastOneFailed) {
   play.reason.clear();
   EXPECT_TRUE(has(page_of(play), "✓ Played to its end</span>: 3 steps in 0.2 s."));
   EXPECT_FALSE(has(page_of(play), "class=\"wrong\""));
-  EXPECT_TRUE(has(page_of(Play{}), "No step was played."));
+  EXPECT_TRUE(has(page_of(Play{}), "There is no step."));
 }
 
 TEST(Report, HasOnceWhatStaysTheSame) {

@@ -85,6 +85,8 @@ TEST(Picture, SaysWhatTheServerDoes) {
   scene.server.fan_speed = "high";
   EXPECT_TRUE(
       shows(picture_of(scene, {.box = "box"}), " qa: MAINTENANCE MODE, fans high, service processor unit 0; box "));
+  scene.server.fan_speed = "";
+  EXPECT_TRUE(shows(picture_of(scene, {.box = "box"}), " qa; box ")) << "where nobody knows";
 }
 
 TEST(Picture, ShowsDomainsOfParts) {

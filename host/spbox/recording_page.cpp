@@ -1,0 +1,117 @@
+#include "host/spbox/recording_page.h"
+
+#include <algorithm>
+#include <array>
+#include <cstring>
+#include <sstream>
+
+#include "host/box/event_log.h"
+#include "host/spbox/log_book.h"
+#include "host/spbox/recording_server.h"
+
+namespace spbox {
+namespace {
+
+using box::CallEntry;
+using box::CallKind;
+using trace_book::Moment;
+using trace_book::Told;
+
+// What somebody does, or what is done to the world; what is between two of these stands in the trace.
+bool is_step(CallKind kind) {
+  constexpr std::array<CallKind, 8> kSteps{CallKind::kBegin,      CallKind::kEnd,      CallKind::kProgram,
+                                           CallKind::kProgramEnd, CallKind::kQuestion, CallKind::kAnswer,
+                                           CallKind::kWrite,      CallKind::kLog};
+  return std::ranges::find(kSteps, kind) != kSteps.end();
+}
+
+class Page {
+ public:
+  Page(const recording::Recording &recording, const recording::AsRings &rings, const std::string &name)
+      : rings_(rings), model_(recording.model), server_(recording) {
+    play.what = "recording";
+    play.done = "Recorded";
+    play.name = name;
+  }
+
+  void take(const Told &line) {
+    const Moment &moment = *line.moment;
+    if (play.trace.empty()) begin_ns_ = moment.time_ns;
+    play.trace.push_back({trace_book::line_since(begin_ns_, line), moment.is_error});
+    if (moment.is_of_library) return;
+    const CallEntry &call = rings_.calls.at(moment.number);
+    show(call);
+    if (call.kind == CallKind::kLog) save(call);
+    if (!is_step(call.kind)) return;
+    report::Step step;
+    step.place = "process " + std::to_string(call.pid);
+    step.text = moment.function + ": " + line.text;
+    step.time = std::chrono::milliseconds((moment.time_ns - begin_ns_) / 1'000'000);
+    step.screens = {{"What the operator saw of it", screen_}};
+    step.server = server_.picture_before(rings_.record_of_call.at(moment.number) + 1);
+    step.trace = play.trace.size();
+    step.log = play.log.size();
+    play.steps.push_back(std::move(step));
+  }
+
+  report::Play play;
+
+ private:
+  // The commands as they were started, the questions, and what was typed. What commands print besides is not in a recording.
+  void show(const CallEntry &call) {
+    switch (call.kind) {
+      case CallKind::kBegin:
+        show("$ " + call.whole_text + "\n");
+        break;
+      case CallKind::kQuestion:
+        asked_ = call.whole_text;
+        show(asked_);
+        break;
+      case CallKind::kAnswer:
+        show(call.whole_text + "\n");
+        if (call.result == box::kNoAnswer) show(asked_);
+        break;
+      default:
+        break;
+    }
+  }
+
+  void show(const std::string &text) {
+    constexpr std::size_t kMostRows = 24;
+    std::istringstream rows(text);
+    bool is_first = !is_in_row_;
+    for (std::string row; std::getline(rows, row); is_first = true) {
+      if (is_first || screen_.empty()) screen_.emplace_back();
+      screen_.back().push_back({row, {}});
+    }
+    is_in_row_ = !text.ends_with('\n');
+    if (screen_.size() > kMostRows) screen_.erase(screen_.begin(), screen_.end() - kMostRows);
+  }
+
+  void save(const CallEntry &call) {
+    box::LogEntry entry{
+        .time_ns = call.time_ns, .pid = static_cast<std::uint32_t>(call.pid), .head = call.first, .event = {}};
+    if (call.whole_text.size() < entry.event.size() || call.result != 0) return;
+    std::memcpy(entry.event.data(), call.whole_text.data(), entry.event.size());
+    play.log.push_back(sentence_of(decode(model_, entry)));
+  }
+
+  const recording::AsRings &rings_;
+  std::uint32_t model_;
+  RecordingServer server_;
+  std::int64_t begin_ns_ = 0;
+  std::string asked_;  // last
+  std::vector<terminal::PaintedRow> screen_;
+  bool is_in_row_ = false;
+};
+
+}  // namespace
+
+report::Play as_play(const recording::Recording &recording, const recording::AsRings &rings,
+                     const std::vector<Told> &lines, const std::string &name) {
+  Page page(recording, rings, name);
+  for (const Told &line : lines) page.take(line);
+  return std::move(page.play);
+}
+
+}  // namespace spbox
