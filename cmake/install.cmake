@@ -9,7 +9,8 @@ list(TRANSFORM libraries REPLACE "(.+)" "$<TARGET_FILE:\\1>" OUTPUT_VARIABLE nee
 list(APPEND needed ${PROJECT_BINARY_DIR}/locale)
 if(LMAINTE_HOST)
   list(APPEND needed $<TARGET_FILE:lmainte_host> $<TARGET_FILE:spbox> $<TARGET_FILE:control_program>
-      $<TARGET_FILE:monitor_daemon> $<TARGET_FILE:platform_server> $<TARGET_FILE:lmainte_clock> $<TARGET_FILE:lmainte_replay> ${PROJECT_BINARY_DIR}/man/man1/spbox.1
+      $<TARGET_FILE:monitor_daemon> $<TARGET_FILE:platform_server> $<TARGET_FILE:lmainte_clock>
+      $<TARGET_FILE:lmainte_emulator> $<TARGET_FILE:lmainte_replay> ${PROJECT_BINARY_DIR}/man/man1/spbox.1
       ${PROJECT_BINARY_DIR}/man/man7/lmainte.7)
 endif()
 install(CODE "set(is_alone ${PROJECT_IS_TOP_LEVEL})" ALL_COMPONENTS)  # others have components of their own
@@ -56,8 +57,8 @@ if(LMAINTE_HOST)
       -Wl,--push-state,--no-as-needed,-llmainte_host,--pop-state)
   install(FILES host/include/lmainte_host.h TYPE INCLUDE COMPONENT development)
   install(TARGETS spbox RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT box)
-  install(TARGETS control_program monitor_daemon platform_server lmainte_clock lmainte_replay RUNTIME DESTINATION ${CMAKE_INSTALL_LIBEXECDIR}/lmainte
-      COMPONENT box LIBRARY DESTINATION ${CMAKE_INSTALL_LIBEXECDIR}/lmainte COMPONENT box)
+  install(TARGETS control_program monitor_daemon platform_server lmainte_clock lmainte_emulator lmainte_replay
+      RUNTIME DESTINATION ${CMAKE_INSTALL_LIBEXECDIR}/lmainte COMPONENT box LIBRARY DESTINATION ${CMAKE_INSTALL_LIBEXECDIR}/lmainte COMPONENT box)
   install(DIRECTORY ${PROJECT_BINARY_DIR}/man/man1 DESTINATION ${CMAKE_INSTALL_MANDIR} COMPONENT box)
   install(DIRECTORY ${PROJECT_BINARY_DIR}/man/man3 ${PROJECT_BINARY_DIR}/man/man7 DESTINATION ${CMAKE_INSTALL_MANDIR}
       COMPONENT development)

@@ -13,6 +13,7 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include "host/emulator/emulator.h"
 #include "host/include/lmainte_host.h"
 #include "host/platform/files_in_tmp.h"
 #include "include/lmainte_record.h"
@@ -157,10 +158,12 @@ static bool is_pager(const char *path, char *const *arguments) {
 EXPORT int execve(const char *path, char *const arguments[], char *const environment[]) {
   be_ready();
   const int refusal = is_pager(path, arguments) ? platform_starts_pager(arguments[2]) : 0;
-  if (refusal == 0) lmainte_record_program(path, arguments);
-  if (refusal == 0) return g_next.execve(path, arguments, environment);
-  errno = refusal;
-  return -1;
+  if (refusal != 0) {
+    errno = refusal;
+    return -1;
+  }
+  lmainte_record_program(path, arguments);
+  return emulator_takes(path, arguments, environment) ? -1 : g_next.execve(path, arguments, environment);
 }
 
 EXPORT pid_t waitpid(pid_t child, int *status, int options) {

@@ -42,8 +42,7 @@ pid_t start_in_root(const RootPlan &plan, const std::vector<std::string> &progra
                     const std::function<void()> &in_child) {
   const base::Descriptor filter = call_filter();
   std::vector<std::string> arguments = bwrap_arguments(plan);
-  const std::string preloaded = preload_list(plan);
-  const base::Descriptor list(preloaded.empty() ? -1 : file_with(preloaded));
+  const base::Descriptor list(plan.preloaded.empty() ? -1 : file_with(preload_list(plan.preloaded)));
   if (list.get() >= 0) {
     const std::vector<std::string> more = preload_arguments(list.get());
     arguments.insert(arguments.end(), more.begin(), more.end());

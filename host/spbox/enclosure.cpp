@@ -62,10 +62,6 @@ void add_own_etc(std::vector<std::string> &arguments) {
   }
 }
 
-bool preloads(const RootPlan &plan) {
-  return !plan.clock_library.empty() || !plan.replay_library.empty();
-}
-
 // The workstation's top folders, but for those that the box has of its own.
 void add_workstation(const RootPlan &plan, std::vector<std::string> &arguments) {
   constexpr std::array<std::string_view, 5> kOwn{"mgb", "tmp", "dev", "proc", "run"};
@@ -74,7 +70,7 @@ void add_workstation(const RootPlan &plan, std::vector<std::string> &arguments) 
     bool own = false;
     for (const std::string_view other : kOwn) own = own || name == other;
     if (own) continue;
-    if (name == "etc" && preloads(plan)) {
+    if (name == "etc" && !plan.preloaded.empty()) {
       add_own_etc(arguments);
       continue;
     }
@@ -142,17 +138,14 @@ void add_box(const RootPlan &plan, std::vector<std::string> &arguments) {
   add(arguments, {"--ro-bind", plan.control_program, "/mgb/lib/control_program"});
   add(arguments, {"--ro-bind", plan.daemon, kDaemonInside});
   add(arguments, {"--symlink", name_of_this_run(), kRunInside});
-  if (!plan.clock_library.empty()) {
-    add(arguments, {"--ro-bind", plan.clock_library, BOX_TIME_LIBRARY, "--bind", plan.box.clock(), BOX_TIME_PAGE});
-  }
+  for (const auto &[library, inside] : plan.preloaded) add(arguments, {"--ro-bind", library, inside});
+  if (plan.has_own_time) add(arguments, {"--bind", plan.box.clock(), BOX_TIME_PAGE});
   if (plan.machine) {
     const std::vector<std::string> more = machine_arguments(*plan.machine);
     arguments.insert(arguments.end(), more.begin(), more.end());
     add(arguments, {"--ro-bind", plan.platform_server, kPlatformServerInside});
   }
-  if (!plan.replay_library.empty()) {
-    add(arguments, {"--ro-bind", plan.replay_library, REPLAY_LIBRARY, "--bind", plan.score, REPLAY_SCORE});
-  }
+  if (!plan.score.empty()) add(arguments, {"--bind", plan.score, REPLAY_SCORE});
   if (!plan.recording.empty()) add(arguments, {"--bind", plan.recording, kRecordingInside});
   add(arguments, {"--ro-bind", plan.spbox, kSpboxInside, "--remount-ro", "/mgb/lib"});
   add(arguments, {"--bind", plan.box.tmp(), "/tmp"});
@@ -189,12 +182,10 @@ std::vector<std::string> bwrap_arguments(const RootPlan &plan) {
 }
 
 // What the workstation preloads itself comes first. A list that cannot be read preloads nothing there, either.
-std::string preload_list(const RootPlan &plan) {
-  if (!preloads(plan)) return {};
+std::string preload_list(const std::vector<Preloaded> &preloaded) {
   std::string text = base::text_if_readable(kPreloadList);
   if (!text.empty() && !text.ends_with('\n')) text += '\n';
-  if (!plan.clock_library.empty()) text += BOX_TIME_LIBRARY "\n";
-  if (!plan.replay_library.empty()) text += REPLAY_LIBRARY "\n";
+  for (const Preloaded &each : preloaded) text += std::string(each.inside) + "\n";
   return text;
 }
 

@@ -13,23 +13,29 @@
 
 namespace spbox {
 
+// A library that all programs in a root preload.
+struct Preloaded {
+  std::filesystem::path library;
+  const char *inside;
+};
+
 // What a root is made for.
 struct RootPlan {
   box::Place box;
-  std::filesystem::path spbox;               // this program
-  std::filesystem::path control_program;     // mounted where the control programs' names lead
-  std::filesystem::path daemon;              // mounted beside it
-  std::filesystem::path program;             // the command's program, as far as it is found
-  std::filesystem::path folder;              // the working folder
-  bool pager = true;                         // false: the pager cannot be run
-  bool network = false;                      // true: the workstation's
-  std::set<std::string> guests = {};         // what is mounted below /tmp
-  std::filesystem::path clock_library = {};  // preloaded into all programs, where the box has its own time; empty: none
-  std::optional<Machine> machine = {};       // of the command, where that is not the workstation
+  std::filesystem::path spbox;                 // this program
+  std::filesystem::path control_program;       // mounted where the control programs' names lead
+  std::filesystem::path daemon;                // mounted beside it
+  std::filesystem::path program;               // the command's program, as far as it is found
+  std::filesystem::path folder;                // the working folder
+  bool pager = true;                           // false: the pager cannot be run
+  bool network = false;                        // true: the workstation's
+  std::set<std::string> guests = {};           // what is mounted below /tmp
+  bool has_own_time = false;                   // the box's, which its page tells
+  std::vector<Preloaded> preloaded = {};       // of spbox's own
+  std::optional<Machine> machine = {};         // of the command, where that is not the workstation
   std::filesystem::path platform_server = {};  // which the machine's programs ask
   std::filesystem::path recording = {};        // what the command asks of its platform is written there; empty: nowhere
-  std::filesystem::path replay_library = {};   // preloaded into all programs, answers them by the score; empty: none
-  std::filesystem::path score = {};
+  std::filesystem::path score = {};            // by which a preloaded library answers the command; empty: none does
 };
 
 // The workstation's own things in /tmp that the command must see: what holds the program, the working folder or spbox. They are
@@ -39,9 +45,9 @@ std::set<std::string> guests_in_tmp(const RootPlan &plan);
 // The arguments of bwrap that make the root.
 std::vector<std::string> bwrap_arguments(const RootPlan &plan);
 
-// The file that has all programs in the root preload the libraries of the plan: its text, which is empty where there are
-// none, and the arguments of bwrap that put there what it reads from a descriptor.
-std::string preload_list(const RootPlan &plan);
+// The file that has all programs in a root preload libraries: its text, and the arguments of bwrap that put there what it reads from
+// a descriptor.
+std::string preload_list(const std::vector<Preloaded> &preloaded);
 std::vector<std::string> preload_arguments(int fd);
 
 // Makes the lock files of databases that have none, in a box that was copied without them: nobody makes them in the root.

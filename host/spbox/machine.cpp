@@ -14,8 +14,8 @@
 #include <string_view>
 #include <system_error>
 
-#include "host/base/child.h"
 #include "host/box/box_error.h"
+#include "host/emulator/emulator.h"
 #include "host/spbox/found_program.h"
 #include "host/spbox/run_mark.h"
 #include "host/spbox/standard_output.h"
@@ -30,8 +30,7 @@ constexpr const char *kName = "powerpc", *kEmulator = "qemu-ppc", *kLibraries = 
 constexpr const char *kLoader = "lib/ld.so.1";
 
 // In the root of a command.
-constexpr const char *kLibrariesInside = "/mgb/lib/machine", *kEmulatorInside = "/mgb/lib/emulator",
-                     *kProgramsInside = "/mgb/lib/programs";
+constexpr const char *kProgramsInside = "/mgb/lib/programs";
 
 // And in the folder of links.
 constexpr const char *kCommands = "commands", *kPrograms = "programs";
@@ -43,12 +42,12 @@ struct Kind {
   std::uint16_t machine = 0;
   bool operator==(const Kind &) const = default;
 };
-constexpr Kind kTarget{1, 2, 20};  // 32 bits, the highest byte first, PowerPC
-constexpr Kind kCut{};             // it ends before its head does
+constexpr Kind kTarget{EMULATED_WORD_SIZE, EMULATED_BYTE_ORDER, EMULATED_MACHINE};
+constexpr Kind kCut{};  // it ends before its head does
 
 // None where it is no program that the system loads by itself, such as a script.
 std::optional<Kind> kind_of(const fs::path &program) {
-  std::array<unsigned char, 20> head{};
+  std::array<unsigned char, EMULATED_HEAD_SIZE> head{};
   std::ifstream file(program, std::ios::binary);
   file.read(reinterpret_cast<char *>(head.data()), head.size());
   if (std::memcmp(head.data(), "\177ELF", 4) != 0) return std::nullopt;
@@ -107,7 +106,7 @@ std::string what_is_missing() {
 // Also where the link leads to what the root of a command does not show.
 bool is_machine_here() {
   std::error_code error;
-  return fs::is_symlink(kEmulatorInside, error);
+  return fs::is_symlink(EMULATOR, error);
 }
 
 // As the system finds it. Of the names that several folders have, that of the machine's program comes first.
@@ -118,42 +117,22 @@ fs::path found_inside(const std::string &name) {
   return find_program(name);
 }
 
-// The words of the emulator in front of those of a program, but for the program's name.
-std::vector<std::string> emulator_words(const std::string &name, const std::string &program) {
-  return {kEmulatorInside, "-L", kLibrariesInside, "-0", name, program};
-}
-
-// What is meant for an emulator at hand, such as a debugger that it is to wait for.
-void forget_emulator_settings() {
-  std::vector<std::string> names;
-  for (char **variable = environ; *variable != nullptr; ++variable) {
-    const std::string_view text(*variable);
-    if (text.starts_with("QEMU_")) names.emplace_back(text.substr(0, text.find('=')));
-  }
-  for (const std::string &name : names) unsetenv(name.c_str());  // NOLINT(concurrency-mt-unsafe): one thread
-}
-
-// Returns why it cannot be, as become_command does. Of a program that may not be run the emulator says nothing where no terminal is.
+// Returns why it cannot be, as become_command does.
 std::string emulate(const fs::path &program, char **words) {
-  if (access(program.c_str(), R_OK | X_OK) != 0) return {};
-  forget_emulator_settings();
-  std::vector<std::string> command = emulator_words(words[0], program);
-  for (char **word = words + 1; *word != nullptr; ++word) command.emplace_back(*word);
-  const base::ArgumentVector arguments(std::move(command));
-  execv(kEmulatorInside, arguments.data());
+  emulator_become(program.c_str(), words, environ);
   const int why = errno;
+  if (access(program.c_str(), R_OK | X_OK) != 0) return {};
   std::error_code error;
-  return "the emulator " + fs::read_symlink(kEmulatorInside, error).string() +
+  return "the emulator " + fs::read_symlink(EMULATOR, error).string() +
          " cannot be run in the box: " + std::generic_category().message(why) + ".";
 }
 
 }  // namespace
 
 std::vector<std::string> words_on_machine(std::vector<std::string> words) {
-  const std::size_t of_emulator = emulator_words("", "").size();
-  if (words.size() < of_emulator || words[0] != kEmulatorInside) return words;
-  words[of_emulator - 1] = words[of_emulator - 2];
-  words.erase(words.begin(), words.begin() + static_cast<std::ptrdiff_t>(of_emulator - 1));
+  if (words.size() < EMULATOR_WORDS || words[0] != EMULATOR) return words;
+  words[EMULATOR_PROGRAM] = words[EMULATOR_NAME];
+  words.erase(words.begin(), words.begin() + EMULATOR_PROGRAM);
   return words;
 }
 
@@ -217,7 +196,7 @@ void make_links(Machine &machine, const fs::path &folder) {
 
 // The emulator looks for each file below the folder of the machine first: what the workstation preloads is nothing for it.
 std::vector<std::string> machine_arguments(const Machine &machine) {
-  const std::string libraries = kLibrariesInside;
+  const std::string libraries = EMULATOR_LIBRARIES;
   return {"--ro-bind",
           machine.libraries / "lib",
           libraries + "/lib",
@@ -226,7 +205,7 @@ std::vector<std::string> machine_arguments(const Machine &machine) {
           libraries + "/etc/ld.so.preload",
           "--symlink",
           machine.emulator,
-          kEmulatorInside,
+          EMULATOR,
           "--symlink",
           "/mgb/run/" + machine.socket,
           std::string("/") + wire::kSocketLink,

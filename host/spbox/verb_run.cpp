@@ -9,7 +9,10 @@
 #include "host/box/daemon_socket.h"
 #include "host/clock/guest.h"
 #include "host/clock/hours.h"
+#include "host/clock/page.h"
+#include "host/emulator/emulator.h"
 #include "host/include/lmainte_host.h"
+#include "host/replay/score.h"
 #include "host/spbox/beside_process.h"
 #include "host/spbox/children.h"
 #include "host/spbox/enclosure.h"
@@ -40,10 +43,13 @@ struct RunOptions {
   std::vector<std::string> command;
 };
 
+void preload(RootPlan &plan, const char *inside) {
+  plan.preloaded.push_back({find_part(plan.spbox, fs::path(inside).filename(), R_OK), inside});
+}
+
 // The runtime of gcc's sanitizers would refuse to come after another library.
-void show_time_to(RootPlan &plan) {
+void let_sanitizers_come_later() {
   constexpr const char *kSanitizer = "ASAN_OPTIONS";
-  plan.clock_library = find_part(plan.spbox, "liblmainte_clock.so", R_OK);
   // NOLINTNEXTLINE(concurrency-mt-unsafe): one thread
   const char *options = std::getenv(kSanitizer);
   const std::string own = options == nullptr ? "" : std::string(options) + ":";
@@ -95,7 +101,10 @@ int run(const RunOptions &options) {
   const std::unique_ptr<box_time::Keeper> keeper = speed.keeper();
   box_time::keep(place.clock());
   const box_time::Guest guest(place.clock());  // of another keeper, where there is one
-  if (keeper || guest.has_box_time()) show_time_to(plan);
+  plan.has_own_time = keeper || guest.has_box_time();
+  if (plan.has_own_time) preload(plan, BOX_TIME_LIBRARY);
+  if (plan.machine) preload(plan, EMULATOR_CALLS);
+  if (!plan.preloaded.empty()) let_sanitizers_come_later();
   end_what_killed_runs_left(place);
   clear_up_behind_the_dead(place);
   complete_databases(place);
@@ -114,7 +123,7 @@ int run(const RunOptions &options) {
   setenv(LMAINTE_HOST_RUN, way_in(folder).c_str(), 1);
   // Not before what runs beside the command: the recording has what passes between that and its platform.
   if (!score.empty()) {
-    plan.replay_library = find_part(plan.spbox, "liblmainte_replay.so", R_OK);
+    preload(plan, REPLAY_LIBRARY);
     plan.score = score;
   }
   if (!recording.empty()) plan.recording = recording_for(recording, without_contents);

@@ -162,6 +162,40 @@ TEST_F(OtherMachine, ItsProgramIsFoundBehindTheWorkstationsWhereverItIs) {
   EXPECT_EQ(result.output, (elsewhere / "true").string() + " word /mgb/lib/emulator\n");
 }
 
+// The emulator here tells its name for the program, the program, its first word and what the environment has for an emulator.
+TEST_F(OtherMachine, AProgramOfTheWorkstationStartsOneOfTheMachineByItsPath) {
+  const std::string path = path_with_emulator("shift 3; echo $* $QEMU_STRACE\n");
+  write_program("of_target", kOfTarget);
+  write_program("kept", kOfTarget);
+  fs::permissions(scratch_ / "kept", fs::perms::owner_read);
+  write_program("script", "#!/bin/sh\n./of_target \"$@\"\n");
+  const std::string whole = (scratch_ / "of_target").string();
+  const struct {
+    std::string words, output;
+  } rows[] = {
+      {"./of_target word", "./of_target ./of_target word"},
+      {whole, whole + " " + whole},
+      {"PATH=. of_target", "of_target ./of_target"},
+      {"PATH=" + scratch_.path().string() + " of_target", "of_target " + whole},
+      {"env -i ./of_target word", "./of_target ./of_target word"},
+      {"env PATH=/bin:.: of_target", "of_target ./of_target"},
+      {"env PATH=/bin: of_target", "of_target of_target"},
+      {"env QEMU_STRACE=1 ./of_target", "./of_target ./of_target"},
+      {"./script word", "./of_target ./of_target word"},
+      {"cp of_target /tmp/-x; cd /tmp; env PATH=: -x", "-x ./-x"},
+      {"./kept 2>/dev/null || echo $?", "126"},
+      {"mkfifo -m 700 /tmp/fifo; /tmp/fifo 2>/dev/null || echo $?", "126"},
+      {"env PATH=/bin of_target 2>/dev/null || echo $?", "127"},
+  };
+  std::string script, expected;
+  for (const auto &[words, output] : rows) {
+    script += "( " + words + " ) 2>&1\n";
+    expected += output + "\n";
+  }
+  const Done result = run({"--machine", "powerpc", "box", "sh", "-c", script}, path);
+  EXPECT_EQ(result.output, expected);
+}
+
 // bwrap takes 9000 words.
 TEST_F(OtherMachine, ThousandsOfItsProgramsMayBeOnThePath) {
   const std::string path = path_with_emulator("exit 5\n") + ":" + (scratch_ / "many").string();
