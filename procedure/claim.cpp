@@ -41,6 +41,21 @@ bool is_running(pid_t process) {
   return !has_ended(process) && (kill(process, 0) == 0 || errno == EPERM);
 }
 
+// As lmainte_put_pinfo would empty the file first: who is killed there would leave it empty, and nobody would know of the one before any
+// more. One write puts the new text in the place of the old one, and its zero bytes end it for a reader.
+int32_t replace_process(int32_t fd, const char *old) {
+  char text[256] = {};
+  for (const lmainte_pinfo_provider &provider : pinfo_t) {
+    if (provider == nullptr) break;
+    if (&provider != pinfo_t) strncat(text, ",", sizeof text - 1 - strlen(text));
+    if (provider(text, sizeof text) != LMAINTE_OK) return LMAINTE_FAILED;
+  }
+  const size_t size = strlen(text), old_size = strnlen(old, sizeof text);
+  const auto both = static_cast<int32_t>(size > old_size ? size : old_size);
+  if (lseek(fd, 0, SEEK_SET) != 0 || lcmn_write(fd, text, both) != both) return LMAINTE_FAILED;
+  return ftruncate(fd, static_cast<off_t>(size)) == 0 ? LMAINTE_OK : LMAINTE_FAILED;
+}
+
 }  // namespace
 
 bool Claim::end() {
@@ -86,7 +101,7 @@ int32_t Claim::take(int32_t fd) {
                  static_cast<int>(other));
   else if (text[0] != '\0')
     lmainte_tell(words("The file %s names no process. It is written anew."), kFile);
-  result = lmainte_put_pinfo(fd);
+  result = is_taken_over_ ? replace_process(fd, text) : lmainte_put_pinfo(fd);
   is_held_ = result == LMAINTE_OK;
   if (is_held_) return LMAINTE_OUTCOME_DONE;
   return failed(text_of(words("The file %s could not be written"), kFile).view(), result, words("Is /tmp full?"));
