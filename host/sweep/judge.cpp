@@ -193,6 +193,8 @@ class Judge {
     last_ = joined(course_.end.shown, course_.columns, course_.typed_at);
   }
 
+  bool gives_reason() const { return fits(text_, kReason); }
+
   std::vector<Fault> faults() {
     if (!course_.end.ending) {
       add("the command did not end in time", {"exit 0"});
@@ -320,7 +322,7 @@ class Judge {
   void judge_reason() {
     const bool is_chosen = course_.gave_up || course_.line_cut || ended_by_signal();
     if (status() == 0 || is_as_good() || is_chosen) return;
-    if (fits(text_, kReason)) return;
+    if (gives_reason()) return;
     add("exit status " + std::to_string(status()) + ", and the screen does not say why", lines_without_reason());
   }
 
@@ -345,6 +347,10 @@ class Judge {
 };
 
 }  // namespace
+
+bool gives_reason(const Course &course, const Good &good) {
+  return Judge(course, good).gives_reason();
+}
 
 std::vector<Fault> faults_of(const Course &course, const Good &good) {
   if (course.was_unheard) {

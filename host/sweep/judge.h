@@ -17,4 +17,7 @@ struct Fault {
 // log are true.
 std::vector<Fault> faults_of(const Course &course, const Good &good);
 
+// Whether the screen has a sentence that the good play does not show.
+bool gives_reason(const Course &course, const Good &good);
+
 }  // namespace sweep

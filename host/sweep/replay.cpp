@@ -13,6 +13,7 @@
 #include "host/sweep/careful.h"
 #include "host/sweep/command_watch.h"
 #include "host/sweep/house.h"
+#include "host/sweep/judge.h"
 #include "host/sweep/sequel.h"
 #include "host/sweep/steps.h"
 
@@ -95,11 +96,12 @@ class Replay {
   }
 
   void note_hands(const Step &step) {
-    constexpr std::string_view kInsert = "insert ";
     if (!is_verb(step, {"hands"})) return;
-    const std::string &script = step.words[0];
-    if (const auto at = script.find(kInsert); at != std::string::npos) {
-      course_.put_back.insert(script.substr(at + kInsert.size()));
+    std::string script = step.words[0];
+    std::ranges::replace(script, ';', ' ');
+    std::istringstream words(script);
+    for (std::string word, unit; words >> word;) {
+      if (word == "insert" && words >> unit) course_.put_back.insert(unit);
     }
   }
 
@@ -227,7 +229,7 @@ class Replay {
     is_end_kept_ = false;
     start_ = at_;
     course_.signals.clear();
-    course_.put_back.clear();
+    if (stage_.technicians.at_work().empty()) course_.put_back.clear();
   }
 
   CommandEnd end_of_command() { return watch_.end(start_, good_.commands.at(command_).left); }
@@ -307,20 +309,26 @@ class Replay {
     });
   }
 
-  // The same command once more, given up at its first question, has to put all in order. One that is killed there, or cannot put all in
-  // order because it meets the second deviation, is followed by another one.
+  // The same command once more, given up at its first question, has to put all in order. One that is killed there, or meets the second
+  // deviation and says why it cannot begin, is followed by another one.
   Course go_on_behind_kill() {
     course_.was_killed = true;
     const std::set<fs::path> files = stage_.op().before().files;
     std::size_t met = 0;
     do {
       met = count_happened();
-      std::ranges::copy(course_.end.shown, std::back_inserter(course_.shown_by_killed));
+      if (is_killed()) std::ranges::copy(course_.end.shown, std::back_inserter(course_.shown_by_killed));
       begin_again();
       note_files_left(files);
-    } while (count_happened() > met && (is_killed() || leaves_more_than_good()));
+    } while (count_happened() > met && (is_killed() || could_not_begin()));
     course_.happened = have_happened();
     return course_as_it_ends();
+  }
+
+  bool could_not_begin() const {
+    const auto &ending = course_.end.ending;
+    const bool has_failed = ending && !ending->by_signal && ending->number > 0 && ending->number < kSignalsFrom;
+    return has_failed && !course_.gave_up && leaves_more_than_good() && gives_reason(course_, good_);
   }
 
   // Those that the killed one made, too.
