@@ -167,6 +167,23 @@ TEST_F(SweepVerb, LetsOneMoreBeginWhereTheFirstBehindAKilledOneMeetsTheSecondDev
   EXPECT_TRUE(is_clear());
 }
 
+// It is spared where it says why it cannot begin, and nowhere else: this one lies.
+TEST_F(SweepVerb, JudgesTheCommandBehindAKilledOneThatMeetsTheSecondDeviation) {
+  write("command",
+        "if rm /tmp/mark 2>/dev/null; then /mgb/bin/ctlled -u /PSU#0 -c off\n"
+        "echo \"All is well, and nothing is left.\"; exit 0\nfi\n"
+        "/mgb/bin/ctlled -u /PSU#0 -c blink\n"
+        "echo text >/tmp/mark\n"
+        "echo \"Type 1 when you have seen it, q to give up:\"\n"
+        "read answer\n"
+        "rm /tmp/mark\n"
+        "/mgb/bin/ctlled -u /PSU#0 -c off\n");
+  write("exit 206.play", "box qa\nstart sh $HERE/command\nwait \"give up:\"\ntype \"1\\n\"\nexit 0\nin_order\n");
+  const Done done = spbox({"sweep", "exit 206.play", "--only", "exit 206", "--depth", "2", "--pairs", "60"});
+  EXPECT_TRUE(says(done, ".play:4: KILL and program ctlled 2: exit 206\n    the LED of /PSU#0 blinks")) << done.output;
+  EXPECT_TRUE(is_clear());
+}
+
 // What the second one brings about alone, too, is shown with it alone; and what a limit leaves out is told.
 TEST_F(SweepVerb, ShowsAPairByOneOfThemAndTellsWhatALimitLeftOut) {
   write("command", kForgets);
