@@ -145,10 +145,16 @@ static int spawn_emulator(char *const words[], char *const environment[], void *
 static int spawn_on_machine(spawning how, const char *path, char *const words[], char *const environment[]) {
   char room[PATH_MAX];
   const int saved = errno;
-  const char *const program = emulator_program(path, room);
-  if (program == NULL) return -1;
-  int error = access(program, R_OK | X_OK) == 0 ? 0 : errno;
-  if (error == 0) error = emulator_run(spawn_emulator, &how, program, words, environment);
+  const emulator_found it = emulator_program(path, room);
+  if (it.program == NULL && it.error == 0) return -1;
+  int error = 0;
+  if (it.program == NULL) {
+    error = g_next.posix_spawn(how.process, path, how.actions, how.attributes, words, environment);
+    if (error == ENOEXEC) error = it.error;
+  } else {
+    error = access(it.program, R_OK | X_OK) == 0 ? 0 : errno;
+    if (error == 0) error = emulator_run(spawn_emulator, &how, it.program, words, environment);
+  }
   errno = saved;
   return error;
 }

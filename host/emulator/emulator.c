@@ -2,9 +2,12 @@
 #define _FILE_OFFSET_BITS 64
 #include "host/emulator/emulator.h"
 
+#include <elf.h>
+#include <endian.h>
 #include <errno.h>
 #include <fcntl.h>
 #include <limits.h>
+#include <stdint.h>
 #include <string.h>
 #include <sys/stat.h>
 #include <sys/syscall.h>
@@ -18,14 +21,29 @@ static bool is_file(const char *path) {
   return stat(path, &about) == 0 && S_ISREG(about.st_mode);
 }
 
-static bool is_of_machine(const char *path) {
-  unsigned char head[EMULATED_HEAD_SIZE];
-  const int fd = is_file(path) ? open(path, O_RDONLY | O_CLOEXEC) : -1;
+_Static_assert(sizeof(Elf32_Ehdr) == EMULATED_HEAD_SIZE, "the head of a program has another size");
+
+/* The system, too, takes none whose head or table of segments is cut, or that is to be linked first. The emulator would end in silence. */
+static bool has_program_of_machine(int fd) {
+  Elf32_Ehdr head;
+  struct stat about;
+  if (read(fd, &head, sizeof head) != (ssize_t)sizeof head || fstat(fd, &about) != 0) return false;
+  const uint16_t type = be16toh(head.e_type);
+  const uint64_t table_end = be32toh(head.e_phoff) + (uint64_t)be16toh(head.e_phnum) * sizeof(Elf32_Phdr);
+  return memcmp(head.e_ident, ELFMAG, SELFMAG) == 0 && head.e_ident[EI_CLASS] == EMULATED_WORD_SIZE &&
+         head.e_ident[EI_DATA] == EMULATED_BYTE_ORDER && be16toh(head.e_machine) == EMULATED_MACHINE &&
+         (type == ET_EXEC || type == ET_DYN) && table_end <= (uint64_t)about.st_size;
+}
+
+/* The error says why nobody can know. */
+static bool is_of_machine(const char *path, int *error) {
+  if (!is_file(path)) return false;
+  const int fd = open(path, O_RDONLY | O_CLOEXEC);
+  if (fd < 0 && (errno == EMFILE || errno == ENFILE)) *error = errno;
   if (fd < 0) return false;
-  const ssize_t size = read(fd, head, sizeof head);
+  const bool is = has_program_of_machine(fd);
   close(fd);
-  return size == (ssize_t)sizeof head && memcmp(head, "\177ELF", 4) == 0 && head[4] == EMULATED_WORD_SIZE &&
-         head[5] == EMULATED_BYTE_ORDER && head[18] == EMULATED_MACHINE >> 8 && head[19] == (EMULATED_MACHINE & 255);
+  return is;
 }
 
 const char *emulator_path(const char *folder, size_t length, const char *name, char *room) {
@@ -44,8 +62,9 @@ static bool is_program_of_process(const char *path) {
   return strncmp(path, "/proc/", 6) == 0 && strcmp(name, "/exe") == 0;
 }
 
-/* The emulator looks elsewhere for the first, and takes the second for an option of its own. */
+/* The emulator looks elsewhere for the first, and takes the second for an option of its own. Of a thread it does not know the link. */
 static const char *plain(const char *path, char *room) {
+  if (strcmp(path, "/proc/thread-self/exe") == 0) path = "/proc/self/exe";
   if (is_program_of_process(path)) {
     const ssize_t size = readlink(path, room, PATH_MAX - 1);
     if (size < 0) return path;
@@ -55,13 +74,13 @@ static const char *plain(const char *path, char *room) {
   return path[0] == '-' ? emulator_path(".", 1, path, room) : path;
 }
 
-const char *emulator_program(const char *path, char *room) {
+emulator_found emulator_program(const char *path, char *room) {
   const int saved = errno;
-  const char *program = NULL;
-  if (path != NULL && access(EMULATOR, F_OK) == 0) program = plain(path, room);
-  if (program != NULL && !is_of_machine(program)) program = NULL;
+  emulator_found found = {NULL, 0};
+  if (path != NULL && access(EMULATOR, F_OK) == 0) found.program = plain(path, room);
+  if (found.program != NULL && !is_of_machine(found.program, &found.error)) found.program = NULL;
   errno = saved;
-  return program;
+  return found;
 }
 
 /* ---- How it is run */
@@ -77,21 +96,37 @@ static bool is_for_emulator(const char *variable) {
   return strncmp(variable, "QEMU_", 5) == 0;
 }
 
+/* What is meant for the loader of a program. The emulator has one, too. */
+static bool is_for_loader(const char *variable) {
+  return strncmp(variable, "LD_", 3) == 0;
+}
+
+/* The emulator takes a comma for the end of a variable. */
+static bool can_be_set(const char *variable) {
+  return strchr(variable, '=') != NULL && strchr(variable, ',') == NULL;
+}
+
 int emulator_run(emulator_start *start, void *more, const char *program, char *const words[],
                  char *const environment[]) {
   const size_t count = count_of(words), variables = count_of(environment);
-  const char *line[EMULATOR_WORDS + count + 1], *kept[variables + 1];
-  const char *const own[EMULATOR_NAME] = {EMULATOR, "-L", EMULATOR_LIBRARIES, "-0"};
-  for (size_t i = 0; i < EMULATOR_NAME; ++i) line[i] = own[i];
-  line[EMULATOR_NAME] = count == 0 ? "" : words[0];
-  line[EMULATOR_PROGRAM] = program;
-  size_t length = EMULATOR_WORDS, stay = 0;
-  for (size_t i = 1; i < count; ++i) line[length++] = words[i];
-  line[length] = NULL;
+  size_t length = 0, stay = 0, for_loader = 0;
+  for (size_t i = 0; i < variables; ++i) for_loader += is_for_loader(environment[i]);
+  const char *line[EMULATOR_OWN + 2 * for_loader + EMULATOR_NAMES + count + 1], *kept[variables + 1];
+  const char *const own[EMULATOR_OWN] = {EMULATOR, "-L", EMULATOR_LIBRARIES};
+  for (size_t i = 0; i < EMULATOR_OWN; ++i) line[length++] = own[i];
   for (size_t i = 0; i < variables; ++i) {
-    if (!is_for_emulator(environment[i])) kept[stay++] = environment[i];
+    if (!is_for_loader(environment[i])) {
+      if (!is_for_emulator(environment[i])) kept[stay++] = environment[i];
+    } else if (can_be_set(environment[i])) {
+      line[length++] = EMULATOR_SETS;
+      line[length++] = environment[i];
+    }
   }
   kept[stay] = NULL;
+  const char *const names[EMULATOR_NAMES] = {"-0", count == 0 ? "" : words[0], program};
+  for (size_t i = 0; i < EMULATOR_NAMES; ++i) line[length++] = names[i];
+  for (size_t i = 1; i < count; ++i) line[length++] = words[i];
+  line[length] = NULL;
   return start((char *const *)line, (char *const *)kept, more);
 }
 
@@ -108,7 +143,12 @@ void emulator_become(const char *program, char *const words[], char *const envir
 
 bool emulator_takes(const char *path, char *const words[], char *const environment[]) {
   char room[PATH_MAX];
-  const char *const program = emulator_program(path, room);
-  if (program != NULL) emulator_become(program, words, environment);
-  return program != NULL;
+  const emulator_found found = emulator_program(path, room);
+  if (found.program != NULL) {
+    emulator_become(found.program, words, environment);
+  } else if (found.error != 0) {
+    syscall(SYS_execve, path, words, environment);
+    if (errno == ENOEXEC) errno = found.error;
+  }
+  return found.program != NULL || found.error != 0;
 }

@@ -155,7 +155,9 @@ bool hear_call_ends(Reader &in, Writer & /*out*/, Peer &peer) {
   call.first = in.word();
   call.second = in.word();
   call.text = in.text(wire::kLongestText);
-  if (!in.is_whole() || kind == 0 || kind >= box::kCallKinds) return false;
+  // That a command begins and ends is told in messages of their own.
+  if (!in.is_whole() || kind <= static_cast<std::uint32_t>(box::CallKind::kEnd) || kind >= box::kCallKinds)
+    return false;
   platform::end_call(call);
   return true;
 }

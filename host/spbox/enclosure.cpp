@@ -8,6 +8,7 @@
 #include <cerrno>
 #include <exception>
 #include <fstream>
+#include <stdexcept>
 #include <system_error>
 
 #include "host/base/child.h"
@@ -230,7 +231,13 @@ void MountPoints::make(const std::string &name, bool folder) {
   constexpr int kNewFile = O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC;
   const fs::path path = tmp_ / name;
   std::error_code error;
-  if (fs::exists(fs::symlink_status(path, error))) return;
+  const fs::file_status there = fs::symlink_status(path, error);
+  if (fs::is_directory(there) != folder && (fs::is_directory(there) || fs::is_regular_file(there))) {
+    const char *in_box = folder ? "file in the box, and a folder" : "folder in the box, and a file";
+    throw std::runtime_error("/tmp/" + name + " is a " + in_box +
+                             " of the workstation, which the command needs there.");
+  }
+  if (fs::exists(there)) return;
   const std::string line = name + "\n";
   if (write(fd_.get(), line.data(), line.size()) != static_cast<ssize_t>(line.size())) {
     throw std::system_error(errno, std::generic_category(), list_.string());

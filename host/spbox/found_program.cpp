@@ -18,7 +18,7 @@ fs::path find_program(const std::string &name) {
   std::istringstream folders(path == nullptr ? "/usr/bin:/bin" : path);
   for (std::string folder; std::getline(folders, folder, ':');) {
     fs::path candidate = fs::absolute(folder.empty() ? "." : folder, error) / name;
-    if (access(candidate.c_str(), X_OK) == 0) return candidate;
+    if (fs::is_regular_file(candidate, error) && access(candidate.c_str(), X_OK) == 0) return candidate;
   }
   return {};
 }

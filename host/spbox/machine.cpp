@@ -1,5 +1,7 @@
 #include "host/spbox/machine.h"
 
+#include <elf.h>
+#include <endian.h>
 #include <sys/auxv.h>
 #include <unistd.h>
 
@@ -55,6 +57,48 @@ std::optional<Kind> kind_of(const fs::path &program) {
   const bool is_big = head[5] == 2;
   const auto machine = static_cast<std::uint16_t>(is_big ? head[18] << 8U | head[19] : head[19] << 8U | head[18]);
   return Kind{head[4], head[5], machine};
+}
+
+// How many bytes a program of the target has at the least, by its table of segments; the emulator would run it into what is missing.
+std::uint64_t needed_by(const fs::path &program) {
+  std::ifstream file(program, std::ios::binary);
+  Elf32_Ehdr head{};
+  file.read(reinterpret_cast<char *>(&head), sizeof head);
+  std::uint64_t needed = be32toh(head.e_phoff) + std::uint64_t{be16toh(head.e_phnum)} * sizeof(Elf32_Phdr);
+  file.seekg(be32toh(head.e_phoff));
+  Elf32_Phdr segment{};
+  for (int i = 0; i < be16toh(head.e_phnum); ++i) {
+    if (!file.read(reinterpret_cast<char *>(&segment), sizeof segment)) break;
+    if (segment.p_type == PT_NULL) continue;
+    needed = std::max(needed, std::uint64_t{be32toh(segment.p_offset)} + be32toh(segment.p_filesz));
+  }
+  return needed;
+}
+
+// Empty where it is no script. The system reads as much.
+std::string interpreter_of(const fs::path &script) {
+  std::array<char, 256> head{};
+  std::ifstream(script, std::ios::binary).read(head.data(), head.size() - 1);
+  std::string line, interpreter;
+  std::istringstream lines(head.data());
+  std::getline(lines, line);
+  if (line.starts_with("#!")) std::istringstream(line.substr(2)) >> interpreter;
+  return interpreter;
+}
+
+// The system starts no program of another machine for a script, and whoever started that would take it for a script of the shell.
+std::string why_no_script(const fs::path &program) {
+  constexpr int kMostInterpreters = 5;  // as many the system follows
+  std::string interpreter = interpreter_of(program);
+  for (int i = 1; i < kMostInterpreters && !interpreter.empty() && !kind_of(interpreter); ++i) {
+    interpreter = interpreter_of(interpreter);
+  }
+  if (interpreter.empty() || kind_of(interpreter) == kind_of("/proc/self/exe")) return {};
+  if (kind_of(interpreter) == kTarget) {
+    return "it is a script for " + interpreter + ", a program of a " + kName +
+           ", which the system does not start by itself. Run that, with the script behind it.";
+  }
+  return kind_of(interpreter) ? "it is a script for " + interpreter + ", which cannot be run here." : "";
 }
 
 bool begins_with_one(const std::string &path, std::initializer_list<std::string_view> folders) {
@@ -130,9 +174,13 @@ std::string emulate(const fs::path &program, char **words) {
 }  // namespace
 
 std::vector<std::string> words_on_machine(std::vector<std::string> words) {
-  if (words.size() < EMULATOR_WORDS || words[0] != EMULATOR) return words;
-  words[EMULATOR_PROGRAM] = words[EMULATOR_NAME];
-  words.erase(words.begin(), words.begin() + EMULATOR_PROGRAM);
+  if (words.empty() || words[0] != EMULATOR) return words;
+  std::size_t at = EMULATOR_OWN;
+  while (at < words.size() && words[at] == EMULATOR_SETS) at += 2;
+  if (words.size() < at + EMULATOR_NAMES) return words;
+  const std::string name = words[at + 1];
+  words.erase(words.begin(), words.begin() + static_cast<std::ptrdiff_t>(at) + 2);
+  words[0] = name;
   return words;
 }
 
@@ -227,7 +275,8 @@ int become_program_of_machine(char **argv) {
   const fs::path called(reinterpret_cast<const char *>(getauxval(AT_EXECFN)));  // NOLINT(performance-no-int-to-ptr)
   std::error_code error;
   const fs::path program = fs::read_symlink(kProgramsInside / called.filename(), error);
-  std::string why = emulate(program, argv);
+  std::string why = why_refused(program, true);
+  if (why.empty()) why = emulate(program, argv);
   // NOLINTNEXTLINE(concurrency-mt-unsafe): one thread
   if (why.empty()) why = program.string() + " cannot be run: " + std::strerror(errno) + ".";
   complain(called.filename().string() + ": " + why);
@@ -250,7 +299,12 @@ std::string why_refused(const fs::path &program, bool is_on_machine) {
     return std::string("it is a program of this workstation, and not of a ") + kName +
            ". Build it for that, or leave out --machine.";
   }
-  return {};
+  std::error_code error;
+  if (kind == kTarget && is_on_machine && fs::file_size(program, error) < needed_by(program)) {
+    return "it is cut: it has " + std::to_string(fs::file_size(program, error)) + " bytes, and needs " +
+           std::to_string(needed_by(program)) + ".";
+  }
+  return kind ? "" : why_no_script(program);
 }
 
 std::string become_command(char **command) {

@@ -161,9 +161,9 @@ void tell_of_files(const box::Place &place) {
 int record(const RecordOptions &options) {
   const box::Place place(fs::absolute(options.box));
   box::check_is_box(box::Place(options.box));
-  check_terminal();
   check_file(options);
   check_command(options.command.front(), options.machine.machine());
+  check_terminal();
   recorder::Wanted wanted{.box = place,
                           .command = {fs::read_symlink("/proc/self/exe").string(), "run"},
                           .start = as_in_play(options.command, options.file),

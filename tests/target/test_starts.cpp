@@ -1,5 +1,8 @@
 // How a program of the emulated machine starts programs of that machine, itself here, in a box. With words, it tells how it was started.
+#include <dlfcn.h>
+#include <fcntl.h>
 #include <spawn.h>
+#include <sys/resource.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -30,6 +33,29 @@ char tell[] = "tell", word[] = "one word", name[] = "called", variable[] = "SAID
      for_emulator[] = "QEMU_STRACE=1";
 char *const words[] = {name, tell, word, nullptr};
 char *const environment[] = {for_emulator, variable, nullptr};
+
+// Those that are open stay behind an exec no longer.
+void use_all_descriptors() {
+  const rlimit few{64, 64};
+  setrlimit(RLIMIT_NOFILE, &few);
+  while (open("/dev/null", O_RDONLY | O_CLOEXEC) >= 0) {
+  }
+}
+
+// A library that only a program of this machine can load.
+std::string own_library() {
+  Dl_info about{};
+  dladdr(dlsym(RTLD_DEFAULT, "lcmn_scdb_put"), &about);
+  return about.dli_fname;
+}
+
+// Of a program, its first bytes, at a path of its own.
+std::string cut_at(std::size_t size) {
+  std::string path = "/tmp/cut" + std::to_string(size);
+  fs::copy(kSelf, path);
+  fs::resize_file(path, size);
+  return path;
+}
 
 int told(int argc, char **argv) {
   const char *said = std::getenv("SAID");
@@ -101,6 +127,30 @@ TEST(Starts, AProgramIsStartedByItsPathAndByItsNameInEachWay) {
        },
        said},
       {"execve of itself", [] { return execve("/proc/self/exe", words, environment); }, said},
+      {"execve of itself, by its thread", [] { return execve("/proc/thread-self/exe", words, environment); }, said},
+      {"execve, with a library for the program alone",
+       [] {
+         std::string library = "LD_PRELOAD=" + own_library();
+         char *const more[] = {library.data(), variable, nullptr};
+         return execve(kPath.c_str(), words, more);
+       },
+       said},
+      {"a program of the workstation, with all descriptors in use",
+       [] {
+         use_all_descriptors();
+         return execl("/usr/bin/env", "env", "-i", kPath.c_str(), tell, word, nullptr);
+       },
+       by(kPath)},
+      {"a child of the workstation, with all descriptors in use",
+       [] {
+         pid_t process = 0;
+         char env[] = "env", alone[] = "-i";
+         std::string self = kPath;
+         char *const line[] = {env, alone, self.data(), tell, word, nullptr};
+         use_all_descriptors();
+         return spawned(posix_spawnp(&process, "env", nullptr, nullptr, line, environ), process);
+       },
+       by(kPath)},
       {"execv", [] { return execv(kPath.c_str(), words); }, nothing},
       {"execl", [] { return execl(kPath.c_str(), name, tell, word, nullptr); }, nothing},
       {"execle", [] { return execle(kPath.c_str(), name, tell, word, nullptr, environment); }, said},
@@ -152,6 +202,7 @@ TEST(Starts, WhatCannotBeStartedIsRefusedAsOnABoard) {
   ASSERT_EQ(mkfifo("/tmp/pipe", 0700), 0);
   ASSERT_EQ(chdir("/tmp"), 0);
   fs::copy(kSelf, "/tmp/here");
+  const std::string cut_in_head = cut_at(30), cut_in_table = cut_at(60);
   const struct {
     const char *what;
     std::function<int()> start;
@@ -161,6 +212,14 @@ TEST(Starts, WhatCannotBeStartedIsRefusedAsOnABoard) {
       {"no file", [] { return execv("/tmp/none", words); }, -1, ENOENT},
       {"a pipe", [] { return execv("/tmp/pipe", words); }, -1, EACCES},
       {"a folder", [] { return execv("/tmp", words); }, -1, EACCES},
+      {"a program whose head is cut", [&] { return execv(cut_in_head.c_str(), words); }, -1, ENOEXEC},
+      {"a program whose table is cut", [&] { return execv(cut_in_table.c_str(), words); }, -1, ENOEXEC},
+      {"a program, with all descriptors in use",
+       [] {
+         use_all_descriptors();
+         return execvp(kPath.c_str(), words);
+       },
+       -1, EMFILE},
       {"a name that the PATH has not", [] { return execvp("here", words); }, -1, ENOENT},
       {"a child that may not be run",
        [] {

@@ -152,6 +152,12 @@ TEST_F(RemoteTest, AMessageThatIsNoneEndsTheConnectionAndNothingElse) {
                          [](Writer &out) {
                            out.word(box::kCallKinds).long_word(0).long_word(0).word(0).word(0).word(0).text("");
                          })}},
+      {"a call that is the end of a command",
+       {hello(), message(Kind::kCallEnds,
+                         [](Writer &out) {
+                           out.word(static_cast<std::uint32_t>(box::CallKind::kEnd)).long_word(0).long_word(0);
+                           out.word(0).word(0).word(0).text("");
+                         })}},
       {"a record of the trace with five words",
        {hello(), message(Kind::kTrace,
                          [](Writer &out) {

@@ -4,6 +4,8 @@
 
 #include <algorithm>
 #include <fstream>
+#include <stdexcept>
+#include <string>
 
 #include "tests/host/box/scratch.h"
 
@@ -104,6 +106,25 @@ TEST_F(Mounts, StayWhereTheyWereBefore) {
   fs::create_directory(place_.tmp() / "mine");
   { spbox::MountPoints(place_).make("mine", true); }
   EXPECT_TRUE(there("mine"));
+}
+
+TEST_F(Mounts, WhatIsAFolderHereAndAFileThereIsNamed) {
+  fs::create_directory(place_.tmp() / "folder");
+  std::ofstream(place_.tmp() / "file").close();
+  spbox::MountPoints points(place_);
+  const auto said = [&](const char *name, bool folder) -> std::string {
+    try {
+      points.make(name, folder);
+    } catch (const std::runtime_error &error) {
+      return error.what();
+    }
+    return {};
+  };
+  EXPECT_EQ(said("folder", false),
+            "/tmp/folder is a folder in the box, and a file of the workstation, which the command needs there.");
+  EXPECT_EQ(said("file", true),
+            "/tmp/file is a file in the box, and a folder of the workstation, which the command needs there.");
+  EXPECT_EQ(said("folder", true) + said("file", false), "");
 }
 
 TEST_F(Mounts, LeftByAKilledRunGoWithTheNext) {

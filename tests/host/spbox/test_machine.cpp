@@ -18,11 +18,23 @@ namespace fs = std::filesystem;
 std::string head(char word_size, char byte_order, const std::string &machine) {
   std::string text = "\177ELF";
   text += {word_size, byte_order};
-  text.resize(18);
-  return text + machine + std::string(32, '\0');
+  text.resize(16);
+  return text + (byte_order == 2 ? std::string("\0\2", 2) : std::string("\2\0", 2)) + machine + std::string(32, '\0');
 }
 
 const std::string kOfTarget = head(1, 2, std::string("\0\x14", 2));
+
+// With a table of one segment behind the head: of so many bytes, from its end.
+std::string with_segment(char size) {
+  std::string text = kOfTarget;
+  text[31] = 52;
+  text[45] = 1;
+  std::string segment(32, '\0');
+  segment[3] = 1;
+  segment[7] = 84;
+  segment[19] = size;
+  return text + segment;
+}
 
 class OtherMachine : public SpboxTest {
  protected:
@@ -60,7 +72,12 @@ class OtherMachine : public SpboxTest {
 TEST_F(OtherMachine, AProgramThatIsOfAnotherOneIsRefused) {
   write_program("of_target", kOfTarget);
   write_program("of_arm", head(1, 1, std::string("\x28\0", 2)));
-  write_program("cut", kOfTarget.substr(0, 19));
+  write_program("cut", kOfTarget.substr(0, 51));
+  write_program("cut_table", with_segment(0).substr(0, 83));
+  write_program("cut_segment", with_segment(100) + std::string(99, 's'));
+  write_program("script", "#! ./of_target -x\nexit 0\n");
+  write_program("script_of_script", "#!./script\n");
+  write_program("script_of_arm", "#!./of_arm");
   fs::copy("/bin/true", scratch_ / "own");
   struct Row {
     std::vector<std::string> words;
@@ -70,6 +87,15 @@ TEST_F(OtherMachine, AProgramThatIsOfAnotherOneIsRefused) {
       {{"box", "./of_target"}, "./of_target: it is a program of a powerpc. Give --machine powerpc to run it."},
       {{"box", "./of_arm"}, "./of_arm: it is a program of another machine, which cannot be run here."},
       {{"box", "./cut"}, "./cut: it is cut: its head alone is longer."},
+      {{"--machine", "powerpc", "box", "./cut_table"}, "./cut_table: it is cut: it has 83 bytes, and needs 84."},
+      {{"--machine", "powerpc", "box", "./cut_segment"}, "./cut_segment: it is cut: it has 183 bytes, and needs 184."},
+      {{"--machine", "powerpc", "box", "./script"},
+       "./script: it is a script for ./of_target, a program of a powerpc, which the system does not start by itself. "
+       "Run that, with the script behind it."},
+      {{"box", "./script_of_script"},
+       "./script_of_script: it is a script for ./of_target, a program of a powerpc, which the system does not start by "
+       "itself. Run that, with the script behind it."},
+      {{"box", "./script_of_arm"}, "./script_of_arm: it is a script for ./of_arm, which cannot be run here."},
       {{"--machine", "powerpc", "box", "./of_arm"},
        "./of_arm: it is a program of another machine, which cannot be run here."},
       {{"--machine", "powerpc", "box", "./own"},
@@ -101,6 +127,10 @@ TEST_F(OtherMachine, NoPlayBeginsWhereItsProgramsCannotBeRun) {
   EXPECT_EQ(one.exit_status, 2);
   EXPECT_NE(one.output.find("qemu-ppc is missing"), std::string::npos) << one.output;
   EXPECT_FALSE(fs::exists(scratch_ / "made"));
+  const Done recorded = run_to_end({"/usr/bin/env", "-C", scratch_.path(), "PATH=" + emulator_.path().string(), SPBOX,
+                                    "record", "--machine", "powerpc", "box", "-o", "made.play", "--", "/usr/bin/true"});
+  EXPECT_EQ(recorded.exit_status, 1);
+  EXPECT_NE(recorded.output.find("qemu-ppc is missing"), std::string::npos) << recorded.output;
 }
 
 // Neither the platform's server nor the daemon has its own files where these are expected.
@@ -115,6 +145,7 @@ TEST_F(OtherMachine, ACommandMayHaveNoInputAndNoOutput) {
 TEST_F(OtherMachine, WhatItsProgramsNeedIsNamedWhereItIsMissing) {
   fs::create_directory(scratch_ / "bin");
   fs::create_symlink("/usr/bin/bwrap", scratch_ / "bin/bwrap");
+  fs::create_directory(scratch_ / "bin/qemu-ppc");
   const Done without_emulator = run({"--machine", "powerpc", "box", "true"}, scratch_ / "bin");
   EXPECT_EQ(without_emulator.exit_status, 1);
   EXPECT_EQ(without_emulator.output,
@@ -181,6 +212,8 @@ TEST_F(OtherMachine, AProgramOfTheWorkstationStartsOneOfTheMachineByItsPath) {
       {"env PATH=/bin:.: of_target", "of_target ./of_target"},
       {"env PATH=/bin: of_target", "of_target of_target"},
       {"env QEMU_STRACE=1 ./of_target", "./of_target ./of_target"},
+      {"env LD_BIND_NOW=1 ./of_target word", "LD_BIND_NOW=1 -0 ./of_target ./of_target word"},
+      {"env LD_DEBUG=files,libs ./of_target", "./of_target ./of_target"},
       {"./script word", "./of_target ./of_target word"},
       {"cp of_target /tmp/-x; cd /tmp; env PATH=: -x", "-x ./-x"},
       {"./kept 2>/dev/null || echo $?", "126"},
