@@ -22,19 +22,21 @@
  * it. `umask 077; : >/tmp/lmainte_recording` switches it on for the commands that start from then on, and removing the
  * file switches it off, also for commands that run. Who renames the file keeps it: commands that run go on there.
  * `echo without contents >/tmp/lmainte_recording` leaves out what the records of the databases hold: their size and a
- * checksum stay. The file must be a regular one with one name, of the process's own user or of root; a link is not
- * followed.
+ * checksum stay. It may be done while commands run. The checksum is a short one: who guesses a content, such as a
+ * serial number, can confirm it by that. What the operator typed, and what files, messages and the log hold, stays.
+ * The file must be a regular one with one name, of the process's own user or of root; a link is not followed.
  *
- * What it costs. Without the file: one open in each process, and a comparison in each call. With it: three calls of
- * the system for each record, getpid, fstat and writev. It takes no memory from malloc, does nothing at start-up,
- * keeps errno, changes no result, and may be called in signal handlers and between fork and execve. It is not for
- * threads. Many processes write into one file: it is opened with O_APPEND, and each record is one writev. What was
- * written survives the end of the process, also by SIGKILL; after a power cut the file is as whole as the file system
- * keeps it, and the reader finds the whole records.
+ * What it costs. Without the file: one open in each process, and a comparison in each call. With it: four calls of
+ * the system for each record, getpid, fstat, getrlimit and writev; a pread, too, for what a database's record holds. It
+ * takes no memory from malloc, does nothing at start-up, keeps errno, changes no result, and may be called in signal
+ * handlers and between fork and execve. It is not for threads. Many processes write into one file: it is opened with
+ * O_APPEND, and each record is one writev. What was written survives the end of the process, also by SIGKILL; after a
+ * power cut the file is as whole as the file system keeps it, and the reader finds the whole records.
  *
  * Its bound. A process stops at the first record for which there is no room, and says so in its last record. The file
- * does not go round: a command can be run against a recording from its beginning only. Processes that reach the bound
- * at the same time may each pass it by a record.
+ * does not go round: a command can be run against a recording from its beginning only. Who empties the file has it
+ * begin again, but for processes that have stopped. Processes that reach the bound at the same time may each pass it by
+ * a record.
  *
  * Where nothing can be written, as on a full disk, the process goes on without its recording, and nobody is told. It
  * tries again with the next record, then at the second, fourth, eighth... missed one. Records are numbered, so that
@@ -79,14 +81,27 @@ extern "C" {
 #define LMAINTE_RECORD_MARK 0x4C4D5231u
 #define LMAINTE_RECORD_LEFT_OUT 0x80000000u
 
+/* Sizes in bytes. */
+enum {
+  LMAINTE_RECORD_HEAD = 64,
+  LMAINTE_RECORD_LONGEST_TEXT = 4096,     /* what is longer is cut */
+  LMAINTE_RECORD_LONGEST_PROGRAM = 2047,  /* the same, of a program with its words */
+  LMAINTE_RECORD_LONGEST_NAME = 128,      /* the same, of a unit and of a database's record */
+  LMAINTE_RECORD_LONGEST_CONTENT = 65536, /* what is longer is left out */
+  LMAINTE_RECORD_WITHOUT_SIZE = 17        /* of the line "without contents" */
+};
+
 /* What the words, the text and the content of each kind are. "errno" is 0 where the call succeeded. */
 enum {
-  LMAINTE_RECORD_PROCESS = 1, /* parent; model, LMAINTE_MODEL_...; bits, LMAINTE_RECORD_IS_... Text: its words */
+  LMAINTE_RECORD_PROCESS = 1, /* parent, of a child of fork the one that has recorded; model, LMAINTE_MODEL_...; bits,
+                                 LMAINTE_RECORD_IS_... Text: its words */
   LMAINTE_RECORD_END,         /* the command ends. Result: its exit status */
   LMAINTE_RECORD_FULL,        /* the file has no room for the next record: the process writes nothing behind this */
   LMAINTE_RECORD_TRACE, /* content, words with the highest byte first: module, level, kind, event, the record's words */
-  LMAINTE_RECORD_PROGRAM,     /* this process becomes a program. Parent. Text: its path and its words */
-  LMAINTE_RECORD_PROGRAM_END, /* a child has ended. Its process id. Result: its status, as waitpid gives it */
+  LMAINTE_RECORD_PROGRAM,     /* this process becomes a program. Parent; CLOCK_MONOTONIC in nanoseconds, two words.
+                                 Text: its path and its words */
+  LMAINTE_RECORD_PROGRAM_END, /* a child has ended. Its process id; CLOCK_MONOTONIC again. Result: its status, as
+                                 waitpid gives it */
   LMAINTE_RECORD_OPEN,        /* number of the database, also in the next five */
   LMAINTE_RECORD_CLOSE,
   LMAINTE_RECORD_LOCK,
@@ -103,7 +118,8 @@ enum {
   LMAINTE_RECORD_FILE_CLOSE, /* descriptor; errno */
   LMAINTE_RECORD_SEND,       /* descriptor; errno. Content: the message */
   LMAINTE_RECORD_RECEIVE,    /* the same, where a message came */
-  LMAINTE_RECORD_SELECT      /* the two bytes of its status; errno */
+  LMAINTE_RECORD_SELECT,     /* the two bytes of its status; errno */
+  LMAINTE_RECORD_LAST = LMAINTE_RECORD_SELECT
 };
 
 /* The bits of a process. */
@@ -127,7 +143,8 @@ typedef struct lmainte_record {
   int32_t content_size;
 } lmainte_record;
 
-/* The time at which a call begins, which its record takes; 0 when nothing is recorded. */
+/* The time at which a call begins, which its record takes; 0 when nothing is recorded. It is that of CLOCK_MONOTONIC: how
+   long a call took is right also where the time of day is set meanwhile. */
 uint64_t lmainte_record_begin(void);
 
 /* Writes a record of any kind. Returns its result. */
@@ -218,11 +235,8 @@ extern "C" {
 #endif
 
 enum {
-  LMAINTE_RECORD_HEAD = 64,               /* bytes of a record's head */
-  LMAINTE_RECORD_LONGEST_TEXT = 4096,     /* what is longer is cut */
-  LMAINTE_RECORD_LONGEST_CONTENT = 65536, /* what is longer is left out */
-  LMAINTE_RECORD_OUT_OF_THE_WAY = 200,    /* where a command's own descriptors are not expected */
-  LMAINTE_RECORD_LONGEST_LINE = 1024      /* of a process's own words */
+  LMAINTE_RECORD_OUT_OF_THE_WAY = 200, /* where a command's own descriptors are not expected */
+  LMAINTE_RECORD_LONGEST_LINE = 1024   /* of a process's own words */
 };
 
 enum { LMAINTE_RECORD_NEW, LMAINTE_RECORD_LOOKS, LMAINTE_RECORD_OFF, LMAINTE_RECORD_ON };
@@ -231,16 +245,17 @@ enum { LMAINTE_RECORD_NEW, LMAINTE_RECORD_LOOKS, LMAINTE_RECORD_OFF, LMAINTE_REC
 static struct {
   volatile int state;
   pid_t process; /* that has looked; a child of fork looks again */
-  int file, is_without_contents, is_child, has_begun, fails;
+  pid_t parent;  /* of a child of fork: the process that recorded */
+  int file, is_child, has_begun, fails;
   dev_t device;
   ino_t number;
-  off_t most;
+  off_t seen; /* so long was the file: one that is shorter was emptied */
   uint32_t sequence, missed;
 } lmainte_recorder;
 
-static uint64_t lmainte_record_now(void) {
+static uint64_t lmainte_record_now(clockid_t clock) {
   struct timespec now = {0, 0};
-  clock_gettime(CLOCK_REALTIME, &now);
+  clock_gettime(clock, &now);
   return (uint64_t)now.tv_sec * 1000000000u + (uint64_t)now.tv_nsec;
 }
 
@@ -269,7 +284,7 @@ static int lmainte_record_is_ours(const struct stat *status) {
   return S_ISREG(status->st_mode) && status->st_nlink == 1 && (status->st_uid == geteuid() || status->st_uid == 0);
 }
 
-/* SIGXFSZ would end a process that writes beyond its limit for files. */
+/* SIGXFSZ would end a process that writes beyond its limit for files, which it may set at any time. */
 static off_t lmainte_record_most(void) {
   struct rlimit limit;
   const off_t most = (off_t)(LMAINTE_RECORD_MOST);
@@ -278,8 +293,6 @@ static off_t lmainte_record_most(void) {
 }
 
 static int lmainte_record_open_file(void) {
-  static const char without[] = "without contents\n";
-  char front[sizeof without - 1];
   struct stat status;
   int moved;
   const int file = open(LMAINTE_RECORD_PATH, O_RDWR | O_APPEND | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK | O_NOCTTY);
@@ -297,10 +310,15 @@ static int lmainte_record_open_file(void) {
   lmainte_recorder.file = moved >= 0 ? moved : file;
   lmainte_recorder.device = status.st_dev;
   lmainte_recorder.number = status.st_ino;
-  lmainte_recorder.is_without_contents =
-      pread(lmainte_recorder.file, front, sizeof front, 0) == (ssize_t)sizeof front &&
-      memcmp(front, without, sizeof front) == 0;
   return 0;
+}
+
+/* Looked for before each content that it concerns: somebody may have written the line since. */
+static int lmainte_record_is_without_contents(void) {
+  static const char without[] = "without contents\n";
+  char front[LMAINTE_RECORD_WITHOUT_SIZE];
+  return pread(lmainte_recorder.file, front, sizeof front, 0) == (ssize_t)sizeof front &&
+         memcmp(front, without, sizeof front) == 0;
 }
 
 /* A handler that comes while the process looks records nothing. */
@@ -311,12 +329,12 @@ static int lmainte_record_is_on(void) {
   if (lmainte_recorder.state == LMAINTE_RECORD_LOOKS) return 0;
   if (lmainte_recorder.state == LMAINTE_RECORD_ON && lmainte_recorder.process == self) return 1;
   lmainte_recorder.is_child = lmainte_recorder.state == LMAINTE_RECORD_ON;
+  lmainte_recorder.parent = lmainte_recorder.process;
   lmainte_recorder.state = LMAINTE_RECORD_LOOKS;
   lmainte_recorder.process = self;
   lmainte_recorder.sequence = lmainte_recorder.missed = 0;
   lmainte_recorder.has_begun = lmainte_recorder.fails = 0;
   is_there = lmainte_recorder.is_child ? lmainte_record_is_there(&status) : lmainte_record_open_file() == 0;
-  if (is_there) lmainte_recorder.most = lmainte_record_most();
   lmainte_recorder.state = is_there ? LMAINTE_RECORD_ON : LMAINTE_RECORD_OFF;
   return is_there;
 }
@@ -340,6 +358,15 @@ static lmainte_record lmainte_record_of(uint32_t kind) {
   return record;
 }
 
+/* writev takes what it does not change as what it might. */
+static void *lmainte_record_bytes(const void *bytes) {
+  const union {
+    const void *constant;
+    void *any;
+  } at = {bytes};
+  return at.any;
+}
+
 /* Returns 0 where it is in the file. */
 static int lmainte_record_write(const lmainte_record *record) {
   static const uint8_t zeros[4] = {0, 0, 0, 0};
@@ -348,10 +375,11 @@ static int lmainte_record_write(const lmainte_record *record) {
   const size_t content = record->content == NULL || record->content_size < 0 ? 0 : (size_t)record->content_size;
   const int is_database = record->kind == LMAINTE_RECORD_GET || record->kind == LMAINTE_RECORD_PUT;
   const int is_left_out =
-      (is_database && lmainte_recorder.is_without_contents && content != 0) || content > LMAINTE_RECORD_LONGEST_CONTENT;
+      content > LMAINTE_RECORD_LONGEST_CONTENT || (is_database && content != 0 && lmainte_record_is_without_contents());
   const size_t kept = is_left_out ? sizeof left_out : content;
-  const uint64_t now = lmainte_record_now(), began = record->began != 0 ? record->began : now;
-  const uint64_t took = now > began ? now - began : 0;
+  const uint64_t now = lmainte_record_now(CLOCK_MONOTONIC);
+  const uint64_t took = record->began != 0 && now > record->began ? now - record->began : 0;
+  const uint64_t began = lmainte_record_now(CLOCK_REALTIME) - took;
   struct iovec parts[4];
   size_t size, padding;
   uint32_t sum;
@@ -378,11 +406,11 @@ static int lmainte_record_write(const lmainte_record *record) {
   lmainte_record_word(at, (uint32_t)content);
   parts[0].iov_base = head;
   parts[0].iov_len = sizeof head;
-  parts[1].iov_base = (void *)(text == 0 ? "" : record->text);
+  parts[1].iov_base = lmainte_record_bytes(text == 0 ? "" : record->text);
   parts[1].iov_len = text;
-  parts[2].iov_base = is_left_out ? (void *)left_out : kept == 0 ? (void *)head : (void *)record->content;
+  parts[2].iov_base = is_left_out ? left_out : kept == 0 ? head : lmainte_record_bytes(record->content);
   parts[2].iov_len = kept;
-  parts[3].iov_base = (void *)zeros;
+  parts[3].iov_base = lmainte_record_bytes(zeros);
   parts[3].iov_len = padding;
   sum = lmainte_record_sum(LMAINTE_RECORD_NO_SUM, head + 12, sizeof head - 12);
   for (int part = 1; part < 4; ++part) sum = lmainte_record_sum(sum, parts[part].iov_base, parts[part].iov_len);
@@ -418,7 +446,7 @@ static int lmainte_record_write_process(uint64_t began) {
 #endif
   lmainte_record_word(about + 16, 0);
   record.began = began; /* of the call that is recorded first */
-  record.first = (uint32_t)getppid();
+  record.first = (uint32_t)(lmainte_recorder.is_child ? lmainte_recorder.parent : getppid());
   while (model < 6 && access(markers[model], F_OK) != 0) ++model;
   record.second = model == 0 ? 6 : model < 6 ? model : 0; /* LMAINTE_MODEL_...: the first marker is that of QA */
   if (lmainte_recorder.is_child) record.third |= LMAINTE_RECORD_IS_CHILD;
@@ -443,24 +471,28 @@ static int lmainte_record_write_process(uint64_t began) {
 }
 
 /* Room for the last record of all stays free. */
-static int lmainte_record_has_room(const struct stat *status, const lmainte_record *record) {
-  const off_t text = record->text_size > 0 ? record->text_size : 0;
+static int lmainte_record_has_room(const struct stat *status, off_t most, const lmainte_record *record) {
+  const off_t whole_text = record->text_size > 0 ? record->text_size : 0;
+  const off_t longest = LMAINTE_RECORD_LONGEST_TEXT, text = whole_text < longest ? whole_text : longest;
   const off_t content = record->content_size > 0 ? record->content_size : 0;
   const off_t head = LMAINTE_RECORD_HEAD;
-  const off_t first = lmainte_recorder.has_begun ? 0 : 2 * head + LMAINTE_RECORD_LONGEST_LINE;
+  const off_t first = lmainte_recorder.has_begun && status->st_size >= lmainte_recorder.seen
+                          ? 0
+                          : 2 * head + LMAINTE_RECORD_LONGEST_LINE;
   const off_t more = first + text + (content > LMAINTE_RECORD_LONGEST_CONTENT ? 4 : content) + 2 * head + 4;
-  return status->st_size <= lmainte_recorder.most - more;
+  return status->st_size <= most - more;
 }
 
-static void lmainte_record_end_at_bound(const struct stat *status) {
+static void lmainte_record_end_at_bound(const struct stat *status, off_t most) {
   const lmainte_record record = lmainte_record_of(LMAINTE_RECORD_FULL);
-  if (status->st_size <= lmainte_recorder.most - LMAINTE_RECORD_HEAD) lmainte_record_write(&record);
+  if (status->st_size <= most - LMAINTE_RECORD_HEAD) lmainte_record_write(&record);
   lmainte_recorder.state = LMAINTE_RECORD_OFF;
   lmainte_record_miss();
 }
 
 static void lmainte_record_keep(const lmainte_record *record) {
   struct stat status;
+  off_t most;
   /* Not at each call, where nothing could be written: at the first, the second, the fourth... */
   if (lmainte_recorder.fails && (lmainte_recorder.missed & (lmainte_recorder.missed - 1)) != 0) {
     ++lmainte_recorder.missed;
@@ -472,12 +504,13 @@ static void lmainte_record_keep(const lmainte_record *record) {
     lmainte_record_miss();
     return;
   }
-  if (!lmainte_record_has_room(&status, record)) {
-    lmainte_record_end_at_bound(&status);
+  most = lmainte_record_most();
+  if (!lmainte_record_has_room(&status, most, record)) {
+    lmainte_record_end_at_bound(&status, most);
     return;
   }
-  /* Who empties the file has it begin again. */
-  if (!lmainte_recorder.has_begun || status.st_size == 0) {
+  /* Who empties the file has it begin again, also with another first line. */
+  if (!lmainte_recorder.has_begun || status.st_size < lmainte_recorder.seen) {
     lmainte_recorder.has_begun = 1;
     if (lmainte_record_write_process(record->began) != 0) {
       lmainte_recorder.has_begun = 0;
@@ -489,6 +522,7 @@ static void lmainte_record_keep(const lmainte_record *record) {
     lmainte_record_miss();
     return;
   }
+  lmainte_recorder.seen = status.st_size + LMAINTE_RECORD_HEAD;
   lmainte_recorder.fails = 0;
 }
 
@@ -504,7 +538,7 @@ int32_t lmainte_record_call(const lmainte_record *record) {
 }
 
 uint64_t lmainte_record_begin(void) {
-  return lmainte_recorder.state == LMAINTE_RECORD_OFF ? 0 : lmainte_record_now();
+  return lmainte_recorder.state == LMAINTE_RECORD_OFF ? 0 : lmainte_record_now(CLOCK_MONOTONIC);
 }
 
 uint32_t lmainte_record_missed(void) {
@@ -563,13 +597,14 @@ int32_t lmainte_record_get(uint64_t began, uint32_t db_id, const char *key, void
                            int32_t result) {
   const int has_record = result == 0 && record != NULL && *record != NULL && size != NULL;
   return lmainte_record_made(LMAINTE_RECORD_GET, began, result, db_id, has_record ? (uint32_t)*size : 0, 0, key,
-                             lmainte_record_text_size(key, 128), has_record ? *record : NULL, has_record ? *size : 0);
+                             lmainte_record_text_size(key, LMAINTE_RECORD_LONGEST_NAME), has_record ? *record : NULL,
+                             has_record ? *size : 0);
 }
 
 int32_t lmainte_record_put(uint64_t began, uint32_t db_id, const char *key, const void *data, int32_t size,
                            int32_t result) {
   return lmainte_record_made(LMAINTE_RECORD_PUT, began, result, db_id, (uint32_t)size, 0, key,
-                             lmainte_record_text_size(key, 128), data, size);
+                             lmainte_record_text_size(key, LMAINTE_RECORD_LONGEST_NAME), data, size);
 }
 
 int32_t lmainte_record_file_open(uint64_t began, const char *path, int32_t flags, int32_t result) {
@@ -611,7 +646,7 @@ int32_t lmainte_record_name(uint64_t began, const uint32_t *unit_id, int32_t for
   const char *const text = result == 0 ? name : NULL;
   return lmainte_record_made(LMAINTE_RECORD_NAME, began, result, unit_id == NULL ? 0 : unit_id[0],
                              unit_id == NULL ? 0 : unit_id[1], (uint32_t)form, text,
-                             lmainte_record_text_size(text, 128), NULL, 0);
+                             lmainte_record_text_size(text, LMAINTE_RECORD_LONGEST_NAME), NULL, 0);
 }
 
 void lmainte_record_question(int32_t choices, const char *prompt) {
@@ -627,7 +662,8 @@ int32_t lmainte_record_answer(uint64_t began, const char *typed, const int32_t *
 
 void lmainte_record_program(const char *path, char *const arguments[]) {
   const int has_words = arguments != NULL && arguments[0] != NULL;
-  char line[2047];
+  const uint64_t now = lmainte_record_now(CLOCK_MONOTONIC);
+  char line[LMAINTE_RECORD_LONGEST_PROGRAM];
   size_t size = 0;
   if (lmainte_recorder.state == LMAINTE_RECORD_OFF || path == NULL) return;
   for (size_t i = 0; i == 0 || (has_words && arguments[i] != NULL); ++i) {
@@ -635,11 +671,14 @@ void lmainte_record_program(const char *path, char *const arguments[]) {
     if (i > 0 && size < sizeof line) line[size++] = ' ';
     while (*word != '\0' && size < sizeof line) line[size++] = *word++;
   }
-  lmainte_record_made(LMAINTE_RECORD_PROGRAM, 0, 0, (uint32_t)getppid(), 0, 0, line, (int32_t)size, NULL, 0);
+  lmainte_record_made(LMAINTE_RECORD_PROGRAM, 0, 0, (uint32_t)getppid(), (uint32_t)(now >> 32), (uint32_t)now, line,
+                      (int32_t)size, NULL, 0);
 }
 
 void lmainte_record_program_end(pid_t child, int status) {
-  lmainte_record_made(LMAINTE_RECORD_PROGRAM_END, 0, status, (uint32_t)child, 0, 0, NULL, 0, NULL, 0);
+  const uint64_t now = lmainte_record_now(CLOCK_MONOTONIC);
+  lmainte_record_made(LMAINTE_RECORD_PROGRAM_END, 0, status, (uint32_t)child, (uint32_t)(now >> 32), (uint32_t)now,
+                      NULL, 0, NULL, 0);
 }
 
 /* Not of a child that never recorded anything: it would be taken for the command's end. */

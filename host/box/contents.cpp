@@ -73,6 +73,7 @@ void create_box(const Place &place, const Contents &contents) {
 }
 
 void create_box(const Place &place, std::uint32_t model) {
+  if (find_model(model) == nullptr) throw BoxError("there is no model of number " + std::to_string(model) + ".");
   create_box(place, new_server(model));
 }
 

@@ -75,7 +75,8 @@ class Turner {
       case LMAINTE_RECORD_PROGRAM:
         if (!is_control_program(record.text)) return;
         result.calls.push_back(call(record, CallKind::kProgram, record.text));
-        programs_[record.pid] = result.calls.back();
+        result.calls.back().second = 0;
+        programs_[record.pid] = {result.calls.back(), &record};
         return;
       case LMAINTE_RECORD_PROGRAM_END:
         take_end_of_program(record);
@@ -124,13 +125,13 @@ class Turner {
   void take_end_of_program(const Record &record) {
     const auto found = programs_.find(static_cast<pid_t>(record.first));
     if (found == programs_.end()) return;
-    box::CallEntry start = std::move(found->second);
+    auto [start, began] = std::move(found->second);
     programs_.erase(found);
     const auto status = static_cast<std::uint32_t>(record.result);
     if ((status & 0x7FU) != 0) return;
     start.number = result.calls.size();
     start.kind = CallKind::kProgramEnd;
-    start.duration_ns = static_cast<std::uint64_t>(std::max<std::int64_t>(record.time_ns - start.time_ns, 0));
+    start.duration_ns = time_of_program(*began, record);
     start.result = static_cast<std::int32_t>(status >> 8U & 0xFFU);
     result.calls.push_back(std::move(start));
   }
@@ -145,7 +146,7 @@ class Turner {
 
   std::uint32_t runs_ = 0;
   std::map<pid_t, std::string> lines_;
-  std::map<pid_t, box::CallEntry> programs_;
+  std::map<pid_t, std::pair<box::CallEntry, const Record *>> programs_;
 };
 
 }  // namespace

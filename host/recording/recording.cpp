@@ -19,8 +19,9 @@ namespace recording {
 namespace {
 
 constexpr std::string_view kWithout = "without contents\n";
-constexpr std::size_t kHead = 64, kSummedFrom = 12;
-constexpr std::uint32_t kLongestRecord = kHead + 0x20000;
+constexpr std::size_t kHead = LMAINTE_RECORD_HEAD, kSummedFrom = 12;
+static_assert(kWithout.size() == LMAINTE_RECORD_WITHOUT_SIZE);
+constexpr std::uint32_t kLongestContent = LMAINTE_RECORD_LONGEST_CONTENT, kLongestRecord = kHead + 2 * kLongestContent;
 
 std::uint32_t sum_of(std::string_view bytes) {
   std::uint32_t sum = 2166136261U;
@@ -43,6 +44,7 @@ std::string number_text(std::uint64_t count, const char *one, const char *severa
 // What is known of a process while its records are read.
 struct Process {
   bool is_big_endian = true;
+  bool has_begun = false;
   std::uint64_t records = 0, end = 0;  // that came, and the number behind the last one
 };
 
@@ -105,6 +107,7 @@ class Reader {
       at = std::min(all.find(kMark, at + 1), all.size());
     } while (at < all.size() && size_of_record_at(at) == 0);
     ++recording_.places;
+    recording_.damaged_before.push_back(recording_.records.size());
     recording_.lost_bytes += at - from;
     recording_.is_cut = at == all.size();
     return at;
@@ -131,9 +134,8 @@ class Reader {
     ++process.records;
     process.end = std::max<std::uint64_t>(process.end, std::uint64_t{record.number} + 1);
     if (record.kind == LMAINTE_RECORD_FULL) recording_.is_full = true;
-    if (record.kind >= LMAINTE_RECORD_PROCESS && record.kind <= LMAINTE_RECORD_SELECT) {
-      recording_.records.push_back(record);
-    }
+    if (!process.has_begun) ++recording_.strays;
+    recording_.records.push_back(record);
   }
 
   void begin(const Record &record) {
@@ -152,17 +154,13 @@ class Reader {
       count_missing(process);
       process = {};
     }
+    process.has_begun = true;
     process.is_big_endian = order == 1;
     has_machine_ = true;
     if (recording_.model == 0 && record.second <= 6) recording_.model = record.second;
   }
 
-  // The records before its first one are in a file that was emptied since.
-  Process &process_of(const Record &record) {
-    const auto [at, is_new] = processes_.try_emplace(record.pid);
-    if (is_new) at->second.records = record.number;
-    return at->second;
-  }
+  Process &process_of(const Record &record) { return processes_[record.pid]; }
 
   void count_missing(const Process &process) {
     if (process.end > process.records) recording_.missing += process.end - process.records;
@@ -182,6 +180,16 @@ class Reader {
 }
 
 }  // namespace
+
+std::uint64_t time_of_program(const Record &began, const Record &ended) {
+  constexpr std::uint64_t kDay = 86'400'000'000'000;
+  const auto time = [](const Record &record) { return std::uint64_t{record.second} << 32U | record.third; };
+  // Earlier recordings have the time of day alone, which may have been set meanwhile.
+  const bool has_times = time(began) != 0 && time(ended) != 0;
+  const std::uint64_t from = has_times ? time(began) : static_cast<std::uint64_t>(began.time_ns);
+  const std::uint64_t to = has_times ? time(ended) : static_cast<std::uint64_t>(ended.time_ns);
+  return to > from ? std::min(to - from, kDay) : 0;
+}
 
 std::uint32_t word_at(std::string_view bytes, std::size_t at, bool is_big_endian) {
   std::uint32_t word = 0;
@@ -244,9 +252,13 @@ std::vector<std::string> remarks(const Recording &recording, const std::string &
                    ": what stands there is not shown.");
   }
   if (recording.is_cut) said.push_back(name + " ends in the middle of a record: it was cut, or is being written.");
-  if (recording.missing > 0 && recording.places == 0) {
+  if (recording.missing > 0) {
     said.push_back(number_text(recording.missing, " record is missing in ", " records are missing in ") + name +
-                   ": they could not be written.");
+                   ": damaged, or not written as on a full disk, or there before the file was emptied.");
+  }
+  if (recording.strays > 0) {
+    said.push_back(number_text(recording.strays, " record", " records") + " in " + name +
+                   " cannot be understood: the beginning of the process is missing.");
   }
   if (recording.is_full) said.push_back(name + " is full: what came behind its bound is not in it.");
   return said;

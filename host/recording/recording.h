@@ -37,14 +37,16 @@ struct Record {
 
 struct Recording {
   std::shared_ptr<const std::string> bytes;  // in which the records' texts lie
-  std::vector<Record> records;               // as they stand in the file, without those of kinds that nobody knows
+  std::vector<Record> records;               // as they stand in the file, also of kinds that nobody knows yet
   std::uint32_t model = 0;                   // of the first process that had one
   bool is_without_contents = false;
-  bool is_full = false;        // it ends at its bound
-  std::size_t places = 0;      // that are damaged
-  std::size_t lost_bytes = 0;  // there
-  bool is_cut = false;         // the last of these places is its end
-  std::uint64_t missing = 0;   // records that the processes could not write
+  bool is_full = false;                     // it ends at its bound
+  std::size_t places = 0;                   // that are damaged
+  std::size_t lost_bytes = 0;               // there
+  bool is_cut = false;                      // the last of these places is its end
+  std::vector<std::size_t> damaged_before;  // which of the records each of these places is before
+  std::uint64_t strays = 0;                 // records of processes whose beginning is not there
+  std::uint64_t missing = 0;                // records whose numbers are not there
 };
 
 // Throws BoxError, in one sentence.
@@ -58,6 +60,9 @@ std::vector<std::string> remarks(const Recording &recording, const std::string &
 
 // The content in the byte order of this machine: the words of records that a box knows, and of messages; all else is bytes.
 box::Bytes content_here(const Record &record);
+
+// How long a program ran, from its beginning and its end; also of forged ones it is between nothing and a day.
+std::uint64_t time_of_program(const Record &began, const Record &ended);
 
 std::uint32_t word_at(std::string_view bytes, std::size_t at, bool is_big_endian);  // 0 behind the end
 

@@ -15,6 +15,7 @@
 #include <time.h>
 #include <unistd.h>
 
+#include "host/include/lmainte_host.h"
 #include "host/replay/score.h"
 #include "include/lmainte.h"
 #include "include/lmainte_platform.h"
@@ -22,7 +23,7 @@
 
 #define EXPORT __attribute__((visibility("default")))
 
-enum { KEY_ROOM = 128, NO_ANSWER = -2 };
+enum { KEY_ROOM = LMAINTE_RECORD_LONGEST_NAME, NO_ANSWER = -2 };
 
 static replay_score *g_score;
 static size_t g_size;
@@ -42,13 +43,17 @@ __attribute__((constructor)) static void find_score(void) {
   errno = saved;
 }
 
-static const replay_call *call_at(uint32_t number) {
-  return (const replay_call *)(g_score + 1) + number;
+static replay_call *call_at(uint32_t number) {
+  return (replay_call *)(g_score + 1) + number;
 }
 
 /* The file is spbox's; but the command may write into it. */
 static const void *bytes_at(uint32_t at, uint32_t size) {
   return at <= g_size && size <= g_size - at ? (const uint8_t *)g_score + at : NULL;
+}
+
+static size_t min(size_t one, size_t other) {
+  return one < other ? one : other;
 }
 
 /* A call as the command makes it. */
@@ -117,6 +122,19 @@ static uint32_t difference_of_contents(const replay_call *call, const made_call 
   return at == call->content_size && at == made->content_size ? UINT32_MAX : (uint32_t)at;
 }
 
+/* As the recorder cuts it. */
+static size_t text_size(const char *text) {
+  return text == NULL ? 0 : strnlen(text, LMAINTE_RECORD_LONGEST_TEXT);
+}
+
+/* Behind this call, and the answers that were given before their turn. */
+static void go_on_behind(uint32_t number) {
+  do {
+    ++number;
+  } while (number < g_score->count && call_at(number)->is_made != 0);
+  __atomic_store_n(&g_score->next, number, __ATOMIC_SEQ_CST);
+}
+
 /* The recorded call. Does not return where it is another one. */
 static const replay_call *recorded(const made_call *made) {
   if (g_score == NULL || g_score->departure != REPLAY_AGREES) _exit(REPLAY_ENDED);
@@ -126,7 +144,7 @@ static const replay_call *recorded(const made_call *made) {
   if (!is_same_call(call, made)) leave(REPLAY_DIFFERS, made, UINT32_MAX);
   const uint32_t at = difference_of_contents(call, made);
   if (at != UINT32_MAX) leave(REPLAY_DIFFERS, made, at);
-  __atomic_store_n(&g_score->next, next + 1, __ATOMIC_SEQ_CST);
+  go_on_behind(next);
   return call;
 }
 
@@ -215,7 +233,7 @@ EXPORT int32_t api_conv_unit_name_get(const uint32_t *unit_id, int32_t form, cha
 
 EXPORT int32_t lcmn_lopen(const char *path, int32_t flags, uint32_t mode) {
   (void)flags, (void)mode;
-  made_call made = {.kind = LMAINTE_RECORD_FILE_OPEN, .text = path, .text_size = path == NULL ? 0 : strlen(path)};
+  made_call made = {.kind = LMAINTE_RECORD_FILE_OPEN, .text = path, .text_size = text_size(path)};
   const replay_call *const call = recorded(&made);
   return call->result < 0 ? result_with_errno(call, call->second) : memfd_create("replayed", MFD_CLOEXEC);
 }
@@ -273,7 +291,8 @@ EXPORT int32_t lcmn_receive(int32_t fd, void *message) {
   const made_call made = {.kind = LMAINTE_RECORD_RECEIVE};
   const replay_call *const call = recorded(&made);
   const void *const content = bytes_at(call->content, call->content_size);
-  if (call->result > 0 && content != NULL && message != NULL) memcpy(message, content, call->content_size);
+  if (call->result > 0 && content != NULL && message != NULL)
+    memcpy(message, content, min(call->content_size, LMAINTE_HOST_MESSAGE_MOST));
   return result_with_errno(call, call->second);
 }
 
@@ -299,21 +318,31 @@ EXPORT int32_t lcmn_process_iszero(const fd_set *set) {
 
 /* ---- The operator: what was typed stands behind the prompt again ---- */
 
-static const replay_call *next_answer(void) {
+/* Of the process that has asked. A handler of it, and other processes, may have made calls before it came; they make them
+   behind it now. */
+static const replay_call *next_answer(const replay_call *question) {
   const uint32_t next = __atomic_load_n(&g_score->next, __ATOMIC_SEQ_CST);
-  if (next >= g_score->count || call_at(next)->kind != LMAINTE_RECORD_ANSWER) leave(REPLAY_RAN_OUT, NULL, 0);
-  __atomic_store_n(&g_score->next, next + 1, __ATOMIC_SEQ_CST);
-  return call_at(next);
+  uint32_t number = next;
+  for (; number < g_score->count; ++number) {
+    const replay_call *const call = call_at(number);
+    if (call->process != question->process || call->is_made != 0) continue;
+    if (call->kind == LMAINTE_RECORD_ANSWER) break;
+    if (call->kind == LMAINTE_RECORD_QUESTION) number = g_score->count - 1;
+  }
+  if (number >= g_score->count) {
+    leave(next >= g_score->count && g_score->has_end == 0 ? REPLAY_RAN_OUT : REPLAY_UNANSWERED, NULL, 0);
+  }
+  call_at(number)->is_made = 1;
+  if (number == next) go_on_behind(number);
+  return call_at(number);
 }
 
 EXPORT int32_t cli_ask_select(int32_t first, void *second, const char *prompt) {
-  const made_call made = {.kind = LMAINTE_RECORD_QUESTION,
-                          .first = (uint32_t)first,
-                          .text = prompt,
-                          .text_size = prompt == NULL ? 0 : strlen(prompt)};
-  recorded(&made);
+  const made_call made = {
+      .kind = LMAINTE_RECORD_QUESTION, .first = (uint32_t)first, .text = prompt, .text_size = text_size(prompt)};
+  const replay_call *const question = recorded(&made);
   for (;;) {
-    const replay_call *const answer = next_answer();
+    const replay_call *const answer = next_answer(question);
     const char *const typed = bytes_at(answer->text, answer->text_size);
     printf("%s%.*s\n", prompt == NULL ? "" : prompt, typed == NULL ? 0 : (int)answer->text_size,
            typed == NULL ? "" : typed);
@@ -343,7 +372,9 @@ __attribute__((noreturn)) static void end_as(const replay_call *call) {
   const uint32_t status = (uint32_t)call->result;
   const int ended_by = (int)(status & 0x7F);
   struct timespec rest = {(time_t)call->seconds, (long)call->nanoseconds};
-  if (call->third == 0) leave(REPLAY_RAN_OUT, NULL, 0);
+  /* The command was killed while the program ran; or it went on, and did not wait for the program. */
+  if (call->third == 0 && call == call_at(g_score->count - 1) && g_score->has_end == 0) leave(REPLAY_RAN_OUT, NULL, 0);
+  if (call->third == 0) _exit(0);
   /* The library ends a program that takes too long by SIGTERM, then by SIGKILL. */
   if (ended_by == SIGTERM) default_for(SIGTERM);
   if (ended_by != SIGTERM) signal(SIGTERM, SIG_IGN);
@@ -359,7 +390,7 @@ __attribute__((noreturn)) static void end_as(const replay_call *call) {
 }
 
 static void start_program(const char *path, char *const arguments[]) {
-  char line[2048];
+  char line[LMAINTE_RECORD_LONGEST_PROGRAM + 1];
   size_t size = 0;
   const bool has_words = arguments != NULL && arguments[0] != NULL;
   for (size_t i = 0; size < sizeof line && (i == 0 || (has_words && arguments[i] != NULL)); ++i) {

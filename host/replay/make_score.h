@@ -17,9 +17,12 @@ struct Run {
   std::uint32_t model = 0;
   bool is_fed = false, is_read = false;  // its standard input, its standard output is no terminal
   bool has_end = false;
-  int exit_status = 0;  // where it has
+  bool is_full = false;  // what came behind its last record found no room
+  int exit_status = 0;   // where it has
   std::vector<const recording::Record *> records;
   std::string flaw;  // why no command can run against it: a sentence; empty where one can
+  // What may be the reason of a difference, beside the command: a sentence; empty where nothing is known.
+  std::string doubt;
 };
 
 // In the order in which they began. They belong to the recording.

@@ -5,6 +5,8 @@
 
 #include <stdint.h>
 
+#include "include/lmainte_record.h"
+
 #ifdef __cplusplus
 extern "C" {
 #endif
@@ -16,20 +18,22 @@ extern "C" {
 /* The exit status of a command that is ended where it differs. */
 enum { REPLAY_ENDED = 125 };
 
-enum { REPLAY_LONGEST_TEXT = 4096 };
+enum { REPLAY_LONGEST_TEXT = LMAINTE_RECORD_LONGEST_TEXT };
 
 /* A call: its kind and words are those of lmainte_record.h. Of a program `result` is the status with which it ended,
-   and `third` is 1 where it has ended. Bytes are in the byte order of this machine. */
+   and `third` is 1 where it has ended. `is_made` is 1 of an answer that was given before its turn. Bytes are in the byte order of this machine. */
 typedef struct {
-  uint32_t kind;
+  uint32_t kind, process;
   int32_t result;
   uint32_t first, second, third;
   uint32_t text, text_size, content, content_size; /* where in the file, and how many bytes */
   uint32_t seconds, nanoseconds;                   /* how long it took */
+  uint32_t is_made;
 } replay_call;
 
-/* How a command has left the recording. */
-enum { REPLAY_AGREES, REPLAY_DIFFERS, REPLAY_ONE_MORE, REPLAY_RAN_OUT };
+/* How a command has left the recording. REPLAY_RAN_OUT: it goes on behind the last recorded call of a command that has no
+   end. REPLAY_UNANSWERED: it asks, and the recorded command went on without an answer, which a signal has done. */
+enum { REPLAY_AGREES, REPLAY_DIFFERS, REPLAY_ONE_MORE, REPLAY_RAN_OUT, REPLAY_UNANSWERED };
 
 typedef struct {
   uint32_t count;     /* of the calls, which follow the head */

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cstddef>
 #include <cstdio>
 #include <cstring>
 
@@ -161,7 +162,11 @@ std::string early_end(const Ending &ending, std::uint32_t made, std::uint32_t co
 }  // namespace
 
 std::uint32_t calls_made(const std::string &score) {
-  return Left(score).head().next;
+  std::uint32_t made = 0;
+  if (score.size() >= offsetof(replay_score, next) + sizeof made) {
+    std::memcpy(&made, score.data() + offsetof(replay_score, next), sizeof made);
+  }
+  return made;
 }
 
 Verdict verdict_of(const std::string &score, const Run &run, const Ending &ending) {
@@ -184,7 +189,13 @@ Verdict verdict_of(const std::string &score, const Run &run, const Ending &endin
           "The command makes a call more than the recording has, which ended after " + calls_text(count) + ":";
       verdict.of_command = text_of(left.came());
       return verdict;
+    case REPLAY_UNANSWERED:
+      verdict.is_compared = verdict.differs = false;
+      verdict.sentence = "No difference in " + calls_text(made) +
+                         ". There the recorded command asked and went on without an answer, which a signal does.";
+      return verdict;
     case REPLAY_RAN_OUT:
+      if (made < count || run.has_end) break;  // it has written into its score
       verdict.differs = false;
       verdict.sentence =
           "No difference in " + calls_text(made) + ". There the recording ends, in the middle of the recorded command.";
@@ -208,6 +219,7 @@ Verdict verdict_of(const std::string &score, const Run &run, const Ending &endin
   }
   verdict.differs = false;
   verdict.sentence = "No difference in " + calls_text(count) + ".";
+  if (!run.has_end) verdict.sentence += " How the recorded command ended is not in the recording.";
   return verdict;
 }
 

@@ -11,6 +11,7 @@ namespace replay {
 
 struct Verdict {
   bool differs = false;
+  bool is_compared = true;           // as far as it goes; else the recording cannot say
   std::uint32_t calls = 0, of = 0;   // how many were made as they were recorded, and how many there are
   std::string sentence;              // "The command differs from the recording at call 7 of 42:"
   std::string recorded, of_command;  // both sides, in words; one may be empty
@@ -25,7 +26,7 @@ struct Ending {
 // Of the score that the command has left, and of its end.
 Verdict verdict_of(const std::string &score, const Run &run, const Ending &ending);
 
-// How many calls the command has made as they were recorded, as its score says.
+// How many calls the command has made as they were recorded, as the first eight bytes of its score say.
 std::uint32_t calls_made(const std::string &score);
 
 }  // namespace replay

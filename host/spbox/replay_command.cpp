@@ -1,6 +1,8 @@
 #include "host/spbox/replay_command.h"
 
+#include <chrono>
 #include <cstdlib>
+#include <fstream>
 #include <optional>
 
 #include "host/base/read_all.h"
@@ -79,16 +81,24 @@ std::vector<std::string> command_line(const play::OwnFolder &folder, const fs::p
 }
 
 std::uint32_t calls_made(const fs::path &score) {
-  return replay::calls_made(base::text_if_readable(score.c_str()));
+  std::string head(sizeof(std::uint32_t) * 2, '\0');
+  std::ifstream(score, std::ios::binary).read(head.data(), static_cast<std::streamsize>(head.size()));
+  return replay::calls_made(head);
 }
 
 // Waits until the command ends. One that makes no call for so long is ended. Throws Interrupted.
 replay::Ending ending_of(terminal::Terminal &terminal, const fs::path &score, std::int64_t limit) {
-  for (std::optional<std::uint32_t> before, now = 0; before != now; now = calls_made(score)) {
-    before = now;
-    if (const auto ending = terminal.wait_for_exit(std::chrono::seconds(limit))) {
+  using Clock = std::chrono::steady_clock;
+  constexpr std::chrono::milliseconds kLook{100};
+  const std::chrono::seconds patience(limit);
+  std::uint32_t before = 0;
+  for (Clock::time_point end = Clock::now() + patience; Clock::now() < end;) {
+    if (const auto ending = terminal.wait_for_exit(kLook)) {
       return {.exit_status = ending->by_signal ? 128 + ending->number : ending->number};
     }
+    const std::uint32_t now = calls_made(score);
+    if (now != before) end = Clock::now() + patience;
+    before = now;
   }
   constexpr std::chrono::seconds kToClearUp{2};
   terminal.end(kToClearUp);
@@ -141,6 +151,8 @@ int run_against(const replay::Run &run, const Replayed &replayed, int alarm) {
   } else {
     print_verdict(verdict, lines);
   }
+  if (verdict.differs && !run.doubt.empty()) complain(run.doubt);
+  if (!verdict.is_compared || (verdict.differs && !run.doubt.empty())) return kNothingToCompare;
   return verdict.differs ? kFailure : 0;
 }
 

@@ -10,6 +10,8 @@
 
 namespace spbox {
 
+inline constexpr int kNothingToCompare = 2;  // the exit status
+
 struct Replayed {
   std::filesystem::path file;        // of the recording
   std::string run;                   // last, its number, or the name of its command; empty: the only one

@@ -23,8 +23,6 @@ namespace {
 using trace_book::History;
 using trace_book::Told;
 
-constexpr int kNothingToCompare = 2;
-
 struct ReplayOptions {
   TraceOptions trace;
   Replayed replayed;  // but for its run, which is that of the trace
@@ -68,6 +66,10 @@ int show(const recording::Recording &recording, const ReplayOptions &options) {
   const recording::AsRings rings = recording::as_rings(recording);
   const History history(rings.records, rings.calls, recording.model);
   if (!options.page.empty()) {
+    if (std::error_code none; std::filesystem::equivalent(options.page, options.replayed.file, none)) {
+      throw box::BoxError(base::shown(options.page.native()) +
+                          " is the recording itself. Give another name for the page.");
+    }
     const play::Interrupts interrupts;  // the box of the pictures goes with them
     const auto page = as_play(recording, rings, lines_of(history, options.trace), options.replayed.file.filename());
     return interrupts.signal() == 0 ? write_page(page, options.page) : interrupts.die();
@@ -134,7 +136,9 @@ Verb replay_verb() {
               "daemon. At its first call that is another one it is ended, and both sides are\n"
               "named; so is one that makes no call any more. The exit status is 0 without a\n"
               "difference, 1 with one, and 2 where there is nothing to compare: the recording\n"
-              "cannot be read or is not whole, or the command cannot be run.\n\n"
+              "cannot be read, records of the run are damaged or missing, or the command\n"
+              "cannot be run. A recording that ends before its command did, as where that was\n"
+              "killed, is compared up to there, and the answer says so.\n\n"
               "Examples:\n"
               "  spbox replay fault.rec --errors\n"
               "  spbox replay fault.rec --report fault.html\n"

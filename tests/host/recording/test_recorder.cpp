@@ -130,8 +130,10 @@ TEST_F(Recorder, WritesEachCallWithItsAnswer) {
   const auto parent = static_cast<std::uint32_t>(self);
   for (const Row &row : std::list<Row>{
            {LMAINTE_RECORD_END, 3, 0, 0, 0, "", ""},
-           {LMAINTE_RECORD_PROGRAM, 0, parent, 0, 0, "/mgb/bin/ctlled -c on", ""},
-           {LMAINTE_RECORD_PROGRAM_END, 206 << 8, 77, 0, 0, "", ""},
+           {LMAINTE_RECORD_PROGRAM, 0, parent, by_kind[LMAINTE_RECORD_PROGRAM].second,
+            by_kind[LMAINTE_RECORD_PROGRAM].third, "/mgb/bin/ctlled -c on", ""},
+           {LMAINTE_RECORD_PROGRAM_END, 206 << 8, 77, by_kind[LMAINTE_RECORD_PROGRAM_END].second,
+            by_kind[LMAINTE_RECORD_PROGRAM_END].third, "", ""},
            {LMAINTE_RECORD_LOCK, -3, 2, 0, 0, "", ""},
            {LMAINTE_RECORD_GET, 0, 2, 3, 0, "current_psu_info", "abc"},
            {LMAINTE_RECORD_PUT, -5, 3, 2, 0, "local", "ab"},
@@ -155,6 +157,9 @@ TEST_F(Recorder, WritesEachCallWithItsAnswer) {
     EXPECT_EQ(record.text, row.text) << row.kind;
     EXPECT_EQ(record.content, row.content) << row.kind;
   }
+  EXPECT_NE(by_kind[LMAINTE_RECORD_PROGRAM].third, 0u);
+  EXPECT_LT(recording::time_of_program(by_kind[LMAINTE_RECORD_PROGRAM], by_kind[LMAINTE_RECORD_PROGRAM_END]),
+            std::uint64_t{60} * 1'000'000'000);
   EXPECT_EQ(all.missing + all.places, 0u);
 }
 
@@ -174,6 +179,30 @@ TEST_F(Recorder, LeavesContentsOutWhereTheFileSaysSo) {
   EXPECT_TRUE(all.records.back().is_left_out);
   EXPECT_EQ(all.records.back().content_size, 13u);
   EXPECT_EQ(all.records.back().content, "");
+}
+
+// As somebody does while a command runs: the rest of the recording is without contents, or with them again.
+TEST_F(Recorder, LooksAtTheFirstLineAgain) {
+  struct Row {
+    const char *before, *after;
+    bool has_content;
+  };
+  for (const Row &row : std::list<Row>{{"", "without contents\n", false}, {"without contents\n", "", true}}) {
+    switch_on(row.before);
+    ASSERT_EQ(in_child([&] {
+                char content[] = "serial number";
+                void *record = content;
+                const std::int32_t size = 13;
+                call(1);
+                switch_on(row.after);
+                lmainte_record_get(0, 4, "fru_cmu", &record, &size, 0);
+                return 0;
+              }),
+              0);
+    EXPECT_EQ(bytes().find("serial") != std::string::npos, row.has_content);
+    EXPECT_EQ(kinds(), (Kinds{LMAINTE_RECORD_PROCESS, LMAINTE_RECORD_GET}));
+    EXPECT_EQ(recorded().is_without_contents, !row.has_content);
+  }
 }
 
 TEST_F(Recorder, StopsAtItsBoundAndSaysSo) {
@@ -201,6 +230,7 @@ TEST_F(Recorder, StopsAtItsBoundAndSaysSo) {
 TEST_F(Recorder, EndsNobodyAtTheLimitOfFiles) {
   switch_on();
   ASSERT_EQ(in_child([] {
+              call(1);
               const rlimit limit{1000, 1000};
               setrlimit(RLIMIT_FSIZE, &limit);
               for (int i = 0; i < 100; ++i) call(1);
@@ -225,7 +255,9 @@ TEST_F(Recorder, GoesOnWithoutAFullDiskAndCounts) {
   EXPECT_EQ(all.missing, 16u);
   EXPECT_EQ(all.records.size(), 1u + 2 + 4);
   EXPECT_EQ(recording::remarks(all, "it"),
-            (std::vector<std::string>{"16 records are missing in it: they could not be written."}));
+            (std::vector<std::string>{
+                "16 records are missing in it: damaged, or not written as on a full disk, or there before the "
+                "file was emptied."}));
 }
 
 TEST_F(Recorder, TellsAChildOfForkFromItsParent) {
@@ -320,7 +352,7 @@ TEST_F(Recorder, BeginsAgainInAFileThatIsEmptied) {
             0);
   EXPECT_EQ(kinds(), (Kinds{LMAINTE_RECORD_PROCESS, LMAINTE_RECORD_OPEN}));
   EXPECT_EQ(recorded().records.back().first, 2u);
-  EXPECT_EQ(recorded().missing, 0u);
+  EXPECT_EQ(recorded().missing, 2u);
 }
 
 TEST_F(Recorder, StopsInAFileThatIsRemovedAndGoesOnInOneThatIsRenamed) {

@@ -28,6 +28,7 @@ MadeRecording walk(std::uint32_t order = 1) {
   made.add({.kind = LMAINTE_RECORD_GET, .first = 2, .second = 4, .text = "current_psu_info", .content = "abcd"});
   made.add({.kind = LMAINTE_RECORD_QUESTION, .first = 9, .text = "Which one?"});
   made.add({.kind = LMAINTE_RECORD_ANSWER, .first = 4, .text = "4"});
+  made.begin_child(101);
   made.add({.kind = LMAINTE_RECORD_PROGRAM, .first = 100, .text = "/mgb/bin/ctlled -c on", .pid = 101});
   made.add({.kind = LMAINTE_RECORD_PROGRAM_END, .result = 206 << 8, .first = 101});
   made.add({.kind = LMAINTE_RECORD_END, .result = 1});
@@ -95,7 +96,7 @@ TEST(ARecording, ThatCannotBeReadIsRefusedInASentence) {
 TEST(ARecording, ThatIsCutAnywhereHasItsWholeRecords) {
   const std::string whole = walk().bytes;
   const Recording all = recording::read(whole, "it");
-  ASSERT_EQ(all.records.size(), 8u);
+  ASSERT_EQ(all.records.size(), 9u);
   std::vector<std::size_t> ends;
   for (std::size_t at = 0; at < whole.size(); ends.push_back(at)) at += recording::word_at(whole, at + 4, true);
   for (std::size_t size = ends.front(); size < whole.size(); ++size) {
@@ -115,13 +116,32 @@ TEST(ARecording, ThatIsDamagedAtAnyByteLosesOneRecord) {
     std::string damaged = whole;
     damaged[at] = static_cast<char>(damaged[at] ^ 0x10);
     const Recording rest = recording::read(damaged, "it");
-    EXPECT_EQ(rest.records.size(), 7u) << at;
+    EXPECT_EQ(rest.records.size(), 8u) << at;
     EXPECT_EQ(rest.places, 1u) << at;
   }
   std::string damaged = whole;
   damaged[first + 20] ^= 1;
   EXPECT_EQ(recording::remarks(recording::read(damaged, "it"), "it"),
-            (std::vector<std::string>{"it is damaged in 1 place: what stands there is not shown."}));
+            (std::vector<std::string>{"it is damaged in 1 place: what stands there is not shown.",
+                                      "1 record is missing in it: damaged, or not written as on a full disk, or there "
+                                      "before the file was emptied."}));
+}
+
+TEST(ARecording, SaysWhatIsMissingAtTheBeginningOfAProcessAndKeepsNewerKinds) {
+  MadeRecording made;
+  made.add({.kind = LMAINTE_RECORD_OPEN});
+  made.add({.kind = LMAINTE_RECORD_OPEN});
+  made.bytes.clear();
+  made.begin();
+  made.add({.kind = LMAINTE_RECORD_LAST + 1});
+  made.add({.kind = LMAINTE_RECORD_OPEN, .pid = 300});
+  const Recording all = recording::read(made.bytes, "it");
+  EXPECT_EQ(all.records.size(), 3u);
+  EXPECT_EQ(
+      recording::remarks(all, "it"),
+      (std::vector<std::string>{"2 records are missing in it: damaged, or not written as on a full disk, or there "
+                                "before the file was emptied.",
+                                "1 record in it cannot be understood: the beginning of the process is missing."}));
 }
 
 // Each of its marks promises a long record.

@@ -1,5 +1,7 @@
 /* caller CALL...: asks its platform for each, in this order. A call is a word and what it takes, such as
    get:2:current_psu_info. */
+#define _GNU_SOURCE
+#include <fcntl.h>
 #include <signal.h>
 #include <stdio.h>
 #include <stdlib.h>
@@ -62,6 +64,21 @@ static void read_file(const char *path) {
   printf("close: %d\n", lcmn_close(fd));
 }
 
+/* A control program, for which nobody waits; it has begun when this returns. */
+static void start(void) {
+  char program[] = "/mgb/bin/ctlmainte", option[] = "-c", lock[] = "lock";
+  char *const words[] = {program, option, lock, NULL};
+  int ends[2];
+  char byte;
+  if (pipe2(ends, O_CLOEXEC) != 0) return;
+  if (fork() == 0) {
+    execve(program, words, environ);
+    _exit(1);
+  }
+  close(ends[1]);
+  printf("start: %d\n", (int)read(ends[0], &byte, 1));
+}
+
 static int call(const char *word) {
   const char *const value = strchr(word, ':') == NULL ? "" : strchr(word, ':') + 1;
   const char *const name = strchr(value, ':') == NULL ? "" : strchr(value, ':') + 1;
@@ -82,6 +99,7 @@ static int call(const char *word) {
   if (is(word, "mainte")) printf("mainte: %d\n", lmainte_control_mainte(number(value), 10));
   if (is(word, "ask")) printf("asked: %d", lmainte_ask_select(3, &choice, "%s? ", value)), printf(", %d\n", choice);
   if (is(word, "exit")) exit(number(value));
+  if (is(word, "start")) start();
   if (is(word, "wait")) pause();
   if (is(word, "kill")) kill(getpid(), 9);
   return 0;

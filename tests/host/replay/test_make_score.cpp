@@ -70,6 +70,42 @@ TEST(Runs, SayWhyNoCommandCanRunAgainstThem) {
   EXPECT_EQ(flaw_of(written), "");
   EXPECT_EQ(flaw_of(without_model), "The recording does not say of which model the server is.");
   EXPECT_EQ(flaw_of(gap), "Records of this run are missing.");
+  MadeRecording unknown_model, of_nobody, orphan, damaged, newer;
+  unknown_model.begin(1, 99);
+  of_nobody.begin();
+  of_nobody.add({.kind = LMAINTE_RECORD_OPEN, .first = 2, .pid = 101});
+  of_nobody.add({.kind = LMAINTE_RECORD_END});
+  orphan.begin();
+  orphan.add({.kind = LMAINTE_RECORD_END});
+  orphan.add({.kind = LMAINTE_RECORD_OPEN, .pid = 101});
+  damaged.begin();
+  damaged.bytes += "damage, and no record";
+  damaged.add({.kind = LMAINTE_RECORD_OPEN});
+  newer.begin();
+  newer.add({.kind = LMAINTE_RECORD_LAST + 1});
+  newer.add({.kind = LMAINTE_RECORD_END});
+  const char *const unknown = "It is unknown whether records of other processes belong to this run.";
+  EXPECT_EQ(flaw_of(unknown_model), "It is of a model that spbox does not know.");
+  EXPECT_EQ(flaw_of(of_nobody), unknown);
+  EXPECT_EQ(flaw_of(orphan), unknown);
+  EXPECT_EQ(flaw_of(damaged), "The recording is damaged within this run.");
+  EXPECT_EQ(flaw_of(newer), "");
+}
+
+// A child may come later than its parent's end; one that has ended and is not there is a reason to doubt.
+TEST(Runs, HaveAllTheirChildren) {
+  MadeRecording made;
+  made.begin();
+  made.add({.kind = LMAINTE_RECORD_PROGRAM_END, .first = 102});
+  made.add({.kind = LMAINTE_RECORD_END});
+  made.begin_child(101);
+  made.add({.kind = LMAINTE_RECORD_OPEN, .pid = 101});
+  const recording::Recording recording = recording::read(made.bytes, "it");
+  const auto runs = runs_of(recording);
+  ASSERT_EQ(runs.size(), 1u);
+  EXPECT_EQ(runs[0].records.size(), 5u);
+  EXPECT_EQ(runs[0].flaw, "");
+  EXPECT_NE(runs[0].doubt, "");
 }
 
 // The words of a record that boxes know, and those of a message, come in the order of this machine; other bytes stay.
@@ -88,6 +124,26 @@ TEST(AScore, IsInTheByteOrderOfThisMachine) {
   std::memcpy(&word, score.data() + calls[0].content, sizeof word);
   EXPECT_EQ(word, 0x11223344u);
   EXPECT_EQ(score.substr(calls[1].content, 4), "time");
+}
+
+// By a clock that nobody sets; of an older recorder, and of a forged recording, never longer than a day.
+TEST(AScore, HasTheTimeOfAProgram) {
+  struct Row {
+    std::uint32_t from, to, seconds;
+  };
+  for (const Row &row : {Row{1, 3, 8}, Row{3, 1, 0}, Row{0, 0, 0}, Row{1, 0xFFFFFFFF, 86399}}) {
+    MadeRecording made;
+    made.begin();
+    made.begin_child(101);
+    made.add({.kind = LMAINTE_RECORD_PROGRAM, .second = row.from, .text = "/mgb/bin/ctlled", .pid = 101});
+    made.add({.kind = LMAINTE_RECORD_PROGRAM_END, .first = 101, .second = row.to});
+    const recording::Recording recording = recording::read(made.bytes, "it");
+    const std::string score = replay::score_of(runs_of(recording).at(0));
+    replay_call call;
+    ASSERT_GE(score.size(), sizeof(replay_score) + sizeof call);
+    std::memcpy(&call, score.data() + sizeof(replay_score), sizeof call);
+    EXPECT_EQ(call.seconds, row.seconds) << row.to;
+  }
 }
 
 }  // namespace

@@ -147,6 +147,72 @@ TEST_F(Replay, EndsWhereARecordedCommandWasKilled) {
             "No difference in 2 calls. There the recording ends, in the middle of the recorded command.\n");
 }
 
+// A made recording of the test's command.
+TEST_F(Replay, GoesOnWhereTheRecordedCommandDid) {
+  const MadeRecord question{.kind = LMAINTE_RECORD_QUESTION, .first = 3, .text = "Which? "};
+  const MadeRecord answer{.kind = LMAINTE_RECORD_ANSWER, .first = 2, .text = "2"};
+  const MadeRecord unlock{.kind = LMAINTE_RECORD_UNLOCK, .first = 2}, close{.kind = LMAINTE_RECORD_CLOSE, .first = 2};
+  const MadeRecord end{.kind = LMAINTE_RECORD_END};
+  const MadeRecord program{.kind = LMAINTE_RECORD_PROGRAM, .text = "/mgb/bin/ctlmainte -c lock", .pid = 101};
+  const MadeRecord file{.kind = LMAINTE_RECORD_FILE_OPEN, .result = -1, .text = std::string(4096, 'a')};
+  const std::string long_file = "file:" + std::string(5000, 'a');
+  struct Row {
+    const char *says;
+    std::vector<MadeRecord> records;
+    std::string calls, told;
+    int exit_status;
+  };
+  for (const Row &row : std::list<Row>{
+           {"a handler's call before the answer",
+            {question, unlock, answer, close, end},
+            "ask:Which unlock:2 close:2",
+            "No difference in 4 calls.\n",
+            0},
+           {"that call is missing behind the answer",
+            {question, unlock, answer, close, end},
+            "ask:Which close:2",
+            "The command differs from the recording at call 2 of 4:\n  recorded     scdb_unlock: database current "
+            "(2)\n",
+            1},
+           {"no answer", {question, close, end}, "ask:Which close:2", "asked and went on without an answer", 2},
+           {"killed at the question",
+            {question},
+            "ask:Which close:2",
+            "No difference in 1 call. There the recording ends, in the middle of the recorded command.\n",
+            0},
+           {"a program for which it does not wait",
+            {program, unlock, close, end},
+            "start unlock:2 close:2",
+            "No difference in 3 calls.\n",
+            0},
+           {"the same, and a difference",
+            {program, unlock, close, end},
+            "start unlock:2 close:3",
+            "The command differs from the recording at call 3 of 3:\n",
+            1},
+           {"a text that the recorder has cut", {file, end}, long_file, "No difference in 1 call.\n", 0},
+           {"no end", {unlock}, "unlock:2", "How the recorded command ended is not in the recording.\n", 0},
+           {"a lost child, and a difference",
+            {{.kind = LMAINTE_RECORD_PROGRAM_END, .first = 102}, unlock, end},
+            "close:2",
+            "or its records are missing.\n",
+            2},
+       }) {
+    MadeRecording made;
+    made.begin();
+    bool has_child = false;
+    for (const MadeRecord &record : row.records) {
+      if (record.pid == 101 && !has_child) made.begin_child(101);
+      has_child = record.pid == 101;
+      made.add(record);
+    }
+    std::ofstream(scratch_ / "fault.rec", std::ios::binary) << made.bytes;
+    const Done result = replay(row.calls);
+    EXPECT_EQ(result.exit_status, row.exit_status) << row.says << ":\n" << result.output;
+    EXPECT_NE(result.output.find(row.told), std::string::npos) << row.says << ":\n" << result.output;
+  }
+}
+
 TEST_F(Replay, HangsAsAProgramHungAndIsKilledInTime) {
   make_box();
   done({"program", "box", "ctlmainte", "--hang"});
@@ -245,6 +311,15 @@ TEST_F(Replay, KeepsARecordingAsAPage) {
   EXPECT_NE(spbox({"replay", "fault.rec", "--report", "absent/fault.html"}).output.find("No such file or directory"),
             std::string::npos);
   EXPECT_EQ(spbox({"replay", "fault.rec", "--report", "fault.html", "--", CALLER}).exit_status, 2);
+  const std::string before = file();
+  fs::create_symlink("fault.rec", scratch_ / "link");
+  for (const char *same : {"fault.rec", "link"}) {
+    const Done refused = spbox({"replay", "fault.rec", "--report", same});
+    EXPECT_EQ(refused.output,
+              std::string("spbox: ") + same + " is the recording itself. Give another name for the page.\n");
+    EXPECT_EQ(refused.exit_status, 2);
+    EXPECT_EQ(file(), before);
+  }
 }
 
 TEST_F(Replay, GoesOnInARecordingAndAsksWhichRunIsMeant) {

@@ -36,7 +36,13 @@ TEST(AVerdict, TellsHowACommandEndedThatDiffersFromNoCall) {
             true,
             "The command makes the same 2 calls, and ends in another way:",
             "none; it was ended after 60 seconds without a call"},
-           {"no end, where none is recorded", false, 2, {0, 60}, false, "No difference in 2 calls.", ""},
+           {"no end, where none is recorded",
+            false,
+            2,
+            {0, 60},
+            false,
+            "No difference in 2 calls. How the recorded command ended is not in the recording.",
+            ""},
            {"an end too early", true, 1, {3}, true, "The command ended with exit status 3 before call 2 of 2:", ""},
            {"silence",
             true,
@@ -76,7 +82,7 @@ TEST(AVerdict, TellsHowACommandEndedThatDiffersFromNoCall) {
     EXPECT_EQ(verdict.sentence, row.sentence) << row.says;
     EXPECT_EQ(verdict.of_command, row.of_command) << row.says;
   }
-  EXPECT_EQ(replay::calls_made("no score"), 0u);
+  EXPECT_EQ(replay::calls_made("none"), 0u);
 }
 
 }  // namespace
