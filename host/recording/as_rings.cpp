@@ -121,18 +121,18 @@ class Turner {
     result.records.push_back(entry);
   }
 
-  // A ring has no end of a program that was killed.
+  // A ring has no end of a program that was killed; here it has the signal, below 0.
   void take_end_of_program(const Record &record) {
     const auto found = programs_.find(static_cast<pid_t>(record.first));
     if (found == programs_.end()) return;
     auto [start, began] = std::move(found->second);
     programs_.erase(found);
     const auto status = static_cast<std::uint32_t>(record.result);
-    if ((status & 0x7FU) != 0) return;
     start.number = result.calls.size();
     start.kind = CallKind::kProgramEnd;
     start.duration_ns = time_of_program(*began, record);
-    start.result = static_cast<std::int32_t>(status >> 8U & 0xFFU);
+    const auto ended_by = static_cast<std::int32_t>(status & 0x7FU);
+    start.result = ended_by != 0 ? -ended_by : static_cast<std::int32_t>(status >> 8U & 0xFFU);
     result.calls.push_back(std::move(start));
   }
 

@@ -108,9 +108,12 @@ class Page {
 }  // namespace
 
 report::Play as_play(const recording::Recording &recording, const recording::AsRings &rings,
-                     const std::vector<Told> &lines, const std::string &name) {
+                     const std::vector<Told> &lines, const std::string &name, const std::function<bool()> &is_over) {
   Page page(recording, rings, name);
-  for (const Told &line : lines) page.take(line);
+  for (const Told &line : lines) {
+    if (is_over()) break;
+    page.take(line);
+  }
   return std::move(page.play);
 }
 

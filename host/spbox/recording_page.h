@@ -2,6 +2,7 @@
 // recording knows it, the server as its records tell, and the trace and the log up to there.
 #pragma once
 
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -12,8 +13,9 @@
 
 namespace spbox {
 
-// `lines` are those of the recording's history that are asked for. Throws.
+// `lines` are those of the recording's history that are asked for. Ends early where `is_over` says so. Throws.
 report::Play as_play(const recording::Recording &recording, const recording::AsRings &rings,
-                     const std::vector<trace_book::Told> &lines, const std::string &name);
+                     const std::vector<trace_book::Told> &lines, const std::string &name,
+                     const std::function<bool()> &is_over);
 
 }  // namespace spbox

@@ -1,11 +1,13 @@
 #include "host/spbox/replay_command.h"
 
+#include <algorithm>
 #include <chrono>
 #include <cstdlib>
 #include <fstream>
 #include <optional>
 
 #include "host/base/read_all.h"
+#include "host/base/shown.h"
 #include "host/box/box_error.h"
 #include "host/box/contents.h"
 #include "host/include/lmainte_host.h"
@@ -66,6 +68,8 @@ void check_is_of_workstation(const std::string &name) {
 
 // ---- The command, in a box of the recorded model, on a terminal of its own, at full speed
 
+constexpr const char *kOutput = "output";
+
 // Where the recorded command had no terminal, this one has none there.
 std::string script_of(const replay::Run &run) {
   return std::string("exec \"$@\"") + (run.is_fed ? " </dev/null" : "") + (run.is_read ? " >\"$0\"" : "");
@@ -73,7 +77,7 @@ std::string script_of(const replay::Run &run) {
 
 std::vector<std::string> command_line(const play::OwnFolder &folder, const fs::path &score, const replay::Run &run,
                                       const std::vector<std::string> &command) {
-  std::vector<std::string> words{"/bin/sh", "-c", script_of(run), folder.path() / "output"};
+  std::vector<std::string> words{"/bin/sh", "-c", script_of(run), folder.path() / kOutput};
   words.push_back(fs::read_symlink("/proc/self/exe"));
   words.insert(words.end(), {"run", folder.box(), "--speed", "full", "--score", score, "--"});
   words.insert(words.end(), command.begin(), command.end());
@@ -107,9 +111,21 @@ replay::Ending ending_of(terminal::Terminal &terminal, const fs::path &score, st
 
 // ---- What became of it
 
-// What the command wrote last, as far as a person reads it.
-std::vector<std::string> last_lines(terminal::Terminal &terminal) {
-  std::vector<std::string> lines = terminal.everything_shown();
+// What stands at the end of a file.
+std::vector<std::string> end_of(const fs::path &file) {
+  constexpr std::streamoff kMost = 8192;
+  std::ifstream in(file, std::ios::binary | std::ios::ate);
+  in.seekg(std::max<std::streamoff>(in.tellg() - std::streampos(kMost), 0));
+  std::vector<std::string> lines;
+  for (std::string line; std::getline(in, line);) lines.push_back(base::shown(line));
+  return lines;
+}
+
+// What the command wrote last, as far as a person reads it: into a file, where its output is no terminal, and there.
+std::vector<std::string> last_lines(const fs::path &output, terminal::Terminal &terminal) {
+  std::vector<std::string> lines = end_of(output);
+  const std::vector<std::string> shown = terminal.everything_shown();
+  lines.insert(lines.end(), shown.begin(), shown.end());
   while (!lines.empty() && lines.back().empty()) lines.pop_back();
   constexpr std::size_t kMost = 12;
   keep_last(lines, kMost);
@@ -145,7 +161,7 @@ int run_against(const replay::Run &run, const Replayed &replayed, int alarm) {
   terminal.start(command_line(folder, score, run, replayed.command));
   const replay::Ending ending = ending_of(terminal, score, replayed.limit);
   const replay::Verdict verdict = replay::verdict_of(base::text_if_readable(score.c_str()), run, ending);
-  const std::vector<std::string> lines = last_lines(terminal);
+  const std::vector<std::string> lines = last_lines(folder.path() / kOutput, terminal);
   if (is_for_script()) {
     answer(verdict_json(verdict, lines));
   } else {

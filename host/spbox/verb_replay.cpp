@@ -71,7 +71,8 @@ int show(const recording::Recording &recording, const ReplayOptions &options) {
                           " is the recording itself. Give another name for the page.");
     }
     const play::Interrupts interrupts;  // the box of the pictures goes with them
-    const auto page = as_play(recording, rings, lines_of(history, options.trace), options.replayed.file.filename());
+    const auto page = as_play(recording, rings, lines_of(history, options.trace), options.replayed.file.filename(),
+                              [&] { return interrupts.signal() != 0; });
     return interrupts.signal() == 0 ? write_page(page, options.page) : interrupts.die();
   }
   if (is_for_script()) {

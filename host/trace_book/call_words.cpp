@@ -94,6 +94,7 @@ std::string message_of(const CallEntry &entry, const char *what) {
 }
 
 std::string exit_text(const CallEntry &entry) {
+  if (entry.result < 0) return "is killed by signal " + std::to_string(-std::int64_t{entry.result});
   return "ends with exit status " + std::to_string(entry.result);
 }
 
@@ -168,7 +169,6 @@ bool is_error(const CallEntry &entry) {
     case CallKind::kBegin:
     case CallKind::kEnd:
     case CallKind::kProgram:
-    case CallKind::kProgramEnd:
       return false;
     case CallKind::kAnswer:
       return entry.result == LMAINTE_ASK_FAILED;

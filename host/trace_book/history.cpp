@@ -217,7 +217,8 @@ class Reader {
     if (call.kind == box::CallKind::kProgramEnd && process.program) {
       Moment &start = moments_[*process.program];
       start.duration_ns = static_cast<std::int64_t>(call.duration_ns);
-      start.outcome = "exit status " + std::to_string(call.result);
+      start.outcome = call.result < 0 ? "was killed by signal " + std::to_string(-std::int64_t{call.result})
+                                      : "exit status " + std::to_string(call.result);
       process.program.reset();
     }
     if (call.kind == box::CallKind::kEnd && process.run != kNoRun) {

@@ -219,6 +219,7 @@ TEST_F(Replay, HangsAsAProgramHungAndIsKilledInTime) {
   record("mainte:1");
   const Done same = replay("mainte:1");
   EXPECT_EQ(same.output, "No difference in 1 call.\n");
+  EXPECT_NE(spbox({"replay", "fault.rec", "--errors"}).output.find("is killed by signal "), std::string::npos);
 }
 
 TEST_F(Replay, EndsACommandThatMakesNoCallAnyMore) {
@@ -233,6 +234,12 @@ TEST_F(Replay, EndsACommandThatMakesNoCallAnyMore) {
   EXPECT_TRUE(fs::is_empty(temporary()));
 }
 
+TEST_F(Replay, ShowsWhatTheCommandWroteLastAlsoIntoAFile) {
+  make_box();
+  record("open:2 lock:2");
+  EXPECT_NE(replay("open:2 exit:4").output.find("The command wrote last:\n  | open: 0\n"), std::string::npos);
+}
+
 TEST_F(Replay, LeavesNothingWhereItIsInterrupted) {
   make_box();
   record("open:2");
@@ -245,7 +252,8 @@ TEST_F(Replay, LeavesNothingWhereItIsInterrupted) {
 TEST_F(Replay, RefusesACommandThatCannotBeRun) {
   make_box();
   record("open:2");
-  const std::string head("\177ELF\1\2\1\0\0\0\0\0\0\0\0\0\0\2\0\24", 20);
+  std::string head("\177ELF\1\2\1\0\0\0\0\0\0\0\0\0\0\2\0\24", 20);
+  head.resize(64);
   std::ofstream(scratch_ / "of_target") << head;
   std::ofstream(scratch_ / "text") << "no program\n";
   fs::permissions(scratch_ / "of_target", fs::perms::owner_all);
