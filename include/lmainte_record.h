@@ -215,6 +215,7 @@ void lmainte_record_end(int exit_status);
 
 #include <errno.h>
 #include <fcntl.h>
+#include <signal.h>
 #include <stddef.h>
 #include <string.h>
 #include <sys/resource.h>
@@ -490,6 +491,23 @@ static void lmainte_record_end_at_bound(const struct stat *status, off_t most) {
   lmainte_record_miss();
 }
 
+/* Who empties the file has it begin again, also with another first line. A signal handler waits: its records come behind the process's
+   own, and what it writes meanwhile is not taken for another file. */
+static int lmainte_record_begin_process(uint64_t began) {
+  struct stat status;
+  sigset_t all, before;
+  int result = 0;
+  sigfillset(&all);
+  sigprocmask(SIG_BLOCK, &all, &before);
+  if (fstat(lmainte_recorder.file, &status) == 0 &&
+      (!lmainte_recorder.has_begun || status.st_size < lmainte_recorder.seen)) {
+    result = lmainte_record_write_process(began);
+    lmainte_recorder.has_begun = result == 0;
+  }
+  sigprocmask(SIG_SETMASK, &before, NULL);
+  return result;
+}
+
 static void lmainte_record_keep(const lmainte_record *record) {
   struct stat status;
   off_t most;
@@ -509,14 +527,10 @@ static void lmainte_record_keep(const lmainte_record *record) {
     lmainte_record_end_at_bound(&status, most);
     return;
   }
-  /* Who empties the file has it begin again, also with another first line. */
-  if (!lmainte_recorder.has_begun || status.st_size < lmainte_recorder.seen) {
-    lmainte_recorder.has_begun = 1;
-    if (lmainte_record_write_process(record->began) != 0) {
-      lmainte_recorder.has_begun = 0;
-      lmainte_record_miss();
-      return;
-    }
+  if ((!lmainte_recorder.has_begun || status.st_size < lmainte_recorder.seen) &&
+      lmainte_record_begin_process(record->began) != 0) {
+    lmainte_record_miss();
+    return;
   }
   if (lmainte_record_write(record) != 0) {
     lmainte_record_miss();
