@@ -21,7 +21,7 @@ namespace {
 constexpr std::string_view kWithout = "without contents\n";
 constexpr std::size_t kHead = LMAINTE_RECORD_HEAD, kSummedFrom = 12;
 static_assert(kWithout.size() == LMAINTE_RECORD_WITHOUT_SIZE);
-constexpr std::uint32_t kLongestContent = LMAINTE_RECORD_LONGEST_CONTENT, kLongestRecord = kHead + 2 * kLongestContent;
+constexpr std::uint32_t kMostWithin = 2 * LMAINTE_RECORD_LONGEST_CONTENT, kLongestRecord = kHead + kMostWithin;
 
 std::uint32_t sum_of(std::string_view bytes) {
   std::uint32_t sum = 2166136261U;
