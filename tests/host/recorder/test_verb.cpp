@@ -308,7 +308,7 @@ TEST_F(Record, RunsACommandOfAMachineAndSaysHowItIsPlayed) {
   make_box("qa");
   const Scratch bin;
   std::ofstream(bin / "qemu-ppc") << "#!/bin/sh\nread word; exit 3\n";
-  std::ofstream(bin / "of_target") << std::string("\177ELF\1\2\1\0\0\0\0\0\0\0\0\0\0\2\0\x14", 20);
+  std::ofstream(bin / "of_target") << std::string("\177ELF\1\2\1\0\0\0\0\0\0\0\0\0\0\2\0\x14", 20).append(32, '\0');
   for (const char *name : {"qemu-ppc", "of_target"}) fs::permissions(bin / name, fs::perms::owner_all);
   Words words = spbox_words({"record", "box", "-o", "by_hand.play", "--machine", "powerpc", "--", "of_target"});
   words[3] = "PATH=" + bin.path().string() + ":/usr/bin:/bin";
