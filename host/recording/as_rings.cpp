@@ -3,7 +3,10 @@
 #include <algorithm>
 #include <array>
 #include <map>
+#include <string>
 #include <utility>
+
+#include "host/recording/programs.h"
 
 namespace recording {
 namespace {
@@ -64,7 +67,7 @@ class Turner {
         take_trace(record);
         return;
       case LMAINTE_RECORD_PROCESS:
-        if ((record.third & LMAINTE_RECORD_IS_CHILD) != 0) return;  // a child goes on in the run of its parent
+        if (record.is_child()) return;
         result.calls.push_back(call(record, CallKind::kBegin, record.text));
         result.calls.back().second = ++runs_;
         lines_[record.pid] = record.text;
@@ -76,7 +79,7 @@ class Turner {
         if (!is_control_program(record.text)) return;
         result.calls.push_back(call(record, CallKind::kProgram, record.text));
         result.calls.back().second = 0;
-        programs_[record.pid] = {result.calls.back(), &record};
+        programs_.begin(record, result.calls.size() - 1);
         return;
       case LMAINTE_RECORD_PROGRAM_END:
         take_end_of_program(record);
@@ -123,17 +126,16 @@ class Turner {
 
   // A ring has no end of a program that was killed; here it has the signal, below 0.
   void take_end_of_program(const Record &record) {
-    const auto found = programs_.find(static_cast<pid_t>(record.first));
-    if (found == programs_.end()) return;
-    auto [start, began] = std::move(found->second);
-    programs_.erase(found);
+    const auto begun = programs_.end(record);
+    if (!begun) return;
+    box::CallEntry end = result.calls[begun->call];
     const auto status = static_cast<std::uint32_t>(record.result);
-    start.number = result.calls.size();
-    start.kind = CallKind::kProgramEnd;
-    start.duration_ns = time_of_program(*began, record);
+    end.number = result.calls.size();
+    end.kind = CallKind::kProgramEnd;
+    end.duration_ns = time_of_program(*begun->record, record);
     const auto ended_by = static_cast<std::int32_t>(status & 0x7FU);
-    start.result = ended_by != 0 ? -ended_by : static_cast<std::int32_t>(status >> 8U & 0xFFU);
-    result.calls.push_back(std::move(start));
+    end.result = ended_by != 0 ? -ended_by : static_cast<std::int32_t>(status >> 8U & 0xFFU);
+    result.calls.push_back(std::move(end));
   }
 
   void take_message(const Record &record) {
@@ -146,17 +148,13 @@ class Turner {
 
   std::uint32_t runs_ = 0;
   std::map<pid_t, std::string> lines_;
-  std::map<pid_t, std::pair<box::CallEntry, const Record *>> programs_;
+  RunningPrograms programs_;
 };
 
 }  // namespace
 
 AsRings as_rings(const Recording &recording) {
   return Turner(recording).result;
-}
-
-bool is_control_program(std::string_view line) {
-  return line.starts_with("/mgb/");
 }
 
 }  // namespace recording

@@ -1,6 +1,7 @@
 // A recording as what the two rings of a box hold, for those who tell of them.
 #pragma once
 
+#include <cstddef>
 #include <vector>
 
 #include "host/box/call_ring.h"
@@ -16,8 +17,4 @@ struct AsRings {
 };
 
 AsRings as_rings(const Recording &recording);
-
-// Whether a program of this line is a control program, and no pager or shell.
-bool is_control_program(std::string_view line);
-
 }  // namespace recording

@@ -181,16 +181,6 @@ class Reader {
 
 }  // namespace
 
-std::uint64_t time_of_program(const Record &began, const Record &ended) {
-  constexpr std::uint64_t kDay = 86'400'000'000'000;
-  const auto time = [](const Record &record) { return std::uint64_t{record.second} << 32U | record.third; };
-  // Earlier recordings have the time of day alone, which may have been set meanwhile.
-  const bool has_times = time(began) != 0 && time(ended) != 0;
-  const std::uint64_t from = has_times ? time(began) : static_cast<std::uint64_t>(began.time_ns);
-  const std::uint64_t to = has_times ? time(ended) : static_cast<std::uint64_t>(ended.time_ns);
-  return to > from ? std::min(to - from, kDay) : 0;
-}
-
 std::uint32_t word_at(std::string_view bytes, std::size_t at, bool is_big_endian) {
   std::uint32_t word = 0;
   for (std::size_t i = 0; i < 4 && at + i < bytes.size(); ++i) {

@@ -33,6 +33,9 @@ struct Record {
   std::uint32_t content_size = 0;  // also where it is left out
   bool is_left_out = false;
   bool is_big_endian = false;  // its machine
+
+  // Of a process that begins: it was forked by one of a run, and goes on in it.
+  bool is_child() const { return (third & LMAINTE_RECORD_IS_CHILD) != 0; }
 };
 
 struct Recording {
@@ -60,9 +63,6 @@ std::vector<std::string> remarks(const Recording &recording, const std::string &
 
 // The content in the byte order of this machine: the words of records that a box knows, and of messages; all else is bytes.
 box::Bytes content_here(const Record &record);
-
-// How long a program ran, from its beginning and its end; also of forged ones it is between nothing and a day.
-std::uint64_t time_of_program(const Record &began, const Record &ended);
 
 std::uint32_t word_at(std::string_view bytes, std::size_t at, bool is_big_endian);  // 0 behind the end
 

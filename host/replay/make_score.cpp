@@ -5,7 +5,7 @@
 #include <map>
 
 #include "host/box/model.h"
-#include "host/recording/as_rings.h"
+#include "host/recording/programs.h"
 #include "host/replay/score.h"
 
 namespace replay {
@@ -87,7 +87,7 @@ class Sorter {
   }
 
   void begin(const Record &record) {
-    if ((record.third & LMAINTE_RECORD_IS_CHILD) != 0) {
+    if (record.is_child()) {
       const auto parent = run_of_.find(static_cast<pid_t>(record.first));
       if (parent != run_of_.end()) run_of_[record.pid] = parent->second;
       if (parent == run_of_.end()) run_of_.erase(record.pid);  // of another process with this id, long ago
@@ -173,23 +173,22 @@ class Score {
     call.text_size = static_cast<std::uint32_t>(record.text.size());
     call.content = kept({reinterpret_cast<const char *>(content.data()), content.size()});
     call.content_size = static_cast<std::uint32_t>(content.size());
-    if (record.kind == LMAINTE_RECORD_PROGRAM) programs_[record.pid] = {calls_.size(), record};
+    if (record.kind == LMAINTE_RECORD_PROGRAM) programs_.begin(record, calls_.size());
     calls_.push_back(call);
   }
 
   void add_end(const Record &record) {
     constexpr std::uint64_t kSecond = 1'000'000'000;
-    const auto program = programs_.find(static_cast<pid_t>(record.first));
-    if (program == programs_.end()) return;
-    const auto &[number, began] = program->second;
+    const auto program = programs_.end(record);
+    if (!program) return;
     // The library looks once in a second: the program ended before it was found to have.
-    const std::uint64_t took = recording::time_of_program(began, record), rest = took - std::min(took, kSecond / 2);
-    replay_call &call = calls_[number];
+    const std::uint64_t took = recording::time_of_program(*program->record, record),
+                        rest = took - std::min(took, kSecond / 2);
+    replay_call &call = calls_[program->call];
     call.result = record.result;
     call.third = 1;
     call.seconds = static_cast<std::uint32_t>(rest / kSecond);
     call.nanoseconds = static_cast<std::uint32_t>(rest % kSecond);
-    programs_.erase(program);
   }
 
   std::uint32_t kept(std::string_view text) {
@@ -200,7 +199,7 @@ class Score {
 
   std::vector<replay_call> calls_;
   std::string rest_;
-  std::map<pid_t, std::pair<std::size_t, Record>> programs_;  // which call, and its record
+  recording::RunningPrograms programs_;
 };
 
 }  // namespace

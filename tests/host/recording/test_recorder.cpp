@@ -17,6 +17,7 @@
 #include <set>
 
 #include "host/box/box_error.h"
+#include "host/recording/programs.h"
 #include "host/recording/recording.h"
 #include "tests/host/box/child.h"
 #include "tests/host/box/scratch.h"
@@ -276,8 +277,8 @@ TEST_F(Recorder, TellsAChildOfForkFromItsParent) {
   const Recording all = recorded();
   EXPECT_EQ(kinds(), (Kinds{LMAINTE_RECORD_PROCESS, LMAINTE_RECORD_OPEN, LMAINTE_RECORD_PROCESS, LMAINTE_RECORD_OPEN,
                             LMAINTE_RECORD_OPEN, LMAINTE_RECORD_END}));
-  EXPECT_EQ(all.records[0].third & LMAINTE_RECORD_IS_CHILD, 0u);
-  EXPECT_EQ(all.records[2].third & LMAINTE_RECORD_IS_CHILD, 1u);
+  EXPECT_FALSE(all.records[0].is_child());
+  EXPECT_TRUE(all.records[2].is_child());
   EXPECT_EQ(all.records[2].first, static_cast<std::uint32_t>(all.records[0].pid));
   EXPECT_EQ(all.records[4].pid, all.records[0].pid);
   EXPECT_EQ(all.missing, 0u);
