@@ -4,7 +4,9 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <memory>
 #include <sstream>
+#include <utility>
 
 #include "host/base/descriptor.h"
 #include "host/base/told.h"
@@ -144,7 +146,9 @@ void Chronicle::ends(Stage &stage) {
 void Chronicle::look_at(Stage &stage) {
   report::Step &step = play_.steps.back();
   step.time = time();
-  step.screens = stage.operators.painted_screens();
+  auto screens = stage.operators.painted_screens();
+  if (!step.screens || screens != *step.screens)
+    step.screens = std::make_shared<const std::vector<report::Screen>>(std::move(screens));
   if (stage.box.exists()) look_at_box(stage.box, step);
 }
 
@@ -157,7 +161,7 @@ void Chronicle::look_at_box(const Box &box, report::Step &step) {
     if (!play_.log.empty() && play_.log.front().starts_with("Time ")) play_.log.erase(play_.log.begin());
     step.log = play_.log.size();
   }
-  if (beat.server || beat.people) server_ = server_of(box);
+  if (beat.server || beat.people) server_ = std::make_shared<const std::vector<std::string>>(server_of(box));
   step.server = server_;
 }
 

@@ -60,7 +60,7 @@ class Chronicle {
   report::Play play_;
   std::vector<Counts> counts_;  // of each step
   std::vector<report::Deed> deeds_;
-  std::vector<std::string> server_;
+  report::Picture server_;
   std::optional<box::Pulse> pulse_;
   box_time::Clock::time_point begin_ = box_time::Clock::now();
   std::optional<report::Cast> cast_;

@@ -137,12 +137,14 @@ class Writer {
                        seconds_text(step.time) + "</h2>\n<p class=\"step-text\">" + html(step.text) + "</p>\n";
     if (is_wrong) text += "<h3>Why it failed</h3>\n<div class=\"why\">" + html_lines(play_.reason) + "</div>\n";
     text += deeds_of(step) + "<div class=\"both\">\n";
-    for (const Screen &screen : step.screens) {
-      text += "<section>\n<h3>" + html(as_heading(screen.caption)) + "</h3>\n" +
-              screens_.of(rows_of(screen.rows), "screen", screen.caption) + "</section>\n";
+    if (step.screens) {
+      for (const Screen &screen : *step.screens) {
+        text += "<section>\n<h3>" + html(as_heading(screen.caption)) + "</h3>\n" +
+                screens_.of(rows_of(screen.rows), "screen", screen.caption) + "</section>\n";
+      }
     }
-    if (!step.server.empty()) {
-      text += "<section>\n<h3>The server</h3>\n" + servers_.of(lines_of(step.server), "server", "The server") +
+    if (step.server && !step.server->empty()) {
+      text += "<section>\n<h3>The server</h3>\n" + servers_.of(lines_of(*step.server), "server", "The server") +
               "</section>\n";
     }
     return text + "</div>\n</article>\n";
@@ -176,7 +178,8 @@ class Writer {
 
 std::string verdict_of(const Play &play) {
   if (play.steps.empty()) return R"(<p class="verdict">There is no step.</p>)";
-  const std::string all = number_of(play.steps.size(), "step") + " in " + seconds_text(play.steps.back().time);
+  std::string all = number_of(play.steps.size(), "step") + " in " + seconds_text(play.steps.back().time);
+  if (play.steps_left_out > 0) all += "; " + number_of(play.steps_left_out, "older step") + " left out";
   if (play.reason.empty())
     return R"(<p class="verdict"><span class="passed">✓ )" + html(play.done) + "</span>: " + all + ".</p>";
   return R"(<p class="verdict"><span class="failed">✗ Failed</span> at )" + html(play.steps.back().place) + ", after " +

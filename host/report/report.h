@@ -3,6 +3,7 @@
 #pragma once
 
 #include <chrono>
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -23,13 +24,17 @@ struct Deed {
   std::string sentence, output;
 };
 
+// Steps that look alike have one in common; null is nothing to be seen.
+using Screens = std::shared_ptr<const std::vector<Screen>>;
+using Picture = std::shared_ptr<const std::vector<std::string>>;
+
 struct Step {
   std::string place, text;  // "walk.play:4", and the step as it is written
   std::chrono::milliseconds time{0};
   std::vector<Deed> deeds;
-  std::vector<Screen> screens;
-  std::vector<std::string> server;  // the picture of it
-  std::size_t trace = 0, log = 0;   // so many lines of the play's were there behind the step
+  Screens screens;
+  Picture server;
+  std::size_t trace = 0, log = 0;  // so many lines of the play's were there behind the step
 };
 
 struct TraceLine {
@@ -41,6 +46,7 @@ struct Play {
   std::string what = "play";               // it is called so: "The play walk"
   std::string done = "Played to its end";  // where no step failed
   std::string name;
+  std::size_t steps_left_out = 0;  // before the first of `steps`
   std::vector<Step> steps;
   std::string reason;  // why the last step failed; empty: it did not
   std::size_t trace_left_out =
@@ -48,6 +54,9 @@ struct Play {
   std::vector<TraceLine> trace;
   std::vector<std::string> log;
 };
+
+// A page has room for so many steps; who makes the play leaves out older ones.
+inline constexpr std::size_t kMostSteps = 10'000;
 
 // What is older than so many lines of the trace is left out, and said to be.
 inline constexpr std::size_t kMostTrace = 10'000;

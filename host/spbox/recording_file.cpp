@@ -11,7 +11,9 @@
 #include <string_view>
 
 #include "host/base/descriptor.h"
+#include "host/base/shown.h"
 #include "host/box/box_error.h"
+#include "host/spbox/standard_output.h"
 
 namespace spbox {
 namespace {
@@ -30,7 +32,7 @@ std::string why_not(int error) {
 
 }  // namespace
 
-fs::path recording_for(const fs::path &file, bool without_contents) {
+RecordingFile::RecordingFile(const fs::path &file, bool without_contents) {
   const base::Descriptor fd(open(file.c_str(), O_RDWR | O_CREAT | O_CLOEXEC | O_NONBLOCK | O_NOCTTY, 0600));
   struct stat status {};
   if (fd.get() < 0 || fstat(fd.get(), &status) != 0) fail(file, why_not(errno));
@@ -54,7 +56,15 @@ fs::path recording_for(const fs::path &file, bool without_contents) {
       fail(file, why_not(error));
     }
   }
-  return fs::canonical(file);
+  path_ = fs::canonical(file);
+  if (fstat(fd.get(), &status) == 0) size_ = status.st_size;
+}
+
+void RecordingFile::complain_if_nothing_came() const {
+  struct stat status {};
+  if (stat(path_.c_str(), &status) != 0 || status.st_size != size_) return;
+  complain("Nothing was recorded: the command called nothing of lmainte or its platform, or " +
+           base::shown(path_.filename().native()) + " is full.");
 }
 
 }  // namespace spbox

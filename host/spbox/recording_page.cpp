@@ -3,7 +3,9 @@
 #include <algorithm>
 #include <array>
 #include <cstring>
+#include <memory>
 #include <sstream>
+#include <utility>
 
 #include "host/box/event_log.h"
 #include "host/spbox/log_book.h"
@@ -25,6 +27,9 @@ bool is_step(CallKind kind) {
   return std::ranges::find(kSteps, kind) != kSteps.end();
 }
 
+// A longer row is no question that a terminal shows.
+constexpr std::size_t kMostColumns = 1000;
+
 class Page {
  public:
   Page(const recording::Recording &recording, const recording::AsRings &rings, const std::string &name)
@@ -32,6 +37,10 @@ class Page {
     play.what = "recording";
     play.done = "Recorded";
     play.name = name;
+  }
+
+  bool is_step(const Told &line) const {
+    return !line.moment->is_of_library && spbox::is_step(rings_.calls.at(line.moment->number).kind);
   }
 
   void take(const Told &line) {
@@ -42,12 +51,17 @@ class Page {
     const CallEntry &call = rings_.calls.at(moment.number);
     show(call);
     if (call.kind == CallKind::kLog) save(call);
-    if (!is_step(call.kind)) return;
+    if (!is_step(line)) return;
+    if (steps_to_leave_out > 0) {
+      --steps_to_leave_out;
+      ++play.steps_left_out;
+      return;
+    }
     report::Step step;
     step.place = "process " + std::to_string(call.pid);
     step.text = moment.function + ": " + line.text;
     step.time = std::chrono::milliseconds((moment.time_ns - begin_ns_) / 1'000'000);
-    step.screens = {{"What the operator saw of it", screen_}};
+    step.screens = screens();
     step.server = server_.picture_before(rings_.record_of_call.at(moment.number) + 1);
     step.trace = play.trace.size();
     step.log = play.log.size();
@@ -55,8 +69,17 @@ class Page {
   }
 
   report::Play play;
+  std::size_t steps_to_leave_out = 0;
 
  private:
+  report::Screens screens() {
+    if (!shared_screen_) {
+      shared_screen_ = std::make_shared<const std::vector<report::Screen>>(
+          1, report::Screen{"What the operator saw of it", screen_});
+    }
+    return shared_screen_;
+  }
+
   // The commands as they were started, the questions, and what was typed. What commands print besides is not in a recording.
   void show(const CallEntry &call) {
     switch (call.kind) {
@@ -78,14 +101,31 @@ class Page {
 
   void show(const std::string &text) {
     constexpr std::size_t kMostRows = 24;
+    shared_screen_.reset();
     std::istringstream rows(text);
     bool is_first = !is_in_row_;
     for (std::string row; std::getline(rows, row); is_first = true) {
-      if (is_first || screen_.empty()) screen_.emplace_back();
-      screen_.back().push_back({row, {}});
+      if (is_first || screen_.empty()) begin_row();
+      add(row);
     }
     is_in_row_ = !text.ends_with('\n');
     if (screen_.size() > kMostRows) screen_.erase(screen_.begin(), screen_.end() - kMostRows);
+  }
+
+  void begin_row() {
+    screen_.emplace_back();
+    columns_ = 0;
+  }
+
+  void add(std::string part) {
+    if (columns_ == kMostColumns) return;
+    columns_ += part.size();
+    if (columns_ > kMostColumns) {
+      part.resize(part.size() - (columns_ - kMostColumns));
+      part += "...";
+      columns_ = kMostColumns;
+    }
+    screen_.back().push_back({std::move(part), {}});
   }
 
   void save(const CallEntry &call) {
@@ -102,6 +142,8 @@ class Page {
   std::int64_t begin_ns_ = 0;
   std::string asked_;  // last
   std::vector<terminal::PaintedRow> screen_;
+  std::size_t columns_ = 0;  // of its last row
+  report::Screens shared_screen_;
   bool is_in_row_ = false;
 };
 
@@ -110,6 +152,9 @@ class Page {
 report::Play as_play(const recording::Recording &recording, const recording::AsRings &rings,
                      const std::vector<Told> &lines, const std::string &name, const std::function<bool()> &is_over) {
   Page page(recording, rings, name);
+  const auto steps =
+      static_cast<std::size_t>(std::ranges::count_if(lines, [&](const Told &line) { return page.is_step(line); }));
+  page.steps_to_leave_out = steps - std::min(steps, report::kMostSteps);
   for (const Told &line : lines) {
     if (is_over()) break;
     page.take(line);

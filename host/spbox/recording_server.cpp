@@ -1,6 +1,10 @@
 #include "host/spbox/recording_server.h"
 
 #include <algorithm>
+#include <memory>
+#include <string>
+#include <utility>
+#include <vector>
 
 #include "host/box/contents.h"
 #include "host/box/database.h"
@@ -48,19 +52,18 @@ bool RecordingServer::take_records_before(std::size_t number) {
   return is_any;
 }
 
-const std::vector<std::string> &RecordingServer::picture_before(std::size_t number) {
-  if (!place_ || (!take_records_before(number) && !picture_.empty())) return picture_;
+report::Picture RecordingServer::picture_before(std::size_t number) {
+  if (!place_ || (!take_records_before(number) && picture_)) return picture_;
   watch::Scene scene;
   look_at(*place_, {.server = true, .trace = false, .log = false}, 0, scene);
   if (!scene.trouble.empty()) {
-    picture_ = {scene.trouble};
-    return picture_;
+    return picture_ = std::make_shared<const std::vector<std::string>>(1, scene.trouble);
   }
   // Only its units are known by records.
   scene.server.fan_speed.clear();
-  picture_ = picture_lines(scene, "as its records tell");
-  keep_chassis(picture_);
-  return picture_;
+  std::vector<std::string> lines = picture_lines(scene, "as its records tell");
+  keep_chassis(lines);
+  return picture_ = std::make_shared<const std::vector<std::string>>(std::move(lines));
 }
 
 }  // namespace spbox

@@ -3,12 +3,11 @@
 
 #include <cstddef>
 #include <optional>
-#include <string>
-#include <vector>
 
 #include "host/box/place.h"
 #include "host/play/own_folder.h"
 #include "host/recording/recording.h"
+#include "host/report/report.h"
 
 namespace spbox {
 
@@ -18,8 +17,8 @@ class RecordingServer {
   explicit RecordingServer(const recording::Recording &recording);
 
   // As the databases' records tell that were read or written before the recording's record of this number, in lines. What none has told
-  // yet is unknown there. Empty where the recording has no model or no contents. Numbers come in their order. Throws.
-  const std::vector<std::string> &picture_before(std::size_t number);
+  // yet is unknown there. Null where the recording has no model or no contents. Numbers come in their order. Throws.
+  report::Picture picture_before(std::size_t number);
 
  private:
   bool take_records_before(std::size_t number);
@@ -28,7 +27,7 @@ class RecordingServer {
   std::optional<play::OwnFolder> folder_;
   std::optional<box::Place> place_;
   std::size_t next_ = 0;  // of the recording's records
-  std::vector<std::string> picture_;
+  report::Picture picture_;
 };
 
 }  // namespace spbox

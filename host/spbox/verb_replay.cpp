@@ -58,7 +58,10 @@ std::vector<Told> lines_of(const History &history, const TraceOptions &options) 
 int write_page(const report::Play &page, const std::filesystem::path &file) {
   write_whole_file(file, report::page_of(page));
   const std::string steps = std::to_string(page.steps.size()) + (page.steps.size() == 1 ? " step" : " steps");
-  print_line(base::shown(file.native()) + " shows the recording in " + steps + ".");
+  print_line(base::shown(file.native()) + " shows the recording in " + steps + "." +
+             (page.steps_left_out == 0
+                  ? ""
+                  : " " + std::to_string(page.steps_left_out) + " older ones are left out; --run and --since choose."));
   return 0;
 }
 

@@ -126,13 +126,15 @@ int run(const RunOptions &options) {
     preload(plan, REPLAY_LIBRARY);
     plan.score = score;
   }
-  if (!recording.empty()) plan.recording = recording_for(recording, without_contents);
+  std::optional<RecordingFile> recorded;
+  if (!recording.empty()) plan.recording = recorded.emplace(recording, without_contents).path();
   const terminal::OwnMode terminal;
   const int status = run_in_root(plan, command, children);
   if (was_cut_off(status)) {
     clear_up_behind_the_dead(place);
     terminal.put_back();
   }
+  if (recorded) recorded->complain_if_nothing_came();
   platform.reset();
   remove_sockets_nobody_listens_on(place);
   return status;

@@ -7,6 +7,7 @@
 #include <list>
 
 #include "host/recording/recording.h"
+#include "host/report/report.h"
 #include "host/terminal/terminal.h"
 #include "tests/host/box/scratch.h"
 #include "tests/host/recording/made_recording.h"
@@ -328,6 +329,34 @@ TEST_F(Replay, KeepsARecordingAsAPage) {
     EXPECT_EQ(refused.exit_status, 2);
     EXPECT_EQ(file(), before);
   }
+}
+
+// A command that asks nothing of the platform, as one that was built without it, and a recording that has reached its bound.
+TEST_F(Replay, SaysWhereNothingWasRecorded) {
+  make_box();
+  const Words run{"run", "--recording", "fault.rec", "box", "true"};
+  const Done silent = spbox(run);
+  EXPECT_EQ(silent.exit_status, 0);
+  EXPECT_EQ(
+      silent.output,
+      "spbox: Nothing was recorded: the command called nothing of lmainte or its platform, or fault.rec is full.\n");
+  EXPECT_EQ(spbox({"run", "--recording", "fault.rec", "box", "--", CALLER, "open:2"}).output, "open: 0\n");
+  EXPECT_EQ(spbox(run).output, silent.output) << "it goes on in one that has something";
+}
+
+TEST_F(Replay, LeavesOutTheOldestStepsOfALongRecordingAndSaysSo) {
+  MadeRecording made;
+  made.begin();
+  for (std::size_t i = 0; i <= report::kMostSteps; ++i) {
+    made.add({.kind = LMAINTE_RECORD_QUESTION, .first = 2, .text = i < 10 ? "Which?" : std::string(200, '?')});
+  }
+  std::ofstream(scratch_ / "made.rec", std::ios::binary) << made.bytes;
+  EXPECT_EQ(spbox({"replay", "made.rec", "--report", "made.html"}).output,
+            "made.html shows the recording in 10000 steps. 2 older ones are left out; --run and --since choose.\n");
+  const std::string page = text_of("made.html");
+  EXPECT_NE(page.find("; 2 older steps left out.</p>"), std::string::npos) << "its beginning, and the first question";
+  EXPECT_NE(page.find("??...\n</pre>"), std::string::npos) << "a row that never ends is cut";
+  EXPECT_LT(page.size(), 30'000'000U);
 }
 
 TEST_F(Replay, GoesOnInARecordingAndAsksWhichRunIsMeant) {

@@ -2,6 +2,9 @@
 
 #include <gtest/gtest.h>
 
+#include <memory>
+#include <utility>
+
 namespace {
 
 using report::Play;
@@ -19,6 +22,14 @@ bool has(const std::string &text, const std::string &part) {
 
 terminal::PaintedText plain(const std::string &text) {
   return {text, {}};
+}
+
+report::Screens screens(std::vector<terminal::PaintedRow> rows, const std::string &caption = "the screen") {
+  return std::make_shared<const std::vector<report::Screen>>(1, report::Screen{caption, std::move(rows)});
+}
+
+report::Picture picture(const std::string &line) {
+  return std::make_shared<const std::vector<std::string>>(1, line);
 }
 
 Play walk(std::size_t steps) {
@@ -43,8 +54,8 @@ TEST(Report, ShowsAnyTextAndObeysNone) {
   Step &step = play.steps[0];
   step.place = step.text = evil;
   step.deeds = {{evil, evil}};
-  step.screens = {{evil, {{plain(evil)}}}};
-  step.server = {evil};
+  step.screens = screens({{plain(evil)}}, evil);
+  step.server = picture(evil);
   play.trace = {{evil, true}};
   play.log = {evil};
   const std::string page = page_of(play);
@@ -79,10 +90,10 @@ TEST(Report, HasItsStepsInOrderAndTheLastOneFailed) {
 TEST(Report, HasOnceWhatStaysTheSame) {
   Play play = walk(400);
   for (Step &step : play.steps) {
-    step.screens = {{"the screen", {{plain(std::string(2000, 'x'))}}}};
-    step.server = {std::string(2000, 'y')};
+    step.screens = screens({{plain(std::string(2000, 'x'))}});
+    step.server = picture(std::string(2000, 'y'));
   }
-  play.steps[200].server = {"another"};
+  play.steps[200].server = picture("another");
   const std::string page = page_of(play);
   EXPECT_LT(page.size(), 500'000u);
   EXPECT_EQ(count(page, std::string(2000, 'x')), 1u);
@@ -101,6 +112,12 @@ TEST(Report, LeavesOutTheOldestLinesOfALongTraceAndSaysSo) {
   EXPECT_TRUE(has(page, "data-trace=\"10000\""));
 }
 
+TEST(Report, SaysHowManyStepsWereLeftOut) {
+  Play play = walk(2);
+  play.steps_left_out = 5;
+  EXPECT_TRUE(has(page_of(play), "2 steps in 0.1 s; 5 older steps left out.")) << page_of(play);
+}
+
 TEST(Report, HasTheLooksOfTheScreen) {
   terminal::Look look;
   look.bold = true;
@@ -109,7 +126,7 @@ TEST(Report, HasTheLooksOfTheScreen) {
   other.reverse = true;
   other.front = terminal::Colour{terminal::Colour::kAny, 0x12, 0x34, 0xAB};
   Play play = walk(1);
-  play.steps[0].screens = {{"the screen", {{plain("a "), {"red", look}, {"any", other}}, {}, {plain("z")}, {}}}};
+  play.steps[0].screens = screens({{plain("a "), {"red", look}, {"any", other}}, {}, {plain("z")}, {}});
   EXPECT_TRUE(has(page_of(play), "<h3>The screen</h3>")) << page_of(play);
   EXPECT_TRUE(has(
       page_of(play),
