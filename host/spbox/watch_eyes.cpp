@@ -23,6 +23,7 @@
 #include "host/spbox/condition.h"
 #include "host/spbox/log_book.h"
 #include "host/spbox/machine.h"
+#include "host/spbox/steady_box.h"
 #include "host/spbox/text.h"
 #include "host/spbox/unit_text.h"
 #include "host/trace_book/following.h"
@@ -177,9 +178,7 @@ bool is_of_spbox(const std::string &command) {
   return name.empty() || std::ranges::find(kOwn, name) != kOwn.end();
 }
 
-}  // namespace
-
-std::string look_at(const box::Place &place, Parts parts, std::size_t lines, watch::Scene &scene) {
+std::string look_once(const box::Place &place, Parts parts, std::size_t lines, watch::Scene &scene) {
   try {
     const std::string bytes = box::in_confinement(place, [&] {
       watch::Scene seen;
@@ -199,6 +198,12 @@ std::string look_at(const box::Place &place, Parts parts, std::size_t lines, wat
     scene.trouble = base::told(error);
     return scene.trouble;
   }
+}
+
+}  // namespace
+
+std::string look_at(const box::Place &place, Parts parts, std::size_t lines, watch::Scene &scene) {
+  return look_at_one_box(place, [&] { return look_once(place, parts, lines, scene); });
 }
 
 TextLines at_work_in(const box::Place &place) {
