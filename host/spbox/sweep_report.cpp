@@ -1,8 +1,7 @@
 #include "host/spbox/sweep_report.h"
 
 #include <algorithm>
-#include <array>
-#include <cstdio>
+#include <cmath>
 #include <span>
 #include <string>
 #include <vector>
@@ -24,17 +23,22 @@ std::size_t wrong_in(std::span<const runner::Result> results) {
   return static_cast<std::size_t>(std::ranges::count_if(results, runner::is_wrong, &runner::Result::verdict));
 }
 
+// A share may have nothing to replay: then it costs what the good play costs.
+std::string cost_of(double seconds, std::size_t played) {
+  const std::string all = ", " + std::to_string(std::lround(seconds)) + " s of CPU";
+  if (played == 0) return all;
+  return all + ", " + std::to_string(std::lround(seconds * 1000 / static_cast<double>(played))) + " ms each";
+}
+
 std::string summary(const SweepOptions &options, const SweepRun &run, std::span<const runner::Result> results) {
   const std::size_t unplayed = count(results, runner::Verdict::kUnplayed), played = results.size() - unplayed;
-  std::array<char, 96> cost{};
-  std::snprintf(cost.data(), cost.size(), ", %.0f s of CPU, %.0f ms each", run.processor(),
-                run.processor() * 1000 / static_cast<double>(std::max<std::size_t>(played, 1)));
   return base::shown(options.files.script.string()) + ": " + std::to_string(points_of(run.good())) + " points of " +
          std::to_string(run.classes()) + " kinds, " + std::to_string(run.deviations()) + " deviations, " +
          std::to_string(played) + (unplayed == 0 ? "" : " of " + std::to_string(results.size())) + " replays" +
          (options.depth == 1 ? "" : ", " + std::to_string(run.pairs()) + " of pairs,") + " in " +
-         runner::time_text(run.time()) + cost.data() + ": " + std::to_string(count(results, runner::Verdict::kPassed)) +
-         " passed, " + std::to_string(wrong_in(results)) + " failed, " + std::to_string(unplayed) + " unplayed.";
+         runner::time_text(run.time()) + cost_of(run.processor(), played) + ": " +
+         std::to_string(count(results, runner::Verdict::kPassed)) + " passed, " + std::to_string(wrong_in(results)) +
+         " failed, " + std::to_string(unplayed) + " unplayed.";
 }
 
 // Of what passed, there is no more to tell. What a failed one left stands in its reason, and the play that shows it in the findings.

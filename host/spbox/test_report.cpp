@@ -1,12 +1,15 @@
 #include "host/spbox/test_report.h"
 
+#include <fcntl.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <cerrno>
+#include <cstdlib>
 #include <iterator>
 #include <system_error>
 
+#include "host/base/descriptor.h"
 #include "host/base/told.h"
 #include "host/runner/junit.h"
 #include "host/spbox/json.h"
@@ -58,6 +61,15 @@ Json json_report(std::span<const runner::Result> results, milliseconds time) {
   return report;
 }
 
+// Rights alone do not tell: nobody makes a file in /proc.
+int error_of_new_file_in(const fs::path &folder) {
+  std::string name = (folder / ".spbox.XXXXXX").string();
+  const base::Descriptor file(mkostemp(name.data(), O_CLOEXEC));
+  if (file.get() < 0) return errno;
+  unlink(name.c_str());
+  return 0;
+}
+
 // As write_whole_file does it: a new file beside it takes its place.
 int error_at(const fs::path &file) {
   std::error_code error;
@@ -65,7 +77,7 @@ int error_at(const fs::path &file) {
   if (fs::is_directory(file, error)) return EISDIR;
   if (fs::exists(file, error) && access(file.c_str(), W_OK) != 0) return errno;
   const bool needs_folder = !fs::exists(file, error) || fs::is_regular_file(file, error);
-  return needs_folder && access(folder.c_str(), W_OK | X_OK) != 0 ? errno : 0;
+  return needs_folder ? error_of_new_file_in(folder) : 0;
 }
 
 void check_report(const char *option, const fs::path &file) {
@@ -81,6 +93,12 @@ bool is_one_file(const fs::path &one, const fs::path &other) {
   if (one.empty() || other.empty() || (fs::exists(one, error) && !fs::is_regular_file(one, error))) return false;
   const auto name_of = [&](const fs::path &file) { return fs::weakly_canonical(fs::absolute(file), error); };
   return (name_of(one) == name_of(other) && !error) || fs::equivalent(one, other, error);
+}
+
+void refuse_folder(const char *option, const fs::path &folder, int error) {
+  if (error == 0) return;
+  throw UsageError(std::string(option) + ": nothing can be written into " + folder.string() + ": " +
+                   std::generic_category().message(error) + ". Nothing was played.");
 }
 
 bool write_report(const fs::path &file, const std::string &text) {
@@ -116,10 +134,14 @@ void make_report_folder(const char *option, const fs::path &folder) {
   if (folder.empty()) return;
   std::error_code error;
   fs::create_directories(folder, error);
-  const int wrong = error ? error.value() : access(folder.c_str(), W_OK | X_OK) == 0 ? 0 : errno;
-  if (wrong == 0) return;
-  throw UsageError(std::string(option) + ": nothing can be written into " + folder.string() + ": " +
-                   std::generic_category().message(wrong) + ". Nothing was played.");
+  refuse_folder(option, folder, error ? error.value() : error_of_new_file_in(folder));
+}
+
+void check_report_folder(const char *option, const fs::path &folder) {
+  std::error_code error;
+  fs::path there = fs::absolute(folder);
+  while (!fs::exists(there, error) && there.has_relative_path()) there = there.parent_path();
+  refuse_folder(option, folder, fs::is_directory(there, error) ? error_of_new_file_in(there) : ENOTDIR);
 }
 
 bool write_reports(const TestReports &files, const std::string &suite, std::span<const runner::Result> results,

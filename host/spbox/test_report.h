@@ -25,6 +25,9 @@ void check_reports(const TestReports &files);
 // The same for a folder, which is made. An empty name is none.
 void make_report_folder(const char *option, const std::filesystem::path &folder);
 
+// The same for one that is made when something is put there.
+void check_report_folder(const char *option, const std::filesystem::path &folder);
+
 // Each is whole, or as it was before. False, and a sentence for the user, where one could not be written.
 bool write_reports(const TestReports &files, std::span<const runner::Result> results, std::chrono::milliseconds time,
                    std::chrono::system_clock::time_point begin);

@@ -56,8 +56,9 @@ int sweep_play(const SweepOptions &options) {
   check_reports(options.reports);
   options.machine.check_is_installed();
   make_report_folder("--report", options.pages);
+  // It is made for the first finding.
   const fs::path findings = findings_folder(options);
-  if (fs::exists(findings)) make_report_folder("--findings", findings);  // another one is made for the first finding
+  if (!options.findings.empty() || fs::exists(findings)) check_report_folder("--findings", findings);
   const play::Interrupts interrupts;
   int status = kFailure;
   try {

@@ -212,6 +212,10 @@ TEST_F(TestVerb, RefusesWhatMakesNoSenseBeforeTheFirstPlay) {
        {"--json", "nowhere/report.json"},
        "spbox: --json: nowhere/report.json cannot be written: No such file or directory. Nothing was played. `spbox "
        "help test` says more.\n"},
+      {"a report in a folder in which nobody makes a file",
+       {"--junit", "/proc/report.xml"},
+       "spbox: --junit: /proc/report.xml cannot be written: No such file or directory. Nothing was played. `spbox help "
+       "test` says more.\n"},
       {"a folder for transcripts that is a file",
        {"--transcripts", "kept.xml"},
        "spbox: --transcripts: nothing can be written into kept.xml: Not a directory. Nothing was played. `spbox help "

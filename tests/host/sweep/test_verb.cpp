@@ -30,13 +30,11 @@ class SweepVerb : public testing::Test {
     std::ifstream in(scratch_.path() / file);
     return {std::istreambuf_iterator<char>(in), {}};
   }
-  Done spbox(const Words &words) const {
-    Words command{"/usr/bin/env",
-                  "-C",
-                  scratch_.path(),
-                  "TMPDIR=" + (scratch_ / "tmp").string(),
-                  std::string("PATH=") + EXAMPLES + ":/usr/bin:/bin",
-                  SPBOX};
+  // With this before it: what it runs in.
+  Done spbox(const Words &words, Words command = {}) const {
+    for (const std::string &word : Words{"/usr/bin/env", "-C", scratch_.path(), "TMPDIR=" + (scratch_ / "tmp").string(),
+                                         std::string("PATH=") + EXAMPLES + ":/usr/bin:/bin", SPBOX})
+      command.push_back(word);
     command.insert(command.end(), words.begin(), words.end());
     return run_to_end(command);
   }
@@ -69,10 +67,12 @@ TEST_F(SweepVerb, FindsACommandThatDoesNotLookAndWritesAPlayThatShowsIt) {
   EXPECT_NE(text_of("report.xml").find("<failure message=\"the LED of /PSU#0 blinks"), std::string::npos);
   EXPECT_NE(text_of("report.json").find("\"fails_alone\": true"), std::string::npos) << text_of("report.json");
 
-  const Done lost = spbox({"sweep", "forgets.play", "--only", "program ctlled 2: exit 206", "--findings",
-                           "forgets.play/findings", "--json", "report.json"});
+  const Done lost = spbox({"sweep", "forgets.play", "--only", "program ctlled 2: exit 206", "--findings", "/mnt/found"},
+                          {"bwrap", "--dev-bind", "/", "/", "--size", "4096", "--tmpfs", "/mnt", "--", "sh", "-c",
+                           "echo full >/mnt/rest; exec \"$@\"", "sh"});
   EXPECT_EQ(lost.exit_status, 1) << lost.output;
-  EXPECT_TRUE(says(lost, "    This play could not be written: Not a directory. It stands here:\n")) << lost.output;
+  EXPECT_TRUE(says(lost, "    This play could not be written: No space left on device. It stands here:\n"))
+      << lost.output;
   EXPECT_TRUE(says(lost, ": 0 passed, 1 failed, 0 unplayed.\n")) << lost.output;
 
   std::string mended = kForgets;
@@ -302,6 +302,9 @@ TEST_F(SweepVerb, RefusesWhatItCannotSweep) {
       {{"sweep", "good.play", "--findings", "bad.play"},
        2,
        "spbox: --findings: nothing can be written into bad.play: Not a directory. Nothing was played."},
+      {{"sweep", "good.play", "--findings", "/proc/new"},
+       2,
+       "spbox: --findings: nothing can be written into /proc/new: No such file or directory. Nothing was played."},
       {{"sweep", "good.play", "--report", "bad.play"},
        2,
        "spbox: --report: nothing can be written into bad.play: Not a directory. Nothing was played."},
