@@ -26,19 +26,22 @@ bool ring_has_room(int fd, const struct stat &status) noexcept {
   return status.st_blocks * kBlock >= status.st_size || fallocate(fd, 0, 0, status.st_size) == 0 || errno == EOPNOTSUPP;
 }
 
-std::vector<std::uint64_t> ring_words_of(int fd, std::size_t from, std::size_t count) {
-  std::vector<std::uint64_t> words(count);
+RingWords ring_words_of(int fd, std::size_t from, std::size_t count) {
+  RingWords read;
+  std::vector<std::uint64_t> &words = read.words;
+  words.resize(count);
   const std::size_t size = count * sizeof(std::uint64_t);
   std::size_t done = 0;
   while (done < size) {
     const ssize_t part = pread(fd, reinterpret_cast<char *>(words.data()) + done, size - done,
                                static_cast<off_t>(from * sizeof(std::uint64_t) + done));
     if (part < 0 && errno == EINTR) continue;
+    if (part < 0) read.error = errno;
     if (part <= 0) break;
     done += static_cast<std::size_t>(part);
   }
   words.resize(done / sizeof(std::uint64_t));
-  return words;
+  return read;
 }
 
 std::runtime_error ring_failure(const std::filesystem::path &file, const char *name, const char *what,

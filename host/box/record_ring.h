@@ -54,7 +54,11 @@ void create_ring_file(const std::filesystem::path &file, const char *name, const
 bool ring_has_room(int fd, const struct stat &status) noexcept;
 
 // Words of the file from one of them on, as far as it has them. The file may be cut short at any time: it is not mapped to be read.
-std::vector<std::uint64_t> ring_words_of(int fd, std::size_t from, std::size_t count);
+struct RingWords {
+  std::vector<std::uint64_t> words;
+  int error = 0;  // an errno; without one, the file ended
+};
+RingWords ring_words_of(int fd, std::size_t from, std::size_t count);
 
 std::runtime_error ring_failure(const std::filesystem::path &file, const char *name, const char *what,
                                 const std::string &reason);
@@ -114,9 +118,9 @@ class RecordRing {
     const base::Descriptor ring(open(file.c_str(), O_RDONLY | kOwnFile));
     if (ring.get() < 0) throw ring_failure(file, Form::kName, "read it", std::strerror(errno));
     struct stat status {};
-    const std::vector<std::uint64_t> head = ring_words_of(ring.get(), 0, kHeadWords);
-    if (head.size() != kHeadWords || fstat(ring.get(), &status) != 0 ||
-        status.st_size != static_cast<off_t>(sizeof(Ring))) {
+    if (fstat(ring.get(), &status) != 0) throw ring_failure(file, Form::kName, "read it", std::strerror(errno));
+    const std::vector<std::uint64_t> head = words_of(file, ring.get(), 0, kHeadWords);
+    if (status.st_size != static_cast<off_t>(sizeof(Ring))) {
       throw ring_failure(file, Form::kName, "read it", kDamagedRing);
     }
     if (head[0] != Form::kMagic || head[1] != Form::kSlots) {
@@ -129,8 +133,7 @@ class RecordRing {
     std::vector<Record> records;
     for (const auto &[slot, slots] : {std::pair(first, before_end), std::pair(std::uint64_t{0}, count - before_end)}) {
       const std::vector<std::uint64_t> words =
-          ring_words_of(ring.get(), kHeadWords + slot * kSlotWords, slots * kSlotWords);
-      if (words.size() != slots * kSlotWords) throw ring_failure(file, Form::kName, "read it", kDamagedRing);
+          words_of(file, ring.get(), kHeadWords + slot * kSlotWords, slots * kSlotWords);
       for (std::size_t at = 0; at < words.size(); at += kSlotWords) {
         if (const auto record = record_in(&words[at])) records.push_back(*record);
       }
@@ -158,6 +161,15 @@ class RecordRing {
   };
   static constexpr std::size_t kHeadWords = sizeof(RingHead) / sizeof(std::uint64_t),
                                kSlotWords = sizeof(Slot) / sizeof(std::uint64_t);
+
+  // All of them. Throws.
+  static std::vector<std::uint64_t> words_of(const std::filesystem::path &file, int ring, std::size_t from,
+                                             std::size_t count) {
+    RingWords read = ring_words_of(ring, from, count);
+    if (read.error != 0) throw ring_failure(file, Form::kName, "read it", std::strerror(read.error));
+    if (read.words.size() != count) throw ring_failure(file, Form::kName, "read it", kDamagedRing);
+    return std::move(read.words);
+  }
 
   static std::uint64_t check_of(std::uint64_t number, const Body &body) {
     std::uint64_t check = number ^ Form::kMagic;

@@ -124,6 +124,8 @@ TEST_F(CallRingTest, LeavesOutWhatIsDamagedAndRefusesWhatIsNoRing) {
   EXPECT_EQ(refusal(), name + "it is damaged: it was cut short or emptied. Make the box anew, or load a dump of it.");
   std::filesystem::remove(file);
   EXPECT_EQ(refusal(), name + "No such file or directory");
+  std::filesystem::create_directory(file);
+  EXPECT_EQ(refusal(), name + "Is a directory") << "what the system refuses is no damage";
 }
 
 }  // namespace
