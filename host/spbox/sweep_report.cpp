@@ -25,9 +25,9 @@ std::size_t wrong_in(std::span<const runner::Result> results) {
 
 // A share may have nothing to replay: then it costs what the good play costs.
 std::string cost_of(double seconds, std::size_t played) {
-  const std::string all = ", " + std::to_string(std::lround(seconds)) + " s of CPU";
-  if (played == 0) return all;
-  return all + ", " + std::to_string(std::lround(seconds * 1000 / static_cast<double>(played))) + " ms each";
+  const std::string each =
+      played == 0 ? "" : ", " + std::to_string(std::lround(seconds * 1000 / static_cast<double>(played))) + " ms each";
+  return ", " + std::to_string(std::lround(seconds)) + " s of CPU" + each;
 }
 
 std::string summary(const SweepOptions &options, const SweepRun &run, std::span<const runner::Result> results) {
