@@ -97,8 +97,7 @@ int32_t Claim::take(int32_t fd) {
   }
   is_taken_over_ = other > 0;
   if (is_taken_over_)
-    lmainte_tell(words("\nThe last procedure, process %d, was killed before its end. This one takes over."),
-                 static_cast<int>(other));
+    lmainte_tell(words("\nThe last procedure, process %d, was killed. This one takes over."), static_cast<int>(other));
   else if (text[0] != '\0')
     lmainte_tell(words("The file %s names no process. It is written anew."), kFile);
   result = is_taken_over_ ? replace_process(fd, text) : lmainte_put_pinfo(fd);
