@@ -84,6 +84,7 @@ struct Screen::Machine {
   VTermScreen *screen;
   VTermScreenCallbacks callbacks{};
   std::vector<char> is_new;  // of each cell: written since the screen grew old
+  VTermPos written{-1, -1};  // where the last character went
   std::exception_ptr failure;
 
   std::size_t cell(int row, int column) const {
@@ -117,6 +118,7 @@ struct Screen::Machine {
 
   static int take_note(VTermRect written, void *user) {
     return guarded(user, [&](Screen &, Machine &machine) {
+      machine.written = {written.start_row, written.start_col};
       for (int row = written.start_row; row < written.end_row; ++row) {
         for (int column = written.start_col; column < written.end_col; ++column) machine.is_new_at(row, column) = 1;
       }
@@ -147,6 +149,19 @@ struct Screen::Machine {
 
   static void answer(const char *bytes, std::size_t length, void *user) {
     guarded(user, [&](Screen &owner, Machine &) { owner.answer_({bytes, length}); });
+  }
+
+  // A combining character that comes in a later piece than its character: libvterm knows where that is, but not in the last column,
+  // where the cursor stays on it. There it is written anew, so that both come together. Empty elsewhere.
+  std::string last_character_again() const {
+    VTermPos cursor;
+    vterm_state_get_cursorpos(vterm_obtain_state(vterm), &cursor);
+    if (cursor.row != written.row || cursor.col != written.col) return {};
+    VTermScreenCell cell;
+    vterm_screen_get_cell(screen, cursor, &cell);
+    std::string text = "\x1b[" + std::to_string(cursor.col + 1) + "G";
+    append_cell(text, cell);
+    return text;
   }
 
   Machine(Size wanted, Screen *owner)
@@ -180,7 +195,10 @@ void Screen::resize(Size size) {
 }
 
 void Screen::feed(std::string_view bytes) {
-  const std::string sound = machine_->strainer.passed(bytes);
+  const bool follows_character = machine_->strainer.ends_in_character();
+  std::string sound = machine_->strainer.passed(bytes);
+  if (follows_character && !sound.empty() && (sound[0] & '\x80') != 0)
+    sound.insert(0, machine_->last_character_again());
   vterm_input_write(machine_->vterm, sound.data(), sound.size());
   if (machine_->failure) std::rethrow_exception(std::exchange(machine_->failure, nullptr));
 }

@@ -61,6 +61,7 @@ std::string Strainer::passed(std::string_view bytes) {
 void Strainer::take(char byte) {
   if (state_ == State::kCharacter && !is_part_of_character(byte)) {
     passed_ += kNoCharacter;
+    ends_in_character_ = true;
     state_ = State::kText;
   }
   if (take_control(byte)) return;
@@ -91,7 +92,7 @@ bool Strainer::take_control(char byte) {
   } else if (byte == kCancel || byte == kSubstitute || (byte == kBell && state_ == State::kString)) {
     state_ = State::kText;
   } else if (state_ != State::kString) {
-    passed_ += byte;
+    pass_other({&byte, 1});
   }
   return true;
 }
@@ -112,6 +113,12 @@ void Strainer::take_continuation(char byte) {
 void Strainer::pass_character(const std::string &character) {
   last_ = base::character_size(character) == character.size() ? character : kNoCharacter;
   passed_ += last_;
+  ends_in_character_ = true;
+}
+
+void Strainer::pass_other(std::string_view bytes) {
+  passed_ += bytes;
+  ends_in_character_ = false;
 }
 
 // Strings set titles and ask for settings; there is nothing of them on the screen.
@@ -123,7 +130,7 @@ void Strainer::take_escape(char byte) {
     state_ = byte == '[' ? State::kSequence : State::kString;
   } else if (!is_between(byte, ' ', '/')) {
     state_ = State::kText;
-    if (is_between(byte, '0', '~') && !begins_more && held_.size() <= 4) passed_ += held_;
+    if (is_between(byte, '0', '~') && !begins_more && held_.size() <= 4) pass_other(held_);
   } else if (held_.size() > kLongest) {
     state_ = State::kText;
   }
@@ -144,11 +151,11 @@ void Strainer::end_sequence(char final) {
   const std::string_view behind = body.substr(end);
   if (!numbers || leader > 1 || behind.size() > 1) return;
   if (final != 'b' || leader > 0 || !behind.empty()) {
-    passed_ += held_.substr(0, 2 + leader) + *numbers + std::string(behind) + final;
-    return;
+    return pass_other(held_.substr(0, 2 + leader) + *numbers + std::string(behind) + final);
   }
   const int times = numbers->empty() || !is_digit(numbers->front()) ? 1 : std::stoi(*numbers);
   for (int i = 0; i < std::max(times, 1); ++i) passed_ += last_;
+  ends_in_character_ = ends_in_character_ || !last_.empty();
 }
 
 }  // namespace terminal

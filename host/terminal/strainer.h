@@ -13,6 +13,9 @@ class Strainer {
   // What of these bytes, and of those held back before, goes on. What is not whole yet is held back.
   std::string passed(std::string_view bytes);
 
+  // Whether a character was the last that went on: a combining one belongs to it.
+  bool ends_in_character() const { return ends_in_character_; }
+
  private:
   enum class State { kText, kCharacter, kEscape, kSequence, kString, kEndOfString };
 
@@ -24,8 +27,10 @@ class Strainer {
   void take_sequence(char byte);
   void end_sequence(char final);
   void pass_character(const std::string &character);
+  void pass_other(std::string_view bytes);
 
   State state_ = State::kText;
+  bool ends_in_character_ = false;
   std::string passed_;
   std::string held_;  // of a character or a sequence
   std::string last_;  // the character that was written last, for the sequence that repeats it

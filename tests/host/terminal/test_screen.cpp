@@ -1,7 +1,9 @@
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <stdexcept>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "host/terminal/screen.h"
@@ -88,6 +90,34 @@ TEST_F(ScreenTest, ABlankMayBeMovedOver) {
 TEST_F(ScreenTest, TextThatTheScreenLosesIsNotShown) {
   screen_.feed("Sure?\033[2K");
   EXPECT_FALSE(screen_.shows_new("Sure?"));
+}
+
+struct Combined {
+  std::string_view what, bytes, first_row;
+};
+
+TEST(Screen, ACombiningCharacterThatComesLaterBelongsToTheOneBefore) {
+  for (const Combined &row : {Combined{"in the first column", "e\u0301", "e\u0301"},
+                              {"in the last column", "abcde\u0301", "abcde\u0301"},
+                              {"in the last column, two of them", "abcde\u0301\u0302", "abcde\u0301\u0302"},
+                              {"of a wide character in the last columns", "abc\u4e2d\u0301", "abc\u4e2d\u0301"},
+                              {"in the last column, with text behind it", "abcde\u0301f", "abcde\u0301"},
+                              {"in the last column, repeated", "abcd\x1b[be\u0301", "abcdd"},
+                              {"behind another character that is not ASCII", "abcd\u00e4\u00f6", "abcd\u00e4"}}) {
+    for (const std::size_t piece : {std::size_t{100}, std::size_t{1}, std::size_t{2}}) {
+      Screen screen({3, 5}, [](std::string_view) {});
+      for (std::string_view left = row.bytes; !left.empty(); left.remove_prefix(std::min(piece, left.size()))) {
+        screen.feed(left.substr(0, piece));
+      }
+      EXPECT_EQ(screen.rows()[0], row.first_row) << row.what << ", in pieces of " << piece;
+    }
+  }
+}
+
+TEST(Screen, ACombiningCharacterBehindAControlLeavesTheOneBefore) {
+  Screen screen({3, 5}, [](std::string_view) {});
+  for (const char *piece : {"abcde", "\r", "\u0301"}) screen.feed(piece);
+  EXPECT_EQ(screen.rows()[0].substr(screen.rows()[0].find('b')), "bcde");
 }
 
 TEST(Screen, IsOfAnySizeThatATerminalHas) {
