@@ -104,12 +104,17 @@ class Talk {
   sigset_t none_{};
 };
 
+// Who asks in the other byte order has the reply in that order; the size in the head tells.
 void check_reply(const box::Bytes &reply, Input request, box::DaemonWay way) {
   lmainte_host_reply said{};
   lmainte_host_message asked{};
   require(reply.size() == sizeof said, "a reply has its size");
   std::memcpy(&said, reply.data(), sizeof said);
   std::memcpy(&asked, request.data(), sizeof asked);
+  if (asked.size != request.size() && __builtin_bswap32(asked.size) == request.size()) {
+    said.head.size = __builtin_bswap32(said.head.size);
+    said.result = static_cast<std::int32_t>(__builtin_bswap32(static_cast<std::uint32_t>(said.result)));
+  }
   require((said.head.size == sizeof said) == (way != box::DaemonWay::kGarbled), "only a garbled reply lies");
   require(
       said.head.daemon == asked.daemon && said.head.command == asked.command && said.head.sequence == asked.sequence,

@@ -14,7 +14,7 @@
 namespace fuzz {
 namespace {
 
-constexpr std::size_t kLine = 64, kFileSize = kLine * (1 + std::size_t{box::TraceRing::kSlots});
+constexpr std::size_t kMark = 8, kLine = 64, kFileSize = kLine * (1 + std::size_t{box::TraceRing::kSlots});
 
 using Recorded = std::array<std::uint32_t, 9>;
 
@@ -40,6 +40,7 @@ class Ring {
     for (const auto &[line, recorded] : recorded_) std::fill_n(bytes_ + line * kLine, kLine, 0);
     for (const std::size_t line : damaged_) std::fill_n(bytes_ + line * kLine, kLine, 0);
     std::copy(head_.begin(), head_.end(), bytes_);
+    std::copy_n(head_.begin(), kMark, mark_.begin());
     recorded_.clear();
     damaged_.clear();
     numbers_ = 0;
@@ -63,12 +64,13 @@ class Ring {
     const bool near_the_front = source.flag();
     const std::size_t at = source.number<std::uint32_t>() % (near_the_front ? kLine * 12 : kFileSize);
     const Input bytes = source.bytes(std::min<std::size_t>(source.byte() % 65, kFileSize - at));
-    std::copy(bytes.begin(), bytes.end(), bytes_ + at);
+    for (std::size_t i = 0; i < bytes.size(); ++i) (at + i < kMark ? mark_.at(at + i) : bytes_[at + i]) = bytes[i];
     for (std::size_t line = at / kLine; line <= (at + bytes.size()) / kLine; ++line) damaged_.push_back(line);
     skips_ = skips_ || at < kLine;  // what is recorded behind a damaged head may stand anywhere
   }
 
   void check() const {
+    std::copy(mark_.begin(), mark_.end(), bytes_);
     std::vector<box::TraceEntry> entries;
     const std::string refusal =
         refusal_of<std::runtime_error>("a trace", [&] { entries = box::TraceRing::read(file_); });
@@ -107,6 +109,8 @@ class Ring {
   box::TraceRing ring_;
   std::uint8_t *bytes_;
   std::array<std::uint8_t, kLine> head_{};
+  std::array<std::uint8_t, kMark>
+      mark_{};  // of a file that holds a ring: without it nothing more is recorded, so it is damaged last
   std::map<std::size_t, Recorded> recorded_;  // by the line of the file
   std::vector<std::size_t> damaged_;          // lines
   std::size_t numbers_ = 0;
