@@ -124,6 +124,10 @@ void CallRing::create(const std::filesystem::path &file) {
   CallRecords::create(file);
 }
 
+void CallRing::check(const std::filesystem::path &file) {
+  CallRecords::check(file);
+}
+
 bool CallRing::map(const char *file) noexcept {
   return ring_.map(file);
 }

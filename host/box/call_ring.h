@@ -35,6 +35,9 @@ class CallRing {
   // Makes an empty ring in `file`, in place of what is there. Throws.
   static void create(const std::filesystem::path &file);
 
+  // Throws where it is damaged: no record can be kept there.
+  static void check(const std::filesystem::path &file);
+
   // Maps the ring, for the life of the process. Uses system calls only, and keeps errno. False when the file is missing or is no ring.
   bool map(const char *file) noexcept;
 

@@ -48,6 +48,10 @@ auto uninterrupted(Call call) {
   return result;
 }
 
+std::runtime_error log_failure(const std::filesystem::path &file, const std::string &what, const std::string &why) {
+  return std::runtime_error("log " + file.string() + ": cannot " + what + ": " + why);
+}
+
 // The bytes of a log, a part at a time: a command may have made it larger than memory.
 class LogBytes {
  public:
@@ -66,7 +70,7 @@ class LogBytes {
     held_ -= taken_;
     taken_ = 0;
     const ssize_t size = uninterrupted([&] { return pread(fd_, part_.data() + held_, part_.size() - held_, next_); });
-    if (size < 0) throw std::runtime_error("log " + file_.string() + ": cannot read it: " + std::strerror(errno));
+    if (size < 0) throw log_failure(file_, "read it", std::strerror(errno));
     at_end_ = size == 0;
     next_ += size;
     held_ += static_cast<std::size_t>(size);
@@ -149,15 +153,20 @@ bool EventLog::append(const std::filesystem::path &file, std::uint32_t head, Eve
   return append(file, entry);
 }
 
+void EventLog::check(const std::filesystem::path &file) {
+  const OwnFile log = open_own_file(file);
+  if (log.descriptor.get() < 0 && log.error != ENOENT) throw log_failure(file, "save events", log.why_not());
+}
+
 std::vector<LogEntry> EventLog::read(const std::filesystem::path &file, Damage *damage) {
-  const base::Descriptor log(open(file.c_str(), O_RDONLY | kOwnFile));
-  if (log.get() < 0) {
+  const OwnFile log = open_own_file(file);
+  if (log.descriptor.get() < 0) {
     // A new box has one, and nobody removes it but by mistake.
-    const std::string why =
-        errno == ENOENT ? "it is gone, with all that it held. The next entry makes it anew." : std::strerror(errno);
-    throw std::runtime_error("log " + file.string() + ": cannot read it: " + why);
+    throw log_failure(
+        file, "read it",
+        log.error == ENOENT ? "it is gone, with all that it held. The next entry makes it anew." : log.why_not());
   }
-  LogBytes bytes(log.get(), file);
+  LogBytes bytes(log.descriptor.get(), file);
   std::vector<LogEntry> entries;
   Damage found;
   bool was_whole = true;

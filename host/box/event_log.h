@@ -33,6 +33,9 @@ class EventLog {
   static bool append(const std::filesystem::path &file, std::uint32_t head, Event event,
                      pid_t process = getpid()) noexcept;
 
+  // Throws where something else is in its place: no entry can be saved there. A file that is gone is made by the next entry.
+  static void check(const std::filesystem::path &file);
+
   // What lies between whole entries and is none: an entry with a changed byte, or what a crash left of one.
   struct Damage {
     std::size_t places = 0, bytes = 0;

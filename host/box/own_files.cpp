@@ -3,7 +3,9 @@
 #include <sys/stat.h>
 
 #include <cerrno>
+#include <cstring>
 #include <system_error>
+#include <utility>
 
 namespace box {
 
@@ -23,6 +25,18 @@ std::optional<fs::path> link_in(const Place &place) {
 bool is_file(int fd) {
   struct stat status {};
   return fstat(fd, &status) == 0 && S_ISREG(status.st_mode);
+}
+
+std::string OwnFile::why_not() const {
+  const bool is_none = error == 0 || error == ELOOP || error == EISDIR || error == ENXIO;
+  return is_none ? "it is no file. Make the box anew, or load a dump of it." : std::strerror(error);
+}
+
+OwnFile open_own_file(const fs::path &file) {
+  base::Descriptor descriptor(open(file.c_str(), O_RDONLY | kOwnFile));
+  if (descriptor.get() < 0) return {{}, errno};
+  if (!is_file(descriptor.get())) return {};
+  return {std::move(descriptor)};
 }
 
 base::Descriptor open_own_folder(const Place &place, const fs::path &folder) {

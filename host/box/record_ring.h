@@ -113,19 +113,12 @@ class RecordRing {
     slot.state.store(2 * number + 2, std::memory_order_release);
   }
 
+  // Throws where it is damaged: no record can be kept there.
+  static void check(const std::filesystem::path &file) { open_ring(file, "keep records"); }
+
   // The last so many records, oldest first. Throws.
   static std::vector<Record> read_last(const std::filesystem::path &file, std::uint32_t count) {
-    const base::Descriptor ring(open(file.c_str(), O_RDONLY | kOwnFile));
-    if (ring.get() < 0) throw ring_failure(file, Form::kName, "read it", std::strerror(errno));
-    struct stat status {};
-    if (fstat(ring.get(), &status) != 0) throw ring_failure(file, Form::kName, "read it", std::strerror(errno));
-    const std::vector<std::uint64_t> head = words_of(file, ring.get(), 0, kHeadWords);
-    if (status.st_size != static_cast<off_t>(sizeof(Ring))) {
-      throw ring_failure(file, Form::kName, "read it", kDamagedRing);
-    }
-    if (head[0] != Form::kMagic || head[1] != Form::kSlots) {
-      throw ring_failure(file, Form::kName, "read it", std::string("the file holds no ") + Form::kName + " ring");
-    }
+    const auto [ring, head] = open_ring(file, "read it");
     count = std::min(count, Form::kSlots);
     // Up to the end of the slots, then what went on at their beginning.
     const std::uint64_t first = (head[2] + Form::kSlots - count) % Form::kSlots,
@@ -164,11 +157,28 @@ class RecordRing {
 
   // All of them. Throws.
   static std::vector<std::uint64_t> words_of(const std::filesystem::path &file, int ring, std::size_t from,
-                                             std::size_t count) {
+                                             std::size_t count, const char *what = "read it") {
     RingWords read = ring_words_of(ring, from, count);
-    if (read.error != 0) throw ring_failure(file, Form::kName, "read it", std::strerror(read.error));
-    if (read.words.size() != count) throw ring_failure(file, Form::kName, "read it", kDamagedRing);
+    if (read.error != 0) throw ring_failure(file, Form::kName, what, std::strerror(read.error));
+    if (read.words.size() != count) throw ring_failure(file, Form::kName, what, kDamagedRing);
     return std::move(read.words);
+  }
+
+  // The file, and the words of its head. Throws where it is no whole ring; `what` cannot be done then.
+  static std::pair<base::Descriptor, std::vector<std::uint64_t>> open_ring(const std::filesystem::path &file,
+                                                                           const char *what) {
+    OwnFile ring = open_own_file(file);
+    if (ring.descriptor.get() < 0) throw ring_failure(file, Form::kName, what, ring.why_not());
+    struct stat status {};
+    if (fstat(ring.descriptor.get(), &status) != 0) {
+      throw ring_failure(file, Form::kName, what, std::strerror(errno));
+    }
+    std::vector<std::uint64_t> head = words_of(file, ring.descriptor.get(), 0, kHeadWords, what);
+    if (status.st_size != static_cast<off_t>(sizeof(Ring))) throw ring_failure(file, Form::kName, what, kDamagedRing);
+    if (head[0] != Form::kMagic || head[1] != Form::kSlots) {
+      throw ring_failure(file, Form::kName, what, std::string("the file holds no ") + Form::kName + " ring");
+    }
+    return {std::move(ring.descriptor), std::move(head)};
   }
 
   static std::uint64_t check_of(std::uint64_t number, const Body &body) {

@@ -38,6 +38,10 @@ void TraceRing::create(const std::filesystem::path &file) {
   TraceRecords::create(file);
 }
 
+void TraceRing::check(const std::filesystem::path &file) {
+  TraceRecords::check(file);
+}
+
 bool TraceRing::map(const char *file) noexcept {
   return ring_.map(file);
 }

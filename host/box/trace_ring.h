@@ -32,6 +32,9 @@ class TraceRing {
   // Makes an empty ring in `file`, in place of what is there. Throws.
   static void create(const std::filesystem::path &file);
 
+  // Throws where it is damaged: no record can be kept there.
+  static void check(const std::filesystem::path &file);
+
   // Maps the ring, for the life of the process. Uses system calls only: may be called in a signal handler and between
   // fork and execve. Keeps errno. False when the file is missing or is no ring. Who calls survive_lost_mappings() before
   // outlives a file that is cut short meanwhile.

@@ -7,6 +7,7 @@
 
 #include "host/box/contents.h"
 #include "host/box/daemon_socket.h"
+#include "host/box/logs.h"
 #include "host/clock/guest.h"
 #include "host/clock/hours.h"
 #include "host/clock/page.h"
@@ -108,6 +109,7 @@ int run(const RunOptions &options) {
   end_what_killed_runs_left(place);
   clear_up_behind_the_dead(place);
   complete_databases(place);
+  for (const std::string &sentence : box::damaged_logs(box::Place{folder})) complain(sentence);
   MountPoints mount_points(place);
   const RunMark mark(place);
   if (plan.machine) make_links(*plan.machine, mark.folder());

@@ -2,9 +2,11 @@
 #include <memory>
 
 #include "host/base/told.h"
+#include "host/box/contents.h"
 #include "host/box/hardware.h"
 #include "host/box/inhabitants.h"
 #include "host/box/inventory.h"
+#include "host/box/logs.h"
 #include "host/box/partitions.h"
 #include "host/spbox/answer.h"
 #include "host/spbox/condition.h"
@@ -29,7 +31,11 @@ struct StatusOptions {
 // A condition of the box, read once.
 struct Picture {
   explicit Picture(const box::Place &place)
-      : inventory(place), hardware(place), server(box::server_of(place)), bent(bent_lines(place)) {
+      : inventory(place),
+        hardware(place),
+        server(box::server_of(place)),
+        bent(bent_lines(place)),
+        damaged(box::damaged_logs(place)) {
     for (box::Unit &unit : inventory.units()) {
       if (!is_usual(unit, hardware)) units.push_back(std::move(unit));
     }
@@ -41,6 +47,7 @@ struct Picture {
   box::Server server;
   std::vector<box::Unit> units;
   TextLines bent;
+  TextLines damaged;  // files of the box
 };
 
 // "Faulted, LED blink, maintenance"
@@ -74,6 +81,7 @@ std::string condition_text(const Picture &picture, const TextLines &at_work) {
     units.push_back(unit.place.name + ": " + condition_text(unit, picture.hardware));
   add_section(table, "Units", units, "all normal");
   add_section(table, "Bent", picture.bent, "nothing");
+  if (!picture.damaged.empty()) add_section(table, "Damaged", picture.damaged, "");
   return aligned(table);
 }
 
@@ -93,7 +101,8 @@ Json::Object condition_json(const Picture &picture, const TextLines &at_work) {
                       {"service_processor", readable ? Json(picture.server.service_processor) : Json()},
                       {"at_work", list_of(at_work)},
                       {"units", units},
-                      {"bent", list_of(picture.bent)}};
+                      {"bent", list_of(picture.bent)},
+                      {"damaged", list_of(picture.damaged)}};
 }
 
 int status(const StatusOptions &options) {
@@ -113,6 +122,7 @@ struct HealOptions {
 
 int heal_box(const HealOptions &options) {
   const box::Place place(options.box);
+  box::check_is_any_box(place);
   TextLines lines;
   try {
     heal(place, options.somebody_works, lines);
@@ -120,16 +130,19 @@ int heal_box(const HealOptions &options) {
     for (const std::string &line : lines) print_line(line);
     throw box::BoxError(base::told(error) + (lines.empty() ? "" : " What is printed is right; the rest is as it was."));
   }
+  const TextLines damaged = box::damaged_logs(place);
+  for (const std::string &sentence : damaged) complain(sentence);
+  const int status = damaged.empty() ? 0 : kFailure;
   if (is_for_script()) {
     answer({{"put_right", list_of(lines)}, {"somebody_works", options.somebody_works}});
-    return 0;
+    return status;
   }
   for (const std::string &line : lines) print_line(line);
-  if (lines.empty()) print_line("Nothing was to be put right.");
+  if (lines.empty() && damaged.empty()) print_line("Nothing was to be put right.");
   if (options.somebody_works) {
     print_line("A command is at work: the maintenance mode, flags, LEDs and fans stay as they are.");
   }
-  return 0;
+  return status;
 }
 
 }  // namespace
@@ -142,7 +155,8 @@ Verb status_verb() {
           .words = {box_word(options->box)},
           .footer =
               "Units that are normal, dark and not under maintenance are left out. Bent are\n"
-              "control programs, the daemon, records and points; `spbox heal` puts them right.\n\n"
+              "control programs, the daemon, records and points; `spbox heal` puts them right.\n"
+              "A trace or a log to which nothing can be written is named as damaged.\n\n"
               "Example:\n  spbox status box",
           .prepare = [options] { options->at_work = at_work_in(box::Place(options->box)); },
           .act = [options] { return status(*options); }};
@@ -159,7 +173,8 @@ Verb heal_verb() {
               "points are no longer counted, units are in and normal. Where no command is at\n"
               "work, the maintenance mode, flags, LEDs and fans are as after power-on, too.\n"
               "What a command has changed in the records, such as the domains of a board,\n"
-              "stays.\n\n"
+              "stays. A trace or a log that is damaged stays, too: it is named, and the exit\n"
+              "status is 1.\n\n"
               "Example:\n  spbox heal box",
           .prepare = [options] { options->somebody_works = !box::inhabitants(box::Place(options->box)).empty(); },
           .act = [options] { return heal_box(*options); },

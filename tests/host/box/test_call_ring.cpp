@@ -123,9 +123,9 @@ TEST_F(CallRingTest, LeavesOutWhatIsDamagedAndRefusesWhatIsNoRing) {
   std::filesystem::resize_file(file, 1000);
   EXPECT_EQ(refusal(), name + "it is damaged: it was cut short or emptied. Make the box anew, or load a dump of it.");
   std::filesystem::remove(file);
-  EXPECT_EQ(refusal(), name + "No such file or directory");
+  EXPECT_EQ(refusal(), name + "No such file or directory") << "what the system refuses is no damage";
   std::filesystem::create_directory(file);
-  EXPECT_EQ(refusal(), name + "Is a directory") << "what the system refuses is no damage";
+  EXPECT_EQ(refusal(), name + "it is no file. Make the box anew, or load a dump of it.");
 }
 
 }  // namespace

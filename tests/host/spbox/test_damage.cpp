@@ -1,5 +1,6 @@
 // A box whose files a command has forged: no verb dies of it, and none does more than the command could.
 #include <fcntl.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <csignal>
@@ -134,6 +135,59 @@ TEST_F(Damage, NoVerbReadsOutsideBehindALink) {
   EXPECT_EQ(refused({"trace", "box"}), "spbox: trace box/mgb/log/trace: cannot read it: Permission denied\n");
   EXPECT_EQ(refused({"log", "box"}), "spbox: log box/mgb/log/events: cannot read it: Permission denied\n");
   EXPECT_EQ(refused({"watch", "box", "--once"}), "spbox: trace box/mgb/log/trace: cannot read it: Permission denied\n");
+}
+
+// What a command records or reports would be lost without a word.
+TEST_F(Damage, OfALogIsNamedByWhoeverLooksForDamageOrRunsACommand) {
+  const std::string anew = " Make the box anew, or load a dump of it.";
+  const auto put_folder = [](const fs::path &file) {
+    fs::remove(file);
+    fs::create_directory(file);
+  };
+  const auto put_link = [](const fs::path &file) {
+    fs::remove(file);
+    fs::create_symlink("/etc/passwd", file);
+  };
+  const auto put_pipe = [](const fs::path &file) {
+    fs::remove(file);
+    EXPECT_EQ(mkfifo(file.c_str(), 0600), 0);
+  };
+  const auto cut_short = [](const fs::path &file) { fs::resize_file(file, 1000); };
+  const auto fill_otherwise = [](const fs::path &file) {
+    const auto size = fs::file_size(file);
+    fs::resize_file(file, 0);
+    fs::resize_file(file, size);
+  };
+  struct DamagedLog {
+    fs::path file;
+    void (*damage)(const fs::path &);
+    std::string sentence;
+  };
+  const std::string trace = "trace box/mgb/log/trace: cannot keep records: ",
+                    calls = "calls box/mgb/log/calls: cannot keep records: ",
+                    events = "log box/mgb/log/events: cannot save events: ", no_file = "it is no file." + anew;
+  for (const DamagedLog &row :
+       {DamagedLog{place().trace(), cut_short, trace + "it is damaged: it was cut short or emptied." + anew},
+        {place().calls(), cut_short, calls + "it is damaged: it was cut short or emptied." + anew},
+        {place().trace(), fill_otherwise, trace + "the file holds no trace ring"},
+        {place().trace(), put_folder, trace + no_file},
+        {place().calls(), put_link, calls + no_file},
+        {place().trace(), put_pipe, trace + no_file},
+        {place().events(), put_folder, events + no_file},
+        {place().events(), put_link, events + no_file},
+        {place().events(), put_pipe, events + no_file}}) {
+    row.damage(row.file);
+    EXPECT_NE(done({"status", "box"}).find("\nDamaged  " + row.sentence + "\n"), std::string::npos) << row.sentence;
+    EXPECT_EQ(refused({"heal", "box"}), "spbox: " + row.sentence + "\n");
+    EXPECT_EQ(done({"run", "--no-pager", "box", "true"}), "spbox: " + row.sentence + "\n");
+    done({"create", "box", "--model", "qa", "--force"});
+    EXPECT_EQ(done({"heal", "box"}), "Nothing was to be put right.\n") << row.sentence;
+  }
+}
+
+TEST_F(Damage, ALogThatIsGoneIsNotDamagedForItsNextEntryMakesIt) {
+  fs::remove(place().events());
+  EXPECT_EQ(done({"heal", "box"}), "Nothing was to be put right.\n");
 }
 
 TEST_F(Damage, ThatLeadsLmdbAstrayEndsInWords) {
