@@ -23,6 +23,7 @@
 #include "host/spbox/run_in_root.h"
 #include "host/spbox/run_mark.h"
 #include "host/spbox/speed.h"
+#include "host/spbox/standard_output.h"
 #include "host/spbox/verbs.h"
 #include "host/spbox/way_in.h"
 #include "host/terminal/own_mode.h"

@@ -165,10 +165,11 @@ TEST_F(Damage, OfALogIsNamedByWhoeverLooksForDamageOrRunsACommand) {
   };
   const std::string trace = "trace box/mgb/log/trace: cannot keep records: ",
                     calls = "calls box/mgb/log/calls: cannot keep records: ",
-                    events = "log box/mgb/log/events: cannot save events: ", no_file = "it is no file." + anew;
+                    events = "log box/mgb/log/events: cannot save events: ", no_file = "it is no file." + anew,
+                    no_end = "it is damaged: it was cut short or emptied." + anew;
   for (const DamagedLog &row :
-       {DamagedLog{place().trace(), cut_short, trace + "it is damaged: it was cut short or emptied." + anew},
-        {place().calls(), cut_short, calls + "it is damaged: it was cut short or emptied." + anew},
+       {DamagedLog{place().trace(), cut_short, trace + no_end},
+        {place().calls(), cut_short, calls + no_end},
         {place().trace(), fill_otherwise, trace + "the file holds no trace ring"},
         {place().trace(), put_folder, trace + no_file},
         {place().calls(), put_link, calls + no_file},
