@@ -43,7 +43,7 @@ std::size_t character_size(std::string_view text) {
   }
   constexpr std::array<std::uint32_t, 5> kFirst{0, 0, 0xA0, 0x800, 0x10000};  // those before are controls, or too long
   const bool surrogate = code >= 0xD800 && code <= 0xDFFF;
-  const bool is_one = byte(0) >= 0xC0 && code >= kFirst.at(size) && code <= 0x10FFFF && !surrogate;
+  const bool is_one = byte(0) >= 0xC0 && byte(0) < 0xF8 && code >= kFirst.at(size) && code <= 0x10FFFF && !surrogate;
   return is_one && !is_format(code) ? size : 0;
 }
 

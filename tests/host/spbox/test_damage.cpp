@@ -167,16 +167,15 @@ TEST_F(Damage, OfALogIsNamedByWhoeverLooksForDamageOrRunsACommand) {
                     calls = "calls box/mgb/log/calls: cannot keep records: ",
                     events = "log box/mgb/log/events: cannot save events: ", no_file = "it is no file." + anew,
                     no_end = "it is damaged: it was cut short or emptied." + anew;
-  for (const DamagedLog &row :
-       {DamagedLog{place().trace(), cut_short, trace + no_end},
-        {place().calls(), cut_short, calls + no_end},
-        {place().trace(), fill_otherwise, trace + "the file holds no trace ring"},
-        {place().trace(), put_folder, trace + no_file},
-        {place().calls(), put_link, calls + no_file},
-        {place().trace(), put_pipe, trace + no_file},
-        {place().events(), put_folder, events + no_file},
-        {place().events(), put_link, events + no_file},
-        {place().events(), put_pipe, events + no_file}}) {
+  for (const DamagedLog &row : {DamagedLog{place().trace(), cut_short, trace + no_end},
+                                {place().calls(), cut_short, calls + no_end},
+                                {place().trace(), fill_otherwise, trace + "the file holds no trace ring"},
+                                {place().trace(), put_folder, trace + no_file},
+                                {place().calls(), put_link, calls + no_file},
+                                {place().trace(), put_pipe, trace + no_file},
+                                {place().events(), put_folder, events + no_file},
+                                {place().events(), put_link, events + no_file},
+                                {place().events(), put_pipe, events + no_file}}) {
     row.damage(row.file);
     EXPECT_NE(done({"status", "box"}).find("\nDamaged  " + row.sentence + "\n"), std::string::npos) << row.sentence;
     EXPECT_EQ(refused({"heal", "box"}), "spbox: " + row.sentence + "\n");
