@@ -28,12 +28,14 @@ enum { KEY_ROOM = LMAINTE_RECORD_LONGEST_NAME, NO_ANSWER = -2 };
 static replay_score *g_score;
 static size_t g_size;
 static __typeof__(execve) *g_execve;
+static pid_t g_process;    /* the command's own; a child of fork has another one */
 static int g_channel = -1; /* the one of the last request */
 
 __attribute__((constructor)) static void find_score(void) {
   struct stat status;
   const int saved = errno, file = open(REPLAY_SCORE, O_RDWR | O_CLOEXEC);
   *(void **)&g_execve = dlsym(RTLD_NEXT, "execve");
+  g_process = getpid();
   if (file >= 0 && fstat(file, &status) == 0 && status.st_size >= (off_t)sizeof *g_score) {
     void *const at = mmap(NULL, (size_t)status.st_size, PROT_READ | PROT_WRITE, MAP_SHARED, file, 0);
     g_size = (size_t)status.st_size;
@@ -70,6 +72,7 @@ __attribute__((noreturn)) static void leave(uint32_t departure, const made_call 
   if (__atomic_compare_exchange_n(&g_score->departure, &agrees, departure, 0, __ATOMIC_SEQ_CST, __ATOMIC_SEQ_CST) &&
       made != NULL) {
     replay_call *const came = &g_score->came;
+    if (getpid() != g_process) g_score->in_child = 1;
     const size_t text = made->text_size < REPLAY_LONGEST_TEXT ? made->text_size : REPLAY_LONGEST_TEXT;
     came->kind = made->kind;
     came->first = made->first;
@@ -144,6 +147,7 @@ static const replay_call *recorded(const made_call *made) {
   if (!is_same_call(call, made)) leave(REPLAY_DIFFERS, made, UINT32_MAX);
   const uint32_t at = difference_of_contents(call, made);
   if (at != UINT32_MAX) leave(REPLAY_DIFFERS, made, at);
+  if (call->process == g_score->process && getpid() != g_process) g_score->in_child = 1;
   go_on_behind(next);
   return call;
 }

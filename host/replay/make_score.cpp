@@ -147,6 +147,7 @@ class Score {
     replay_score head{};
     head.count = static_cast<std::uint32_t>(calls_.size());
     head.has_end = run.has_end ? 1 : 0;
+    head.process = static_cast<std::uint32_t>(run.records.front()->pid);
     const std::size_t size = calls_.size() * sizeof(replay_call);
     const auto before = static_cast<std::uint32_t>(sizeof head + size);
     for (replay_call &call : calls_) {

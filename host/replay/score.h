@@ -40,6 +40,8 @@ typedef struct {
   uint32_t next;      /* how many the command has made */
   uint32_t has_end;   /* the recorded command has ended: nothing follows its last call */
   uint32_t departure; /* REPLAY_AGREES ... */
+  uint32_t process;   /* the recorded command's own; others are its children */
+  uint32_t in_child;  /* 1: a child of the command made a call that no child is recorded to have made there */
   uint32_t at;        /* of the contents of both calls, the first byte that differs; behind both where none does */
   replay_call came;   /* the call of the command that is not the recorded one */
   char text[REPLAY_LONGEST_TEXT]; /* its text */

@@ -172,7 +172,13 @@ std::uint32_t calls_made(const std::string &score) {
 Verdict verdict_of(const std::string &score, const Run &run, const Ending &ending) {
   const Left left(score);
   const std::uint32_t made = left.head().next, count = left.head().count;
-  Verdict verdict{.differs = true, .calls = made, .of = count, .sentence = {}, .recorded = {}, .of_command = {}};
+  Verdict verdict{.differs = true,
+                  .in_child = left.head().in_child != 0,
+                  .calls = made,
+                  .of = count,
+                  .sentence = {},
+                  .recorded = {},
+                  .of_command = {}};
   const std::string which = std::to_string(made + 1) + " of " + std::to_string(count);
   switch (left.head().departure) {
     case REPLAY_DIFFERS:

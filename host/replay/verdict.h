@@ -11,6 +11,7 @@ namespace replay {
 
 struct Verdict {
   bool differs = false;
+  bool in_child = false;             // by a call that a child made, as far as is known
   bool is_compared = true;           // as far as it goes; else the recording cannot say
   std::uint32_t calls = 0, of = 0;   // how many were made as they were recorded, and how many there are
   std::string sentence;              // "The command differs from the recording at call 7 of 42:"

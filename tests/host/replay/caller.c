@@ -6,6 +6,7 @@
 #include <stdio.h>
 #include <stdlib.h>
 #include <string.h>
+#include <sys/wait.h>
 #include <unistd.h>
 
 #include "lmainte.h"
@@ -105,7 +106,23 @@ static int call(const char *word) {
   return 0;
 }
 
+/* In a child, which ends then. */
+static void call_in_child(const char *word) {
+  fflush(stdout);
+  if (fork() == 0) {
+    call(word);
+    fflush(stdout);
+    _exit(0);
+  }
+  wait(NULL);
+}
+
 int main(int argc, char **argv) {
-  for (int i = 1; i < argc; ++i) call(argv[i]);
+  for (int i = 1; i < argc; ++i) {
+    if (is(argv[i], "child") && i + 1 < argc)
+      call_in_child(argv[++i]);
+    else
+      call(argv[i]);
+  }
   return 0;
 }
