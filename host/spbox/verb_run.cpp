@@ -5,6 +5,7 @@
 #include <memory>
 #include <optional>
 
+#include "host/base/temporary_folder.h"
 #include "host/box/contents.h"
 #include "host/box/daemon_socket.h"
 #include "host/box/logs.h"
@@ -131,6 +132,9 @@ int run(const RunOptions &options) {
   }
   std::optional<RecordingFile> recorded;
   if (!recording.empty()) plan.recording = recorded.emplace(recording, without_contents).path();
+  // The workstation's is not in the box, which has a /tmp of its own.
+  for (const char *const name : base::kTemporaryFolderVariables)
+    unsetenv(name);  // NOLINT(concurrency-mt-unsafe): one thread
   const terminal::OwnMode terminal;
   const int status = run_in_root(plan, command, children);
   if (was_cut_off(status)) {

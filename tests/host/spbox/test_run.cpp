@@ -69,6 +69,14 @@ TEST_F(Run, KeepsTheFolderAndTheDescriptors) {
   EXPECT_EQ(result.output, "word\n");
 }
 
+TEST_F(Run, PutsTemporaryFilesIntoTheBox) {
+  const Done result = run_to_end({"/usr/bin/env", "-C", scratch_.path(), "TMPDIR=" + scratch_.path().string(),
+                                  "TEMP=/not/there", SPBOX, "run", "box", "sh", "-c", "mktemp; echo ${TEMP-none}"});
+  EXPECT_EQ(result.exit_status, 0) << result.output;
+  EXPECT_TRUE(result.output.starts_with("/tmp/tmp.")) << result.output;
+  EXPECT_TRUE(result.output.ends_with("\nnone\n")) << result.output;
+}
+
 TEST_F(Run, LeavesNoMountPointBehind) {
   shell("true");
   std::vector<std::string> left;
